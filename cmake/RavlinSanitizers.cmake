@@ -1,0 +1,5 @@
+# RAVLIN_SANITIZERS=address,undefined builds every target with those sanitizers; a finding ends the program.
+if(RAVLIN_SANITIZERS)
+    add_compile_options(-fsanitize=${RAVLIN_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${RAVLIN_SANITIZERS})
+endif()
