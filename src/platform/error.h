@@ -24,6 +24,7 @@ enum class ErrorCode {
     Settings,         ///< the settings file cannot be read or written
     InvalidArgument,  ///< the caller asked for something that does not exist
     Unsupported,      ///< the file system or the operating system cannot do it
+    AlreadyExists,    ///< the name is taken
 };
 
 /// An error as a value: a code to branch on, the file it is about and detail in plain English for logs.

@@ -5,7 +5,6 @@
 #include <QByteArray>
 #include <QString>
 
-#include <cstddef>
 #include <memory>
 #include <span>
 #include <vector>
@@ -26,7 +25,8 @@ inline constexpr QChar Separator = u'\\';
 inline constexpr QChar Separator = u'/';
 #endif
 
-/// The bytes of a path as the system's calls take them; undoes decodePath exactly.
+/// The bytes of a path as the system's calls take them; undoes decodePath exactly. Surrogates that decodePath
+/// never makes become U+FFFD.
 QByteArray encodePath(const QString &path);
 /// The path or name for bytes from the system, whatever they are.
 QString decodePath(const char *bytes, qsizetype size);
@@ -62,6 +62,7 @@ public:
     virtual Result<void> truncate(qint64 size) = 0;
     /// Returns when the content is on the disk.
     virtual Result<void> sync() = 0;
+    /// Asked right after opening it tells the state at opening.
     virtual Result<FileInfo> info() = 0;
     /// Copies length bytes from another file of the same file system inside the kernel where it can (sharing
     /// blocks on file systems that do), else by reading and writing. May copy fewer (at least one byte), the
@@ -70,7 +71,12 @@ public:
     /// Gives this file the other's owner, group, permissions, extended attributes and access control list.
     /// An owner that may not be set is an error (AccessDenied); an attribute that the file system refuses is not.
     virtual Result<void> takeMetadata(File &source) = 0;
+    /// nanoseconds since 1970, UTC.
     virtual Result<void> setModified(qint64 nanoseconds) = 0;
+    /// Takes the file's advisory lock until the file is closed, so that others can tell a file in the making from
+    /// a leftover: also after a crash, for the system drops the lock of a dead program. Does not wait; false when
+    /// another File holds it, Unsupported where the file system knows no locks.
+    virtual Result<bool> tryLock() = 0;
 };
 
 enum class OpenMode { Read, ReadWrite };
@@ -85,7 +91,10 @@ public:
 
     /// Opens an existing file, following symbolic links. Never blocks on a pipe or device: those are NotAFile.
     virtual Result<std::unique_ptr<File>> open(const QString &path, OpenMode mode) = 0;
-    /// Creates a file that must not exist yet, for reading and writing, readable by its owner only.
+    /// As open, but a symbolic link at the end of the path is NotAFile: for names that others may have planted.
+    virtual Result<std::unique_ptr<File>> openUnlinked(const QString &path, OpenMode mode) = 0;
+    /// Creates a file that must not exist yet (else AlreadyExists), for reading and writing, readable by its owner
+    /// only.
     virtual Result<std::unique_ptr<File>> createNew(const QString &path) = 0;
     /// Follows symbolic links.
     virtual Result<FileInfo> info(const QString &path) = 0;
@@ -99,6 +108,11 @@ public:
     virtual Result<void> syncFolder(const QString &folder) = 0;
     /// Bytes that the current user may still write on the file system that holds path.
     virtual Result<qint64> freeBytes(const QString &path) = 0;
+    /// The names in a folder in no particular order, without "." and "..".
+    virtual Result<std::vector<QString>> names(const QString &folder) = 0;
+    /// The owner that files created now get, and the group that they usually get (a folder may give its own).
+    virtual quint32 currentUser() = 0;
+    virtual quint32 currentGroup() = 0;
 };
 
 } // namespace ravlin::platform

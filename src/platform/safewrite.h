@@ -39,7 +39,7 @@ enum class ReadOnlyFile { Refuse, MakeWritable };
 struct WriteOptions
 {
     ReadOnlyFile readOnlyFile = ReadOnlyFile::Refuse;
-    bool keepModified = false; ///< give the file its old modification time back
+    bool keepModified = false; ///< give the file its old modification time back, where the system allows it
 };
 
 /// Gives the file at path the content that segments make up, in their order.

@@ -1,0 +1,162 @@
+#include "platform/leftovers.h"
+
+#include "platform/redofile.h"
+#include "platform/safewrite.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+
+namespace ravlin::platform {
+namespace {
+
+constexpr QStringView Prefix = u".ravlin-";
+constexpr QStringView TemporarySuffix = u".tmp";
+constexpr QStringView RedoSuffix = u".redo";
+constexpr qsizetype HexDigits = 16; ///< of 64 bits
+
+QString leftoverName(quint64 number, QStringView suffix)
+{
+    const QString digits = QString::number(number, 16).rightJustified(HexDigits, u'0');
+    return QStringLiteral("%1%2%3").arg(Prefix, digits, suffix);
+}
+
+bool isHexDigit(QChar c)
+{
+    return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f');
+}
+
+/// Strict, so that no file of the user's own is taken for one of ours.
+bool isNumbered(QStringView name, QStringView suffix)
+{
+    if (name.size() != Prefix.size() + HexDigits + suffix.size() || !name.startsWith(Prefix) ||
+        !name.endsWith(suffix))
+        return false;
+    const QStringView number = name.sliced(Prefix.size(), HexDigits);
+    return std::all_of(number.begin(), number.end(), isHexDigit);
+}
+
+/// Removes a temporary file unless its writer is alive. True when it is gone.
+bool removeIfStale(FileSystem &fileSystem, const QString &path)
+{
+    const auto file = fileSystem.openUnlinked(path, OpenMode::Read);
+    if (!file)
+        return false;
+    const auto locked = (*file)->tryLock();
+    return locked && *locked && fileSystem.remove(path).has_value();
+}
+
+} // namespace
+
+QString folderOf(const QString &path)
+{
+    const qsizetype separator = path.lastIndexOf(Separator);
+    return path.left(std::max<qsizetype>(separator, 1));
+}
+
+QString nameOf(const QString &path)
+{
+    return path.mid(path.lastIndexOf(Separator) + 1);
+}
+
+QString inFolder(const QString &folder, const QString &name)
+{
+    return folder.endsWith(Separator) ? folder + name : folder + Separator + name;
+}
+
+QString redoName(quint64 inode)
+{
+    return leftoverName(inode, RedoSuffix);
+}
+
+bool isTemporaryName(const QString &fileName)
+{
+    return isNumbered(fileName, TemporarySuffix);
+}
+
+bool isRedoName(const QString &fileName)
+{
+    return isNumbered(fileName, RedoSuffix);
+}
+
+bool isLeftoverName(const QString &fileName)
+{
+    return isTemporaryName(fileName) || isRedoName(fileName);
+}
+
+TemporaryFile::TemporaryFile(
+    FileSystem &fileSystem, QString path, std::unique_ptr<File> file, FileInfo info)
+    : m_fileSystem(&fileSystem), m_path(std::move(path)), m_file(std::move(file)), m_info(info)
+{
+}
+
+TemporaryFile::TemporaryFile(TemporaryFile &&other) noexcept
+    : m_fileSystem(other.m_fileSystem), m_path(std::exchange(other.m_path, {})),
+      m_file(std::move(other.m_file)), m_info(other.m_info)
+{
+}
+
+TemporaryFile::~TemporaryFile()
+{
+    // A failure leaves a file that cleanLeftovers knows by its name.
+    if (!m_path.isEmpty())
+        static_cast<void>(m_fileSystem->remove(m_path));
+}
+
+Result<TemporaryFile> TemporaryFile::create(FileSystem &fileSystem, const QString &folder)
+{
+    constexpr int Attempts = 8;
+    for (int attempt = 0; attempt < Attempts; ++attempt) {
+        const quint64 number = QRandomGenerator::system()->generate64();
+        const QString path = inFolder(folder, leftoverName(number, TemporarySuffix));
+        auto file = fileSystem.createNew(path);
+        if (!file && file.error().code == ErrorCode::AlreadyExists)
+            continue;
+        if (!file)
+            return tl::unexpected(file.error());
+        // A file system without locks has no cleaning either: nothing is taken for stale there.
+        const auto locked = (*file)->tryLock();
+        const auto info = (*file)->info();
+        TemporaryFile made(fileSystem, path, std::move(*file), info.value_or(FileInfo()));
+        if (!info)
+            return tl::unexpected(info.error());
+        // Between creation and lock it looked stale: a cleaner may have it, or have removed it.
+        const bool taken = (locked && !*locked) || info->linkCount == 0;
+        if (!taken)
+            return made;
+    }
+    return tl::unexpected(
+        Error{ErrorCode::Io, folder, QStringLiteral("no temporary file could be made")});
+}
+
+Result<void> TemporaryFile::moveTo(const QString &path)
+{
+    auto moved = m_fileSystem->replace(m_path, path);
+    if (moved)
+        m_path.clear();
+    return moved;
+}
+
+Result<int> cleanLeftovers(FileSystem &fileSystem, const QString &folder)
+{
+    const auto canonical = fileSystem.canonicalPath(folder);
+    if (!canonical)
+        return tl::unexpected(canonical.error());
+    const auto names = fileSystem.names(*canonical);
+    if (!names)
+        return tl::unexpected(names.error());
+    int gone = 0;
+    for (const QString &name : *names) {
+        if (isTemporaryName(name)) {
+            gone += removeIfStale(fileSystem, inFolder(*canonical, name)) ? 1 : 0;
+        } else if (isRedoName(name)) {
+            const auto finished = finishRedo(fileSystem, inFolder(*canonical, name));
+            // One that cannot be finished now stays for the next time and keeps no other from being
+            // finished.
+            gone += finished && *finished ? 1 : 0;
+        }
+    }
+    return gone;
+}
+
+} // namespace ravlin::platform

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/filesystem.h"
+
+/// The helper files that a write makes beside its file, and their names. A name says all that a
+/// later start of the program needs to know what to do with it.
+namespace ravlin::platform {
+
+/// The folder part of a path, with its separator where it is a root; for a canonical path.
+QString folderOf(const QString &path);
+QString nameOf(const QString &path);
+QString inFolder(const QString &folder, const QString &name);
+
+/// A redo file is found by the file it belongs to. Only the inode is in the name: both are in one
+/// folder, and device numbers may be others after the next start of the system.
+QString redoName(quint64 inode);
+bool isTemporaryName(const QString &fileName);
+bool isRedoName(const QString &fileName);
+
+/// A new file in a folder that is removed again unless it gets its final name. It is locked while
+/// it is open.
+class TemporaryFile
+{
+public:
+    static Result<TemporaryFile> create(FileSystem &fileSystem, const QString &folder);
+    TemporaryFile(TemporaryFile &&other) noexcept;
+    TemporaryFile &operator=(TemporaryFile &&) = delete;
+    ~TemporaryFile();
+
+    File &file() { return *m_file; }
+    /// Its state after creation.
+    const FileInfo &info() const { return m_info; }
+    /// Gives it its final name, in the place of what bears that name.
+    Result<void> moveTo(const QString &path);
+    /// The open file, still locked, once it has been moved.
+    std::unique_ptr<File> release() { return std::move(m_file); }
+
+private:
+    TemporaryFile(FileSystem &fileSystem, QString path, std::unique_ptr<File> file, FileInfo info);
+
+    FileSystem *m_fileSystem;
+    QString m_path; ///< empty once the file is not to be removed any more
+    std::unique_ptr<File> m_file;
+    FileInfo m_info;
+};
+
+} // namespace ravlin::platform
