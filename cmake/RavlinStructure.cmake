@@ -4,18 +4,19 @@ find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 # The folder that holds QtCore/, QtGui/ and so on: the script finds out there whose header an include is.
 get_target_property(ravlin_qt_includes Qt6::Core INTERFACE_INCLUDE_DIRECTORIES)
-set(ravlin_qt_headers "")
+set(RAVLIN_QT_HEADERS "")
 foreach(directory IN LISTS ravlin_qt_includes)
     if(EXISTS "${directory}/QtCore/QObject")
-        set(ravlin_qt_headers --qt-headers "${directory}")
+        set(RAVLIN_QT_HEADERS "${directory}")
     endif()
 endforeach()
-if(NOT ravlin_qt_headers)
-    message(WARNING "Qt's header folder was not found: the structure check knows Qt modules by their prefix only")
+if(NOT RAVLIN_QT_HEADERS)
+    message(FATAL_ERROR "The folder of Qt's headers is not among those of Qt6::Core: ${ravlin_qt_includes}")
 endif()
 
 add_custom_target(ravlin_structure ALL
-    COMMAND "${Python3_EXECUTABLE}" "${CMAKE_SOURCE_DIR}/tools/check-structure" ${ravlin_qt_headers} "${CMAKE_SOURCE_DIR}/src"
+    COMMAND "${Python3_EXECUTABLE}" "${CMAKE_SOURCE_DIR}/tools/check-structure"
+        --qt-headers "${RAVLIN_QT_HEADERS}" "${CMAKE_SOURCE_DIR}/src"
     COMMENT "Checking which file includes which" VERBATIM)
 if(TARGET ravlin_core)
     add_dependencies(ravlin_core ravlin_structure)

@@ -1,0 +1,195 @@
+"""Contract: tools/check-structure accepts the project's own sources and refuses every breach of the rules that
+docs/architecture.md gives for includes, naming the file, the line and the rule."""
+
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+CHECK = ROOT / "tools" / "check-structure"
+
+
+class StructureTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.source = Path(folder.name) / "src"
+        self.qt = Path(folder.name) / "qt6"
+        for header in ("QtCore/QString", "QtNetwork/QUrlQuery", "QtConcurrent/QtConcurrent", "QtGui/QColor",
+                       "QtGui/qcolor.h", "QtWidgets/QWidget", "QtTest/QSignalSpy"):
+            self.put(self.qt / header, "")
+        # A tree as it should be, which each test spoils in one place.
+        self.put(self.source / "platform/error.h", "#pragma once\n#include <QString>\n")
+        self.put(self.source / "platform/path.cpp", '#include "error.h"\n#ifdef _WIN32\n#endif\n')
+        self.put(self.source / "app/settings.h", '#include "platform/error.h"\n')
+        self.put(self.source / "tags/record.h", '#include "app/settings.h"\n')
+        self.put(self.source / "tags/record.cpp", '#include "tags/record.h"\n#include "record.moc"\n')
+        self.put(self.source / "naming/pattern.h", '#include "tags/record.h"\n')
+        self.put(self.source / "files/model.h", '#include "naming/pattern.h"\n#include <QtConcurrent>\n')
+        self.put(self.source / "online/client.h", '#include "files/model.h"\n#include <QtNetwork/QUrlQuery>\n')
+        self.put(self.source / "controls/split.h", '#include "platform/error.h"\n')
+        self.put(self.source / "controls/ui/panel.h", '#include "controls/split.h"\n#include <QWidget>\n')
+        self.put(self.source / "tags/ui/page.h", '#include "tags/record.h"\n#include "controls/ui/panel.h"\n')
+        self.put(self.source / "app/ui/principal.h", '#include "tags/ui/page.h"\n#include <QtWidgets/QWidget>\n')
+        self.put(self.source / "cli/main.cpp", '#include "online/client.h"\n')
+        self.put(self.source / "main.cpp", '#include "app/ui/principal.h"\n#include <QColor>\n')
+
+    @staticmethod
+    def put(path, text):
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text, "utf-8")
+
+    def check(self):
+        return subprocess.run([sys.executable, str(CHECK), "--qt-headers", str(self.qt), str(self.source)],
+                              capture_output=True, text=True, check=False)
+
+    def assert_accepted(self):
+        result = self.check()
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def assert_refused(self, file, line, rule):
+        result = self.check()
+        self.assertEqual(result.returncode, 1, result.stderr)
+        lines = result.stderr.splitlines()
+        self.assertEqual(len(lines), 1, result.stderr)
+        self.assertTrue(lines[0].startswith("%s:%d: error: " % (self.source / file, line)), lines[0])
+        self.assertTrue(lines[0].endswith("[%s]" % rule), lines[0])
+
+    def test_a_tree_as_it_should_be_is_accepted(self):
+        self.assert_accepted()
+
+    def test_our_own_sources_are_accepted(self):
+        command = [sys.executable, str(CHECK)]
+        if os.environ.get("RAVLIN_QT_HEADERS"):
+            command += ["--qt-headers", os.environ["RAVLIN_QT_HEADERS"]]
+        result = subprocess.run(command + [str(ROOT / "src")], capture_output=True, text=True, check=False)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_an_include_against_the_direction_is_refused(self):
+        order = ["platform", "app", "tags", "naming", "files", "online"]
+        for rank, folder in enumerate(order):
+            for above in order[rank + 1:] + ["cli", "controls", "tags/ui"]:
+                with self.subTest(folder=folder, above=above):
+                    self.put(self.source / above / "victim.h", "")
+                    self.put(self.source / folder / "guilty.h", '\n#include "%s/victim.h"\n' % above)
+                    self.assert_refused(folder + "/guilty.h", 2, "layer")
+                    (self.source / folder / "guilty.h").unlink()
+                    (self.source / above / "victim.h").unlink()
+
+    def test_every_include_in_the_direction_is_accepted(self):
+        order = ["platform", "app", "tags", "naming", "files", "online"]
+        for rank, folder in enumerate(order):
+            for below in order[:rank]:
+                self.put(self.source / below / ("low_%s.h" % folder), "")
+                self.put(self.source / folder / ("uses_%s.h" % below), '#include "%s/low_%s.h"\n' % (below, folder))
+        self.assert_accepted()
+
+    def test_the_command_line_must_not_use_the_window(self):
+        self.put(self.source / "cli/guilty.cpp", '#include "tags/ui/page.h"\n')
+        self.assert_refused("cli/guilty.cpp", 1, "layer")
+
+    def test_the_window_must_not_use_the_command_line(self):
+        self.put(self.source / "cli/output.h", "")
+        self.put(self.source / "tags/ui/guilty.h", '#include "cli/output.h"\n')
+        self.assert_refused("tags/ui/guilty.h", 1, "layer")
+
+    def test_one_page_must_not_use_another_page(self):
+        self.put(self.source / "files/ui/guilty.h", '#include "tags/ui/page.h"\n')
+        self.assert_refused("files/ui/guilty.h", 1, "layer")
+
+    def test_a_shared_control_must_not_use_a_page(self):
+        self.put(self.source / "controls/ui/guilty.h", '#include "tags/ui/page.h"\n')
+        self.assert_refused("controls/ui/guilty.h", 1, "layer")
+
+    def test_nobody_uses_main(self):
+        self.put(self.source / "app/ui/guilty.cpp", '#include "main.cpp"\n')
+        self.assert_refused("app/ui/guilty.cpp", 1, "layer")
+
+    def test_a_relative_or_angle_include_is_seen_too(self):
+        for include in ('"../online/client.h"', "<online/client.h>"):
+            with self.subTest(include=include):
+                self.put(self.source / "tags/guilty.cpp", "  #  include %s // needed\n" % include)
+                self.assert_refused("tags/guilty.cpp", 1, "layer")
+
+    def test_a_core_file_that_includes_gui_or_widgets_is_refused(self):
+        for include in ("<QColor>", "<qcolor.h>", "<QWidget>", "<QtWidgets/QWidget>", "<QtGui/qcolor.h>", "<QtGui>",
+                        "<QtWidgets/private/qwidget_p.h>", '"QWidget"', "<QSignalSpy>"):
+            if include == "<QtGui>":
+                self.put(self.qt / "QtGui/QtGui", "")
+            for folder in ("tags", "controls", "cli"):
+                with self.subTest(include=include, folder=folder):
+                    guilty = self.source / folder / "guilty.h"
+                    self.put(guilty, "#pragma once\n\n#include %s\n" % include)
+                    self.assert_refused(folder + "/guilty.h", 3, "qt")
+                    guilty.unlink()
+
+    def test_a_cycle_between_files_is_refused(self):
+        self.put(self.source / "tags/one.h", '#include "tags/two.h"\n')
+        self.put(self.source / "tags/two.h", '\n#include "three.h"\n')
+        self.put(self.source / "tags/three.h", '\n\n#include "tags/one.h"\n')
+        result = self.check()
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("tags/one.h", result.stderr)
+        self.assertIn("tags/two.h", result.stderr)
+        self.assertIn("tags/three.h", result.stderr)
+        self.assertEqual(result.stderr.count("[cycle]"), 1, result.stderr)
+
+    def test_a_file_that_includes_itself_is_refused(self):
+        self.put(self.source / "tags/self.h", '#include "self.h"\n')
+        self.assert_refused("tags/self.h", 1, "cycle")
+
+    def test_a_chain_of_a_thousand_includes_is_no_cycle(self):
+        for number in range(1000):
+            self.put(self.source / ("tags/c%04d.h" % number), '#include "c%04d.h"\n' % (number + 1))
+        self.put(self.source / "tags/c1000.h", "")
+        self.assert_accepted()
+
+    def test_asking_for_the_operating_system_outside_platform_is_refused(self):
+        for condition in ("#ifdef Q_OS_WIN", "#ifndef _WIN32", "#if defined(Q_OS_LINUX)", "#elif defined(__APPLE__)",
+                          "  # if A || \\\n defined(_WIN32)", "#if __linux__"):
+            for folder in ("tags", "app/ui", "cli"):
+                with self.subTest(condition=condition, folder=folder):
+                    guilty = self.source / folder / "guilty.cpp"
+                    self.put(guilty, "int a;\n%s\n#endif\n" % condition)
+                    self.assert_refused(folder + "/guilty.cpp", 2, "system")
+                    guilty.unlink()
+
+    def test_comments_and_literals_are_no_code(self):
+        self.put(self.source / "tags/innocent.cpp", r'''
+// #include <QWidget>
+/* #include "online/client.h"
+#ifdef _WIN32
+#endif */
+const char *a = "/*"; const char quote = '"'; // a literal opens no comment
+const int million = 1'000'000; // nor does a digit separator open a literal
+const char *b = R"x(
+#include <QWidget>
+#ifdef Q_OS_WIN
+)x";
+#ifdef WIN32_IS_ONLY_PART_OF_THE_NAME
+#endif
+''')
+        self.assert_accepted()
+
+    def test_code_after_a_comment_is_still_code(self):
+        self.put(self.source / "tags/guilty.cpp", '/* a\n*/ // b\nconst char *c = "*/ //";\n#include <QWidget>\n')
+        self.assert_refused("tags/guilty.cpp", 4, "qt")
+
+    def test_a_file_outside_the_layout_is_refused(self):
+        for file in ("helpers/misc.h", "misc.cpp", "ui/window.h"):
+            with self.subTest(file=file):
+                self.put(self.source / file, "")
+                self.assert_refused(file, 1, "folder")
+                (self.source / file).unlink()
+
+    def test_a_folder_that_is_not_there_is_an_error(self):
+        result = subprocess.run([sys.executable, str(CHECK), str(self.source / "nowhere")], capture_output=True,
+                                text=True, check=False)
+        self.assertEqual(result.returncode, 2)
+
+
+if __name__ == "__main__":
+    unittest.main()
