@@ -1,6 +1,8 @@
 # ravlin_structure: checks at every build that the sources include each other in one direction only (docs/architecture.md).
 # It takes less than a tenth of a second, so it simply runs each time; the core is compiled after it.
-find_package(Python3 REQUIRED COMPONENTS Interpreter)
+# The system's Python comes first: it is the one for which the package list installs modules.
+find_program(RAVLIN_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
+find_program(RAVLIN_PYTHON NAMES python3 python REQUIRED)
 
 # The folder that holds QtCore/, QtGui/ and so on: the script finds out there whose header an include is.
 get_target_property(ravlin_qt_includes Qt6::Core INTERFACE_INCLUDE_DIRECTORIES)
@@ -15,7 +17,7 @@ if(NOT RAVLIN_QT_HEADERS)
 endif()
 
 add_custom_target(ravlin_structure ALL
-    COMMAND "${Python3_EXECUTABLE}" "${CMAKE_SOURCE_DIR}/tools/check-structure"
+    COMMAND "${RAVLIN_PYTHON}" "${CMAKE_SOURCE_DIR}/tools/check-structure"
         --qt-headers "${RAVLIN_QT_HEADERS}" "${CMAKE_SOURCE_DIR}/src"
     COMMENT "Checking which file includes which" VERBATIM)
 if(TARGET ravlin_core)
