@@ -1,0 +1,33 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <thread>
+#include <vector>
+
+namespace ravlin::platform {
+
+/// Calls work(index) for every index below count, on all cores, and returns when all are done. The order is not told;
+/// each call must write to places of its own and must not throw. Small counts run on the calling thread.
+template <typename Work>
+void parallelFor(std::size_t count, Work work)
+{
+    constexpr std::size_t ChunkSize = 32; // large enough that taking a chunk costs nothing beside the work
+    const std::size_t chunks = (count + ChunkSize - 1) / ChunkSize;
+    const std::size_t threads = std::min<std::size_t>(std::max(1U, std::thread::hardware_concurrency()), chunks);
+    std::atomic<std::size_t> nextChunk{0};
+    const auto run = [&] {
+        for (std::size_t chunk = nextChunk++; chunk < chunks; chunk = nextChunk++) {
+            const std::size_t end = std::min(count, (chunk + 1) * ChunkSize);
+            for (std::size_t index = chunk * ChunkSize; index < end; ++index)
+                work(index);
+        }
+    };
+    std::vector<std::jthread> helpers;
+    for (std::size_t i = 1; i < threads; ++i)
+        helpers.emplace_back(run);
+    run();
+}
+
+} // namespace ravlin::platform

@@ -1,0 +1,364 @@
+#include "tags/id3v2.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+
+namespace ravlin::id3 {
+
+namespace {
+
+/// Frame flags, second byte (ID3v2.3 §3.3.1, ID3v2.4 structure §4.1.2).
+constexpr quint16 V23Compressed = 0x80;
+constexpr quint16 V23Encrypted = 0x40;
+constexpr quint16 V23Grouped = 0x20;
+constexpr quint16 V24Grouped = 0x40;
+constexpr quint16 V24Compressed = 0x08;
+constexpr quint16 V24Encrypted = 0x04;
+constexpr quint16 V24Unsynchronised = 0x02;
+constexpr quint16 V24DataLength = 0x01;
+
+/// A tag of more frames than this is nobody's; what follows them is carried along as one piece.
+constexpr size_t MaximumFrameCount = 65536;
+
+constexpr unsigned AllListFields = 0x1F;
+
+/// A bit for each kind that the file list shows.
+unsigned listFieldBit(FrameKind kind)
+{
+    switch (kind) {
+    case FrameKind::Title:
+        return 0x01;
+    case FrameKind::LeadArtist:
+        return 0x02;
+    case FrameKind::Album:
+        return 0x04;
+    case FrameKind::Year:
+        return 0x08;
+    case FrameKind::TrackNumber:
+        return 0x10;
+    default:
+        return 0;
+    }
+}
+
+bool isIdentifierCharacter(char c)
+{
+    return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+bool isIdentifier(std::string_view id)
+{
+    const bool start = std::all_of(id.begin(), id.begin() + 3, isIdentifierCharacter);
+    return start && (id.size() == 3 || isIdentifierCharacter(id[3]) || id[3] == ' ' || id[3] == '\0');
+}
+
+/// Inflates a zlib stream whose size it claims itself; nothing when the claim is beyond reason or the data are broken.
+bool inflate(std::string_view data, qint64 claimedSize, QByteArray &out)
+{
+    if (claimedSize < 0 || claimedSize > MaximumTextFrameSize)
+        return false;
+    QByteArray prefixed(4, '\0');
+    qToBigEndian(static_cast<quint32>(claimedSize), prefixed.data());
+    prefixed.append(data.data(), static_cast<qsizetype>(data.size()));
+    out = qUncompress(prefixed);
+    return out.size() == claimedSize;
+}
+
+} // namespace
+
+std::optional<TagHeader> parseTagHeader(std::string_view bytes)
+{
+    if (bytes.size() < static_cast<size_t>(TagHeaderSize) || !bytes.starts_with("ID3"))
+        return std::nullopt;
+    TagHeader header;
+    header.majorVersion = static_cast<unsigned char>(bytes[3]);
+    header.revision = static_cast<quint8>(bytes[4]);
+    header.flags = static_cast<quint8>(bytes[5]);
+    header.bodySize = readSyncsafe(bytes.substr(6, 4));
+    if (header.majorVersion == 0xFF || header.revision == 0xFF || header.bodySize < 0)
+        return std::nullopt;
+    return header;
+}
+
+qint64 readSyncsafe(std::string_view bytes)
+{
+    qint64 value = 0;
+    for (const char c : bytes) {
+        if ((static_cast<unsigned char>(c) & 0x80U) != 0)
+            return -1;
+        value = (value << 7) | static_cast<unsigned char>(c);
+    }
+    return value;
+}
+
+void writeSyncsafe(char *out, qint64 value, int size)
+{
+    for (int i = size - 1; i >= 0; --i) {
+        out[i] = static_cast<char>(value & 0x7F);
+        value >>= 7;
+    }
+}
+
+qint64 readBigEndian(std::string_view bytes)
+{
+    qint64 value = 0;
+    for (const char c : bytes)
+        value = (value << 8) | static_cast<unsigned char>(c);
+    return value;
+}
+
+QByteArray removeUnsynchronisation(std::string_view bytes)
+{
+    QByteArray out;
+    out.reserve(static_cast<qsizetype>(bytes.size()));
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        out += bytes[i];
+        if (bytes[i] == '\xFF' && i + 1 < bytes.size() && bytes[i + 1] == '\0')
+            ++i;
+    }
+    return out;
+}
+
+QByteArray applyUnsynchronisation(std::string_view bytes)
+{
+    QByteArray out;
+    out.reserve(static_cast<qsizetype>(bytes.size() + bytes.size() / 64));
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        out += bytes[i];
+        if (bytes[i] != '\xFF')
+            continue;
+        const bool last = i + 1 == bytes.size();
+        const auto next = last ? 0U : static_cast<unsigned char>(bytes[i + 1]);
+        if (last || next == 0 || next >= 0xE0)
+            out += '\0';
+    }
+    return out;
+}
+
+bool Frame::isPrivateComment() const
+{
+    static constexpr std::array<QStringView, 5> Prefixes{
+        u"iTun", u"Songs-DB_", u"MusicMatch_", u"Media Jukebox:", u"LAME "};
+    return kind == FrameKind::Comment
+        && std::any_of(Prefixes.begin(), Prefixes.end(),
+            [this](QStringView prefix) { return description.startsWith(prefix, Qt::CaseInsensitive); });
+}
+
+Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 fileSize, Detail detail)
+{
+    ByteWindow window(file, fileSize);
+    const std::optional<TagHeader> header = parseTagHeader(window.at(0, TagHeaderSize));
+    if (!header) {
+        if (window.failed())
+            return tl::unexpected(window.failure());
+        return std::nullopt;
+    }
+
+    Tag tag;
+    tag.m_header = *header;
+    tag.m_writable = header->regionSize() <= fileSize;
+    tag.m_bodyEnd = std::min(TagHeaderSize + header->bodySize, fileSize);
+    const bool known = header->majorVersion >= 2 && header->majorVersion <= 4;
+    const bool compressed = header->majorVersion == 2 && (header->flags & TagHeader::ExtendedHeader) != 0;
+    if (!known || compressed) {
+        tag.m_writable = false;
+        return tag;
+    }
+
+    if (header->majorVersion < 4 && (header->flags & TagHeader::Unsynchronisation) != 0) {
+        const std::string_view whole = window.at(0, tag.m_bodyEnd);
+        if (whole.empty())
+            return tl::unexpected(window.failure());
+        tag.m_decoded = QByteArray(whole.data(), TagHeaderSize);
+        tag.m_decoded += removeUnsynchronisation(whole.substr(static_cast<size_t>(TagHeaderSize)));
+        tag.m_bodyEnd = tag.m_decoded.size();
+        ByteWindow decoded(std::string_view(tag.m_decoded.constData(), static_cast<size_t>(tag.m_decoded.size())));
+        tag.walk(decoded, detail);
+    } else {
+        tag.walk(window, detail);
+    }
+    if (window.failed())
+        return tl::unexpected(window.failure());
+    return tag;
+}
+
+const Frame *Tag::programFrame(FrameKind kind) const
+{
+    const Frame *first = nullptr;
+    for (const Frame &frame : m_frames) {
+        if (frame.kind != kind || frame.isPrivateComment())
+            continue;
+        const bool preferred = kind == FrameKind::Comment
+            ? frame.description.isEmpty()
+            : kind != FrameKind::Year
+                || frame.header.identifier() == frameIdentifier(FrameKind::Year, m_header.majorVersion);
+        if (preferred)
+            return &frame;
+        if (!first)
+            first = &frame;
+    }
+    return first;
+}
+
+void Tag::walk(ByteWindow &window, Detail detail)
+{
+    m_framesBegin = skipExtendedHeader(window);
+    m_framesEnd = m_framesBegin;
+    m_frames.reserve(12);
+    unsigned settled = 0;
+    while (m_frames.size() < MaximumFrameCount) {
+        const std::optional<FrameHeader> header = frameHeaderAt(window, m_framesEnd);
+        if (!header)
+            return;
+        m_framesEnd += header->size();
+        Frame frame;
+        frame.header = *header;
+        frame.kind = frameKindOf(header->identifier());
+        const unsigned bit = listFieldBit(frame.kind);
+        if (detail == Detail::ListFields && bit == 0)
+            continue;
+        if (frame.kind != FrameKind::Other)
+            readFrame(window, frame);
+        const bool ownVersions = frame.kind != FrameKind::Year
+            || header->identifier() == frameIdentifier(FrameKind::Year, m_header.majorVersion);
+        if (ownVersions && !frame.text.isEmpty())
+            settled |= bit;
+        m_frames.push_back(std::move(frame));
+        if (detail == Detail::ListFields && settled == AllListFields)
+            return;
+    }
+}
+
+qint64 Tag::skipExtendedHeader(ByteWindow &window) const
+{
+    if (m_header.majorVersion == 2 || (m_header.flags & TagHeader::ExtendedHeader) == 0)
+        return TagHeaderSize;
+    const std::string_view sizeBytes = window.at(TagHeaderSize, 4);
+    if (sizeBytes.empty())
+        return TagHeaderSize;
+    // ID3v2.3 counts without the size field (6 or 10), ID3v2.4 with it and syncsafe (at least 6).
+    qint64 size = m_header.majorVersion == 3 ? readBigEndian(sizeBytes) + 4 : readSyncsafe(sizeBytes);
+    // Some programs set the flag without an extended header: then a frame begins here.
+    if (size < 6 || TagHeaderSize + size > m_bodyEnd || isIdentifier(sizeBytes))
+        size = 0;
+    return TagHeaderSize + size;
+}
+
+std::optional<FrameHeader> Tag::frameHeaderAt(ByteWindow &window, qint64 offset) const
+{
+    const bool old = m_header.majorVersion == 2;
+    FrameHeader frame;
+    frame.headerSize = old ? 6 : 10;
+    frame.offset = offset;
+    if (offset + frame.headerSize > m_bodyEnd)
+        return std::nullopt;
+    const std::string_view bytes = window.at(offset, frame.headerSize);
+    if (bytes.empty() || !isIdentifier(bytes.substr(0, old ? 3 : 4)))
+        return std::nullopt;
+    std::copy_n(bytes.begin(), old ? 3 : 4, frame.id.begin());
+    if (!old)
+        frame.flags = static_cast<quint16>(readBigEndian(bytes.substr(8, 2)));
+    // The view dies with the next look, so the size bytes are copied.
+    const std::array<char, 4> size{bytes[old ? 3 : 4], bytes[old ? 4 : 5], bytes[old ? 5 : 6], old ? '\0' : bytes[7]};
+    frame.bodySize = frameSize(window, {size.data(), old ? size_t{3} : size_t{4}}, offset + frame.headerSize);
+    if (frame.bodySize < 0 || frame.bodySize > m_bodyEnd - offset - frame.headerSize)
+        return std::nullopt;
+    return frame;
+}
+
+/// ID3v2.4 sizes are syncsafe, ID3v2.3's are not, and programs have mixed them up in both directions. Where the two
+/// readings differ, the one after which a frame, padding or the end of the tag follows is right.
+qint64 Tag::frameSize(ByteWindow &window, std::string_view sizeBytes, qint64 bodyOffset) const
+{
+    const qint64 plain = readBigEndian(sizeBytes);
+    if (m_header.majorVersion == 2)
+        return plain;
+    const qint64 syncsafe = readSyncsafe(sizeBytes);
+    if (syncsafe < 0 || syncsafe == plain)
+        return plain;
+    const qint64 right = m_header.majorVersion == 4 ? syncsafe : plain;
+    const qint64 other = m_header.majorVersion == 4 ? plain : syncsafe;
+    if (plausibleFrameStart(window, bodyOffset + right) || !plausibleFrameStart(window, bodyOffset + other))
+        return right;
+    return other;
+}
+
+bool Tag::plausibleFrameStart(ByteWindow &window, qint64 offset) const
+{
+    if (offset >= m_bodyEnd)
+        return offset == m_bodyEnd;
+    const std::string_view next = window.at(offset, std::min<qint64>(10, m_bodyEnd - offset));
+    const bool padding = next.find_first_not_of('\0') == std::string_view::npos;
+    return !next.empty() && (padding || (next.size() == 10 && isIdentifier(next.substr(0, 4))));
+}
+
+void Tag::readFrame(ByteWindow &window, Frame &frame) const
+{
+    std::string_view content;
+    QByteArray scratch;
+    if (!frameContent(window, frame.header, content, scratch)) {
+        frame.kind = FrameKind::Other;
+        return;
+    }
+    if (frame.kind != FrameKind::Comment) {
+        TextBody body = decodeTextBody(content);
+        frame.text = std::move(body.text);
+        frame.valueCount = body.valueCount;
+        return;
+    }
+    CommentBody comment;
+    if (!decodeCommentBody(content, comment)) {
+        frame.kind = FrameKind::Other;
+        return;
+    }
+    frame.text = comment.text;
+    frame.description = comment.description;
+    frame.language = comment.language;
+}
+
+/// The frame's body without what its flags put around it. False when it can't be read here.
+bool Tag::frameContent(
+    ByteWindow &window, const FrameHeader &frame, std::string_view &content, QByteArray &scratch) const
+{
+    content = {};
+    if (frame.bodySize == 0)
+        return true;
+    if (frame.bodySize > MaximumTextFrameSize)
+        return false;
+    content = window.at(frame.offset + frame.headerSize, frame.bodySize);
+    if (content.empty())
+        return false;
+    const bool v24 = m_header.majorVersion == 4;
+    const quint16 flags = m_header.majorVersion == 2 ? 0 : frame.flags & 0xFF;
+    if ((flags & (v24 ? V24Encrypted : V23Encrypted)) != 0)
+        return false;
+    const bool compressed = (flags & (v24 ? V24Compressed : V23Compressed)) != 0;
+    const bool grouped = (flags & (v24 ? V24Grouped : V23Grouped)) != 0;
+    const bool unsynchronised = v24
+        && ((flags & V24Unsynchronised) != 0 || (m_header.flags & TagHeader::Unsynchronisation) != 0);
+    const bool dataLength = v24 ? (flags & V24DataLength) != 0 : compressed;
+    const size_t extra = (grouped ? 1 : 0) + (dataLength ? 4 : 0);
+    if (content.size() < extra || (compressed && !dataLength))
+        return false;
+    // ID3v2.3 puts the decompressed size before the group, ID3v2.4 the group before the data length.
+    const size_t lengthAt = v24 && grouped ? 1 : 0;
+    const qint64 claimed = !dataLength ? 0
+        : v24                          ? readSyncsafe(content.substr(lengthAt, 4))
+                                       : readBigEndian(content.substr(lengthAt, 4));
+    content.remove_prefix(extra);
+    if (unsynchronised) {
+        scratch = removeUnsynchronisation(content);
+        content = {scratch.constData(), static_cast<size_t>(scratch.size())};
+    }
+    if (compressed) {
+        QByteArray inflated;
+        if (!inflate(content, claimed, inflated))
+            return false;
+        scratch = inflated;
+        content = {scratch.constData(), static_cast<size_t>(scratch.size())};
+    }
+    return true;
+}
+
+} // namespace ravlin::id3

@@ -1,0 +1,411 @@
+#include "tags/id3v2writer.h"
+
+#include "tags/id3values.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+#include <array>
+
+namespace ravlin::id3 {
+
+using platform::Segment;
+
+namespace {
+
+/// Room left behind the frames of a tag that had to grow, at least, so that the next edits fit.
+constexpr qint64 MinimumFreshPadding = 2048;
+/// The audio keeps its place within a block, so that file systems that share blocks between files can do so.
+constexpr qint64 BlockSize = 4096;
+
+constexpr quint16 V24UnsynchronisedFrame = 0x02;
+constexpr quint8 V24ExtendedCrc = 0x20;
+
+/// The order of the frames of a new tag.
+constexpr std::array<FrameKind, 7> NewFrameOrder{FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album,
+    FrameKind::Year, FrameKind::ContentType, FrameKind::Comment, FrameKind::TrackNumber};
+
+Error brokenTag()
+{
+    return {ErrorCode::BrokenTag, {}, QStringLiteral("the ID3v2 tag is damaged and can't be written without loss")};
+}
+
+QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, int majorVersion)
+{
+    switch (kind) {
+    case FrameKind::Comment:
+        return encodeCommentBody({old ? old->language : QByteArrayLiteral("eng"),
+                                     old ? old->description : QString(), edit.text},
+            majorVersion);
+    case FrameKind::TrackNumber:
+        return encodeTextBody({trackText(old ? old->text : QString(), edit.number)}, majorVersion);
+    case FrameKind::ContentType:
+        return encodeTextBody({genreText(edit.number, majorVersion)}, majorVersion);
+    default:
+        break;
+    }
+    const bool several = old && old->valueCount > 1 && kind != FrameKind::Year;
+    return encodeTextBody(
+        several ? edit.text.split(ValueSeparator.toString()) : QStringList{edit.text}, majorVersion);
+}
+
+/// A whole frame with that value. Of the frame in whose place it comes the status flags and a comment's language and
+/// description stay.
+Result<QByteArray> buildFrame(FrameKind kind, const FieldEdit &edit, const Frame *old, const TagHeader &tag)
+{
+    QByteArray body = frameBody(kind, edit, old, tag.majorVersion);
+    quint16 flags = old ? old->header.flags & 0xFF00 : 0;
+    if (tag.majorVersion == 4 && (tag.flags & TagHeader::Unsynchronisation) != 0) {
+        body = applyUnsynchronisation({body.constData(), static_cast<size_t>(body.size())});
+        flags |= V24UnsynchronisedFrame;
+    }
+    if (body.size() > (tag.majorVersion == 2 ? (1 << 24) - 1 : MaximumBodySize))
+        return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the text is too long for a frame")});
+
+    const std::string_view id = frameIdentifier(kind, tag.majorVersion);
+    QByteArray frame(id.data(), static_cast<qsizetype>(id.size()));
+    std::array<char, 4> size{};
+    if (tag.majorVersion == 4)
+        writeSyncsafe(size.data(), body.size(), 4);
+    else
+        qToBigEndian(static_cast<quint32>(body.size()), size.data());
+    if (tag.majorVersion == 2) {
+        frame.append(size.data() + 1, 3);
+    } else {
+        frame.append(size.data(), 4);
+        frame += static_cast<char>(flags >> 8);
+        frame += static_cast<char>(flags & 0xFF);
+    }
+    return frame + body;
+}
+
+/// What the edits make of a tag's frames.
+struct FramePlan
+{
+    std::map<const Frame *, QByteArray> replaced; ///< an empty replacement drops the frame
+    QByteArray appended;                          ///< new frames, behind the last one
+
+    bool isEmpty() const { return replaced.empty() && appended.isEmpty(); }
+};
+
+/// Adds to the plan what one edit does.
+Result<void> planEdit(
+    FramePlan &plan, const TagHeader &header, const Tag *tag, FrameKind kind, const FieldEdit &edit)
+{
+    const Frame *shown = tag ? tag->programFrame(kind) : nullptr;
+    if (!edit.remove && shown && hasValue(*shown, edit))
+        return {};
+    if (tag && (edit.remove || kind != FrameKind::Comment)) {
+        for (const Frame &frame : tag->frames()) {
+            if (frame.kind == kind && !frame.isPrivateComment())
+                plan.replaced[&frame] = QByteArray();
+        }
+    }
+    if (edit.remove)
+        return {};
+    Result<QByteArray> frame = buildFrame(kind, edit, shown, header);
+    if (!frame)
+        return tl::unexpected(frame.error());
+    if (shown)
+        plan.replaced[shown] = *frame;
+    else
+        plan.appended += *frame;
+    return {};
+}
+
+Result<FramePlan> planFrames(const TagHeader &header, const Tag *tag, const FieldEdits &edits)
+{
+    FramePlan plan;
+    for (const FrameKind kind : NewFrameOrder) {
+        const auto edit = edits.find(kind);
+        if (edit == edits.end())
+            continue;
+        if (Result<void> planned = planEdit(plan, header, tag, kind, edit->second); !planned)
+            return tl::unexpected(planned.error());
+    }
+    return plan;
+}
+
+qint64 lengthOf(const std::vector<Segment> &segments)
+{
+    qint64 length = 0;
+    for (const Segment &segment : segments)
+        length += segment.length;
+    return length;
+}
+
+/// The frames after the plan, as pieces of the bytes that the tag's offsets count in.
+std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
+{
+    std::vector<Segment> segments;
+    qint64 keptFrom = tag.framesBegin();
+    const auto keepUpTo = [&](qint64 end) {
+        if (end > keptFrom)
+            segments.push_back(Segment::kept(keptFrom, end - keptFrom));
+    };
+    for (const Frame &frame : tag.frames()) {
+        const auto change = plan.replaced.find(&frame);
+        if (change == plan.replaced.end())
+            continue;
+        keepUpTo(frame.header.offset);
+        keptFrom = frame.header.offset + frame.header.size();
+        if (!change->second.isEmpty())
+            segments.push_back(Segment::fresh(change->second));
+    }
+    keepUpTo(tag.framesEnd());
+    if (!plan.appended.isEmpty())
+        segments.push_back(Segment::fresh(plan.appended));
+    return segments;
+}
+
+/// The region of a tag that must grow: room for the content and fresh padding.
+qint64 grownRegionSize(qint64 contentSize, qint64 oldRegionSize)
+{
+    const qint64 needed = contentSize + MinimumFreshPadding;
+    const qint64 phase = oldRegionSize % BlockSize;
+    const qint64 blocks = (std::max<qint64>(needed - phase, 0) + BlockSize - 1) / BlockSize;
+    return phase + blocks * BlockSize;
+}
+
+QByteArray headerBytes(const TagHeader &header, qint64 regionSize)
+{
+    QByteArray bytes("ID3");
+    bytes += static_cast<char>(header.majorVersion);
+    bytes += static_cast<char>(header.revision);
+    bytes += static_cast<char>(header.flags & ~TagHeader::Footer);
+    bytes.resize(TagHeaderSize);
+    writeSyncsafe(bytes.data() + 6, regionSize - TagHeaderSize, 4);
+    return bytes;
+}
+
+/// The extended header for changed frames: its checksum, which would no longer be right, is left out, and what it says of
+/// the padding is made right (ID3v2.3 §3.2, ID3v2.4 structure §3.2).
+QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 padding)
+{
+    if (old.isEmpty())
+        return old;
+    if (header.majorVersion == 3) {
+        QByteArray bytes(10, '\0');
+        bytes[3] = 6;
+        qToBigEndian(static_cast<quint32>(padding), bytes.data() + 6);
+        return bytes;
+    }
+    if (old.size() < 6 || (old[5] & V24ExtendedCrc) == 0)
+        return old;
+    // Behind the flags come their data in the flags' order: "update" has a length byte only, the checksum length and five.
+    const qsizetype crcAt = 6 + ((old[5] & 0x40) != 0 ? 1 : 0);
+    old[5] = static_cast<char>(old[5] & ~V24ExtendedCrc);
+    old.remove(crcAt, 6);
+    writeSyncsafe(old.data(), old.size(), 4);
+    return old;
+}
+
+/// The first byte that is not zero in [offset, end); end when there is none; -1 when reading fails (see
+/// ByteWindow::failed).
+qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
+{
+    while (offset < end) {
+        const qint64 size = std::min<qint64>(end - offset, 4096);
+        const std::string_view block = bytes.at(offset, size);
+        if (block.empty())
+            return -1;
+        const size_t found = block.find_first_not_of('\0');
+        if (found != std::string_view::npos)
+            return offset + static_cast<qint64>(found);
+        offset += size;
+    }
+    return end;
+}
+
+Result<QByteArray> bytesAt(ByteWindow &window, qint64 offset, qint64 size)
+{
+    if (size == 0)
+        return QByteArray();
+    const std::string_view bytes = window.at(offset, size);
+    if (bytes.empty())
+        return tl::unexpected(window.failed() ? window.failure() : brokenTag());
+    return QByteArray(bytes.data(), size);
+}
+
+std::vector<Segment> assemble(QByteArray head, std::vector<Segment> frames, qint64 padding)
+{
+    std::vector<Segment> segments;
+    segments.reserve(frames.size() + 4);
+    segments.push_back(Segment::fresh(std::move(head)));
+    std::move(frames.begin(), frames.end(), std::back_inserter(segments));
+    if (padding > 0)
+        segments.push_back(Segment::fresh(QByteArray(padding, '\0')));
+    return segments;
+}
+
+/// Small frames that move become new bytes, so that a change within one block of the file can be written in place.
+Result<void> materialiseMoved(ByteWindow &window, std::vector<Segment> &segments)
+{
+    qint64 offset = 0;
+    for (Segment &segment : segments) {
+        if (segment.oldOffset >= 0 && segment.oldOffset != offset && segment.length <= BlockSize) {
+            const Result<QByteArray> bytes = bytesAt(window, segment.oldOffset, segment.length);
+            if (!bytes)
+                return tl::unexpected(bytes.error());
+            segment = Segment::fresh(*bytes);
+        }
+        offset += segment.length;
+    }
+    return {};
+}
+
+/// A tag whose frames' offsets are those in the file.
+Result<std::vector<Segment>> composePlain(ByteWindow &window, const Tag &tag, const FramePlan &plan)
+{
+    const TagHeader &header = tag.header();
+    std::vector<Segment> frames = frameSegments(tag, plan);
+    const auto oldExtended = bytesAt(window, TagHeaderSize, tag.framesBegin() - TagHeaderSize);
+    if (!oldExtended)
+        return tl::unexpected(oldExtended.error());
+    const qint64 extendedSize = extendedHeader(header, *oldExtended, 0).size();
+    const qint64 framesEnd = TagHeaderSize + extendedSize + lengthOf(frames);
+    const qint64 region = header.regionSize();
+    const bool fits = framesEnd <= tag.bodyEnd() && !header.hasFooter()
+        && (framesEnd <= tag.framesEnd() || firstNonZero(window, tag.framesEnd(), framesEnd) == framesEnd);
+    if (fits) {
+        // It fits: what is left of the padding stays where it is, and so does all behind it.
+        const qint64 keptFrom = std::max(framesEnd, tag.framesEnd());
+        std::vector<Segment> segments = assemble(
+            headerBytes(header, region) + extendedHeader(header, *oldExtended, tag.bodyEnd() - framesEnd),
+            std::move(frames), keptFrom - framesEnd);
+        segments.push_back(Segment::kept(keptFrom, window.end() - keptFrom));
+        if (Result<void> materialised = materialiseMoved(window, segments); !materialised)
+            return tl::unexpected(materialised.error());
+        return segments;
+    }
+
+    const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
+    if (window.failed())
+        return tl::unexpected(window.failure());
+    const qint64 tailSize = tag.bodyEnd() - tailBegin;
+    const qint64 newRegion = grownRegionSize(framesEnd + tailSize, region);
+    if (newRegion - TagHeaderSize > MaximumBodySize)
+        return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
+    const qint64 padding = newRegion - framesEnd - tailSize;
+    std::vector<Segment> segments = assemble(
+        headerBytes(header, newRegion) + extendedHeader(header, *oldExtended, padding), std::move(frames), padding);
+    segments.push_back(Segment::kept(tailBegin, tailSize));
+    segments.push_back(Segment::kept(region, window.end() - region));
+    return segments;
+}
+
+/// A tag that is unsynchronised as a whole: put together in memory and unsynchronised again.
+Result<std::vector<Segment>> composeUnsynchronised(const Tag &tag, const FramePlan &plan, qint64 fileSize)
+{
+    const TagHeader &header = tag.header();
+    const std::string_view decoded(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size()));
+    ByteWindow window(decoded);
+    const QByteArray oldExtended = tag.decoded().mid(TagHeaderSize, tag.framesBegin() - TagHeaderSize);
+    QByteArray content = extendedHeader(header, oldExtended, 0);
+    for (const Segment &segment : frameSegments(tag, plan))
+        content += segment.oldOffset < 0 ? segment.bytes : tag.decoded().mid(segment.oldOffset, segment.length);
+    const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
+    if (tailBegin < tag.bodyEnd())
+        content += QByteArray(TagHeaderSize, '\0') + tag.decoded().mid(tailBegin);
+    content = applyUnsynchronisation({content.constData(), static_cast<size_t>(content.size())});
+
+    const qint64 region = header.regionSize();
+    const qint64 newRegion = TagHeaderSize + content.size() <= region
+        ? region
+        : grownRegionSize(TagHeaderSize + content.size(), region);
+    if (newRegion - TagHeaderSize > MaximumBodySize)
+        return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
+    QByteArray bytes = headerBytes(header, newRegion) + content;
+    bytes.resize(newRegion, '\0');
+    return std::vector<Segment>{Segment::fresh(bytes), Segment::kept(region, fileSize - region)};
+}
+
+std::vector<Segment> composeNew(const TagHeader &header, const FramePlan &plan, qint64 fileSize)
+{
+    const qint64 region = grownRegionSize(TagHeaderSize + plan.appended.size(), 0);
+    QByteArray bytes = headerBytes(header, region) + plan.appended;
+    bytes.append(region - bytes.size(), '\0');
+    return {Segment::fresh(bytes), Segment::kept(0, fileSize)};
+}
+
+/// True when nothing but padding would be left of the tag's body.
+bool leavesNothing(ByteWindow &file, const Tag &tag, const FramePlan &plan)
+{
+    if (!plan.appended.isEmpty())
+        return false;
+    ByteWindow decoded(std::string_view(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size())));
+    if (firstNonZero(tag.isPlain() ? file : decoded, tag.framesEnd(), tag.bodyEnd()) != tag.bodyEnd())
+        return false;
+    return std::all_of(tag.frames().begin(), tag.frames().end(), [&plan](const Frame &frame) {
+        const auto change = plan.replaced.find(&frame);
+        return change != plan.replaced.end() && change->second.isEmpty();
+    });
+}
+
+/// True when another tag follows the one at the start.
+bool anotherTagFollows(ByteWindow &window, const Tag &tag)
+{
+    return parseTagHeader(window.at(tag.header().regionSize(), TagHeaderSize)).has_value();
+}
+
+} // namespace
+
+bool hasValue(const Frame &frame, const FieldEdit &edit)
+{
+    switch (frame.kind) {
+    case FrameKind::TrackNumber:
+        return trackNumber(frame.text) == edit.number;
+    case FrameKind::ContentType:
+        return genreNumber(frame.text) == edit.number;
+    case FrameKind::Year:
+        return yearOf(frame.text) == edit.text;
+    default:
+        return frame.text == edit.text;
+    }
+}
+
+Result<std::optional<std::vector<Segment>>> composeSave(
+    platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits)
+{
+    const TagHeader header = tag ? tag->header() : TagHeader{};
+    const Result<FramePlan> plan = planFrames(header, tag ? &*tag : nullptr, edits);
+    if (!plan)
+        return tl::unexpected(plan.error());
+    if (plan->isEmpty())
+        return std::nullopt;
+    if (!tag)
+        return composeNew(header, *plan, fileSize);
+    if (!tag->isWritable())
+        return tl::unexpected(brokenTag());
+
+    ByteWindow window(file, fileSize);
+    // A tag must have a frame (ID3v2.3 §3.3): one without is taken away, unless that would bring another one to light.
+    if (leavesNothing(window, *tag, *plan) && !anotherTagFollows(window, *tag))
+        return composeStrip(file, fileSize);
+    Result<std::vector<Segment>> segments
+        = tag->isPlain() ? composePlain(window, *tag, *plan) : composeUnsynchronised(*tag, *plan, fileSize);
+    if (!segments)
+        return tl::unexpected(segments.error());
+    return std::move(*segments);
+}
+
+Result<std::optional<std::vector<Segment>>> composeStrip(platform::File &file, qint64 fileSize)
+{
+    ByteWindow window(file, fileSize);
+    qint64 audio = 0;
+    while (const std::optional<TagHeader> header = parseTagHeader(window.at(audio, TagHeaderSize))) {
+        if (header->regionSize() > fileSize - audio) {
+            if (audio == 0)
+                return tl::unexpected(brokenTag());
+            break;
+        }
+        audio += header->regionSize();
+    }
+    if (window.failed())
+        return tl::unexpected(window.failure());
+    if (audio == 0)
+        return std::nullopt;
+    return std::vector<Segment>{Segment::kept(audio, fileSize - audio)};
+}
+
+} // namespace ravlin::id3
