@@ -20,8 +20,8 @@ inline constexpr int FirstTagSaveMode = 1;
 inline constexpr int LastTagSaveMode = 5;
 inline constexpr int DefaultTagSaveMode = 2;
 
-/// What every part of the program shares during one run. Made once and passed by reference; used by
-/// the interface thread alone.
+/// What every part of the program shares during one run. Made once and passed by reference; used by the interface
+/// thread alone.
 struct ProgramState
 {
     QString currentFolder;         ///< the folder whose files are listed, ends in the path separator
