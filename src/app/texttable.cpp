@@ -1,0 +1,70 @@
+#include "app/texttable.h"
+
+namespace ravlin {
+
+namespace {
+
+struct Row
+{
+    Text text;
+    LanguageTexts languages;
+};
+
+// In lower case and without a full stop, as the captions are.
+constexpr std::array<Row, TextCount> Rows{{
+    {Text::ErrorNotFound, {u"the file or folder does not exist", u"el fichero o la carpeta no existe",
+                              u"le fichier ou le dossier n'existe pas"}},
+    {Text::ErrorAlreadyExists,
+        {u"a file or folder of that name exists already", u"ya existe un fichero o una carpeta con ese nombre",
+            u"un fichier ou un dossier de ce nom existe déjà"}},
+    {Text::ErrorNotAFile,
+        {u"this is not an ordinary file", u"no es un fichero normal", u"ce n'est pas un fichier ordinaire"}},
+    {Text::ErrorAccessDenied, {u"the system refuses access to the file", u"el sistema deniega el acceso al fichero",
+                                  u"le système refuse l'accès au fichier"}},
+    {Text::ErrorReadOnly,
+        {u"the file is read-only", u"el fichero es de solo lectura", u"le fichier est en lecture seule"}},
+    {Text::ErrorNoSpace, {u"the disk is full", u"el disco está lleno", u"le disque est plein"}},
+    {Text::ErrorIo, {u"the system could not read or write the file", u"el sistema no pudo leer o escribir el fichero",
+                        u"le système n'a pas pu lire ou écrire le fichier"}},
+    {Text::ErrorChangedMeanwhile,
+        {u"another program has changed the file meanwhile", u"otro programa ha cambiado el fichero entretanto",
+            u"un autre programme a modifié le fichier entre-temps"}},
+    {Text::ErrorVerifyFailed, {u"the written file could not be verified", u"no se pudo verificar el fichero escrito",
+                                  u"le fichier écrit n'a pas pu être vérifié"}},
+    {Text::ErrorBrokenTag, {u"the tag is damaged and is left as it is", u"la etiqueta está dañada y se deja como está",
+                               u"le tag est endommagé et reste tel quel"}},
+    {Text::ErrorTooLarge, {u"the value is too large for the tag", u"el valor es demasiado grande para la etiqueta",
+                              u"la valeur est trop grande pour le tag"}},
+    {Text::ErrorGenreOutOfRange,
+        {u"the genre number is not in the genre table", u"el número de estilo no está en la tabla de estilos",
+            u"le numéro de genre n'est pas dans la table des genres"}},
+    {Text::ErrorNoStream, {u"no mpeg audio was found in the file", u"no se encontró audio mpeg en el fichero",
+                              u"aucun son mpeg n'a été trouvé dans le fichier"}},
+    {Text::ErrorSettings, {u"the settings cannot be read or saved", u"la configuración no se puede leer o guardar",
+                              u"les réglages ne peuvent pas être lus ou sauvegardés"}},
+    {Text::ErrorInvalidArgument,
+        {u"what was asked for does not exist", u"lo que se pide no existe", u"ce qui est demandé n'existe pas"}},
+    {Text::ErrorUnsupported, {u"the system cannot do this here", u"el sistema no puede hacer esto aquí",
+                                 u"le système ne peut pas faire cela ici"}},
+}};
+
+consteval bool isComplete()
+{
+    for (int i = 0; i < TextCount; ++i) {
+        const Row &row = Rows[size_t(i)];
+        if (row.text != static_cast<Text>(i) || row.languages.english.isEmpty() || row.languages.spanish.isEmpty() ||
+            row.languages.french.isEmpty())
+            return false;
+    }
+    return true;
+}
+static_assert(isComplete(), "every Text needs its row, in order, in all three languages");
+
+} // namespace
+
+const LanguageTexts &languageTexts(Text text)
+{
+    return Rows[static_cast<size_t>(text)].languages;
+}
+
+} // namespace ravlin
