@@ -6,9 +6,8 @@
 
 /// The genres of ID3v1 with their extension up to number 125.
 ///
-/// The program's own names are written without blanks and keep two odd spellings ("Psychadelic",
-/// "Bebob"); saved names are matched against them. standardGenreNumber() is for the names as other
-/// programs write them.
+/// The program's own names are written without blanks and keep two odd spellings ("Psychadelic", "Bebob"); saved names
+/// are matched against them. standardGenreNumber() is for the names as other programs write them.
 namespace ravlin {
 
 inline constexpr int GenreCount = 126;
@@ -23,13 +22,13 @@ QString genreName(int number);
 
 /// The number that is written for a genre's name: 1 to 124, or GenreNone.
 ///
-/// Blanks (U+0020) around the name and the case of letters are of no account. Names outside of the
-/// table have no number. Neither have the table's first and last: "Blues" counts as none because
-/// nothing stands before it, and "DanceHall" is not found because no bar follows it.
+/// Blanks (U+0020) around the name and the case of letters are of no account. Names outside of the table have no
+/// number. Neither have the table's first and last: "Blues" counts as none because nothing stands before it, and
+/// "DanceHall" is not found because no bar follows it.
 int GenreNameToNumber(QStringView name);
 
-/// The number (0 to 125) of a genre in any of its usual spellings, or -1: "Classic Rock", "hip
-/// hop", "Bebop", "A Cappella". The case of letters, blanks, "-", "_" and "." are of no account.
+/// The number (0 to 125) of a genre in any of its usual spellings, or -1: "Classic Rock", "hip hop", "Bebop", "A
+/// Cappella". The case of letters, blanks, "-", "_" and "." are of no account.
 int standardGenreNumber(QStringView text);
 
 } // namespace ravlin

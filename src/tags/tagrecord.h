@@ -6,8 +6,8 @@ namespace ravlin {
 
 /// The tag of the current file, as the editors, the renaming and the file list see it.
 ///
-/// A read fills it completely, a write takes it as it stands. An empty text means that the file has
-/// no such value, or shall have none.
+/// A read fills it completely, a write takes it as it stands. An empty text means that the file has no such value, or
+/// shall have none.
 struct TagRecord
 {
     QString Title;   ///< song title
@@ -15,11 +15,10 @@ struct TagRecord
     QString Album;   ///< album
     QString Year;    ///< year; only a value of exactly four digits is written
     QString Comment; ///< the comment without a description, else the first for people
-    /// Track number without the total; a stored 0 reads as empty. Only one or two digits are
-    /// written.
+    /// Track number without the total; a stored 0 reads as empty. Only one or two digits are written.
     QString Track;
-    /// The name from the genre table, or the free text of the ID3v2 content type where that names
-    /// none of the table. Only names that GenreNameToNumber knows are written.
+    /// The name from the genre table, or the free text of the ID3v2 content type where that names none of the table.
+    /// Only names that GenreNameToNumber knows are written.
     QString Genre;
     bool HasV1 = false; ///< the file carries an ID3v1 tag; of no effect on a write
     bool HasV2 = false; ///< the file carries an ID3v2 tag; of no effect on a write
