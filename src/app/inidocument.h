@@ -13,9 +13,8 @@ namespace ravlin {
 /// foreign sections and keys, order, line ends) stays.
 ///
 /// A value is written after "key=" in the first of these forms that can hold it:
-///   - as it stands: commas, backslashes, quotes and percent signs are ordinary characters, there are no comments
-///   behind
-///     values; blanks at its ends do not count;
+///   - as it stands: commas, backslashes, quotes and percent signs are ordinary characters, no comment can
+///     follow; blanks at its ends do not count;
 ///   - "..." : what stands between the first and the last quote, as it stands; keeps blanks at the ends;
 ///   - @escaped(...) : with \uXXXX for a UTF-16 unit and \\ for a backslash; for control characters and whatever UTF-8
 ///     cannot hold.
