@@ -1,0 +1,161 @@
+// Reading a folder of MP3 files for the list: ours on one core and on all, against TagLib reading the same fields and against
+// the floor, a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes and closes.
+// One iteration is the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES: how many files (10000).
+
+#include "files/folderscan.h"
+#include "platform/folder.h"
+#include "support/mp3builder.h"
+#include "tags/listreader.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#ifdef RAVLIN_HAVE_TAGLIB
+#include <id3v1tag.h>
+#include <id3v2tag.h>
+#include <mpegfile.h>
+#endif
+
+using namespace ravlin;
+
+namespace {
+
+int fileCount()
+{
+    bool valid = false;
+    const int count = qEnvironmentVariableIntValue("RAVLIN_BENCH_FILES", &valid);
+    return valid && count > 0 ? count : 10000;
+}
+
+/// A folder of files as collections have them: most with padding, a quarter with a picture, a fifth with UTF-16 texts, half
+/// with ID3v1 besides.
+class Collection
+{
+public:
+    Collection()
+    {
+        using namespace test;
+        const QByteArray stream = audio(20);
+        for (int i = 0; i < fileCount(); ++i) {
+            const int encoding = i % 5 == 0 ? 1 : 0;
+            QByteArray frames = textFrame(3, "TIT2", QStringLiteral("Title number %1").arg(i), encoding)
+                + textFrame(3, "TPE1", QStringLiteral("Artist %1").arg(i % 100), encoding)
+                + textFrame(3, "TALB", QStringLiteral("Album %1").arg(i % 500), encoding)
+                + textFrame(3, "TYER", QStringLiteral("1999")) + textFrame(3, "TRCK", QStringLiteral("%1/20").arg(i % 20 + 1))
+                + textFrame(3, "TCON", QStringLiteral("(17)")) + commentFrame(3, QStringLiteral("some comment"));
+            if (i % 4 == 0)
+                frames += pictureFrame(3, 30000);
+            writeFile(m_folder.path(), QStringLiteral("Artist %1 - Title number %2.mp3").arg(i % 100).arg(i),
+                id3v2(3, frames, {.padding = 1500}) + stream
+                    + (i % 2 == 0 ? id3v1({.title = "Title", .artist = "Artist"}) : QByteArray()));
+        }
+    }
+    QString path() const { return m_folder.path() + u'/'; }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+const Collection &collection()
+{
+    static const Collection Made;
+    return Made;
+}
+
+QStringList names()
+{
+    return QDir(collection().path()).entryList(QDir::Files, QDir::Unsorted);
+}
+
+void count(benchmark::State &state)
+{
+    state.SetItemsProcessed(state.iterations() * fileCount());
+}
+
+/// Walks the frame headers in a buffer. Returns how many text frames there are.
+int walkFrames(const unsigned char *buffer, ssize_t size)
+{
+    if (size < 10 || buffer[0] != 'I')
+        return 0;
+    const ssize_t end = 10 + ((buffer[6] << 21) | (buffer[7] << 14) | (buffer[8] << 7) | buffer[9]);
+    int texts = 0;
+    for (ssize_t at = 10; at + 10 <= end && at + 10 <= size && buffer[at] != 0;) {
+        texts += buffer[at] == 'T' ? 1 : 0;
+        at += 10 + ((buffer[at + 4] << 24) | (buffer[at + 5] << 16) | (buffer[at + 6] << 8) | buffer[at + 7]);
+    }
+    return texts;
+}
+
+void bareReader(benchmark::State &state)
+{
+    const QStringList files = names();
+    const QByteArray folder = QFile::encodeName(collection().path());
+    for (auto _ : state) {
+        const int directory = ::open(folder.constData(), O_RDONLY | O_DIRECTORY);
+        for (const QString &name : files) {
+            const int file = ::openat(directory, QFile::encodeName(name).constData(), O_RDONLY);
+            struct stat status{};
+            ::fstat(file, &status);
+            unsigned char buffer[4096];
+            benchmark::DoNotOptimize(walkFrames(buffer, ::pread(file, buffer, sizeof buffer, 0)));
+            benchmark::DoNotOptimize(::pread(file, buffer, 128, status.st_size - 128));
+            ::close(file);
+        }
+        ::close(directory);
+    }
+    count(state);
+}
+BENCHMARK(bareReader)->Unit(benchmark::kMillisecond);
+
+void readListTagOneCore(benchmark::State &state)
+{
+    const QStringList files = names();
+    const auto folder = platform::Folder::open(collection().path());
+    for (auto _ : state) {
+        for (const QString &name : files) {
+            const auto file = (*folder)->openFile(name);
+            benchmark::DoNotOptimize(readListTag(**file));
+        }
+    }
+    count(state);
+}
+BENCHMARK(readListTagOneCore)->Unit(benchmark::kMillisecond);
+
+void listFolderAllCores(benchmark::State &state)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ListFolder(collection().path(), QString()));
+    count(state);
+}
+BENCHMARK(listFolderAllCores)->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime();
+
+#ifdef RAVLIN_HAVE_TAGLIB
+void tagLibOneCore(benchmark::State &state)
+{
+    const QStringList files = names();
+    for (auto _ : state) {
+        for (const QString &name : files) {
+            TagLib::MPEG::File file(QFile::encodeName(collection().path() + name).constData(), false);
+            const TagLib::Tag *tag = file.tag();
+            benchmark::DoNotOptimize(tag->title());
+            benchmark::DoNotOptimize(tag->artist());
+            benchmark::DoNotOptimize(tag->album());
+            benchmark::DoNotOptimize(tag->year());
+            benchmark::DoNotOptimize(tag->track());
+            benchmark::DoNotOptimize(file.hasID3v1Tag());
+        }
+    }
+    count(state);
+}
+BENCHMARK(tagLibOneCore)->Unit(benchmark::kMillisecond);
+#endif
+
+} // namespace
+
+BENCHMARK_MAIN();
