@@ -76,15 +76,15 @@ Result<void> expectUnchanged(const RewriteTarget &target)
 
 /// Puts the old content back after a failure. The redo file stays where even that fails: then the
 /// new content comes when the file is recovered.
-void rollBack(FileSystem &fileSystem, const RewriteTarget &target, const RedoHeader &header,
+Result<void> rollBack(FileSystem &fileSystem, const RewriteTarget &target, const RedoHeader &header,
     const QString &redoPath, File &redo)
 {
     const auto restored =
         overwrite(target.file, target.path, redo, header.oldOffset(), header.oldSize);
     if (!restored)
-        return;
+        return restored;
     static_cast<void>(target.file.setModified(header.oldModified)); // a courtesy only
-    static_cast<void>(discard(fileSystem, redoPath, redo));
+    return discard(fileSystem, redoPath, redo);
 }
 
 /// What the chunk of the file at offset may hold: both contents there, each as long as it reaches.
@@ -283,7 +283,10 @@ Result<void> rewriteUnderRedo(FileSystem &fileSystem, const RewriteTarget &targe
     }
     auto written = overwrite(target.file, target.path, *redo, header.newOffset(), header.newSize);
     if (!written) {
-        rollBack(fileSystem, target, header, redoPath, *redo);
+        const auto undone = rollBack(fileSystem, target, header, redoPath, *redo);
+        if (!undone)
+            written.error().detail +=
+                QStringLiteral("; undoing it failed: ") + undone.error().detail;
         return written;
     }
     if (options.keepModified)

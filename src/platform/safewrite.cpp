@@ -98,16 +98,6 @@ void restoreModified(File &file, const FileInfo &before, const WriteOptions &opt
         static_cast<void>(file.setModified(before.modified));
 }
 
-Result<void> cut(File &file, qint64 size)
-{
-    const auto now = file.truncate(size).and_then([&] { return file.info(); });
-    if (!now)
-        return tl::unexpected(now.error());
-    if (now->size != size)
-        return failure(ErrorCode::VerifyFailed, QStringLiteral("the file could not be cut"));
-    return {};
-}
-
 /// The one write of an in-place change, taken back when it fails.
 Result<void> writeBlock(File &file, const FileInfo &before, const Change &change)
 {
@@ -225,7 +215,7 @@ Result<WriteOutcome> rewrite(FileSystem &fileSystem, const QString &path, const 
     File &file = *original->file;
     if (change->kind == Change::Elsewhere)
         return writeElsewhere(fileSystem, path, *original, *content, options);
-    const auto written = change->kind == Change::Cut ? cut(file, content->size)
+    const auto written = change->kind == Change::Cut ? file.truncate(content->size)
                                                      : writeBlock(file, original->info, *change);
     if (!written)
         return tl::unexpected(written.error());

@@ -45,8 +45,10 @@ struct WriteOptions
 /// Gives the file at path the content that segments make up, in their order.
 ///
 /// before: the file's state when the caller read it; when size, modification time or identity differ by now, nothing
-/// is written (ChangedMeanwhile). A symbolic link is followed and stays a link. On any error the file is as it was;
-/// with MakeWritable it may have become writable.
+/// is written (ChangedMeanwhile). A symbolic link is followed and stays a link. On any error the file is as it was,
+/// unless undoing fails as well, which the error's detail tells; with MakeWritable it may have become writable.
+/// Nothing waits for the disk but what the safety of the content needs: a caller that wants the outcome to outlast
+/// a power cut syncs the folder, or the file where it was written in place, once it is through.
 Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, const FileInfo &before,
     const std::vector<Segment> &segments, const WriteOptions &options = {});
 
