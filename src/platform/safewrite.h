@@ -12,9 +12,9 @@ namespace ravlin::platform {
 /// One piece of a file's new content.
 struct Segment
 {
-    QByteArray bytes;       ///< the piece itself, or empty for a range of the old file
-    qint64 oldOffset = -1;  ///< where the range starts in the old file; -1 for new bytes
-    qint64 length = 0;      ///< bytes
+    QByteArray bytes;      ///< the piece itself, or empty for a range of the old file
+    qint64 oldOffset = -1; ///< where the range starts in the old file; -1 for new bytes
+    qint64 length = 0;     ///< bytes
 
     static Segment fresh(QByteArray data)
     {
@@ -25,7 +25,8 @@ struct Segment
 };
 
 /// How the change was made.
-enum class WriteOutcome {
+enum class WriteOutcome
+{
     Unchanged, ///< the file has this content already: nothing was written
     InPlace,   ///< one write inside one block of the file, or a cut at its end
     Replaced,  ///< a new file was put in the place of the old one
@@ -34,7 +35,11 @@ enum class WriteOutcome {
 };
 
 /// What to do with a file that bears the read-only attribute, when there is something to write.
-enum class ReadOnlyFile { Refuse, MakeWritable };
+enum class ReadOnlyFile
+{
+    Refuse,
+    MakeWritable
+};
 
 struct WriteOptions
 {

@@ -97,8 +97,8 @@ void saveInPlace(benchmark::State &state)
         state.PauseTiming();
         const FileInfo before = *native.info(file.path());
         state.ResumeTiming();
-        const auto saved = rewriteFile(native, file.path(), before,
-            {Segment::fresh(tag), Segment::kept(TagSize, FileSize - TagSize)});
+        const auto saved =
+            rewriteFile(native, file.path(), before, {Segment::fresh(tag), Segment::kept(TagSize, FileSize - TagSize)});
         if (!saved || *saved != WriteOutcome::InPlace)
             state.SkipWithError("not saved in place");
     }
@@ -138,8 +138,7 @@ void replace(benchmark::State &state)
         const FileInfo before = *native.info(file.path());
         // Two changed blocks, the size stays: what a tag at either end takes.
         const auto saved = rewriteFile(native, file.path(), before,
-            {Segment::fresh(QByteArray(TagSize, letter)),
-                Segment::kept(TagSize, LargeFileSize - TagSize - 128),
+            {Segment::fresh(QByteArray(TagSize, letter)), Segment::kept(TagSize, LargeFileSize - TagSize - 128),
                 Segment::fresh(QByteArray(128, letter))});
         if (!saved || *saved != WriteOutcome::Replaced)
             state.SkipWithError("not replaced");
@@ -173,8 +172,7 @@ BENCHMARK(decodeAsciiName);
 
 void decodeAccentedName(benchmark::State &state)
 {
-    const QByteArray name(
-        "Artist/Album/01 - Una canci\xC3\xB3n con un nombre como hay m\xC3\xA1s.mp3");
+    const QByteArray name("Artist/Album/01 - Una canci\xC3\xB3n con un nombre como hay m\xC3\xA1s.mp3");
     for (auto _ : state)
         benchmark::DoNotOptimize(decodePath(name));
 }

@@ -18,8 +18,7 @@ enum class Way
     Rewritten
 };
 
-inline constexpr Way AllWays[] = {
-    Way::InPlace, Way::Appended, Way::Cut, Way::Replaced, Way::Rewritten};
+inline constexpr Way AllWays[] = {Way::InPlace, Way::Appended, Way::Cut, Way::Replaced, Way::Rewritten};
 
 inline const char *nameOf(Way way)
 {
@@ -33,8 +32,8 @@ public:
     explicit RewriteCase(Way way) : m_way(way)
     {
         if (way == Way::Rewritten)
-            static_cast<void>(::link(platform::encodePath(path()),
-                platform::encodePath(m_folder.path(QStringLiteral("second name.mp3")))));
+            static_cast<void>(::link(
+                platform::encodePath(path()), platform::encodePath(m_folder.path(QStringLiteral("second name.mp3")))));
         m_names = m_folder.names();
     }
 
@@ -63,8 +62,8 @@ public:
         using platform::Segment;
         switch (m_way) {
         case Way::InPlace:
-            return {Segment::kept(0, 100), Segment::fresh(QByteArray(3000, 'n')),
-                Segment::kept(3100, m_old.size() - 3100)};
+            return {
+                Segment::kept(0, 100), Segment::fresh(QByteArray(3000, 'n')), Segment::kept(3100, m_old.size() - 3100)};
         case Way::Appended:
             return {Segment::kept(0, m_old.size()), Segment::fresh(QByteArray(128, 'n'))};
         case Way::Cut:
@@ -102,9 +101,8 @@ public:
     bool hasOnlyLeftovers() const
     {
         const QStringList names = m_folder.names();
-        return std::all_of(names.begin(), names.end(), [this](const QString &name) {
-            return m_names.contains(name) || platform::isLeftoverName(name);
-        });
+        return std::all_of(names.begin(), names.end(),
+            [this](const QString &name) { return m_names.contains(name) || platform::isLeftoverName(name); });
     }
 
 private:

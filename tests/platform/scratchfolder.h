@@ -14,10 +14,7 @@ class ScratchFolder
 public:
     ScratchFolder() = default;
     /// A folder inside one that others can reach too, unlike the usual one for temporary files.
-    explicit ScratchFolder(const QString &parent)
-        : m_folder(parent + QStringLiteral("/ravlin-test-XXXXXX"))
-    {
-    }
+    explicit ScratchFolder(const QString &parent) : m_folder(parent + QStringLiteral("/ravlin-test-XXXXXX")) {}
 
     QString path(const QString &name) const { return m_folder.filePath(name); }
     QString path() const { return m_folder.path(); }

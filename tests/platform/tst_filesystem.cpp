@@ -78,12 +78,10 @@ private Q_SLOTS:
 void tst_filesystem::opensPlainFilesOnly()
 {
     const ScratchFolder folder;
-    QCOMPARE(codeOf(native().open(folder.path(QStringLiteral("none")), OpenMode::Read)),
-        ErrorCode::NotFound);
+    QCOMPARE(codeOf(native().open(folder.path(QStringLiteral("none")), OpenMode::Read)), ErrorCode::NotFound);
     QCOMPARE(codeOf(native().open(folder.path(), OpenMode::Read)), ErrorCode::NotAFile);
     QCOMPARE(codeOf(native().open(folder.path(), OpenMode::ReadWrite)), ErrorCode::NotAFile);
-    QCOMPARE(
-        codeOf(native().open(QStringLiteral("/dev/null"), OpenMode::Read)), ErrorCode::NotAFile);
+    QCOMPARE(codeOf(native().open(QStringLiteral("/dev/null"), OpenMode::Read)), ErrorCode::NotAFile);
 
     const QString pipe = folder.path(QStringLiteral("pipe"));
     QCOMPARE(::mkfifo(encodePath(pipe), 0600), 0);
@@ -107,8 +105,7 @@ void tst_filesystem::symbolicLinks()
     QCOMPARE(codeOf(native().openUnlinked(link, OpenMode::Read)), ErrorCode::NotAFile);
     QVERIFY(native().openUnlinked(file, OpenMode::Read));
     QCOMPARE(native().canonicalPath(link).value(), QFileInfo(file).canonicalFilePath());
-    QCOMPARE(
-        codeOf(native().canonicalPath(folder.path(QStringLiteral("none")))), ErrorCode::NotFound);
+    QCOMPARE(codeOf(native().canonicalPath(folder.path(QStringLiteral("none")))), ErrorCode::NotFound);
 }
 
 void tst_filesystem::refusesEmbeddedZero()
@@ -202,8 +199,7 @@ void tst_filesystem::writesAndTruncates()
 void tst_filesystem::copiesRanges()
 {
     const ScratchFolder folder;
-    const auto source =
-        native().open(folder.write(QStringLiteral("source"), "0123456789"), OpenMode::Read).value();
+    const auto source = native().open(folder.write(QStringLiteral("source"), "0123456789"), OpenMode::Read).value();
     const auto target = native().createNew(folder.path(QStringLiteral("target"))).value();
     QCOMPARE(target->copyFrom(*source, 2, 0, 5).value(), 5);
     QCOMPARE(target->copyFrom(*source, 8, 5, 100).value(), 2);
@@ -220,8 +216,7 @@ void tst_filesystem::copiesBetweenFileSystems()
     QByteArray content(3 * 1024 * 1024 + 17, Qt::Uninitialized);
     for (qsizetype i = 0; i < content.size(); ++i)
         content[i] = static_cast<char>(i * 31 + i / 251);
-    const auto source =
-        native().open(folder.write(QStringLiteral("source"), content), OpenMode::Read).value();
+    const auto source = native().open(folder.write(QStringLiteral("source"), content), OpenMode::Read).value();
     const auto target = native().createNew(other.filePath(QStringLiteral("target"))).value();
     qint64 done = 0;
     while (done < content.size()) {
@@ -241,9 +236,8 @@ void tst_filesystem::takesMetadata()
     const bool isRoot = ::geteuid() == 0;
     if (isRoot)
         QCOMPARE(::chown(encodePath(from), 12345, 23456), 0);
-    const bool hasAttributes =
-        ::setxattr(encodePath(from), "user.comment", "remember", 8, 0) == 0 &&
-        ::setxattr(encodePath(from), "user.empty", "", 0, 0) == 0;
+    const bool hasAttributes = ::setxattr(encodePath(from), "user.comment", "remember", 8, 0) == 0 &&
+                               ::setxattr(encodePath(from), "user.empty", "", 0, 0) == 0;
 
     const auto source = native().open(from, OpenMode::Read).value();
     QVERIFY(native().createNew(to).value()->takeMetadata(*source));
@@ -298,8 +292,7 @@ void tst_filesystem::dropsInheritedAccessList()
     const ScratchFolder folder;
     const QString from = folder.write(QStringLiteral("from"), "x");
     QVERIFY(native().setPermissions(from, 0640));
-    if (!setAccessList({QStringLiteral("-d"), QStringLiteral("-m"), QStringLiteral("u:12345:rwx"),
-            folder.path()}))
+    if (!setAccessList({QStringLiteral("-d"), QStringLiteral("-m"), QStringLiteral("u:12345:rwx"), folder.path()}))
         QSKIP("the file system has no access control lists");
     const auto source = native().open(from, OpenMode::Read).value();
     QVERIFY(native().createNew(folder.path(QStringLiteral("to"))).value()->takeMetadata(*source));
@@ -339,8 +332,7 @@ void tst_filesystem::setsPermissions()
     const QString path = folder.write(QStringLiteral("file"), "x");
     QVERIFY(native().setPermissions(path, 0604));
     QCOMPARE(infoOf(path).permissions, quint32(0604));
-    QCOMPARE(codeOf(native().setPermissions(folder.path(QStringLiteral("none")), 0600)),
-        ErrorCode::NotFound);
+    QCOMPARE(codeOf(native().setPermissions(folder.path(QStringLiteral("none")), 0600)), ErrorCode::NotFound);
 }
 
 void tst_filesystem::accessIsDenied()
@@ -352,13 +344,12 @@ void tst_filesystem::accessIsDenied()
     const pid_t child = ::fork();
     if (child == 0) {
         const bool isRoot = ::geteuid() == 0;
-        const bool isReady = ::chdir(encodePath(folder.path())) == 0 &&
-                             (!isRoot || (::chmod(".", 0755) == 0 && ::seteuid(65534) == 0));
+        const bool isReady =
+            ::chdir(encodePath(folder.path())) == 0 && (!isRoot || (::chmod(".", 0755) == 0 && ::seteuid(65534) == 0));
         const QString name = QStringLiteral("file");
-        const bool isDenied =
-            isReady && codeOf(native().open(name, OpenMode::Read)) == ErrorCode::AccessDenied &&
-            (!isRoot || codeOf(native().remove(name)) == ErrorCode::AccessDenied) &&
-            (!isRoot || codeOf(native().setPermissions(name, 0666)) == ErrorCode::AccessDenied);
+        const bool isDenied = isReady && codeOf(native().open(name, OpenMode::Read)) == ErrorCode::AccessDenied &&
+                              (!isRoot || codeOf(native().remove(name)) == ErrorCode::AccessDenied) &&
+                              (!isRoot || codeOf(native().setPermissions(name, 0666)) == ErrorCode::AccessDenied);
         ::_exit(isDenied ? 0 : 1);
     }
     int status = 0;

@@ -36,12 +36,10 @@ void tst_path::decodesText_data()
     QTest::newRow("ascii") << QByteArray("01 - Song.mp3") << QStringLiteral("01 - Song.mp3");
     QTest::newRow("control characters") << QByteArray("a\n\t\x7f") << QStringLiteral("a\n\t\u007f");
     QTest::newRow("accents") << QByteArray("Caf\xC3\xA9") << QStringLiteral("Café");
-    QTest::newRow("decomposed stays decomposed")
-        << QByteArray("e\xCC\x81") << QStringLiteral("e\u0301");
+    QTest::newRow("decomposed stays decomposed") << QByteArray("e\xCC\x81") << QStringLiteral("e\u0301");
     QTest::newRow("Japanese") << QByteArray("\xE6\xAD\x8C") << QStringLiteral("歌");
     QTest::newRow("emoji") << QByteArray("\xF0\x9F\x8E\xB5") << QStringLiteral("🎵");
-    QTest::newRow("last code point")
-        << QByteArray("\xF4\x8F\xBF\xBF") << QStringLiteral("\U0010FFFF");
+    QTest::newRow("last code point") << QByteArray("\xF4\x8F\xBF\xBF") << QStringLiteral("\U0010FFFF");
 }
 
 void tst_path::decodesText()
@@ -107,8 +105,8 @@ void tst_path::everyPairOfBytesRoundTripsDistinctly()
 {
     std::set<QString> texts;
     for (int pair = 0; pair < 0x10000; ++pair) {
-        const QByteArray bytes{QByteArray(1, static_cast<char>(pair >> 8)) +
-                               QByteArray(1, static_cast<char>(pair & 0xFF))};
+        const QByteArray bytes{
+            QByteArray(1, static_cast<char>(pair >> 8)) + QByteArray(1, static_cast<char>(pair & 0xFF))};
         const QString text = decodePath(bytes);
         QCOMPARE(encodePath(text), bytes);
         texts.insert(text);
@@ -136,9 +134,8 @@ void tst_path::randomBytesRoundTrip()
     for (int round = 0; round < 200'000; ++round) {
         QByteArray bytes(static_cast<qsizetype>(random() % 12), Qt::Uninitialized);
         for (char &byte : bytes)
-            byte = random() % 4 == 0
-                       ? static_cast<char>(random() & 0xFF)
-                       : frequent.at(static_cast<qsizetype>(random() % size_t(frequent.size())));
+            byte = random() % 4 == 0 ? static_cast<char>(random() & 0xFF)
+                                     : frequent.at(static_cast<qsizetype>(random() % size_t(frequent.size())));
         const QByteArray back = encodePath(decodePath(bytes));
         if (back != bytes)
             QFAIL(bytes.toHex().constData());

@@ -50,8 +50,7 @@ QByteArray applied(const QByteArray &old, const std::vector<Segment> &segments)
 {
     QByteArray result;
     for (const Segment &segment : segments)
-        result +=
-            segment.oldOffset < 0 ? segment.bytes : old.mid(segment.oldOffset, segment.length);
+        result += segment.oldOffset < 0 ? segment.bytes : old.mid(segment.oldOffset, segment.length);
     return result;
 }
 
@@ -134,43 +133,33 @@ void tst_safewrite::writesContent_data()
     row("same bytes", 20'000, {fresh(old.left(4000)), kept(4000, 16'000)}, WriteOutcome::Unchanged);
     row("everything kept", 20'000, {kept(0, 5000), kept(5000, 15'000)}, WriteOutcome::Unchanged);
     row("empty stays empty", 0, {}, WriteOutcome::Unchanged);
-    row("empty pieces", 20'000, {fresh({}), kept(0, 20'000), kept(7, 0), fresh({})},
-        WriteOutcome::Unchanged);
-    row("one byte", 20'000, {kept(0, 100), fresh(changed(100, 1)), kept(101, 19'899)},
-        WriteOutcome::InPlace);
+    row("empty pieces", 20'000, {fresh({}), kept(0, 20'000), kept(7, 0), fresh({})}, WriteOutcome::Unchanged);
+    row("one byte", 20'000, {kept(0, 100), fresh(changed(100, 1)), kept(101, 19'899)}, WriteOutcome::InPlace);
     row("a whole block", 20'000, {kept(0, 4096), fresh(changed(4096, 4096)), kept(8192, 11'808)},
         WriteOutcome::InPlace);
     row("two changes in a block with a kept range between", 20'000,
-        {fresh(changed(0, 10)), kept(10, 100), fresh(changed(110, 10)), kept(120, 19'880)},
-        WriteOutcome::InPlace);
+        {fresh(changed(0, 10)), kept(10, 100), fresh(changed(110, 10)), kept(120, 19'880)}, WriteOutcome::InPlace);
     row("long new bytes that differ in one block only", 20'000,
-        {fresh(old.left(9000) + changed(9000, 100) + old.mid(9100)), kept(0, 0)},
-        WriteOutcome::InPlace);
-    row("across a block boundary", 20'000,
-        {kept(0, 4090), fresh(changed(4090, 12)), kept(4102, 15'898)}, WriteOutcome::Replaced);
+        {fresh(old.left(9000) + changed(9000, 100) + old.mid(9100)), kept(0, 0)}, WriteOutcome::InPlace);
+    row("across a block boundary", 20'000, {kept(0, 4090), fresh(changed(4090, 12)), kept(4102, 15'898)},
+        WriteOutcome::Replaced);
     row("two blocks", 20'000, {fresh(changed(0, 10)), kept(10, 19'980), fresh(changed(19'990, 10))},
         WriteOutcome::Replaced);
     row("cut at the end", 20'000, {kept(0, 19'872)}, WriteOutcome::InPlace);
     row("cut with the rest given as bytes", 20'000, {fresh(old.left(128))}, WriteOutcome::InPlace);
     row("cut to nothing", 20'000, {}, WriteOutcome::InPlace);
-    row("appended inside the last block", 20'000, {kept(0, 20'000), fresh(sample(128, 2))},
-        WriteOutcome::InPlace);
-    row("appended over the block's end", 20'000, {kept(0, 20'000), fresh(sample(600, 2))},
-        WriteOutcome::Replaced);
-    row("appended at a block's start", 16'384, {kept(0, 16'384), fresh(sample(128, 2))},
-        WriteOutcome::InPlace);
+    row("appended inside the last block", 20'000, {kept(0, 20'000), fresh(sample(128, 2))}, WriteOutcome::InPlace);
+    row("appended over the block's end", 20'000, {kept(0, 20'000), fresh(sample(600, 2))}, WriteOutcome::Replaced);
+    row("appended at a block's start", 16'384, {kept(0, 16'384), fresh(sample(128, 2))}, WriteOutcome::InPlace);
     row("first bytes of an empty file", 0, {fresh(sample(100, 2))}, WriteOutcome::InPlace);
-    row("changed and appended", 20'000,
-        {kept(0, 19'990), fresh(changed(19'990, 10) + sample(20, 2))}, WriteOutcome::Replaced);
-    row("changed and cut", 20'000, {fresh(changed(0, 10)), kept(10, 19'000)},
+    row("changed and appended", 20'000, {kept(0, 19'990), fresh(changed(19'990, 10) + sample(20, 2))},
         WriteOutcome::Replaced);
+    row("changed and cut", 20'000, {fresh(changed(0, 10)), kept(10, 19'000)}, WriteOutcome::Replaced);
     row("moved back", 20'000, {fresh(sample(300, 2)), kept(0, 20'000)}, WriteOutcome::Replaced);
     row("moved to the front", 20'000, {kept(1000, 19'000)}, WriteOutcome::Replaced);
-    row("pieces in another order", 20'000, {kept(10'000, 10'000), kept(0, 10'000)},
-        WriteOutcome::Replaced);
+    row("pieces in another order", 20'000, {kept(10'000, 10'000), kept(0, 10'000)}, WriteOutcome::Replaced);
     row("a range twice", 20'000, {kept(0, 20'000), kept(0, 20'000)}, WriteOutcome::Replaced);
-    row("megabytes of new bytes", 20'000, {fresh(sample(3'000'001, 3)), kept(0, 20'000)},
-        WriteOutcome::Replaced);
+    row("megabytes of new bytes", 20'000, {fresh(sample(3'000'001, 3)), kept(0, 20'000)}, WriteOutcome::Replaced);
 }
 
 void tst_safewrite::writesContent()
@@ -203,8 +192,8 @@ void tst_safewrite::everySmallChangeIsRight()
             QByteArray bytes = present.mid(begin, end - begin);
             for (char &byte : bytes)
                 byte = static_cast<char>(byte + 1);
-            const auto result = rewrite(path,
-                {Segment::kept(0, begin), Segment::fresh(bytes), Segment::kept(end, 9000 - end)});
+            const auto result =
+                rewrite(path, {Segment::kept(0, begin), Segment::fresh(bytes), Segment::kept(end, 9000 - end)});
             present.replace(begin, end - begin, bytes);
             QCOMPARE(ScratchFolder::read(path), present);
             const bool isOneBlock = begin / 4096 == (end - 1) / 4096;
@@ -409,8 +398,7 @@ void tst_safewrite::keepsAccessList()
         getfacl.waitForFinished();
         return getfacl.readAllStandardOutput();
     };
-    if (QProcess::execute(QStringLiteral("setfacl"),
-            {QStringLiteral("-m"), QStringLiteral("u:12345:rw"), path}) != 0)
+    if (QProcess::execute(QStringLiteral("setfacl"), {QStringLiteral("-m"), QStringLiteral("u:12345:rw"), path}) != 0)
         QSKIP("no setfacl or no access control lists here");
     const QByteArray before = list();
     QVERIFY(before.contains("user:12345:rw-"));
@@ -428,8 +416,8 @@ void tst_safewrite::fileOfAnotherOwner()
     QVERIFY(native().setPermissions(path, 0666));
     const bool written = inChild([&] {
         constexpr uid_t Nobody = 65534;
-        const bool isNobody = ::chdir(encodePath(folder.path())) == 0 && ::setegid(Nobody) == 0 &&
-                              ::seteuid(Nobody) == 0;
+        const bool isNobody =
+            ::chdir(encodePath(folder.path())) == 0 && ::setegid(Nobody) == 0 && ::seteuid(Nobody) == 0;
         const auto result = rewrite(QStringLiteral("song.mp3"), {Segment::fresh(sample(9000, 2))});
         return isNobody && result && *result == WriteOutcome::Rewritten;
     });
@@ -453,8 +441,7 @@ void tst_safewrite::folderWithoutWriteAccess()
             return false;
         const auto large = rewrite(path, {Segment::fresh(sample(9000, 2))});
         const auto small = rewrite(path, {Segment::fresh("X" + sample(5000).mid(1))});
-        return !large && large.error().code == ErrorCode::AccessDenied && small &&
-               *small == WriteOutcome::InPlace;
+        return !large && large.error().code == ErrorCode::AccessDenied && small && *small == WriteOutcome::InPlace;
     });
     QVERIFY(asExpected);
     QCOMPARE(ScratchFolder::read(path), "X" + sample(5000).mid(1));
@@ -469,8 +456,7 @@ void tst_safewrite::bigFileIsNotReadIntoMemory()
     struct rusage usage = {};
     ::getrusage(RUSAGE_SELF, &usage);
     const long peakBefore = usage.ru_maxrss;
-    QCOMPARE(*rewrite(path, {Segment::fresh(sample(5000, 2)), Segment::kept(0, Size)}),
-        WriteOutcome::Replaced);
+    QCOMPARE(*rewrite(path, {Segment::fresh(sample(5000, 2)), Segment::kept(0, Size)}), WriteOutcome::Replaced);
     ::getrusage(RUSAGE_SELF, &usage);
     QVERIFY(usage.ru_maxrss - peakBefore < 16 * 1024); // KiB
     QCOMPARE(infoOf(path).size, Size + 5000);
@@ -521,13 +507,10 @@ void tst_safewrite::fullDiskLeavesOldFile()
         return QProcess::execute(arguments.first(), arguments.mid(1)) == 0;
     };
     if (::geteuid() != 0 ||
-        !mount({QStringLiteral("mount"), QStringLiteral("-t"), QStringLiteral("tmpfs"),
-            QStringLiteral("-o"), QStringLiteral("size=256k"), QStringLiteral("tmpfs"),
-            folder.path()}))
+        !mount({QStringLiteral("mount"), QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
+            QStringLiteral("size=256k"), QStringLiteral("tmpfs"), folder.path()}))
         QSKIP("no small disk can be mounted here");
-    const auto unmount = qScopeGuard([&] {
-        mount({QStringLiteral("umount"), QStringLiteral("-l"), folder.path()});
-    });
+    const auto unmount = qScopeGuard([&] { mount({QStringLiteral("umount"), QStringLiteral("-l"), folder.path()}); });
 
     const QByteArray old = sample(150'000);
     const QString path = folder.write(QStringLiteral("song.mp3"), old);
@@ -539,17 +522,15 @@ void tst_safewrite::fullDiskLeavesOldFile()
     QCOMPARE(ScratchFolder::read(path), old);
     QCOMPARE(folder.names().size(), 2);
     // What fits into its own place needs no room.
-    QCOMPARE(*rewrite(path, {Segment::fresh("X"), Segment::kept(1, old.size() - 1)}),
-        WriteOutcome::InPlace);
+    QCOMPARE(*rewrite(path, {Segment::fresh("X"), Segment::kept(1, old.size() - 1)}), WriteOutcome::InPlace);
 }
 
 void tst_safewrite::leftoverNames()
 {
     QVERIFY(isLeftoverName(QStringLiteral(".ravlin-0123456789abcdef.tmp")));
     QVERIFY(isLeftoverName(QStringLiteral(".ravlin-0000000000000001.redo")));
-    for (const auto *name : {".ravlin-0123456789abcdef.mp3", ".ravlin-.tmp",
-             ".ravlin-0123456789abcdeg.tmp", ".ravlin-0123456789ABCDEF.tmp",
-             "ravlin-0123456789abcdef.tmp", ".ravlin-0123456789abcdef.tmp.mp3", ""})
+    for (const auto *name : {".ravlin-0123456789abcdef.mp3", ".ravlin-.tmp", ".ravlin-0123456789abcdeg.tmp",
+             ".ravlin-0123456789ABCDEF.tmp", "ravlin-0123456789abcdef.tmp", ".ravlin-0123456789abcdef.tmp.mp3", ""})
         QVERIFY2(!isLeftoverName(QString::fromLatin1(name)), name);
     QCOMPARE(redoName(0xABC), QStringLiteral(".ravlin-0000000000000abc.redo"));
 }
@@ -573,8 +554,7 @@ void tst_safewrite::cleaning()
     QCOMPARE(folder.names().size(), others.size() + 2);
     QCOMPARE(ScratchFolder::read(folder.path(QStringLiteral("song.mp3"))), "mine");
     QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 0);
-    QCOMPARE(cleanLeftovers(native(), folder.path(QStringLiteral("none"))).error().code,
-        ErrorCode::NotFound);
+    QCOMPARE(cleanLeftovers(native(), folder.path(QStringLiteral("none"))).error().code, ErrorCode::NotFound);
 }
 
 QTEST_GUILESS_MAIN(tst_safewrite)

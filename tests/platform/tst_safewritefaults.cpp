@@ -70,10 +70,7 @@ class tst_safewritefaults : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyStepFails_data()
-    {
-        addWaysAndFaults({{"fails", Fault::Fail}, {"fails half-way", Fault::FailLater}});
-    }
+    void everyStepFails_data() { addWaysAndFaults({{"fails", Fault::Fail}, {"fails half-way", Fault::FailLater}}); }
     void everyStepFails();
     void everythingFailsFromStepOn_data() { addWays(); }
     void everythingFailsFromStepOn();
@@ -81,10 +78,7 @@ private Q_SLOTS:
     void shortTransfersAreContinued();
     void corruptionIsNoticed_data() { addWays(); }
     void corruptionIsNoticed();
-    void diesAtEveryStep_data()
-    {
-        addWaysAndFaults({{"before", Fault::Die}, {"after", Fault::DieAfter}});
-    }
+    void diesAtEveryStep_data() { addWaysAndFaults({{"before", Fault::Die}, {"after", Fault::DieAfter}}); }
     void diesAtEveryStep();
     void changedWhileBeingCopied_data();
     void changedWhileBeingCopied();
@@ -151,8 +145,7 @@ void tst_safewritefaults::everythingFailsFromStepOn()
         // Reading back and undoing failed too: for one block nothing but the new content can stand
         // there then.
         const bool mayBeNew = result || way != Way::Replaced;
-        QVERIFY(present == rewriteCase.oldContent() ||
-                (mayBeNew && present == rewriteCase.newContent()));
+        QVERIFY(present == rewriteCase.oldContent() || (mayBeNew && present == rewriteCase.newContent()));
         QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
         QVERIFY(rewriteCase.isClean());
         if (!faulty.hasFired()) {
@@ -256,8 +249,7 @@ void tst_safewritefaults::changedWhileBeingCopied()
     const auto result = rewriteCase.rewriteForward(faulty);
     QVERIFY(!result);
     // Read back against the changed file, or noticed by its state: either way nothing is lost.
-    QVERIFY(result.error().code == ErrorCode::ChangedMeanwhile ||
-            result.error().code == ErrorCode::VerifyFailed);
+    QVERIFY(result.error().code == ErrorCode::ChangedMeanwhile || result.error().code == ErrorCode::VerifyFailed);
     QCOMPARE(ScratchFolder::read(rewriteCase.path()), "somebody else's");
     QVERIFY(rewriteCase.isClean());
 }
@@ -346,8 +338,8 @@ void tst_safewritefaults::damagedRedoIsDropped()
     const QString redoPath = redoPathOf(rewriteCase);
     const QByteArray valid = ScratchFolder::read(redoPath);
     const QByteArray before = ScratchFolder::read(rewriteCase.path());
-    std::vector<QByteArray> damaged{{}, valid.left(100), valid.left(4096), valid.chopped(1),
-        valid + '\0', QByteArray(valid.size(), '\0'), QByteArray(valid.size(), '\xFF')};
+    std::vector<QByteArray> damaged{{}, valid.left(100), valid.left(4096), valid.chopped(1), valid + '\0',
+        QByteArray(valid.size(), '\0'), QByteArray(valid.size(), '\xFF')};
     for (qsizetype at = 0; at < valid.size(); at += at < 120 || at > valid.size() - 50 ? 1 : 997) {
         damaged.push_back(valid);
         damaged.back()[at] = static_cast<char>(valid.at(at) ^ 0x40);
@@ -428,8 +420,7 @@ void tst_safewritefaults::redoCannotLeaveItsFolder()
             QVERIFY(writeRedoHeader(*redo, header));
             const QByteArray evil("hacked");
             QVERIFY(redo->writeAt({evil.constData(), size_t(evil.size())}, header.newOffset()));
-            QVERIFY(
-                redo->writeAt({content.constData(), size_t(content.size())}, header.oldOffset()));
+            QVERIFY(redo->writeAt({content.constData(), size_t(content.size())}, header.oldOffset()));
             QVERIFY(writeRedoTrailer(*redo, header));
         }
         QVERIFY(cleanLeftovers(native(), here));

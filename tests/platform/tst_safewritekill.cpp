@@ -35,8 +35,7 @@ FileSystem &native()
                  ScratchFolder::read(rewriteCase.path()) == rewriteCase.newContent();
     while (true) {
         const auto segments = isNew ? rewriteCase.backward() : rewriteCase.forward();
-        const auto saved =
-            rewriteFile(native(), rewriteCase.path(), infoOf(rewriteCase.path()), segments);
+        const auto saved = rewriteFile(native(), rewriteCase.path(), infoOf(rewriteCase.path()), segments);
         if (!saved)
             ::_exit(1);
         isNew = !isNew;
@@ -89,8 +88,7 @@ void tst_safewritekill::fileIsWhole()
         QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
         QVERIFY(rewriteCase.isClean());
     }
-    qInfo("%d kills: %d times the new content, %d times leftovers to clear away", KillsPerWay,
-        newOnes, interrupted);
+    qInfo("%d kills: %d times the new content, %d times leftovers to clear away", KillsPerWay, newOnes, interrupted);
     // Both contents were met, so the kills did hit saves.
     QVERIFY(newOnes > 0 && newOnes < KillsPerWay);
 }

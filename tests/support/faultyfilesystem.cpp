@@ -115,8 +115,7 @@ public:
         return written;
     }
 
-    Result<qint64> copyFrom(
-        File &source, qint64 sourceOffset, qint64 offset, qint64 length) override
+    Result<qint64> copyFrom(File &source, qint64 sourceOffset, qint64 offset, qint64 length) override
     {
         const auto planned = m_fileSystem.step(Call::Copy);
         if (planned.error)
@@ -147,13 +146,11 @@ public:
     }
     Result<void> takeMetadata(File &source) override
     {
-        return m_fileSystem.forward(
-            Call::TakeMetadata, [&] { return m_inner->takeMetadata(*inner(source).m_inner); });
+        return m_fileSystem.forward(Call::TakeMetadata, [&] { return m_inner->takeMetadata(*inner(source).m_inner); });
     }
     Result<void> setModified(qint64 nanoseconds) override
     {
-        return m_fileSystem.forward(
-            Call::SetModified, [&] { return m_inner->setModified(nanoseconds); });
+        return m_fileSystem.forward(Call::SetModified, [&] { return m_inner->setModified(nanoseconds); });
     }
     Result<bool> tryLock() override
     {

@@ -56,10 +56,7 @@ class FaultyFileSystem final : public platform::FileSystem
 public:
     static constexpr int DeathStatus = 77; ///< exit status after Fault::Die and Fault::DieAfter
 
-    explicit FaultyFileSystem(platform::FileSystem &inner = platform::FileSystem::native())
-        : m_inner(inner)
-    {
-    }
+    explicit FaultyFileSystem(platform::FileSystem &inner = platform::FileSystem::native()) : m_inner(inner) {}
 
     /// Counting starts anew.
     void setPlan(const FaultPlan &plan);
@@ -70,10 +67,8 @@ public:
     /// Told before each call: what another program does meanwhile.
     std::function<void(Call)> beforeCall;
 
-    Result<std::unique_ptr<platform::File>> open(
-        const QString &path, platform::OpenMode mode) override;
-    Result<std::unique_ptr<platform::File>> openUnlinked(
-        const QString &path, platform::OpenMode mode) override;
+    Result<std::unique_ptr<platform::File>> open(const QString &path, platform::OpenMode mode) override;
+    Result<std::unique_ptr<platform::File>> openUnlinked(const QString &path, platform::OpenMode mode) override;
     Result<std::unique_ptr<platform::File>> createNew(const QString &path) override;
     Result<platform::FileInfo> info(const QString &path) override;
     Result<QString> canonicalPath(const QString &path) override;
