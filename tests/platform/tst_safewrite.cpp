@@ -103,9 +103,6 @@ private Q_SLOTS:
     void fileOfAnotherOwner();
     void folderWithoutWriteAccess();
     void bigFileIsNotReadIntoMemory();
-    void sizeLimitLeavesOldFile_data();
-    void sizeLimitLeavesOldFile();
-    void fullDiskLeavesOldFile();
     void leftoverNames();
     void cleaning();
 };
@@ -463,66 +460,6 @@ void tst_safewrite::bigFileIsNotReadIntoMemory()
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.read(5100), sample(5000, 2) + sample(100));
-}
-
-void tst_safewrite::sizeLimitLeavesOldFile_data()
-{
-    QTest::addColumn<bool>("isLinked");
-    QTest::newRow("replaced") << false;
-    QTest::newRow("rewritten") << true;
-}
-
-void tst_safewrite::sizeLimitLeavesOldFile()
-{
-    QFETCH(bool, isLinked);
-    const ScratchFolder folder;
-    const QByteArray old = sample(20'000);
-    const QString path = folder.write(QStringLiteral("song.mp3"), old);
-    if (isLinked)
-        QCOMPARE(::link(encodePath(path), encodePath(path + u'2')), 0);
-    const QStringList names = folder.names();
-    int refused = 0;
-    for (rlim_t limit = 0; limit < 120'000; limit += 1009) {
-        const bool isClean = inChild([&] {
-            ::signal(SIGXFSZ, SIG_IGN);
-            const rlimit sizes{limit, limit};
-            ::setrlimit(RLIMIT_FSIZE, &sizes);
-            const auto result = rewrite(path, {Segment::fresh(sample(30'000, 2))});
-            return !result && result.error().code == ErrorCode::NoSpace;
-        });
-        if (!isClean)
-            break;
-        ++refused;
-        QCOMPARE(ScratchFolder::read(path), old);
-        QCOMPARE(folder.names(), names);
-    }
-    QVERIFY(refused > 20);
-    QCOMPARE(ScratchFolder::read(path), sample(30'000, 2));
-}
-
-void tst_safewrite::fullDiskLeavesOldFile()
-{
-    const ScratchFolder folder;
-    const auto mount = [&](const QStringList &arguments) {
-        return QProcess::execute(arguments.first(), arguments.mid(1)) == 0;
-    };
-    if (::geteuid() != 0 ||
-        !mount({QStringLiteral("mount"), QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
-            QStringLiteral("size=256k"), QStringLiteral("tmpfs"), folder.path()}))
-        QSKIP("no small disk can be mounted here");
-    const auto unmount = qScopeGuard([&] { mount({QStringLiteral("umount"), QStringLiteral("-l"), folder.path()}); });
-
-    const QByteArray old = sample(150'000);
-    const QString path = folder.write(QStringLiteral("song.mp3"), old);
-    const auto grow = {Segment::fresh(sample(5000, 2)), Segment::kept(0, old.size())};
-    QCOMPARE(codeOf(rewrite(path, grow)), ErrorCode::NoSpace);
-    QCOMPARE(ScratchFolder::read(path), old);
-    QCOMPARE(::link(encodePath(path), encodePath(path + u'2')), 0);
-    QCOMPARE(codeOf(rewrite(path, grow)), ErrorCode::NoSpace);
-    QCOMPARE(ScratchFolder::read(path), old);
-    QCOMPARE(folder.names().size(), 2);
-    // What fits into its own place needs no room.
-    QCOMPARE(*rewrite(path, {Segment::fresh("X"), Segment::kept(1, old.size() - 1)}), WriteOutcome::InPlace);
 }
 
 void tst_safewrite::leftoverNames()
