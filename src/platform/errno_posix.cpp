@@ -48,8 +48,8 @@ tl::unexpected<Error> systemError(int number, const QString &path, const char *c
 {
     // std::generic_category instead of strerror, which threads must not share.
     const std::string text = std::generic_category().message(number);
-    return tl::unexpected(Error{codeFor(number), path,
-        QString::fromLatin1(call) + QStringLiteral(": ") + QString::fromStdString(text)});
+    return tl::unexpected(
+        Error{codeFor(number), path, QString::fromLatin1(call) + QStringLiteral(": ") + QString::fromStdString(text)});
 }
 
 } // namespace ravlin::platform

@@ -7,7 +7,8 @@
 namespace ravlin {
 
 /// What went wrong, for callers to branch on. Texts for people are made from it where they are shown.
-enum class ErrorCode {
+enum class ErrorCode
+{
     NotFound,         ///< no such file or folder
     NotAFile,         ///< a folder, device or the like where a plain file is needed
     AccessDenied,     ///< the system refuses access

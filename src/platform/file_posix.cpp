@@ -19,8 +19,8 @@ constexpr qint64 LargestTransfer = 0x7ffff000; ///< what Linux moves in one call
 /// copy_file_range does not serve every pair of files; reading and writing does.
 bool needsPlainCopy(int number)
 {
-    return number == EXDEV || number == ENOSYS || number == EOPNOTSUPP || number == EINVAL ||
-           number == EPERM || number == EBADF;
+    return number == EXDEV || number == ENOSYS || number == EOPNOTSUPP || number == EINVAL || number == EPERM ||
+           number == EBADF;
 }
 
 } // namespace
@@ -57,8 +57,8 @@ Result<qint64> PosixFile::readAt(std::span<char> buffer, qint64 offset)
     size_t done = 0;
     while (done < buffer.size()) {
         const ssize_t got = uninterrupted([&] {
-            return ::pread(m_descriptor, buffer.data() + done, buffer.size() - done,
-                offset + static_cast<qint64>(done));
+            return ::pread(
+                m_descriptor, buffer.data() + done, buffer.size() - done, offset + static_cast<qint64>(done));
         });
         if (got < 0)
             return systemError(errno, m_path, "pread");
@@ -74,8 +74,7 @@ Result<qint64> PosixFile::writeAt(std::span<const char> bytes, qint64 offset)
     m_atOpening.reset();
     if (bytes.empty())
         return 0;
-    const ssize_t written =
-        uninterrupted([&] { return ::pwrite(m_descriptor, bytes.data(), bytes.size(), offset); });
+    const ssize_t written = uninterrupted([&] { return ::pwrite(m_descriptor, bytes.data(), bytes.size(), offset); });
     if (written < 0)
         return systemError(errno, m_path, "pwrite");
     if (written == 0)
@@ -122,9 +121,8 @@ Result<qint64> PosixFile::copyFrom(File &source, qint64 sourceOffset, qint64 off
     off_t from = sourceOffset;
     off_t to = offset;
     const auto wanted = static_cast<size_t>(std::clamp<qint64>(length, 0, LargestTransfer));
-    const ssize_t copied = uninterrupted([&] {
-        return ::copy_file_range(native->m_descriptor, &from, m_descriptor, &to, wanted, 0);
-    });
+    const ssize_t copied =
+        uninterrupted([&] { return ::copy_file_range(native->m_descriptor, &from, m_descriptor, &to, wanted, 0); });
     if (copied > 0)
         return copied;
     if (copied < 0 && !needsPlainCopy(errno))
@@ -133,8 +131,7 @@ Result<qint64> PosixFile::copyFrom(File &source, qint64 sourceOffset, qint64 off
     return copyThroughMemory(source, sourceOffset, offset, length);
 }
 
-Result<qint64> PosixFile::copyThroughMemory(
-    File &source, qint64 sourceOffset, qint64 offset, qint64 length)
+Result<qint64> PosixFile::copyThroughMemory(File &source, qint64 sourceOffset, qint64 offset, qint64 length)
 {
     const qint64 wanted = std::clamp<qint64>(length, 0, CopyBufferSize);
     const auto buffer = std::make_unique_for_overwrite<char[]>(static_cast<size_t>(wanted));

@@ -26,15 +26,13 @@ public:
     Result<void> truncate(qint64 size) override;
     Result<void> sync() override;
     Result<FileInfo> info() override;
-    Result<qint64> copyFrom(
-        File &source, qint64 sourceOffset, qint64 offset, qint64 length) override;
+    Result<qint64> copyFrom(File &source, qint64 sourceOffset, qint64 offset, qint64 length) override;
     Result<void> takeMetadata(File &source) override;
     Result<void> setModified(qint64 nanoseconds) override;
     Result<bool> tryLock() override;
 
 private:
-    Result<qint64> copyThroughMemory(
-        File &source, qint64 sourceOffset, qint64 offset, qint64 length);
+    Result<qint64> copyThroughMemory(File &source, qint64 sourceOffset, qint64 offset, qint64 length);
 
     const int m_descriptor;
     const QString m_path; ///< for error values only

@@ -18,8 +18,7 @@ std::span<char> writable(QByteArray &bytes)
 Result<void> writeAll(File &file, QByteArrayView bytes, qint64 offset)
 {
     while (!bytes.isEmpty()) {
-        const auto written =
-            file.writeAt({bytes.data(), static_cast<size_t>(bytes.size())}, offset);
+        const auto written = file.writeAt({bytes.data(), static_cast<size_t>(bytes.size())}, offset);
         if (!written)
             return tl::unexpected(written.error());
         bytes = bytes.sliced(static_cast<qsizetype>(*written));
@@ -35,8 +34,8 @@ Result<QByteArray> readExactly(File &file, qint64 offset, qint64 length)
     if (!got)
         return tl::unexpected(got.error());
     if (*got != length)
-        return tl::unexpected(Error{ErrorCode::ChangedMeanwhile, {},
-            QStringLiteral("the file ends before byte %1").arg(offset + length)});
+        return tl::unexpected(Error{
+            ErrorCode::ChangedMeanwhile, {}, QStringLiteral("the file ends before byte %1").arg(offset + length)});
     return bytes;
 }
 
@@ -44,8 +43,7 @@ Result<void> copyAll(File &source, qint64 sourceOffset, File &target, qint64 off
 {
     qint64 done = 0;
     while (done < length) {
-        const auto copied =
-            target.copyFrom(source, sourceOffset + done, offset + done, length - done);
+        const auto copied = target.copyFrom(source, sourceOffset + done, offset + done, length - done);
         if (!copied)
             return tl::unexpected(copied.error());
         if (*copied == 0)
@@ -61,14 +59,13 @@ Result<bool> sameBytes(File &one, qint64 oneOffset, File &other, qint64 otherOff
     QByteArray buffer(static_cast<qsizetype>(std::min(ChunkSize, length)), Qt::Uninitialized);
     for (qint64 done = 0; done < length;) {
         const qint64 wanted = std::min(ChunkSize, length - done);
-        const auto got =
-            one.readAt(writable(buffer).first(static_cast<size_t>(wanted)), oneOffset + done);
+        const auto got = one.readAt(writable(buffer).first(static_cast<size_t>(wanted)), oneOffset + done);
         if (!got)
             return tl::unexpected(got.error());
         if (*got != wanted)
             return false;
-        const auto same = sameBytes(other, otherOffset + done,
-            QByteArrayView(buffer.constData(), static_cast<qsizetype>(wanted)));
+        const auto same =
+            sameBytes(other, otherOffset + done, QByteArrayView(buffer.constData(), static_cast<qsizetype>(wanted)));
         if (!same || !*same)
             return same;
         done += wanted;
@@ -84,8 +81,7 @@ Result<bool> sameBytes(File &file, qint64 offset, QByteArrayView bytes)
         const auto got = file.readAt(writable(buffer).first(wanted), offset);
         if (!got)
             return tl::unexpected(got.error());
-        if (*got != static_cast<qint64>(wanted) ||
-            std::memcmp(buffer.constData(), bytes.data(), wanted) != 0)
+        if (*got != static_cast<qint64>(wanted) || std::memcmp(buffer.constData(), bytes.data(), wanted) != 0)
             return false;
         bytes = bytes.sliced(static_cast<qsizetype>(wanted));
         offset += static_cast<qint64>(wanted);

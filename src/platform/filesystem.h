@@ -30,19 +30,22 @@ inline constexpr QChar Separator = u'/';
 QByteArray encodePath(const QString &path);
 /// The path or name for bytes from the system, whatever they are.
 QString decodePath(const char *bytes, qsizetype size);
-inline QString decodePath(const QByteArray &bytes) { return decodePath(bytes.constData(), bytes.size()); }
+inline QString decodePath(const QByteArray &bytes)
+{
+    return decodePath(bytes.constData(), bytes.size());
+}
 
 struct FileInfo
 {
-    qint64 size = 0;             ///< bytes
-    qint64 modified = 0;         ///< nanoseconds since 1970, UTC
-    quint64 inode = 0;           ///< with device: the file's identity
+    qint64 size = 0;     ///< bytes
+    qint64 modified = 0; ///< nanoseconds since 1970, UTC
+    quint64 inode = 0;   ///< with device: the file's identity
     quint64 device = 0;
-    quint32 permissions = 0;     ///< POSIX permission bits (07777); on Windows 0444 or 0666
-    quint32 linkCount = 1;       ///< hard links
+    quint32 permissions = 0; ///< POSIX permission bits (07777); on Windows 0444 or 0666
+    quint32 linkCount = 1;   ///< hard links
     quint32 owner = 0;
     quint32 group = 0;
-    bool isFile = false;         ///< a plain file (after following symbolic links, where info() does)
+    bool isFile = false; ///< a plain file (after following symbolic links, where info() does)
     bool isFolder = false;
 
     /// The read-only attribute: the owner's write bit is missing. Says nothing of what the current user may do.
@@ -79,7 +82,11 @@ public:
     virtual Result<bool> tryLock() = 0;
 };
 
-enum class OpenMode { Read, ReadWrite };
+enum class OpenMode
+{
+    Read,
+    ReadWrite
+};
 
 class FileSystem
 {

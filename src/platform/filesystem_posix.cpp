@@ -24,10 +24,7 @@ class NativePath
 public:
     explicit NativePath(const QString &path) : m_bytes(encodePath(path)) {}
 
-    bool isValid() const
-    {
-        return std::memchr(m_bytes.constData(), 0, static_cast<size_t>(m_bytes.size())) == nullptr;
-    }
+    bool isValid() const { return std::memchr(m_bytes.constData(), 0, static_cast<size_t>(m_bytes.size())) == nullptr; }
     operator const char *() const { return m_bytes.constData(); }
 
 private:
@@ -63,8 +60,8 @@ Result<std::unique_ptr<File>> openFile(const QString &path, int flags)
     if (!native.isValid())
         return systemError(EINVAL, path, "open");
     // O_NONBLOCK: opening a pipe must not wait for its other end. Plain files ignore it.
-    const int descriptor = uninterrupted(
-        [&] { return ::open(native, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600); });
+    const int descriptor =
+        uninterrupted([&] { return ::open(native, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600); });
     if (descriptor < 0)
         return systemError(errno, path, "open");
     struct stat status = {};
@@ -110,9 +107,9 @@ Result<std::unique_ptr<File>> PosixFileSystem::createNew(const QString &path)
 Result<FileInfo> PosixFileSystem::info(const QString &path)
 {
     struct stat status = {};
-    return callOnPath(path, "stat", [&](const char *native) {
-        return ::stat(native, &status);
-    }).map([&] { return fileInfo(status); });
+    return callOnPath(path, "stat", [&](const char *native) { return ::stat(native, &status); }).map([&] {
+        return fileInfo(status);
+    });
 }
 
 Result<QString> PosixFileSystem::canonicalPath(const QString &path)
@@ -120,8 +117,7 @@ Result<QString> PosixFileSystem::canonicalPath(const QString &path)
     const NativePath native(path);
     if (!native.isValid())
         return systemError(EINVAL, path, "realpath");
-    const std::unique_ptr<char, decltype(&std::free)> resolved(
-        ::realpath(native, nullptr), &std::free);
+    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(native, nullptr), &std::free);
     if (!resolved)
         return systemError(errno, path, "realpath");
     return decodePath(resolved.get(), static_cast<qsizetype>(std::strlen(resolved.get())));
@@ -132,8 +128,7 @@ Result<void> PosixFileSystem::replace(const QString &from, const QString &to)
     const NativePath target(to);
     if (!target.isValid())
         return systemError(EINVAL, to, "rename");
-    return callOnPath(
-        from, "rename", [&](const char *native) { return std::rename(native, target); });
+    return callOnPath(from, "rename", [&](const char *native) { return std::rename(native, target); });
 }
 
 Result<void> PosixFileSystem::remove(const QString &path)
@@ -143,8 +138,7 @@ Result<void> PosixFileSystem::remove(const QString &path)
 
 Result<void> PosixFileSystem::setPermissions(const QString &path, quint32 permissions)
 {
-    return callOnPath(
-        path, "chmod", [&](const char *native) { return ::chmod(native, permissions & 07777U); });
+    return callOnPath(path, "chmod", [&](const char *native) { return ::chmod(native, permissions & 07777U); });
 }
 
 Result<void> PosixFileSystem::syncFolder(const QString &folder)
@@ -152,8 +146,7 @@ Result<void> PosixFileSystem::syncFolder(const QString &folder)
     const NativePath native(folder);
     if (!native.isValid())
         return systemError(EINVAL, folder, "open");
-    const int descriptor =
-        uninterrupted([&] { return ::open(native, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    const int descriptor = uninterrupted([&] { return ::open(native, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (descriptor < 0)
         return systemError(errno, folder, "open");
     const int outcome = uninterrupted([&] { return ::fsync(descriptor); });
@@ -168,13 +161,11 @@ Result<void> PosixFileSystem::syncFolder(const QString &folder)
 Result<qint64> PosixFileSystem::freeBytes(const QString &path)
 {
     struct statvfs status = {};
-    const auto asked =
-        callOnPath(path, "statvfs", [&](const char *native) { return ::statvfs(native, &status); });
+    const auto asked = callOnPath(path, "statvfs", [&](const char *native) { return ::statvfs(native, &status); });
     if (!asked)
         return tl::unexpected(asked.error());
     quint64 bytes = 0;
-    const bool tooMany =
-        __builtin_mul_overflow(quint64(status.f_bavail), quint64(status.f_frsize), &bytes);
+    const bool tooMany = __builtin_mul_overflow(quint64(status.f_bavail), quint64(status.f_frsize), &bytes);
     constexpr qint64 Most = std::numeric_limits<qint64>::max();
     return tooMany || bytes > quint64(Most) ? Most : qint64(bytes);
 }

@@ -29,8 +29,7 @@ bool isHexDigit(QChar c)
 /// Strict, so that no file of the user's own is taken for one of ours.
 bool isNumbered(QStringView name, QStringView suffix)
 {
-    if (name.size() != Prefix.size() + HexDigits + suffix.size() || !name.startsWith(Prefix) ||
-        !name.endsWith(suffix))
+    if (name.size() != Prefix.size() + HexDigits + suffix.size() || !name.startsWith(Prefix) || !name.endsWith(suffix))
         return false;
     const QStringView number = name.sliced(Prefix.size(), HexDigits);
     return std::all_of(number.begin(), number.end(), isHexDigit);
@@ -84,15 +83,14 @@ bool isLeftoverName(const QString &fileName)
     return isTemporaryName(fileName) || isRedoName(fileName);
 }
 
-TemporaryFile::TemporaryFile(
-    FileSystem &fileSystem, QString path, std::unique_ptr<File> file, FileInfo info)
+TemporaryFile::TemporaryFile(FileSystem &fileSystem, QString path, std::unique_ptr<File> file, FileInfo info)
     : m_fileSystem(&fileSystem), m_path(std::move(path)), m_file(std::move(file)), m_info(info)
 {
 }
 
 TemporaryFile::TemporaryFile(TemporaryFile &&other) noexcept
-    : m_fileSystem(other.m_fileSystem), m_path(std::exchange(other.m_path, {})),
-      m_file(std::move(other.m_file)), m_info(other.m_info)
+    : m_fileSystem(other.m_fileSystem), m_path(std::exchange(other.m_path, {})), m_file(std::move(other.m_file)),
+      m_info(other.m_info)
 {
 }
 
@@ -125,8 +123,7 @@ Result<TemporaryFile> TemporaryFile::create(FileSystem &fileSystem, const QStrin
         if (!taken)
             return made;
     }
-    return tl::unexpected(
-        Error{ErrorCode::Io, folder, QStringLiteral("no temporary file could be made")});
+    return tl::unexpected(Error{ErrorCode::Io, folder, QStringLiteral("no temporary file could be made")});
 }
 
 Result<void> TemporaryFile::moveTo(const QString &path)

@@ -41,8 +41,7 @@ std::optional<QByteArray> readGrowing(Read read)
 /// The names of all attributes; none where the file system has no attributes.
 std::vector<QByteArray> attributeNames(int descriptor)
 {
-    const auto list = readGrowing(
-        [&](char *buffer, size_t size) { return ::flistxattr(descriptor, buffer, size); });
+    const auto list = readGrowing([&](char *buffer, size_t size) { return ::flistxattr(descriptor, buffer, size); });
     std::vector<QByteArray> names;
     for (qsizetype start = 0; list && start < list->size();) {
         const QByteArray name(list->constData() + start);
@@ -54,9 +53,8 @@ std::vector<QByteArray> attributeNames(int descriptor)
 
 std::optional<QByteArray> attribute(int descriptor, const QByteArray &name)
 {
-    return readGrowing([&](char *buffer, size_t size) {
-        return ::fgetxattr(descriptor, name.constData(), buffer, size);
-    });
+    return readGrowing(
+        [&](char *buffer, size_t size) { return ::fgetxattr(descriptor, name.constData(), buffer, size); });
 }
 
 /// True for an attribute that may not be set here by us: losing it is no reason to refuse the
@@ -66,24 +64,21 @@ bool isRefusal(int number)
     return number == EOPNOTSUPP || number == EPERM || number == EACCES || number == EINVAL;
 }
 
-Result<void> copyAttributes(
-    int from, const std::vector<QByteArray> &names, int to, const QString &path)
+Result<void> copyAttributes(int from, const std::vector<QByteArray> &names, int to, const QString &path)
 {
     for (const QByteArray &name : names) {
         const auto value = attribute(from, name);
         if (!value)
             continue; // removed by somebody else meanwhile, or not for us to read
         const auto size = static_cast<size_t>(value->size());
-        if (::fsetxattr(to, name.constData(), value->constData(), size, 0) != 0 &&
-            !isRefusal(errno))
+        if (::fsetxattr(to, name.constData(), value->constData(), size, 0) != 0 && !isRefusal(errno))
             return systemError(errno, path, "fsetxattr");
     }
     return {};
 }
 
 /// A new file may have inherited a list from its folder that the old one does not have.
-Result<void> dropInheritedAccessList(
-    const std::vector<QByteArray> &wanted, int to, const QString &path)
+Result<void> dropInheritedAccessList(const std::vector<QByteArray> &wanted, int to, const QString &path)
 {
     if (std::find(wanted.begin(), wanted.end(), AccessList) != wanted.end())
         return {};

@@ -63,8 +63,8 @@ Sequence firstSequence(const uchar *bytes, qsizetype size)
         smallest = 0x10000;
     }
     // Overlong forms and encoded surrogates would not come back as the same bytes.
-    const bool valid = found.codePoint >= smallest && found.codePoint <= 0x10FFFF &&
-                       !QChar::isSurrogate(found.codePoint);
+    const bool valid =
+        found.codePoint >= smallest && found.codePoint <= 0x10FFFF && !QChar::isSurrogate(found.codePoint);
     return valid ? found : Sequence{};
 }
 
@@ -131,8 +131,7 @@ QByteArray encodePath(const QString &path)
         const char16_t unit = path.at(i).unicode();
         if (!QChar::isSurrogate(unit)) {
             out = appendUtf8(out, unit);
-        } else if (QChar::isHighSurrogate(unit) && i + 1 < path.size() &&
-                   path.at(i + 1).isLowSurrogate()) {
+        } else if (QChar::isHighSurrogate(unit) && i + 1 < path.size() && path.at(i + 1).isLowSurrogate()) {
             out = appendUtf8(out, QChar::surrogateToUcs4(unit, path.at(i + 1).unicode()));
             ++i;
         } else if (unit >= FirstEscape && unit <= LastEscape) {

@@ -20,8 +20,7 @@ Result<void> expectSame(const Result<bool> &same, const QString &path)
     if (!same)
         return tl::unexpected(same.error());
     if (!*same)
-        return failure(ErrorCode::VerifyFailed, path,
-            QStringLiteral("what was written reads back differently"));
+        return failure(ErrorCode::VerifyFailed, path, QStringLiteral("what was written reads back differently"));
     return {};
 }
 
@@ -44,8 +43,7 @@ Result<void> discard(FileSystem &fileSystem, const QString &redoPath, File &redo
 }
 
 /// Fills the redo file; afterwards it lacks only its name.
-Result<void> fillRedo(
-    File &redo, const RedoHeader &header, const RewriteTarget &target, const NewContent &content)
+Result<void> fillRedo(File &redo, const RedoHeader &header, const RewriteTarget &target, const NewContent &content)
 {
     File &original = target.file;
     const qint64 newOffset = header.newOffset();
@@ -53,12 +51,8 @@ Result<void> fillRedo(
     return writeRedoHeader(redo, header)
         .and_then([&] { return writeContent(redo, newOffset, original, content); })
         .and_then([&] { return copyAll(original, 0, redo, oldOffset, header.oldSize); })
-        .and_then([&] {
-            return expectSame(holdsContent(redo, newOffset, original, content), target.path);
-        })
-        .and_then([&] {
-            return expectSame(sameBytes(original, 0, redo, oldOffset, header.oldSize), target.path);
-        })
+        .and_then([&] { return expectSame(holdsContent(redo, newOffset, original, content), target.path); })
+        .and_then([&] { return expectSame(sameBytes(original, 0, redo, oldOffset, header.oldSize), target.path); })
         .and_then([&] { return writeRedoTrailer(redo, header); })
         .and_then([&] { return redo.sync(); });
 }
@@ -76,15 +70,14 @@ Result<void> expectUnchanged(const RewriteTarget &target)
 
 /// Puts the old content back after a failure. The redo file stays where even that fails: then the
 /// new content comes when the file is recovered.
-void rollBack(FileSystem &fileSystem, const RewriteTarget &target, const RedoHeader &header,
-    const QString &redoPath, File &redo)
+Result<void> rollBack(
+    FileSystem &fileSystem, const RewriteTarget &target, const RedoHeader &header, const QString &redoPath, File &redo)
 {
-    const auto restored =
-        overwrite(target.file, target.path, redo, header.oldOffset(), header.oldSize);
+    const auto restored = overwrite(target.file, target.path, redo, header.oldOffset(), header.oldSize);
     if (!restored)
-        return;
+        return restored;
     static_cast<void>(target.file.setModified(header.oldModified)); // a courtesy only
-    static_cast<void>(discard(fileSystem, redoPath, redo));
+    return discard(fileSystem, redoPath, redo);
 }
 
 /// What the chunk of the file at offset may hold: both contents there, each as long as it reaches.
@@ -94,8 +87,8 @@ bool isOldOrNew(const QByteArray &present, const QByteArray &oldBytes, const QBy
         return true;
     for (qsizetype i = 0; i < present.size(); ++i) {
         const bool isNew = i < newBytes.size() && present.at(i) == newBytes.at(i);
-        const bool isOld = i < oldBytes.size() ? present.at(i) == oldBytes.at(i)
-                                               : present.at(i) == '\0'; // grown, not yet filled
+        const bool isOld =
+            i < oldBytes.size() ? present.at(i) == oldBytes.at(i) : present.at(i) == '\0'; // grown, not yet filled
         if (!isNew && !isOld)
             return false;
     }
@@ -103,8 +96,7 @@ bool isOldOrNew(const QByteArray &present, const QByteArray &oldBytes, const QBy
 }
 
 /// The bytes of a content inside the redo file from position on, at most length.
-Result<QByteArray> contentBytes(
-    File &redo, qint64 contentOffset, qint64 contentSize, qint64 position, qint64 length)
+Result<QByteArray> contentBytes(File &redo, qint64 contentOffset, qint64 contentSize, qint64 position, qint64 length)
 {
     const qint64 available = std::clamp<qint64>(contentSize - position, 0, length);
     return readExactly(redo, contentOffset + position, available);
@@ -139,8 +131,7 @@ struct OpenedFile
     FileInfo info;
 };
 
-Result<OpenedFile> openByInode(
-    FileSystem &fileSystem, const QString &path, quint64 inode, quint64 device)
+Result<OpenedFile> openByInode(FileSystem &fileSystem, const QString &path, quint64 inode, quint64 device)
 {
     auto file = fileSystem.openUnlinked(path, OpenMode::ReadWrite);
     if (!file) {
@@ -159,8 +150,7 @@ Result<OpenedFile> openByInode(
 
 /// The file that a redo file belongs to: by its name, or, if it was renamed meanwhile, by its
 /// inode.
-Result<OpenedFile> openTarget(
-    FileSystem &fileSystem, const QString &folder, const RedoHeader &header, quint64 device)
+Result<OpenedFile> openTarget(FileSystem &fileSystem, const QString &folder, const RedoHeader &header, quint64 device)
 {
     auto named = openByInode(fileSystem, inFolder(folder, header.name), header.inode, device);
     if (!named || named->file)
@@ -202,8 +192,7 @@ Result<OpenedFile> openRedo(FileSystem &fileSystem, const QString &redoPath)
     auto file = fileSystem.openUnlinked(redoPath, OpenMode::ReadWrite);
     if (!file) {
         const ErrorCode code = file.error().code;
-        if (code == ErrorCode::NotFound || code == ErrorCode::NotAFile ||
-            code == ErrorCode::AccessDenied)
+        if (code == ErrorCode::NotFound || code == ErrorCode::NotAFile || code == ErrorCode::AccessDenied)
             return OpenedFile();
         return tl::unexpected(file.error());
     }
@@ -211,8 +200,7 @@ Result<OpenedFile> openRedo(FileSystem &fileSystem, const QString &redoPath)
     if (!locked)
         return tl::unexpected(locked.error());
     if (!*locked)
-        return failure(ErrorCode::ChangedMeanwhile, redoPath,
-            QStringLiteral("another program is writing the file"));
+        return failure(ErrorCode::ChangedMeanwhile, redoPath, QStringLiteral("another program is writing the file"));
     // Asked only now: its writer may have finished and removed it before the lock was ours.
     const auto info = (*file)->info();
     if (!info)
@@ -239,9 +227,8 @@ Result<bool> finishRedo(FileSystem &fileSystem, const QString &redoPath, const Q
     if (*header) {
         const RedoHeader &found = **header;
         const quint64 device = redo->info.device;
-        const auto target = targetPath.isEmpty()
-                                ? openTarget(fileSystem, folderOf(redoPath), found, device)
-                                : openByInode(fileSystem, targetPath, found.inode, device);
+        const auto target = targetPath.isEmpty() ? openTarget(fileSystem, folderOf(redoPath), found, device)
+                                                 : openByInode(fileSystem, targetPath, found.inode, device);
         if (!target)
             return tl::unexpected(target.error());
         const bool isTrusted = isOwn || (target->file && redo->info.owner == target->info.owner);
@@ -257,8 +244,8 @@ Result<bool> finishRedo(FileSystem &fileSystem, const QString &redoPath, const Q
     return discard(fileSystem, redoPath, *redo->file).map([] { return true; });
 }
 
-Result<void> rewriteUnderRedo(FileSystem &fileSystem, const RewriteTarget &target,
-    const NewContent &content, const WriteOptions &options)
+Result<void> rewriteUnderRedo(
+    FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
 {
     const QString folder = folderOf(target.path);
     const QString redoPath = inFolder(folder, redoName(target.info.inode));
@@ -283,7 +270,9 @@ Result<void> rewriteUnderRedo(FileSystem &fileSystem, const RewriteTarget &targe
     }
     auto written = overwrite(target.file, target.path, *redo, header.newOffset(), header.newSize);
     if (!written) {
-        rollBack(fileSystem, target, header, redoPath, *redo);
+        const auto undone = rollBack(fileSystem, target, header, redoPath, *redo);
+        if (!undone)
+            written.error().detail += QStringLiteral("; undoing it failed: ") + undone.error().detail;
         return written;
     }
     if (options.keepModified)

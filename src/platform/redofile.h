@@ -24,8 +24,8 @@ struct RewriteTarget
 };
 
 /// Gives the target the content. On error it has the old one.
-Result<void> rewriteUnderRedo(FileSystem &fileSystem, const RewriteTarget &target,
-    const NewContent &content, const WriteOptions &options);
+Result<void> rewriteUnderRedo(
+    FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content, const WriteOptions &options);
 
 /// Finishes what a redo file was made for and removes it. True when a redo file was there and is
 /// gone now; false when there was none that is any of our business. ChangedMeanwhile while another
@@ -36,7 +36,6 @@ Result<void> rewriteUnderRedo(FileSystem &fileSystem, const RewriteTarget &targe
 /// has to belong to the current user or to the target's owner, the target is a plain file of the
 /// same folder with the recorded inode, and each of its bytes is the old or the new one. A file
 /// that was changed since is left as it is.
-Result<bool> finishRedo(
-    FileSystem &fileSystem, const QString &redoPath, const QString &targetPath = {});
+Result<bool> finishRedo(FileSystem &fileSystem, const QString &redoPath, const QString &targetPath = {});
 
 } // namespace ravlin::platform

@@ -29,8 +29,8 @@ QByteArray encodeHeader(const RedoHeader &header)
     QByteArray block;
     QDataStream out(&block, QIODevice::WriteOnly);
     out.setVersion(QDataStream::Qt_6_0);
-    out << HeaderMagic << FormatVersion << header.inode << header.newSize << header.oldSize
-        << header.oldModified << header.keepModified << encodePath(header.name);
+    out << HeaderMagic << FormatVersion << header.inode << header.newSize << header.oldSize << header.oldModified
+        << header.keepModified << encodePath(header.name);
     block.append(AtomicBlockSize - block.size(), '\0');
     return block;
 }
@@ -53,8 +53,7 @@ std::optional<RedoHeader> decodeHeader(const QByteArray &block)
     in >> magic >> version;
     if (magic != HeaderMagic || version != FormatVersion)
         return std::nullopt;
-    in >> header.inode >> header.newSize >> header.oldSize >> header.oldModified >>
-        header.keepModified >> name;
+    in >> header.inode >> header.newSize >> header.oldSize >> header.oldModified >> header.keepModified >> name;
     header.name = decodePath(name);
     if (in.status() != QDataStream::Ok || !isPlainName(header.name))
         return std::nullopt;

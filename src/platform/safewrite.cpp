@@ -24,8 +24,7 @@ bool isSameState(const FileInfo &one, const FileInfo &other)
 Result<FileInfo> expectState(const Result<FileInfo> &now, const FileInfo &before)
 {
     if (now && !isSameState(*now, before))
-        return failure(
-            ErrorCode::ChangedMeanwhile, QStringLiteral("the file was changed since it was read"));
+        return failure(ErrorCode::ChangedMeanwhile, QStringLiteral("the file was changed since it was read"));
     return now;
 }
 
@@ -39,8 +38,7 @@ struct Original
     std::optional<Error> refusal; ///< why it could not be opened for writing
 };
 
-Result<Original> openAs(
-    FileSystem &fileSystem, const QString &path, OpenMode mode, const FileInfo &before)
+Result<Original> openAs(FileSystem &fileSystem, const QString &path, OpenMode mode, const FileInfo &before)
 {
     auto file = fileSystem.open(path, mode);
     if (!file)
@@ -68,15 +66,13 @@ Result<Original> openOriginal(FileSystem &fileSystem, const QString &path, const
 }
 
 /// Opens the original for writing if it is not; deals with the read-only attribute.
-Result<void> makeWritable(
-    FileSystem &fileSystem, const QString &path, Original &original, const WriteOptions &options)
+Result<void> makeWritable(FileSystem &fileSystem, const QString &path, Original &original, const WriteOptions &options)
 {
     if (original.info.isReadOnly()) {
         if (options.readOnlyFile == ReadOnlyFile::Refuse)
             return failure(ErrorCode::ReadOnly, QStringLiteral("the file is read-only"));
         constexpr quint32 OwnerMayWrite = 0200;
-        const auto permitted =
-            fileSystem.setPermissions(path, original.info.permissions | OwnerMayWrite);
+        const auto permitted = fileSystem.setPermissions(path, original.info.permissions | OwnerMayWrite);
         if (!permitted)
             return permitted;
     } else if (original.isWritable) {
@@ -98,16 +94,6 @@ void restoreModified(File &file, const FileInfo &before, const WriteOptions &opt
         static_cast<void>(file.setModified(before.modified));
 }
 
-Result<void> cut(File &file, qint64 size)
-{
-    const auto now = file.truncate(size).and_then([&] { return file.info(); });
-    if (!now)
-        return tl::unexpected(now.error());
-    if (now->size != size)
-        return failure(ErrorCode::VerifyFailed, QStringLiteral("the file could not be cut"));
-    return {};
-}
-
 /// The one write of an in-place change, taken back when it fails.
 Result<void> writeBlock(File &file, const FileInfo &before, const Change &change)
 {
@@ -116,12 +102,11 @@ Result<void> writeBlock(File &file, const FileInfo &before, const Change &change
         const auto same = sameBytes(file, change.offset, change.newBytes);
         if (same && *same)
             return {};
-        written = same ? failure(ErrorCode::VerifyFailed,
-                             QStringLiteral("what was written reads back differently"))
+        written = same ? failure(ErrorCode::VerifyFailed, QStringLiteral("what was written reads back differently"))
                        : tl::unexpected(same.error());
     }
-    const auto undone = change.oldBytes.isEmpty() ? file.truncate(before.size)
-                                                  : writeAll(file, change.oldBytes, change.offset);
+    const auto undone =
+        change.oldBytes.isEmpty() ? file.truncate(before.size) : writeAll(file, change.oldBytes, change.offset);
     if (!undone)
         written.error().detail += QStringLiteral("; undoing it failed: ") + undone.error().detail;
     else
@@ -130,8 +115,8 @@ Result<void> writeBlock(File &file, const FileInfo &before, const Change &change
 }
 
 /// Everything that makes the new file ready to take the place of the original.
-Result<void> prepareReplacement(TemporaryFile &temporary, const RewriteTarget &target,
-    const NewContent &content, const WriteOptions &options)
+Result<void> prepareReplacement(
+    TemporaryFile &temporary, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
 {
     File &file = temporary.file();
     return writeContent(file, 0, target.file, content)
@@ -148,8 +133,7 @@ Result<void> prepareReplacement(TemporaryFile &temporary, const RewriteTarget &t
         })
         .and_then([](bool same) -> Result<void> {
             if (!same)
-                return failure(
-                    ErrorCode::VerifyFailed, QStringLiteral("the new file reads back differently"));
+                return failure(ErrorCode::VerifyFailed, QStringLiteral("the new file reads back differently"));
             return {};
         });
 }
@@ -166,8 +150,8 @@ Result<bool> canTakeOwner(TemporaryFile &temporary, const RewriteTarget &target)
 }
 
 /// False, with nothing done, when the new file could not be given the original's owner.
-Result<bool> tryReplace(FileSystem &fileSystem, const RewriteTarget &target,
-    const NewContent &content, const WriteOptions &options)
+Result<bool> tryReplace(
+    FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
 {
     auto temporary = TemporaryFile::create(fileSystem, folderOf(target.path));
     if (!temporary)
@@ -186,8 +170,8 @@ Result<bool> tryReplace(FileSystem &fileSystem, const RewriteTarget &target,
     return temporary->moveTo(target.path).map([] { return true; });
 }
 
-Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path,
-    const Original &original, const NewContent &content, const WriteOptions &options)
+Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path, const Original &original,
+    const NewContent &content, const WriteOptions &options)
 {
     const auto canonical = fileSystem.canonicalPath(path);
     if (!canonical)
@@ -200,9 +184,7 @@ Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path,
         if (*replaced)
             return WriteOutcome::Replaced;
     }
-    return rewriteUnderRedo(fileSystem, target, content, options).map([] {
-        return WriteOutcome::Rewritten;
-    });
+    return rewriteUnderRedo(fileSystem, target, content, options).map([] { return WriteOutcome::Rewritten; });
 }
 
 Result<WriteOutcome> rewrite(FileSystem &fileSystem, const QString &path, const FileInfo &before,
@@ -225,8 +207,8 @@ Result<WriteOutcome> rewrite(FileSystem &fileSystem, const QString &path, const 
     File &file = *original->file;
     if (change->kind == Change::Elsewhere)
         return writeElsewhere(fileSystem, path, *original, *content, options);
-    const auto written = change->kind == Change::Cut ? cut(file, content->size)
-                                                     : writeBlock(file, original->info, *change);
+    const auto written =
+        change->kind == Change::Cut ? file.truncate(content->size) : writeBlock(file, original->info, *change);
     if (!written)
         return tl::unexpected(written.error());
     restoreModified(file, original->info, options);
@@ -235,8 +217,8 @@ Result<WriteOutcome> rewrite(FileSystem &fileSystem, const QString &path, const 
 
 } // namespace
 
-Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path,
-    const FileInfo &before, const std::vector<Segment> &segments, const WriteOptions &options)
+Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, const FileInfo &before,
+    const std::vector<Segment> &segments, const WriteOptions &options)
 {
     auto outcome = rewrite(fileSystem, path, before, segments, options);
     if (!outcome && outcome.error().path.isEmpty())
@@ -250,8 +232,8 @@ Result<void> recoverFile(FileSystem &fileSystem, const QString &path)
     if (!info)
         return tl::unexpected(info.error());
     // Any other file is replaced instead, for a new one can be given its owner and group.
-    const bool mayHaveRedo = info->linkCount > 1 || info->owner != fileSystem.currentUser() ||
-                             info->group != fileSystem.currentGroup();
+    const bool mayHaveRedo =
+        info->linkCount > 1 || info->owner != fileSystem.currentUser() || info->group != fileSystem.currentGroup();
     if (!info->isFile || !mayHaveRedo)
         return {};
     const auto canonical = fileSystem.canonicalPath(path);

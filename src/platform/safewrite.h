@@ -12,9 +12,9 @@ namespace ravlin::platform {
 /// One piece of a file's new content.
 struct Segment
 {
-    QByteArray bytes;       ///< the piece itself, or empty for a range of the old file
-    qint64 oldOffset = -1;  ///< where the range starts in the old file; -1 for new bytes
-    qint64 length = 0;      ///< bytes
+    QByteArray bytes;      ///< the piece itself, or empty for a range of the old file
+    qint64 oldOffset = -1; ///< where the range starts in the old file; -1 for new bytes
+    qint64 length = 0;     ///< bytes
 
     static Segment fresh(QByteArray data)
     {
@@ -25,7 +25,8 @@ struct Segment
 };
 
 /// How the change was made.
-enum class WriteOutcome {
+enum class WriteOutcome
+{
     Unchanged, ///< the file has this content already: nothing was written
     InPlace,   ///< one write inside one block of the file, or a cut at its end
     Replaced,  ///< a new file was put in the place of the old one
@@ -34,7 +35,11 @@ enum class WriteOutcome {
 };
 
 /// What to do with a file that bears the read-only attribute, when there is something to write.
-enum class ReadOnlyFile { Refuse, MakeWritable };
+enum class ReadOnlyFile
+{
+    Refuse,
+    MakeWritable
+};
 
 struct WriteOptions
 {
@@ -45,8 +50,10 @@ struct WriteOptions
 /// Gives the file at path the content that segments make up, in their order.
 ///
 /// before: the file's state when the caller read it; when size, modification time or identity differ by now, nothing
-/// is written (ChangedMeanwhile). A symbolic link is followed and stays a link. On any error the file is as it was;
-/// with MakeWritable it may have become writable.
+/// is written (ChangedMeanwhile). A symbolic link is followed and stays a link. On any error the file is as it was,
+/// unless undoing fails as well, which the error's detail tells; with MakeWritable it may have become writable.
+/// Nothing waits for the disk but what the safety of the content needs: a caller that wants the outcome to outlast
+/// a power cut syncs the folder, or the file where it was written in place, once it is through.
 Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, const FileInfo &before,
     const std::vector<Segment> &segments, const WriteOptions &options = {});
 

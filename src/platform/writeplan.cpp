@@ -20,14 +20,13 @@ bool isValid(const Segment &segment, qint64 oldSize)
 {
     if (segment.oldOffset == -1)
         return segment.length == segment.bytes.size();
-    return segment.oldOffset >= 0 && segment.length >= 0 && segment.bytes.isEmpty() &&
-           segment.oldOffset <= oldSize && segment.length <= oldSize - segment.oldOffset;
+    return segment.oldOffset >= 0 && segment.length >= 0 && segment.bytes.isEmpty() && segment.oldOffset <= oldSize &&
+           segment.length <= oldSize - segment.oldOffset;
 }
 
 bool continues(const Segment &previous, const Segment &next)
 {
-    return isKept(previous) && isKept(next) &&
-           previous.oldOffset + previous.length == next.oldOffset;
+    return isKept(previous) && isKept(next) && previous.oldOffset + previous.length == next.oldOffset;
 }
 
 /// Index of the first difference; size when there is none.
@@ -61,10 +60,7 @@ struct Extent
     qint64 end = 0;
 
     bool isEmpty() const { return begin >= end; }
-    bool isInOneBlock() const
-    {
-        return isEmpty() || begin / AtomicBlockSize == (end - 1) / AtomicBlockSize;
-    }
+    bool isInOneBlock() const { return isEmpty() || begin / AtomicBlockSize == (end - 1) / AtomicBlockSize; }
     void include(qint64 from, qint64 to)
     {
         begin = std::min(begin, from);
@@ -107,8 +103,7 @@ public:
             return QByteArray();
         const qint64 inLastRead = m_extent.begin - m_lastReadOffset;
         if (inLastRead >= 0 && inLastRead + length <= m_lastRead.size())
-            return m_lastRead.mid(
-                static_cast<qsizetype>(inLastRead), static_cast<qsizetype>(length));
+            return m_lastRead.mid(static_cast<qsizetype>(inLastRead), static_cast<qsizetype>(length));
         return readExactly(m_file, m_extent.begin, length);
     }
 
@@ -139,8 +134,8 @@ QByteArray overlaid(const QByteArray &oldBytes, const Extent &extent, const NewC
         const qint64 from = std::max(offset, extent.begin);
         const qint64 to = std::min(offset + segment.length, extent.end);
         if (!isKept(segment) && from < to)
-            std::memcpy(result.data() + (from - extent.begin),
-                segment.bytes.constData() + (from - offset), static_cast<size_t>(to - from));
+            std::memcpy(result.data() + (from - extent.begin), segment.bytes.constData() + (from - offset),
+                static_cast<size_t>(to - from));
         offset += segment.length;
     }
     return result;
@@ -153,8 +148,7 @@ Result<NewContent> makeContent(const std::vector<Segment> &segments, qint64 oldS
     NewContent content;
     content.segments.reserve(segments.size());
     for (const Segment &segment : segments) {
-        if (!isValid(segment, oldSize) ||
-            segment.length > std::numeric_limits<qint64>::max() - content.size)
+        if (!isValid(segment, oldSize) || segment.length > std::numeric_limits<qint64>::max() - content.size)
             return tl::unexpected(Error{ErrorCode::InvalidArgument, {},
                 QStringLiteral("a piece of the new content is not in the old file: %1 bytes at %2")
                     .arg(segment.length)
@@ -233,9 +227,8 @@ Result<void> writeContent(File &file, qint64 base, File &original, const NewCont
 {
     qint64 offset = base;
     for (const Segment &segment : content.segments) {
-        const auto written =
-            isKept(segment) ? copyAll(original, segment.oldOffset, file, offset, segment.length)
-                            : writeAll(file, segment.bytes, offset);
+        const auto written = isKept(segment) ? copyAll(original, segment.oldOffset, file, offset, segment.length)
+                                             : writeAll(file, segment.bytes, offset);
         if (!written)
             return written;
         offset += segment.length;

@@ -29,9 +29,9 @@ struct Change
     enum Kind
     {
         None,
-        Cut,   ///< nothing but the end goes away
-        Block, ///< newBytes in the place of oldBytes; or oldBytes is empty and newBytes follow the
-               ///< old end
+        Cut,       ///< nothing but the end goes away
+        Block,     ///< newBytes in the place of oldBytes; or oldBytes is empty and newBytes follow the
+                   ///< old end
         Elsewhere, ///< anything larger: needs a new file
     };
     Kind kind = None;
