@@ -16,9 +16,8 @@ using FolderIdentity = std::pair<quint64, quint64>;
 
 bool isListed(const platform::FolderEntry &entry)
 {
-    return entry.kind == platform::EntryKind::File && !entry.isHidden
-        && entry.name.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive)
-        && !platform::isLeftoverName(entry.name);
+    return entry.kind == platform::EntryKind::File && !entry.isHidden &&
+           entry.name.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive) && !platform::isLeftoverName(entry.name);
 }
 
 void appendRows(Listing &listing, platform::Folder &folder, const std::vector<platform::FolderEntry> &entries,

@@ -8,7 +8,12 @@
 namespace ravlin::platform {
 
 /// What a name in a folder stands for; for a symbolic link, what the link leads to.
-enum class EntryKind { File, Folder, Other };
+enum class EntryKind
+{
+    File,
+    Folder,
+    Other
+};
 
 struct FolderEntry
 {
@@ -17,8 +22,8 @@ struct FolderEntry
     bool isHidden = false; ///< hidden or system: on POSIX a leading full stop
 };
 
-/// An open folder: lists its entries and opens its files without walking the whole path for each. Entries may be opened by
-/// several threads at once. A folder that is renamed meanwhile stays open under its new name.
+/// An open folder: lists its entries and opens its files without walking the whole path for each. Entries may be opened
+/// by several threads at once. A folder that is renamed meanwhile stays open under its new name.
 class Folder
 {
 public:

@@ -18,7 +18,8 @@ class PosixFolder final : public Folder
 public:
     PosixFolder(DIR *stream, QString path, const struct stat &status)
         : m_stream(stream), m_path(std::move(path)), m_identity(status.st_dev, status.st_ino)
-    {}
+    {
+    }
     ~PosixFolder() override { ::closedir(m_stream); }
     PosixFolder(const PosixFolder &) = delete;
     PosixFolder &operator=(const PosixFolder &) = delete;
@@ -43,7 +44,9 @@ EntryKind PosixFolder::kindOf(const dirent &entry) const
         return EntryKind::Folder;
     if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
         return EntryKind::Other;
-    struct stat status{};
+    struct stat status
+    {
+    };
     if (::fstatat(::dirfd(m_stream), entry.d_name, &status, 0) != 0)
         return EntryKind::Other; // a link that leads nowhere
     return S_ISREG(status.st_mode) ? EntryKind::File : S_ISDIR(status.st_mode) ? EntryKind::Folder : EntryKind::Other;
@@ -72,12 +75,13 @@ Result<std::vector<FolderEntry>> PosixFolder::entries()
 Result<std::unique_ptr<File>> PosixFolder::openFile(const QString &name)
 {
     const QByteArray native = encodePath(name);
-    const int descriptor = uninterrupted([&] {
-        return ::openat(::dirfd(m_stream), native.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    });
+    const int descriptor = uninterrupted(
+        [&] { return ::openat(::dirfd(m_stream), native.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
     if (descriptor < 0)
         return systemError(errno, m_path + name, "open");
-    struct stat status{};
+    struct stat status
+    {
+    };
     if (::fstat(descriptor, &status) != 0) {
         const int number = errno;
         ::close(descriptor);
@@ -99,7 +103,9 @@ Result<std::unique_ptr<Folder>> Folder::open(const QString &path)
         return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a folder")});
     if (!stream)
         return systemError(errno, path, "opendir");
-    struct stat status{};
+    struct stat status
+    {
+    };
     if (::fstat(::dirfd(stream), &status) != 0) {
         const int number = errno;
         ::closedir(stream);

@@ -9,9 +9,7 @@ namespace ravlin {
 ByteWindow::ByteWindow(platform::File &file, qint64 end) : m_file(&file), m_end(end) {}
 
 // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
-ByteWindow::ByteWindow(std::string_view memory)
-    : m_memory(memory), m_end(static_cast<qint64>(memory.size()))
-{}
+ByteWindow::ByteWindow(std::string_view memory) : m_memory(memory), m_end(static_cast<qint64>(memory.size())) {}
 
 std::string_view ByteWindow::at(qint64 offset, qint64 size)
 {

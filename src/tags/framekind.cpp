@@ -33,8 +33,8 @@ FrameKind frameKindOf(std::string_view identifier)
     if (identifier.size() == 4 && (identifier[3] == ' ' || identifier[3] == '\0'))
         identifier.remove_suffix(1);
     for (const Identifiers &entry : Table) {
-        if (identifier == (identifier.size() == 3 ? entry.v22 : entry.v23)
-            || (identifier.size() == 4 && identifier == entry.v24))
+        if (identifier == (identifier.size() == 3 ? entry.v22 : entry.v23) ||
+            (identifier.size() == 4 && identifier == entry.v24))
             return entry.kind;
     }
     return FrameKind::Other;

@@ -30,7 +30,12 @@ bool looksBigEndian(std::string_view bytes)
     return zeroFirst > zeroSecond;
 }
 
-enum class ByteOrder { Unknown, Little, Big };
+enum class ByteOrder
+{
+    Unknown,
+    Little,
+    Big
+};
 
 /// Takes a byte order mark off the front.
 ByteOrder takeByteOrderMark(std::string_view &bytes)

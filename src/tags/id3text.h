@@ -9,7 +9,8 @@
 /// Texts as ID3v2 stores them (ID3v2.3 §3.3, ID3v2.4 structure §4): a byte for the encoding, then the characters.
 namespace ravlin::id3 {
 
-enum class TextEncoding : quint8 {
+enum class TextEncoding : quint8
+{
     Latin1 = 0,
     Utf16 = 1,   ///< with a byte order mark; without one the order is guessed from the zero bytes
     Utf16Be = 2, ///< ID3v2.4

@@ -64,8 +64,8 @@ Result<std::optional<QByteArray>> readV1Block(platform::File &file, qint64 fileS
     if (!read)
         return tl::unexpected(read.error());
     if (*read < V1Size + before)
-        return tl::unexpected(Error{
-            ErrorCode::ChangedMeanwhile, {}, QStringLiteral("the file became shorter while it was read")});
+        return tl::unexpected(
+            Error{ErrorCode::ChangedMeanwhile, {}, QStringLiteral("the file became shorter while it was read")});
     const std::string_view all(buffer.data(), static_cast<size_t>(*read));
     const std::string_view block = all.substr(static_cast<size_t>(before));
     if (!block.starts_with("TAG") || (all.starts_with("APETAGEX")))

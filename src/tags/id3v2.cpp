@@ -140,9 +140,9 @@ bool Frame::isPrivateComment() const
 {
     static constexpr std::array<QStringView, 5> Prefixes{
         u"iTun", u"Songs-DB_", u"MusicMatch_", u"Media Jukebox:", u"LAME "};
-    return kind == FrameKind::Comment
-        && std::any_of(Prefixes.begin(), Prefixes.end(),
-            [this](QStringView prefix) { return description.startsWith(prefix, Qt::CaseInsensitive); });
+    return kind == FrameKind::Comment && std::any_of(Prefixes.begin(), Prefixes.end(), [this](QStringView prefix) {
+        return description.startsWith(prefix, Qt::CaseInsensitive);
+    });
 }
 
 Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 fileSize, Detail detail)
@@ -189,10 +189,11 @@ const Frame *Tag::programFrame(FrameKind kind) const
     for (const Frame &frame : m_frames) {
         if (frame.kind != kind || frame.isPrivateComment())
             continue;
-        const bool preferred = kind == FrameKind::Comment
-            ? frame.description.isEmpty()
-            : kind != FrameKind::Year
-                || frame.header.identifier() == frameIdentifier(FrameKind::Year, m_header.majorVersion);
+        const bool preferred =
+            kind == FrameKind::Comment
+                ? frame.description.isEmpty()
+                : kind != FrameKind::Year ||
+                      frame.header.identifier() == frameIdentifier(FrameKind::Year, m_header.majorVersion);
         if (preferred)
             return &frame;
         if (!first)
@@ -220,8 +221,8 @@ void Tag::walk(ByteWindow &window, Detail detail)
             continue;
         if (frame.kind != FrameKind::Other)
             readFrame(window, frame);
-        const bool ownVersions = frame.kind != FrameKind::Year
-            || header->identifier() == frameIdentifier(FrameKind::Year, m_header.majorVersion);
+        const bool ownVersions = frame.kind != FrameKind::Year ||
+                                 header->identifier() == frameIdentifier(FrameKind::Year, m_header.majorVersion);
         if (ownVersions && !frame.text.isEmpty())
             settled |= bit;
         m_frames.push_back(std::move(frame));
@@ -335,8 +336,8 @@ bool Tag::frameContent(
         return false;
     const bool compressed = (flags & (v24 ? V24Compressed : V23Compressed)) != 0;
     const bool grouped = (flags & (v24 ? V24Grouped : V23Grouped)) != 0;
-    const bool unsynchronised = v24
-        && ((flags & V24Unsynchronised) != 0 || (m_header.flags & TagHeader::Unsynchronisation) != 0);
+    const bool unsynchronised =
+        v24 && ((flags & V24Unsynchronised) != 0 || (m_header.flags & TagHeader::Unsynchronisation) != 0);
     const bool dataLength = v24 ? (flags & V24DataLength) != 0 : compressed;
     const size_t extra = (grouped ? 1 : 0) + (dataLength ? 4 : 0);
     if (content.size() < extra || (compressed && !dataLength))
@@ -344,7 +345,7 @@ bool Tag::frameContent(
     // ID3v2.3 puts the decompressed size before the group, ID3v2.4 the group before the data length.
     const size_t lengthAt = v24 && grouped ? 1 : 0;
     const qint64 claimed = !dataLength ? 0
-        : v24                          ? readSyncsafe(content.substr(lengthAt, 4))
+                           : v24       ? readSyncsafe(content.substr(lengthAt, 4))
                                        : readBigEndian(content.substr(lengthAt, 4));
     content.remove_prefix(extra);
     if (unsynchronised) {

@@ -59,7 +59,7 @@ struct FrameHeader
     int headerSize = 10; ///< 6 in ID3v2.2
     qint64 offset = 0;   ///< of the header, from the start of the tag
     qint64 bodySize = 0;
-    quint16 flags = 0;   ///< as stored; their meaning depends on the version
+    quint16 flags = 0; ///< as stored; their meaning depends on the version
 
     std::string_view identifier() const { return {id.data(), headerSize == 6 ? size_t{3} : size_t{4}}; }
     qint64 size() const { return headerSize + bodySize; }
@@ -71,16 +71,17 @@ struct Frame
     FrameHeader header;
     FrameKind kind = FrameKind::Other; ///< Other too for frames that can't be read here (encrypted, damaged, huge)
     QString text;
-    QString description;   ///< comments only
-    QByteArray language;   ///< comments only
-    int valueCount = 0;    ///< of a text frame
+    QString description; ///< comments only
+    QByteArray language; ///< comments only
+    int valueCount = 0;  ///< of a text frame
 
     /// A comment that a program keeps for itself (gains, gapless data, disc identifiers): no comment to the user.
     bool isPrivateComment() const;
 };
 
 /// How much of a tag to read.
-enum class Detail {
+enum class Detail
+{
     ListFields, ///< title, artist, album, year and track; stops as soon as they are known
     Everything, ///< the whole directory
 };

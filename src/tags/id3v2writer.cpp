@@ -34,8 +34,8 @@ QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, in
 {
     switch (kind) {
     case FrameKind::Comment:
-        return encodeCommentBody({old ? old->language : QByteArrayLiteral("eng"),
-                                     old ? old->description : QString(), edit.text},
+        return encodeCommentBody(
+            {old ? old->language : QByteArrayLiteral("eng"), old ? old->description : QString(), edit.text},
             majorVersion);
     case FrameKind::TrackNumber:
         return encodeTextBody({trackText(old ? old->text : QString(), edit.number)}, majorVersion);
@@ -45,8 +45,7 @@ QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, in
         break;
     }
     const bool several = old && old->valueCount > 1 && kind != FrameKind::Year;
-    return encodeTextBody(
-        several ? edit.text.split(ValueSeparator.toString()) : QStringList{edit.text}, majorVersion);
+    return encodeTextBody(several ? edit.text.split(ValueSeparator.toString()) : QStringList{edit.text}, majorVersion);
 }
 
 /// A whole frame with that value. Of the frame in whose place it comes the status flags and a comment's language and
@@ -89,8 +88,7 @@ struct FramePlan
 };
 
 /// Adds to the plan what one edit does.
-Result<void> planEdit(
-    FramePlan &plan, const TagHeader &header, const Tag *tag, FrameKind kind, const FieldEdit &edit)
+Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, FrameKind kind, const FieldEdit &edit)
 {
     const Frame *shown = tag ? tag->programFrame(kind) : nullptr;
     if (!edit.remove && shown && hasValue(*shown, edit))
@@ -178,8 +176,8 @@ QByteArray headerBytes(const TagHeader &header, qint64 regionSize)
     return bytes;
 }
 
-/// The extended header for changed frames: its checksum, which would no longer be right, is left out, and what it says of
-/// the padding is made right (ID3v2.3 §3.2, ID3v2.4 structure §3.2).
+/// The extended header for changed frames: its checksum, which would no longer be right, is left out, and what it says
+/// of the padding is made right (ID3v2.3 §3.2, ID3v2.4 structure §3.2).
 QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 padding)
 {
     if (old.isEmpty())
@@ -192,7 +190,8 @@ QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 paddin
     }
     if (old.size() < 6 || (old[5] & V24ExtendedCrc) == 0)
         return old;
-    // Behind the flags come their data in the flags' order: "update" has a length byte only, the checksum length and five.
+    // Behind the flags come their data in the flags' order: "update" has a length byte only, the checksum length and
+    // five.
     const qsizetype crcAt = 6 + ((old[5] & 0x40) != 0 ? 1 : 0);
     old[5] = static_cast<char>(old[5] & ~V24ExtendedCrc);
     old.remove(crcAt, 6);
@@ -265,14 +264,14 @@ Result<std::vector<Segment>> composePlain(ByteWindow &window, const Tag &tag, co
     const qint64 extendedSize = extendedHeader(header, *oldExtended, 0).size();
     const qint64 framesEnd = TagHeaderSize + extendedSize + lengthOf(frames);
     const qint64 region = header.regionSize();
-    const bool fits = framesEnd <= tag.bodyEnd() && !header.hasFooter()
-        && (framesEnd <= tag.framesEnd() || firstNonZero(window, tag.framesEnd(), framesEnd) == framesEnd);
+    const bool fits = framesEnd <= tag.bodyEnd() && !header.hasFooter() &&
+                      (framesEnd <= tag.framesEnd() || firstNonZero(window, tag.framesEnd(), framesEnd) == framesEnd);
     if (fits) {
         // It fits: what is left of the padding stays where it is, and so does all behind it.
         const qint64 keptFrom = std::max(framesEnd, tag.framesEnd());
-        std::vector<Segment> segments = assemble(
-            headerBytes(header, region) + extendedHeader(header, *oldExtended, tag.bodyEnd() - framesEnd),
-            std::move(frames), keptFrom - framesEnd);
+        std::vector<Segment> segments =
+            assemble(headerBytes(header, region) + extendedHeader(header, *oldExtended, tag.bodyEnd() - framesEnd),
+                std::move(frames), keptFrom - framesEnd);
         segments.push_back(Segment::kept(keptFrom, window.end() - keptFrom));
         if (Result<void> materialised = materialiseMoved(window, segments); !materialised)
             return tl::unexpected(materialised.error());
@@ -310,9 +309,8 @@ Result<std::vector<Segment>> composeUnsynchronised(const Tag &tag, const FramePl
     content = applyUnsynchronisation({content.constData(), static_cast<size_t>(content.size())});
 
     const qint64 region = header.regionSize();
-    const qint64 newRegion = TagHeaderSize + content.size() <= region
-        ? region
-        : grownRegionSize(TagHeaderSize + content.size(), region);
+    const qint64 newRegion =
+        TagHeaderSize + content.size() <= region ? region : grownRegionSize(TagHeaderSize + content.size(), region);
     if (newRegion - TagHeaderSize > MaximumBodySize)
         return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
     QByteArray bytes = headerBytes(header, newRegion) + content;
@@ -382,8 +380,8 @@ Result<std::optional<std::vector<Segment>>> composeSave(
     // A tag must have a frame (ID3v2.3 §3.3): one without is taken away, unless that would bring another one to light.
     if (leavesNothing(window, *tag, *plan) && !anotherTagFollows(window, *tag))
         return composeStrip(file, fileSize);
-    Result<std::vector<Segment>> segments
-        = tag->isPlain() ? composePlain(window, *tag, *plan) : composeUnsynchronised(*tag, *plan, fileSize);
+    Result<std::vector<Segment>> segments =
+        tag->isPlain() ? composePlain(window, *tag, *plan) : composeUnsynchronised(*tag, *plan, fileSize);
     if (!segments)
         return tl::unexpected(segments.error());
     return std::move(*segments);

@@ -7,9 +7,9 @@
 #include <optional>
 #include <vector>
 
-/// Writing of ID3v2 tags: turns edits of the seven frame kinds into the new content of a file, frame by frame. Frames that
-/// no edit touches are ranges of the old file and keep their bytes, flags and order; a value that the tag has already
-/// leaves its frame as it stands.
+/// Writing of ID3v2 tags: turns edits of the seven frame kinds into the new content of a file, frame by frame. Frames
+/// that no edit touches are ranges of the old file and keep their bytes, flags and order; a value that the tag has
+/// already leaves its frame as it stands.
 namespace ravlin::id3 {
 
 /// What becomes of the frames of one kind. Comments that programs keep for themselves are never touched.

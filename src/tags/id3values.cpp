@@ -80,8 +80,8 @@ QString yearOf(const QString &text)
 {
     const QString trimmed = text.trimmed();
     const qsizetype digits = leadingDigits(trimmed);
-    const bool dated = digits == 4 && trimmed.size() > 4
-        && (trimmed[4] == u'-' || trimmed[4] == u'T' || trimmed[4] == u' ' || trimmed[4] == u'/');
+    const bool dated = digits == 4 && trimmed.size() > 4 &&
+                       (trimmed[4] == u'-' || trimmed[4] == u'T' || trimmed[4] == u' ' || trimmed[4] == u'/');
     return dated ? trimmed.left(4) : trimmed;
 }
 

@@ -155,11 +155,11 @@ Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options)
              FrameKind::Comment, FrameKind::TrackNumber, FrameKind::ContentType}) {
         if (edits.contains(kind) || valueFrame(m_v2, kind))
             continue;
-        const id3::FieldEdit value{false, v1Text(m_v1Fields, kind),
-            kind == FrameKind::TrackNumber ? m_v1Fields.track : m_v1Fields.genre};
-        const bool none = kind == FrameKind::TrackNumber ? value.number == 0
-            : kind == FrameKind::ContentType             ? value.number == id3::NoGenre
-                                                         : value.text.isEmpty();
+        const id3::FieldEdit value{
+            false, v1Text(m_v1Fields, kind), kind == FrameKind::TrackNumber ? m_v1Fields.track : m_v1Fields.genre};
+        const bool none = kind == FrameKind::TrackNumber   ? value.number == 0
+                          : kind == FrameKind::ContentType ? value.number == id3::NoGenre
+                                                           : value.text.isEmpty();
         if (!none)
             edits[kind] = value;
     }

@@ -16,8 +16,8 @@ namespace ravlin {
 /// else ID3v1's. Puts and removals are collected and written by SaveV1Tag or SaveV2Tag, which take all properties
 /// into the tag kind that they write; whatever no put or removal touches stays byte for byte as it is.
 ///
-/// Made for one operation: Link, read or put, save or strip, Close. A save that wrote closes the object, since the file is
-/// no longer what was parsed. Not for use by two threads at once.
+/// Made for one operation: Link, read or put, save or strip, Close. A save that wrote closes the object, since the file
+/// is no longer what was parsed. Not for use by two threads at once.
 class TagObject
 {
 public:

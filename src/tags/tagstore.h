@@ -19,14 +19,14 @@ public:
     /// state gives the tag-save mode and the free space of the current drive, and takes the cancelled flag.
     TagStore(ProgramState &state, platform::FileSystem &fileSystem) : m_state(state), m_fileSystem(fileSystem) {}
 
-    /// Fills the whole record from the file. On an error of opening or reading all texts are empty. GenreOutOfRange: the
-    /// genre number is above 125; all fields are filled then, Genre holds the number in digits, and a missing track
+    /// Fills the whole record from the file. On an error of opening or reading all texts are empty. GenreOutOfRange:
+    /// the genre number is above 125; all fields are filled then, Genre holds the number in digits, and a missing track
     /// is "0".
     Result<void> ReadTag(const QString &path, TagRecord &record) const;
 
-    /// Writes the record into the tag kinds that the tag-save mode asks for. LowSpace (and the cancelled flag set): less
-    /// than the file's size and 5 MB are free on the drive, nothing was written. Any mode but 1 to 5 writes nothing.
-    /// A read-only file is written and read-only afterwards; when the write fails it may stay writable.
+    /// Writes the record into the tag kinds that the tag-save mode asks for. LowSpace (and the cancelled flag set):
+    /// less than the file's size and 5 MB are free on the drive, nothing was written. Any mode but 1 to 5 writes
+    /// nothing. A read-only file is written and read-only afterwards; when the write fails it may stay writable.
     Result<void> SaveTag(const QString &path, const TagRecord &record);
 
     /// One pass of SaveTag: "1" saves ID3v1, "2" saves ID3v2, "4" removes ID3v1, "5" removes ID3v2.

@@ -1,6 +1,7 @@
-// Reading a folder of MP3 files for the list: ours on one core and on all, against TagLib reading the same fields and against
-// the floor, a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes and closes.
-// One iteration is the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES: how many files (10000).
+// Reading a folder of MP3 files for the list: ours on one core and on all, against TagLib reading the same fields and
+// against the floor, a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes
+// and closes. One iteration is the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES: how many files
+// (10000).
 
 #include "files/folderscan.h"
 #include "platform/folder.h"
@@ -33,8 +34,8 @@ int fileCount()
     return valid && count > 0 ? count : 10000;
 }
 
-/// A folder of files as collections have them: most with padding, a quarter with a picture, a fifth with UTF-16 texts, half
-/// with ID3v1 besides.
+/// A folder of files as collections have them: most with padding, a quarter with a picture, a fifth with UTF-16 texts,
+/// half with ID3v1 besides.
 class Collection
 {
 public:
@@ -44,16 +45,18 @@ public:
         const QByteArray stream = audio(20);
         for (int i = 0; i < fileCount(); ++i) {
             const int encoding = i % 5 == 0 ? 1 : 0;
-            QByteArray frames = textFrame(3, "TIT2", QStringLiteral("Title number %1").arg(i), encoding)
-                + textFrame(3, "TPE1", QStringLiteral("Artist %1").arg(i % 100), encoding)
-                + textFrame(3, "TALB", QStringLiteral("Album %1").arg(i % 500), encoding)
-                + textFrame(3, "TYER", QStringLiteral("1999")) + textFrame(3, "TRCK", QStringLiteral("%1/20").arg(i % 20 + 1))
-                + textFrame(3, "TCON", QStringLiteral("(17)")) + commentFrame(3, QStringLiteral("some comment"));
+            QByteArray frames = textFrame(3, "TIT2", QStringLiteral("Title number %1").arg(i), encoding) +
+                                textFrame(3, "TPE1", QStringLiteral("Artist %1").arg(i % 100), encoding) +
+                                textFrame(3, "TALB", QStringLiteral("Album %1").arg(i % 500), encoding) +
+                                textFrame(3, "TYER", QStringLiteral("1999")) +
+                                textFrame(3, "TRCK", QStringLiteral("%1/20").arg(i % 20 + 1)) +
+                                textFrame(3, "TCON", QStringLiteral("(17)")) +
+                                commentFrame(3, QStringLiteral("some comment"));
             if (i % 4 == 0)
                 frames += pictureFrame(3, 30000);
             writeFile(m_folder.path(), QStringLiteral("Artist %1 - Title number %2.mp3").arg(i % 100).arg(i),
-                id3v2(3, frames, {.padding = 1500}) + stream
-                    + (i % 2 == 0 ? id3v1({.title = "Title", .artist = "Artist"}) : QByteArray()));
+                id3v2(3, frames, {.padding = 1500}) + stream +
+                    (i % 2 == 0 ? id3v1({.title = "Title", .artist = "Artist"}) : QByteArray()));
         }
     }
     QString path() const { return m_folder.path() + u'/'; }
@@ -100,7 +103,9 @@ void bareReader(benchmark::State &state)
         const int directory = ::open(folder.constData(), O_RDONLY | O_DIRECTORY);
         for (const QString &name : files) {
             const int file = ::openat(directory, QFile::encodeName(name).constData(), O_RDONLY);
-            struct stat status{};
+            struct stat status
+            {
+            };
             ::fstat(file, &status);
             unsigned char buffer[4096];
             benchmark::DoNotOptimize(walkFrames(buffer, ::pread(file, buffer, sizeof buffer, 0)));

@@ -1,5 +1,5 @@
-// Saving a tag: in place, against the bare system calls that write one block; with a tag that must grow, against a plain copy
-// that is synced and renamed. Compare the ratios within one run.
+// Saving a tag: in place, against the bare system calls that write one block; with a tag that must grow, against a
+// plain copy that is synced and renamed. Compare the ratios within one run.
 
 #include "platform/filesystem.h"
 #include "support/mp3builder.h"
@@ -29,8 +29,10 @@ constexpr int LargeFileFrames = 12000; // 5 MB, two and a half minutes
 QByteArray tagged(qint64 padding)
 {
     using namespace test;
-    return id3v2(3, textFrame(3, "TIT2", QStringLiteral("Title")) + textFrame(3, "TPE1", QStringLiteral("Artist"))
-        + textFrame(3, "TALB", QStringLiteral("Album")) + textFrame(3, "TYER", QStringLiteral("1999")), {.padding = padding});
+    return id3v2(3,
+        textFrame(3, "TIT2", QStringLiteral("Title")) + textFrame(3, "TPE1", QStringLiteral("Artist")) +
+            textFrame(3, "TALB", QStringLiteral("Album")) + textFrame(3, "TYER", QStringLiteral("1999")),
+        {.padding = padding});
 }
 
 TagRecord record(int variant)
@@ -115,8 +117,8 @@ BENCHMARK(tagLibInPlace)->Unit(benchmark::kMillisecond);
 void copySyncRename(benchmark::State &state)
 {
     QTemporaryDir folder;
-    const QByteArray path
-        = QFile::encodeName(test::writeFile(folder.path(), QStringLiteral("a.mp3"), test::audio(LargeFileFrames)));
+    const QByteArray path =
+        QFile::encodeName(test::writeFile(folder.path(), QStringLiteral("a.mp3"), test::audio(LargeFileFrames)));
     const QByteArray copy = path + ".copy";
     for (auto _ : state) {
         const int from = ::open(path.constData(), O_RDONLY);

@@ -1,5 +1,5 @@
-// The folder scan: which names get a row, in which order the folders of a tree come, what a row shows, and that nothing on
-// the disk (hidden files, links in a circle, odd names, unreadable files) stops it.
+// The folder scan: which names get a row, in which order the folders of a tree come, what a row shows, and that nothing
+// on the disk (hidden files, links in a circle, odd names, unreadable files) stops it.
 
 #include "files/folderscan.h"
 #include "platform/filesystem.h"
@@ -60,15 +60,17 @@ private Q_SLOTS:
         QCOMPARE(::symlink("nowhere", qPrintable(root() + QStringLiteral("dangling.mp3"))), 0);
         const Listing listing = ListFolder(root(), QString()).value();
         QCOMPARE(sorted(texts(listing)), QStringList({QStringLiteral("B.MP3"), QStringLiteral("a.mp3"),
-            QStringLiteral("c.Mp3"), QStringLiteral("link.mp3")}));
+                                             QStringLiteral("c.Mp3"), QStringLiteral("link.mp3")}));
         QVERIFY(listing.failures.empty());
     }
 
     void aRowShowsPrefixNameAndTags()
     {
-        make(QStringLiteral("tema.mp3"), id3v2(3, textFrame(3, "TIT2", QStringLiteral("Título"))
-            + textFrame(3, "TPE1", QStringLiteral("日本"), 1) + textFrame(3, "TALB", QStringLiteral("Al"))
-            + textFrame(3, "TYER", QStringLiteral("1999")) + textFrame(3, "TRCK", QStringLiteral("9/12"))) + audio());
+        make(QStringLiteral("tema.mp3"),
+            id3v2(3, textFrame(3, "TIT2", QStringLiteral("Título")) + textFrame(3, "TPE1", QStringLiteral("日本"), 1) +
+                         textFrame(3, "TALB", QStringLiteral("Al")) + textFrame(3, "TYER", QStringLiteral("1999")) +
+                         textFrame(3, "TRCK", QStringLiteral("9/12"))) +
+                audio());
         const Listing listing = ListFolder(root(), QStringLiteral("cd1/")).value();
         QCOMPARE(listing.rows.size(), size_t{1});
         const ListRow &row = listing.rows.front();
@@ -98,17 +100,20 @@ private Q_SLOTS:
             QDir(root()).mkdir(QString::fromUtf8(name));
         make(QStringLiteral("d")); // a plain file named like a folder is none
         const QStringList found = GetSubfolders(root()).value();
-        QCOMPARE(found, QStringList({root() + QStringLiteral(".hidden/"), root() + QStringLiteral("A/"),
-            root() + QStringLiteral("b/"), root() + QStringLiteral("c/"), root() + QStringLiteral("Á/")}));
+        QCOMPARE(
+            found, QStringList({root() + QStringLiteral(".hidden/"), root() + QStringLiteral("A/"),
+                       root() + QStringLiteral("b/"), root() + QStringLiteral("c/"), root() + QStringLiteral("Á/")}));
     }
 
     void aTreeIsListedLevelByLevelBelowEachSubfolder()
     {
-        for (const char *name : {"0.mp3", "x/1.mp3", "y/2.mp3", "x/b/3.mp3", "x/a/4.mp3", "y/z/5.mp3", "x/a/deep/6.mp3"})
+        for (const char *name :
+            {"0.mp3", "x/1.mp3", "y/2.mp3", "x/b/3.mp3", "x/a/4.mp3", "y/z/5.mp3", "x/a/deep/6.mp3"})
             make(QString::fromUtf8(name));
         QCOMPARE(texts(ListFolderTree(root()).value()),
-            QStringList({QStringLiteral("0.mp3"), QStringLiteral("x/1.mp3"), QStringLiteral("y/2.mp3"), QStringLiteral("x/a/4.mp3"),
-                QStringLiteral("x/b/3.mp3"), QStringLiteral("x/a/deep/6.mp3"), QStringLiteral("y/z/5.mp3")}));
+            QStringList({QStringLiteral("0.mp3"), QStringLiteral("x/1.mp3"), QStringLiteral("y/2.mp3"),
+                QStringLiteral("x/a/4.mp3"), QStringLiteral("x/b/3.mp3"), QStringLiteral("x/a/deep/6.mp3"),
+                QStringLiteral("y/z/5.mp3")}));
         // The separator at the end of the path may be missing.
         QCOMPARE(texts(ListFolderTree(m_folder->path()).value()).size(), 7);
     }

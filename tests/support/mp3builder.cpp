@@ -105,8 +105,8 @@ QByteArray commentFrame(
 {
     const bool isWide = encoding == 1 || encoding == 2;
     return frame(majorVersion, majorVersion == 2 ? "COM" : "COMM",
-        QByteArray(1, static_cast<char>(encoding)) + QByteArray(language, 3) + encoded(encoding, description)
-            + QByteArray(isWide ? 2 : 1, '\0') + encoded(encoding, text));
+        QByteArray(1, static_cast<char>(encoding)) + QByteArray(language, 3) + encoded(encoding, description) +
+            QByteArray(isWide ? 2 : 1, '\0') + encoded(encoding, text));
 }
 
 QByteArray id3v2(int majorVersion, const QByteArray &frames, const TagOptions &options)
@@ -144,8 +144,8 @@ QByteArray id3v1(const V1 &fields)
     const auto field = [&fields](const QByteArray &text, qsizetype size) {
         return text.leftJustified(size, fields.fill, true);
     };
-    QByteArray block = "TAG" + field(fields.title, 30) + field(fields.artist, 30) + field(fields.album, 30)
-        + field(fields.year, 4);
+    QByteArray block =
+        "TAG" + field(fields.title, 30) + field(fields.artist, 30) + field(fields.album, 30) + field(fields.year, 4);
     if (fields.track > 0)
         block += field(fields.comment, 28) + '\0' + static_cast<char>(fields.track);
     else
@@ -161,18 +161,20 @@ QByteArray audio(int frames)
 
 QByteArray apeTag(const QByteArray &key, const QByteArray &value)
 {
-    const QByteArray item
-        = littleEndian(static_cast<quint32>(value.size())) + littleEndian(0) + key + QByteArray(1, '\0') + value;
+    const QByteArray item =
+        littleEndian(static_cast<quint32>(value.size())) + littleEndian(0) + key + QByteArray(1, '\0') + value;
     const auto block = [&item](quint32 flags) {
-        return "APETAGEX" + littleEndian(2000) + littleEndian(static_cast<quint32>(item.size() + 32))
-            + littleEndian(1) + littleEndian(flags) + QByteArray(8, '\0');
+        return "APETAGEX" + littleEndian(2000) + littleEndian(static_cast<quint32>(item.size() + 32)) +
+               littleEndian(1) + littleEndian(flags) + QByteArray(8, '\0');
     };
     return block(0xA0000000U) + item + block(0x80000000U);
 }
 
 QByteArray lyrics3()
 {
-    const QByteArray content = "LYRICSBEGININD00002" "10" "LYR00005hello";
+    const QByteArray content = "LYRICSBEGININD00002"
+                               "10"
+                               "LYR00005hello";
     return content + QByteArray::number(content.size()).rightJustified(6, '0') + "LYRICS200";
 }
 

@@ -18,8 +18,8 @@ QByteArray commentFrame(int majorVersion, const QString &text, const QString &de
 
 struct TagOptions
 {
-    quint8 flags = 0;          ///< header flags; unsynchronisation is applied to the body in versions below 2.4
-    qint64 padding = 0;        ///< zero bytes behind the frames
+    quint8 flags = 0;               ///< header flags; unsynchronisation is applied to the body in versions below 2.4
+    qint64 padding = 0;             ///< zero bytes behind the frames
     QByteArray extendedHeader = {}; ///< as it stands in the file; sets its flag
     QByteArray tail = {};           ///< bytes behind the padding, inside the tag
     bool footer = false;

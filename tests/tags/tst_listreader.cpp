@@ -86,9 +86,9 @@ private:
     static QByteArray randomFile(QRandomGenerator &random)
     {
         const int version = random.bounded(2, 5);
-        const QList<const char *> ids = version == 2
-            ? QList<const char *>{"TT2", "TP1", "TAL", "TYE", "TRK", "TCO", "PIC", "XXX"}
-            : QList<const char *>{"TIT2", "TPE1", "TALB", "TYER", "TDRC", "TRCK", "TCON", "APIC", "PRIV"};
+        const QList<const char *> ids =
+            version == 2 ? QList<const char *>{"TT2", "TP1", "TAL", "TYE", "TRK", "TCO", "PIC", "XXX"}
+                         : QList<const char *>{"TIT2", "TPE1", "TALB", "TYER", "TDRC", "TRCK", "TCON", "APIC", "PRIV"};
         const QStringList texts{QString(), QStringLiteral("1999"), QStringLiteral("2001-02-03"), QStringLiteral("3/12"),
             QStringLiteral("日本"), QStringLiteral("text")};
         QByteArray frames;
@@ -129,8 +129,9 @@ private Q_SLOTS:
     void aPictureIsSkippedNotRead()
     {
         const QByteArray texts = textFrame(3, "TIT2", QStringLiteral("t")) + textFrame(3, "TPE1", QStringLiteral("p"));
-        const QByteArray more = textFrame(3, "TALB", QStringLiteral("a")) + textFrame(3, "TYER", QStringLiteral("1999"))
-            + textFrame(3, "TRCK", QStringLiteral("1"));
+        const QByteArray more = textFrame(3, "TALB", QStringLiteral("a")) +
+                                textFrame(3, "TYER", QStringLiteral("1999")) +
+                                textFrame(3, "TRCK", QStringLiteral("1"));
         const QByteArray picture = pictureFrame(3, 5 * 1024 * 1024);
         CountingFile behind(id3v2(3, texts + picture + more, {.padding = 100}) + audio());
         QCOMPARE(readListTag(behind)->album, QStringLiteral("a"));

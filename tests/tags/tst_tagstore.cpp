@@ -1,5 +1,5 @@
-// The tag store: reads a file's tags into a record and writes a record by the tag-save mode; the rules for what counts as
-// a year, a track and a genre; the free-space check; read-only files.
+// The tag store: reads a file's tags into a record and writes a record by the tag-save mode; the rules for what counts
+// as a year, a track and a genre; the free-space check; read-only files.
 
 #include "platform/filesystem.h"
 #include "support/mp3builder.h"
@@ -102,8 +102,12 @@ private Q_SLOTS:
         QCOMPARE(record.Genre, QStringLiteral("Electronic"));
         QVERIFY(after.contains(audio()));
         // A save that changes nothing writes nothing.
-        struct stat first{};
-        struct stat second{};
+        struct stat first
+        {
+        };
+        struct stat second
+        {
+        };
         QCOMPARE(::stat(qPrintable(path), &first), 0);
         QCOMPARE(saved(path, fullRecord(), mode), after);
         QCOMPARE(::stat(qPrintable(path), &second), 0);
@@ -117,8 +121,14 @@ private Q_SLOTS:
         const QString path = file(before);
         const QByteArray after = saved(path, fullRecord(), 1);
         QCOMPARE(after.left(before.size()), before);
-        QCOMPARE(after.mid(before.size()), id3v1({.title = "Canci\xF3n", .artist = "Bj\xF6rk", .album = "D\xE9""but",
-            .year = "1993", .comment = "hello", .track = 7, .genre = 52}));
+        QCOMPARE(after.mid(before.size()), id3v1({.title = "Canci\xF3n",
+                                               .artist = "Bj\xF6rk",
+                                               .album = "D\xE9"
+                                                        "but",
+                                               .year = "1993",
+                                               .comment = "hello",
+                                               .track = 7,
+                                               .genre = 52}));
         // Where both tags have a value, ID3v2's is shown.
         QCOMPARE(read(path).Title, QStringLiteral("x"));
         QCOMPARE(read(path).Artist, QStringLiteral("Björk"));
@@ -168,8 +178,9 @@ private Q_SLOTS:
 
     void theLastFreeTextGenreFrameWins()
     {
-        const QString path = file(id3v2(3, textFrame(3, "TCON", QStringLiteral("one"))
-            + textFrame(3, "TCON", QStringLiteral("two"))) + audio());
+        const QString path =
+            file(id3v2(3, textFrame(3, "TCON", QStringLiteral("one")) + textFrame(3, "TCON", QStringLiteral("two"))) +
+                 audio());
         QCOMPARE(read(path).Genre, QStringLiteral("two"));
     }
 
@@ -187,7 +198,8 @@ private Q_SLOTS:
         QTest::newRow("two") << 3 << QStringLiteral("(51)(39)") << QStringLiteral("Techno-Industrial");
         QTest::newRow("(RX)") << 3 << QStringLiteral("(RX)") << QStringLiteral("(RX)");
         QTest::newRow("(255)") << 3 << QStringLiteral("(255)") << QStringLiteral("(255)");
-        QTest::newRow("several values") << 4 << QStringLiteral("17") + QChar(0) + QStringLiteral("20") << QStringLiteral("Rock");
+        QTest::newRow("several values") << 4 << QStringLiteral("17") + QChar(0) + QStringLiteral("20")
+                                        << QStringLiteral("Rock");
     }
     void genreTexts()
     {
@@ -208,9 +220,10 @@ private Q_SLOTS:
 
     void aGenreNumberAbove125EndsTheReadAfterTheFields()
     {
-        for (const QByteArray &content : {id3v2(3, textFrame(3, "TIT2", QStringLiteral("T"))
-                     + textFrame(3, "TCON", QStringLiteral("(130)"))) + audio(),
-                 audio() + id3v1({.title = "T", .genre = 130})}) {
+        for (const QByteArray &content :
+            {id3v2(3, textFrame(3, "TIT2", QStringLiteral("T")) + textFrame(3, "TCON", QStringLiteral("(130)"))) +
+                    audio(),
+                audio() + id3v1({.title = "T", .genre = 130})}) {
             TagRecord record;
             const Result<void> result = m_store.ReadTag(file(content), record);
             QVERIFY(!result);
@@ -224,8 +237,8 @@ private Q_SLOTS:
     void onlyAYearOfFourDigitsIsWritten()
     {
         for (const QString &year : {QStringLiteral("99"), QStringLiteral("1999a"), QStringLiteral("199a"), QString()}) {
-            const QString path
-                = file(id3v2(3, textFrame(3, "TYER", QStringLiteral("2001")), {.padding = 100}) + audio());
+            const QString path =
+                file(id3v2(3, textFrame(3, "TYER", QStringLiteral("2001")), {.padding = 100}) + audio());
             TagRecord record = fullRecord();
             record.Year = year;
             QVERIFY(!saved(path, record, 2).contains("TYER"));
@@ -235,8 +248,7 @@ private Q_SLOTS:
     void onlyATrackOfOneOrTwoDigitsIsWritten()
     {
         const auto trackAfter = [this](const QString &track) {
-            const QString path
-                = file(id3v2(3, textFrame(3, "TRCK", QStringLiteral("5")), {.padding = 100}) + audio());
+            const QString path = file(id3v2(3, textFrame(3, "TRCK", QStringLiteral("5")), {.padding = 100}) + audio());
             TagRecord record = fullRecord();
             record.Track = track;
             saved(path, record, 2);
@@ -283,8 +295,8 @@ private Q_SLOTS:
     {
         const std::array<std::pair<int, QByteArray>, 3> versions{{{2, "TYE"}, {3, "TYER"}, {4, "TDRC"}}};
         for (const auto &[version, year] : versions) {
-            const QString path = file(id3v2(version, textFrame(version, version == 2 ? "TT2" : "TIT2", QStringLiteral("x")))
-                + audio());
+            const QString path =
+                file(id3v2(version, textFrame(version, version == 2 ? "TT2" : "TIT2", QStringLiteral("x"))) + audio());
             const QByteArray after = saved(path, fullRecord(), 2);
             QCOMPARE(static_cast<int>(after[3]), version);
             QVERIFY(after.contains(year));
@@ -295,7 +307,8 @@ private Q_SLOTS:
 
     void aReadOnlyFileIsTaggedAndStaysReadOnly()
     {
-        for (const QByteArray &content : {audio(), id3v2(3, textFrame(3, "TIT2", QStringLiteral("x")), {.padding = 500}) + audio()}) {
+        for (const QByteArray &content :
+            {audio(), id3v2(3, textFrame(3, "TIT2", QStringLiteral("x")), {.padding = 500}) + audio()}) {
             const QString path = file(content);
             QCOMPARE(::chmod(qPrintable(path), 0444), 0);
             for (const int mode : {1, 2, 3, 4, 5}) {
@@ -309,7 +322,8 @@ private Q_SLOTS:
 
     void aReadOnlyFileIsNotStripped()
     {
-        const QByteArray content = id3v2(3, textFrame(3, "TIT2", QStringLiteral("x"))) + audio() + id3v1({.title = "x"});
+        const QByteArray content =
+            id3v2(3, textFrame(3, "TIT2", QStringLiteral("x"))) + audio() + id3v1({.title = "x"});
         const QString path = file(content);
         QCOMPARE(::chmod(qPrintable(path), 0444), 0);
         QCOMPARE(m_store.RemoveV1(path).error().code, ErrorCode::ReadOnly);
@@ -367,9 +381,12 @@ private Q_SLOTS:
     void emptyFieldsRemoveTheirFrames()
     {
         const QByteArray kept = pictureFrame(3, 300);
-        const QString path = file(id3v2(3, textFrame(3, "TIT2", QStringLiteral("x")) + kept
-            + commentFrame(3, QStringLiteral("c")) + commentFrame(3, QStringLiteral("d"), QStringLiteral("d")),
-            {.padding = 10}) + audio());
+        const QString path =
+            file(id3v2(3,
+                     textFrame(3, "TIT2", QStringLiteral("x")) + kept + commentFrame(3, QStringLiteral("c")) +
+                         commentFrame(3, QStringLiteral("d"), QStringLiteral("d")),
+                     {.padding = 10}) +
+                 audio());
         const QByteArray after = saved(path, TagRecord{}, 2);
         QCOMPARE(rawFrames(after).size(), 1);
         QCOMPARE(rawFrames(after).at(0).bytes, kept);
