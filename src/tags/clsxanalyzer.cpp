@@ -37,7 +37,6 @@ QString channelModeNameOf(qint32 code)
 }
 
 /// The text for a failure; bytesSearched is used for -9 only. The spelling is part of the contract with callers.
-/// always been, with their spelling, because scripts look for them.
 QString errorTextOf(qint32 code, qint32 bytesSearched, const QString &path)
 {
     const QString place = QStringLiteral("\r\n") + path;
@@ -51,8 +50,8 @@ QString errorTextOf(qint32 code, qint32 bytesSearched, const QString &path)
     case XAnalyzeCannotOpen:
         return QStringLiteral("Cannot open file") + place;
     case XAnalyzeNoFrame:
-        return QStringLiteral("Could not find frame start after looking at ") +
-               QString::number(bytesSearched) + QStringLiteral(" bytes.");
+        return QStringLiteral("Could not find frame start after looking at ") + QString::number(bytesSearched) +
+               QStringLiteral(" bytes.");
     default:
         return QStringLiteral("Unknown error (") + QString::number(code) +
                QStringLiteral(") occured while trying to analyze file.");
@@ -70,8 +69,7 @@ int clsXAnalyzer::Analyse(const QString &path)
 {
     const std::unique_ptr<XAnalyzer, HandleDeleter> handle(xanalyzer_new(m_fileSystem));
     XAnalyzeRecord record;
-    const qint32 code =
-        handle ? xanalyzer_process_file(handle.get(), path, &record) : qint32(XAnalyzeNoMemory);
+    const qint32 code = handle ? xanalyzer_process_file(handle.get(), path, &record) : qint32(XAnalyzeNoMemory);
     take(code, record, path);
     return code;
 }
@@ -99,9 +97,7 @@ QString clsXAnalyzer::FormatTime(qint64 milliseconds)
     constexpr qint64 Minute = 60'000;
     constexpr qint64 Second = 1000;
     constexpr qint64 Tenth = 100;
-    const auto twoDigits = [](qint64 number) {
-        return QString::number(number).rightJustified(2, u'0');
-    };
+    const auto twoDigits = [](qint64 number) { return QString::number(number).rightJustified(2, u'0'); };
 
     const qint64 hours = milliseconds / Hour;
     const qint64 inHour = milliseconds % Hour;

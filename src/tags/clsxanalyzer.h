@@ -11,8 +11,7 @@ namespace ravlin {
 class clsXAnalyzer
 {
 public:
-    explicit clsXAnalyzer(platform::FileSystem &fileSystem = platform::FileSystem::native())
-        : m_fileSystem(fileSystem)
+    explicit clsXAnalyzer(platform::FileSystem &fileSystem = platform::FileSystem::native()) : m_fileSystem(fileSystem)
     {
     }
 

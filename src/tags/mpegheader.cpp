@@ -52,13 +52,9 @@ std::optional<FrameHeader> FrameHeader::parse(quint32 word)
 
     FrameHeader header;
     header.word = word;
-    header.version = versionBits == 3   ? Version::Mpeg1
-                     : versionBits == 2 ? Version::Mpeg2
-                                        : Version::Mpeg25;
+    header.version = versionBits == 3 ? Version::Mpeg1 : versionBits == 2 ? Version::Mpeg2 : Version::Mpeg25;
     header.layer = 4 - int(layerBits);
-    header.bitRate = bitRateIndex == 0
-                         ? 0
-                         : BitRates[bitRateRow(header.version, header.layer)][bitRateIndex - 1];
+    header.bitRate = bitRateIndex == 0 ? 0 : BitRates[bitRateRow(header.version, header.layer)][bitRateIndex - 1];
     header.sampleRate = sampleRateOf(header.version, sampleRateIndex);
     header.padded = (word & 0x200U) != 0;
     header.hasChecksum = (word & 0x10000U) == 0;

@@ -11,8 +11,7 @@ namespace {
 bool hasMark(std::span<const uchar> bytes, size_t offset, QByteArrayView mark)
 {
     return bytes.size() >= offset + size_t(mark.size()) &&
-           QByteArrayView(reinterpret_cast<const char *>(bytes.data()) + offset, mark.size()) ==
-               mark;
+           QByteArrayView(reinterpret_cast<const char *>(bytes.data()) + offset, mark.size()) == mark;
 }
 
 /// LAME's extension, which LAME's and FFmpeg's encoders and a few relatives write. What other

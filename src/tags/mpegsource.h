@@ -70,8 +70,7 @@ public:
     std::span<const uchar> at(qint64 offset, qsizetype wanted)
     {
         const qint64 available = m_start + m_length - offset;
-        if (offset >= m_start &&
-            (available >= wanted || (available >= 0 && m_start + m_length == m_end)))
+        if (offset >= m_start && (available >= wanted || (available >= 0 && m_start + m_length == m_end)))
             return {m_bytes + (offset - m_start), size_t(available)};
         return load(offset);
     }

@@ -27,11 +27,9 @@ struct Run
     quint32 word = 0; ///< a header that all agree with
     FrameHeader header;
     int freeLength = 0;
-    std::array<qint32, 32>
-        lengths{}; ///< frame lengths by lengthIndex(), 0 where there is no such frame
+    std::array<qint32, 32> lengths{}; ///< frame lengths by lengthIndex(), 0 where there is no such frame
 
-    explicit Run(const SyncPoint &point)
-        : word(point.header.word), header(point.header), freeLength(point.freeLength)
+    explicit Run(const SyncPoint &point) : word(point.header.word), header(point.header), freeLength(point.freeLength)
     {
         for (quint32 index = 0; index < lengths.size(); ++index) {
             const quint32 bits = ((index & 0x1EU) << 11U) | ((index & 1U) << 9U);
@@ -45,10 +43,7 @@ struct Run
 class Walk
 {
 public:
-    Walk(ByteSource &source, std::vector<char> &buffer)
-        : m_window(source, buffer), m_synchroniser(m_window)
-    {
-    }
+    Walk(ByteSource &source, std::vector<char> &buffer) : m_window(source, buffer), m_synchroniser(m_window) {}
 
     Result<StreamInfo> analyse(qint64 audioEnd);
 
@@ -133,8 +128,7 @@ void Walk::takeInfoFrame(const SyncPoint &first)
         return;
     m_info.hasInfoFrame = true;
     m_position = first.offset + qint64(length);
-    if (const auto audio = m_synchroniser.frameAt(m_position, 1);
-        audio && agree(audio->header.word, first.header.word))
+    if (const auto audio = m_synchroniser.frameAt(m_position, 1); audio && agree(audio->header.word, first.header.word))
         m_first = audio;
     else
         m_first->offset = m_position; // the walk looks for what comes there
@@ -183,8 +177,7 @@ void Walk::takeBitRates(const Run &run, quint32 indices)
 {
     for (quint32 index = 0; index < 15; ++index) {
         if ((indices & (1U << index)) != 0)
-            m_bitRates.insert(
-                FrameHeader::parse((run.word & ~0xF000U) | index << 12U).value().bitRate);
+            m_bitRates.insert(FrameHeader::parse((run.word & ~0xF000U) | index << 12U).value().bitRate);
     }
 }
 
@@ -196,8 +189,7 @@ std::optional<SyncPoint> Walk::continuation(const Run &run)
     skipTags();
     if (m_position >= m_window.end())
         return std::nullopt;
-    if (auto point =
-            m_synchroniser.frameAt(m_position, m_position > before ? 1 : Synchroniser::Followers))
+    if (auto point = m_synchroniser.frameAt(m_position, m_position > before ? 1 : Synchroniser::Followers))
         return point;
     if (isZeroFrom(m_position))
         return std::nullopt; // padding of the file, not damage
@@ -261,17 +253,14 @@ int Walk::bitRate() const
     if (m_bitRates.size() == 1 && *m_bitRates.begin() > 0)
         return *m_bitRates.begin();
     // Bits per millisecond are kilobits per second.
-    return m_ticks == 0
-               ? 0
-               : int((m_info.audioBytes * 8 * TicksPerMillisecond + m_ticks / 2) / m_ticks);
+    return m_ticks == 0 ? 0 : int((m_info.audioBytes * 8 * TicksPerMillisecond + m_ticks / 2) / m_ticks);
 }
 
 } // namespace
 
 Result<StreamInfo> analyseStream(ByteSource &source, std::vector<char> &buffer)
 {
-    return trailingTagsStart(source).and_then(
-        [&](qint64 audioEnd) { return Walk(source, buffer).analyse(audioEnd); });
+    return trailingTagsStart(source).and_then([&](qint64 audioEnd) { return Walk(source, buffer).analyse(audioEnd); });
 }
 
 } // namespace ravlin::mpeg

@@ -18,20 +18,16 @@ struct StreamInfo
     bool hasInfoFrame = false; ///< a Xing, Info or VBRI frame stands first
     bool isVariable = false;   ///< the audio frames have different bit rates
 
-    qint64 frames = 0;     ///< whole audio frames; the info frame is none
-    qint64 audioBytes = 0; ///< bytes of these frames
-    qint64 samples = 0;    ///< per channel: all that a decoder without trimming gives
-    qint64 playedSamples =
-        0; ///< those that a player without gaps plays: without the encoder's delay and padding
-    std::optional<int>
-        encoderDelay; ///< samples before the music, 0 to 4095, where the info frame tells it
+    qint64 frames = 0;        ///< whole audio frames; the info frame is none
+    qint64 audioBytes = 0;    ///< bytes of these frames
+    qint64 samples = 0;       ///< per channel: all that a decoder without trimming gives
+    qint64 playedSamples = 0; ///< those that a player without gaps plays: without the encoder's delay and padding
+    std::optional<int> encoderDelay;   ///< samples before the music, 0 to 4095, where the info frame tells it
     std::optional<int> encoderPadding; ///< samples after it, told together with the delay
-    int bitRate =
-        0; ///< kilobits per second: the bit rate of every frame, or their average, rounded
-    qint64 milliseconds = 0; ///< playing time of playedSamples, rounded down
+    int bitRate = 0;                   ///< kilobits per second: the bit rate of every frame, or their average, rounded
+    qint64 milliseconds = 0;           ///< playing time of playedSamples, rounded down
 
-    qint64 firstFrame =
-        -1; ///< offset of the first frame, the info frame included; -1 when there is none
+    qint64 firstFrame = -1;     ///< offset of the first frame, the info frame included; -1 when there is none
     int resynchronisations = 0; ///< times that frames did not follow each other
     bool isTruncated = false;   ///< the last frame is cut off; it is not counted
     qint64 bytesSearched = 0;   ///< bytes looked at for the first frame

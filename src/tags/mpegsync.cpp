@@ -10,8 +10,7 @@ namespace ravlin::mpeg {
 std::optional<FrameHeader> Synchroniser::headerAt(qint64 offset)
 {
     const std::span<const uchar> bytes = m_window.at(offset, HeaderSize);
-    return bytes.size() < size_t(HeaderSize) ? std::nullopt
-                                             : FrameHeader::parse(bigEndian32(bytes.data()));
+    return bytes.size() < size_t(HeaderSize) ? std::nullopt : FrameHeader::parse(bigEndian32(bytes.data()));
 }
 
 /// Whether no header is due at offset: the audio ends there, or within a header, or a tag follows.
@@ -63,14 +62,13 @@ bool Synchroniser::isConfirmed(const SyncPoint &point, int followers)
 /// far again.
 int Synchroniser::freeLengthAt(qint64 offset, const FrameHeader &header)
 {
-    constexpr int MaximumTries =
-        3; // headers by chance inside a frame are rare; more tries only serve hostile files
+    constexpr int MaximumTries = 3; // headers by chance inside a frame are rare; more tries only serve hostile files
     const std::span<const uchar> bytes = m_window.at(offset, MaximumFreeLength + HeaderSize);
     const auto limit = std::min<qsizetype>(qsizetype(bytes.size()) - HeaderSize, MaximumFreeLength);
     const int padding = header.padded ? header.slotSize() : 0;
     int tries = 0;
-    for (qsizetype distance = HeaderSize + header.sideInfoSize();
-         distance <= limit && tries < MaximumTries; ++distance) {
+    for (qsizetype distance = HeaderSize + header.sideInfoSize(); distance <= limit && tries < MaximumTries;
+         ++distance) {
         const void *sync = std::memchr(bytes.data() + distance, 0xFF, size_t(limit - distance + 1));
         if (sync == nullptr)
             break;

@@ -13,14 +13,12 @@ constexpr qint64 Id3v1Size = 128;
 constexpr qint64 Id3v1ExtensionSize = 227; // "TAG+", stands before an ID3v1 tag
 constexpr qint64 Id3v2HeaderSize = 10;     // its footer too
 constexpr qint64 ApeHeaderSize = 32;       // its footer too
-constexpr int MaximumTrailingTags =
-    64; // no real file has ten; keeps a hostile one from costing a read each
+constexpr int MaximumTrailingTags = 64;    // no real file has ten; keeps a hostile one from costing a read each
 
 bool startsWith(std::span<const uchar> bytes, QByteArrayView magic)
 {
     return bytes.size() >= size_t(magic.size()) &&
-           std::equal(magic.begin(), magic.end(), bytes.begin(),
-               [](char a, uchar b) { return uchar(a) == b; });
+           std::equal(magic.begin(), magic.end(), bytes.begin(), [](char a, uchar b) { return uchar(a) == b; });
 }
 
 quint32 littleEndian32(const uchar *bytes)
@@ -32,8 +30,7 @@ quint32 littleEndian32(const uchar *bytes)
 /// neither.
 qint64 id3v2Content(std::span<const uchar> bytes, QByteArrayView magic)
 {
-    if (bytes.size() < size_t(Id3v2HeaderSize) || !startsWith(bytes, magic) || bytes[3] == 0xFF ||
-        bytes[4] == 0xFF)
+    if (bytes.size() < size_t(Id3v2HeaderSize) || !startsWith(bytes, magic) || bytes[3] == 0xFF || bytes[4] == 0xFF)
         return -1;
     qint64 size = 0;
     for (size_t i = 6; i < 10; ++i) {
@@ -76,8 +73,9 @@ public:
     Result<void> setEnd(qint64 end)
     {
         m_end = end;
-        return read(std::max<qint64>(0, m_end - qint64(m_bytes.size())), m_bytes)
-            .map([this](qint64 length) { m_length = length; });
+        return read(std::max<qint64>(0, m_end - qint64(m_bytes.size())), m_bytes).map([this](qint64 length) {
+            m_length = length;
+        });
     }
     /// The last count bytes, or none when there are fewer (or more are asked for than a tail
     /// holds).
@@ -165,8 +163,8 @@ qint64 trailingId3v1(const Tail &tail)
 qint64 trailingTag(Tail &tail)
 {
     // APE first: the header of a short APE tag has "TAG" where an ID3v1 tag would begin.
-    for (const auto &sizeOf : {+[](Tail &t) { return trailingApe(t); }, trailingId3v2,
-             trailingLyrics3v2, trailingLyrics3v1, +[](Tail &t) { return trailingId3v1(t); }}) {
+    for (const auto &sizeOf : {+[](Tail &t) { return trailingApe(t); }, trailingId3v2, trailingLyrics3v2,
+             trailingLyrics3v1, +[](Tail &t) { return trailingId3v1(t); }}) {
         const qint64 size = sizeOf(tail);
         if (size > 0 && size <= tail.end())
             return size;

@@ -61,8 +61,7 @@ XAnalyzeRecord XAnalyzer::Outcome::record() const
     record.channelMode = qint32(stream.channelMode);
     record.frames = saturated(stream.frames);
     record.milliseconds = saturated(stream.milliseconds);
-    record.flags = (stream.hasChecksum ? XAnalyzeHasChecksum : 0U) |
-                   (stream.hasInfoFrame ? XAnalyzeHasInfoFrame : 0U) |
+    record.flags = (stream.hasChecksum ? XAnalyzeHasChecksum : 0U) | (stream.hasInfoFrame ? XAnalyzeHasInfoFrame : 0U) |
                    (stream.isVariable ? XAnalyzeVariable : 0U);
     return record;
 }

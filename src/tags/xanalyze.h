@@ -19,9 +19,8 @@ enum XAnalyzeCode : qint32
     XAnalyzeNoMemory = -3,
     XAnalyzeNotFound = -4,   ///< no file of that name
     XAnalyzeCannotOpen = -5, ///< no access, or not a file
-    XAnalyzeDamaged =
-        -8, ///< ends in a cut frame or lost sync on the way; the values hold for what there is
-    XAnalyzeNoFrame = -9, ///< no frame was found
+    XAnalyzeDamaged = -8,    ///< ends in a cut frame or lost sync on the way; the values hold for what there is
+    XAnalyzeNoFrame = -9,    ///< no frame was found
 };
 
 /// Bits of XAnalyzeRecord::flags.
@@ -36,9 +35,8 @@ enum XAnalyzeFlag : quint32
 /// names are filled, the others are 0.
 struct XAnalyzeRecord
 {
-    qint32 version = 0; ///< 0 MPEG-2.5, 1 MPEG-1, 2 MPEG-2
-    qint32 bitRate =
-        0; ///< kilobits per second: that of all frames, else their average, rounded to nearest
+    qint32 version = 0;      ///< 0 MPEG-2.5, 1 MPEG-1, 2 MPEG-2
+    qint32 bitRate = 0;      ///< kilobits per second: that of all frames, else their average, rounded to nearest
     qint32 frequency = 0;    ///< sampling rate in hertz
     qint32 layer = 0;        ///< 1 to 3
     qint32 channelMode = 0;  ///< 0 stereo, 1 joint stereo, 2 dual channel, 3 mono
