@@ -61,10 +61,9 @@ QByteArray frameWith(const FrameSpec &spec, qsizetype offset, const QByteArray &
 quint32 FrameSpec::header() const
 {
     const quint32 versionBits = version == Version::Mpeg1 ? 3 : version == Version::Mpeg2 ? 2 : 0;
-    return 0xFFE00000U | versionBits << 19U | quint32(4 - layer) << 17U | (checksum ? 0U : 1U) << 16U
-        | quint32(bitRates(version, layer).indexOf(bitRate)) << 12U
-        | quint32(sampleRateIndex(version, sampleRate)) << 10U | (padded ? 1U : 0U) << 9U
-        | quint32(channelMode) << 6U;
+    return 0xFFE00000U | versionBits << 19U | quint32(4 - layer) << 17U | (checksum ? 0U : 1U) << 16U |
+           quint32(bitRates(version, layer).indexOf(bitRate)) << 12U |
+           quint32(sampleRateIndex(version, sampleRate)) << 10U | (padded ? 1U : 0U) << 9U | quint32(channelMode) << 6U;
 }
 
 int FrameSpec::length() const
@@ -76,6 +75,39 @@ int FrameSpec::length() const
         return (12 * bitRate * 1000 / sampleRate + pad) * 4;
     const bool isShort = layer == 3 && version != Version::Mpeg1;
     return (isShort ? 72 : 144) * bitRate * 1000 / sampleRate + pad;
+}
+
+FrameSpec ofBitRate(int bitRate)
+{
+    FrameSpec spec;
+    spec.bitRate = bitRate;
+    return spec;
+}
+
+FrameSpec freeFormatFrame(int length, int layer)
+{
+    FrameSpec spec;
+    spec.layer = layer;
+    spec.bitRate = 0;
+    spec.freeLength = length;
+    return spec;
+}
+
+FrameSpec padded(FrameSpec spec)
+{
+    spec.padded = true;
+    return spec;
+}
+
+QByteArray junk(int size)
+{
+    QByteArray bytes(size, '\0');
+    quint32 state = 12345;
+    for (char &byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = char((state >> 24U) % 255U);
+    }
+    return bytes;
 }
 
 MpegBuilder &MpegBuilder::frames(int count, const FrameSpec &spec)
@@ -134,8 +166,8 @@ MpegBuilder &MpegBuilder::ape(int version, bool header)
 {
     const QByteArray item = littleEndian(4) + littleEndian(0) + QByteArray("Artist\0Name", 11);
     const auto block = [&](quint32 flags) {
-        return "APETAGEX" + littleEndian(quint32(version)) + littleEndian(quint32(item.size() + 32))
-            + littleEndian(1) + littleEndian(flags) + QByteArray(8, '\0');
+        return "APETAGEX" + littleEndian(quint32(version)) + littleEndian(quint32(item.size() + 32)) + littleEndian(1) +
+               littleEndian(flags) + QByteArray(8, '\0');
     };
     const quint32 hasHeader = header ? 0x80000000U : 0U;
     if (header)

@@ -24,6 +24,15 @@ struct FrameSpec
     int length() const;
 };
 
+/// An MPEG-1 Layer III frame of that bit rate in kilobits per second.
+FrameSpec ofBitRate(int bitRate);
+/// An MPEG-1 frame in free format, its length in bytes without padding.
+FrameSpec freeFormatFrame(int length, int layer = 3);
+/// The same frame with a padding slot.
+FrameSpec padded(FrameSpec spec);
+/// Bytes of no pattern in which no header can be found (0xFF is not among them).
+QByteArray junk(int size);
+
 /// What an info frame tells.
 struct InfoSpec
 {
