@@ -52,7 +52,7 @@ private:
     void takeInfoFrame(const SyncPoint &first);
     void walkRun(const Run &run);
     void takeBitRates(const Run &run, quint32 indices);
-    std::optional<SyncPoint> continuation(const Run &run);
+    std::optional<SyncPoint> continuation();
     bool isZeroFrom(qint64 offset);
     void skipTags();
     void summarise();
@@ -78,7 +78,7 @@ Result<StreamInfo> Walk::analyse(qint64 audioEnd)
             m_position = point->offset;
             const Run run(*point);
             walkRun(run);
-            point = m_info.isTruncated ? std::nullopt : continuation(run);
+            point = m_info.isTruncated ? std::nullopt : continuation();
         }
         summarise();
     }
@@ -103,7 +103,8 @@ bool Walk::findFirst()
     // A file of two or three frames with unknown matter behind has no more to show.
     if (!m_first)
         m_first = m_synchroniser.search(start, 1);
-    m_info.bytesSearched = (m_first ? m_first->offset : m_window.end()) - start;
+    const qint64 searchEnd = std::min(start + Synchroniser::MaximumSearch, m_window.end());
+    m_info.bytesSearched = (m_first ? m_first->offset : searchEnd) - start;
     if (!m_first)
         return false;
     m_info.firstFrame = m_first->offset;
@@ -183,7 +184,7 @@ void Walk::takeBitRates(const Run &run, quint32 indices)
 
 /// Where the walk goes on when no agreeing frame begins at m_position: behind tags, with a stream
 /// of another kind (files joined), or after a search. Nothing at the end.
-std::optional<SyncPoint> Walk::continuation(const Run &run)
+std::optional<SyncPoint> Walk::continuation()
 {
     const qint64 before = m_position;
     skipTags();
@@ -194,8 +195,8 @@ std::optional<SyncPoint> Walk::continuation(const Run &run)
     if (isZeroFrom(m_position))
         return std::nullopt; // padding of the file, not damage
     const std::span<const uchar> bytes = m_window.at(m_position, HeaderSize);
-    if (bytes.size() < size_t(HeaderSize) && !bytes.empty() && bytes[0] == (run.word >> 24U)) {
-        m_info.isTruncated = true;
+    if (bytes.size() < size_t(HeaderSize) && !bytes.empty() && bytes[0] == 0xFF) {
+        m_info.isTruncated = true; // within a header
         return std::nullopt;
     }
     ++m_info.resynchronisations;

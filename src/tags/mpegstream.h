@@ -38,14 +38,19 @@ struct StreamInfo
 
 namespace mpeg {
 
-/// Walks all frames of a source: MPEG-1, 2 and 2.5, Layers I to III, free format; tags before,
-/// between and after frames are stepped over, as is unknown matter before the first frame. Counting
-/// follows what mpg123 decodes: the info frame before the first audio frame is none, one further
-/// behind (of files joined) is an audio frame; a frame cut off by the end is none; a frame whose
-/// successor is missing is one.
+/// Walks all frames of a source: MPEG-1, 2 and 2.5, Layers I to III, free format. Tags before, between and after frames
+/// are stepped over, as is unknown matter before the first frame (up to 64 MiB of it) and zeros behind the last one;
+/// other unknown matter is lost sync.
 ///
-/// buffer: memory for reading, kept by the caller so that many files share it. Fails only when
-/// reading does. A source without frames gives a StreamInfo whose hasFrame() is false.
+/// What counts is what decoders make of it. Where mpg123 and FFmpeg differ:
+/// - A frame cut off by the end is none (mpg123), though FFmpeg decodes the part. When tags follow, mpg123 takes them
+///   for the rest of the frame; here it stays cut off.
+/// - An info frame behind unknown matter is no audio (mpg123), and neither is a VBRI frame (FFmpeg). A second info
+///   frame, of files joined, is audio (both).
+/// - A frame that something else than a frame follows is audio (mpg123); FFmpeg leaves out one or two there.
+///
+/// buffer: memory for reading, kept by the caller so that many files share it. Fails only when reading does. A source
+/// without frames gives a StreamInfo whose hasFrame() is false.
 Result<StreamInfo> analyseStream(ByteSource &source, std::vector<char> &buffer);
 
 } // namespace mpeg

@@ -153,6 +153,9 @@ class Maker:
         junk = bytes(byte % 255 for byte in random.Random(1).randbytes(5000))  # no 0xFF
         self.add("junk-in-front", junk + cbr)
         self.add("zeros-in-front", b"\0" * 5000 + vbr)
+        # mpg123 decodes the frame that Fraunhofer's encoders put in front.
+        vbri = (cbr[:4] + b"\0" * 32 + b"VBRI" + b"\0" * 10 + struct.pack(">I", 77)).ljust(417, b"\0")
+        self.add("vbri", vbri + vbr, decoders=("ffmpeg",))
         # FFmpeg takes the info frame for one only at the very start.
         self.add("junk-before-info", junk + info, decoders=("mpg123",))
         self.add("starts-inside-a-frame", cbr[10_000:])

@@ -7,6 +7,8 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <algorithm>
+
 using namespace ravlin;
 using namespace ravlin::test;
 using mpeg::Version;
@@ -30,6 +32,26 @@ private:
     QByteArray m_bytes;
     qint64 m_size;
     bool m_fails;
+};
+
+/// Zeros without end but for their number.
+class ZeroSource final : public mpeg::ByteSource
+{
+public:
+    explicit ZeroSource(qint64 size) : m_size(size) {}
+    qint64 size() const override { return m_size; }
+    Result<qint64> readAt(std::span<char> buffer, qint64 offset) override
+    {
+        const qint64 count = std::clamp<qint64>(m_size - offset, 0, qint64(buffer.size()));
+        std::fill_n(buffer.begin(), count, '\0');
+        m_bytesRead += count;
+        return count;
+    }
+    qint64 bytesRead() const { return m_bytesRead; }
+
+private:
+    qint64 m_size;
+    qint64 m_bytesRead = 0;
 };
 
 /// The parts in turn, with gaps between them that do not repeat.
@@ -65,6 +87,7 @@ private Q_SLOTS:
     void joinedLayersAddUp();
     void sourceThatShrinksJustEnds();
     void readErrorIsInternalError();
+    void searchIsBounded();
     void hostileBytesCostLittleTime_data();
     void hostileBytesCostLittleTime();
 };
@@ -211,6 +234,17 @@ void TestXAnalyzeDamage::readErrorIsInternalError()
     FailingSource source(MpegBuilder().frames(1000).data(), 1'000'000, true);
     XAnalyzer analyzer(platform::FileSystem::native());
     QCOMPARE(analyzer.analyse(source).code, XAnalyzeInternalError);
+}
+
+void TestXAnalyzeDamage::searchIsBounded()
+{
+    constexpr qint64 Limit = 64 * 1024 * 1024;
+    ZeroSource source(qint64(100) * 1024 * Limit);
+    XAnalyzer analyzer(platform::FileSystem::native());
+    const XAnalyzer::Outcome outcome = analyzer.analyse(source);
+    QCOMPARE(outcome.code, XAnalyzeNoFrame);
+    QCOMPARE(outcome.record().frames, qint32(Limit));
+    QVERIFY2(source.bytesRead() <= 3 * Limit, qPrintable(QString::number(source.bytesRead())));
 }
 
 void TestXAnalyzeDamage::hostileBytesCostLittleTime_data()
