@@ -1,0 +1,21 @@
+#pragma once
+
+#include "support/mpegbuilder.h"
+#include "tags/xanalyze.h"
+
+namespace ravlin::test {
+
+/// The analysis of bytes in memory.
+inline XAnalyzer::Outcome analyse(const QByteArray &bytes)
+{
+    mpeg::MemorySource source(bytes);
+    XAnalyzer analyzer(platform::FileSystem::native());
+    return analyzer.analyse(source);
+}
+
+inline XAnalyzer::Outcome analyse(const MpegBuilder &builder)
+{
+    return analyse(builder.data());
+}
+
+} // namespace ravlin::test

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "tags/mpegheader.h"
+
+#include <QByteArray>
+
+#include <optional>
+
+/// Makes MPEG audio files out of parts, byte by byte after the standards. The frames carry no sound, only filling.
+namespace ravlin::test {
+
+struct FrameSpec
+{
+    mpeg::Version version = mpeg::Version::Mpeg1;
+    int layer = 3;
+    int bitRate = 128; ///< kilobits per second; 0 for free format
+    int sampleRate = 44100;
+    mpeg::ChannelMode channelMode = mpeg::ChannelMode::JointStereo;
+    bool padded = false;
+    bool checksum = false;
+    int freeLength = 0; ///< unpadded bytes of a frame in free format
+
+    quint32 header() const;
+    int length() const;
+};
+
+/// An MPEG-1 Layer III frame of that bit rate in kilobits per second.
+FrameSpec ofBitRate(int bitRate);
+/// An MPEG-1 frame in free format, its length in bytes without padding.
+FrameSpec freeFormatFrame(int length, int layer = 3);
+/// The same frame with a padding slot.
+FrameSpec padded(FrameSpec spec);
+/// Bytes of no pattern in which no header can be found (0xFF is not among them).
+QByteArray junk(int size);
+
+/// What an info frame tells.
+struct InfoSpec
+{
+    QByteArray mark = "Info"; ///< or "Xing"
+    std::optional<quint32> frames = std::nullopt;
+    QByteArray encoder = "LAME3.100"; ///< nine characters; empty for no extension
+    int delay = 0;
+    int padding = 0;
+    int shift = 0; ///< bytes that the block is moved behind its place
+};
+
+class MpegBuilder
+{
+public:
+    explicit MpegBuilder(const FrameSpec &spec = {}) : m_spec(spec) {}
+
+    /// Frames as the builder's, or as another specification.
+    MpegBuilder &frames(int count) { return frames(count, m_spec); }
+    MpegBuilder &frames(int count, const FrameSpec &spec);
+    MpegBuilder &xing(const InfoSpec &info);
+    MpegBuilder &vbri(quint32 frames);
+    MpegBuilder &bytes(const QByteArray &bytes);
+
+    MpegBuilder &id3v2(int contentSize, bool footer = false);
+    MpegBuilder &id3v1(bool extended = false);
+    MpegBuilder &ape(int version = 2000, bool header = true);
+    MpegBuilder &lyrics3v1();
+    MpegBuilder &lyrics3v2();
+
+    /// Takes bytes off the end.
+    MpegBuilder &cut(qsizetype count);
+
+    const QByteArray &data() const { return m_data; }
+
+private:
+    FrameSpec m_spec;
+    QByteArray m_data;
+};
+
+} // namespace ravlin::test
