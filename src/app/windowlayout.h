@@ -1,0 +1,22 @@
+#pragma once
+
+/// The main window's sizes, in pixels of 15 twips each.
+namespace ravlin::windowlayout {
+
+inline constexpr int TwipsPerPixel = 15;
+inline constexpr int MinimumWidth = 6000 / TwipsPerPixel;
+inline constexpr int SplitterStart = 3800 / TwipsPerPixel; ///< the splitter bar's place from the left at the first start
+
+/// The width of the splitter, the menu frame and the toolbar in a window of that inner width.
+constexpr int panesWidth(int innerWidth)
+{
+    return innerWidth - 200 / TwipsPerPixel;
+}
+
+/// The width of the tab strip.
+constexpr int tabsWidth(int innerWidth)
+{
+    return innerWidth - 800 / TwipsPerPixel;
+}
+
+} // namespace ravlin::windowlayout
