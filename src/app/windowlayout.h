@@ -5,7 +5,8 @@ namespace ravlin::windowlayout {
 
 inline constexpr int TwipsPerPixel = 15;
 inline constexpr int MinimumWidth = 6000 / TwipsPerPixel;
-inline constexpr int SplitterStart = 3800 / TwipsPerPixel; ///< the splitter bar's place from the left at the first start
+inline constexpr int SplitterStart =
+    3800 / TwipsPerPixel; ///< the splitter bar's place from the left at the first start
 
 /// The width of the splitter, the menu frame and the toolbar in a window of that inner width.
 constexpr int panesWidth(int innerWidth)

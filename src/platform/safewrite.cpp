@@ -226,15 +226,19 @@ Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, co
     return outcome;
 }
 
+bool mayNeedRecovery(FileSystem &fileSystem, const FileInfo &info)
+{
+    // Any other file is replaced instead, for a new one can be given its owner and group.
+    return info.isFile &&
+           (info.linkCount > 1 || info.owner != fileSystem.currentUser() || info.group != fileSystem.currentGroup());
+}
+
 Result<void> recoverFile(FileSystem &fileSystem, const QString &path)
 {
     const auto info = fileSystem.info(path);
     if (!info)
         return tl::unexpected(info.error());
-    // Any other file is replaced instead, for a new one can be given its owner and group.
-    const bool mayHaveRedo =
-        info->linkCount > 1 || info->owner != fileSystem.currentUser() || info->group != fileSystem.currentGroup();
-    if (!info->isFile || !mayHaveRedo)
+    if (!mayNeedRecovery(fileSystem, *info))
         return {};
     const auto canonical = fileSystem.canonicalPath(path);
     if (!canonical)

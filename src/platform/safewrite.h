@@ -57,6 +57,9 @@ struct WriteOptions
 Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, const FileInfo &before,
     const std::vector<Segment> &segments, const WriteOptions &options = {});
 
+/// Whether a rewriting under a redo file may have been interrupted on a file of that state: asks nothing of the disk.
+bool mayNeedRecovery(FileSystem &fileSystem, const FileInfo &info);
+
 /// Completes a rewriting under a redo file that was interrupted (see WriteOutcome::Rewritten), if one was.
 /// Cheap where there can be none. Call before reading a file that may be written afterwards.
 Result<void> recoverFile(FileSystem &fileSystem, const QString &path);

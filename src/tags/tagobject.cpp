@@ -53,6 +53,14 @@ Result<void> TagObject::Link(const QString &path)
     if (!file)
         return tl::unexpected(file.error());
     auto info = (*file)->info();
+    if (info && platform::mayNeedRecovery(m_fileSystem, *info)) {
+        if (Result<void> recovered = platform::recoverFile(m_fileSystem, path); !recovered)
+            return recovered;
+        file = m_fileSystem.open(path, platform::OpenMode::Read);
+        if (!file)
+            return tl::unexpected(file.error());
+        info = (*file)->info();
+    }
     if (!info)
         return tl::unexpected(info.error());
     m_path = path;

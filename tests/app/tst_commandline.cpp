@@ -19,10 +19,11 @@ private Q_SLOTS:
         QTest::newRow("a quoted file opens its folder, the separator at the end kept")
             << QStringLiteral("\"/Music/a.mp3\"") << QStringLiteral("/Music/");
         QTest::newRow("a file in the root") << QStringLiteral("/a.mp3") << QStringLiteral("/");
-        QTest::newRow("a file name alone is cut to its first character") << QStringLiteral("song.mp3") << QStringLiteral("s");
+        QTest::newRow("a file name alone is cut to its first character")
+            << QStringLiteral("song.mp3") << QStringLiteral("s");
         QTest::newRow("upper case") << QStringLiteral("/Music/A.MP3") << QStringLiteral("/Music/");
-        QTest::newRow("a file of another type is taken as a folder") << QStringLiteral("/Music/a.ogg")
-                                                                      << QStringLiteral("/Music/a.ogg");
+        QTest::newRow("a file of another type is taken as a folder")
+            << QStringLiteral("/Music/a.ogg") << QStringLiteral("/Music/a.ogg");
         QTest::newRow("empty") << QString() << QString();
         QTest::newRow("a quote alone") << QStringLiteral("\"") << QString();
     }
