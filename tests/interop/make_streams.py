@@ -154,7 +154,7 @@ class Maker:
         self.add("junk-in-front", junk + cbr)
         self.add("zeros-in-front", b"\0" * 5000 + vbr)
         # mpg123 decodes the frame that Fraunhofer's encoders put in front.
-        vbri = (cbr[:4] + b"\0" * 32 + b"VBRI" + b"\0" * 10 + struct.pack(">I", 77)).ljust(417, b"\0")
+        vbri = (cbr[:4] + b"\0" * 32 + b"VBRI\0\1" + b"\0" * 8 + struct.pack(">I", 77)).ljust(417, b"\0")
         self.add("vbri", vbri + vbr, decoders=("ffmpeg",))
         # FFmpeg takes the info frame for one only at the very start.
         self.add("junk-before-info", junk + info, decoders=("mpg123",))
