@@ -46,6 +46,31 @@ constexpr std::array<Row, TextCount> Rows{{
         {u"what was asked for does not exist", u"lo que se pide no existe", u"ce qui est demandé n'existe pas"}},
     {Text::ErrorUnsupported, {u"the system cannot do this here", u"el sistema no puede hacer esto aquí",
                                  u"le système ne peut pas faire cela ici"}},
+    // %1: a number above 1
+    {Text::HintManyFiles, {u"goes into %1 files", u"se guarda en %1 archivos", u"ira dans %1 fichiers"}},
+    {Text::TipSaveOneFile,
+        {u"write this tag into the selected file", u"guarda esta etiqueta en el archivo seleccionado",
+            u"écrire ce tag dans le fichier sélectionné"}},
+    {Text::TipSaveManyFiles, {u"write this one tag into all %1 selected files, with every field, empty ones too",
+                                 u"guarda esta misma etiqueta en los %1 archivos seleccionados, con todos los campos, "
+                                 u"también los vacíos",
+                                 u"écrire ce même tag dans les %1 fichiers sélectionnés, avec tous les champs, même "
+                                 u"vides"}},
+    {Text::TipPreviousFile, {u"show the file above in the list; changes that are not saved are lost",
+                                u"muestra el archivo anterior de la lista; los cambios sin guardar se pierden",
+                                u"afficher le fichier précédent de la liste ; les changements non sauvegardés sont "
+                                u"perdus"}},
+    {Text::TipNextFile, {u"show the file below in the list; changes that are not saved are lost",
+                            u"muestra el archivo siguiente de la lista; los cambios sin guardar se pierden",
+                            u"afficher le fichier suivant de la liste ; les changements non sauvegardés sont perdus"}},
+    {Text::TipRemoveTag,
+        {u"take this tag away from all selected files", u"quita esta etiqueta de todos los archivos seleccionados",
+            u"retirer ce tag de tous les fichiers sélectionnés"}},
+    {Text::TipConvertOnSave, {u"convert title, artist, album and comment when saving",
+                                 u"convierte título, artista, álbum y comentarios al guardar",
+                                 u"convertir titre, artiste, album et commentaire en sauvegardant"}},
+    {Text::TipYear, {u"four digits, or empty", u"cuatro cifras, o vacío", u"quatre chiffres, ou vide"}},
+    {Text::TipTrack, {u"one or two digits, or empty", u"una o dos cifras, o vacío", u"un ou deux chiffres, ou vide"}},
 }};
 
 consteval bool isComplete()

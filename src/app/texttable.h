@@ -26,9 +26,18 @@ enum class Text
     ErrorSettings,
     ErrorInvalidArgument,
     ErrorUnsupported,
+    HintManyFiles,
+    TipSaveOneFile,
+    TipSaveManyFiles,
+    TipPreviousFile,
+    TipNextFile,
+    TipRemoveTag,
+    TipConvertOnSave,
+    TipYear,
+    TipTrack,
 };
 
-inline constexpr int TextCount = static_cast<int>(Text::ErrorUnsupported) + 1;
+inline constexpr int TextCount = static_cast<int>(Text::TipTrack) + 1;
 
 /// The text in all languages. Read it through Captions.
 const LanguageTexts &languageTexts(Text text);

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringView>
+
+#include <array>
+
+/// The optional conversions of names and tag texts: each is a pair of controls, a check box `op4` that switches it on
+/// and a list `ccase` that chooses which.
+namespace ravlin {
+
+class Settings;
+
+enum class ConversionKind
+{
+    Case,   ///< ConvertCase: upper, lower, first letters
+    Replace ///< ExchangeSpaces: blanks by underscores, underscores by blanks
+};
+
+/// The state of one pair.
+struct ConversionChoice
+{
+    static constexpr int InitialIndex = 1;
+
+    bool on = false;
+    int index = InitialIndex; ///< place in the list, from 0
+
+    friend bool operator==(const ConversionChoice &, const ConversionChoice &) = default;
+};
+
+/// One of the pairs, by the number that its controls bear.
+struct ConversionPair
+{
+    int number = 0;
+    ConversionKind kind = ConversionKind::Case;
+    QStringView settingsKey; ///< empty for the one that is not remembered
+};
+
+inline constexpr int RenameCasePair = 0;
+inline constexpr int MultiCasePair = 1;
+inline constexpr int SingleCasePair = 2;
+inline constexpr int RenameReplacePair = 3;
+inline constexpr int MultiReplacePair = 4;
+
+/// All pairs, each at the index of its number.
+extern const std::array<ConversionPair, 5> ConversionPairs;
+
+/// Number of entries in a list of that kind.
+int conversionCount(ConversionKind kind);
+/// The mode that the transforms take for the entry at that place; -1 beyond the list.
+int conversionMode(ConversionKind kind, int index);
+/// The caption number of the check box.
+int conversionCaption(ConversionKind kind);
+/// The caption numbers of the list's entries, in list order.
+QList<int> conversionEntryCaptions(ConversionKind kind);
+
+/// The text as the choice wants it; as it is while the choice is off.
+QString applyConversion(ConversionKind kind, ConversionChoice choice, const QString &text);
+
+/// The place in the list in digits, or empty for a choice that is off.
+QString conversionToText(ConversionChoice choice);
+/// The choice that such a text stands for. Empty, or a text that names no entry: off, with the initial entry.
+ConversionChoice conversionFromText(ConversionKind kind, QStringView text);
+
+/// A pair's choice as the settings remember it; a pair without a key is as at the first start.
+ConversionChoice restoreConversion(const Settings &settings, const ConversionPair &pair);
+/// Takes effect for the file with Settings::save(). Nothing happens for a pair without a key.
+void storeConversion(Settings &settings, const ConversionPair &pair, ConversionChoice choice);
+
+} // namespace ravlin

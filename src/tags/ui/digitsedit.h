@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QLineEdit>
+
+namespace ravlin {
+
+/// A text box into which only digits can be typed. Enter does nothing in it, any other visible character beeps. Text
+/// that is pasted or dropped is taken as it is.
+class DigitsEdit : public QLineEdit
+{
+    Q_OBJECT
+
+public:
+    explicit DigitsEdit(QWidget *parent = nullptr);
+
+Q_SIGNALS:
+    /// A typed character was refused; the system beeps.
+    void typingRefused();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void inputMethodEvent(QInputMethodEvent *event) override;
+};
+
+} // namespace ravlin

@@ -1,0 +1,50 @@
+#include "tags/ui/elidedlabel.h"
+
+#include <QEvent>
+
+namespace ravlin {
+
+ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void ElidedLabel::setFullText(const QString &text)
+{
+    m_fullText = text;
+    setAccessibleName(text);
+    elide();
+    updateGeometry();
+}
+
+QSize ElidedLabel::sizeHint() const
+{
+    return {fontMetrics().horizontalAdvance(m_fullText) + 2 * margin(), minimumSizeHint().height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const
+{
+    constexpr int FewLetters = 8;
+    return {fontMetrics().averageCharWidth() * FewLetters, fontMetrics().height() + 2 * margin()};
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent *event)
+{
+    QLabel::resizeEvent(event);
+    elide();
+}
+
+void ElidedLabel::changeEvent(QEvent *event)
+{
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        elide();
+}
+
+void ElidedLabel::elide()
+{
+    setText(fontMetrics().elidedText(m_fullText, Qt::ElideMiddle, contentsRect().width()));
+}
+
+} // namespace ravlin

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QLabel>
+
+namespace ravlin {
+
+/// A label of one line of plain text that may be longer than its place: the middle is left out then, and the tooltip
+/// tells the rest.
+class ElidedLabel : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit ElidedLabel(QWidget *parent = nullptr);
+
+    const QString &fullText() const { return m_fullText; }
+    void setFullText(const QString &text);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void elide();
+
+    QString m_fullText;
+};
+
+} // namespace ravlin

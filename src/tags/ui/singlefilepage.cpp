@@ -1,0 +1,339 @@
+#include "tags/ui/singlefilepage.h"
+
+#include "app/idiomas.h"
+#include "app/pageowner.h"
+#include "tags/tageditor.h"
+#include "tags/tagstore.h"
+#include "tags/ui/conversionbox.h"
+#include "tags/ui/digitsedit.h"
+#include "tags/ui/elidedlabel.h"
+#include "tags/ui/streampanel.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStyle>
+
+#include <limits>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionPrevious = 1;
+constexpr int CaptionNext = 2;
+constexpr int CaptionSave = 18;
+constexpr int CaptionRemoveV1 = 51;
+constexpr int CaptionRemoveV2 = 52;
+constexpr int CaptionLowSpace = 86;
+
+template <typename Control>
+Control *made(const char *name, QWidget *parent)
+{
+    auto *control = new Control(parent);
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+/// Wide enough for that many digits and the frame around them.
+int widthForDigits(const QLineEdit *edit, int digits)
+{
+    return edit->minimumSizeHint().width() + edit->fontMetrics().horizontalAdvance(QString(digits, u'0'));
+}
+
+/// A file name as a tooltip shows it, whatever it contains.
+QString plainToolTip(const QString &text)
+{
+    return text.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped());
+}
+
+} // namespace
+
+SingleFilePage::SingleFilePage(const SingleFilePageContext &context, QWidget *parent)
+    : QScrollArea(parent), m_context(context), m_streamReader(context.fileSystem)
+{
+    setObjectName(QStringLiteral("singleFilePage"));
+    setFrameShape(QFrame::NoFrame);
+    setWidgetResizable(true);
+    createControls();
+    setWidget(createContent());
+    setTabOrder();
+    connectControls();
+    applyCaptions();
+    reset();
+}
+
+void SingleFilePage::createControls()
+{
+    Ttitulo = made<QLineEdit>("Ttitulo", this);
+    tartista = made<QLineEdit>("tartista", this);
+    talbum = made<QLineEdit>("talbum", this);
+    ta_o = made<DigitsEdit>("ta_o", this);
+    Tpista = made<DigitsEdit>("Tpista", this);
+    tcomentarios = made<QLineEdit>("tcomentarios", this);
+    cestilo = made<QComboBox>("cestilo", this);
+    edita = made<QPushButton>("edita", this);
+    nfile = made<QPushButton>("nfile", this);
+    pfile = made<QPushButton>("pfile", this);
+    eliminav1 = made<QPushButton>("eliminav1", this);
+    eliminav2 = made<QPushButton>("eliminav2", this);
+    m_conversion = new ConversionBox(ConversionPairs[SingleCasePair], this);
+    m_fileName = made<ElidedLabel>("fileName", this);
+    m_hint = made<QLabel>("saveHint", this);
+    m_streamPanel = new StreamPanel(this);
+
+    // A comment may be longer than a text box takes by itself, and would be saved cut.
+    for (QLineEdit *edit : {Ttitulo, tartista, talbum, tcomentarios})
+        edit->setMaxLength(std::numeric_limits<int>::max());
+    cestilo->addItems(genreListEntries());
+    QFont bold = m_fileName->font();
+    bold.setBold(true);
+    m_fileName->setFont(bold);
+    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+
+    m_fields = {{{54, new QLabel(this), Ttitulo}, {13, new QLabel(this), Tpista}, {16, new QLabel(this), tartista},
+        {12, new QLabel(this), ta_o}, {15, new QLabel(this), talbum}, {11, new QLabel(this), cestilo},
+        {14, new QLabel(this), tcomentarios}}};
+    for (const FieldLabel &field : m_fields)
+        field.label->setBuddy(field.field);
+}
+
+QWidget *SingleFilePage::createContent()
+{
+    auto *content = new QWidget(this);
+    auto *rows = new QVBoxLayout(content);
+
+    auto *head = new QHBoxLayout;
+    head->addWidget(m_fileName, 1);
+    head->addWidget(pfile);
+    head->addWidget(nfile);
+
+    auto *fields = new QGridLayout;
+    fields->addLayout(head, 0, 0, 1, 4);
+    for (int i = 0; i < static_cast<int>(m_fields.size()); ++i) {
+        const FieldLabel &field = m_fields[static_cast<std::size_t>(i)];
+        const int row = 1 + i / 2;
+        const int column = i % 2 * 2;
+        const bool last = field.field == tcomentarios;
+        fields->addWidget(field.label, row, column);
+        fields->addWidget(field.field, row, column + 1, 1, last ? 3 : 1);
+    }
+    fields->setColumnStretch(1, 1);
+    Tpista->setFixedWidth(widthForDigits(Tpista, 4));
+    ta_o->setFixedWidth(widthForDigits(ta_o, 4));
+
+    auto *side = new QVBoxLayout;
+    side->addWidget(m_streamPanel);
+    side->addStretch();
+    side->addWidget(eliminav1);
+    side->addWidget(eliminav2);
+
+    auto *line = new QFrame(content);
+    line->setFrameStyle(QFrame::VLine | QFrame::Sunken);
+    auto *upper = new QHBoxLayout;
+    upper->addLayout(fields, 1);
+    upper->addWidget(line);
+    upper->addLayout(side);
+
+    auto *foot = new QHBoxLayout;
+    foot->addWidget(m_conversion);
+    foot->addWidget(m_hint, 1);
+    foot->addWidget(edita);
+
+    rows->addLayout(upper);
+    rows->addLayout(foot);
+    rows->addStretch();
+    return content;
+}
+
+void SingleFilePage::setTabOrder()
+{
+    QWidget *previous = pfile;
+    const auto next = [&previous](QWidget *control) {
+        QWidget::setTabOrder(previous, control);
+        previous = control;
+    };
+    next(nfile);
+    for (const FieldLabel &field : m_fields)
+        next(field.field);
+    for (QWidget *control :
+        std::initializer_list<QWidget *>{eliminav1, eliminav2, m_conversion->checkBox(), m_conversion->list(), edita})
+        next(control);
+}
+
+void SingleFilePage::connectControls()
+{
+    connect(edita, &QPushButton::clicked, this, &SingleFilePage::save);
+    connect(nfile, &QPushButton::clicked, this, [this] { step(1); });
+    connect(pfile, &QPushButton::clicked, this, [this] { step(-1); });
+    connect(eliminav1, &QPushButton::clicked, this, [this] { removeTag(CaptionRemoveV1, &TagStore::RemoveV1); });
+    connect(eliminav2, &QPushButton::clicked, this, [this] { removeTag(CaptionRemoveV2, &TagStore::RemoveV2); });
+    connect(&m_streamReader, &StreamDetailsReader::ready, m_streamPanel, &StreamPanel::show);
+}
+
+void SingleFilePage::applyCaptions()
+{
+    const Captions &captions = m_context.captions;
+    for (const FieldLabel &field : m_fields) {
+        field.label->setText(captions.text(field.caption));
+        field.field->setAccessibleName(captions.text(field.caption));
+    }
+    pfile->setText(captions.text(CaptionPrevious));
+    nfile->setText(captions.text(CaptionNext));
+    edita->setText(captions.text(CaptionSave));
+    eliminav1->setText(captions.text(CaptionRemoveV1));
+    eliminav2->setText(captions.text(CaptionRemoveV2));
+    m_conversion->applyCaptions(captions);
+    m_streamPanel->applyCaptions(captions);
+
+    pfile->setToolTip(captions.text(Text::TipPreviousFile));
+    nfile->setToolTip(captions.text(Text::TipNextFile));
+    eliminav1->setToolTip(captions.text(Text::TipRemoveTag));
+    eliminav2->setToolTip(captions.text(Text::TipRemoveTag));
+    m_conversion->checkBox()->setToolTip(captions.text(Text::TipConvertOnSave));
+    m_conversion->list()->setToolTip(captions.text(Text::TipConvertOnSave));
+    ta_o->setToolTip(captions.text(Text::TipYear));
+    Tpista->setToolTip(captions.text(Text::TipTrack));
+    selectionChanged();
+}
+
+void SingleFilePage::ShowCurrent()
+{
+    const QString path = m_context.owner.currentPath();
+    if (path.isEmpty()) {
+        reset();
+        return;
+    }
+    setSavingEnabled(true);
+    // A file that cannot be read shows what was read of it, which may be nothing; that is all that is said.
+    (void)m_context.tagStore.ReadTag(path, m_record);
+    showPage(m_record);
+    eliminav1->setEnabled(m_record.HasV1);
+    eliminav2->setEnabled(m_record.HasV2);
+    m_fileName->setFullText(path.mid(path.lastIndexOf(platform::Separator) + 1));
+    m_fileName->setToolTip(plainToolTip(path));
+    m_streamPanel->clear();
+    m_streamReader.request(path);
+}
+
+void SingleFilePage::reset()
+{
+    setSavingEnabled(false);
+    m_record = {};
+    showPage(m_record);
+    eliminav1->setEnabled(false);
+    eliminav2->setEnabled(false);
+    m_fileName->setFullText({});
+    m_fileName->setToolTip({});
+    m_streamReader.cancel();
+    m_streamPanel->clear();
+}
+
+void SingleFilePage::setSavingEnabled(bool enabled)
+{
+    for (QPushButton *button : {edita, nfile, pfile})
+        button->setEnabled(enabled);
+    selectionChanged();
+}
+
+void SingleFilePage::selectionChanged()
+{
+    const Captions &captions = m_context.captions;
+    const qsizetype count = m_context.owner.selectedCount();
+    const bool many = count > 1;
+    m_hint->setText(many && edita->isEnabled() ? captions.text(Text::HintManyFiles).arg(count) : QString());
+    edita->setToolTip(many ? captions.text(Text::TipSaveManyFiles).arg(count) : captions.text(Text::TipSaveOneFile));
+    edita->setAccessibleDescription(edita->toolTip());
+}
+
+TagRecord SingleFilePage::page() const
+{
+    TagRecord record;
+    record.Artist = tartista->text();
+    record.Album = talbum->text();
+    record.Comment = tcomentarios->text();
+    record.Year = ta_o->text();
+    record.Genre = cestilo->currentText();
+    record.Title = Ttitulo->text();
+    record.Track = Tpista->text();
+    return record;
+}
+
+void SingleFilePage::showPage(const TagRecord &record)
+{
+    const auto show = [](QLineEdit *edit, const QString &text) {
+        edit->setText(text);
+        edit->setCursorPosition(0); // the start of a long text is what one wants to see
+    };
+    show(tartista, record.Artist);
+    show(talbum, record.Album);
+    show(ta_o, record.Year);
+    cestilo->setCurrentIndex(genreListIndex(record.Genre));
+    show(Ttitulo, record.Title);
+    show(Tpista, record.Track);
+    show(tcomentarios, record.Comment);
+}
+
+void SingleFilePage::save()
+{
+    const QStringList paths = m_context.owner.selectedPaths();
+    PageSave::Conversion convert;
+    if (const ConversionChoice choice = m_conversion->choice(); choice.on)
+        convert = [choice](const QString &text) { return applyConversion(ConversionKind::Case, choice, text); };
+    PageSave pageSave(m_context.tagStore, page(), convert);
+    BatchOutcome outcome;
+    m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+        outcome = runBatch(
+            paths, m_context.state, progress, [&pageSave](const QString &path) { return pageSave.save(path); },
+            TagWritingPolicy);
+    });
+    showPage(pageSave.page());
+    if (outcome.hasError(ErrorCode::LowSpace))
+        m_context.owner.showError(m_context.captions.text(CaptionLowSpace));
+    listAgain();
+}
+
+void SingleFilePage::step(qsizetype rows)
+{
+    if (m_context.owner.moveCurrent(rows))
+        ShowCurrent();
+    tartista->setFocus();
+}
+
+void SingleFilePage::removeTag(int caption, Result<void> (TagStore::*remove)(const QString &))
+{
+    const QStringList paths = m_context.owner.selectedPaths();
+    if (!m_context.owner.ask(m_context.captions.text(caption) + u'?'))
+        return;
+    m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+        // Files that fail are passed over without a message.
+        (void)runBatch(
+            paths, m_context.state, progress, [&](const QString &path) { return (m_context.tagStore.*remove)(path); },
+            RowByRowPolicy);
+    });
+    listAgain();
+}
+
+void SingleFilePage::listAgain()
+{
+    m_context.owner.refreshList();
+    ShowCurrent();
+}
+
+QSize SingleFilePage::sizeHint() const
+{
+    return widget()->sizeHint();
+}
+
+QSize SingleFilePage::minimumSizeHint() const
+{
+    // Narrower than its content it can be scrolled; lower it would be of no use.
+    const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
+    return {QScrollArea::minimumSizeHint().width(), widget()->minimumSizeHint().height() + bar};
+}
+
+} // namespace ravlin

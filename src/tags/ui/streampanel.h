@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QWidget>
+
+#include <array>
+
+class QLabel;
+
+namespace ravlin {
+
+class Captions;
+struct StreamDetails;
+
+/// Four lines about a file's audio: bit rate, length, frequency and size.
+class StreamPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit StreamPanel(QWidget *parent = nullptr);
+
+    void applyCaptions(const Captions &captions);
+    void show(const StreamDetails &details);
+    void clear();
+
+private:
+    struct Line
+    {
+        QLabel *caption;
+        QLabel *value;
+    };
+
+    std::array<Line, 4> m_lines;
+};
+
+} // namespace ravlin
