@@ -1,0 +1,20 @@
+# Completion of ravlin-cli for bash. Commands and options are those that the program's own help lists.
+
+_ravlin_cli()
+{
+    local program=$1 current=$2 previous=$3 words=
+    if ((COMP_CWORD == 1)); then
+        words="$("$program" --help 2>/dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\)  .*/\1/p') --help --version"
+    elif [[ $previous == --mode ]]; then
+        case ${COMP_WORDS[1]} in
+        tag) words="1 2 3 4 5" ;;
+        case) words="upper lower capitalize" ;;
+        esac
+    elif [[ $current == -* && " ${COMP_WORDS[*]:1:COMP_CWORD-1} " != *" -- "* ]]; then
+        words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | sed -n 's/^  \(--[a-z][a-z0-9-]*\) .*/\1/p')
+    fi
+    # No match leaves it to "-o default": names of files and folders.
+    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+}
+
+complete -o default -F _ravlin_cli ravlin-cli

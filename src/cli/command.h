@@ -1,0 +1,37 @@
+#pragma once
+
+#include "cli/arguments.h"
+#include "cli/console.h"
+
+#include <vector>
+
+namespace ravlin::cli {
+
+/// One command of the command line: what it is called, takes and does.
+struct Command
+{
+    QStringView name;
+    QStringView summary;     ///< one line, for the list of commands
+    QStringView description; ///< for the command's help, in lines that fit a terminal
+    QStringView operand;     ///< what its operands are: "FOLDER", "FILE", "TEXT"
+    bool takesSeveral = true;
+    std::vector<Option> options; ///< without help and version, which all have
+    /// Returns the exit status. Finds at least one operand; exactly one unless takesSeveral.
+    int (*run)(const Arguments &arguments, Console &console);
+};
+
+Command listCommand();
+Command showCommand();
+Command tagCommand();
+Command stripCommand();
+Command infoCommand();
+Command caseCommand();
+Command cleanCommand();
+
+/// All of them in the order of the help.
+std::vector<Command> allCommands();
+
+/// The program: finds the command that the first word names and runs it. Returns the exit status.
+int run(const QStringList &words, Console &console);
+
+} // namespace ravlin::cli

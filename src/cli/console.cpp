@@ -1,0 +1,67 @@
+#include "cli/console.h"
+
+#include "app/idiomas.h"
+#include "cli/text.h"
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::cli {
+
+void Console::print(const QString &line)
+{
+    m_out.write(encoded(line, m_out.isTerminal()));
+    m_out.write("\n");
+}
+
+void Console::message(const QString &text)
+{
+    if (m_out.isTerminal())
+        m_out.flush(); // keeps the order of what a person sees
+    m_err.write("ravlin-cli: " + encoded(text, m_err.isTerminal()) + '\n');
+    m_err.flush();
+}
+
+void Console::warn(const QString &text)
+{
+    message(text);
+}
+
+void Console::fail(const QString &path, const QString &text)
+{
+    m_status = Failure;
+    message((path.isEmpty() ? u"\"\""_s : path) + u": "_s + text);
+}
+
+void Console::fail(const QString &path, const Error &error)
+{
+    fail(path, describe(error));
+}
+
+int Console::refuse(const QString &command, const QString &text)
+{
+    const QString program = command.isEmpty() ? u"ravlin-cli"_s : u"ravlin-cli "_s + command;
+    message((command.isEmpty() ? QString() : command + u": "_s) + text + u"\nTry '"_s + program + u" --help'."_s);
+    return Usage;
+}
+
+int Console::finish(int status)
+{
+    m_out.flush();
+    if (m_out.error())
+        message(u"the output cannot be written ("_s + m_out.error()->detail + u')');
+    return m_out.isBroken() ? int(Failure) : status;
+}
+
+QString describe(const Error &error)
+{
+    Captions english;
+    english.fill();
+    const QString meaning = english.errorText(error.code);
+    // The other codes say it all.
+    const bool hasMore = error.code == ErrorCode::Io || error.code == ErrorCode::InvalidArgument ||
+                         error.code == ErrorCode::Unsupported || error.code == ErrorCode::TooLarge ||
+                         error.code == ErrorCode::VerifyFailed || error.code == ErrorCode::Settings;
+    return hasMore && !error.detail.isEmpty() ? meaning + u" ("_s + error.detail + u')' : meaning;
+}
+
+} // namespace ravlin::cli

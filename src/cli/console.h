@@ -1,0 +1,54 @@
+#pragma once
+
+#include "cli/output.h"
+#include "platform/error.h"
+
+#include <QString>
+
+namespace ravlin::cli {
+
+/// The program's exit status.
+enum ExitStatus
+{
+    Success = 0,
+    Failure = 1,
+    Usage = 2
+};
+
+/// Where a command's results and messages go; remembers whether anything failed. Messages are written at once and
+/// carry the program's name.
+class Console
+{
+public:
+    Console(Output out, Output err) : m_out(std::move(out)), m_err(std::move(err)) {}
+
+    Output &out() { return m_out; }
+
+    /// A line on the results' stream; a path in it is written as its own bytes.
+    void print(const QString &line);
+    /// Something that the user should know, but no failure.
+    void warn(const QString &text);
+    /// What failed, and for which file.
+    void fail(const QString &path, const QString &text);
+    void fail(const QString &path, const Error &error);
+    /// The command line makes no sense. command: whose help tells more; empty for the program's. Returns the exit
+    /// status.
+    int refuse(const QString &command, const QString &text);
+
+    /// Success, or Failure after a call of fail().
+    int status() const { return m_status; }
+    /// Writes what is pending. Returns the exit status: the given one, or Failure if the results could not be written.
+    int finish(int status);
+
+private:
+    void message(const QString &text);
+
+    Output m_out;
+    Output m_err;
+    int m_status = Success;
+};
+
+/// What an error means, in one line of English.
+QString describe(const Error &error);
+
+} // namespace ravlin::cli

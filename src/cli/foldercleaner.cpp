@@ -1,0 +1,23 @@
+#include "cli/foldercleaner.h"
+
+#include "platform/leftovers.h"
+#include "platform/safewrite.h"
+
+#include <tuple>
+
+namespace ravlin::cli {
+
+void FolderCleaner::cleanFolderOf(const QString &path)
+{
+    const Result<QString> canonical = m_fileSystem.canonicalPath(path);
+    if (!canonical)
+        return; // the operation on the file tells
+    const QString folder = platform::folderOf(*canonical);
+    if (m_done.contains(folder))
+        return;
+    m_done.insert(folder);
+    // Nobody asked for it, so nobody is told when it can't be done; what is left is harmless and never listed.
+    std::ignore = platform::cleanLeftovers(m_fileSystem, folder);
+}
+
+} // namespace ravlin::cli

@@ -1,0 +1,23 @@
+#include "cli/command.h"
+#include "platform/standardstreams.h"
+
+namespace {
+
+using ravlin::platform::StandardStream;
+
+ravlin::cli::Output standardOutput(StandardStream stream)
+{
+    return {[stream](QByteArrayView bytes) { return ravlin::platform::writeTo(stream, bytes); },
+        ravlin::platform::isTerminal(stream)};
+}
+
+} // namespace
+
+// There is no QCoreApplication: nothing here waits for events, and in the C locale, where many scripts run, it would
+// complain on standard error.
+int main(int argc, char **argv)
+{
+    ravlin::platform::prepareStandardStreams();
+    ravlin::cli::Console console(standardOutput(StandardStream::Output), standardOutput(StandardStream::Error));
+    return console.finish(ravlin::cli::run(ravlin::platform::programArguments(argc, argv), console));
+}

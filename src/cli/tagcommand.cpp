@@ -1,0 +1,194 @@
+#include "app/programstate.h"
+#include "app/settings.h"
+#include "cli/command.h"
+#include "cli/foldercleaner.h"
+#include "tags/genres.h"
+#include "tags/tagstore.h"
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::cli {
+
+namespace {
+
+constexpr Option ModeOption{
+    u"--mode", u"1..5", u"which tags to write; without it as chosen in the program, at first 2"};
+
+struct Field
+{
+    Option option;
+    QString TagRecord::*member = nullptr;
+};
+
+constexpr std::array Fields{
+    Field{{u"--title", u"TEXT", u"set the title"}, &TagRecord::Title},
+    Field{{u"--artist", u"TEXT", u"set the artist"}, &TagRecord::Artist},
+    Field{{u"--album", u"TEXT", u"set the album"}, &TagRecord::Album},
+    Field{{u"--year", u"TEXT", u"set the year: four digits"}, &TagRecord::Year},
+    Field{{u"--comment", u"TEXT", u"set the comment"}, &TagRecord::Comment},
+    Field{{u"--track", u"TEXT", u"set the track: one or two digits"}, &TagRecord::Track},
+    Field{{u"--genre", u"TEXT", u"set the genre: a name of the genre table"}, &TagRecord::Genre},
+};
+
+using FieldTexts = std::vector<std::pair<const Field *, QString>>;
+
+/// The fields given, or what is wrong with one.
+tl::expected<FieldTexts, UsageError> givenFields(const Arguments &arguments)
+{
+    FieldTexts given;
+    for (const Field &field : Fields) {
+        const std::optional<QString> text = arguments.value(field.option.name);
+        if (!text)
+            continue;
+        if (!text->isValidUtf16())
+            return tl::unexpected(UsageError{u"the text of %1 is not UTF-8"_s.arg(field.option.name)});
+        given.emplace_back(&field, *text);
+    }
+    return given;
+}
+
+/// The mode given, or else the one that the settings hold.
+tl::expected<int, UsageError> modeGiven(const QString &text)
+{
+    const std::optional<int> mode = tagSaveModeFromText(text);
+    if (!mode)
+        return tl::unexpected(UsageError{u"--mode is a digit from 1 to 5, not '%1'"_s.arg(text)});
+    return *mode;
+}
+
+bool isDigits(const QString &text)
+{
+    return std::ranges::all_of(text, [](QChar c) { return c >= u'0' && c <= u'9'; });
+}
+
+/// Why a save will leave a field's text out and remove the field; empty when it will be written.
+QString reasonNotToWrite(QString TagRecord::*member, const QString &text)
+{
+    if (text.isEmpty())
+        return {};
+    if (member == &TagRecord::Year && !(text.size() == 4 && isDigits(text)))
+        return u"a year has four digits"_s;
+    if (member == &TagRecord::Track && !(text.size() <= 2 && isDigits(text)))
+        return u"a track has one or two digits"_s;
+    if (member == &TagRecord::Genre && GenreNameToNumber(text) == GenreNone)
+        return u"it is none of the genres that can be written"_s;
+    return {};
+}
+
+QString warningText(const Field &field, const QString &text, const QString &reason)
+{
+    return u"%1 '%2' is not saved: %3"_s.arg(field.option.name.sliced(2), text, reason);
+}
+
+/// Reads, changes and saves one file after the other.
+class Tagger
+{
+public:
+    Tagger(Console &console, FieldTexts fields, int mode) : m_console(console), m_fields(std::move(fields))
+    {
+        m_state.tagSaveMode = mode;
+    }
+
+    void warnOfGivenTexts()
+    {
+        for (const auto &[field, text] : m_fields) {
+            if (const QString reason = reasonNotToWrite(field->member, text); !reason.isEmpty())
+                m_console.warn(warningText(*field, text, reason));
+        }
+    }
+
+    void tag(const QString &path)
+    {
+        m_cleaner.cleanFolderOf(path);
+        if (const Result<void> done = change(path); !done)
+            m_console.fail(path, done.error());
+    }
+
+private:
+    Result<void> change(const QString &path)
+    {
+        TagRecord record;
+        if (Result<void> read = m_store.ReadTag(path, record); !read) {
+            if (read.error().code != ErrorCode::GenreOutOfRange)
+                return read;
+            if (record.Track == u"0") // stands for none; saved, it would become a track
+                record.Track.clear();
+        }
+        for (const auto &[field, text] : m_fields)
+            record.*(field->member) = text;
+        const Result<qint64> freeBytes = m_fileSystem.freeBytes(path);
+        if (!freeBytes)
+            return tl::unexpected(freeBytes.error());
+        constexpr qint64 Megabyte = 1024 * 1024;
+        m_state.freeMegabytes = *freeBytes / Megabyte;
+        Result<void> saved = m_store.SaveTag(path, record);
+        if (saved)
+            warnOfLostTexts(path, record);
+        return saved;
+    }
+
+    /// What the file had and could not be written again.
+    void warnOfLostTexts(const QString &path, const TagRecord &record)
+    {
+        for (const Field &field : Fields) {
+            const bool isGiven =
+                std::ranges::any_of(m_fields, [&field](const auto &given) { return given.first == &field; });
+            const QString reason = reasonNotToWrite(field.member, record.*(field.member));
+            if (!isGiven && !reason.isEmpty())
+                m_console.warn(path + u": "_s + warningText(field, record.*(field.member), reason));
+        }
+    }
+
+    Console &m_console;
+    const FieldTexts m_fields;
+    platform::FileSystem &m_fileSystem = platform::FileSystem::native();
+    ProgramState m_state;
+    TagStore m_store{m_state, m_fileSystem};
+    FolderCleaner m_cleaner{m_fileSystem};
+};
+
+int runTag(const Arguments &arguments, Console &console)
+{
+    auto fields = givenFields(arguments);
+    if (!fields)
+        return console.refuse(u"tag"_s, fields.error().text);
+    int mode = DefaultTagSaveMode;
+    if (const std::optional<QString> text = arguments.value(ModeOption.name)) {
+        const auto given = modeGiven(*text);
+        if (!given)
+            return console.refuse(u"tag"_s, given.error().text);
+        mode = *given;
+    } else {
+        const Settings settings;
+        // Not to save in a mode that the user may have decided against.
+        if (settings.problem()) {
+            console.fail(settings.path(), *settings.problem());
+            return console.status();
+        }
+        mode = tagSaveModeFromText(settings.read(settingskey::Tags)).value_or(DefaultTagSaveMode);
+    }
+    Tagger tagger(console, std::move(*fields), mode);
+    tagger.warnOfGivenTexts();
+    for (const QString &path : arguments.operands())
+        tagger.tag(path);
+    return console.status();
+}
+
+} // namespace
+
+Command tagCommand()
+{
+    std::vector<Option> options{ModeOption};
+    std::ranges::transform(Fields, std::back_inserter(options), &Field::option);
+    return {u"tag", u"change the tags of files",
+        u"Reads each file's tag, sets the fields given and saves it. An empty text removes a field; so does a year, "
+        u"track\n"
+        "or genre that cannot be written, with a warning. The modes: 1 ID3v1, 2 ID3v2, 3 both, 4 ID3v1 and remove\n"
+        "ID3v2, 5 ID3v2 and remove ID3v1. Nothing is written unless 5 MB more than the file's size are free.",
+        u"FILE", true, std::move(options), runTag};
+}
+
+} // namespace ravlin::cli
