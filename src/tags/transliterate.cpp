@@ -35,8 +35,8 @@ constexpr Replacement Replacements[] = {
     {0x0153, "oe"},
     {0x0166, "T"},
     {0x0167, "t"},
-    {0x0192, "f"},
     {0x018F, "E"},
+    {0x0192, "f"},
     {0x0259, "e"},
     {0x02BC, "'"},
     {0x0391, "A"},
@@ -205,6 +205,10 @@ constexpr Replacement Replacements[] = {
     {0x266F, "#"},
 };
 
+// Searched by halves.
+static_assert(std::is_sorted(std::begin(Replacements), std::end(Replacements),
+    [](const Replacement &one, const Replacement &other) { return one.character < other.character; }));
+
 const char *replacementFor(char16_t character)
 {
     const auto *found = std::lower_bound(std::begin(Replacements), std::end(Replacements), character,
@@ -239,7 +243,8 @@ bool isLatin1(QStringView text)
 
 QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
 {
-    const QString composed = text.normalized(QString::NormalizationForm_C);
+    QString composed = text.normalized(QString::NormalizationForm_C);
+    composed.remove(QChar(QChar::Null)); // it would end the field
     if (isLatin1(composed))
         return composed.left(maximumSize).toLatin1();
 
