@@ -269,6 +269,10 @@ std::optional<FrameHeader> Tag::frameHeaderAt(ByteWindow &window, qint64 offset)
     // The view dies with the next look, so the size bytes are copied.
     const std::array<char, 4> size{bytes[old ? 3 : 4], bytes[old ? 4 : 5], bytes[old ? 5 : 6], old ? '\0' : bytes[7]};
     frame.bodySize = frameSize(window, {size.data(), old ? size_t{3} : size_t{4}}, offset + frame.headerSize);
+    const qint64 syncsafe = old ? -1 : readSyncsafe({size.data(), size_t{4}});
+    frame.hasForeignSize =
+        syncsafe >= 0 &&
+        frame.bodySize != (m_header.majorVersion == 4 ? syncsafe : readBigEndian({size.data(), size_t{4}}));
     if (frame.bodySize < 0 || frame.bodySize > m_bodyEnd - offset - frame.headerSize)
         return std::nullopt;
     return frame;

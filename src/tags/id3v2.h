@@ -66,6 +66,8 @@ struct FrameHeader
     qint64 offset = 0;   ///< of the header, from the start of the tag
     qint64 bodySize = 0;
     quint16 flags = 0; ///< as stored; their meaning depends on the version
+    /// The size is stored in the form of the other version; what follows the frame tells that.
+    bool hasForeignSize = false;
 
     std::string_view identifier() const { return {id.data(), headerSize == 6 ? size_t{3} : size_t{4}}; }
     qint64 size() const { return headerSize + bodySize; }

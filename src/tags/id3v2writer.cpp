@@ -132,6 +132,20 @@ qint64 lengthOf(const std::vector<Segment> &segments)
     return length;
 }
 
+/// The header of a frame that stays, with its size in the form of the tag's version: in the other form it would be read
+/// by what follows, which is going to change.
+QByteArray headerInOwnForm(const FrameHeader &frame, int majorVersion)
+{
+    QByteArray header(frame.id.data(), 4);
+    header.resize(frame.headerSize);
+    if (majorVersion == 4)
+        writeSyncsafe(header.data() + 4, frame.bodySize, 4);
+    else
+        qToBigEndian(static_cast<quint32>(frame.bodySize), header.data() + 4);
+    qToBigEndian(frame.flags, header.data() + 8);
+    return header;
+}
+
 /// The frames after the plan, as pieces of the bytes that the tag's offsets count in.
 std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
 {
@@ -143,9 +157,15 @@ std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
     };
     for (const Frame &frame : tag.frames()) {
         const auto change = plan.replaced.find(&frame);
-        if (change == plan.replaced.end())
+        const bool stays = change == plan.replaced.end();
+        if (stays && !frame.header.hasForeignSize)
             continue;
         keepUpTo(frame.header.offset);
+        if (stays) {
+            segments.push_back(Segment::fresh(headerInOwnForm(frame.header, tag.header().majorVersion)));
+            keptFrom = frame.header.offset + frame.header.headerSize;
+            continue;
+        }
         keptFrom = frame.header.offset + frame.header.size();
         if (!change->second.isEmpty())
             segments.push_back(Segment::fresh(change->second));

@@ -239,9 +239,7 @@ bool isLatin1(QStringView text)
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
 }
 
-} // namespace
-
-QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
+QByteArray inLatin1(const QString &text, qsizetype maximumSize)
 {
     QString composed = text.normalized(QString::NormalizationForm_C);
     composed.remove(QChar(QChar::Null)); // it would end the field
@@ -263,6 +261,15 @@ QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
         out += latin;
     }
     return out;
+}
+
+} // namespace
+
+QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
+{
+    const QByteArray latin = inLatin1(text, maximumSize);
+    // The blanks in front may have left no room for anything else.
+    return latin.trimmed().isEmpty() ? inLatin1(text.trimmed(), maximumSize) : latin;
 }
 
 } // namespace ravlin

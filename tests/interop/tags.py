@@ -77,7 +77,7 @@ V1_TITLES = {"plain": "A title", "accents": "Canción Größe", "cyrillic": "Gru
 
 
 def mutagen_fields(path):
-    tags = ID3(path, translate=False)
+    tags = ID3(path, translate=False, load_v1=False)
     comments = [frame for frame in tags.getall("COMM") if frame.desc == ""]
     year = tags.getall("TYER") or tags.getall("TDRC")
     return {"title": str(tags["TIT2"]), "artist": str(tags["TPE1"]), "album": str(tags["TALB"]),
@@ -135,9 +135,11 @@ def check_read_by_others(path, name, fields, mode, version, label):
     if mode in (2, 3, 5):
         same(data[3], version or 3, label + ": the version stays")
         same(mutagen_fields(path), fields, label + ": mutagen")
-        same({key: str(shown.get(key.capitalize())) for key in ("title", "artist", "album", "genre", "track")},
-             {key: fields[key] for key in ("title", "artist", "album", "genre", "track")}, label + ": exiftool")
-        if name == "plain" and version != 2:
+        # exiftool shows question marks for what needs two units of UTF-16.
+        keys = ["genre", "track"] if name == "emoji" and data[3] < 4 else ["title", "artist", "album", "genre", "track"]
+        same({key: str(shown.get(key.capitalize())) for key in keys}, {key: fields[key] for key in keys},
+             label + ": exiftool")
+        if name == "plain" and version in (None, 3): # it reads no other
             check(f": {fields['title']}" in id3v2_listing(path), label + ": id3v2", id3v2_listing(path))
     if has_v1:
         same(v1_title(path), V1_TITLES[name], label + ": ID3v1 title")
@@ -169,7 +171,7 @@ def foreign_frames():
 
 def snapshot(path, edited):
     """Every frame but the edited one, as mutagen sees it, and raw for those that it does not know."""
-    tags = ID3(path, translate=False)
+    tags = ID3(path, translate=False, load_v1=False)
     frames = {key: repr(frame) for key, frame in tags.items() if not key.startswith(edited)}
     return frames, list(tags.unknown_frames)
 

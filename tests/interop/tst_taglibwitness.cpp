@@ -1,5 +1,5 @@
-// Over thousands of generated well-formed tags our title, artist, album, comment, year and track are TagLib's. Where the
-// two differ on purpose, expected() says why.
+// Over thousands of generated well-formed tags our title, artist, album, comment, year and track are TagLib's. Where
+// the two differ on purpose, expected() says why.
 
 #include "support/mp3builder.h"
 #include "tags/tagobject.h"
@@ -35,8 +35,14 @@ public:
         if (kinds != 0)
             content = tag(2 + below(3)) + content;
         if (kinds == 0 || kinds > 4)
-            content += id3v1({.title = latin(30), .artist = latin(30), .album = latin(30), .year = year(),
-                .comment = latin(28), .track = below(100), .genre = below(126), .fill = below(2) != 0 ? ' ' : '\0'});
+            content += id3v1({.title = latin(30),
+                .artist = latin(30),
+                .album = latin(30),
+                .year = year(),
+                .comment = latin(28),
+                .track = below(100),
+                .genre = below(126),
+                .fill = below(2) != 0 ? ' ' : '\0'});
         return content;
     }
 
@@ -117,6 +123,8 @@ private:
         } else if (version == 4 && below(8) == 0) {
             options.padding = 0;
             options.footer = true;
+            // TagLib 1.13 counts the footer as part of the tag's size and loses what the last ten bytes belong to.
+            frames += frame(4, "PRIV", QByteArray(20, 'p'));
         }
         return id3v2(version, frames, options);
     }
@@ -190,10 +198,11 @@ private Q_SLOTS:
             const Fields our = ours(path);
             const Fields theirs = expected(path);
             withValues += our.title.isEmpty() ? 0 : 1;
-            QVERIFY2(our == theirs,
-                qPrintable(QStringLiteral("file %1:\n%2\n%3\n%4")
-                               .arg(i)
-                               .arg(our.toString(), theirs.toString(), QString::fromLatin1(content.left(600).toHex(' ')))));
+            QVERIFY2(our == theirs, qPrintable(QStringLiteral("file %1:\n%2\n%3\n%4")
+                                                   .arg(i)
+                                                   .arg(our.toString(), theirs.toString(),
+                                                       QString::fromLatin1(content.last(128).toHex(' ') + " ... " +
+                                                                           content.left(300).toHex(' ')))));
         }
         QVERIFY2(withValues > Count / 4, "the generator makes tags with titles");
     }

@@ -33,8 +33,13 @@ inline QList<QByteArray> foreignParts(
     const QByteArray &bytes = tag->isPlain() ? content : tag->decoded();
     for (const id3::Frame &frame : tag->frames()) {
         const bool isEdited = std::find(editedKinds.begin(), editedKinds.end(), frame.kind) != editedKinds.end();
-        if (!isEdited || frame.isPrivateComment())
-            parts += bytes.mid(frame.header.offset, frame.header.size());
+        if (isEdited && !frame.isPrivateComment())
+            continue;
+        // A save puts sizes right that are stored in the form of another version, so the size is compared as it is
+        // read.
+        const qsizetype sizeAt = frame.header.headerSize == 6 ? 3 : 4;
+        parts += bytes.mid(frame.header.offset, sizeAt) + QByteArray::number(frame.header.bodySize) +
+                 bytes.mid(frame.header.offset + 2 * sizeAt, frame.header.size() - 2 * sizeAt);
     }
     QByteArray rest = bytes.mid(tag->framesEnd(), tag->bodyEnd() - tag->framesEnd());
     while (rest.startsWith('\0'))

@@ -24,8 +24,8 @@ private:
 
     static bool endsWithV1(const QByteArray &content)
     {
-        return content.size() >= 128 && content.last(128).startsWith("TAG")
-            && !content.last(std::min<qsizetype>(131, content.size())).startsWith("APETAGEX");
+        return content.size() >= 128 && content.last(128).startsWith("TAG") &&
+               !content.last(std::min<qsizetype>(131, content.size())).startsWith("APETAGEX");
     }
     /// The file without the ID3v2 tags at its start and ID3v1 at its end.
     static QByteArray audioOf(QByteArray content)
@@ -100,8 +100,8 @@ void TestCorpus::everyModeKeepsWhatNobodyEdited_data()
     QTest::addColumn<int>("mode");
     const QDir corpus(qEnvironmentVariable("RAVLIN_CORPUS"));
     const bool isThere = qEnvironmentVariableIsSet("RAVLIN_CORPUS") && corpus.exists();
-    const QStringList names = isThere ? corpus.entryList({QStringLiteral("*.mp3"), QStringLiteral("*.id3")}, QDir::Files)
-                                      : QStringList();
+    const QStringList names =
+        isThere ? corpus.entryList({QStringLiteral("*.mp3"), QStringLiteral("*.id3")}, QDir::Files) : QStringList();
     if (names.isEmpty())
         QTest::newRow("no folder of odd files") << QString() << 0;
     for (const QString &name : names) {

@@ -40,16 +40,24 @@ private Q_SLOTS:
         QTest::newRow("UTF-16, big") << bytes("\1\xFE\xFF\x04\x1A\x04\x38") << QStringLiteral("Ки") << 1;
         QTest::newRow("UTF-16 without mark, little") << bytes("\1a\0b\0") << QStringLiteral("ab") << 1;
         QTest::newRow("UTF-16 without mark, big") << bytes("\1\0a\0b") << QStringLiteral("ab") << 1;
-        QTest::newRow("UTF-16 with a byte left over") << bytes("\1\xFF\xFE" "a\0b") << QStringLiteral("a") << 1;
+        QTest::newRow("UTF-16 with a byte left over") << bytes("\1\xFF\xFE"
+                                                               "a\0b")
+                                                      << QStringLiteral("a") << 1;
         QTest::newRow("UTF-16, mark only") << bytes("\1\xFF\xFE") << QString() << 0;
-        QTest::newRow("UTF-16, the second value without mark") << bytes("\1\xFE\xFF\0a\0\0\0b") << QStringLiteral("a / b") << 2;
-        QTest::newRow("UTF-16, each value in its order")
-            << bytes("\1\xFE\xFF\0a\0\0\xFF\xFE" "b\0") << QStringLiteral("a / b") << 2;
+        QTest::newRow("UTF-16, the second value without mark")
+            << bytes("\1\xFE\xFF\0a\0\0\0b") << QStringLiteral("a / b") << 2;
+        QTest::newRow("UTF-16, each value in its order") << bytes("\1\xFE\xFF\0a\0\0\xFF\xFE"
+                                                                  "b\0")
+                                                         << QStringLiteral("a / b") << 2;
         QTest::newRow("UTF-16BE") << bytes("\2\0a\x04\x1A") << QStringLiteral("aК") << 1;
         QTest::newRow("UTF-8") << bytes("\3\xD0\x9A\xF0\x9F\x8E\xB5") << QStringLiteral("К🎵") << 1;
         QTest::newRow("UTF-8 with a mark") << bytes("\3\xEF\xBB\xBFz") << QStringLiteral("z") << 1;
-        QTest::newRow("UTF-8, broken") << bytes("\3" "a\xFF") << QStringLiteral("a\uFFFD") << 1;
-        QTest::newRow("an encoding that does not exist") << bytes("\x09" "abc") << QStringLiteral("abc") << 1;
+        QTest::newRow("UTF-8, broken") << bytes("\3"
+                                                "a\xFF")
+                                       << QStringLiteral("a\uFFFD") << 1;
+        QTest::newRow("an encoding that does not exist") << bytes("\x09"
+                                                                  "abc")
+                                                         << QStringLiteral("abc") << 1;
     }
     void bodies()
     {
@@ -65,16 +73,16 @@ private Q_SLOTS:
         QCOMPARE(encodeTextBody({QStringLiteral("К")}, 2), bytes("\1\xFF\xFE\x1A\x04"));
         QCOMPARE(encodeTextBody({QStringLiteral("К")}, 3), bytes("\1\xFF\xFE\x1A\x04"));
         QCOMPARE(encodeTextBody({QStringLiteral("К")}, 4), bytes("\3\xD0\x9A"));
-        QCOMPARE(encodeTextBody({QStringLiteral("a"), QStringLiteral("К")}, 3),
-            bytes("\1\xFF\xFE" "a\0\0\0\xFF\xFE\x1A\x04"));
+        QCOMPARE(encodeTextBody({QStringLiteral("a"), QStringLiteral("К")}, 3), bytes("\1\xFF\xFE"
+                                                                                      "a\0\0\0\xFF\xFE\x1A\x04"));
     }
 
     void whatIsStoredIsReadBack_data()
     {
         QTest::addColumn<QString>("text");
         for (const QString &text : {QStringLiteral("plain"), QStringLiteral("été"), QStringLiteral("Кино"),
-                 QStringLiteral("日本語"), QStringLiteral("🎵👩‍👩‍👧"), QStringLiteral("e\u0301"), QStringLiteral(" a "),
-                 QStringLiteral("a / b"), QStringLiteral("line\nline"), QString(100000, u'Ω')})
+                 QStringLiteral("日本語"), QStringLiteral("🎵👩‍👩‍👧"), QStringLiteral("e\u0301"),
+                 QStringLiteral(" a "), QStringLiteral("a / b"), QStringLiteral("line\nline"), QString(100000, u'Ω')})
             QTest::addRow("%s", qPrintable(text.left(20))) << text;
     }
     void whatIsStoredIsReadBack()
@@ -95,7 +103,8 @@ private Q_SLOTS:
     {
         for (const int version : {2, 3, 4}) {
             QCOMPARE(decode(encodeTextBody({QString(QChar(0xDC00)) + u'a'}, version)).text, QStringLiteral("\uFFFDa"));
-            QCOMPARE(decode(encodeTextBody({QStringLiteral("a") + QChar(0) + u'b'}, version)).text, QStringLiteral("ab"));
+            QCOMPARE(
+                decode(encodeTextBody({QStringLiteral("a") + QChar(0) + u'b'}, version)).text, QStringLiteral("ab"));
             QCOMPARE(decode(encodeTextBody({QStringLiteral("\uFEFF\uFEFFК")}, version)).text, QStringLiteral("К"));
         }
     }

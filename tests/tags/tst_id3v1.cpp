@@ -43,16 +43,22 @@ private Q_SLOTS:
         QVERIFY(!blockOf(block.chopped(1)));
         QVERIFY(!blockOf({}));
         // The end of an APE tag's preamble is none; letters that only look like it do not hide a tag.
-        QVERIFY(!blockOf("APETAGEX" + QByteArray(125, '\0')));
-        QVERIFY(blockOf("AP?TAGEX" + QByteArray(125, '\0')));
-        QVERIFY(blockOf("APETAGEY" + QByteArray(125, '\0')));
+        QVERIFY(!blockOf("APETAGEX" + QByteArray(123, '\0')));
+        QVERIFY(blockOf("AP?TAGEX" + QByteArray(123, '\0')));
+        QVERIFY(blockOf("APETAGEY" + QByteArray(123, '\0')));
     }
 
     void fieldsAreReadUpToZeroAndWithoutBlanks()
     {
         for (const char fill : {'\0', ' '}) {
-            const V1Fields fields = parse(test::id3v1({.title = "T\xEDtulo", .artist = " a  b", .album = QByteArray(30, 'l'),
-                .year = "1999", .comment = "c", .track = 7, .genre = 17, .fill = fill}));
+            const V1Fields fields = parse(test::id3v1({.title = "T\xEDtulo",
+                .artist = " a  b",
+                .album = QByteArray(30, 'l'),
+                .year = "1999",
+                .comment = "c",
+                .track = 7,
+                .genre = 17,
+                .fill = fill}));
             QCOMPARE(fields, (V1Fields{QStringLiteral("Título"), QStringLiteral(" a  b"), QString(30, u'l'),
                                  QStringLiteral("1999"), QStringLiteral("c"), 7, 17}));
         }
@@ -82,8 +88,14 @@ private Q_SLOTS:
 
     void fieldsThatHoldTheValueKeepTheirBytes()
     {
-        QByteArray block = test::id3v1({.title = "one", .artist = "two", .album = QByteArray("three\0junk\xFF", 11),
-            .year = "1999", .comment = QByteArray("four\0more junk", 14), .track = 3, .genre = 17, .fill = ' '});
+        QByteArray block = test::id3v1({.title = "one",
+            .artist = "two",
+            .album = QByteArray("three\0junk\xFF", 11),
+            .year = "1999",
+            .comment = QByteArray("four\0more junk", 14),
+            .track = 3,
+            .genre = 17,
+            .fill = ' '});
         QCOMPARE(buildV1(parse(block), block), block);
         V1Fields fields = parse(block);
         fields.title = QStringLiteral("uno");

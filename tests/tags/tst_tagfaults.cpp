@@ -158,7 +158,8 @@ private Q_SLOTS:
             const QByteArray left = readFile(path);
             interrupted += left != content && left != expected ? 1 : 0;
             const Result<void> saved = TagStore(m_state, m_native).SaveTag(path, record());
-            QVERIFY2(saved, qPrintable(QStringLiteral("call %1: %2").arg(at).arg(saved ? QString() : saved.error().detail)));
+            QVERIFY2(
+                saved, qPrintable(QStringLiteral("call %1: %2").arg(at).arg(saved ? QString() : saved.error().detail)));
             QCOMPARE(readFile(path), expected);
             if (!dying.hasFired())
                 break;

@@ -71,6 +71,8 @@ private Q_SLOTS:
                 QVERIFY(latin.size() <= size);
             }
         }
+        QCOMPARE(toLatin1Visibly(QString(50, u' ') + QStringLiteral("abc"), 30), QByteArray("abc"));
+        QCOMPARE(toLatin1Visibly(QStringLiteral("  abc"), 30), QByteArray("  abc"));
         // A zero character would end the field.
         QCOMPARE(toLatin1Visibly(QChar(0) + QStringLiteral("abc"), 30), QByteArray("abc"));
     }
