@@ -241,8 +241,7 @@ bool isLatin1(QStringView text)
 
 QByteArray inLatin1(const QString &text, qsizetype maximumSize)
 {
-    QString composed = text.normalized(QString::NormalizationForm_C);
-    composed.remove(QChar(QChar::Null)); // it would end the field
+    const QString composed = text.normalized(QString::NormalizationForm_C);
     if (isLatin1(composed))
         return composed.left(maximumSize).toLatin1();
 
@@ -267,9 +266,11 @@ QByteArray inLatin1(const QString &text, qsizetype maximumSize)
 
 QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
 {
-    const QByteArray latin = inLatin1(text, maximumSize);
+    QString visible = text;
+    visible.remove(QChar(QChar::Null)); // it would end the field
+    const QByteArray latin = inLatin1(visible, maximumSize);
     // The blanks in front may have left no room for anything else.
-    return latin.trimmed().isEmpty() ? inLatin1(text.trimmed(), maximumSize) : latin;
+    return latin.trimmed().isEmpty() ? inLatin1(visible.trimmed(), maximumSize) : latin;
 }
 
 } // namespace ravlin
