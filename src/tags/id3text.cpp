@@ -138,9 +138,11 @@ bool isLatin1(QStringView text)
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
 }
 
-/// Valid UTF-16 without zero characters: what a decoder gives back as it was.
+/// Valid UTF-16 without zero characters and byte order marks in front: what a decoder gives back as it was.
 QString storable(QStringView text)
 {
+    while (text.startsWith(QChar(QChar::ByteOrderMark)))
+        text = text.sliced(1);
     QString result;
     result.reserve(text.size());
     for (qsizetype i = 0; i < text.size(); ++i) {

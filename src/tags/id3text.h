@@ -42,7 +42,8 @@ struct CommentBody
 bool decodeCommentBody(std::string_view body, CommentBody &comment);
 
 /// A text frame's body for a tag of that major version (2, 3 or 4): Latin-1 where that holds the text, else UTF-16 with
-/// a byte order mark (2.2, 2.3) or UTF-8 (2.4). Unpaired surrogates become U+FFFD, zero characters are left out.
+/// a byte order mark (2.2, 2.3) or UTF-8 (2.4). Unpaired surrogates become U+FFFD, zero characters and byte order marks
+/// in front are left out.
 QByteArray encodeTextBody(const QStringList &values, int majorVersion);
 QByteArray encodeCommentBody(const CommentBody &comment, int majorVersion);
 

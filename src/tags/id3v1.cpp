@@ -68,7 +68,7 @@ Result<std::optional<QByteArray>> readV1Block(platform::File &file, qint64 fileS
             Error{ErrorCode::ChangedMeanwhile, {}, QStringLiteral("the file became shorter while it was read")});
     const std::string_view all(buffer.data(), static_cast<size_t>(*read));
     const std::string_view block = all.substr(static_cast<size_t>(before));
-    if (!block.starts_with("TAG") || (all.starts_with("APETAGEX")))
+    if (!block.starts_with("TAG") || all.starts_with("APETAGEX"))
         return std::nullopt;
     return QByteArray(block.data(), V1Size);
 }

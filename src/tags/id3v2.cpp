@@ -18,7 +18,7 @@ constexpr quint16 V24Encrypted = 0x04;
 constexpr quint16 V24Unsynchronised = 0x02;
 constexpr quint16 V24DataLength = 0x01;
 
-/// A tag of more frames than this is nobody's; what follows them is carried along as one piece.
+/// A tag of more frames than this is nobody's; what follows them is not read.
 constexpr size_t MaximumFrameCount = 65536;
 
 constexpr unsigned AllListFields = 0x1F;
@@ -47,12 +47,6 @@ bool isIdentifierCharacter(char c)
     return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-bool isIdentifier(std::string_view id)
-{
-    const bool start = std::all_of(id.begin(), id.begin() + 3, isIdentifierCharacter);
-    return start && (id.size() == 3 || isIdentifierCharacter(id[3]) || id[3] == ' ' || id[3] == '\0');
-}
-
 /// Inflates a zlib stream whose size it claims itself; nothing when the claim is beyond reason or the data are broken.
 bool inflate(std::string_view data, qint64 claimedSize, QByteArray &out)
 {
@@ -66,6 +60,12 @@ bool inflate(std::string_view data, qint64 claimedSize, QByteArray &out)
 }
 
 } // namespace
+
+bool isIdentifier(std::string_view id)
+{
+    const bool start = std::all_of(id.begin(), id.begin() + 3, isIdentifierCharacter);
+    return start && (id.size() == 3 || isIdentifierCharacter(id[3]) || id[3] == ' ' || id[3] == '\0');
+}
 
 std::optional<TagHeader> parseTagHeader(std::string_view bytes)
 {
@@ -112,10 +112,13 @@ QByteArray removeUnsynchronisation(std::string_view bytes)
 {
     QByteArray out;
     out.reserve(static_cast<qsizetype>(bytes.size()));
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        out += bytes[i];
-        if (bytes[i] == '\xFF' && i + 1 < bytes.size() && bytes[i + 1] == '\0')
-            ++i;
+    while (!bytes.empty()) {
+        const size_t marker = bytes.find('\xFF');
+        const size_t count = marker == std::string_view::npos ? bytes.size() : marker + 1;
+        out.append(bytes.data(), static_cast<qsizetype>(count));
+        bytes.remove_prefix(count);
+        if (marker != std::string_view::npos && bytes.starts_with('\0'))
+            bytes.remove_prefix(1);
     }
     return out;
 }
@@ -145,9 +148,9 @@ bool Frame::isPrivateComment() const
     });
 }
 
-Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 fileSize, Detail detail)
+Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 end, Detail detail)
 {
-    ByteWindow window(file, fileSize);
+    ByteWindow window(file, end);
     const std::optional<TagHeader> header = parseTagHeader(window.at(0, TagHeaderSize));
     if (!header) {
         if (window.failed())
@@ -157,8 +160,8 @@ Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 fileSize, Det
 
     Tag tag;
     tag.m_header = *header;
-    tag.m_writable = header->regionSize() <= fileSize;
-    tag.m_bodyEnd = std::min(TagHeaderSize + header->bodySize, fileSize);
+    tag.m_writable = header->regionSize() <= end;
+    tag.m_bodyEnd = std::min(TagHeaderSize + header->bodySize, end);
     const bool known = header->majorVersion >= 2 && header->majorVersion <= 4;
     const bool compressed = header->majorVersion == 2 && (header->flags & TagHeader::ExtendedHeader) != 0;
     if (!known || compressed) {
@@ -208,7 +211,9 @@ void Tag::walk(ByteWindow &window, Detail detail)
     m_framesEnd = m_framesBegin;
     m_frames.reserve(12);
     unsigned settled = 0;
-    while (m_frames.size() < MaximumFrameCount) {
+    std::array<qint64, 64> room{}; // for the text of each kind
+    room.fill(MaximumTextSizePerKind);
+    for (size_t count = 0; count < MaximumFrameCount; ++count) {
         const std::optional<FrameHeader> header = frameHeaderAt(window, m_framesEnd);
         if (!header)
             return;
@@ -220,7 +225,7 @@ void Tag::walk(ByteWindow &window, Detail detail)
         if (detail == Detail::ListFields && bit == 0)
             continue;
         if (frame.kind != FrameKind::Other)
-            readFrame(window, frame);
+            readFrame(window, frame, room.at(static_cast<size_t>(frame.kind)));
         const bool ownVersions = frame.kind != FrameKind::Year ||
                                  header->identifier() == frameIdentifier(FrameKind::Year, m_header.majorVersion);
         if (ownVersions && !frame.text.isEmpty())
@@ -229,6 +234,7 @@ void Tag::walk(ByteWindow &window, Detail detail)
         if (detail == Detail::ListFields && settled == AllListFields)
             return;
     }
+    m_writable = false; // a frame put behind those would not be read again
 }
 
 qint64 Tag::skipExtendedHeader(ByteWindow &window) const
@@ -263,6 +269,10 @@ std::optional<FrameHeader> Tag::frameHeaderAt(ByteWindow &window, qint64 offset)
     // The view dies with the next look, so the size bytes are copied.
     const std::array<char, 4> size{bytes[old ? 3 : 4], bytes[old ? 4 : 5], bytes[old ? 5 : 6], old ? '\0' : bytes[7]};
     frame.bodySize = frameSize(window, {size.data(), old ? size_t{3} : size_t{4}}, offset + frame.headerSize);
+    const qint64 syncsafe = old ? -1 : readSyncsafe({size.data(), size_t{4}});
+    frame.hasForeignSize =
+        syncsafe >= 0 &&
+        frame.bodySize != (m_header.majorVersion == 4 ? syncsafe : readBigEndian({size.data(), size_t{4}}));
     if (frame.bodySize < 0 || frame.bodySize > m_bodyEnd - offset - frame.headerSize)
         return std::nullopt;
     return frame;
@@ -294,14 +304,16 @@ bool Tag::plausibleFrameStart(ByteWindow &window, qint64 offset) const
     return !next.empty() && (padding || (next.size() == 10 && isIdentifier(next.substr(0, 4))));
 }
 
-void Tag::readFrame(ByteWindow &window, Frame &frame) const
+/// Decodes a frame of a kind that has room left for so many bytes. A frame that can't be read becomes an Other.
+void Tag::readFrame(ByteWindow &window, Frame &frame, qint64 &room) const
 {
     std::string_view content;
     QByteArray scratch;
-    if (!frameContent(window, frame.header, content, scratch)) {
+    if (!frameContent(window, frame.header, content, scratch) || std::ssize(content) > room) {
         frame.kind = FrameKind::Other;
         return;
     }
+    room -= std::ssize(content);
     if (frame.kind != FrameKind::Comment) {
         TextBody body = decodeTextBody(content);
         frame.text = std::move(body.text);

@@ -24,6 +24,9 @@ inline constexpr qint64 TagHeaderSize = 10;
 inline constexpr qint64 MaximumBodySize = (1 << 28) - 1;
 /// Text frames with a larger body are carried along, not read.
 inline constexpr qint64 MaximumTextFrameSize = 1 << 20;
+/// Of the frames of one kind no more than this many bytes are read, decompressed, in one tag; what is beyond is carried
+/// along too. It bounds the memory that many small compressed frames can ask for.
+inline constexpr qint64 MaximumTextSizePerKind = 4 * MaximumTextFrameSize;
 
 struct TagHeader
 {
@@ -40,6 +43,9 @@ struct TagHeader
     /// Header, body and footer, in bytes.
     qint64 regionSize() const { return TagHeaderSize + bodySize + (hasFooter() ? TagHeaderSize : 0); }
 };
+
+/// True for what can be a frame's identifier, three or four bytes long.
+bool isIdentifier(std::string_view id);
 
 /// The tag header that those bytes (at least ten) are, or nothing.
 std::optional<TagHeader> parseTagHeader(std::string_view bytes);
@@ -60,6 +66,8 @@ struct FrameHeader
     qint64 offset = 0;   ///< of the header, from the start of the tag
     qint64 bodySize = 0;
     quint16 flags = 0; ///< as stored; their meaning depends on the version
+    /// The size is stored in the form of the other version; what follows the frame tells that.
+    bool hasForeignSize = false;
 
     std::string_view identifier() const { return {id.data(), headerSize == 6 ? size_t{3} : size_t{4}}; }
     qint64 size() const { return headerSize + bodySize; }
@@ -89,9 +97,10 @@ enum class Detail
 class Tag
 {
 public:
-    /// Parses the tag at the start of a file of fileSize bytes. Nothing when there is none. Errors are those of
-    /// reading; a damaged tag is no error: what can be read is there and isWritable() tells the rest.
-    static Result<std::optional<Tag>> parse(platform::File &file, qint64 fileSize, Detail detail);
+    /// Parses the tag at the start of a file, in which it must end by end: the file's size less an ID3v1 tag. Nothing
+    /// when there is none. Errors are those of reading; a damaged tag is no error: what can be read is there and
+    /// isWritable() tells the rest.
+    static Result<std::optional<Tag>> parse(platform::File &file, qint64 end, Detail detail);
 
     const TagHeader &header() const { return m_header; }
     const std::vector<Frame> &frames() const { return m_frames; }
@@ -99,7 +108,8 @@ public:
     /// is one; the year frame of the tag's own version if there is one. nullptr when there is none.
     const Frame *programFrame(FrameKind kind) const;
 
-    /// False when the tag claims more than the file holds or is of an unknown kind: it can't be written without loss.
+    /// False when the tag claims more than the file holds, is of an unknown kind or has too many frames: it can't be
+    /// written without loss.
     bool isWritable() const { return m_writable; }
     /// True when the frames' offsets are those in the file; false when they are offsets into decoded() because
     /// the whole tag is unsynchronised.
@@ -117,7 +127,7 @@ private:
     std::optional<FrameHeader> frameHeaderAt(ByteWindow &window, qint64 offset) const;
     qint64 frameSize(ByteWindow &window, std::string_view sizeBytes, qint64 bodyOffset) const;
     bool plausibleFrameStart(ByteWindow &window, qint64 offset) const;
-    void readFrame(ByteWindow &window, Frame &frame) const;
+    void readFrame(ByteWindow &window, Frame &frame, qint64 &room) const;
     bool frameContent(
         ByteWindow &window, const FrameHeader &frame, std::string_view &content, QByteArray &scratch) const;
 

@@ -132,6 +132,20 @@ qint64 lengthOf(const std::vector<Segment> &segments)
     return length;
 }
 
+/// The header of a frame that stays, with its size in the form of the tag's version: in the other form it would be read
+/// by what follows, which is going to change.
+QByteArray headerInOwnForm(const FrameHeader &frame, int majorVersion)
+{
+    QByteArray header(frame.id.data(), 4);
+    header.resize(frame.headerSize);
+    if (majorVersion == 4)
+        writeSyncsafe(header.data() + 4, frame.bodySize, 4);
+    else
+        qToBigEndian(static_cast<quint32>(frame.bodySize), header.data() + 4);
+    qToBigEndian(frame.flags, header.data() + 8);
+    return header;
+}
+
 /// The frames after the plan, as pieces of the bytes that the tag's offsets count in.
 std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
 {
@@ -143,9 +157,15 @@ std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
     };
     for (const Frame &frame : tag.frames()) {
         const auto change = plan.replaced.find(&frame);
-        if (change == plan.replaced.end())
+        const bool stays = change == plan.replaced.end();
+        if (stays && !frame.header.hasForeignSize)
             continue;
         keepUpTo(frame.header.offset);
+        if (stays) {
+            segments.push_back(Segment::fresh(headerInOwnForm(frame.header, tag.header().majorVersion)));
+            keptFrom = frame.header.offset + frame.header.headerSize;
+            continue;
+        }
         keptFrom = frame.header.offset + frame.header.size();
         if (!change->second.isEmpty())
             segments.push_back(Segment::fresh(change->second));
@@ -216,6 +236,33 @@ qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
     return end;
 }
 
+/// Behind the last byte that is not zero in [offset, end); offset when there is none; -1 when reading fails.
+qint64 endOfNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
+{
+    while (offset < end) {
+        const qint64 size = std::min<qint64>(end - offset, 4096);
+        const std::string_view block = bytes.at(end - size, size);
+        if (block.empty())
+            return -1;
+        const size_t found = block.find_last_not_of('\0');
+        if (found != std::string_view::npos)
+            return end - size + static_cast<qint64>(found) + 1;
+        end -= size;
+    }
+    return offset;
+}
+
+/// True when something without a proper identifier follows the last frame at once. Other programs may be able to read
+/// it and what comes behind, so it must not be parted from the frames: padding ends a tag. A frame whose size lies is
+/// another matter, in a tag that grew it would swallow what it never held.
+bool isFollowedByUnknown(ByteWindow &bytes, const Tag &tag)
+{
+    const qint64 room = std::max<qint64>(tag.bodyEnd() - tag.framesEnd(), 0);
+    const std::string_view next =
+        bytes.at(tag.framesEnd(), std::min<qint64>(tag.header().majorVersion == 2 ? 3 : 4, room));
+    return next.size() >= 3 && next[0] != '\0' && !isIdentifier(next);
+}
+
 Result<QByteArray> bytesAt(ByteWindow &window, qint64 offset, qint64 size)
 {
     if (size == 0)
@@ -253,6 +300,37 @@ Result<void> materialiseMoved(ByteWindow &window, std::vector<Segment> &segments
     return {};
 }
 
+tl::unexpected<Error> tooLarge()
+{
+    return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
+}
+
+/// A tag with something at once behind its frames that is carried along as one piece, the padding behind it.
+Result<std::vector<Segment>> composeBeforeUnknown(
+    ByteWindow &window, const Tag &tag, std::vector<Segment> frames, const QByteArray &oldExtended)
+{
+    const TagHeader &header = tag.header();
+    const qint64 region = header.regionSize();
+    const qint64 unknownEnd = endOfNonZero(window, tag.framesEnd(), tag.bodyEnd());
+    if (window.failed())
+        return tl::unexpected(window.failure());
+    frames.push_back(Segment::kept(tag.framesEnd(), unknownEnd - tag.framesEnd()));
+    const qint64 contentEnd = TagHeaderSize + extendedHeader(header, oldExtended, 0).size() + lengthOf(frames);
+    const bool fits = contentEnd <= tag.bodyEnd() && !header.hasFooter();
+    const qint64 newRegion = fits ? region : grownRegionSize(contentEnd, region);
+    if (newRegion - TagHeaderSize > MaximumBodySize)
+        return tooLarge();
+    const qint64 padding = newRegion - contentEnd;
+    std::vector<Segment> segments = assemble(
+        headerBytes(header, newRegion) + extendedHeader(header, oldExtended, padding), std::move(frames), padding);
+    segments.push_back(Segment::kept(region, window.end() - region));
+    if (fits) {
+        if (Result<void> materialised = materialiseMoved(window, segments); !materialised)
+            return tl::unexpected(materialised.error());
+    }
+    return segments;
+}
+
 /// A tag whose frames' offsets are those in the file.
 Result<std::vector<Segment>> composePlain(ByteWindow &window, const Tag &tag, const FramePlan &plan)
 {
@@ -261,6 +339,8 @@ Result<std::vector<Segment>> composePlain(ByteWindow &window, const Tag &tag, co
     const auto oldExtended = bytesAt(window, TagHeaderSize, tag.framesBegin() - TagHeaderSize);
     if (!oldExtended)
         return tl::unexpected(oldExtended.error());
+    if (isFollowedByUnknown(window, tag))
+        return composeBeforeUnknown(window, tag, std::move(frames), *oldExtended);
     const qint64 extendedSize = extendedHeader(header, *oldExtended, 0).size();
     const qint64 framesEnd = TagHeaderSize + extendedSize + lengthOf(frames);
     const qint64 region = header.regionSize();
@@ -284,7 +364,7 @@ Result<std::vector<Segment>> composePlain(ByteWindow &window, const Tag &tag, co
     const qint64 tailSize = tag.bodyEnd() - tailBegin;
     const qint64 newRegion = grownRegionSize(framesEnd + tailSize, region);
     if (newRegion - TagHeaderSize > MaximumBodySize)
-        return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
+        return tooLarge();
     const qint64 padding = newRegion - framesEnd - tailSize;
     std::vector<Segment> segments = assemble(
         headerBytes(header, newRegion) + extendedHeader(header, *oldExtended, padding), std::move(frames), padding);
@@ -304,15 +384,17 @@ Result<std::vector<Segment>> composeUnsynchronised(const Tag &tag, const FramePl
     for (const Segment &segment : frameSegments(tag, plan))
         content += segment.oldOffset < 0 ? segment.bytes : tag.decoded().mid(segment.oldOffset, segment.length);
     const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
-    if (tailBegin < tag.bodyEnd())
-        content += QByteArray(TagHeaderSize, '\0') + tag.decoded().mid(tailBegin);
+    const qint64 tailEnd = endOfNonZero(window, tailBegin, tag.bodyEnd());
+    if (tailBegin < tailEnd && !isFollowedByUnknown(window, tag))
+        content.append(TagHeaderSize, '\0');
+    content += tag.decoded().mid(tailBegin, tailEnd - tailBegin);
     content = applyUnsynchronisation({content.constData(), static_cast<size_t>(content.size())});
 
     const qint64 region = header.regionSize();
     const qint64 newRegion =
         TagHeaderSize + content.size() <= region ? region : grownRegionSize(TagHeaderSize + content.size(), region);
     if (newRegion - TagHeaderSize > MaximumBodySize)
-        return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
+        return tooLarge();
     QByteArray bytes = headerBytes(header, newRegion) + content;
     bytes.resize(newRegion, '\0');
     return std::vector<Segment>{Segment::fresh(bytes), Segment::kept(region, fileSize - region)};
@@ -378,8 +460,9 @@ Result<std::optional<std::vector<Segment>>> composeSave(
 
     ByteWindow window(file, fileSize);
     // A tag must have a frame (ID3v2.3 §3.3): one without is taken away, unless that would bring another one to light.
+    const qint64 region = tag->header().regionSize();
     if (leavesNothing(window, *tag, *plan) && !anotherTagFollows(window, *tag))
-        return composeStrip(file, fileSize);
+        return std::vector<Segment>{Segment::kept(region, fileSize - region)};
     Result<std::vector<Segment>> segments =
         tag->isPlain() ? composePlain(window, *tag, *plan) : composeUnsynchronised(*tag, *plan, fileSize);
     if (!segments)
@@ -387,12 +470,12 @@ Result<std::optional<std::vector<Segment>>> composeSave(
     return std::move(*segments);
 }
 
-Result<std::optional<std::vector<Segment>>> composeStrip(platform::File &file, qint64 fileSize)
+Result<std::optional<std::vector<Segment>>> composeStrip(platform::File &file, qint64 fileSize, qint64 tagsEnd)
 {
     ByteWindow window(file, fileSize);
     qint64 audio = 0;
     while (const std::optional<TagHeader> header = parseTagHeader(window.at(audio, TagHeaderSize))) {
-        if (header->regionSize() > fileSize - audio) {
+        if (header->regionSize() > tagsEnd - audio) {
             if (audio == 0)
                 return tl::unexpected(brokenTag());
             break;

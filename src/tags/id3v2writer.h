@@ -35,8 +35,10 @@ bool hasValue(const Frame &frame, const FieldEdit &edit);
 Result<std::optional<std::vector<platform::Segment>>> composeSave(
     platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits);
 
-/// The content of the file without the ID3v2 tags that stand at its start, one right behind the other. Nothing when
-/// there is none. Errors: BrokenTag when the first one claims more than the file holds, those of reading.
-Result<std::optional<std::vector<platform::Segment>>> composeStrip(platform::File &file, qint64 fileSize);
+/// The content of the file without the ID3v2 tags that stand at its start, one right behind the other. tagsEnd: where
+/// they must end, the file's size less an ID3v1 tag. Nothing when there is none. Errors: BrokenTag when the first one
+/// claims more, those of reading.
+Result<std::optional<std::vector<platform::Segment>>> composeStrip(
+    platform::File &file, qint64 fileSize, qint64 tagsEnd);
 
 } // namespace ravlin::id3

@@ -23,12 +23,12 @@ Result<ListTag> readListTag(platform::File &file)
     const Result<platform::FileInfo> info = file.info();
     if (!info)
         return tl::unexpected(info.error());
-    const auto v2 = id3::Tag::parse(file, info->size, id3::Detail::ListFields);
-    if (!v2)
-        return tl::unexpected(v2.error());
     const auto v1 = id3::readV1Block(file, info->size);
     if (!v1)
         return tl::unexpected(v1.error());
+    const auto v2 = id3::Tag::parse(file, info->size - (*v1 ? id3::V1Size : 0), id3::Detail::ListFields);
+    if (!v2)
+        return tl::unexpected(v2.error());
 
     ListTag tag;
     tag.hasV2 = v2->has_value();
@@ -36,7 +36,8 @@ Result<ListTag> readListTag(platform::File &file)
     tag.title = v2Text(*v2, FrameKind::Title);
     tag.artist = v2Text(*v2, FrameKind::LeadArtist);
     tag.album = v2Text(*v2, FrameKind::Album);
-    tag.year = id3::yearOf(v2Text(*v2, FrameKind::Year));
+    const QString yearText = v2Text(*v2, FrameKind::Year);
+    tag.year = id3::yearOf(yearText);
     const QString trackText = v2Text(*v2, FrameKind::TrackNumber);
     int track = id3::trackNumber(trackText);
     if (tag.hasV1) {
@@ -48,7 +49,8 @@ Result<ListTag> readListTag(platform::File &file)
         fallBack(tag.title, fields.title);
         fallBack(tag.artist, fields.artist);
         fallBack(tag.album, fields.album);
-        fallBack(tag.year, fields.year);
+        if (yearText.isEmpty())
+            tag.year = fields.year;
         if (trackText.isEmpty())
             track = fields.track;
     }

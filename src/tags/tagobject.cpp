@@ -86,12 +86,12 @@ void TagObject::Close()
 
 Result<void> TagObject::parse()
 {
-    auto v2 = id3::Tag::parse(*m_file, m_info.size, id3::Detail::Everything);
-    if (!v2)
-        return tl::unexpected(v2.error());
     auto v1 = id3::readV1Block(*m_file, m_info.size);
     if (!v1)
         return tl::unexpected(v1.error());
+    auto v2 = id3::Tag::parse(*m_file, m_info.size - (*v1 ? id3::V1Size : 0), id3::Detail::Everything);
+    if (!v2)
+        return tl::unexpected(v2.error());
     m_v2 = std::move(*v2);
     m_v1 = std::move(*v1);
     m_v1Fields = m_v1 ? id3::parseV1({m_v1->constData(), static_cast<size_t>(m_v1->size())}) : id3::V1Fields{};
@@ -178,7 +178,7 @@ Result<WriteOutcome> TagObject::StripV2Tag(const WriteOptions &options)
 {
     if (!m_file)
         return write(Content(std::nullopt), options);
-    return write(id3::composeStrip(*m_file, m_info.size), options);
+    return write(id3::composeStrip(*m_file, m_info.size, m_info.size - (m_v1 ? id3::V1Size : 0)), options);
 }
 
 Result<WriteOutcome> TagObject::write(const Content &content, const WriteOptions &options)

@@ -35,8 +35,8 @@ constexpr Replacement Replacements[] = {
     {0x0153, "oe"},
     {0x0166, "T"},
     {0x0167, "t"},
-    {0x0192, "f"},
     {0x018F, "E"},
+    {0x0192, "f"},
     {0x0259, "e"},
     {0x02BC, "'"},
     {0x0391, "A"},
@@ -205,6 +205,10 @@ constexpr Replacement Replacements[] = {
     {0x266F, "#"},
 };
 
+// Searched by halves.
+static_assert(std::is_sorted(std::begin(Replacements), std::end(Replacements),
+    [](const Replacement &one, const Replacement &other) { return one.character < other.character; }));
+
 const char *replacementFor(char16_t character)
 {
     const auto *found = std::lower_bound(std::begin(Replacements), std::end(Replacements), character,
@@ -235,9 +239,7 @@ bool isLatin1(QStringView text)
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
 }
 
-} // namespace
-
-QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
+QByteArray inLatin1(const QString &text, qsizetype maximumSize)
 {
     const QString composed = text.normalized(QString::NormalizationForm_C);
     if (isLatin1(composed))
@@ -258,6 +260,17 @@ QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
         out += latin;
     }
     return out;
+}
+
+} // namespace
+
+QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
+{
+    QString visible = text;
+    visible.remove(QChar(QChar::Null)); // it would end the field
+    const QByteArray latin = inLatin1(visible, maximumSize);
+    // The blanks in front may have left no room for anything else.
+    return latin.trimmed().isEmpty() ? inLatin1(visible.trimmed(), maximumSize) : latin;
 }
 
 } // namespace ravlin

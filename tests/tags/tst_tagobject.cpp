@@ -415,8 +415,67 @@ private Q_SLOTS:
         QCOMPARE(object.Album(), QString(200, u'a'));
         object.setTitle(QStringLiteral("changed"));
         QVERIFY(object.SaveV2Tag());
-        QVERIFY(readFile(path).contains(picture));
+        // The sizes are put right, nothing else: what follows a frame would no longer tell how to read them.
+        QVERIFY(readFile(path).contains(pictureFrame(4, 300)));
         QCOMPARE(linked(path).Title(), QStringLiteral("changed"));
+        QCOMPARE(linked(path).Album(), QString(200, u'a'));
+    }
+
+    void aSizeOfTheOtherVersionIsReadTheSameAfterTheTagGrew()
+    {
+        // A 2.3 tag with a syncsafe size: read as it stands it would reach into fresh padding and take the new frame.
+        const QByteArray before = id3v2(3, frame(4, "XAAA", QByteArray(140, 'x'))) + audio();
+        const QByteArray after = withTitle(before, QStringLiteral("new"));
+        QCOMPARE(foreign(after), QList<QByteArray>{frame(3, "XAAA", QByteArray(140, 'x'))});
+    }
+
+    void anUnknownFrameStaysWithTheOthers()
+    {
+        // Padding ends a tag: what other programs can read behind the last frame must not be parted from it.
+        const QByteArray unknown =
+            "rgAD" + QByteArray("\0\0\0\4\0\0gain", 10) + textFrame(3, "TCOM", QStringLiteral("c"));
+        for (const qint64 padding : {0, 400}) {
+            const QByteArray before = id3v2(3, textFrame(3, "TIT2", QStringLiteral("old title")),
+                                          {.tail = unknown + QByteArray(padding, '\0')}) +
+                                      audio();
+            for (const QString &title : {QStringLiteral("new"), QString(100, u'x'), QString(5000, u'x')}) {
+                const QByteArray after = withTitle(before, title);
+                QVERIFY(after.contains(textFrame(3, "TIT2", title) + unknown));
+                QCOMPARE(after.mid(regionSize(after)), audio());
+            }
+        }
+    }
+
+    void id3v1BehindACutOffTagIsNoPartOfIt()
+    {
+        // Ten bytes of the tag are missing; the 128 bytes behind are not its end.
+        const QByteArray before = id3v2(3, textFrame(3, "TIT2", QStringLiteral("title")), {.padding = 50}).chopped(10);
+        const QString path = file(before);
+        TagObject object = linked(path);
+        object.setArtist(QStringLiteral("artist"));
+        QVERIFY(object.SaveV1Tag());
+        const QByteArray after = readFile(path);
+        QCOMPARE(after.left(before.size()), before);
+        TagObject again = linked(path);
+        QVERIFY(again.HasV1Tag());
+        again.setTitle(QStringLiteral("new"));
+        QCOMPARE(again.SaveV2Tag().error().code, ErrorCode::BrokenTag);
+        QCOMPARE(again.StripV2Tag().error().code, ErrorCode::BrokenTag);
+        QCOMPARE(readFile(path), after);
+    }
+
+    void manySmallCompressedFramesAskForLittleMemory()
+    {
+        const QByteArray text = QByteArray(1, '\0') + QByteArray(1000000, 'x');
+        const QByteArray body = qCompress(text); // its first four bytes are the size, as ID3v2.3 has it
+        const QByteArray before = id3v2(3, frame(3, "TPE1", body, 0x80).repeated(200)) + audio();
+        const TagObject object = linked(file(before));
+        qsizetype characters = 0;
+        for (const id3::Frame &frame : object.frames())
+            characters += frame.text.size();
+        QCOMPARE(object.Artist().size(), 1000000);
+        QVERIFY(characters <= id3::MaximumTextSizePerKind);
+        QCOMPARE(object.frames().size(), size_t{200});
     }
 
     void aTagThatClaimsMoreThanTheFileIsReadAndNeverWritten()

@@ -1,0 +1,64 @@
+// Reading tags takes any bytes: it ends, keeps to memory that the file's size bounds, and the reader of the file list
+// shows what the tag object reads.
+#include "../support/memoryfilesystem.h"
+#include "tags/listreader.h"
+#include "tags/tagobject.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+void require(bool condition, const char *what)
+{
+    if (condition)
+        return;
+    std::fprintf(stderr, "not so: %s\n", what);
+    std::abort();
+}
+
+QString trackText(int track)
+{
+    return track == 0 ? QString() : QString::number(track);
+}
+
+void checkFrames(const ravlin::TagObject &object, qsizetype fileSize)
+{
+    qint64 end = ravlin::id3::TagHeaderSize;
+    qsizetype characters = 0;
+    for (const ravlin::id3::Frame &frame : object.frames()) {
+        require(frame.header.offset >= end, "frames follow each other");
+        end = frame.header.offset + frame.header.size();
+        require(end <= fileSize, "frames lie inside the file");
+        characters += frame.text.size() + frame.description.size();
+    }
+    // The separator of several values is three characters for a byte.
+    require(characters <= 3 * 7 * ravlin::id3::MaximumTextSizePerKind, "texts are bounded");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QString path = QStringLiteral("/a.mp3");
+    ravlin::test::MemoryFileSystem files;
+    files.put(path, QByteArray(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)));
+
+    ravlin::TagObject object(files);
+    require(object.Link(path).has_value(), "any file can be read");
+    checkFrames(object, static_cast<qsizetype>(size));
+
+    const auto file = files.open(path, ravlin::platform::OpenMode::Read);
+    const ravlin::Result<ravlin::ListTag> listed = ravlin::readListTag(**file);
+    require(listed.has_value(), "any file can be listed");
+    require(listed->hasV1 == object.HasV1Tag(), "the list has the same ID3v1");
+    require(listed->hasV2 == object.HasV2Tag(), "the list has the same ID3v2");
+    require(listed->title == object.Title(), "the list has the same title");
+    require(listed->artist == object.Artist(), "the list has the same artist");
+    require(listed->album == object.Album(), "the list has the same album");
+    require(listed->year == object.Year(), "the list has the same year");
+    require(listed->track == trackText(object.Track()), "the list has the same track");
+    require(object.Genre() >= 0 && object.Genre() <= 255, "a genre is a byte");
+    return 0;
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "tags/id3v1.h"
+#include "tags/id3v2.h"
+
+#include <QByteArray>
+#include <QList>
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+/// What a save of some fields must leave alone. In a header alone because fuzz targets link nothing but the core.
+namespace ravlin::test {
+
+/// The ID3v2 tag at the start of a file whose bytes those are.
+inline Result<std::optional<id3::Tag>> tagOf(platform::File &file, qint64 size)
+{
+    const auto v1 = id3::readV1Block(file, size);
+    if (!v1)
+        return tl::unexpected(v1.error());
+    return id3::Tag::parse(file, size - (*v1 ? id3::V1Size : 0), id3::Detail::Everything);
+}
+
+/// The bytes of the frames of other than the edited kinds, in their order, and of what follows the last frame inside
+/// the tag without the padding around it. content: the file that the tag is of.
+inline QList<QByteArray> foreignParts(
+    const std::optional<id3::Tag> &tag, const QByteArray &content, const std::vector<FrameKind> &editedKinds)
+{
+    QList<QByteArray> parts;
+    if (!tag)
+        return parts;
+    const QByteArray &bytes = tag->isPlain() ? content : tag->decoded();
+    for (const id3::Frame &frame : tag->frames()) {
+        const bool isEdited = std::find(editedKinds.begin(), editedKinds.end(), frame.kind) != editedKinds.end();
+        if (isEdited && !frame.isPrivateComment())
+            continue;
+        // A save puts sizes right that are stored in the form of another version, so the size is compared as it is
+        // read.
+        const qsizetype sizeAt = frame.header.headerSize == 6 ? 3 : 4;
+        parts += bytes.mid(frame.header.offset, sizeAt) + QByteArray::number(frame.header.bodySize) +
+                 bytes.mid(frame.header.offset + 2 * sizeAt, frame.header.size() - 2 * sizeAt);
+    }
+    QByteArray rest = bytes.mid(tag->framesEnd(), tag->bodyEnd() - tag->framesEnd());
+    while (rest.startsWith('\0'))
+        rest.remove(0, 1);
+    while (rest.endsWith('\0'))
+        rest.chop(1);
+    if (!rest.isEmpty())
+        parts += rest;
+    return parts;
+}
+
+/// All kinds that the program edits.
+inline const std::vector<FrameKind> &editedKinds()
+{
+    static const std::vector<FrameKind> kinds{FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album,
+        FrameKind::Year, FrameKind::Comment, FrameKind::TrackNumber, FrameKind::ContentType};
+    return kinds;
+}
+
+} // namespace ravlin::test
