@@ -19,7 +19,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr int WindowWidth = 440;
+constexpr int FrameWidth = 420;
 constexpr std::chrono::milliseconds LatestShow = 2 * esperate::ShowDelay;
 constexpr std::chrono::milliseconds WorthShowing = 200ms;
 constexpr std::chrono::milliseconds CheckAgain = 50ms;
@@ -66,6 +66,7 @@ esperate::esperate(QWidget *parent)
     m_frame->installEventFilter(this);
     m_file->setObjectName(u"file"_s);
     m_count->setObjectName(u"count"_s);
+    m_count->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_bar->setObjectName(u"progress"_s);
     m_bar->setTextVisible(false);
 
@@ -74,14 +75,15 @@ esperate::esperate(QWidget *parent)
     rows->setHorizontalSpacing(16);
     rows->setVerticalSpacing(8);
     rows->addWidget(m_file, 0, 0);
-    rows->addWidget(m_count, 0, 1, Qt::AlignRight);
+    rows->addWidget(m_count, 0, 1);
     rows->addWidget(m_bar, 1, 0, 1, 2);
     rows->setColumnStretch(0, 1);
 
     auto *outer = new QVBoxLayout(this);
     outer->setContentsMargins(10, 10, 10, 10);
     outer->addWidget(m_frame);
-    setFixedSize(WindowWidth, sizeHint().height());
+    outer->setSizeConstraint(QLayout::SetFixedSize);
+    m_frame->setFixedWidth(FrameWidth);
 
     m_dueTimer.setSingleShot(true);
     connect(&m_dueTimer, &QTimer::timeout, this, &esperate::showIfDue);
@@ -92,9 +94,8 @@ void esperate::BeginProgress(int steps)
     m_atWork = true;
     m_dismissed = false;
     m_file->clear();
-    m_bar->setRange(0, std::max(steps, 0));
     m_bar->setValue(0);
-    showCount();
+    setSteps(steps);
     m_elapsed.start();
     m_dueTimer.start(ShowDelay);
 }
@@ -119,6 +120,8 @@ void esperate::setSteps(int steps)
     const int done = m_bar->value();
     m_bar->setRange(0, std::max(steps, 0));
     m_bar->setValue(std::clamp(done, 0, m_bar->maximum()));
+    // Room for the longest count from the start, or the line would fidget at every further digit.
+    m_count->setMinimumWidth(fontMetrics().horizontalAdvance(countText(m_bar->maximum(), m_bar->maximum())));
     showCount();
 }
 

@@ -131,9 +131,10 @@ void SplitBar::paintEvent(QPaintEvent *)
     painter.fillRect(rect(), ground);
     if (m_dragging)
         return;
-    paintGrip(painter, blended(ground, palette().color(QPalette::ButtonText)));
+    const QColor highlight = palette().color(QPalette::Highlight);
+    paintGrip(painter, hasFocus() ? highlight : blended(ground, palette().color(QPalette::ButtonText)));
     if (hasFocus()) {
-        painter.setPen(palette().color(QPalette::Highlight));
+        painter.setPen(highlight);
         painter.drawRect(rect().adjusted(0, 0, -1, -1));
     }
 }
@@ -145,6 +146,7 @@ void SplitBar::paintGrip(QPainter &painter, const QColor &color) const
     constexpr qreal Spacing = 6;
     const bool upright = orientation() == Qt::Horizontal;
     const qreal radius = std::min(1.5, (upright ? width() : height()) / 3.0);
+    painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
@@ -153,7 +155,7 @@ void SplitBar::paintGrip(QPainter &painter, const QColor &color) const
         const qreal along = (dot - (Dots - 1) / 2.0) * Spacing;
         painter.drawEllipse(middle + (upright ? QPointF(0, along) : QPointF(along, 0)), radius, radius);
     }
-    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.restore();
 }
 
 } // namespace ravlin
