@@ -57,6 +57,7 @@ void tst_esperate::init()
     m_main = std::make_unique<QWidget>();
     m_main->setGeometry(100, 100, 600, 400);
     m_main->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_main.get()));
     m_wait = new esperate(m_main.get());
     m_frame = m_wait->findChild<QFrame *>(u"frame1"_s);
     m_bar = m_wait->findChild<QProgressBar *>();
