@@ -2,6 +2,8 @@
 
 #include "platform/filesystem.h"
 
+#include <algorithm>
+
 namespace ravlin {
 
 namespace {
@@ -79,6 +81,13 @@ std::array<int, ListColumnCount> columnWidths(int listWidth)
     const int rest = listWidth - WideFixedWidth;
     return {share(0.35, rest), WideTrackWidth, share(0.25, rest), share(0.178, rest), share(0.21, rest), WideYearWidth,
         TagWidth, TagWidth};
+}
+
+int dropPosition(int y, int firstTop, int rowHeight, int rowCount)
+{
+    if (rowHeight <= 0)
+        return rowCount;
+    return std::clamp((y - firstTop + rowHeight / 2) / rowHeight, 0, rowCount);
 }
 
 } // namespace ravlin
