@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace ravlin {
 
@@ -353,7 +354,10 @@ void FileList::paintEvent(QPaintEvent *event)
 void FileList::resizeEvent(QResizeEvent *event)
 {
     QTreeView::resizeEvent(event);
-    applyColumnWidths();
+    // A scroll bar that comes or goes also resizes; columns that the user made wider stay so until the list's own
+    // width changes.
+    if (std::exchange(m_laidOutWidth, width()) != width())
+        applyColumnWidths();
 }
 
 void FileList::applyColumnWidths()

@@ -111,6 +111,7 @@ private:
     QPoint m_pressPosition;
     int m_dropPosition = -1; ///< -1: no drag
     QBasicTimer m_scrollTimer;
+    int m_laidOutWidth = -1; ///< the list's width that the columns fit
 };
 
 } // namespace ravlin
