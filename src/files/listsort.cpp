@@ -20,7 +20,10 @@ constexpr std::size_t StretchSize = 4096;
 double numberOf(const QString &text, const QLocale &locale)
 {
     bool isNumber = false;
-    const double number = locale.toDouble(text.trimmed(), &isNumber);
+    double number = locale.toDouble(text.trimmed(), &isNumber);
+    // Some locales group only longer numbers (Spanish: from five digits on); people group shorter ones all the same.
+    if (!isNumber)
+        number = locale.toDouble(text.trimmed().remove(locale.groupSeparator()), &isNumber);
     return isNumber ? number : -std::numeric_limits<double>::infinity();
 }
 
