@@ -1,11 +1,13 @@
 #include "files/folderscan.h"
 
+#include "files/tagreading.h"
 #include "platform/folder.h"
-#include "platform/parallel.h"
 #include "platform/safewrite.h"
 
+#include <QHash>
+
 #include <algorithm>
-#include <optional>
+#include <iterator>
 #include <set>
 
 namespace ravlin {
@@ -20,29 +22,8 @@ bool isListed(const platform::FolderEntry &entry)
            entry.name.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive) && !platform::isLeftoverName(entry.name);
 }
 
-void appendRows(Listing &listing, platform::Folder &folder, const std::vector<platform::FolderEntry> &entries,
-    const QString &folderPath, const QString &relativePrefix)
-{
-    std::vector<const platform::FolderEntry *> files;
-    for (const platform::FolderEntry &entry : entries) {
-        if (isListed(entry))
-            files.push_back(&entry);
-    }
-    std::vector<Result<ListTag>> tags(files.size());
-    platform::parallelFor(files.size(), [&](std::size_t i) {
-        Result<std::unique_ptr<platform::File>> file = folder.openFile(files[i]->name);
-        tags[i] = file ? readListTag(**file) : tl::unexpected(file.error());
-    });
-    listing.rows.reserve(listing.rows.size() + files.size());
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        if (tags[i])
-            listing.rows.push_back({relativePrefix + files[i]->name, std::move(*tags[i])});
-        else
-            listing.failures.push_back({folderPath + files[i]->name, tags[i].error()});
-    }
-}
-
-QStringList subfolders(const std::vector<platform::FolderEntry> &entries, const QString &folderPath)
+QStringList subfolders(
+    const std::vector<platform::FolderEntry> &entries, const QString &folderPath, const std::stop_token &stop)
 {
     std::vector<std::pair<QString, QString>> found; // upper-case form and path
     for (const platform::FolderEntry &entry : entries) {
@@ -51,42 +32,55 @@ QStringList subfolders(const std::vector<platform::FolderEntry> &entries, const 
             found.emplace_back(path.toUpper(), path);
         }
     }
-    std::sort(found.begin(), found.end());
+    if (!stop.stop_requested())
+        std::sort(found.begin(), found.end());
     QStringList paths;
     for (std::pair<QString, QString> &entry : found)
         paths += std::move(entry.second);
     return paths;
 }
 
-/// The walk of ListFolderTree. One folder is open at a time, so that depth costs no descriptors.
-class TreeWalk
+/// Finds the files of a listing in their order; their tags are read when all are known, so that the cores share the
+/// work evenly however small the folders are. One folder is open at a time, so that depth costs no descriptors.
+class FolderWalk
 {
 public:
-    TreeWalk(Listing &listing, const QString &root) : m_listing(listing), m_root(root) {}
+    FolderWalk(const ScanOptions &options, QString root) : m_options(options), m_root(std::move(root)) {}
 
-    /// Lists a folder's own files and gives back its subfolders.
-    Result<QStringList> list(const QString &folderPath)
+    /// Finds a folder's own files and gives back its subfolders.
+    Result<QStringList> visit(const QString &folderPath, const QString &relativePrefix)
     {
         Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(folderPath);
         if (!folder)
             return tl::unexpected(folder.error());
         if (!m_seen.insert((*folder)->identity()).second)
             return QStringList();
-        const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries();
+        const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries(m_options.stop);
         if (!entries)
             return tl::unexpected(entries.error());
-        appendRows(m_listing, **folder, *entries, folderPath, folderPath.mid(m_root.size()));
-        return subfolders(*entries, folderPath);
+        FolderFiles files{folderPath, relativePrefix, {}};
+        for (const platform::FolderEntry &entry : *entries) {
+            if (isListed(entry))
+                files.names.push_back(entry.name);
+        }
+        m_fileCount += files.names.size();
+        if (!files.names.empty())
+            m_found.push_back(std::move(files));
+        if (m_options.progress)
+            m_options.progress({0, m_fileCount, folderPath});
+        return subfolders(*entries, folderPath, m_options.stop);
     }
 
-    /// Lists the folders, then what lies below each of them.
+    /// Visits the folders, then what lies below each of them.
     void descend(const QStringList &folders)
     {
         std::vector<QStringList> below;
         for (const QString &folder : folders) {
-            Result<QStringList> found = list(folder);
+            if (m_options.stop.stop_requested())
+                return;
+            Result<QStringList> found = visit(folder, folder.mid(m_root.size()));
             if (!found)
-                m_listing.failures.push_back({folder, found.error()});
+                m_failures.push_back({folder, found.error()});
             below.push_back(found.value_or(QStringList()));
         }
         for (const QStringList &next : below) {
@@ -95,9 +89,32 @@ public:
         }
     }
 
+    /// Reads the tags of the files found. To be called last.
+    Listing read()
+    {
+        ReadFiles files = readTags(std::move(m_found), m_options);
+        Listing listing;
+        if (std::find(files.hasTag.begin(), files.hasTag.end(), false) == files.hasTag.end()) {
+            listing.rows = std::move(files.rows);
+        } else {
+            for (std::size_t i = 0; i < files.rows.size(); ++i) {
+                if (files.hasTag[i])
+                    listing.rows.push_back(std::move(files.rows[i]));
+            }
+        }
+        listing.failures = std::move(m_failures);
+        std::move(files.failures.begin(), files.failures.end(), std::back_inserter(listing.failures));
+        listing.filesRead = files.readCount;
+        listing.isComplete = !m_options.stop.stop_requested();
+        return listing;
+    }
+
 private:
-    Listing &m_listing;
+    const ScanOptions &m_options;
     const QString m_root;
+    std::vector<FolderFiles> m_found;
+    std::size_t m_fileCount = 0;
+    std::vector<ListFailure> m_failures;
     std::set<FolderIdentity> m_seen;
 };
 
@@ -115,40 +132,67 @@ QString ListRow::trackColumn() const
     return isNumber && number < 10 ? u'0' + tag.track : tag.track;
 }
 
-Result<Listing> ListFolder(const QString &folderPath, const QString &relativePrefix)
+Result<Listing> ListFolder(const QString &folderPath, const QString &relativePrefix, const ScanOptions &options)
 {
-    Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(folderPath);
-    if (!folder)
-        return tl::unexpected(folder.error());
-    const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries();
-    if (!entries)
-        return tl::unexpected(entries.error());
-    Listing listing;
-    appendRows(listing, **folder, *entries, withSeparator(folderPath), relativePrefix);
-    return listing;
+    const QString root = withSeparator(folderPath);
+    FolderWalk walk(options, root);
+    const Result<QStringList> folders = walk.visit(root, relativePrefix);
+    if (!folders)
+        return tl::unexpected(folders.error());
+    return walk.read();
 }
 
-Result<Listing> ListFolderTree(const QString &folderPath)
+Result<Listing> ListFolderTree(const QString &folderPath, const ScanOptions &options)
 {
-    Listing listing;
     const QString root = withSeparator(folderPath);
-    TreeWalk walk(listing, root);
-    Result<QStringList> folders = walk.list(root);
+    FolderWalk walk(options, root);
+    const Result<QStringList> folders = walk.visit(root, QString());
     if (!folders)
         return tl::unexpected(folders.error());
     walk.descend(*folders);
-    return listing;
+    return walk.read();
 }
 
-Result<QStringList> GetSubfolders(const QString &folderPath)
+Result<QStringList> GetSubfolders(const QString &folderPath, const std::stop_token &stop)
 {
     Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(folderPath);
     if (!folder)
         return tl::unexpected(folder.error());
-    const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries();
+    const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries(stop);
     if (!entries)
         return tl::unexpected(entries.error());
-    return subfolders(*entries, withSeparator(folderPath));
+    return subfolders(*entries, withSeparator(folderPath), stop);
+}
+
+std::vector<std::optional<ListTag>> readListTags(
+    const QString &folderPath, const QStringList &texts, const ScanOptions &options)
+{
+    std::vector<FolderFiles> folders;
+    std::vector<std::vector<std::size_t>> positions; // of the folders' files among the texts
+    QHash<QString, std::size_t> folderOfPrefix;
+    for (qsizetype i = 0; i < texts.size(); ++i) {
+        const qsizetype nameStart = texts[i].lastIndexOf(platform::Separator) + 1;
+        const QString prefix = texts[i].left(nameStart);
+        auto folder = folderOfPrefix.constFind(prefix);
+        if (folder == folderOfPrefix.cend()) {
+            folder = folderOfPrefix.insert(prefix, folders.size());
+            folders.push_back({withSeparator(folderPath) + prefix, prefix, {}});
+            positions.emplace_back();
+        }
+        folders[*folder].names.push_back(texts[i].mid(nameStart));
+        positions[*folder].push_back(static_cast<std::size_t>(i));
+    }
+    ReadFiles files = readTags(std::move(folders), options);
+    std::vector<std::optional<ListTag>> tags(static_cast<std::size_t>(texts.size()));
+    std::size_t row = 0;
+    for (const std::vector<std::size_t> &ofFolder : positions) {
+        for (const std::size_t position : ofFolder) {
+            if (files.hasTag[row])
+                tags[position] = std::move(files.rows[row].tag);
+            ++row;
+        }
+    }
+    return tags;
 }
 
 } // namespace ravlin

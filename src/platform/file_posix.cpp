@@ -30,6 +30,7 @@ FileInfo fileInfo(const struct stat &status)
     FileInfo info;
     info.size = status.st_size;
     info.modified = status.st_mtim.tv_sec * NanosecondsPerSecond + status.st_mtim.tv_nsec;
+    info.changed = status.st_ctim.tv_sec * NanosecondsPerSecond + status.st_ctim.tv_nsec;
     info.inode = status.st_ino;
     info.device = status.st_dev;
     info.permissions = status.st_mode & 07777U;

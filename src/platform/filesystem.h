@@ -39,6 +39,7 @@ struct FileInfo
 {
     qint64 size = 0;     ///< bytes
     qint64 modified = 0; ///< nanoseconds since 1970, UTC
+    qint64 changed = 0;  ///< the same, of the last change to content or metadata; programs can't set it
     quint64 inode = 0;   ///< with device: the file's identity
     quint64 device = 0;
     quint32 permissions = 0; ///< POSIX permission bits (07777); on Windows 0444 or 0666

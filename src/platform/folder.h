@@ -3,6 +3,7 @@
 #include "platform/filesystem.h"
 
 #include <memory>
+#include <stop_token>
 #include <vector>
 
 namespace ravlin::platform {
@@ -32,8 +33,13 @@ public:
     /// Errors: NotFound, NotAFile (no folder), AccessDenied, Io.
     static Result<std::unique_ptr<Folder>> open(const QString &path);
 
-    /// The entries in the order in which the file system tells them, without "." and "..".
-    virtual Result<std::vector<FolderEntry>> entries() = 0;
+    /// The entries in the order in which the file system tells them, without "." and "..". Those found so far when a
+    /// stop is requested.
+    virtual Result<std::vector<FolderEntry>> entries(const std::stop_token &stop = {}) = 0;
+    /// Whether there is at least one folder in it that is not hidden; reads no further than to the first.
+    virtual Result<bool> hasVisibleSubfolder() = 0;
+    /// What a name stands for; for a symbolic link, what the link leads to. One call of the system.
+    virtual Result<FileInfo> info(const QString &name) = 0;
     /// Opens a plain file of this folder for reading; errors as those of FileSystem::open.
     virtual Result<std::unique_ptr<File>> openFile(const QString &name) = 0;
     /// Tells folders apart that are reached by different paths: device and inode.

@@ -24,12 +24,17 @@ public:
     PosixFolder(const PosixFolder &) = delete;
     PosixFolder &operator=(const PosixFolder &) = delete;
 
-    Result<std::vector<FolderEntry>> entries() override;
+    Result<std::vector<FolderEntry>> entries(const std::stop_token &stop) override;
+    Result<bool> hasVisibleSubfolder() override;
+    Result<FileInfo> info(const QString &name) override;
     Result<std::unique_ptr<File>> openFile(const QString &name) override;
     std::pair<quint64, quint64> identity() const override { return m_identity; }
 
 private:
     EntryKind kindOf(const dirent &entry) const;
+    /// Hands every entry but "." and ".." to visitor until that returns false.
+    template <typename Visitor>
+    Result<void> visit(Visitor visitor);
 
     DIR *const m_stream;
     const QString m_path;
@@ -52,24 +57,59 @@ EntryKind PosixFolder::kindOf(const dirent &entry) const
     return S_ISREG(status.st_mode) ? EntryKind::File : S_ISDIR(status.st_mode) ? EntryKind::Folder : EntryKind::Other;
 }
 
-Result<std::vector<FolderEntry>> PosixFolder::entries()
+template <typename Visitor>
+Result<void> PosixFolder::visit(Visitor visitor)
 {
-    std::vector<FolderEntry> found;
     ::rewinddir(m_stream);
     for (;;) {
         errno = 0;
         // Each PosixFolder has a stream of its own and this is its only reader.
         const dirent *entry = ::readdir(m_stream); // NOLINT(concurrency-mt-unsafe)
-        if (!entry) {
-            if (errno != 0)
-                return systemError(errno, m_path, "readdir");
-            return found;
-        }
-        const char *name = entry->d_name;
-        if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
-            continue;
-        found.push_back({decodePath(name, static_cast<qsizetype>(std::strlen(name))), kindOf(*entry), name[0] == '.'});
+        if (!entry && errno != 0)
+            return systemError(errno, m_path, "readdir");
+        if (!entry)
+            return {};
+        const bool isDots = std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0;
+        if (!isDots && !visitor(*entry))
+            return {};
     }
+}
+
+Result<std::vector<FolderEntry>> PosixFolder::entries(const std::stop_token &stop)
+{
+    std::vector<FolderEntry> found;
+    const Result<void> visited = visit([&](const dirent &entry) {
+        if (stop.stop_requested())
+            return false;
+        const char *name = entry.d_name;
+        found.push_back({decodePath(name, static_cast<qsizetype>(std::strlen(name))), kindOf(entry), name[0] == '.'});
+        return true;
+    });
+    if (!visited)
+        return tl::unexpected(visited.error());
+    return found;
+}
+
+Result<bool> PosixFolder::hasVisibleSubfolder()
+{
+    bool found = false;
+    const Result<void> visited = visit([&](const dirent &entry) {
+        found = entry.d_name[0] != '.' && kindOf(entry) == EntryKind::Folder;
+        return !found;
+    });
+    if (!visited)
+        return tl::unexpected(visited.error());
+    return found;
+}
+
+Result<FileInfo> PosixFolder::info(const QString &name)
+{
+    struct stat status
+    {
+    };
+    if (::fstatat(::dirfd(m_stream), encodePath(name).constData(), &status, 0) != 0)
+        return systemError(errno, m_path + name, "fstatat");
+    return fileInfo(status);
 }
 
 Result<std::unique_ptr<File>> PosixFolder::openFile(const QString &name)

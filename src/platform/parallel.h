@@ -9,18 +9,19 @@
 namespace ravlin::platform {
 
 /// Calls work(index) for every index below count, on all cores, and returns when all are done. The order is not told;
-/// each call must write to places of its own and must not throw. Small counts run on the calling thread.
+/// each call must write to places of its own and must not throw. The calling thread takes part in the work. A thread
+/// takes chunkSize indices at a time (at least 1): so many that taking them costs nothing beside the work; counts up to
+/// that run on the calling thread alone.
 template <typename Work>
-void parallelFor(std::size_t count, Work work)
+void parallelFor(std::size_t count, Work work, std::size_t chunkSize = 32)
 {
-    constexpr std::size_t ChunkSize = 32; // large enough that taking a chunk costs nothing beside the work
-    const std::size_t chunks = (count + ChunkSize - 1) / ChunkSize;
+    const std::size_t chunks = (count + chunkSize - 1) / chunkSize;
     const std::size_t threads = std::min<std::size_t>(std::max(1U, std::thread::hardware_concurrency()), chunks);
     std::atomic<std::size_t> nextChunk{0};
     const auto run = [&] {
         for (std::size_t chunk = nextChunk++; chunk < chunks; chunk = nextChunk++) {
-            const std::size_t end = std::min(count, (chunk + 1) * ChunkSize);
-            for (std::size_t index = chunk * ChunkSize; index < end; ++index)
+            const std::size_t end = std::min(count, (chunk + 1) * chunkSize);
+            for (std::size_t index = chunk * chunkSize; index < end; ++index)
                 work(index);
         }
     };

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace ravlin;
@@ -141,6 +142,47 @@ private Q_SLOTS:
     {
         make(QStringLiteral("a.mp3"), audio() + id3v1({.title = "T", .genre = 191}));
         QCOMPARE(ListFolder(root(), QString()).value().rows.front().tag.title, QStringLiteral("T"));
+    }
+
+    void progressTellsEveryFolderAndTheLastFile()
+    {
+        for (const char *name : {"0.mp3", "x/1.mp3", "x/y/2.mp3"})
+            make(QString::fromUtf8(name));
+        std::vector<ScanProgress> told;
+        const std::thread::id caller = std::this_thread::get_id();
+        bool isByCaller = true;
+        const auto note = [&](const ScanProgress &progress) {
+            told.push_back(progress);
+            isByCaller = isByCaller && std::this_thread::get_id() == caller;
+        };
+        QCOMPARE(ListFolderTree(root(), {.progress = note})->rows.size(), size_t{3});
+        QVERIFY(isByCaller);
+        QVERIFY(told.size() >= 4);
+        QCOMPARE(told[1].name, root() + QStringLiteral("x/"));
+        QCOMPARE(told[1].done, size_t{0});
+        QCOMPARE(told[1].total, size_t{2});
+        QCOMPARE(told.back().done, size_t{3});
+        QCOMPARE(told.back().total, size_t{3});
+        QCOMPARE(told.back().name, QStringLiteral("x/y/2.mp3"));
+    }
+
+    void aStopEndsTheWalkAndTheSearchForSubfolders()
+    {
+        for (const char *name : {"a/1.mp3", "b/2.mp3", "c/3.mp3"})
+            make(QString::fromUtf8(name));
+        std::stop_source stop;
+        int folders = 0;
+        const auto stopAtTheSecondFolder = [&](const ScanProgress &) {
+            if (++folders == 2)
+                stop.request_stop();
+        };
+        const Listing listing =
+            ListFolderTree(root(), {.progress = stopAtTheSecondFolder, .stop = stop.get_token()}).value();
+        QCOMPARE(folders, 2);
+        QVERIFY(!listing.isComplete);
+        QVERIFY(listing.rows.empty());
+        QVERIFY(GetSubfolders(root(), stop.get_token())->isEmpty());
+        QCOMPARE(GetSubfolders(root())->size(), 3);
     }
 
     void aFolderThatCannotBeListedIsAnError()

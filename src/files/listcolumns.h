@@ -1,0 +1,46 @@
+#pragma once
+
+#include "files/folderscan.h"
+
+#include <array>
+
+/// The columns of the file list.
+namespace ravlin {
+
+enum class ListColumn
+{
+    File,
+    Track,
+    Title,
+    Artist,
+    Album,
+    Year,
+    Id3v1,
+    Id3v2
+};
+inline constexpr int ListColumnCount = 8;
+
+/// What a row shows in a column. The words for the tags' presence, "yes" and "no", are the same in every language.
+QString columnText(const ListRow &row, ListColumn column);
+
+/// The longest name of a file, without the path before it, that is no long name.
+inline constexpr int LongestPlainName = 64;
+/// Whether a row's bare file name has 65 characters or more. A character is a Unicode code point; a byte of a name that
+/// is no valid Unicode counts as one.
+bool hasLongName(QStringView rowText);
+
+/// A name as it can be shown: what is no valid Unicode in it becomes U+FFFD. Only for showing, never to find the file.
+QString shownName(const QString &name);
+
+/// The columns' widths for a list of that width, both in twips. The list's own width counts, with its frame and scroll
+/// bar. In a list from about 8,571 twips on (that is where 0.07 of it reaches 600) the columns of track, year and tags
+/// stay as they are and the others share the rest.
+std::array<int, ListColumnCount> columnWidths(int listWidth);
+
+inline constexpr int TwipsPerPixel = 15;
+
+/// The position between rows of equal height that is nearest to a height y: 0 before the first, rowCount behind the
+/// last, also for any y beyond it. firstTop: of row 0, negative when it is scrolled out of sight.
+int dropPosition(int y, int firstTop, int rowHeight, int rowCount);
+
+} // namespace ravlin

@@ -1,0 +1,161 @@
+#include "files/listmodel.h"
+
+#include <algorithm>
+
+namespace ravlin {
+
+namespace {
+
+std::size_t indexOf(ListColumn column)
+{
+    return static_cast<std::size_t>(column);
+}
+
+} // namespace
+
+ListModel::ListModel(QObject *parent)
+    : QAbstractTableModel(parent), m_headerTexts{QStringLiteral("file"), QStringLiteral("track"),
+                                       QStringLiteral("title"), QStringLiteral("artist"), QStringLiteral("album"),
+                                       QStringLiteral("year"), QStringLiteral("id3v1"), QStringLiteral("id3v2")}
+{
+}
+
+int ListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+}
+
+int ListModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : ListColumnCount;
+}
+
+QString ListModel::textAt(const QModelIndex &index) const
+{
+    return shownName(columnText(rowAt(index.row()), static_cast<ListColumn>(index.column())));
+}
+
+QVariant ListModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::ToolTipRole:
+        return textAt(index);
+    case LongNameRole:
+        return hasLongName(rowAt(index.row()).text);
+    default:
+        return {};
+    }
+}
+
+QVariant ListModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || section < 0 || section >= ListColumnCount || role != Qt::DisplayRole)
+        return {};
+    return m_headerTexts[static_cast<std::size_t>(section)];
+}
+
+Qt::ItemFlags ListModel::flags(const QModelIndex &index) const
+{
+    return index.isValid() ? Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren : Qt::NoItemFlags;
+}
+
+void ListModel::setRows(std::vector<ListRow> rows)
+{
+    beginResetModel();
+    m_rows = std::move(rows);
+    m_isInOrder = m_order.automatic;
+    if (m_order.automatic)
+        sortRows();
+    endResetModel();
+}
+
+void ListModel::setTags(std::vector<std::optional<ListTag>> tags)
+{
+    const std::size_t count = std::min(tags.size(), m_rows.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        if (tags[i])
+            m_rows[i].tag = std::move(*tags[i]);
+    }
+    m_isInOrder = m_isInOrder && m_order.column == static_cast<int>(ListColumn::File);
+    if (count > 0)
+        Q_EMIT dataChanged(index(0, 1), index(static_cast<int>(count) - 1, ListColumnCount - 1));
+}
+
+bool ListModel::moveRowTo(int from, int to)
+{
+    if (from < 0 || from >= rowCount() || to < 0 || to > rowCount() || to == from || to == from + 1)
+        return false;
+    beginMoveRows({}, from, from, {}, to);
+    const auto first = m_rows.begin();
+    if (to > from)
+        std::rotate(first + from, first + from + 1, first + to);
+    else
+        std::rotate(first + to, first + from, first + from + 1);
+    endMoveRows();
+    m_isInOrder = false;
+    return true;
+}
+
+std::vector<std::size_t> ListModel::sortByHeader(int column)
+{
+    return reorder(SortListView(m_order, column, m_headerTags[static_cast<std::size_t>(column)]));
+}
+
+void ListModel::sort(int column, Qt::SortOrder order)
+{
+    if (column < 0 || column >= ListColumnCount)
+        return;
+    const bool isText = sortKindFromTag(m_headerTags[static_cast<std::size_t>(column)]) == SortKind::Text;
+    reorder({column, order, isText});
+}
+
+std::vector<std::size_t> ListModel::reorder(const ListOrder &order)
+{
+    Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
+    m_order = order;
+    const std::vector<std::size_t> oldPositions = sortRows();
+    m_isInOrder = true;
+    const QModelIndexList kept = persistentIndexList();
+    if (!kept.isEmpty()) {
+        std::vector<int> newPositions(oldPositions.size());
+        for (std::size_t i = 0; i < oldPositions.size(); ++i)
+            newPositions[oldPositions[i]] = static_cast<int>(i);
+        QModelIndexList moved;
+        moved.reserve(kept.size());
+        for (const QModelIndex &old : kept)
+            moved.append(index(newPositions[static_cast<std::size_t>(old.row())], old.column()));
+        changePersistentIndexList(kept, moved);
+    }
+    Q_EMIT layoutChanged({}, VerticalSortHint);
+    return oldPositions;
+}
+
+std::vector<std::size_t> ListModel::sortRows()
+{
+    const auto column = static_cast<ListColumn>(m_order.column);
+    const auto text = [&](std::size_t i) { return columnText(m_rows[i], column); };
+    const SortKind kind = sortKindFromTag(m_headerTags[indexOf(column)]);
+    std::vector<std::size_t> positions = sortedPositions(m_rows.size(), text, kind, m_order.order, m_locale);
+    std::vector<ListRow> sorted;
+    sorted.reserve(m_rows.size());
+    for (const std::size_t position : positions)
+        sorted.push_back(std::move(m_rows[position]));
+    m_rows = std::move(sorted);
+    return positions;
+}
+
+void ListModel::setHeaderText(ListColumn column, const QString &text)
+{
+    m_headerTexts[indexOf(column)] = text;
+    Q_EMIT headerDataChanged(Qt::Horizontal, static_cast<int>(column), static_cast<int>(column));
+}
+
+void ListModel::setHeaderTag(ListColumn column, const QString &tag)
+{
+    m_headerTags[indexOf(column)] = tag;
+}
+
+} // namespace ravlin

@@ -1,0 +1,254 @@
+#include "files/tagreading.h"
+
+#include "files/tagcache.h"
+#include "platform/folder.h"
+#include "platform/parallel.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace ravlin {
+
+namespace {
+
+qint64 nanosecondsNow()
+{
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
+
+/// Lets equal texts that come close together (artist, album, year) share their memory. Knows a fixed number of texts.
+class TextPool
+{
+public:
+    void share(QString &text)
+    {
+        QString &slot = m_slots[qHash(text) % m_slots.size()];
+        if (slot == text)
+            text = slot;
+        else
+            slot = text;
+    }
+    void share(ListTag &tag)
+    {
+        for (QString *text : {&tag.title, &tag.artist, &tag.album, &tag.year, &tag.track})
+            share(*text);
+    }
+
+private:
+    std::array<QString, 4096> m_slots;
+};
+
+/// Moves the old entries of the files to where these stand in the new list; the others are new and unknown. Both lists
+/// mostly come in the same order, then nothing is searched.
+TagCache::Entries alignedEntries(TagCache::Entries old, std::vector<QString> names)
+{
+    TagCache::Entries aligned(names.size());
+    QHash<QString, std::size_t> positions; // made at the first file out of order
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        std::size_t found = next;
+        if (!old.empty() && (next >= old.size() || old[next].name != names[i])) {
+            if (positions.isEmpty()) {
+                for (std::size_t j = 0; j < old.size(); ++j)
+                    positions.insert(old[j].name, j);
+            }
+            found = positions.value(names[i], old.size());
+        }
+        if (found < old.size()) {
+            aligned[i].state = std::exchange(old[found].state, {});
+            aligned[i].tag = std::move(old[found].tag);
+            next = found + 1;
+        }
+        aligned[i].name = std::move(names[i]);
+    }
+    return aligned;
+}
+
+/// One call of readTags.
+class TagReading
+{
+public:
+    TagReading(std::vector<FolderFiles> folders, const ScanOptions &options);
+
+    ReadFiles run();
+
+private:
+    enum class Outcome : quint8
+    {
+        Missing, ///< failed, or not reached
+        Cached,
+        Read
+    };
+    struct ScannedFolder
+    {
+        QString path;
+        std::size_t firstRow = 0;
+        TagCache::Entries entries; ///< of its files, in their order
+    };
+    /// Files of one folder that one thread reads in one go.
+    struct Stretch
+    {
+        std::size_t folder = 0;
+        std::size_t begin = 0; ///< within the folder
+        std::size_t end = 0;
+    };
+    /// So many files that opening the folder once more costs nothing beside them.
+    static constexpr std::size_t LongestStretch = 64;
+
+    void readStretch(const Stretch &stretch);
+    Result<Outcome> readFile(platform::Folder &folder, TagCache::Entry &entry, ListRow &row) const;
+    void addFailure(std::size_t row, const QString &path, const Error &error);
+    void shareTexts();
+    void updateCache();
+
+    const ScanOptions &m_options;
+    const qint64 m_startTime = nanosecondsNow();
+    const std::thread::id m_caller = std::this_thread::get_id();
+    std::vector<ScannedFolder> m_folders;
+    std::vector<Stretch> m_stretches;
+    std::vector<ListRow> m_rows;
+    std::vector<Outcome> m_outcomes;
+    std::atomic<std::size_t> m_done{0};
+    std::mutex m_failuresMutex;
+    std::vector<std::pair<std::size_t, ListFailure>> m_failures; ///< with the row
+};
+
+TagReading::TagReading(std::vector<FolderFiles> folders, const ScanOptions &options) : m_options(options)
+{
+    std::size_t fileCount = 0;
+    for (const FolderFiles &folder : folders)
+        fileCount += folder.names.size();
+    m_rows.reserve(fileCount);
+    m_folders.reserve(folders.size());
+    for (FolderFiles &folder : folders) {
+        ScannedFolder scanned{folder.path, m_rows.size(), {}};
+        const std::size_t count = folder.names.size();
+        for (const QString &name : folder.names)
+            m_rows.push_back({folder.prefix.isEmpty() ? name : folder.prefix + name, {}});
+        scanned.entries = alignedEntries(
+            options.cache ? options.cache->take(folder.path) : TagCache::Entries(), std::move(folder.names));
+        for (std::size_t begin = 0; begin < count; begin += LongestStretch)
+            m_stretches.push_back({m_folders.size(), begin, std::min(count, begin + LongestStretch)});
+        m_folders.push_back(std::move(scanned));
+    }
+    m_outcomes.resize(fileCount, Outcome::Missing);
+}
+
+ReadFiles TagReading::run()
+{
+    platform::parallelFor(
+        m_stretches.size(), [&](std::size_t i) { readStretch(m_stretches[i]); }, 1);
+    if (m_options.progress && !m_rows.empty() && !m_options.stop.stop_requested())
+        m_options.progress({m_rows.size(), m_rows.size(), m_rows.back().text});
+    shareTexts();
+    if (m_options.cache)
+        updateCache();
+
+    ReadFiles result;
+    result.hasTag.reserve(m_outcomes.size());
+    for (const Outcome outcome : m_outcomes) {
+        result.hasTag.push_back(outcome != Outcome::Missing);
+        result.readCount += outcome == Outcome::Read ? 1U : 0U;
+    }
+    const auto byRow = [](const auto &a, const auto &b) { return a.first < b.first; };
+    std::sort(m_failures.begin(), m_failures.end(), byRow);
+    for (auto &[row, failure] : m_failures)
+        result.failures.push_back(std::move(failure));
+    result.rows = std::move(m_rows);
+    return result;
+}
+
+void TagReading::readStretch(const Stretch &stretch)
+{
+    ScannedFolder &scanned = m_folders[stretch.folder];
+    const Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(scanned.path);
+    for (std::size_t i = stretch.begin; i < stretch.end; ++i) {
+        if (m_options.stop.stop_requested())
+            return;
+        const std::size_t row = scanned.firstRow + i;
+        TagCache::Entry &entry = scanned.entries[i];
+        const Result<Outcome> outcome =
+            folder ? readFile(**folder, entry, m_rows[row]) : tl::unexpected(folder.error());
+        if (outcome)
+            m_outcomes[row] = *outcome;
+        else
+            addFailure(row, scanned.path + entry.name, outcome.error());
+        ++m_done;
+        if (m_options.progress && std::this_thread::get_id() == m_caller)
+            m_options.progress({m_done, m_rows.size(), m_rows[row].text});
+    }
+}
+
+/// The state is asked for before the content is read: a change in between makes the state an old one, which no later
+/// question can give, and so the file is read again.
+Result<TagReading::Outcome> TagReading::readFile(platform::Folder &folder, TagCache::Entry &entry, ListRow &row) const
+{
+    TagCache::FileState state;
+    if (m_options.cache) {
+        const Result<platform::FileInfo> info = folder.info(entry.name);
+        if (!info)
+            return tl::unexpected(info.error());
+        state = TagCache::FileState(*info);
+        if (state == entry.state) {
+            row.tag = entry.tag;
+            return Outcome::Cached;
+        }
+        if (!TagCache::isSettled(*info, m_startTime))
+            state = {};
+    }
+    entry.state = {};
+    const Result<std::unique_ptr<platform::File>> file = folder.openFile(entry.name);
+    if (!file)
+        return tl::unexpected(file.error());
+    Result<ListTag> tag = readListTag(**file);
+    if (!tag)
+        return tl::unexpected(tag.error());
+    row.tag = std::move(*tag);
+    entry.state = state;
+    return Outcome::Read;
+}
+
+void TagReading::addFailure(std::size_t row, const QString &path, const Error &error)
+{
+    const std::scoped_lock lock(m_failuresMutex);
+    m_failures.push_back({row, {path, error}});
+}
+
+void TagReading::shareTexts()
+{
+    TextPool pool;
+    for (std::size_t row = 0; row < m_rows.size(); ++row) {
+        if (m_outcomes[row] == Outcome::Read)
+            pool.share(m_rows[row].tag);
+    }
+}
+
+void TagReading::updateCache()
+{
+    for (ScannedFolder &folder : m_folders) {
+        for (std::size_t i = 0; i < folder.entries.size(); ++i) {
+            const std::size_t row = folder.firstRow + i;
+            if (m_outcomes[row] == Outcome::Read)
+                folder.entries[i].tag = m_rows[row].tag;
+        }
+        // A file that was not reached keeps its old state and tag, which are as good as before.
+        std::erase_if(
+            folder.entries, [](const TagCache::Entry &entry) { return entry.state == TagCache::FileState(); });
+        m_options.cache->put(folder.path, std::move(folder.entries));
+    }
+}
+
+} // namespace
+
+ReadFiles readTags(std::vector<FolderFiles> folders, const ScanOptions &options)
+{
+    return TagReading(std::move(folders), options).run();
+}
+
+} // namespace ravlin

@@ -1,0 +1,196 @@
+// The file list over 10,000 and 100,000 files: the first listing, a listing again after one file has changed, sorting,
+// selecting all rows, and the memory of a row. Compare the ratios within one run; the time for a row should not grow
+// with their number.
+
+#include "files/folderscan.h"
+#include "files/tagcache.h"
+#include "files/ui/filelist.h"
+#include "support/mp3builder.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <malloc.h>
+
+#include <chrono>
+#include <map>
+#include <thread>
+
+using namespace ravlin;
+
+namespace {
+
+constexpr int FewFiles = 10'000;
+constexpr int ManyFiles = 100'000;
+constexpr int FilesPerFolder = 10'000;
+
+/// Albums of 12 tracks with tags as usual, in folders of 10,000 files.
+class Collection
+{
+public:
+    explicit Collection(int count)
+    {
+        using namespace test;
+        for (int i = 0; i < count; ++i) {
+            const int album = i / 12;
+            if (i % FilesPerFolder == 0)
+                QDir(m_folder.path()).mkdir(folderOf(i));
+            const QByteArray frames = textFrame(3, "TIT2", QStringLiteral("Title of the song %1").arg(i)) +
+                                      textFrame(3, "TPE1", QStringLiteral("Artist %1").arg(album / 10)) +
+                                      textFrame(3, "TALB", QStringLiteral("Álbum %1").arg(album)) +
+                                      textFrame(3, "TYER", QString::number(1970 + album % 50)) +
+                                      textFrame(3, "TRCK", QString::number(i % 12 + 1));
+            writeFile(m_folder.path() + u'/' + folderOf(i),
+                QStringLiteral("Artist %1 - Title of the song %2.mp3").arg(album / 10).arg(i), id3v2(3, frames));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // or the cache wouldn't trust their time stamps
+    }
+    QString path() const { return m_folder.path() + u'/'; }
+    /// Gives one file another tag.
+    void changeOne() const
+    {
+        test::writeFile(m_folder.path() + u'/' + folderOf(0), QStringLiteral("Artist 0 - Title of the song 5.mp3"),
+            test::id3v2(3, test::textFrame(3, "TIT2", QStringLiteral("Another title"))));
+    }
+
+private:
+    static QString folderOf(int file) { return QString::number(file / FilesPerFolder); }
+
+    QTemporaryDir m_folder;
+};
+
+const Collection &collection(benchmark::State &state)
+{
+    static std::map<qint64, Collection> made;
+    const auto count = static_cast<int>(state.range(0));
+    return made.try_emplace(count, count).first->second;
+}
+
+Listing listed(const Collection &files, TagCache *cache)
+{
+    return ListFolderTree(files.path(), {.cache = cache}).value();
+}
+
+void count(benchmark::State &state)
+{
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void firstListing(benchmark::State &state)
+{
+    const Collection &files = collection(state);
+    for (auto _ : state) {
+        TagCache cache;
+        benchmark::DoNotOptimize(listed(files, &cache));
+    }
+    count(state);
+}
+
+void listingAfterOneChange(benchmark::State &state)
+{
+    const Collection &files = collection(state);
+    TagCache cache;
+    listed(files, &cache);
+    std::size_t filesRead = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        files.changeOne();
+        state.ResumeTiming();
+        filesRead = listed(files, &cache).filesRead;
+    }
+    state.counters["filesRead"] = static_cast<double>(filesRead);
+    count(state);
+}
+
+void showRows(benchmark::State &state)
+{
+    const Listing listing = listed(collection(state), nullptr);
+    FileList list;
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::vector<ListRow> rows = listing.rows;
+        state.ResumeTiming();
+        list.setRows(std::move(rows));
+        list.selectAllRows();
+        benchmark::DoNotOptimize(list.visualRect(list.model()->index(0, 0))); // lays the rows out
+    }
+    count(state);
+}
+
+void sortByTitle(benchmark::State &state)
+{
+    FileList list;
+    list.setRows(listed(collection(state), nullptr).rows);
+    for (auto _ : state)
+        list.sortByHeader(static_cast<int>(ListColumn::Title));
+    count(state);
+}
+
+void sortBackHalfSelected(benchmark::State &state)
+{
+    FileList list;
+    list.setRows(listed(collection(state), nullptr).rows);
+    const QItemSelection half(
+        list.model()->index(0, 0), list.model()->index(static_cast<int>(state.range(0)) / 2, ListColumnCount - 1));
+    for (auto _ : state) {
+        state.PauseTiming();
+        list.selectionModel()->select(half, QItemSelectionModel::ClearAndSelect);
+        state.ResumeTiming();
+        list.sortByHeader(static_cast<int>(ListColumn::Track));
+    }
+    count(state);
+}
+
+void selectAll(benchmark::State &state)
+{
+    FileList list;
+    list.setRows(listed(collection(state), nullptr).rows);
+    for (auto _ : state) {
+        list.selectNone();
+        list.selectAllRows();
+        benchmark::DoNotOptimize(list.selectedRows());
+    }
+    count(state);
+}
+
+/// What rows, cache and view hold together; measured in the allocator.
+void memoryOfARow(benchmark::State &state)
+{
+    const Collection &files = collection(state);
+    for (auto _ : state) {
+        const struct mallinfo2 before = ::mallinfo2();
+        TagCache cache;
+        FileList list;
+        list.setRows(listed(files, &cache).rows);
+        list.selectAllRows();
+        benchmark::DoNotOptimize(list.visualRect(list.model()->index(0, 0)));
+        const struct mallinfo2 after = ::mallinfo2();
+        const auto bytes = static_cast<double>((after.uordblks + after.hblkhd) - (before.uordblks + before.hblkhd));
+        state.counters["bytesPerRow"] = bytes / static_cast<double>(state.range(0));
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    using Function = void (*)(benchmark::State &);
+    const std::vector<std::pair<const char *, Function>> all{{"firstListing", firstListing},
+        {"listingAfterOneChange", listingAfterOneChange}, {"showRows", showRows}, {"sortByTitle", sortByTitle},
+        {"sortBackHalfSelected", sortBackHalfSelected}, {"selectAll", selectAll}, {"memoryOfARow", memoryOfARow}};
+    for (const auto &[name, function] : all) {
+        benchmark::RegisterBenchmark(name, function)
+            ->Arg(FewFiles)
+            ->Arg(ManyFiles)
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,256 @@
+// The rows of the list: what each column shows, which names are long, how the columns share the width, that sorting
+// keeps itself up and a row can be moved, what the status bar shows.
+
+#include "files/currentfolder.h"
+#include "files/listmodel.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <numeric>
+
+using namespace ravlin;
+
+class TestListModel : public QObject
+{
+    Q_OBJECT
+
+private:
+    static ListRow row(const QString &text, const QString &artist = {}, const QString &title = {})
+    {
+        ListRow made;
+        made.text = text;
+        made.tag.artist = artist;
+        made.tag.title = title;
+        return made;
+    }
+    static QStringList texts(const ListModel &model)
+    {
+        QStringList texts;
+        for (const ListRow &row : model.rows())
+            texts += row.text;
+        return texts;
+    }
+    static QStringList list(const char *names) { return QString::fromUtf8(names).split(u' '); }
+    static std::vector<ListRow> rows(const char *names)
+    {
+        std::vector<ListRow> made;
+        for (const QString &name : list(names))
+            made.push_back(row(name));
+        return made;
+    }
+
+private Q_SLOTS:
+    void aRowShowsItsEightColumns()
+    {
+        ListModel model;
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        ListRow made = row(QStringLiteral("cd1/tema.mp3"), QStringLiteral("日本"), QStringLiteral("Título"));
+        made.tag.album = QStringLiteral("Al");
+        made.tag.year = QStringLiteral("1999");
+        made.tag.track = QStringLiteral("7");
+        made.tag.hasV2 = true;
+        model.setRows({made});
+        QStringList shown;
+        for (int column = 0; column < model.columnCount(); ++column)
+            shown += model.index(0, column).data().toString();
+        QCOMPARE(shown, list("cd1/tema.mp3 07 Título 日本 Al 1999 no yes"));
+    }
+
+    void headersAreAsTheyAreSet()
+    {
+        ListModel model;
+        QSignalSpy changed(&model, &QAbstractItemModel::headerDataChanged);
+        model.setHeaderText(ListColumn::Title, QStringLiteral("título"));
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(model.headerData(2, Qt::Horizontal).toString(), QStringLiteral("título"));
+        QCOMPARE(model.headerData(6, Qt::Horizontal).toString(), QStringLiteral("id3v1"));
+        QCOMPARE(model.headerData(7, Qt::Horizontal).toString(), QStringLiteral("id3v2"));
+    }
+
+    void aNameOf64CharactersIsPlainAndOneOf65IsLong()
+    {
+        QVERIFY(!hasLongName(QString(64, u'x')));
+        QVERIFY(hasLongName(QString(65, u'x')));
+        QVERIFY(!hasLongName(QString(40, u'x') + u'/' + QString(64, u'é'))); // the prefix does not count
+        QVERIFY(hasLongName(QStringLiteral("a/") + QString(65, u'é')));
+        const QString outsideThePlane = QStringLiteral("𝄞");
+        QVERIFY(!hasLongName(outsideThePlane.repeated(64)));
+        QVERIFY(hasLongName(outsideThePlane.repeated(65)));
+        QVERIFY(hasLongName(QString(65, QChar(0xDCE9)))); // 65 bytes that are no Unicode
+    }
+
+    void namesThatAreNoUnicodeAreShownReadably()
+    {
+        const QString name = QStringLiteral("caf") + QChar(0xDCE9) + QStringLiteral("𝄞.mp3");
+        QCOMPARE(shownName(name), QStringLiteral("caf\uFFFD𝄞.mp3"));
+        ListModel model;
+        model.setRows({row(name)});
+        QCOMPARE(model.rowAt(0).text, name);
+        QCOMPARE(model.index(0, 0).data().toString(), QStringLiteral("caf\uFFFD𝄞.mp3"));
+    }
+
+    void rowsArriveSortedStablyByTheColumnChosenLast()
+    {
+        ListModel model;
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        model.setRows(rows("b C a"));
+        QCOMPARE(texts(model), list("a b C"));
+        model.sortByHeader(3);
+        model.sortByHeader(3);
+        // Another folder comes sorted by artist, descending; those of one artist stay as they were found.
+        model.setRows({row(QStringLiteral("1"), QStringLiteral("A")), row(QStringLiteral("4"), QStringLiteral("b")),
+            row(QStringLiteral("3"), QStringLiteral("B")), row(QStringLiteral("2"), QStringLiteral("c"))});
+        QCOMPARE(texts(model), list("2 4 3 1"));
+        QVERIFY(model.isInOrder());
+    }
+
+    void withoutAutomaticSortingRowsStayAsTheyCome()
+    {
+        ListModel model;
+        model.setAutomaticSorting(false);
+        model.setRows(rows("b C a"));
+        QCOMPARE(texts(model), list("b C a"));
+        QVERIFY(!model.isInOrder());
+    }
+
+    void numericTagsSortOnceByNumber()
+    {
+        ListModel model;
+        model.setLocale(QLocale(QLocale::English));
+        model.setHeaderTag(ListColumn::Artist, QStringLiteral("Numeric"));
+        model.setRows({row(QStringLiteral("a"), QStringLiteral("10")), row(QStringLiteral("b"), QStringLiteral("9"))});
+        QCOMPARE(model.sortByHeader(3), (std::vector<std::size_t>{1, 0}));
+        QCOMPARE(texts(model), list("b a"));
+        QVERIFY(!model.order().automatic);
+    }
+
+    void aMovedRowTakesAllItsColumnsAlong_data()
+    {
+        QTest::addColumn<int>("from");
+        QTest::addColumn<int>("to");
+        QTest::addColumn<QString>("after");
+        QTest::newRow("down") << 0 << 2 << QStringLiteral("b a c d");
+        QTest::newRow("to the end") << 1 << 4 << QStringLiteral("a c d b");
+        QTest::newRow("up") << 3 << 1 << QStringLiteral("a d b c");
+        QTest::newRow("to the start") << 2 << 0 << QStringLiteral("c a b d");
+        QTest::newRow("onto itself") << 2 << 2 << QStringLiteral("a b c d");
+        QTest::newRow("behind itself") << 2 << 3 << QStringLiteral("a b c d");
+        QTest::newRow("from nowhere") << 4 << 0 << QStringLiteral("a b c d");
+        QTest::newRow("too far") << 0 << 5 << QStringLiteral("a b c d");
+    }
+    void aMovedRowTakesAllItsColumnsAlong()
+    {
+        QFETCH(int, from);
+        QFETCH(int, to);
+        QFETCH(QString, after);
+        ListModel model;
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        std::vector<ListRow> made = rows("a b c d");
+        for (ListRow &each : made)
+            each.tag.title = each.text.toUpper();
+        model.setRows(made);
+        const QPersistentModelIndex kept = model.index(from, 2);
+        const QVariant title = kept.data();
+        const bool moves = after != QStringLiteral("a b c d");
+        QCOMPARE(model.moveRowTo(from, to), moves);
+        QCOMPARE(model.isInOrder(), !moves);
+        QCOMPARE(texts(model), after.split(u' '));
+        for (const ListRow &each : model.rows())
+            QCOMPARE(each.tag.title, each.text.toUpper());
+        QCOMPARE(kept.data(), title);
+    }
+
+    void rereadTagsKeepRowsAndOrder()
+    {
+        ListModel model;
+        model.setRows(
+            {row(QStringLiteral("a"), {}, QStringLiteral("1")), row(QStringLiteral("b"), {}, QStringLiteral("2"))});
+        model.sortByHeader(2);
+        ListTag changed;
+        changed.title = QStringLiteral("3");
+        model.setTags({changed, std::nullopt});
+        QCOMPARE(texts(model), list("a b"));
+        QCOMPARE(model.rowAt(0).tag.title, QStringLiteral("3"));
+        QCOMPARE(model.rowAt(1).tag.title, QStringLiteral("2"));
+        QVERIFY(!model.isInOrder());
+    }
+
+    void columnsOfNarrowListsShareItsWholeWidth()
+    {
+        const auto widths = columnWidths(8000);
+        QCOMPARE(widths[0], 2400);
+        QCOMPARE(widths[1], 560);
+        QCOMPARE(widths[2], 1664);
+        QCOMPARE(widths[3], 1184);
+        QCOMPARE(widths[4], 1360);
+        QCOMPARE(widths[5], 800);
+    }
+
+    void columnsOfWideListsShareWhatTheFixedOnesLeave()
+    {
+        const auto widths = columnWidths(11400);
+        QCOMPARE(widths[0], 3500);
+        QCOMPARE(widths[2], 2500);
+        QCOMPARE(widths[3], 1780);
+        QCOMPARE(widths[4], 2100);
+        const auto wider = columnWidths(30000);
+        for (const std::size_t fixed : {1U, 5U, 6U, 7U})
+            QCOMPARE(wider[fixed], widths[fixed]);
+    }
+
+    void aListIsWideFrom600TwipsOfTrackColumnOn()
+    {
+        QCOMPARE(columnWidths(8571)[0], 2571); // 0.07 of it is 599.97
+        QCOMPARE(columnWidths(8572)[0], 2510);
+    }
+
+    void aDropFallsBetweenTheNearestRows()
+    {
+        QCOMPARE(dropPosition(-50, 0, 20, 5), 0);
+        QCOMPARE(dropPosition(9, 0, 20, 5), 0);
+        QCOMPARE(dropPosition(11, 0, 20, 5), 1);
+        QCOMPARE(dropPosition(95, 0, 20, 5), 5);
+        QCOMPARE(dropPosition(4000, 0, 20, 5), 5);
+        QCOMPARE(dropPosition(5, -40, 20, 5), 2); // two rows are scrolled out of sight
+        QCOMPARE(dropPosition(5, 0, 0, 0), 0);
+    }
+
+    void theStatusBarCountsRowsAndNamesTheCurrentFile()
+    {
+        const StatusTexts texts =
+            statusTexts(12, QStringLiteral("archivos"), QStringLiteral("/m/"), QStringLiteral("cd1/a.mp3"));
+        QCOMPARE(texts.panel1, QStringLiteral("12 archivos"));
+        QCOMPARE(texts.panel2, QStringLiteral("/m/cd1/a.mp3"));
+        const StatusTexts none = statusTexts(0, QStringLiteral("files"), QStringLiteral("/m/"), {});
+        QVERIFY(none.panel1.isEmpty() && none.panel2.isEmpty());
+    }
+
+    void enteringAFolderKeepsItsPathsAndClearsTheCancelledFlag()
+    {
+        ProgramState state;
+        platform::FileSystem &native = platform::FileSystem::native();
+        state.cancelled = true;
+        enterFolder(state, QStringLiteral("/tmp"), native);
+        QCOMPARE(state.currentFolder, QStringLiteral("/tmp/"));
+        QCOMPARE(state.currentFolderAsChosen, QStringLiteral("/tmp"));
+        QCOMPARE(state.freeMegabytes > 0, native.freeBytes(QStringLiteral("/tmp")).value() >= 1024 * 1024);
+        QVERIFY(!state.cancelled);
+        state.cancelled = true;
+        enterFolder(state, QStringLiteral("/tmp"), native); // a refresh
+        QVERIFY(state.cancelled);
+        enterFolder(state, QStringLiteral("/"), native);
+        QCOMPARE(state.currentFolder, QStringLiteral("/"));
+        QVERIFY(!state.cancelled);
+    }
+
+    void aFolderThatCannotBeListedHasNoRows()
+    {
+        QVERIFY(RefreshList(QStringLiteral("/no/such/folder/")).rows.empty());
+        QVERIFY(RefreshListTree(QStringLiteral("/no/such/folder/")).rows.empty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestListModel)
+#include "tst_listmodel.moc"

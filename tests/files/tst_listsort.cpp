@@ -1,0 +1,108 @@
+// Sorting by a column: which order a click on a header chooses, and how texts, numbers and dates compare.
+
+#include "files/listsort.h"
+
+#include <QStringList>
+#include <QTest>
+
+using namespace ravlin;
+
+class TestListSort : public QObject
+{
+    Q_OBJECT
+
+private:
+    static QStringList sorted(const QStringList &values, SortKind kind, Qt::SortOrder order = Qt::AscendingOrder,
+        const QLocale &locale = QLocale(QLocale::Spanish, QLocale::Spain))
+    {
+        QStringList result;
+        const auto text = [&](std::size_t i) { return values[static_cast<qsizetype>(i)]; };
+        for (const std::size_t position :
+            sortedPositions(static_cast<std::size_t>(values.size()), text, kind, order, locale))
+            result += values[static_cast<qsizetype>(position)];
+        return result;
+    }
+    static QStringList words(const char *text) { return QString::fromUtf8(text).split(u' '); }
+
+private Q_SLOTS:
+    void aSecondClickReversesAndAThirdReversesBack()
+    {
+        ListOrder order; // by file name
+        order = SortListView(order, 2, {});
+        QCOMPARE(order, (ListOrder{2, Qt::AscendingOrder, true}));
+        order = SortListView(order, 2, {});
+        QCOMPARE(order, (ListOrder{2, Qt::DescendingOrder, true}));
+        order = SortListView(order, 2, {});
+        QCOMPARE(order, (ListOrder{2, Qt::AscendingOrder, true}));
+    }
+
+    void anotherColumnStartsAscendingWhateverTheOrderWas()
+    {
+        QCOMPARE(SortListView({2, Qt::DescendingOrder, true}, 3, {}), (ListOrder{3, Qt::AscendingOrder, true}));
+        QCOMPARE(SortListView({2, Qt::AscendingOrder, true}, 3, {}), (ListOrder{3, Qt::AscendingOrder, true}));
+    }
+
+    void numbersAndDatesAreSortedOnce()
+    {
+        QCOMPARE(SortListView({}, 3, u"NUMERIC").automatic, false);
+        QCOMPARE(SortListView({}, 3, u"Date").automatic, false);
+        QCOMPARE(SortListView({3, Qt::AscendingOrder, false}, 3, u"other"), (ListOrder{3, Qt::DescendingOrder, true}));
+        QCOMPARE(sortKindFromTag(u"numeric"), SortKind::Numeric);
+        QCOMPARE(sortKindFromTag(u"date"), SortKind::Date);
+        QCOMPARE(sortKindFromTag(u" date"), SortKind::Text);
+        QCOMPARE(sortKindFromTag({}), SortKind::Text);
+    }
+
+    void trackValues01And02And10SortAsNumbersDo()
+    {
+        QCOMPARE(sorted(words("10 02 01"), SortKind::Text), words("01 02 10"));
+    }
+
+    void textIgnoresCaseAndPutsAccentsBesideTheirLetters()
+    {
+        QCOMPARE(sorted(words("b Álbum c A álbum alba B"), SortKind::Text), words("A alba Álbum álbum b B c"));
+        QCOMPARE(sorted(words("b A c"), SortKind::Text, Qt::AscendingOrder, QLocale::c()), words("A b c"));
+        QCOMPARE(sorted(words("日本 z あ Z"), SortKind::Text, Qt::DescendingOrder).size(), 4);
+    }
+
+    void equalValuesKeepTheirOrderBothWays()
+    {
+        QCOMPARE(sorted(words("x B a b A X"), SortKind::Text), words("a A B b x X"));
+        QCOMPARE(sorted(words("x B a b A X"), SortKind::Text, Qt::DescendingOrder), words("x X B b a A"));
+        QCOMPARE(sorted(words("1 01 0 1,0"), SortKind::Numeric, Qt::DescendingOrder), words("1 01 1,0 0"));
+    }
+
+    void numbersAreReadAsTheLocaleWritesThem()
+    {
+        QCOMPARE(sorted(words("1.000 9 10,5 -3 x 10"), SortKind::Numeric), words("x -3 9 10 10,5 1.000"));
+        QCOMPARE(sorted(words("1,000 9 10.5"), SortKind::Numeric, Qt::AscendingOrder, QLocale(QLocale::English)),
+            words("9 10.5 1,000"));
+    }
+
+    void datesAreReadAsTheLocaleWritesThem()
+    {
+        const QLocale spain(QLocale::Spanish, QLocale::Spain);
+        const QLocale states(QLocale::English, QLocale::UnitedStates);
+        for (const QLocale &locale : {spain, states}) {
+            QStringList dates;
+            for (const QDate date : {QDate(2003, 1, 12), QDate(2003, 12, 1), QDate(2003, 2, 3)})
+                dates += locale.toString(date, QLocale::LongFormat);
+            QCOMPARE(
+                sorted(dates, SortKind::Date, Qt::AscendingOrder, locale), QStringList({dates[0], dates[2], dates[1]}));
+        }
+        QCOMPARE(sorted({QStringLiteral("2003-12-01"), QStringLiteral("no date"), QStringLiteral("2003-01-12T10:00")},
+                     SortKind::Date),
+            QStringList({QStringLiteral("no date"), QStringLiteral("2003-01-12T10:00"), QStringLiteral("2003-12-01")}));
+    }
+
+    void manyValuesComeOutAsFewDo()
+    {
+        const auto text = [](std::size_t i) { return QString::number(i * 7919 % 20011).rightJustified(6, u'0'); };
+        const auto positions = sortedPositions(20011, text, SortKind::Text, Qt::AscendingOrder);
+        for (std::size_t i = 1; i < positions.size(); ++i)
+            QVERIFY(text(positions[i - 1]) < text(positions[i]));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestListSort)
+#include "tst_listsort.moc"

@@ -1,0 +1,240 @@
+// The tree of folders: order, arrows, hidden, unreadable and oddly named folders, paths that do not exist, refreshing,
+// and what its keys report.
+
+#include "files/ui/foldertree.h"
+#include "platform/filesystem.h"
+
+#include <QAbstractItemModelTester>
+#include <QDir>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace ravlin;
+
+class TestFolderTree : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<FolderTree> m_tree;
+    std::unique_ptr<QAbstractItemModelTester> m_tester;
+
+    QString at(const QString &name) const { return m_folder->path() + u'/' + name; }
+    void make(const char *name) const { QDir(m_folder->path()).mkpath(QString::fromUtf8(name)); }
+    void open()
+    {
+        m_tree = std::make_unique<FolderTree>(
+            std::vector<FolderRoot>{{m_folder->path(), FolderRoot::Kind::Home}, {QStringLiteral("/"), {}}});
+        m_tester = std::make_unique<QAbstractItemModelTester>(
+            m_tree->model(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+    }
+    QModelIndex root() const { return m_tree->model()->index(0, 0); }
+    QStringList childrenOf(const QModelIndex &parent) const
+    {
+        QAbstractItemModel *model = m_tree->model();
+        if (model->canFetchMore(parent))
+            model->fetchMore(parent);
+        QStringList names;
+        for (int row = 0; row < model->rowCount(parent); ++row)
+            names += model->index(row, 0, parent).data().toString();
+        return names;
+    }
+    static QStringList list(const char *names) { return QString::fromUtf8(names).split(u' '); }
+
+private Q_SLOTS:
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+    void cleanup()
+    {
+        m_tester.reset();
+        m_tree.reset();
+    }
+
+    void foldersComeWithoutRegardToCaseAndHiddenOnesNotAtAll()
+    {
+        for (const char *name : {"b", "A", "c", ".hidden", "B2"})
+            make(name);
+        QFile file(at(QStringLiteral("file")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        open();
+        QCOMPARE(childrenOf(root()), list("A b B2 c"));
+    }
+
+    void onlyFoldersWithVisibleSubfoldersCanBeOpened()
+    {
+        make("full/sub");
+        make("empty");
+        make("secret/.hidden");
+        open();
+        QCOMPARE(childrenOf(root()), list("empty full secret"));
+        QVERIFY(!m_tree->model()->hasChildren(m_tree->model()->index(0, 0, root())));
+        QVERIFY(m_tree->model()->hasChildren(m_tree->model()->index(1, 0, root())));
+        QVERIFY(!m_tree->model()->hasChildren(m_tree->model()->index(2, 0, root())));
+    }
+
+    void aFolderThatCannotBeReadIsTold()
+    {
+        if (::geteuid() == 0)
+            QSKIP("the superuser reads every folder");
+        make("closed/sub");
+        QCOMPARE(::chmod(qPrintable(at(QStringLiteral("closed"))), 0), 0);
+        open();
+        childrenOf(root());
+        const QModelIndex closed = m_tree->model()->index(0, 0, root());
+        QVERIFY(!closed.data(FolderModel::ReadableRole).toBool());
+        QVERIFY(!m_tree->model()->hasChildren(closed));
+        ::chmod(qPrintable(at(QStringLiteral("closed"))), 0700);
+    }
+
+    void aPathIsOpenedAndAnnouncedOnce()
+    {
+        make("a/b/c");
+        open();
+        QSignalSpy changes(m_tree.get(), &FolderTree::pathChanged);
+        QCOMPARE(m_tree->path(), QString());
+        QVERIFY(m_tree->setPath(at(QStringLiteral("a/b/"))));
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a/b")));
+        QCOMPARE(changes.count(), 1);
+        QCOMPARE(changes.front().front().toString(), at(QStringLiteral("a/b")));
+        QVERIFY(m_tree->isExpanded(root()));
+        QVERIFY(m_tree->setPath(at(QStringLiteral("a//b/c/.."))));
+        QCOMPARE(changes.count(), 1);
+        QVERIFY(m_tree->setPath(QStringLiteral("/")));
+        QCOMPARE(m_tree->path(), QStringLiteral("/"));
+        QCOMPARE(changes.count(), 2);
+    }
+
+    void aPathThatIsGoneGivesItsNearestAncestor()
+    {
+        make("a/b");
+        open();
+        QVERIFY(!m_tree->setPath(at(QStringLiteral("a/none/deeper"))));
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a")));
+        QFile file(at(QStringLiteral("a/file")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(!m_tree->setPath(at(QStringLiteral("a/file"))));
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a")));
+        QVERIFY(!m_tree->setPath(QStringLiteral("/no such folder")));
+        QCOMPARE(m_tree->path(), QStringLiteral("/"));
+    }
+
+    void hiddenNewAndOddlyNamedFoldersAreFound()
+    {
+        make("a");
+        open();
+        childrenOf(root());
+        make(".hidden/inside");
+        make("new");
+        const QString odd = at(QStringLiteral("caf") + QChar(0xDCE9));
+        QCOMPARE(::mkdir(platform::encodePath(odd).constData(), 0700), 0);
+        QVERIFY(m_tree->setPath(at(QStringLiteral(".hidden/inside"))));
+        QCOMPARE(m_tree->path(), at(QStringLiteral(".hidden/inside")));
+        QVERIFY(m_tree->setPath(at(QStringLiteral("new"))));
+        QVERIFY(m_tree->setPath(odd));
+        QCOMPARE(m_tree->path(), odd);
+        QCOMPARE(childrenOf(root()), list(".hidden a caf\uFFFD new"));
+        m_tree->refresh();
+        QCOMPARE(childrenOf(root()), list(".hidden a caf\uFFFD new"));
+    }
+
+    void linksInACircleCanBeFollowed()
+    {
+        make("a");
+        QCOMPARE(::symlink("..", qPrintable(at(QStringLiteral("a/up")))), 0);
+        open();
+        QVERIFY(m_tree->setPath(at(QStringLiteral("a/up/a/up"))));
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a/up/a/up")));
+    }
+
+    void aRefreshKeepsWhatIsOpenAndSelected()
+    {
+        make("a/b/c");
+        make("x");
+        open();
+        m_tree->setPath(at(QStringLiteral("a/b")));
+        QSignalSpy changes(m_tree.get(), &FolderTree::pathChanged);
+        make("A0");
+        make("a/a");
+        make("x/y");
+        QDir(at(QStringLiteral("a/b/c"))).removeRecursively();
+        m_tree->refresh();
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a/b")));
+        QCOMPARE(childrenOf(root()), list("a A0 x"));
+        QCOMPARE(childrenOf(m_tree->model()->index(0, 0, root())), list("a b"));
+        QVERIFY(m_tree->isExpanded(m_tree->model()->index(0, 0, root())));
+        QVERIFY(!m_tree->model()->hasChildren(m_tree->currentIndex()));
+        QVERIFY(m_tree->model()->hasChildren(m_tree->model()->index(2, 0, root())));
+        QCOMPARE(changes.count(), 0);
+    }
+
+    void aRefreshAfterTheSelectedFolderIsGoneSelectsItsNearestAncestor()
+    {
+        make("a/b/c");
+        make("z");
+        open();
+        m_tree->setPath(at(QStringLiteral("a/b/c")));
+        QSignalSpy changes(m_tree.get(), &FolderTree::pathChanged);
+        QDir(at(QStringLiteral("a/b"))).removeRecursively();
+        m_tree->refresh();
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a")));
+        QCOMPARE(changes.count(), 1);
+        QCOMPARE(changes.front().front().toString(), at(QStringLiteral("a")));
+    }
+
+    void keysReportWhenReleasedAndF5Refreshes()
+    {
+        make("a");
+        open();
+        m_tree->setPath(at(QString()));
+        QSignalSpy deletes(m_tree.get(), &FolderTree::deleteRequested);
+        QSignalSpy lists(m_tree.get(), &FolderTree::listTreeRequested);
+        QTest::keyPress(m_tree.get(), Qt::Key_F2);
+        QTest::keyPress(m_tree.get(), Qt::Key_Delete);
+        QCOMPARE(deletes.count() + lists.count(), 0);
+        QTest::keyRelease(m_tree.get(), Qt::Key_F2);
+        QCOMPARE(lists.count(), 1);
+        QTest::keyRelease(m_tree.get(), Qt::Key_Delete);
+        QCOMPARE(deletes.count(), 1);
+        childrenOf(root());
+        make("b");
+        QTest::keyClick(m_tree.get(), Qt::Key_F5);
+        QCOMPARE(childrenOf(root()), list("a b"));
+    }
+
+    void aClickOnAFolderAnnouncesItAndFocusAloneDoesNot()
+    {
+        make("a");
+        open();
+        m_tree->expand(root());
+        m_tree->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_tree.get()));
+        QSignalSpy changes(m_tree.get(), &FolderTree::pathChanged);
+        m_tree->setFocus(Qt::TabFocusReason);
+        QCOMPARE(changes.count(), 0);
+        QCOMPARE(m_tree->path(), QString());
+        const QPoint place = m_tree->visualRect(m_tree->model()->index(0, 0, root())).center();
+        QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(changes.count(), 1);
+        QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, Qt::ControlModifier, place);
+        QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, QPoint(5, m_tree->viewport()->height() - 5));
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a")));
+        QCOMPARE(changes.count(), 1);
+    }
+
+    void theUsualPlacesExistAndTellTheirKind()
+    {
+        const std::vector<FolderRoot> roots = standardFolderRoots();
+        QVERIFY(roots.size() >= 2);
+        QVERIFY(roots.front().kind == FolderRoot::Kind::Home);
+        QCOMPARE(roots.back().path, QStringLiteral("/"));
+        for (const FolderRoot &root : roots)
+            QVERIFY(QDir(root.path).exists());
+    }
+};
+
+QTEST_MAIN(TestFolderTree)
+#include "tst_foldertree.moc"
