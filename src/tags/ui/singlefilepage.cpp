@@ -8,6 +8,7 @@
 #include "tags/ui/digitsedit.h"
 #include "tags/ui/elidedlabel.h"
 #include "tags/ui/streampanel.h"
+#include "tags/ui/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -30,6 +31,7 @@ constexpr int CaptionSave = 18;
 constexpr int CaptionRemoveV1 = 51;
 constexpr int CaptionRemoveV2 = 52;
 constexpr int CaptionLowSpace = 86;
+constexpr int MaximumLetters = 180; ///< width of the page in average letters
 
 template <typename Control>
 Control *made(const char *name, QWidget *parent)
@@ -90,6 +92,7 @@ void SingleFilePage::createControls()
     for (QLineEdit *edit : {Ttitulo, tartista, talbum, tcomentarios})
         edit->setMaxLength(std::numeric_limits<int>::max());
     cestilo->addItems(genreListEntries());
+    guardAgainstWheel(cestilo);
     QFont bold = m_fileName->font();
     bold.setBold(true);
     m_fileName->setFont(bold);
@@ -133,7 +136,8 @@ QWidget *SingleFilePage::createContent()
     side->addWidget(eliminav2);
 
     auto *line = new QFrame(content);
-    line->setFrameStyle(QFrame::VLine | QFrame::Sunken);
+    line->setFrameStyle(QFrame::VLine | QFrame::Plain);
+    line->setForegroundRole(QPalette::Mid);
     auto *upper = new QHBoxLayout;
     upper->addLayout(fields, 1);
     upper->addWidget(line);
@@ -147,6 +151,8 @@ QWidget *SingleFilePage::createContent()
     rows->addLayout(upper);
     rows->addLayout(foot);
     rows->addStretch();
+    // On a wide screen the eye should not have to travel from a field to its button.
+    content->setMaximumWidth(fontMetrics().averageCharWidth() * MaximumLetters);
     return content;
 }
 
@@ -245,7 +251,12 @@ void SingleFilePage::selectionChanged()
     const Captions &captions = m_context.captions;
     const qsizetype count = m_context.owner.selectedCount();
     const bool many = count > 1;
-    m_hint->setText(many && edita->isEnabled() ? captions.text(Text::HintManyFiles).arg(count) : QString());
+    QString hint;
+    if (many)
+        hint = captions.text(Text::HintManyFiles).arg(count);
+    else if (count == 0)
+        hint = captions.text(Text::HintNoFile);
+    m_hint->setText(edita->isEnabled() ? hint : QString());
     edita->setToolTip(many ? captions.text(Text::TipSaveManyFiles).arg(count) : captions.text(Text::TipSaveOneFile));
     edita->setAccessibleDescription(edita->toolTip());
 }

@@ -1,0 +1,555 @@
+// The page that edits one file's tag, by its real controls over real files: what it shows, what it saves into which
+// files, stepping through the list, removing tags, and what happens when a file fails or space runs out.
+
+#include "app/idiomas.h"
+#include "support/gatedfilesystem.h"
+#include "support/mp3builder.h"
+#include "tags/tagstore.h"
+#include "tags/ui/digitsedit.h"
+#include "tags/ui/fakepageowner.h"
+#include "tags/ui/singlefilepage.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace ravlin;
+using namespace ravlin::test;
+
+class tst_singlefilepage : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    ProgramState m_state;
+    TagStore m_store{m_state, platform::FileSystem::native()};
+    Captions m_captions;
+    FakePageOwner m_owner;
+    std::unique_ptr<SingleFilePage> m_page;
+
+    /// A file of that name, which becomes the list's last row.
+    QString addFile(const QString &name, const QByteArray &content = audio())
+    {
+        const QString path = writeFile(m_folder->path(), name, content);
+        m_owner.rows << path;
+        return path;
+    }
+    TagRecord read(const QString &path) const
+    {
+        TagRecord record;
+        (void)m_store.ReadTag(path, record);
+        return record;
+    }
+    template <typename Control>
+    Control *control(const char *name) const
+    {
+        auto *found = m_page->findChild<Control *>(QLatin1String(name));
+        if (!found)
+            qFatal("no control %s", name);
+        return found;
+    }
+    QString text(const char *name) const { return control<QLineEdit>(name)->text(); }
+    void setText(const char *name, const QString &text) const { control<QLineEdit>(name)->setText(text); }
+    QString label(const char *name) const { return control<QLabel>(name)->text(); }
+    bool isEnabled(const char *name) const { return control<QWidget>(name)->isEnabled(); }
+    void press(const char *name) const { control<QPushButton>(name)->click(); }
+    void clickRow(qsizetype row)
+    {
+        m_owner.click(row);
+        m_page->ShowCurrent();
+    }
+    void convertBy(int entry) const
+    {
+        control<QCheckBox>("op4_2")->setChecked(true);
+        control<QComboBox>("ccase_2")->setCurrentIndex(entry);
+    }
+    static QByteArray tagged(const QString &title, const QString &artist = {})
+    {
+        return id3v2(3, textFrame(3, "TIT2", title) + textFrame(3, "TPE1", artist)) + audio();
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_state = ProgramState{};
+        m_state.freeMegabytes = 100000;
+        m_captions = Captions();
+        m_captions.fill();
+        m_owner = FakePageOwner();
+        m_page = std::make_unique<SingleFilePage>(SingleFilePageContext{m_owner, m_state, m_store, m_captions});
+    }
+
+    // What the page shows
+
+    void atFirstNothingIsShownAndNothingCanBeSaved()
+    {
+        for (const char *name : {"edita", "nfile", "pfile", "eliminav1", "eliminav2"})
+            QVERIFY2(!isEnabled(name), name);
+        for (const char *name : {"Ttitulo", "tartista", "talbum", "ta_o", "Tpista", "tcomentarios"})
+            QCOMPARE(text(name), QString());
+        QVERIFY(!control<QCheckBox>("op4_2")->isChecked());
+        QCOMPARE(control<QComboBox>("ccase_2")->currentIndex(), 1);
+    }
+
+    void theListsHoldTheirEntries()
+    {
+        const auto *genres = control<QComboBox>("cestilo");
+        QCOMPARE(genres->count(), 127);
+        QCOMPARE(genres->itemText(0), QString());
+        QCOMPARE(genres->itemText(1), u"Blues"_s);
+        QCOMPARE(genres->itemText(126), u"DanceHall"_s);
+        QVERIFY(!genres->isEditable());
+        const auto *cases = control<QComboBox>("ccase_2");
+        QCOMPARE(cases->count(), 3);
+        for (int entry = 0; entry < 3; ++entry)
+            QCOMPARE(cases->itemData(entry).toInt(), 10 + entry);
+    }
+
+    void theCurrentRowsTagIsShown()
+    {
+        addFile(u"a.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"Human Behaviour"_s) + textFrame(3, "TPE1", u"Björk"_s) +
+                                         textFrame(3, "TALB", u"Debut"_s) + textFrame(3, "TYER", u"1993"_s) +
+                                         textFrame(3, "TRCK", u"1"_s) + textFrame(3, "TCON", u"(52)"_s) +
+                                         commentFrame(3, u"from CD"_s)) +
+                                audio());
+        clickRow(0);
+        QCOMPARE(text("Ttitulo"), u"Human Behaviour"_s);
+        QCOMPARE(text("tartista"), u"Björk"_s);
+        QCOMPARE(text("talbum"), u"Debut"_s);
+        QCOMPARE(text("ta_o"), u"1993"_s);
+        QCOMPARE(text("Tpista"), u"1"_s);
+        QCOMPARE(text("tcomentarios"), u"from CD"_s);
+        QCOMPARE(control<QComboBox>("cestilo")->currentText(), u"Electronic"_s);
+        for (const char *name : {"edita", "nfile", "pfile"})
+            QVERIFY2(isEnabled(name), name);
+        QVERIFY(!isEnabled("eliminav1"));
+        QVERIFY(isEnabled("eliminav2"));
+        QCOMPARE(label("fileName"), u"a.mp3"_s);
+    }
+
+    void eachRemoveButtonIsEnabledExactlyWhenTheFileHasThatTag_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("v1");
+        QTest::addColumn<bool>("v2");
+        QTest::newRow("none") << audio() << false << false;
+        QTest::newRow("id3v1") << audio() + id3v1({.title = "x"}) << true << false;
+        QTest::newRow("id3v2") << tagged(u"x"_s) << false << true;
+        QTest::newRow("both") << tagged(u"x"_s) + id3v1({.title = "x"}) << true << true;
+    }
+    void eachRemoveButtonIsEnabledExactlyWhenTheFileHasThatTag()
+    {
+        QFETCH(QByteArray, content);
+        addFile(u"a.mp3"_s, content);
+        clickRow(0);
+        QTEST(isEnabled("eliminav1"), "v1");
+        QTEST(isEnabled("eliminav2"), "v2");
+    }
+
+    void theStreamInformationIsShown()
+    {
+        const QByteArray content = audio(100);
+        addFile(u"a.mp3"_s, content);
+        clickRow(0);
+        QTRY_COMPARE(label("mode"), u"128 kbps"_s);
+        QCOMPARE(label("time"), u"2.612 s"_s);
+        QCOMPARE(label("frequency"), u"44100 hz"_s);
+        QCOMPARE(label("size"), u"%1 bytes"_s.arg(content.size()));
+    }
+
+    void aSlowStreamComesLaterAndNeverBesideAnotherFilesTag()
+    {
+        GatedFileSystem fileSystem;
+        addFile(u"1.mp3"_s, tagged(u"one"_s) + audio(1));
+        addFile(u"2.mp3"_s, tagged(u"two"_s) + audio(2));
+        const QString second = u"%1 bytes"_s.arg(QFile(m_owner.rows.at(1)).size());
+        m_page.reset();
+        m_page =
+            std::make_unique<SingleFilePage>(SingleFilePageContext{m_owner, m_state, m_store, m_captions, fileSystem});
+        clickRow(0);
+        QCOMPARE(text("Ttitulo"), u"one"_s);
+        QCOMPARE(label("size"), QString());
+        clickRow(1);
+        fileSystem.letThrough(2);
+        QTRY_COMPARE(label("size"), second);
+        QCOMPARE(text("Ttitulo"), u"two"_s);
+    }
+
+    void aGenreThatIsNotInTheListShowsTheEmptyEntry()
+    {
+        addFile(u"1.mp3"_s, id3v2(3, textFrame(3, "TCON", u"Ska"_s)) + audio());
+        addFile(u"2.mp3"_s, id3v2(3, textFrame(3, "TCON", u"Chamber Ska"_s)) + audio());
+        clickRow(0);
+        QCOMPARE(control<QComboBox>("cestilo")->currentText(), u"Ska"_s);
+        clickRow(1);
+        QCOMPARE(control<QComboBox>("cestilo")->currentIndex(), 0);
+    }
+
+    void aGenreNumberAboveTheTableStillShowsTheRest()
+    {
+        addFile(u"a.mp3"_s, audio() + id3v1({.title = "x", .genre = 200}));
+        clickRow(0);
+        QCOMPARE(text("Ttitulo"), u"x"_s);
+        QCOMPARE(control<QComboBox>("cestilo")->currentIndex(), 0);
+        QVERIFY(isEnabled("eliminav1"));
+    }
+
+    void afterAListingThePageIsEmptyAgain()
+    {
+        addFile(u"a.mp3"_s, tagged(u"x"_s, u"y"_s));
+        clickRow(0);
+        control<QComboBox>("cestilo")->setCurrentIndex(5);
+        m_page->reset();
+        for (const char *name : {"edita", "nfile", "pfile", "eliminav1", "eliminav2"})
+            QVERIFY2(!isEnabled(name), name);
+        for (const char *name : {"Ttitulo", "tartista", "talbum", "ta_o", "Tpista", "tcomentarios"})
+            QCOMPARE(text(name), QString());
+        QCOMPARE(control<QComboBox>("cestilo")->currentIndex(), 0);
+        for (const char *name : {"mode", "time", "frequency", "size", "fileName"})
+            QCOMPARE(label(name), QString());
+    }
+
+    void withoutACurrentRowThePageIsEmpty()
+    {
+        addFile(u"a.mp3"_s, tagged(u"x"_s));
+        clickRow(0);
+        m_owner.current = -1;
+        m_page->ShowCurrent();
+        QVERIFY(!isEnabled("edita"));
+        QCOMPARE(text("Ttitulo"), QString());
+    }
+
+    void fileNamesAreShownAsTheyAre()
+    {
+        addFile(u"<b>R&B<b> & more.mp3"_s);
+        clickRow(0);
+        m_page->resize(900, 300);
+        m_page->show();
+        QCOMPARE(label("fileName"), u"<b>R&B<b> & more.mp3"_s);
+        QCOMPARE(control<QLabel>("fileName")->textFormat(), Qt::PlainText);
+        QVERIFY(control<QLabel>("fileName")->toolTip().contains(u"&lt;b&gt;R&amp;B&lt;"_s));
+    }
+
+    // Saving
+
+    void withThreeRowsSelectedEditaGivesAllThreeFilesTheSameTitleArtistAndTrack()
+    {
+        addFile(u"1.mp3"_s, tagged(u"one"_s));
+        addFile(u"2.mp3"_s, tagged(u"two"_s));
+        addFile(u"3.mp3"_s);
+        const QByteArray untouched = tagged(u"four"_s);
+        addFile(u"4.mp3"_s, untouched);
+        clickRow(1);
+        m_owner.selected = {2, 0, 1};
+        setText("Ttitulo", u"Title"_s);
+        setText("tartista", u"Artist"_s);
+        setText("Tpista", u"7"_s);
+        press("edita");
+        for (int row = 0; row < 3; ++row) {
+            const TagRecord record = read(m_owner.rows.at(row));
+            QCOMPARE(record.Title, u"Title"_s);
+            QCOMPARE(record.Artist, u"Artist"_s);
+            QCOMPARE(record.Track, u"7"_s);
+        }
+        QCOMPARE(readFile(m_owner.rows.at(3)), untouched);
+        QCOMPARE(m_owner.advanced, m_owner.rows.mid(0, 3)); // in list order
+        QCOMPARE(m_owner.rowCounts, QList<qsizetype>{3});
+        QCOMPARE(m_owner.events, (QStringList{u"run"_s, u"refresh"_s}));
+    }
+
+    void allFieldsAreWrittenAndEmptyOnesRemoved()
+    {
+        const QString path =
+            addFile(u"a.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"old"_s) + textFrame(3, "TYER", u"1990"_s) +
+                                             textFrame(3, "TALB", u"album"_s)) +
+                                    audio());
+        clickRow(0);
+        setText("Ttitulo", u"new"_s);
+        setText("talbum", QString());
+        setText("tcomentarios", u"note"_s);
+        control<QComboBox>("cestilo")->setCurrentText(u"Ska"_s);
+        press("edita");
+        const TagRecord record = read(path);
+        QCOMPARE(record.Title, u"new"_s);
+        QCOMPARE(record.Album, QString());
+        QCOMPARE(record.Year, u"1990"_s);
+        QCOMPARE(record.Comment, u"note"_s);
+        QCOMPARE(record.Genre, u"Ska"_s);
+        QVERIFY(!readFile(path).contains("TALB"));
+    }
+
+    void afterSavingTheCurrentRowIsShownAgain()
+    {
+        addFile(u"a.mp3"_s);
+        clickRow(0);
+        setText("Tpista", u"107"_s); // three digits are not written
+        setText("ta_o", u"99"_s);
+        setText("Ttitulo", u"x"_s);
+        m_owner.onRefresh = [this] { m_page->reset(); };
+        press("edita");
+        QCOMPARE(text("Tpista"), QString());
+        QCOMPARE(text("ta_o"), QString());
+        QCOMPARE(text("Ttitulo"), u"x"_s);
+        QVERIFY(isEnabled("edita"));
+        QVERIFY(isEnabled("eliminav2"));
+    }
+
+    void withTheConversionTickedTheBoxesShowTheConvertedTextAfterSaving()
+    {
+        const QString path = addFile(u"a.mp3"_s);
+        clickRow(0);
+        setText("Ttitulo", u"hello world (live)"_s);
+        setText("tartista", u"o'neil"_s);
+        setText("talbum", u"ROCK-N-ROLL"_s);
+        setText("tcomentarios", u"don't stop"_s);
+        convertBy(2);
+        press("edita");
+        QCOMPARE(text("Ttitulo"), u"Hello World (Live)"_s);
+        QCOMPARE(text("tartista"), u"O'neil"_s);
+        QCOMPARE(text("talbum"), u"Rock-N-Roll"_s);
+        QCOMPARE(text("tcomentarios"), u"Don't Stop"_s);
+        QCOMPARE(read(path).Title, u"Hello World (Live)"_s);
+    }
+
+    void laterRowsGetTheAlreadyConvertedText()
+    {
+        addFile(u"1.mp3"_s);
+        addFile(u"2.mp3"_s);
+        clickRow(0);
+        m_owner.selectAll();
+        setText("Ttitulo", u"ßa"_s); // whose capital is two letters, so that twice is not once
+        convertBy(2);
+        press("edita");
+        const QString once = read(m_owner.rows.at(0)).Title;
+        const QString twice = read(m_owner.rows.at(1)).Title;
+        QCOMPARE(once, u"SSa"_s);
+        QCOMPARE(twice, u"Ssa"_s);
+    }
+
+    void aConversionThatIsNotTickedChangesNothing()
+    {
+        const QString path = addFile(u"a.mp3"_s);
+        clickRow(0);
+        setText("Ttitulo", u"MiXed"_s);
+        control<QComboBox>("ccase_2")->setCurrentIndex(0);
+        press("edita");
+        QCOMPARE(read(path).Title, u"MiXed"_s);
+    }
+
+    void aFreeTextGenreIsShownEmptyAndRemovedBySaving()
+    {
+        const QString path = addFile(
+            u"a.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"x"_s) + textFrame(3, "TCON", u"Chamber Ska"_s)) + audio());
+        clickRow(0);
+        QCOMPARE(control<QComboBox>("cestilo")->currentText(), QString());
+        press("edita");
+        QVERIFY(!readFile(path).contains("TCON"));
+        QCOMPARE(read(path).Title, u"x"_s);
+    }
+
+    void textsOfAnyLengthAndWithLineBreaksComeThroughUnchanged()
+    {
+        const QString comment = QString(40000, u'x') + u"\nsecond line"_s;
+        const QString path =
+            addFile(u"a.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"x"_s) + commentFrame(3, comment)) + audio());
+        clickRow(0);
+        setText("Ttitulo", u"y"_s);
+        press("edita");
+        QCOMPARE(read(path).Comment, comment);
+        QCOMPARE(read(path).Title, u"y"_s);
+    }
+
+    void aFailingFileEndsTheLoopSilentlyAndTheListIsRefilledAllTheSame()
+    {
+        addFile(u"1.mp3"_s);
+        m_owner.rows << m_folder->filePath(u"missing.mp3"_s);
+        const QByteArray untouched = tagged(u"three"_s);
+        addFile(u"3.mp3"_s, untouched);
+        clickRow(0);
+        m_owner.selectAll();
+        setText("Ttitulo", u"x"_s);
+        press("edita");
+        QCOMPARE(read(m_owner.rows.at(0)).Title, u"x"_s);
+        QCOMPARE(readFile(m_owner.rows.at(2)), untouched);
+        QCOMPARE(m_owner.events, (QStringList{u"run"_s, u"refresh"_s}));
+    }
+
+    void a10MegabyteFileWith15FreeMegabytesIsRefusedOnceAndTheRestSkipped()
+    {
+        const qint64 tenMegabytes = 10 * 1024 * 1024;
+        for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s}) {
+            const QString path = addFile(name, tagged(u"old"_s));
+            QVERIFY(QFile::resize(path, tenMegabytes));
+        }
+        m_state.freeMegabytes = 15;
+        clickRow(0);
+        m_owner.selectAll();
+        setText("Ttitulo", u"new"_s);
+        press("edita");
+        QCOMPARE(m_owner.events, (QStringList{u"run"_s, u"error low disk space, operation cancelled"_s, u"refresh"_s}));
+        QCOMPARE(m_owner.advanced.size(), 1);
+        QVERIFY(m_state.cancelled);
+        for (const QString &path : m_owner.rows)
+            QCOMPARE(read(path).Title, u"old"_s);
+    }
+
+    void theRefusalSpeaksTheCurrentLanguage()
+    {
+        addFile(u"a.mp3"_s);
+        m_captions.setLanguageName(u"french"_s);
+        m_captions.fill();
+        m_state.freeMegabytes = 1;
+        clickRow(0);
+        press("edita");
+        QCOMPARE(m_owner.events.at(1), u"error espace disque faible, opération annulée"_s);
+    }
+
+    void onceCancelledNoRowIsTaken()
+    {
+        const QByteArray content = tagged(u"old"_s);
+        const QString path = addFile(u"a.mp3"_s, content);
+        m_state.cancelled = true;
+        clickRow(0);
+        setText("Ttitulo", u"new"_s);
+        press("edita");
+        QCOMPARE(readFile(path), content);
+        QCOMPARE(m_owner.advanced, QStringList());
+    }
+
+    void thePageTellsHowManyFilesASaveWrites()
+    {
+        addFile(u"1.mp3"_s);
+        addFile(u"2.mp3"_s);
+        addFile(u"3.mp3"_s);
+        clickRow(0);
+        QCOMPARE(label("saveHint"), QString());
+        m_owner.selectAll();
+        m_page->selectionChanged();
+        QCOMPARE(label("saveHint"), u"goes into 3 files"_s);
+        QVERIFY(control<QPushButton>("edita")->toolTip().contains(u"all 3 selected files"_s));
+        m_owner.selected.clear();
+        m_page->selectionChanged();
+        QCOMPARE(label("saveHint"), u"no file is selected"_s);
+        m_page->reset();
+        QCOMPARE(label("saveHint"), QString());
+    }
+
+    // Next and previous
+
+    void nextAndPreviousShowTheNeighbourAndSaveNothing()
+    {
+        const QByteArray one = tagged(u"one"_s);
+        addFile(u"1.mp3"_s, one);
+        addFile(u"2.mp3"_s, tagged(u"two"_s));
+        clickRow(0);
+        setText("Ttitulo", u"changed"_s);
+        press("nfile");
+        QCOMPARE(text("Ttitulo"), u"two"_s);
+        QCOMPARE(m_owner.selected, QSet<qsizetype>{1});
+        press("pfile");
+        QCOMPARE(text("Ttitulo"), u"one"_s);
+        QCOMPARE(m_owner.selected, QSet<qsizetype>{0});
+        QCOMPARE(readFile(m_owner.rows.at(0)), one);
+        QCOMPARE(m_owner.events, QStringList());
+    }
+
+    void nfileOnTheLastRowAndPfileOnTheFirstDoNothingButMoveTheFocus()
+    {
+        addFile(u"1.mp3"_s, tagged(u"one"_s));
+        addFile(u"2.mp3"_s, tagged(u"two"_s));
+        m_page->show();
+        QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
+        for (const auto &[row, button] : {std::pair(1, "nfile"), std::pair(0, "pfile")}) {
+            clickRow(row);
+            control<QWidget>("Ttitulo")->setFocus();
+            setText("Ttitulo", u"not saved"_s);
+            press(button);
+            QCOMPARE(text("Ttitulo"), u"not saved"_s);
+            QCOMPARE(m_owner.current, row);
+            QVERIFY(control<QWidget>("tartista")->hasFocus());
+        }
+    }
+
+    // Removing tags
+
+    void theQuestionIsTheButtonsCaptionAndAnythingButYesEndsTheCommand()
+    {
+        const QByteArray content = tagged(u"x"_s) + id3v1({.title = "x"});
+        const QString path = addFile(u"a.mp3"_s, content);
+        m_owner.answer = false;
+        clickRow(0);
+        press("eliminav1");
+        press("eliminav2");
+        QCOMPARE(m_owner.events, (QStringList{u"ask remove id3v1 tag?"_s, u"ask remove id3v2 tag?"_s}));
+        QCOMPARE(readFile(path), content);
+    }
+
+    void aTagKindIsRemovedFromEverySelectedFileInListOrder()
+    {
+        for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s})
+            addFile(name, tagged(u"x"_s) + id3v1({.title = "x"}));
+        clickRow(2);
+        m_owner.selected = {2, 0};
+        press("eliminav1");
+        QCOMPARE(m_owner.events, (QStringList{u"ask remove id3v1 tag?"_s, u"run"_s, u"refresh"_s}));
+        QCOMPARE(m_owner.rowCounts, QList<qsizetype>{2});
+        QCOMPARE(m_owner.advanced, (QStringList{m_owner.rows.at(0), m_owner.rows.at(2)}));
+        QCOMPARE(readFile(m_owner.rows.at(0)), tagged(u"x"_s));
+        QCOMPARE(readFile(m_owner.rows.at(2)), tagged(u"x"_s));
+        QVERIFY(read(m_owner.rows.at(1)).HasV1);
+        QVERIFY(!isEnabled("eliminav1")); // the current row is shown again
+        QVERIFY(isEnabled("eliminav2"));
+        press("eliminav2");
+        QCOMPARE(readFile(m_owner.rows.at(0)), audio());
+        QVERIFY(!isEnabled("eliminav2"));
+    }
+
+    void aReadOnlyFileIsNotStrippedAndTheOthersAre()
+    {
+        const QByteArray content = tagged(u"x"_s) + id3v1({.title = "x"});
+        for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s})
+            addFile(name, content);
+        QVERIFY(QFile::setPermissions(m_owner.rows.at(1), QFile::ReadOwner));
+        clickRow(0);
+        m_owner.selectAll();
+        press("eliminav1");
+        QVERIFY(!read(m_owner.rows.at(0)).HasV1);
+        QCOMPARE(readFile(m_owner.rows.at(1)), content);
+        QVERIFY(!read(m_owner.rows.at(2)).HasV1);
+        QCOMPARE(m_owner.events.size(), 3); // no message
+    }
+
+    void aReadOnlyFileCanBeTaggedAndStaysReadOnly()
+    {
+        const QString path = addFile(u"a.mp3"_s);
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
+        clickRow(0);
+        setText("Ttitulo", u"x"_s);
+        press("edita");
+        QCOMPARE(read(path).Title, u"x"_s);
+        QVERIFY(!(QFile::permissions(path) & QFile::WriteOwner));
+    }
+
+    void theFlagOfARefusedSaveDoesNotKeepTagsFromBeingRemoved()
+    {
+        addFile(u"a.mp3"_s, audio() + id3v1({.title = "x"}));
+        clickRow(0);
+        m_state.cancelled = true;
+        press("eliminav1");
+        QCOMPARE(readFile(m_owner.rows.at(0)), audio());
+    }
+};
+
+QTEST_MAIN(tst_singlefilepage)
+#include "tst_singlefilepage.moc"
