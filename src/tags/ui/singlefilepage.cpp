@@ -2,6 +2,7 @@
 
 #include "app/idiomas.h"
 #include "app/pageowner.h"
+#include "controls/ui/icons.h"
 #include "tags/tageditor.h"
 #include "tags/tagstore.h"
 #include "tags/ui/conversionbox.h"
@@ -12,6 +13,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -65,6 +67,7 @@ SingleFilePage::SingleFilePage(const SingleFilePageContext &context, QWidget *pa
     setWidget(createContent());
     setTabOrder();
     connectControls();
+    applyIcons();
     applyCaptions();
     reset();
 }
@@ -181,6 +184,22 @@ void SingleFilePage::connectControls()
     connect(&m_streamReader, &StreamDetailsReader::ready, m_streamPanel, &StreamPanel::show);
 }
 
+void SingleFilePage::applyIcons()
+{
+    pfile->setIcon(themedIcon(QStringLiteral("chevron-left"), palette()));
+    nfile->setIcon(themedIcon(QStringLiteral("chevron-right"), palette()));
+    eliminav1->setIcon(themedIcon(QStringLiteral("eraser"), palette()));
+    eliminav2->setIcon(themedIcon(QStringLiteral("eraser"), palette()));
+    edita->setIcon(themedIcon(QStringLiteral("save"), palette()));
+}
+
+void SingleFilePage::changeEvent(QEvent *event)
+{
+    QScrollArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        applyIcons();
+}
+
 void SingleFilePage::applyCaptions()
 {
     const Captions &captions = m_context.captions;
@@ -191,6 +210,7 @@ void SingleFilePage::applyCaptions()
     pfile->setText(captions.text(CaptionPrevious));
     nfile->setText(captions.text(CaptionNext));
     edita->setText(captions.text(CaptionSave));
+    edita->setMinimumWidth(edita->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
     eliminav1->setText(captions.text(CaptionRemoveV1));
     eliminav2->setText(captions.text(CaptionRemoveV2));
     m_conversion->applyCaptions(captions);
@@ -205,6 +225,9 @@ void SingleFilePage::applyCaptions()
     ta_o->setToolTip(captions.text(Text::TipYear));
     Tpista->setToolTip(captions.text(Text::TipTrack));
     selectionChanged();
+    // Otherwise the size hints would be those of the old texts until the next pass of the event loop.
+    widget()->layout()->activate();
+    updateGeometry();
 }
 
 void SingleFilePage::ShowCurrent()
@@ -297,11 +320,13 @@ void SingleFilePage::save()
         convert = [choice](const QString &text) { return applyConversion(ConversionKind::Case, choice, text); };
     PageSave pageSave(m_context.tagStore, page(), convert);
     BatchOutcome outcome;
-    m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
         outcome = runBatch(
             paths, m_context.state, progress, [&pageSave](const QString &path) { return pageSave.save(path); },
             TagWritingPolicy);
     });
+    if (!ran)
+        return;
     showPage(pageSave.page());
     if (outcome.hasError(ErrorCode::LowSpace))
         m_context.owner.showError(m_context.captions.text(CaptionLowSpace));
@@ -320,13 +345,14 @@ void SingleFilePage::removeTag(int caption, Result<void> (TagStore::*remove)(con
     const QStringList paths = m_context.owner.selectedPaths();
     if (!m_context.owner.ask(m_context.captions.text(caption) + u'?'))
         return;
-    m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
         // Files that fail are passed over without a message.
         (void)runBatch(
             paths, m_context.state, progress, [&](const QString &path) { return (m_context.tagStore.*remove)(path); },
             RowByRowPolicy);
     });
-    listAgain();
+    if (ran)
+        listAgain();
 }
 
 void SingleFilePage::listAgain()

@@ -20,6 +20,7 @@ public:
     qsizetype current = -1;
     QSet<qsizetype> selected;
     bool answer = true; ///< to questions
+    bool isBusy = false;
     std::function<void()> onRefresh = [] {};
 
     QStringList events; ///< every call that is more than a question about the rows, in order
@@ -64,8 +65,10 @@ public:
         events << QStringLiteral("refresh");
         onRefresh();
     }
-    void runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) override
+    bool runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) override
     {
+        if (isBusy)
+            return false;
         events << QStringLiteral("run");
         rowCounts << rowCount;
         struct Progress final : BatchProgress
@@ -75,6 +78,7 @@ public:
         } progress;
         std::jthread([&] { work(progress); }).join();
         advanced = progress.paths;
+        return true;
     }
     bool ask(const QString &question) override
     {

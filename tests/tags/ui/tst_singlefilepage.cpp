@@ -427,6 +427,20 @@ private Q_SLOTS:
         QCOMPARE(m_owner.advanced, QStringList());
     }
 
+    void whileOtherWorkIsUnderWayNothingIsDoneAndWhatWasTypedStays()
+    {
+        const QByteArray content = audio() + id3v1({.title = "x"});
+        addFile(u"a.mp3"_s, content);
+        clickRow(0);
+        setText("Ttitulo", u"typed"_s);
+        m_owner.isBusy = true;
+        press("edita");
+        press("eliminav1");
+        QCOMPARE(text("Ttitulo"), u"typed"_s);
+        QCOMPARE(readFile(m_owner.rows.at(0)), content);
+        QCOMPARE(m_owner.events, QStringList(u"ask remove id3v1 tag?"_s));
+    }
+
     void thePageTellsHowManyFilesASaveWrites()
     {
         addFile(u"1.mp3"_s);

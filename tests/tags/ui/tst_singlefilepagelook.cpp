@@ -290,6 +290,16 @@ private Q_SLOTS:
         }
     }
 
+    void theSizeHintsHoldBeforeThePageIsShown()
+    {
+        const int height = m_page->sizeHint().height();
+        m_page->resize(900, height);
+        m_page->show();
+        QTest::qWait(10);
+        QCOMPARE(m_page->sizeHint().height(), height);
+        QCOMPARE(m_page->verticalScrollBar()->maximum(), 0);
+    }
+
     void aLongFileNameLosesItsMiddleOnly()
     {
         const QString name = u"01 - "_s + QString(200, u'x') + u".mp3"_s;
