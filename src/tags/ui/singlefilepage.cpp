@@ -345,10 +345,11 @@ void SingleFilePage::removeTag(int caption, Result<void> (TagStore::*remove)(con
     const QStringList paths = m_context.owner.selectedPaths();
     if (!m_context.owner.ask(m_context.captions.text(caption) + u'?'))
         return;
+    TagStore &store = m_context.tagStore;
     const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
         // Files that fail are passed over without a message.
         (void)runBatch(
-            paths, m_context.state, progress, [&](const QString &path) { return (m_context.tagStore.*remove)(path); },
+            paths, m_context.state, progress, [&store, remove](const QString &path) { return (store.*remove)(path); },
             RowByRowPolicy);
     });
     if (ran)
