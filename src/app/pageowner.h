@@ -30,8 +30,10 @@ public:
     virtual void refreshList() = 0;
 
     /// Runs the work on a thread of its own and shows its progress, out of that number of rows, in the meantime.
-    /// Returns when the work is done; until then the window paints but takes no input.
-    virtual void runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) = 0;
+    /// Returns when the work is done; until then the window paints but takes no input. False, with nothing done, while
+    /// other work is under way.
+    [[nodiscard]] virtual bool runWithProgress(
+        qsizetype rowCount, const std::function<void(BatchProgress &)> &work) = 0;
 
     /// A box with the buttons yes and no. True: yes.
     virtual bool ask(const QString &question) = 0;

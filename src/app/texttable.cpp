@@ -48,6 +48,7 @@ constexpr std::array<Row, TextCount> Rows{{
                                  u"le système ne peut pas faire cela ici"}},
     // %1: a number above 1
     {Text::HintManyFiles, {u"goes into %1 files", u"se guarda en %1 archivos", u"ira dans %1 fichiers"}},
+    {Text::HintNoFile, {u"no file is selected", u"ningún archivo seleccionado", u"aucun fichier sélectionné"}},
     {Text::TipSaveOneFile,
         {u"write this tag into the selected file", u"guarda esta etiqueta en el archivo seleccionado",
             u"écrire ce tag dans le fichier sélectionné"}},

@@ -27,6 +27,7 @@ enum class Text
     ErrorInvalidArgument,
     ErrorUnsupported,
     HintManyFiles,
+    HintNoFile,
     TipSaveOneFile,
     TipSaveManyFiles,
     TipPreviousFile,

@@ -1,6 +1,7 @@
 #include "tags/ui/conversionbox.h"
 
 #include "app/idiomas.h"
+#include "tags/ui/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -17,6 +18,7 @@ ConversionBox::ConversionBox(const ConversionPair &pair, QWidget *parent)
     for (int index = 0; index < conversionCount(pair.kind); ++index)
         m_list->addItem(QString(), conversionMode(pair.kind, index));
     setChoice({});
+    guardAgainstWheel(m_list);
 
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins({});

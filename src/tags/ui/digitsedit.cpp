@@ -16,7 +16,10 @@ DigitsEdit::DigitsEdit(QWidget *parent) : QLineEdit(parent)
 
 void DigitsEdit::keyPressEvent(QKeyEvent *event)
 {
-    switch (digitKeyVerdict(event->text())) {
+    // Ctrl makes a command of a key, whatever text the system gives it; together with Alt it is AltGr and types.
+    const bool isCommand =
+        event->modifiers().testFlag(Qt::ControlModifier) && !event->modifiers().testFlag(Qt::AltModifier);
+    switch (isCommand ? KeyVerdict::Pass : digitKeyVerdict(event->text())) {
     case KeyVerdict::Pass:
         QLineEdit::keyPressEvent(event);
         return;

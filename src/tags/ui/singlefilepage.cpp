@@ -2,15 +2,18 @@
 
 #include "app/idiomas.h"
 #include "app/pageowner.h"
+#include "controls/ui/icons.h"
 #include "tags/tageditor.h"
 #include "tags/tagstore.h"
 #include "tags/ui/conversionbox.h"
 #include "tags/ui/digitsedit.h"
 #include "tags/ui/elidedlabel.h"
 #include "tags/ui/streampanel.h"
+#include "tags/ui/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -30,6 +33,7 @@ constexpr int CaptionSave = 18;
 constexpr int CaptionRemoveV1 = 51;
 constexpr int CaptionRemoveV2 = 52;
 constexpr int CaptionLowSpace = 86;
+constexpr int MaximumLetters = 180; ///< width of the page in average letters
 
 template <typename Control>
 Control *made(const char *name, QWidget *parent)
@@ -63,6 +67,7 @@ SingleFilePage::SingleFilePage(const SingleFilePageContext &context, QWidget *pa
     setWidget(createContent());
     setTabOrder();
     connectControls();
+    applyIcons();
     applyCaptions();
     reset();
 }
@@ -90,6 +95,7 @@ void SingleFilePage::createControls()
     for (QLineEdit *edit : {Ttitulo, tartista, talbum, tcomentarios})
         edit->setMaxLength(std::numeric_limits<int>::max());
     cestilo->addItems(genreListEntries());
+    guardAgainstWheel(cestilo);
     QFont bold = m_fileName->font();
     bold.setBold(true);
     m_fileName->setFont(bold);
@@ -133,7 +139,8 @@ QWidget *SingleFilePage::createContent()
     side->addWidget(eliminav2);
 
     auto *line = new QFrame(content);
-    line->setFrameStyle(QFrame::VLine | QFrame::Sunken);
+    line->setFrameStyle(QFrame::VLine | QFrame::Plain);
+    line->setForegroundRole(QPalette::Mid);
     auto *upper = new QHBoxLayout;
     upper->addLayout(fields, 1);
     upper->addWidget(line);
@@ -147,6 +154,8 @@ QWidget *SingleFilePage::createContent()
     rows->addLayout(upper);
     rows->addLayout(foot);
     rows->addStretch();
+    // On a wide screen the eye should not have to travel from a field to its button.
+    content->setMaximumWidth(fontMetrics().averageCharWidth() * MaximumLetters);
     return content;
 }
 
@@ -175,6 +184,22 @@ void SingleFilePage::connectControls()
     connect(&m_streamReader, &StreamDetailsReader::ready, m_streamPanel, &StreamPanel::show);
 }
 
+void SingleFilePage::applyIcons()
+{
+    pfile->setIcon(themedIcon(QStringLiteral("chevron-left"), palette()));
+    nfile->setIcon(themedIcon(QStringLiteral("chevron-right"), palette()));
+    eliminav1->setIcon(themedIcon(QStringLiteral("eraser"), palette()));
+    eliminav2->setIcon(themedIcon(QStringLiteral("eraser"), palette()));
+    edita->setIcon(themedIcon(QStringLiteral("save"), palette()));
+}
+
+void SingleFilePage::changeEvent(QEvent *event)
+{
+    QScrollArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        applyIcons();
+}
+
 void SingleFilePage::applyCaptions()
 {
     const Captions &captions = m_context.captions;
@@ -185,6 +210,7 @@ void SingleFilePage::applyCaptions()
     pfile->setText(captions.text(CaptionPrevious));
     nfile->setText(captions.text(CaptionNext));
     edita->setText(captions.text(CaptionSave));
+    edita->setMinimumWidth(edita->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
     eliminav1->setText(captions.text(CaptionRemoveV1));
     eliminav2->setText(captions.text(CaptionRemoveV2));
     m_conversion->applyCaptions(captions);
@@ -199,6 +225,9 @@ void SingleFilePage::applyCaptions()
     ta_o->setToolTip(captions.text(Text::TipYear));
     Tpista->setToolTip(captions.text(Text::TipTrack));
     selectionChanged();
+    // Otherwise the size hints would be those of the old texts until the next pass of the event loop.
+    widget()->layout()->activate();
+    updateGeometry();
 }
 
 void SingleFilePage::ShowCurrent()
@@ -245,7 +274,12 @@ void SingleFilePage::selectionChanged()
     const Captions &captions = m_context.captions;
     const qsizetype count = m_context.owner.selectedCount();
     const bool many = count > 1;
-    m_hint->setText(many && edita->isEnabled() ? captions.text(Text::HintManyFiles).arg(count) : QString());
+    QString hint;
+    if (many)
+        hint = captions.text(Text::HintManyFiles).arg(count);
+    else if (count == 0)
+        hint = captions.text(Text::HintNoFile);
+    m_hint->setText(edita->isEnabled() ? hint : QString());
     edita->setToolTip(many ? captions.text(Text::TipSaveManyFiles).arg(count) : captions.text(Text::TipSaveOneFile));
     edita->setAccessibleDescription(edita->toolTip());
 }
@@ -286,11 +320,13 @@ void SingleFilePage::save()
         convert = [choice](const QString &text) { return applyConversion(ConversionKind::Case, choice, text); };
     PageSave pageSave(m_context.tagStore, page(), convert);
     BatchOutcome outcome;
-    m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
         outcome = runBatch(
             paths, m_context.state, progress, [&pageSave](const QString &path) { return pageSave.save(path); },
             TagWritingPolicy);
     });
+    if (!ran)
+        return;
     showPage(pageSave.page());
     if (outcome.hasError(ErrorCode::LowSpace))
         m_context.owner.showError(m_context.captions.text(CaptionLowSpace));
@@ -309,13 +345,15 @@ void SingleFilePage::removeTag(int caption, Result<void> (TagStore::*remove)(con
     const QStringList paths = m_context.owner.selectedPaths();
     if (!m_context.owner.ask(m_context.captions.text(caption) + u'?'))
         return;
-    m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    TagStore &store = m_context.tagStore;
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
         // Files that fail are passed over without a message.
         (void)runBatch(
-            paths, m_context.state, progress, [&](const QString &path) { return (m_context.tagStore.*remove)(path); },
+            paths, m_context.state, progress, [&store, remove](const QString &path) { return (store.*remove)(path); },
             RowByRowPolicy);
     });
-    listAgain();
+    if (ran)
+        listAgain();
 }
 
 void SingleFilePage::listAgain()

@@ -62,11 +62,15 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
     void createControls();
     QWidget *createContent();
     void connectControls();
     void setTabOrder();
+    void applyIcons();
 
     void save();
     void step(qsizetype rows);
