@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/twips.h"
+
 /// The main window's sizes, in pixels of 15 twips each.
 namespace ravlin::windowlayout {
 
-inline constexpr int TwipsPerPixel = 15;
 inline constexpr int MinimumWidth = 6000 / TwipsPerPixel;
 inline constexpr int SplitterStart =
     3800 / TwipsPerPixel; ///< the splitter bar's place from the left at the first start

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/twips.h"
+
 #include "files/folderscan.h"
 
 #include <array>
@@ -36,8 +38,6 @@ QString shownName(const QString &name);
 /// bar. In a list from about 8,571 twips on (that is where 0.07 of it reaches 600) the columns of track, year and tags
 /// stay as they are and the others share the rest.
 std::array<int, ListColumnCount> columnWidths(int listWidth);
-
-inline constexpr int TwipsPerPixel = 15;
 
 /// The position between rows of equal height that is nearest to a height y: 0 before the first, rowCount behind the
 /// last, also for any y beyond it. firstTop: of row 0, negative when it is scrolled out of sight.

@@ -2,12 +2,12 @@
 
 #include "app/idiomas.h"
 #include "app/pageowner.h"
+#include "controls/ui/elidedlabel.h"
 #include "controls/ui/icons.h"
 #include "tags/tageditor.h"
 #include "tags/tagstore.h"
 #include "tags/ui/conversionbox.h"
 #include "tags/ui/digitsedit.h"
-#include "tags/ui/elidedlabel.h"
 #include "tags/ui/streampanel.h"
 #include "tags/ui/wheelguard.h"
 

@@ -1,4 +1,4 @@
-#include "tags/ui/elidedlabel.h"
+#include "controls/ui/elidedlabel.h"
 
 #include <QEvent>
 

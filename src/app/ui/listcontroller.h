@@ -1,0 +1,53 @@
+#pragma once
+
+#include "files/folderscan.h"
+
+#include <QObject>
+#include <QString>
+
+namespace ravlin {
+
+class Busy;
+class FileList;
+class StatusPanels;
+struct Program;
+
+/// Keeps the file list, the current folder and the status panels together: lists folders, with the wait window while it
+/// takes long, and shows the file that the list's current row stands for.
+class ListController : public QObject
+{
+    Q_OBJECT
+
+public:
+    ListController(Program &program, FileList &list, StatusPanels &panels, Busy &busy, QObject *parent);
+
+    /// Makes a folder the current one and lists it.
+    void openFolder(const QString &path);
+    /// Lists the current folder again, without the folders below it.
+    void RefreshList();
+    /// Lists the current folder with all folders below it.
+    void ListFolderTree();
+    /// Reads the tags of all rows again; the rows and their order stay.
+    void RefreshListTags();
+
+    /// With the separator at its end.
+    const QString &currentFolder() const;
+    /// The file of a row: current folder and row text; empty for no row.
+    QString pathOfRow(int row) const;
+    /// Shows the current row's file in the status panels.
+    void showCurrentRow();
+
+Q_SIGNALS:
+    /// The list was filled anew; all rows are selected.
+    void listed();
+
+private:
+    void list(Listing (*scan)(const QString &currentFolder, const ScanOptions &options));
+
+    Program &m_program;
+    FileList &m_list;
+    StatusPanels &m_panels;
+    Busy &m_busy;
+};
+
+} // namespace ravlin

@@ -1,0 +1,268 @@
+#include "app/ui/principal.h"
+
+#include "app/ui/listcontroller.h"
+#include "app/ui/program.h"
+#include "app/ui/statuspanels.h"
+#include "app/ui/windowservices.h"
+#include "app/windowlayout.h"
+#include "controls/ui/busy.h"
+#include "controls/ui/esperate.h"
+#include "controls/ui/icons.h"
+#include "controls/ui/splitpanel.h"
+#include "files/ui/filelist.h"
+#include "files/ui/foldertree.h"
+#include "tags/ui/singlefilepage.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMimeData>
+#include <QTabWidget>
+#include <QToolBar>
+#include <QToolButton>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace ravlin {
+
+namespace {
+
+/// Keys of the window's own in the settings, beside those that all parts share.
+constexpr QStringView GeometryKey = u"window geometry";
+constexpr QStringView SplitterPositionKey = u"splitter Position";
+
+constexpr int CaptionTabFirst = 39;     ///< 39 to 41 and 45: the tabs' texts
+constexpr int CaptionTabTipFirst = 42;  ///< 42 to 45: their tooltips
+constexpr int CaptionSelectAll = 30;
+constexpr int CaptionSelectNone = 36;
+constexpr int Margin = 6;
+constexpr QSize StartSize(1000, 700);
+
+} // namespace
+
+principal::principal(Program &program)
+    : m_program(program), m_waitWindow(new esperate(this)), m_busy(new Busy(*m_waitWindow, this, this)),
+      m_area(new QWidget(this))
+{
+    setObjectName(QStringLiteral("principal"));
+    setWindowTitle(QStringLiteral("ravlin!"));
+    setMinimumWidth(windowlayout::MinimumWidth);
+    setAcceptDrops(true);
+    setCentralWidget(m_area);
+    createToolbar();
+    createPanes();
+    createPages();
+    connectParts();
+
+    m_program.choices = SessionChoices::restored(m_program.settings);
+    chooseTagSaveMode();
+    m_program.captions.chooseAtStart(m_program.settings);
+    applyCaptions();
+    applyIcons();
+    restoreWindow();
+}
+
+principal::~principal() = default;
+
+void principal::createToolbar()
+{
+    tb = new QToolBar(m_area);
+    tb->setObjectName(QStringLiteral("tb"));
+    tb->setIconSize(QSize(24, 24));
+    m_selectAll = new QAction(this);
+    m_selectAll->setShortcut(QKeySequence::SelectAll);
+    m_selectNone = new QAction(this);
+    m_selectNone->setObjectName(QStringLiteral("tb_none"));
+    m_selectNone->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A));
+    m_selectButton = new QToolButton(tb);
+    m_selectButton->setObjectName(QStringLiteral("tb_12"));
+    m_selectButton->setDefaultAction(m_selectAll);
+    m_selectButton->setPopupMode(QToolButton::MenuButtonPopup);
+    m_selectButton->setFocusPolicy(Qt::TabFocus);
+    auto *menu = new QMenu(m_selectButton);
+    menu->addAction(m_selectNone);
+    m_selectButton->setMenu(menu);
+    tb->addWidget(m_selectButton);
+    addActions({m_selectAll, m_selectNone});
+}
+
+void principal::createPanes()
+{
+    sp2 = new SplitPanel(m_area);
+    sp2->setObjectName(QStringLiteral("sp2"));
+    folder = new FolderTree(sp2);
+    folder->setObjectName(QStringLiteral("folder"));
+    ListView1 = new FileList(sp2);
+    ListView1->setObjectName(QStringLiteral("ListView1"));
+    sp2->setFirstPanel(folder);
+    sp2->setSecondPanel(ListView1);
+    sp2->setPosition(windowlayout::SplitterStart * TwipsPerPixel);
+    sbStatusBar = new StatusPanels(this);
+    setStatusBar(sbStatusBar);
+    m_lister = new ListController(m_program, *ListView1, *sbStatusBar, *m_busy, this);
+}
+
+void principal::createPages()
+{
+    m_services = new WindowServices(*ListView1, *m_lister, *m_busy, this);
+    tabs = new QTabWidget(m_area);
+    tabs->setObjectName(QStringLiteral("tabs"));
+    m_singleFilePage = new SingleFilePage(
+        {*m_services, m_program.state, m_program.tagStore, m_program.captions, m_program.fileSystem}, tabs);
+    tabs->addTab(m_singleFilePage, QString());
+    m_area->installEventFilter(this);
+}
+
+void principal::connectParts()
+{
+    connect(folder, &FolderTree::pathChanged, m_lister, &ListController::openFolder);
+    connect(folder, &FolderTree::listTreeRequested, m_lister, &ListController::ListFolderTree);
+    connect(m_lister, &ListController::listed, m_singleFilePage, &SingleFilePage::reset);
+    connect(ListView1, &FileList::itemSelected, this, &principal::showCurrentFile);
+    connect(ListView1->selectionModel(), &QItemSelectionModel::selectionChanged, m_singleFilePage,
+        &SingleFilePage::selectionChanged);
+    connect(ListView1, &FileList::rightClicked, this, [this] { tabs->setCurrentIndex(0); });
+    connect(ListView1, &FileList::fileActivated, this, [this](int row) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row)));
+    });
+    connect(m_selectAll, &QAction::triggered, ListView1, &FileList::selectAllRows);
+    connect(m_selectNone, &QAction::triggered, ListView1, &FileList::selectNone);
+}
+
+void principal::chooseTagSaveMode()
+{
+    const std::optional<int> mode = tagSaveModeFromText(m_program.settings.read(settingskey::Tags));
+    m_program.state.tagSaveMode = mode.value_or(DefaultTagSaveMode);
+}
+
+void principal::restoreWindow()
+{
+    const QByteArray geometry = QByteArray::fromBase64(m_program.settings.read(GeometryKey).toLatin1());
+    if (!restoreGeometry(geometry))
+        resize(StartSize);
+    const QString position = m_program.settings.read(SplitterPositionKey);
+    bool isNumber = false;
+    if (const int twips = position.toInt(&isNumber); isNumber)
+        sp2->setPosition(twips);
+}
+
+void principal::openAtStart(const QString &folderOfCommandLine)
+{
+    QString path = folderOfCommandLine;
+    if (path.isEmpty() && m_program.settings.read(settingskey::Recuerda) == QStringLiteral("si"))
+        path = m_program.settings.read(settingskey::Ruta);
+    if (!path.isEmpty())
+        openFolder(path);
+}
+
+void principal::openFolder(const QString &path)
+{
+    folder->setPath(path);
+}
+
+void principal::showCurrentFile()
+{
+    m_lister->showCurrentRow();
+    if (tabs->currentIndex() == 0)
+        m_singleFilePage->ShowCurrent();
+}
+
+void principal::applyCaptions()
+{
+    const Captions &captions = m_program.captions;
+    constexpr std::array<int, 6> HeaderCaptions{55, 13, 54, 16, 15, 12};
+    for (size_t column = 0; column < HeaderCaptions.size(); ++column)
+        ListView1->setHeaderText(static_cast<ListColumn>(column), captions.text(HeaderCaptions[column]));
+    tabs->setTabText(0, captions.text(CaptionTabFirst));
+    tabs->setTabToolTip(0, captions.text(CaptionTabTipFirst));
+    m_selectAll->setText(captions.text(CaptionSelectAll));
+    m_selectNone->setText(captions.text(CaptionSelectNone));
+    m_selectAll->setToolTip(QStringLiteral("%1 (%2)").arg(
+        captions.text(CaptionSelectAll), m_selectAll->shortcut().toString(QKeySequence::NativeText)));
+    m_singleFilePage->applyCaptions();
+    m_lister->showCurrentRow();
+}
+
+void principal::applyIcons()
+{
+    m_selectAll->setIcon(themedIcon(QStringLiteral("list-checks"), palette()));
+    m_selectNone->setIcon(themedIcon(QStringLiteral("list-x"), palette()));
+}
+
+/// The parts' places: the toolbar on top, the pages at the foot with the height that they need, the panes between them.
+void principal::placeParts()
+{
+    const int width = m_area->width();
+    const int panes = windowlayout::panesWidth(width);
+    const int left = (width - panes) / 2;
+    const int toolbarHeight = tb->sizeHint().height();
+    tb->setGeometry(left, 0, panes, toolbarHeight);
+    const int tabsWidth = windowlayout::tabsWidth(width);
+    const int tabsHeight = std::min(tabs->sizeHint().height(), (m_area->height() - toolbarHeight) / 2);
+    const int tabsTop = m_area->height() - tabsHeight - Margin;
+    tabs->setGeometry((width - tabsWidth) / 2, tabsTop, tabsWidth, tabsHeight);
+    sp2->setGeometry(left, toolbarHeight, panes, std::max(0, tabsTop - toolbarHeight - Margin));
+}
+
+bool principal::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_area && (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest))
+        placeParts();
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void principal::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::PaletteChange && m_selectAll != nullptr)
+        applyIcons();
+    QMainWindow::changeEvent(event);
+}
+
+void principal::dragEnterEvent(QDragEnterEvent *event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (!m_busy->isRunning() && !urls.isEmpty() && urls.first().isLocalFile())
+        event->acceptProposedAction();
+}
+
+void principal::dropEvent(QDropEvent *event)
+{
+    const QFileInfo dropped(event->mimeData()->urls().value(0).toLocalFile());
+    event->acceptProposedAction();
+    // The drag's source waits for the end of this event, the folder is read afterwards.
+    const QString path = dropped.isDir() ? dropped.absoluteFilePath() : dropped.absolutePath();
+    QMetaObject::invokeMethod(this, [this, path] { openFolder(path); }, Qt::QueuedConnection);
+}
+
+void principal::closeEvent(QCloseEvent *event)
+{
+    saveSettings();
+    closeOtherWindows();
+    event->accept();
+}
+
+void principal::saveSettings()
+{
+    Settings &settings = m_program.settings;
+    settings.write(settingskey::Ruta, m_program.state.currentFolder);
+    m_program.choices.store(settings);
+    settings.write(GeometryKey, QString::fromLatin1(saveGeometry().toBase64()));
+    settings.write(SplitterPositionKey, QString::number(sp2->position()));
+    // Nobody is left to be told when the settings can't be saved; the file is then as it was.
+    std::ignore = settings.save();
+}
+
+void principal::closeOtherWindows()
+{
+    // From the one opened last to the first.
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (auto window = windows.crbegin(); window != windows.crend(); ++window) {
+        if (*window != this && (*window)->isVisible())
+            (*window)->close();
+    }
+}
+
+} // namespace ravlin

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <QMainWindow>
+
+class QTabWidget;
+class QToolBar;
+class QToolButton;
+
+namespace ravlin {
+
+class Busy;
+class esperate;
+class FileList;
+class FolderTree;
+class ListController;
+class SingleFilePage;
+class SplitPanel;
+class StatusPanels;
+class WindowServices;
+struct Program;
+
+/// The main window: folder tree and file list in a splitter, the toolbar above them, the working modes' pages below, the
+/// status bar at the foot. It makes the parts, connects them and gives them their places; what they do is theirs.
+class principal : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Restores what the settings remember, and shows the texts of the stored language. program outlives the window.
+    explicit principal(Program &program);
+    ~principal() override;
+
+    /// Opens the folder that the command line named, or, without one, the last one if the user asked for it to be
+    /// remembered.
+    void openAtStart(const QString &folderOfCommandLine);
+    /// Puts the current language's texts on everything.
+    void applyCaptions();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    void createToolbar();
+    void createPanes();
+    void createPages();
+    void connectParts();
+    void restoreWindow();
+    void chooseTagSaveMode();
+    void placeParts();
+    void applyIcons();
+    void openFolder(const QString &path);
+    void showCurrentFile();
+    void saveSettings();
+    void closeOtherWindows();
+
+    Program &m_program;
+    esperate *m_waitWindow;
+    Busy *m_busy;
+    QWidget *m_area;
+    QToolBar *tb;
+    QToolButton *m_selectButton; ///< tb_12
+    QAction *m_selectAll;
+    QAction *m_selectNone; ///< tb_none
+    SplitPanel *sp2;
+    FolderTree *folder;
+    FileList *ListView1;
+    QTabWidget *tabs;
+    StatusPanels *sbStatusBar;
+    ListController *m_lister;
+    WindowServices *m_services;
+    SingleFilePage *m_singleFilePage;
+};
+
+} // namespace ravlin

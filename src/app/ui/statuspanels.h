@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QStatusBar>
+#include <QString>
+
+namespace ravlin {
+
+class ElidedLabel;
+
+/// The status bar `sbStatusBar` with its two panels: how many files the list holds, and the current file's full path.
+class StatusPanels : public QStatusBar
+{
+    Q_OBJECT
+
+public:
+    explicit StatusPanels(QWidget *parent = nullptr);
+
+    void setTexts(const QString &count, const QString &path);
+
+private:
+    ElidedLabel *panel1;
+    ElidedLabel *panel2;
+};
+
+} // namespace ravlin

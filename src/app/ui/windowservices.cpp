@@ -1,0 +1,94 @@
+#include "app/ui/windowservices.h"
+
+#include "app/ui/listcontroller.h"
+#include "controls/ui/busy.h"
+#include "files/ui/filelist.h"
+
+#include <QMessageBox>
+
+namespace ravlin {
+
+namespace {
+
+class ForwardedProgress final : public BatchProgress
+{
+public:
+    explicit ForwardedProgress(BusyProgress &progress) : m_progress(progress) {}
+    void advance(const QString &path) override { m_progress.step(path); }
+
+private:
+    BusyProgress &m_progress;
+};
+
+} // namespace
+
+WindowServices::WindowServices(FileList &list, ListController &controller, Busy &busy, QWidget *window)
+    : QObject(window), m_list(list), m_controller(controller), m_busy(busy), m_window(window)
+{
+}
+
+QString WindowServices::currentPath() const
+{
+    return m_controller.pathOfRow(m_list.currentRow());
+}
+
+QStringList WindowServices::selectedPaths() const
+{
+    QStringList paths = m_list.selectedRowTexts();
+    for (QString &path : paths)
+        path.prepend(m_controller.currentFolder());
+    return paths;
+}
+
+qsizetype WindowServices::selectedCount() const
+{
+    qsizetype count = 0;
+    for (const QItemSelectionRange &range : m_list.selectionModel()->selection())
+        count += range.height();
+    return count;
+}
+
+bool WindowServices::moveCurrent(qsizetype step)
+{
+    const QModelIndex current = m_list.currentIndex();
+    const QModelIndex next = current.siblingAtRow(static_cast<int>(current.row() + step));
+    if (!current.isValid() || !next.isValid())
+        return false;
+    QItemSelectionModel *selection = m_list.selectionModel();
+    selection->select(current, QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+    m_list.setCurrentRow(next.row(), FileList::Selection::Keep);
+    selection->select(next, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    m_controller.showCurrentRow();
+    return true;
+}
+
+void WindowServices::refreshList()
+{
+    m_controller.RefreshList();
+}
+
+bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work)
+{
+    return m_busy.run(static_cast<int>(rowCount), [&work](BusyProgress &progress) {
+        ForwardedProgress forwarded(progress);
+        work(forwarded);
+    });
+}
+
+bool WindowServices::ask(const QString &question)
+{
+    QMessageBox box(QMessageBox::Question, QString(), question, QMessageBox::Yes | QMessageBox::No, m_window);
+    box.setObjectName(QStringLiteral("question"));
+    box.setTextFormat(Qt::PlainText);
+    return box.exec() == QMessageBox::Yes;
+}
+
+void WindowServices::showError(const QString &text)
+{
+    QMessageBox box(QMessageBox::Critical, QString(), text, QMessageBox::Ok, m_window);
+    box.setObjectName(QStringLiteral("error"));
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}
+
+} // namespace ravlin

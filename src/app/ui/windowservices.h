@@ -1,0 +1,40 @@
+#pragma once
+
+#include "app/pageowner.h"
+
+#include <QObject>
+
+class QWidget;
+
+namespace ravlin {
+
+class Busy;
+class Captions;
+class FileList;
+class ListController;
+
+/// What the pages of the tab strip ask of the window: the list's rows, long work with the wait window, and boxes.
+class WindowServices : public QObject, public PageOwner
+{
+    Q_OBJECT
+
+public:
+    WindowServices(FileList &list, ListController &controller, Busy &busy, QWidget *window);
+
+    QString currentPath() const override;
+    QStringList selectedPaths() const override;
+    qsizetype selectedCount() const override;
+    bool moveCurrent(qsizetype step) override;
+    void refreshList() override;
+    bool runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) override;
+    bool ask(const QString &question) override;
+    void showError(const QString &text) override;
+
+private:
+    FileList &m_list;
+    ListController &m_controller;
+    Busy &m_busy;
+    QWidget *m_window;
+};
+
+} // namespace ravlin

@@ -1,0 +1,40 @@
+#include "app/commandline.h"
+#include "app/ui/principal.h"
+#include "app/ui/program.h"
+#include "controls/ui/icons.h"
+#include "platform/filesystem.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTimer>
+
+namespace {
+
+/// The command line as one text: the first argument by its bytes, made absolute, since folders are shown by full paths.
+QString commandLine(int argc, char *argv[])
+{
+    if (argc < 2)
+        return {};
+    const QString argument = ravlin::platform::decodePath(QByteArray(argv[1]));
+    return QDir::cleanPath(QDir::current().absoluteFilePath(argument));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("ravlin"));
+    QApplication::setApplicationDisplayName(QStringLiteral("ravlin!"));
+    QApplication::setApplicationVersion(QStringLiteral(RAVLIN_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("ravlin"));
+    QApplication::setWindowIcon(ravlin::programIcon());
+
+    ravlin::Program program;
+    ravlin::principal window(program);
+    window.show();
+    // The window is there before its folder is read.
+    const QString opened = ravlin::folderOfCommandLine(commandLine(argc, argv));
+    QTimer::singleShot(0, &window, [&window, opened] { window.openAtStart(opened); });
+    return QApplication::exec();
+}
