@@ -37,8 +37,6 @@ QString shownName(const QString &name);
 /// stay as they are and the others share the rest.
 std::array<int, ListColumnCount> columnWidths(int listWidth);
 
-inline constexpr int TwipsPerPixel = 15;
-
 /// The position between rows of equal height that is nearest to a height y: 0 before the first, rowCount behind the
 /// last, also for any y beyond it. firstTop: of row 0, negative when it is scrolled out of sight.
 int dropPosition(int y, int firstTop, int rowHeight, int rowCount);
