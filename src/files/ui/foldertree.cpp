@@ -114,7 +114,7 @@ QItemSelectionModel::SelectionFlags FolderTree::selectionCommand(const QModelInd
 {
     // A click with Ctrl would leave no folder selected.
     const QItemSelectionModel::SelectionFlags command = QTreeView::selectionCommand(index, event);
-    if (command & QItemSelectionModel::Toggle)
+    if (command & (QItemSelectionModel::Toggle | QItemSelectionModel::Deselect))
         return QItemSelectionModel::ClearAndSelect;
     return index.isValid() ? command : QItemSelectionModel::NoUpdate;
 }
