@@ -153,8 +153,6 @@ Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord
     const Result<platform::FileInfo> info = m_fileSystem.info(path);
     if (!info)
         return tl::unexpected(info.error());
-    if (Result<void> recovered = platform::recoverFile(m_fileSystem, path); !recovered)
-        return tl::unexpected(recovered.error());
     TagObject object(m_fileSystem);
     if (Result<void> linked = object.Link(path); !linked)
         return tl::unexpected(linked.error());
@@ -171,8 +169,6 @@ Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord
 
 Result<void> TagStore::RemoveV1(const QString &path)
 {
-    if (Result<void> recovered = platform::recoverFile(m_fileSystem, path); !recovered)
-        return recovered;
     TagObject object(m_fileSystem);
     if (Result<void> linked = object.Link(path); !linked)
         return linked;
@@ -181,8 +177,6 @@ Result<void> TagStore::RemoveV1(const QString &path)
 
 Result<void> TagStore::RemoveV2(const QString &path)
 {
-    if (Result<void> recovered = platform::recoverFile(m_fileSystem, path); !recovered)
-        return recovered;
     TagObject object(m_fileSystem);
     if (Result<void> linked = object.Link(path); !linked)
         return linked;

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int DropMarkThickness = 2;    ///< pixels
 constexpr int ScrollInterval = 50;      ///< milliseconds between two rows while a drag is held beyond the edge
-constexpr int ColumnUnitsPerPixel = 15; ///< twips
 constexpr int SmallestColumnWidth = 20; ///< pixels
 
 bool isShiftAlone(const QKeyEvent &event)
@@ -363,9 +362,9 @@ void FileList::resizeEvent(QResizeEvent *event)
 
 void FileList::applyColumnWidths()
 {
-    const std::array<int, ListColumnCount> widths = columnWidths(width() * ColumnUnitsPerPixel);
+    const std::array<int, ListColumnCount> widths = columnWidths(width() * TwipsPerPixel);
     for (int column = 0; column < ListColumnCount; ++column)
-        setColumnWidth(column, widths[static_cast<std::size_t>(column)] / ColumnUnitsPerPixel);
+        setColumnWidth(column, widths[static_cast<std::size_t>(column)] / TwipsPerPixel);
 }
 
 } // namespace ravlin
