@@ -14,7 +14,7 @@ struct Language
 {
     QStringView name;
     QStringView code;
-    QStringView LanguageTexts::*column;
+    QStringView LanguageTexts::*column = nullptr;
 };
 
 constexpr std::array<Language, 3> Languages{{

@@ -6,7 +6,7 @@ namespace {
 
 struct Row
 {
-    Text text;
+    Text text{};
     LanguageTexts languages;
 };
 

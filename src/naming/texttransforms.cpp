@@ -156,7 +156,7 @@ private:
 struct ForbiddenKind
 {
     QChar character;
-    bool takesFollower; ///< the character behind it goes as well
+    bool takesFollower = false; ///< the character behind it goes as well
     qsizetype from = 0; ///< nothing of this kind remains before this index
 };
 

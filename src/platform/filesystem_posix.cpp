@@ -25,7 +25,7 @@ public:
     explicit NativePath(const QString &path) : m_bytes(encodePath(path)) {}
 
     bool isValid() const { return std::memchr(m_bytes.constData(), 0, static_cast<size_t>(m_bytes.size())) == nullptr; }
-    operator const char *() const { return m_bytes.constData(); }
+    const char *bytes() const { return m_bytes.constData(); }
 
 private:
     QByteArray m_bytes;
@@ -61,7 +61,7 @@ Result<std::unique_ptr<File>> openFile(const QString &path, int flags)
         return systemError(EINVAL, path, "open");
     // O_NONBLOCK: opening a pipe must not wait for its other end. Plain files ignore it.
     const int descriptor =
-        uninterrupted([&] { return ::open(native, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600); });
+        uninterrupted([&] { return ::open(native.bytes(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600); });
     if (descriptor < 0)
         return systemError(errno, path, "open");
     struct stat status = {};
@@ -84,7 +84,7 @@ Result<void> callOnPath(const QString &path, const char *name, Call call)
     const NativePath native(path);
     if (!native.isValid())
         return systemError(EINVAL, path, name);
-    if (uninterrupted([&] { return call(static_cast<const char *>(native)); }) != 0)
+    if (uninterrupted([&] { return call(native.bytes()); }) != 0)
         return systemError(errno, path, name);
     return {};
 }
@@ -117,7 +117,7 @@ Result<QString> PosixFileSystem::canonicalPath(const QString &path)
     const NativePath native(path);
     if (!native.isValid())
         return systemError(EINVAL, path, "realpath");
-    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(native, nullptr), &std::free);
+    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(native.bytes(), nullptr), &std::free);
     if (!resolved)
         return systemError(errno, path, "realpath");
     return decodePath(resolved.get(), static_cast<qsizetype>(std::strlen(resolved.get())));
@@ -128,7 +128,7 @@ Result<void> PosixFileSystem::replace(const QString &from, const QString &to)
     const NativePath target(to);
     if (!target.isValid())
         return systemError(EINVAL, to, "rename");
-    return callOnPath(from, "rename", [&](const char *native) { return std::rename(native, target); });
+    return callOnPath(from, "rename", [&](const char *native) { return std::rename(native, target.bytes()); });
 }
 
 Result<void> PosixFileSystem::remove(const QString &path)
@@ -146,7 +146,7 @@ Result<void> PosixFileSystem::syncFolder(const QString &folder)
     const NativePath native(folder);
     if (!native.isValid())
         return systemError(EINVAL, folder, "open");
-    const int descriptor = uninterrupted([&] { return ::open(native, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    const int descriptor = uninterrupted([&] { return ::open(native.bytes(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (descriptor < 0)
         return systemError(errno, folder, "open");
     const int outcome = uninterrupted([&] { return ::fsync(descriptor); });
@@ -175,7 +175,7 @@ Result<std::vector<QString>> PosixFileSystem::names(const QString &folder)
     const NativePath native(folder);
     if (!native.isValid())
         return systemError(EINVAL, folder, "opendir");
-    const std::unique_ptr<DIR, int (*)(DIR *)> stream(::opendir(native), &::closedir);
+    const std::unique_ptr<DIR, int (*)(DIR *)> stream(::opendir(native.bytes()), &::closedir);
     if (!stream)
         return systemError(errno, folder, "opendir");
     std::vector<QString> names;

@@ -28,7 +28,7 @@ constexpr QStringView Table = u"Blues|ClassicRock|Country|Dance|Disco|Funk|Grung
 struct Spelling
 {
     QStringView text; ///< as spellingKey() leaves it
-    int number;
+    int number = 0;
 };
 
 /// What other programs write for genres whose name in the table differs by more than case and

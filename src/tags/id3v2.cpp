@@ -126,7 +126,8 @@ QByteArray removeUnsynchronisation(std::string_view bytes)
 QByteArray applyUnsynchronisation(std::string_view bytes)
 {
     QByteArray out;
-    out.reserve(static_cast<qsizetype>(bytes.size() + bytes.size() / 64));
+    const auto size = static_cast<qsizetype>(bytes.size());
+    out.reserve(size + size / 64);
     for (size_t i = 0; i < bytes.size(); ++i) {
         out += bytes[i];
         if (bytes[i] != '\xFF')

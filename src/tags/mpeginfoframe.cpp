@@ -74,7 +74,7 @@ std::optional<InfoFrame> InfoFrame::parse(const FrameHeader &header, std::span<c
     constexpr size_t VbriOffset = 36;
     if (header.layer != 3)
         return std::nullopt;
-    const auto xingOffset = size_t(HeaderSize + header.sideInfoSize());
+    const auto xingOffset = size_t(HeaderSize) + size_t(header.sideInfoSize());
     // Behind a checksum some encoders shift the block by its two bytes and some don't.
     for (const size_t offset : {xingOffset, xingOffset + 2}) {
         if (hasMark(frame, offset, "Xing") || hasMark(frame, offset, "Info"))
