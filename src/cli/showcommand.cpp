@@ -25,6 +25,8 @@ int runShow(const Arguments &arguments, Console &console)
             }
             // All the rest has been read, and the number is shown.
             console.warn(path + QStringLiteral(": ") + describe(read.error()));
+            if (tag.Track == QStringLiteral("0")) // stands for none
+                tag.Track.clear();
         }
         writer.write({path, tag.Title, tag.Artist, tag.Album, tag.Year, tag.Comment, tag.Track, tag.Genre, tag.HasV1,
             tag.HasV2});

@@ -59,19 +59,14 @@ tl::expected<int, UsageError> modeGiven(const QString &text)
     return *mode;
 }
 
-bool isDigits(const QString &text)
-{
-    return std::ranges::all_of(text, [](QChar c) { return c >= u'0' && c <= u'9'; });
-}
-
 /// Why a save will leave a field's text out and remove the field; empty when it will be written.
 QString reasonNotToWrite(QString TagRecord::*member, const QString &text)
 {
     if (text.isEmpty())
         return {};
-    if (member == &TagRecord::Year && !(text.size() == 4 && isDigits(text)))
+    if (member == &TagRecord::Year && !isWritableYear(text))
         return u"a year has four digits"_s;
-    if (member == &TagRecord::Track && !(text.size() <= 2 && isDigits(text)))
+    if (member == &TagRecord::Track && !isWritableTrack(text))
         return u"a track has one or two digits"_s;
     if (member == &TagRecord::Genre && GenreNameToNumber(text) == GenreNone)
         return u"it is none of the genres that can be written"_s;

@@ -31,11 +31,10 @@ QString capital(const QString &codePoint, const QLocale &locale)
     // A mark has no case of its own; U+0345 would turn into a letter.
     if (QChar::isMark(codePointAt(codePoint, 0)))
         return codePoint;
-    // Greek drops the accents of words in capitals only, not that of a capital before small
-    // letters.
-    if (locale.language() == QLocale::Greek)
-        return codePoint.toUpper();
-    return locale.toUpper(codePoint);
+    // Greek drops the accents of words in capitals only, not that of a capital before small letters.
+    const QString upper = locale.language() == QLocale::Greek ? codePoint.toUpper() : locale.toUpper(codePoint);
+    // One character is to become a capital: where several letters would come out ("ß", "ﬁ"), it keeps its form.
+    return upper.size() == codePointSize(upper, 0) ? upper : codePoint;
 }
 
 /// The text from its second code point on, in lower case.
@@ -157,7 +156,7 @@ struct ForbiddenKind
 {
     QChar character;
     bool takesFollower = false; ///< the character behind it goes as well
-    qsizetype from = 0; ///< nothing of this kind remains before this index
+    qsizetype from = 0;         ///< nothing of this kind remains before this index
 };
 
 /// Strikes out the first remaining character of a kind; false when there is none.

@@ -20,8 +20,9 @@ inline constexpr int UnderscoresToSpaces = 11;
 /// Converts the case by the rules of the user's locale.
 ///
 /// CaseCapitalize puts a capital after each of the separators  ( ) ? ¿ = ¡ ! / \ _ - + & % $ # @ , .  and the blank;
-/// the apostrophe is none. A letter without a single upper-case form grows ("ß" to "SS"). Combining marks stay as they
-/// are behind their letter.
+/// the apostrophe is none. A letter without a single upper-case form ("ß") stays in CaseCapitalize and grows in
+/// CaseUpper
+/// ("SS"). Combining marks stay as they are behind their letter.
 QString ConvertCase(const QString &text, int mode);
 /// The same by the rules of the given locale.
 QString ConvertCase(const QString &text, int mode, const QLocale &locale);

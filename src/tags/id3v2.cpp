@@ -22,6 +22,8 @@ constexpr quint16 V24DataLength = 0x01;
 constexpr size_t MaximumFrameCount = 65536;
 
 constexpr unsigned AllListFields = 0x1F;
+/// Bytes of an unsynchronised tag that hold the texts of nearly all files, read before the rest.
+constexpr qint64 MostlyEnough = 64 * 1024;
 
 /// A bit for each kind that the file list shows.
 unsigned listFieldBit(FrameKind kind)
@@ -170,18 +172,10 @@ Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 end, Detail d
         return tag;
     }
 
-    if (header->majorVersion < 4 && (header->flags & TagHeader::Unsynchronisation) != 0) {
-        const std::string_view whole = window.at(0, tag.m_bodyEnd);
-        if (whole.empty())
-            return tl::unexpected(window.failure());
-        tag.m_decoded = QByteArray(whole.data(), TagHeaderSize);
-        tag.m_decoded += removeUnsynchronisation(whole.substr(static_cast<size_t>(TagHeaderSize)));
-        tag.m_bodyEnd = tag.m_decoded.size();
-        ByteWindow decoded(std::string_view(tag.m_decoded.constData(), static_cast<size_t>(tag.m_decoded.size())));
-        tag.walk(decoded, detail);
-    } else {
+    if (header->majorVersion < 4 && (header->flags & TagHeader::Unsynchronisation) != 0)
+        tag.walkUnsynchronised(window, detail);
+    else
         tag.walk(window, detail);
-    }
     if (window.failed())
         return tl::unexpected(window.failure());
     return tag;
@@ -189,7 +183,8 @@ Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 end, Detail d
 
 const Frame *Tag::programFrame(FrameKind kind) const
 {
-    const Frame *first = nullptr;
+    const Frame *best = nullptr;
+    int bestRank = -1;
     for (const Frame &frame : m_frames) {
         if (frame.kind != kind || frame.isPrivateComment())
             continue;
@@ -198,15 +193,16 @@ const Frame *Tag::programFrame(FrameKind kind) const
                 ? frame.description.isEmpty()
                 : kind != FrameKind::Year ||
                       frame.header.identifier() == frameIdentifier(FrameKind::Year, m_header.majorVersion);
-        if (preferred)
-            return &frame;
-        if (!first)
-            first = &frame;
+        const int rank = (frame.text.isEmpty() ? 0 : 2) + (preferred ? 1 : 0);
+        if (rank > bestRank) {
+            best = &frame;
+            bestRank = rank;
+        }
     }
-    return first;
+    return best;
 }
 
-void Tag::walk(ByteWindow &window, Detail detail)
+bool Tag::walk(ByteWindow &window, Detail detail)
 {
     m_framesBegin = skipExtendedHeader(window);
     m_framesEnd = m_framesBegin;
@@ -217,7 +213,7 @@ void Tag::walk(ByteWindow &window, Detail detail)
     for (size_t count = 0; count < MaximumFrameCount; ++count) {
         const std::optional<FrameHeader> header = frameHeaderAt(window, m_framesEnd);
         if (!header)
-            return;
+            return false;
         m_framesEnd += header->size();
         Frame frame;
         frame.header = *header;
@@ -233,9 +229,31 @@ void Tag::walk(ByteWindow &window, Detail detail)
             settled |= bit;
         m_frames.push_back(std::move(frame));
         if (detail == Detail::ListFields && settled == AllListFields)
-            return;
+            return true;
     }
     m_writable = false; // a frame put behind those would not be read again
+    return false;
+}
+
+/// Decodes the tag in memory and walks it there. For the list its beginning is mostly enough, so that a picture behind
+/// the texts is not read.
+void Tag::walkUnsynchronised(ByteWindow &window, Detail detail)
+{
+    const qint64 end = m_bodyEnd;
+    const auto walkUpTo = [&](qint64 size) {
+        const std::string_view bytes = window.at(0, size);
+        if (bytes.empty())
+            return true; // the window tells why
+        m_frames.clear();
+        m_decoded = QByteArray(bytes.data(), TagHeaderSize);
+        m_decoded += removeUnsynchronisation(bytes.substr(static_cast<size_t>(TagHeaderSize)));
+        m_bodyEnd = m_decoded.size();
+        ByteWindow decoded(std::string_view(m_decoded.constData(), static_cast<size_t>(m_decoded.size())));
+        return walk(decoded, detail);
+    };
+    if (detail == Detail::ListFields && end > MostlyEnough && walkUpTo(MostlyEnough))
+        return;
+    walkUpTo(end);
 }
 
 qint64 Tag::skipExtendedHeader(ByteWindow &window) const

@@ -104,8 +104,8 @@ public:
 
     const TagHeader &header() const { return m_header; }
     const std::vector<Frame> &frames() const { return m_frames; }
-    /// The frame whose value the program shows for that kind: the first one; the comment without description if there
-    /// is one; the year frame of the tag's own version if there is one. nullptr when there is none.
+    /// The frame whose value the program shows for that kind: the first one that has a text; among those the comment
+    /// without description and the year frame of the tag's own version come first. nullptr when there is no frame.
     const Frame *programFrame(FrameKind kind) const;
 
     /// False when the tag claims more than the file holds, is of an unknown kind or has too many frames: it can't be
@@ -122,7 +122,8 @@ public:
     qint64 bodyEnd() const { return m_bodyEnd; }
 
 private:
-    void walk(ByteWindow &window, Detail detail);
+    bool walk(ByteWindow &window, Detail detail);
+    void walkUnsynchronised(ByteWindow &window, Detail detail);
     qint64 skipExtendedHeader(ByteWindow &window) const;
     std::optional<FrameHeader> frameHeaderAt(ByteWindow &window, qint64 offset) const;
     qint64 frameSize(ByteWindow &window, std::string_view sizeBytes, qint64 bodyOffset) const;

@@ -93,6 +93,10 @@ Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, 
     const Frame *shown = tag ? tag->programFrame(kind) : nullptr;
     if (!edit.remove && shown && hasValue(*shown, edit))
         return {};
+    // A track that reads as none ("A1", "0") is not what a removal is about, and none need not be written.
+    const bool hasNoTrack = kind == FrameKind::TrackNumber && (!shown || trackNumber(shown->text) == 0);
+    if (hasNoTrack && (edit.remove || edit.number == 0))
+        return {};
     if (tag && (edit.remove || kind != FrameKind::Comment)) {
         for (const Frame &frame : tag->frames()) {
             if (frame.kind == kind && !frame.isPrivateComment())
@@ -380,21 +384,29 @@ Result<std::vector<Segment>> composeUnsynchronised(const Tag &tag, const FramePl
     const std::string_view decoded(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size()));
     ByteWindow window(decoded);
     const QByteArray oldExtended = tag.decoded().mid(TagHeaderSize, tag.framesBegin() - TagHeaderSize);
-    QByteArray content = extendedHeader(header, oldExtended, 0);
+    QByteArray frames;
     for (const Segment &segment : frameSegments(tag, plan))
-        content += segment.oldOffset < 0 ? segment.bytes : tag.decoded().mid(segment.oldOffset, segment.length);
+        frames += segment.oldOffset < 0 ? segment.bytes : tag.decoded().mid(segment.oldOffset, segment.length);
     const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
     const qint64 tailEnd = endOfNonZero(window, tailBegin, tag.bodyEnd());
     if (tailBegin < tailEnd && !isFollowedByUnknown(window, tag))
-        content.append(TagHeaderSize, '\0');
-    content += tag.decoded().mid(tailBegin, tailEnd - tailBegin);
-    content = applyUnsynchronisation({content.constData(), static_cast<size_t>(content.size())});
+        frames.append(TagHeaderSize, '\0');
+    frames += tag.decoded().mid(tailBegin, tailEnd - tailBegin);
 
+    const auto encoded = [&](qint64 padding) {
+        const QByteArray plain = extendedHeader(header, oldExtended, padding) + frames;
+        return applyUnsynchronisation({plain.constData(), static_cast<size_t>(plain.size())});
+    };
+    QByteArray content = encoded(0);
     const qint64 region = header.regionSize();
     const qint64 newRegion =
         TagHeaderSize + content.size() <= region ? region : grownRegionSize(TagHeaderSize + content.size(), region);
     if (newRegion - TagHeaderSize > MaximumBodySize)
         return tooLarge();
+    // The padding is told in the extended header, whose size in turn may depend on it: then it stays at none.
+    const QByteArray withPadding = encoded(newRegion - TagHeaderSize - content.size());
+    if (withPadding.size() == content.size())
+        content = withPadding;
     QByteArray bytes = headerBytes(header, newRegion) + content;
     bytes.resize(newRegion, '\0');
     return std::vector<Segment>{Segment::fresh(bytes), Segment::kept(region, fileSize - region)};

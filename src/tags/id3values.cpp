@@ -80,9 +80,9 @@ QString yearOf(const QString &text)
 {
     const QString trimmed = text.trimmed();
     const qsizetype digits = leadingDigits(trimmed);
-    const bool dated = digits == 4 && trimmed.size() > 4 &&
-                       (trimmed[4] == u'-' || trimmed[4] == u'T' || trimmed[4] == u' ' || trimmed[4] == u'/');
-    return dated ? trimmed.left(4) : trimmed;
+    const bool compact = digits == 8 && trimmed.size() == 8;
+    const bool dated = digits == 4 && trimmed.size() > 4 && !trimmed[4].isLetterOrNumber();
+    return dated || compact ? trimmed.left(4) : trimmed;
 }
 
 } // namespace ravlin::id3

@@ -20,8 +20,8 @@ int trackNumber(const QString &text);
 /// The track text with the number replaced: the total after the slash and leading zeros' width stay.
 QString trackText(const QString &old, int number);
 
-/// The year of a year or recording-time text: the first four digits of "1999-05-01", the text itself (without blanks at
-/// its ends) where it has another form.
+/// The year of a year or recording-time text: the first four digits of "1999-05-01", "1999, 2001" or "19990501", the
+/// text itself (without blanks at its ends) where it has another form.
 QString yearOf(const QString &text);
 
 } // namespace ravlin::id3

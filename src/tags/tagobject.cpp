@@ -148,9 +148,18 @@ Result<WriteOutcome> TagObject::SaveV1Tag(const WriteOptions &options)
 
 Result<WriteOutcome> TagObject::StripV1Tag(const WriteOptions &options)
 {
-    if (!m_v1)
+    // One behind another, as careless programs leave them, would come to light: all of them go.
+    qint64 end = m_info.size;
+    for (std::optional<QByteArray> block = m_v1; block;) {
+        end -= id3::V1Size;
+        Result<std::optional<QByteArray>> before = id3::readV1Block(*m_file, end);
+        if (!before)
+            return tl::unexpected(withPath(before.error(), m_path));
+        block = std::move(*before);
+    }
+    if (end == m_info.size)
         return write(Content(std::nullopt), options);
-    return write(std::vector<Segment>{Segment::kept(0, m_info.size - id3::V1Size)}, options);
+    return write(std::vector<Segment>{Segment::kept(0, end)}, options);
 }
 
 Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options)

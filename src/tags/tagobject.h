@@ -54,7 +54,8 @@ public:
     /// The parsed ID3v2 frames in the tag's order; a Frame's text is the text field. Empty without ID3v2.
     const std::vector<id3::Frame> &frames() const;
 
-    /// Writes the properties into one tag kind, or takes one away. Errors: BrokenTag, TooLarge, and those of
+    /// Writes the properties into one tag kind, or takes one away: ID3v2 tags all that stand one behind the other at
+    /// the start of the file, ID3v1 tags all at its end. Errors: BrokenTag, TooLarge, and those of
     /// platform::rewriteFile; the file is as it was then.
     Result<platform::WriteOutcome> SaveV1Tag(const platform::WriteOptions &options = {});
     Result<platform::WriteOutcome> StripV1Tag(const platform::WriteOptions &options = {});

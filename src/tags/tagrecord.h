@@ -26,4 +26,9 @@ struct TagRecord
     friend bool operator==(const TagRecord &, const TagRecord &) = default;
 };
 
+/// Whether a year is written: exactly four digits. Any other text removes the file's year.
+bool isWritableYear(const QString &text);
+/// Whether a track is written: one or two digits. Any other text removes the file's track.
+bool isWritableTrack(const QString &text);
+
 } // namespace ravlin

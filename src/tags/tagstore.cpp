@@ -3,19 +3,12 @@
 #include "tags/genres.h"
 #include "tags/tagobject.h"
 
-#include <algorithm>
-
 namespace ravlin {
 
 using platform::WriteOptions;
 using platform::WriteOutcome;
 
 namespace {
-
-bool isDigits(const QString &text)
-{
-    return std::all_of(text.begin(), text.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
-}
 
 /// The text of the last content-type frame.
 QString contentTypeText(const TagObject &object)
@@ -41,8 +34,7 @@ void putRecord(TagObject &object, const TagRecord &record)
 {
     putText(object, FrameKind::LeadArtist, &TagObject::setArtist, record.Artist);
     putText(object, FrameKind::Album, &TagObject::setAlbum, record.Album);
-    const bool validYear = record.Year.size() == 4 && isDigits(record.Year);
-    putText(object, FrameKind::Year, &TagObject::setYear, validYear ? record.Year : QString());
+    putText(object, FrameKind::Year, &TagObject::setYear, isWritableYear(record.Year) ? record.Year : QString());
     const int genre = GenreNameToNumber(record.Genre);
     if (genre == GenreNone)
         object.removeFrames(FrameKind::ContentType);
@@ -50,8 +42,7 @@ void putRecord(TagObject &object, const TagRecord &record)
         object.setGenre(genre);
     putText(object, FrameKind::Title, &TagObject::setTitle, record.Title);
     putText(object, FrameKind::Comment, &TagObject::setComment, record.Comment);
-    const bool validTrack = (record.Track.size() == 1 || record.Track.size() == 2) && isDigits(record.Track);
-    if (validTrack)
+    if (isWritableTrack(record.Track))
         object.setTrack(record.Track.toInt());
     else
         object.removeFrames(FrameKind::TrackNumber);

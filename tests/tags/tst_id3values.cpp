@@ -89,6 +89,8 @@ private Q_SLOTS:
         QCOMPARE(yearOf(QStringLiteral("1999-05-01")), QStringLiteral("1999"));
         QCOMPARE(yearOf(QStringLiteral("1999-05-01T10:00")), QStringLiteral("1999"));
         QCOMPARE(yearOf(QStringLiteral("1999/05")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral("1999, 2001")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral("19990506")), QStringLiteral("1999"));
         QCOMPARE(yearOf(QStringLiteral("1999a")), QStringLiteral("1999a"));
         QCOMPARE(yearOf(QStringLiteral("19995")), QStringLiteral("19995"));
         QCOMPARE(yearOf(QStringLiteral("99")), QStringLiteral("99"));

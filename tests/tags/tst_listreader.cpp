@@ -142,6 +142,20 @@ private Q_SLOTS:
         QCOMPARE(before.reads, 2);
     }
 
+    void thePictureOfAnUnsynchronisedTagIsNotReadEither()
+    {
+        const QByteArray texts = textFrame(3, "TIT2", QStringLiteral("t")) + textFrame(3, "TPE1", QStringLiteral("p")) +
+                                 textFrame(3, "TALB", QStringLiteral("a")) +
+                                 textFrame(3, "TYER", QStringLiteral("1999")) +
+                                 textFrame(3, "TRCK", QStringLiteral("1"));
+        const QByteArray picture = pictureFrame(3, 2 * 1024 * 1024);
+        CountingFile before(id3v2(3, texts + picture, {.flags = 0x80}) + audio());
+        QCOMPARE(readListTag(before)->album, QStringLiteral("a"));
+        QVERIFY(before.bytesRead < 100 * 1024);
+        CountingFile behind(id3v2(3, picture + texts, {.flags = 0x80}) + audio());
+        QCOMPARE(readListTag(behind)->album, QStringLiteral("a"));
+    }
+
     void sizesThatAreOnlyClaimedAreNotAllocated()
     {
         QByteArray content = id3v2(4, QByteArray("TIT2\x7F\x7F\x7F\x7F\0\0\3x", 12));

@@ -53,6 +53,49 @@ private:
     }
 
 private Q_SLOTS:
+    void anEmptyFrameDoesNotHideOneThatHasAValue()
+    {
+        const QByteArray years = textFrame(4, "TDRC", QString()) + textFrame(4, "TYER", QStringLiteral("1999"));
+        QCOMPARE(linked(file(id3v2(4, years) + audio())).Year(), QStringLiteral("1999"));
+        const QByteArray titles = textFrame(3, "TIT2", QString()) + textFrame(3, "TIT2", QStringLiteral("Second"));
+        QCOMPARE(linked(file(id3v2(3, titles) + audio())).Title(), QStringLiteral("Second"));
+        const QByteArray comments =
+            commentFrame(3, QString()) + commentFrame(3, QStringLiteral("bar"), QStringLiteral("foo"));
+        QCOMPARE(linked(file(id3v2(3, comments) + audio())).Comment(), QStringLiteral("bar"));
+    }
+
+    void aTrackThatIsNoNumberIsShownAsNoneAndLeftAlone()
+    {
+        const QByteArray frames =
+            textFrame(3, "TRCK", QStringLiteral("A1")) + textFrame(3, "TIT2", QStringLiteral("x"));
+        const QString path = file(id3v2(3, frames, {.padding = 50}) + audio());
+        TagObject object = linked(path);
+        QCOMPARE(object.Track(), 0);
+        object.removeFrames(FrameKind::TrackNumber);
+        object.setTitle(QStringLiteral("new"));
+        QVERIFY(object.SaveV2Tag());
+        QCOMPARE(rawFrames(readFile(path)).at(0).bytes, textFrame(3, "TRCK", QStringLiteral("A1")));
+    }
+
+    void oneId3v1TagBehindAnotherGoesWithIt()
+    {
+        const QString path = file(audio() + id3v1({.title = "old"}) + id3v1({.title = "new"}));
+        QVERIFY(linked(path).StripV1Tag());
+        QCOMPARE(readFile(path), audio());
+    }
+
+    void theExtendedHeaderOfAnUnsynchronisedTagTellsThePadding()
+    {
+        const QByteArray extended("\0\0\0\x06\0\0\0\0\0\x64", 10);
+        const QString path = file(id3v2(3, textFrame(3, "TIT2", QStringLiteral("x")),
+                                      {.flags = 0x80, .padding = 100, .extendedHeader = extended}) +
+                                  audio());
+        TagObject object = linked(path);
+        object.setTitle(QStringLiteral("xyz"));
+        QVERIFY(object.SaveV2Tag());
+        QCOMPARE(readFile(path).mid(10, 10), QByteArray("\0\0\0\x06\0\0\0\0\0\x62", 10));
+    }
+
     void sizesOfTheOtherVersionAreUnderstood()
     {
         // A 2.4 tag whose frame sizes are not syncsafe, as an old program wrote them.

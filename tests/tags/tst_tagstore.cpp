@@ -361,9 +361,12 @@ private Q_SLOTS:
         m_state.freeMegabytes = 16;
         QVERIFY(m_store.SaveTag(path, fullRecord()));
         QVERIFY(!m_state.cancelled);
-        // The sum is not rounded: a byte more than 10 MB needs more than 15 MB.
-        const QString larger = file(QByteArray(10 * 1024 * 1024 - 1, '\x55'));
+        // The sum is not rounded: a byte less needs less than 15 MB, a byte more needs more.
         m_state.freeMegabytes = 15;
+        QVERIFY(m_store.SaveTag(file(QByteArray(10 * 1024 * 1024 - 1, '\x55')), fullRecord()));
+        const QString larger = file(QByteArray(10 * 1024 * 1024 + 1, '\x55'));
+        QCOMPARE(m_store.SaveTag(larger, fullRecord()).error().code, ErrorCode::LowSpace);
+        m_state.freeMegabytes = 16;
         QVERIFY(m_store.SaveTag(larger, fullRecord()));
     }
 

@@ -34,8 +34,8 @@ namespace {
 constexpr QStringView GeometryKey = u"window geometry";
 constexpr QStringView SplitterPositionKey = u"splitter Position";
 
-constexpr int CaptionTabFirst = 39;     ///< 39 to 41 and 45: the tabs' texts
-constexpr int CaptionTabTipFirst = 42;  ///< 42 to 45: their tooltips
+constexpr int CaptionTabFirst = 39;    ///< 39 to 41 and 45: the tabs' texts
+constexpr int CaptionTabTipFirst = 42; ///< 42 to 45: their tooltips
 constexpr int CaptionSelectAll = 30;
 constexpr int CaptionSelectNone = 36;
 constexpr int Margin = 6;
@@ -125,9 +125,8 @@ void principal::connectParts()
     connect(ListView1->selectionModel(), &QItemSelectionModel::selectionChanged, m_singleFilePage,
         &SingleFilePage::selectionChanged);
     connect(ListView1, &FileList::rightClicked, this, [this] { tabs->setCurrentIndex(0); });
-    connect(ListView1, &FileList::fileActivated, this, [this](int row) {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row)));
-    });
+    connect(ListView1, &FileList::fileActivated, this,
+        [this](int row) { QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row))); });
     connect(m_selectAll, &QAction::triggered, ListView1, &FileList::selectAllRows);
     connect(m_selectNone, &QAction::triggered, ListView1, &FileList::selectNone);
 }
@@ -234,7 +233,8 @@ void principal::dropEvent(QDropEvent *event)
     event->acceptProposedAction();
     // The drag's source waits for the end of this event, the folder is read afterwards.
     const QString path = dropped.isDir() ? dropped.absoluteFilePath() : dropped.absolutePath();
-    QMetaObject::invokeMethod(this, [this, path] { openFolder(path); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this, path] { openFolder(path); }, Qt::QueuedConnection);
 }
 
 void principal::closeEvent(QCloseEvent *event)

@@ -19,8 +19,8 @@ class StatusPanels;
 class WindowServices;
 struct Program;
 
-/// The main window: folder tree and file list in a splitter, the toolbar above them, the working modes' pages below, the
-/// status bar at the foot. It makes the parts, connects them and gives them their places; what they do is theirs.
+/// The main window: folder tree and file list in a splitter, the toolbar above them, the working modes' pages below,
+/// the status bar at the foot. It makes the parts, connects them and gives them their places; what they do is theirs.
 class principal : public QMainWindow
 {
     Q_OBJECT
