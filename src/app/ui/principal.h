@@ -13,14 +13,15 @@ class esperate;
 class FileList;
 class FolderTree;
 class ListController;
+class OpenWindows;
 class SingleFilePage;
 class SplitPanel;
 class StatusPanels;
 class WindowServices;
 struct Program;
 
-/// The main window: folder tree and file list in a splitter, the toolbar above them, the working modes' pages below, the
-/// status bar at the foot. It makes the parts, connects them and gives them their places; what they do is theirs.
+/// The main window: folder tree and file list in a splitter, the toolbar above them, the working modes' pages below,
+/// the status bar at the foot. It makes the parts, connects them and gives them their places; what they do is theirs.
 class principal : public QMainWindow
 {
     Q_OBJECT
@@ -41,6 +42,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
@@ -48,16 +50,19 @@ private:
     void createPanes();
     void createPages();
     void connectParts();
+    void setTabOrder();
     void restoreWindow();
     void chooseTagSaveMode();
     void placeParts();
+    void applyNames();
     void applyIcons();
+    QString droppedFolder(const QDropEvent *event) const;
     void openFolder(const QString &path);
     void showCurrentFile();
     void saveSettings();
-    void closeOtherWindows();
 
     Program &m_program;
+    OpenWindows *m_openWindows;
     esperate *m_waitWindow;
     Busy *m_busy;
     QWidget *m_area;

@@ -10,8 +10,8 @@
 
 namespace ravlin {
 
-/// What lives for the whole run. Made once, in main(), and passed by reference; used by the interface thread, and by the one
-/// operation that it waits for.
+/// What lives for the whole run. Made once, in main(), and passed by reference; used by the interface thread, and by
+/// the one operation that it waits for.
 struct Program
 {
     Settings settings;
