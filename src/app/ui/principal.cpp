@@ -31,6 +31,7 @@
 #include <algorithm>
 #include <array>
 #include <tuple>
+#include <utility>
 
 namespace ravlin {
 
@@ -144,6 +145,8 @@ void principal::connectParts()
     connect(folder, &FolderTree::pathChanged, m_lister, &ListController::openFolder);
     connect(folder, &FolderTree::listTreeRequested, m_lister, &ListController::ListFolderTree);
     connect(m_lister, &ListController::listed, m_singleFilePage, &SingleFilePage::reset);
+    connect(m_lister, &ListController::listed, this, [this] { m_isPageBehind = false; });
+    connect(tabs, &QTabWidget::currentChanged, this, &principal::catchUpPage);
     connect(ListView1, &FileList::itemSelected, this, &principal::showCurrentFile);
     connect(ListView1->selectionModel(), &QItemSelectionModel::selectionChanged, m_singleFilePage,
         &SingleFilePage::selectionChanged);
@@ -198,7 +201,15 @@ void principal::openFolder(const QString &path)
 void principal::showCurrentFile()
 {
     m_lister->showCurrentRow();
-    if (tabs->currentIndex() == 0)
+    m_isPageBehind = tabs->currentWidget() != m_singleFilePage;
+    if (!m_isPageBehind)
+        m_singleFilePage->ShowCurrent();
+}
+
+/// The page must not offer to save one file's tag into another that was chosen while it was out of sight.
+void principal::catchUpPage()
+{
+    if (tabs->currentWidget() == m_singleFilePage && std::exchange(m_isPageBehind, false))
         m_singleFilePage->ShowCurrent();
 }
 

@@ -59,6 +59,7 @@ private:
     QString droppedFolder(const QDropEvent *event) const;
     void openFolder(const QString &path);
     void showCurrentFile();
+    void catchUpPage();
     void saveSettings();
 
     Program &m_program;
@@ -78,6 +79,7 @@ private:
     ListController *m_lister;
     WindowServices *m_services;
     SingleFilePage *m_singleFilePage;
+    bool m_isPageBehind = false; ///< another row was clicked while the single-file page was out of sight
 };
 
 } // namespace ravlin
