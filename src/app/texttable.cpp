@@ -72,6 +72,13 @@ constexpr std::array<Row, TextCount> Rows{{
                                  u"convertir titre, artiste, album et commentaire en sauvegardant"}},
     {Text::TipYear, {u"four digits, or empty", u"cuatro cifras, o vacío", u"quatre chiffres, ou vide"}},
     {Text::TipTrack, {u"one or two digits, or empty", u"una o dos cifras, o vacío", u"un ou deux chiffres, ou vide"}},
+    // Names of the window's parts for who can't see them.
+    {Text::NameToolbar, {u"toolbar", u"barra de herramientas", u"barre d'outils"}},
+    {Text::NameFolders, {u"folders", u"carpetas", u"dossiers"}},
+    {Text::NameSplitter, {u"width of the folders", u"ancho de las carpetas", u"largeur des dossiers"}},
+    {Text::NamePages, {u"working modes", u"modos de trabajo", u"modes de travail"}},
+    {Text::NameStatusBar, {u"status bar", u"barra de estado", u"barre d'état"}},
+    {Text::TitleWaiting, {u"one moment, please", u"un momento, por favor", u"un instant, s'il vous plaît"}},
 }};
 
 consteval bool isComplete()

@@ -36,9 +36,15 @@ enum class Text
     TipConvertOnSave,
     TipYear,
     TipTrack,
+    NameToolbar,
+    NameFolders,
+    NameSplitter,
+    NamePages,
+    NameStatusBar,
+    TitleWaiting,
 };
 
-inline constexpr int TextCount = static_cast<int>(Text::TipTrack) + 1;
+inline constexpr int TextCount = static_cast<int>(Text::TitleWaiting) + 1;
 
 /// The text in all languages. Read it through Captions.
 const LanguageTexts &languageTexts(Text text);

@@ -2,12 +2,11 @@
 
 #include "platform/twips.h"
 
-/// The main window's sizes, in pixels of 15 twips each.
+/// The main window's sizes, in pixels of 15 twips each where nothing else is said.
 namespace ravlin::windowlayout {
 
 inline constexpr int MinimumWidth = 6000 / TwipsPerPixel;
-inline constexpr int SplitterStart =
-    3800 / TwipsPerPixel; ///< the splitter bar's place from the left at the first start
+inline constexpr int SplitterStart = 3800; ///< twips: the bar's centre from the left at the first start
 
 /// The width of the splitter, the menu frame and the toolbar in a window of that inner width.
 constexpr int panesWidth(int innerWidth)

@@ -6,6 +6,11 @@
 #include "files/currentfolder.h"
 #include "files/ui/filelist.h"
 
+#include <QScrollBar>
+
+#include <tuple>
+#include <utility>
+
 namespace ravlin {
 
 namespace {
@@ -21,54 +26,70 @@ ListController::ListController(Program &program, FileList &list, StatusPanels &p
 
 void ListController::openFolder(const QString &path)
 {
-    m_program.state.currentFolderAsChosen = path;
-    RefreshList();
+    list(path, &ravlin::RefreshList);
 }
 
 void ListController::RefreshList()
 {
-    if (!m_program.state.currentFolderAsChosen.isEmpty())
-        list(&ravlin::RefreshList);
+    list(m_program.state.currentFolderAsChosen, &ravlin::RefreshList);
 }
 
 void ListController::ListFolderTree()
 {
-    if (!m_program.state.currentFolderAsChosen.isEmpty())
-        list(&RefreshListTree);
+    list(m_program.state.currentFolderAsChosen, &RefreshListTree);
 }
 
-void ListController::list(Listing (*scan)(const QString &, const ScanOptions &))
+void ListController::list(const QString &folder, Listing (*scan)(const QString &, const ScanOptions &))
 {
-    if (m_busy.isRunning())
+    if (folder.isEmpty() || m_busy.isRunning())
         return;
     ProgramState &state = m_program.state;
-    enterFolder(state, state.currentFolderAsChosen, m_program.fileSystem);
+    const QString formerFolder = state.currentFolder;
+    enterFolder(state, folder, m_program.fileSystem);
     Listing listing;
-    m_busy.run(0, [&](BusyProgress &progress) {
-        std::size_t told = 0;
-        ScanOptions options;
-        options.cache = &m_program.tagCache;
-        options.progress = [&](const ScanProgress &scanned) {
-            progress.setSteps(static_cast<int>(scanned.total));
-            for (; told < scanned.done; ++told)
-                progress.step(scanned.name);
-        };
-        listing = scan(state.currentFolder, options);
-    });
-    m_list.setRows(std::move(listing.rows));
+    std::ignore =
+        m_busy.run(0, [&](BusyProgress &progress) { listing = scan(state.currentFolder, optionsWith(progress)); });
+    if (state.currentFolder == formerFolder)
+        fillAgain(std::move(listing.rows));
+    else
+        m_list.setRows(std::move(listing.rows));
     showCurrentRow();
     m_list.selectAllRows();
     Q_EMIT listed();
+}
+
+/// The same folder's rows: who works down a list stays at the file and the place where they are.
+void ListController::fillAgain(std::vector<ListRow> rows)
+{
+    const QString currentText = m_list.currentRowText();
+    const int place = m_list.verticalScrollBar()->value();
+    m_list.setRows(std::move(rows));
+    const auto row = static_cast<int>(m_list.rowTexts().indexOf(currentText));
+    if (row < 0)
+        return;
+    m_list.verticalScrollBar()->setValue(place);
+    m_list.setCurrentRow(row, FileList::Selection::Keep);
+}
+
+/// Reading through the cache, told to the wait window file by file.
+ScanOptions ListController::optionsWith(BusyProgress &progress) const
+{
+    ScanOptions options;
+    options.cache = &m_program.tagCache;
+    options.progress = [&progress, told = std::size_t{0}](const ScanProgress &scanned) mutable {
+        progress.setSteps(static_cast<int>(scanned.total));
+        for (; told < scanned.done; ++told)
+            progress.step(scanned.name);
+    };
+    return options;
 }
 
 void ListController::RefreshListTags()
 {
     const QStringList texts = m_list.rowTexts();
     std::vector<std::optional<ListTag>> tags;
-    const bool ran = m_busy.run(static_cast<int>(texts.size()), [&](BusyProgress &) {
-        ScanOptions options;
-        options.cache = &m_program.tagCache;
-        tags = readListTags(m_program.state.currentFolder, texts, options);
+    const bool ran = m_busy.run(static_cast<int>(texts.size()), [&](BusyProgress &progress) {
+        tags = readListTags(m_program.state.currentFolder, texts, optionsWith(progress));
     });
     if (ran)
         m_list.setTags(std::move(tags));

@@ -5,9 +5,12 @@
 #include <QObject>
 #include <QString>
 
+#include <vector>
+
 namespace ravlin {
 
 class Busy;
+class BusyProgress;
 class FileList;
 class StatusPanels;
 struct Program;
@@ -23,7 +26,7 @@ public:
 
     /// Makes a folder the current one and lists it.
     void openFolder(const QString &path);
-    /// Lists the current folder again, without the folders below it.
+    /// Lists the current folder again, without the folders below it. The current row stays the one of the same file.
     void RefreshList();
     /// Lists the current folder with all folders below it.
     void ListFolderTree();
@@ -42,7 +45,9 @@ Q_SIGNALS:
     void listed();
 
 private:
-    void list(Listing (*scan)(const QString &currentFolder, const ScanOptions &options));
+    void list(const QString &folder, Listing (*scan)(const QString &currentFolder, const ScanOptions &options));
+    void fillAgain(std::vector<ListRow> rows);
+    ScanOptions optionsWith(BusyProgress &progress) const;
 
     Program &m_program;
     FileList &m_list;

@@ -1,6 +1,7 @@
 #include "app/ui/principal.h"
 
 #include "app/ui/listcontroller.h"
+#include "app/ui/openwindows.h"
 #include "app/ui/program.h"
 #include "app/ui/statuspanels.h"
 #include "app/ui/windowservices.h"
@@ -17,14 +18,20 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QFileInfo>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QScreen>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QToolButton>
 #include <QUrl>
 
 #include <algorithm>
+#include <array>
+#include <tuple>
+#include <utility>
 
 namespace ravlin {
 
@@ -38,14 +45,27 @@ constexpr int CaptionTabFirst = 39;    ///< 39 to 41 and 45: the tabs' texts
 constexpr int CaptionTabTipFirst = 42; ///< 42 to 45: their tooltips
 constexpr int CaptionSelectAll = 30;
 constexpr int CaptionSelectNone = 36;
+constexpr int CaptionFileList = 65;
 constexpr int Margin = 6;
 constexpr QSize StartSize(1000, 700);
+
+/// Takes what is dropped without moving it: the program that it comes from keeps its files.
+void acceptWithoutMoving(QDropEvent *event)
+{
+    if (event->possibleActions() & Qt::CopyAction)
+        event->setDropAction(Qt::CopyAction);
+    else if (event->possibleActions() & Qt::LinkAction)
+        event->setDropAction(Qt::LinkAction);
+    else
+        return;
+    event->accept();
+}
 
 } // namespace
 
 principal::principal(Program &program)
-    : m_program(program), m_waitWindow(new esperate(this)), m_busy(new Busy(*m_waitWindow, this, this)),
-      m_area(new QWidget(this))
+    : m_program(program), m_openWindows(new OpenWindows(this)), m_waitWindow(new esperate(this)),
+      m_busy(new Busy(*m_waitWindow, this, this)), m_area(new QWidget(this))
 {
     setObjectName(QStringLiteral("principal"));
     setWindowTitle(QStringLiteral("ravlin!"));
@@ -56,6 +76,7 @@ principal::principal(Program &program)
     createPanes();
     createPages();
     connectParts();
+    setTabOrder();
 
     m_program.choices = SessionChoices::restored(m_program.settings);
     chooseTagSaveMode();
@@ -63,6 +84,7 @@ principal::principal(Program &program)
     applyCaptions();
     applyIcons();
     restoreWindow();
+    ListView1->setFocus();
 }
 
 principal::~principal() = default;
@@ -99,7 +121,7 @@ void principal::createPanes()
     ListView1->setObjectName(QStringLiteral("ListView1"));
     sp2->setFirstPanel(folder);
     sp2->setSecondPanel(ListView1);
-    sp2->setPosition(windowlayout::SplitterStart * TwipsPerPixel);
+    sp2->setPosition(windowlayout::SplitterStart);
     sbStatusBar = new StatusPanels(this);
     setStatusBar(sbStatusBar);
     m_lister = new ListController(m_program, *ListView1, *sbStatusBar, *m_busy, this);
@@ -107,13 +129,15 @@ void principal::createPanes()
 
 void principal::createPages()
 {
-    m_services = new WindowServices(*ListView1, *m_lister, *m_busy, this);
+    m_services = new WindowServices(m_program.state, *ListView1, *m_lister, *m_busy, this);
     tabs = new QTabWidget(m_area);
     tabs->setObjectName(QStringLiteral("tabs"));
     m_singleFilePage = new SingleFilePage(
         {*m_services, m_program.state, m_program.tagStore, m_program.captions, m_program.fileSystem}, tabs);
     tabs->addTab(m_singleFilePage, QString());
     m_area->installEventFilter(this);
+    for (QLineEdit *edit : tabs->findChildren<QLineEdit *>())
+        edit->installEventFilter(this);
 }
 
 void principal::connectParts()
@@ -121,6 +145,8 @@ void principal::connectParts()
     connect(folder, &FolderTree::pathChanged, m_lister, &ListController::openFolder);
     connect(folder, &FolderTree::listTreeRequested, m_lister, &ListController::ListFolderTree);
     connect(m_lister, &ListController::listed, m_singleFilePage, &SingleFilePage::reset);
+    connect(m_lister, &ListController::listed, this, [this] { m_isPageBehind = false; });
+    connect(tabs, &QTabWidget::currentChanged, this, &principal::catchUpPage);
     connect(ListView1, &FileList::itemSelected, this, &principal::showCurrentFile);
     connect(ListView1->selectionModel(), &QItemSelectionModel::selectionChanged, m_singleFilePage,
         &SingleFilePage::selectionChanged);
@@ -129,6 +155,16 @@ void principal::connectParts()
         [this](int row) { QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row))); });
     connect(m_selectAll, &QAction::triggered, ListView1, &FileList::selectAllRows);
     connect(m_selectNone, &QAction::triggered, ListView1, &FileList::selectNone);
+}
+
+/// As the eye goes, from the toolbar down to the pages.
+void principal::setTabOrder()
+{
+    auto *bar = sp2->findChild<QWidget *>(QStringLiteral("pbSplit"));
+    QWidget::setTabOrder(m_selectButton, folder);
+    QWidget::setTabOrder(folder, bar);
+    QWidget::setTabOrder(bar, ListView1);
+    QWidget::setTabOrder(ListView1, tabs->tabBar());
 }
 
 void principal::chooseTagSaveMode()
@@ -141,7 +177,7 @@ void principal::restoreWindow()
 {
     const QByteArray geometry = QByteArray::fromBase64(m_program.settings.read(GeometryKey).toLatin1());
     if (!restoreGeometry(geometry))
-        resize(StartSize);
+        resize(StartSize.boundedTo(screen()->availableSize()));
     const QString position = m_program.settings.read(SplitterPositionKey);
     bool isNumber = false;
     if (const int twips = position.toInt(&isNumber); isNumber)
@@ -165,7 +201,15 @@ void principal::openFolder(const QString &path)
 void principal::showCurrentFile()
 {
     m_lister->showCurrentRow();
-    if (tabs->currentIndex() == 0)
+    m_isPageBehind = tabs->currentWidget() != m_singleFilePage;
+    if (!m_isPageBehind)
+        m_singleFilePage->ShowCurrent();
+}
+
+/// The page must not offer to save one file's tag into another that was chosen while it was out of sight.
+void principal::catchUpPage()
+{
+    if (tabs->currentWidget() == m_singleFilePage && std::exchange(m_isPageBehind, false))
         m_singleFilePage->ShowCurrent();
 }
 
@@ -182,7 +226,22 @@ void principal::applyCaptions()
     m_selectAll->setToolTip(QStringLiteral("%1 (%2)").arg(
         captions.text(CaptionSelectAll), m_selectAll->shortcut().toString(QKeySequence::NativeText)));
     m_singleFilePage->applyCaptions();
+    m_waitWindow->setWindowTitle(captions.text(Text::TitleWaiting));
     m_lister->showCurrentRow();
+    applyNames();
+}
+
+/// What assistive tools call the parts that bear no text.
+void principal::applyNames()
+{
+    const Captions &captions = m_program.captions;
+    tb->setAccessibleName(captions.text(Text::NameToolbar));
+    m_selectButton->setAccessibleName(captions.text(CaptionSelectAll));
+    folder->setAccessibleName(captions.text(Text::NameFolders));
+    sp2->setBarAccessibleName(captions.text(Text::NameSplitter));
+    ListView1->setAccessibleName(captions.text(CaptionFileList));
+    tabs->tabBar()->setAccessibleName(captions.text(Text::NamePages));
+    sbStatusBar->setAccessibleName(captions.text(Text::NameStatusBar));
 }
 
 void principal::applyIcons()
@@ -210,6 +269,14 @@ bool principal::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_area && (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest))
         placeParts();
+    // A text box would take a dropped file's address as text; passed over, the window gets it.
+    if (event->type() == QEvent::DragEnter && watched != m_area) {
+        auto *drag = static_cast<QDragEnterEvent *>(event);
+        if (drag->mimeData()->hasUrls()) {
+            drag->ignore();
+            return true;
+        }
+    }
     return QMainWindow::eventFilter(watched, event);
 }
 
@@ -220,19 +287,34 @@ void principal::changeEvent(QEvent *event)
     QMainWindow::changeEvent(event);
 }
 
+/// The folder that was dropped, or that the dropped file is in; empty for anything else.
+QString principal::droppedFolder(const QDropEvent *event) const
+{
+    const QString path = event->mimeData()->urls().value(0).toLocalFile();
+    if (path.isEmpty())
+        return {};
+    const QFileInfo dropped(path);
+    return dropped.isDir() ? dropped.absoluteFilePath() : dropped.absolutePath();
+}
+
 void principal::dragEnterEvent(QDragEnterEvent *event)
 {
-    const QList<QUrl> urls = event->mimeData()->urls();
-    if (!m_busy->isRunning() && !urls.isEmpty() && urls.first().isLocalFile())
-        event->acceptProposedAction();
+    if (!droppedFolder(event).isEmpty())
+        acceptWithoutMoving(event);
+}
+
+void principal::dragMoveEvent(QDragMoveEvent *event)
+{
+    acceptWithoutMoving(event);
 }
 
 void principal::dropEvent(QDropEvent *event)
 {
-    const QFileInfo dropped(event->mimeData()->urls().value(0).toLocalFile());
-    event->acceptProposedAction();
+    const QString path = droppedFolder(event);
+    if (path.isEmpty())
+        return;
+    acceptWithoutMoving(event);
     // The drag's source waits for the end of this event, the folder is read afterwards.
-    const QString path = dropped.isDir() ? dropped.absoluteFilePath() : dropped.absolutePath();
     QMetaObject::invokeMethod(
         this, [this, path] { openFolder(path); }, Qt::QueuedConnection);
 }
@@ -240,7 +322,7 @@ void principal::dropEvent(QDropEvent *event)
 void principal::closeEvent(QCloseEvent *event)
 {
     saveSettings();
-    closeOtherWindows();
+    m_openWindows->closeAllBut(this);
     event->accept();
 }
 
@@ -253,16 +335,6 @@ void principal::saveSettings()
     settings.write(SplitterPositionKey, QString::number(sp2->position()));
     // Nobody is left to be told when the settings can't be saved; the file is then as it was.
     std::ignore = settings.save();
-}
-
-void principal::closeOtherWindows()
-{
-    // From the one opened last to the first.
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (auto window = windows.crbegin(); window != windows.crend(); ++window) {
-        if (*window != this && (*window)->isVisible())
-            (*window)->close();
-    }
 }
 
 } // namespace ravlin

@@ -13,6 +13,7 @@ class esperate;
 class FileList;
 class FolderTree;
 class ListController;
+class OpenWindows;
 class SingleFilePage;
 class SplitPanel;
 class StatusPanels;
@@ -41,6 +42,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
@@ -48,16 +50,20 @@ private:
     void createPanes();
     void createPages();
     void connectParts();
+    void setTabOrder();
     void restoreWindow();
     void chooseTagSaveMode();
     void placeParts();
+    void applyNames();
     void applyIcons();
+    QString droppedFolder(const QDropEvent *event) const;
     void openFolder(const QString &path);
     void showCurrentFile();
+    void catchUpPage();
     void saveSettings();
-    void closeOtherWindows();
 
     Program &m_program;
+    OpenWindows *m_openWindows;
     esperate *m_waitWindow;
     Busy *m_busy;
     QWidget *m_area;
@@ -73,6 +79,7 @@ private:
     ListController *m_lister;
     WindowServices *m_services;
     SingleFilePage *m_singleFilePage;
+    bool m_isPageBehind = false; ///< another row was clicked while the single-file page was out of sight
 };
 
 } // namespace ravlin

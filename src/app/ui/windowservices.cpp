@@ -22,8 +22,9 @@ private:
 
 } // namespace
 
-WindowServices::WindowServices(FileList &list, ListController &controller, Busy &busy, QWidget *window)
-    : QObject(window), m_list(list), m_controller(controller), m_busy(busy), m_window(window)
+WindowServices::WindowServices(
+    ProgramState &state, FileList &list, ListController &controller, Busy &busy, QWidget *window)
+    : QObject(window), m_state(state), m_list(list), m_controller(controller), m_busy(busy), m_window(window)
 {
 }
 
@@ -69,6 +70,11 @@ void WindowServices::refreshList()
 
 bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work)
 {
+    if (m_busy.isRunning())
+        return false;
+    // A refusal for want of space holds for the batch that it ended. Left standing it would make every later save in
+    // this folder do nothing without a word; each has its own check and its own message.
+    m_state.cancelled = false;
     return m_busy.run(static_cast<int>(rowCount), [&work](BusyProgress &progress) {
         ForwardedProgress forwarded(progress);
         work(forwarded);

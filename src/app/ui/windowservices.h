@@ -12,6 +12,7 @@ class Busy;
 class Captions;
 class FileList;
 class ListController;
+struct ProgramState;
 
 /// What the pages of the tab strip ask of the window: the list's rows, long work with the wait window, and boxes.
 class WindowServices : public QObject, public PageOwner
@@ -19,7 +20,7 @@ class WindowServices : public QObject, public PageOwner
     Q_OBJECT
 
 public:
-    WindowServices(FileList &list, ListController &controller, Busy &busy, QWidget *window);
+    WindowServices(ProgramState &state, FileList &list, ListController &controller, Busy &busy, QWidget *window);
 
     QString currentPath() const override;
     QStringList selectedPaths() const override;
@@ -31,6 +32,7 @@ public:
     void showError(const QString &text) override;
 
 private:
+    ProgramState &m_state;
     FileList &m_list;
     ListController &m_controller;
     Busy &m_busy;
