@@ -1,5 +1,5 @@
-// A program that is killed at any moment while it saves tags leaves a file whose tags are those before or those after a save, with
-// all foreign frames and the audio.
+// A program that is killed at any moment while it saves tags leaves a file whose tags are those before or those after a
+// save, with all foreign frames and the audio.
 
 #include "platform/safewrite.h"
 #include "support/mp3builder.h"

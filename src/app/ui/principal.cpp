@@ -134,6 +134,7 @@ void principal::createPages()
     tabs->setObjectName(QStringLiteral("tabs"));
     m_singleFilePage = new SingleFilePage(
         {*m_services, m_program.state, m_program.tagStore, m_program.captions, m_program.fileSystem}, tabs);
+    m_singleFilePage->setFocusPolicy(Qt::NoFocus); // Tab goes on to its first control
     tabs->addTab(m_singleFilePage, QString());
     m_area->installEventFilter(this);
     for (QLineEdit *edit : tabs->findChildren<QLineEdit *>())

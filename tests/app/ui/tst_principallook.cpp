@@ -27,8 +27,10 @@ private:
     QSet<QString> allowedTexts() const
     {
         const Captions &captions = m_program->captions;
-        QSet<QString> allowed{QString(), u"ravlin!"_s, u"id3v1"_s, u"id3v2"_s, u"a.mp3"_s, at(u"a.mp3"_s),
-            u"<qt>%1</qt>"_s.arg(at(u"a.mp3"_s)), u"128 kbps"_s, u"44100 hz"_s};
+        QSet<QString> allowed{QString(), u"ravlin!"_s, u"id3v1"_s, u"id3v2"_s, u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s,
+            u"3 / 3"_s, at(u"a.mp3"_s), u"<qt>%1</qt>"_s.arg(at(u"a.mp3"_s)), u"128 kbps"_s, u"44100 hz"_s,
+            control<QLabel>(u"size"_s)->text(), control<QLabel>(u"time"_s)->text(),
+            control<QLabel>(u"time"_s)->toolTip()};
         for (int number = 1; number <= CaptionCount; ++number)
             allowed << captions.text(number);
         for (int text = 0; text < TextCount; ++text) {
@@ -42,7 +44,9 @@ private:
     {
         QStringList texts;
         for (const QWidget *widget : m_window->findChildren<QWidget *>()) {
-            if (widget->inherits("QComboBoxPrivateContainer"))
+            // What Qt brings itself speaks by Qt's own translations.
+            const bool isQtsOwn = qobject_cast<const QTabBar *>(widget->parentWidget()) != nullptr;
+            if (widget->inherits("QComboBoxPrivateContainer") || isQtsOwn)
                 continue;
             texts << widget->toolTip() << widget->accessibleName() << widget->accessibleDescription();
             if (const auto *label = qobject_cast<const QLabel *>(widget))
@@ -193,11 +197,12 @@ private Q_SLOTS:
         addFiles(40);
         open(path(), QSize(width, 700));
         clickRow(0);
+        QTRY_COMPARE(control<QLabel>(u"mode"_s)->text(), u"128 kbps"_s);
         speak(language);
         QCOMPARE(m_window->width(), width);
-        QCOMPARE(misplaced(), QStringList());
+        QCOMPARE(misplaced().join(u", "_s), QString());
         if (width >= 700)
-            QCOMPARE(cutTexts(), QStringList());
+            QTRY_COMPARE(cutTexts().join(u", "_s), QString());
         QVERIFY2(list()->height() > 100, qPrintable(QString::number(list()->height())));
     }
 
@@ -228,9 +233,9 @@ private Q_SLOTS:
             way << nameOf(QApplication::focusWidget());
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         } while (QApplication::focusWidget() != control(u"tb_12"_s) && way.size() < 40);
-        QCOMPARE(way, (QStringList{u"tb_12"_s, u"folder"_s, u"pbSplit"_s, u"ListView1"_s, u"qt_tabwidget_tabbar"_s,
-                          u"pfile"_s, u"nfile"_s, u"Ttitulo"_s, u"Tpista"_s, u"tartista"_s, u"ta_o"_s, u"talbum"_s,
-                          u"cestilo"_s, u"tcomentarios"_s, u"eliminav1"_s, u"eliminav2"_s, u"op4_2"_s, u"edita"_s}));
+        QCOMPARE(way.join(u' '),
+            u"tb_12 folder pbSplit ListView1 qt_tabwidget_tabbar pfile nfile Ttitulo Tpista tartista ta_o talbum "
+            u"cestilo tcomentarios eliminav1 eliminav2 op4_2 ccase_2 edita"_s);
     }
 
     void everyPartThatTakesTheFocusHasAName()
