@@ -63,22 +63,22 @@ private:
     void saveSettings();
 
     Program &m_program;
-    OpenWindows *m_openWindows;
-    esperate *m_waitWindow;
-    Busy *m_busy;
-    QWidget *m_area;
-    QToolBar *tb;
-    QToolButton *m_selectButton; ///< tb_12
-    QAction *m_selectAll;
-    QAction *m_selectNone; ///< tb_none
-    SplitPanel *sp2;
-    FolderTree *folder;
-    FileList *ListView1;
-    QTabWidget *tabs;
-    StatusPanels *sbStatusBar;
-    ListController *m_lister;
-    WindowServices *m_services;
-    SingleFilePage *m_singleFilePage;
+    OpenWindows *m_openWindows = nullptr;
+    esperate *m_waitWindow = nullptr;
+    Busy *m_busy = nullptr;
+    QWidget *m_area = nullptr;
+    QToolBar *tb = nullptr;
+    QToolButton *m_selectButton = nullptr; ///< tb_12
+    QAction *m_selectAll = nullptr;
+    QAction *m_selectNone = nullptr; ///< tb_none
+    SplitPanel *sp2 = nullptr;
+    FolderTree *folder = nullptr;
+    FileList *ListView1 = nullptr;
+    QTabWidget *tabs = nullptr;
+    StatusPanels *sbStatusBar = nullptr;
+    ListController *m_lister = nullptr;
+    WindowServices *m_services = nullptr;
+    SingleFilePage *m_singleFilePage = nullptr;
     bool m_isPageBehind = false; ///< another row was clicked while the single-file page was out of sight
 };
 
