@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QEvent>
 
+#include <ranges>
+
 namespace ravlin {
 
 namespace {
@@ -24,9 +26,9 @@ void OpenWindows::closeAllBut(const QWidget *kept)
 {
     // Closing one may close or delete others, and may open one.
     const QList<QPointer<QWidget>> windows = m_windows;
-    for (auto window = windows.crbegin(); window != windows.crend(); ++window) {
-        if (*window && *window != kept && (*window)->isVisible())
-            (*window)->close();
+    for (const QPointer<QWidget> &window : windows | std::views::reverse) {
+        if (window && window != kept && window->isVisible())
+            window->close();
     }
 }
 
