@@ -24,6 +24,7 @@
 #include <QScreen>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
 #include <QUrl>
@@ -316,8 +317,7 @@ void principal::dropEvent(QDropEvent *event)
         return;
     acceptWithoutMoving(event);
     // The drag's source waits for the end of this event, the folder is read afterwards.
-    QMetaObject::invokeMethod(
-        this, [this, path] { openFolder(path); }, Qt::QueuedConnection);
+    QTimer::singleShot(0, this, [this, path] { openFolder(path); });
 }
 
 void principal::closeEvent(QCloseEvent *event)
