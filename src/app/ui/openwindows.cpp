@@ -3,7 +3,8 @@
 #include <QCoreApplication>
 #include <QEvent>
 
-#include <ranges>
+#include <algorithm>
+#include <utility>
 
 namespace ravlin {
 
@@ -25,8 +26,9 @@ OpenWindows::OpenWindows(QObject *parent) : QObject(parent)
 void OpenWindows::closeAllBut(const QWidget *kept)
 {
     // Closing one may close or delete others, and may open one.
-    const QList<QPointer<QWidget>> windows = m_windows;
-    for (const QPointer<QWidget> &window : windows | std::views::reverse) {
+    QList<QPointer<QWidget>> windows = m_windows;
+    std::reverse(windows.begin(), windows.end());
+    for (const QPointer<QWidget> &window : std::as_const(windows)) {
         if (window && window != kept && window->isVisible())
             window->close();
     }
