@@ -206,6 +206,17 @@ private Q_SLOTS:
         QVERIFY2(list()->height() > 100, qPrintable(QString::number(list()->height())));
     }
 
+    void theStatusPanelsShowWholeLetters()
+    {
+        addFiles(3);
+        open(path(), QSize(1000, 700));
+        for (const QString &name : {u"panel1"_s, u"panel2"_s}) {
+            const auto *panel = control<QLabel>(name);
+            QVERIFY(panel->contentsRect().height() >= panel->fontMetrics().height());
+            QCOMPARE(panel->text(), panel->accessibleName()); // nothing left out at this width
+        }
+    }
+
     void theWidthsAreThoseOfTheRule()
     {
         open({}, QSize(1000, 700));
