@@ -200,7 +200,8 @@ private Q_SLOTS:
         QTRY_COMPARE(control<QLabel>(u"mode"_s)->text(), u"128 kbps"_s);
         speak(language);
         QCOMPARE(m_window->width(), width);
-        QCOMPARE(misplaced().join(u", "_s), QString());
+        // Nested layouts take a few rounds of the event loop to settle.
+        QTRY_COMPARE(misplaced().join(u", "_s), QString());
         if (width >= 700)
             QTRY_COMPARE(cutTexts().join(u", "_s), QString());
         QVERIFY2(list()->height() > 100, qPrintable(QString::number(list()->height())));
