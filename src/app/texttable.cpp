@@ -77,6 +77,8 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::NameFolders, {u"folders", u"carpetas", u"dossiers"}},
     {Text::NameSplitter, {u"width of the folders", u"ancho de las carpetas", u"largeur des dossiers"}},
     {Text::NamePages, {u"working modes", u"modos de trabajo", u"modes de travail"}},
+    {Text::NameFormerTabs, {u"tabs to the left", u"pestañas de la izquierda", u"onglets de gauche"}},
+    {Text::NameFurtherTabs, {u"tabs to the right", u"pestañas de la derecha", u"onglets de droite"}},
     {Text::NameStatusBar, {u"status bar", u"barra de estado", u"barre d'état"}},
     {Text::TitleWaiting, {u"one moment, please", u"un momento, por favor", u"un instant, s'il vous plaît"}},
 }};

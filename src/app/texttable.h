@@ -40,6 +40,8 @@ enum class Text
     NameFolders,
     NameSplitter,
     NamePages,
+    NameFormerTabs,
+    NameFurtherTabs,
     NameStatusBar,
     TitleWaiting,
 };

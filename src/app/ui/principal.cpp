@@ -14,6 +14,7 @@
 #include "files/ui/foldertree.h"
 #include "tags/ui/singlefilepage.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
@@ -243,6 +244,11 @@ void principal::applyNames()
     sp2->setBarAccessibleName(captions.text(Text::NameSplitter));
     ListView1->setAccessibleName(captions.text(CaptionFileList));
     tabs->tabBar()->setAccessibleName(captions.text(Text::NamePages));
+    // The arrows that come up where the tabs don't fit.
+    if (auto *left = tabs->findChild<QAbstractButton *>(QStringLiteral("ScrollLeftButton")))
+        left->setAccessibleName(captions.text(Text::NameFormerTabs));
+    if (auto *right = tabs->findChild<QAbstractButton *>(QStringLiteral("ScrollRightButton")))
+        right->setAccessibleName(captions.text(Text::NameFurtherTabs));
     sbStatusBar->setAccessibleName(captions.text(Text::NameStatusBar));
 }
 

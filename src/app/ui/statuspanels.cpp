@@ -10,7 +10,7 @@ ElidedLabel *panel(QWidget *parent, const QString &name)
 {
     auto *label = new ElidedLabel(parent);
     label->setObjectName(name);
-    label->setContentsMargins(6, 1, 6, 1);
+    label->setContentsMargins(6, 0, 6, 0);
     return label;
 }
 
