@@ -93,9 +93,8 @@ Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, 
     const Frame *shown = tag ? tag->programFrame(kind) : nullptr;
     if (!edit.remove && shown && hasValue(*shown, edit))
         return {};
-    // A track that reads as none ("A1", "0") is not what a removal is about, and none need not be written.
-    const bool hasNoTrack = kind == FrameKind::TrackNumber && (!shown || trackNumber(shown->text) == 0);
-    if (hasNoTrack && (edit.remove || edit.number == 0))
+    // A track that reads as none ("A1", "0") is not what a removal is about.
+    if (edit.remove && kind == FrameKind::TrackNumber && shown && trackNumber(shown->text) == 0)
         return {};
     if (tag && (edit.remove || kind != FrameKind::Comment)) {
         for (const Frame &frame : tag->frames()) {
