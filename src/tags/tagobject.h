@@ -41,12 +41,13 @@ public:
     /// 0: none.
     int Track() const;
 
-    void setArtist(const QString &text) { put(FrameKind::LeadArtist, {false, text, 0}); }
-    void setAlbum(const QString &text) { put(FrameKind::Album, {false, text, 0}); }
-    void setTitle(const QString &text) { put(FrameKind::Title, {false, text, 0}); }
-    void setComment(const QString &text) { put(FrameKind::Comment, {false, text, 0}); }
+    /// An empty text is a removal.
+    void setArtist(const QString &text) { put(FrameKind::LeadArtist, {text.isEmpty(), text, 0}); }
+    void setAlbum(const QString &text) { put(FrameKind::Album, {text.isEmpty(), text, 0}); }
+    void setTitle(const QString &text) { put(FrameKind::Title, {text.isEmpty(), text, 0}); }
+    void setComment(const QString &text) { put(FrameKind::Comment, {text.isEmpty(), text, 0}); }
     void setGenre(int number) { put(FrameKind::ContentType, {false, {}, number}); }
-    void setYear(const QString &text) { put(FrameKind::Year, {false, text, 0}); }
+    void setYear(const QString &text) { put(FrameKind::Year, {text.isEmpty(), text, 0}); }
     void setTrack(int number) { put(FrameKind::TrackNumber, {false, {}, number}); }
     /// Removes every frame of that kind, and the field from ID3v1.
     void removeFrames(FrameKind kind) { put(kind, {true, {}, 0}); }
