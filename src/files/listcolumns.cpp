@@ -1,5 +1,6 @@
 #include "files/listcolumns.h"
 
+#include "naming/filename.h"
 #include "platform/filesystem.h"
 
 #include <algorithm>
@@ -47,15 +48,7 @@ QString columnText(const ListRow &row, ListColumn column)
 
 bool hasLongName(QStringView rowText)
 {
-    const QStringView name = rowText.mid(rowText.lastIndexOf(platform::Separator) + 1);
-    if (name.size() <= LongestPlainName)
-        return false;
-    qsizetype characters = name.size();
-    for (qsizetype i = 1; i < name.size(); ++i) {
-        if (name[i - 1].isHighSurrogate() && name[i].isLowSurrogate())
-            --characters;
-    }
-    return characters > LongestPlainName;
+    return isLongName(rowText.mid(rowText.lastIndexOf(platform::Separator) + 1));
 }
 
 QString shownName(const QString &name)

@@ -25,10 +25,7 @@ inline constexpr int ListColumnCount = 8;
 /// What a row shows in a column. The words for the tags' presence, "yes" and "no", are the same in every language.
 QString columnText(const ListRow &row, ListColumn column);
 
-/// The longest name of a file, without the path before it, that is no long name.
-inline constexpr int LongestPlainName = 64;
-/// Whether a row's bare file name has 65 characters or more. A character is a Unicode code point; a byte of a name that
-/// is no valid Unicode counts as one.
+/// Whether a row's file name, without the path before it, is a long one (see isLongName in naming/filename.h).
 bool hasLongName(QStringView rowText);
 
 /// A name as it can be shown: what is no valid Unicode in it becomes U+FFFD. Only for showing, never to find the file.
