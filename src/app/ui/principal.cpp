@@ -1,32 +1,29 @@
 #include "app/ui/principal.h"
 
 #include "app/ui/listcontroller.h"
+#include "app/ui/modetabs.h"
 #include "app/ui/openwindows.h"
 #include "app/ui/program.h"
 #include "app/ui/statuspanels.h"
+#include "app/ui/toolbar.h"
 #include "app/ui/windowservices.h"
 #include "app/windowlayout.h"
 #include "controls/ui/busy.h"
 #include "controls/ui/esperate.h"
-#include "controls/ui/icons.h"
 #include "controls/ui/splitpanel.h"
 #include "files/ui/filelist.h"
 #include "files/ui/foldertree.h"
 #include "tags/ui/singlefilepage.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QLineEdit>
-#include <QMenu>
 #include <QMimeData>
 #include <QScreen>
 #include <QTabBar>
-#include <QTabWidget>
 #include <QTimer>
-#include <QToolBar>
 #include <QToolButton>
 #include <QUrl>
 
@@ -34,6 +31,7 @@
 #include <array>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace ravlin {
 
@@ -43,8 +41,8 @@ namespace {
 constexpr QStringView GeometryKey = u"window geometry";
 constexpr QStringView SplitterPositionKey = u"splitter Position";
 
-constexpr int CaptionTabFirst = 39;    ///< 39 to 41 and 45: the tabs' texts
-constexpr int CaptionTabTipFirst = 42; ///< 42 to 45: their tooltips
+constexpr int CaptionSingleFile = 39;
+constexpr int CaptionSingleFileTip = 42;
 constexpr int CaptionSelectAll = 30;
 constexpr int CaptionSelectNone = 36;
 constexpr int CaptionFileList = 65;
@@ -84,7 +82,6 @@ principal::principal(Program &program)
     chooseTagSaveMode();
     m_program.captions.chooseAtStart(m_program.settings);
     applyCaptions();
-    applyIcons();
     restoreWindow();
     ListView1->setFocus();
 }
@@ -93,24 +90,11 @@ principal::~principal() = default;
 
 void principal::createToolbar()
 {
-    tb = new QToolBar(m_area);
+    tb = new Toolbar(this, m_area);
     tb->setObjectName(QStringLiteral("tb"));
-    tb->setIconSize(QSize(24, 24));
-    m_selectAll = new QAction(this);
-    m_selectAll->setShortcut(QKeySequence::SelectAll);
-    m_selectNone = new QAction(this);
-    m_selectNone->setObjectName(QStringLiteral("tb_none"));
-    m_selectNone->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A));
-    m_selectButton = new QToolButton(tb);
-    m_selectButton->setObjectName(QStringLiteral("tb_12"));
-    m_selectButton->setDefaultAction(m_selectAll);
-    m_selectButton->setPopupMode(QToolButton::MenuButtonPopup);
-    m_selectButton->setFocusPolicy(Qt::TabFocus);
-    auto *menu = new QMenu(m_selectButton);
-    menu->addAction(m_selectNone);
-    m_selectButton->setMenu(menu);
-    tb->addWidget(m_selectButton);
-    addActions({m_selectAll, m_selectNone});
+    m_selectAll = tb->addButton(12, {CaptionSelectAll, QStringLiteral("list-checks"), QKeySequence::SelectAll});
+    m_selectNone = tb->addMenuEntry(12, QStringLiteral("none"),
+        {CaptionSelectNone, QStringLiteral("list-x"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)});
 }
 
 void principal::createPanes()
@@ -132,12 +116,12 @@ void principal::createPanes()
 void principal::createPages()
 {
     m_services = new WindowServices(m_program.state, *ListView1, *m_lister, *m_busy, this);
-    tabs = new QTabWidget(m_area);
+    tabs = new ModeTabs(m_area);
     tabs->setObjectName(QStringLiteral("tabs"));
     m_singleFilePage = new SingleFilePage(
         {*m_services, m_program.state, m_program.tagStore, m_program.captions, m_program.fileSystem}, tabs);
-    m_singleFilePage->setFocusPolicy(Qt::NoFocus); // Tab goes on to its first control
-    tabs->addTab(m_singleFilePage, QString());
+    tabs->addPage(
+        m_singleFilePage, CaptionSingleFile, CaptionSingleFileTip, [this] { m_singleFilePage->applyCaptions(); });
     m_area->installEventFilter(this);
     for (QLineEdit *edit : tabs->findChildren<QLineEdit *>())
         edit->installEventFilter(this);
@@ -164,7 +148,10 @@ void principal::connectParts()
 void principal::setTabOrder()
 {
     auto *bar = sp2->findChild<QWidget *>(QStringLiteral("pbSplit"));
-    QWidget::setTabOrder(m_selectButton, folder);
+    const std::vector<QToolButton *> buttons = tb->buttons();
+    for (size_t next = 1; next < buttons.size(); ++next)
+        QWidget::setTabOrder(buttons[next - 1], buttons[next]);
+    QWidget::setTabOrder(buttons.back(), folder);
     QWidget::setTabOrder(folder, bar);
     QWidget::setTabOrder(bar, ListView1);
     QWidget::setTabOrder(ListView1, tabs->tabBar());
@@ -222,13 +209,8 @@ void principal::applyCaptions()
     constexpr std::array<int, 6> HeaderCaptions{55, 13, 54, 16, 15, 12};
     for (size_t column = 0; column < HeaderCaptions.size(); ++column)
         ListView1->setHeaderText(static_cast<ListColumn>(column), captions.text(HeaderCaptions[column]));
-    tabs->setTabText(0, captions.text(CaptionTabFirst));
-    tabs->setTabToolTip(0, captions.text(CaptionTabTipFirst));
-    m_selectAll->setText(captions.text(CaptionSelectAll));
-    m_selectNone->setText(captions.text(CaptionSelectNone));
-    m_selectAll->setToolTip(QStringLiteral("%1 (%2)").arg(
-        captions.text(CaptionSelectAll), m_selectAll->shortcut().toString(QKeySequence::NativeText)));
-    m_singleFilePage->applyCaptions();
+    tb->applyCaptions(captions);
+    tabs->applyCaptions(captions);
     m_waitWindow->setWindowTitle(captions.text(Text::TitleWaiting));
     m_lister->showCurrentRow();
     applyNames();
@@ -238,24 +220,10 @@ void principal::applyCaptions()
 void principal::applyNames()
 {
     const Captions &captions = m_program.captions;
-    tb->setAccessibleName(captions.text(Text::NameToolbar));
-    m_selectButton->setAccessibleName(captions.text(CaptionSelectAll));
     folder->setAccessibleName(captions.text(Text::NameFolders));
     sp2->setBarAccessibleName(captions.text(Text::NameSplitter));
     ListView1->setAccessibleName(captions.text(CaptionFileList));
-    tabs->tabBar()->setAccessibleName(captions.text(Text::NamePages));
-    // The arrows that come up where the tabs don't fit.
-    if (auto *left = tabs->findChild<QAbstractButton *>(QStringLiteral("ScrollLeftButton")))
-        left->setAccessibleName(captions.text(Text::NameFormerTabs));
-    if (auto *right = tabs->findChild<QAbstractButton *>(QStringLiteral("ScrollRightButton")))
-        right->setAccessibleName(captions.text(Text::NameFurtherTabs));
     sbStatusBar->setAccessibleName(captions.text(Text::NameStatusBar));
-}
-
-void principal::applyIcons()
-{
-    m_selectAll->setIcon(themedIcon(QStringLiteral("list-checks"), palette()));
-    m_selectNone->setIcon(themedIcon(QStringLiteral("list-x"), palette()));
 }
 
 /// The parts' places: the toolbar on top, the pages at the foot with the height that they need, the panes between them.
@@ -286,13 +254,6 @@ bool principal::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return QMainWindow::eventFilter(watched, event);
-}
-
-void principal::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::PaletteChange && m_selectAll != nullptr)
-        applyIcons();
-    QMainWindow::changeEvent(event);
 }
 
 /// The folder that was dropped, or that the dropped file is in; empty for anything else.

@@ -2,9 +2,7 @@
 
 #include <QMainWindow>
 
-class QTabWidget;
-class QToolBar;
-class QToolButton;
+class QAction;
 
 namespace ravlin {
 
@@ -13,10 +11,12 @@ class esperate;
 class FileList;
 class FolderTree;
 class ListController;
+class ModeTabs;
 class OpenWindows;
 class SingleFilePage;
 class SplitPanel;
 class StatusPanels;
+class Toolbar;
 class WindowServices;
 struct Program;
 
@@ -40,7 +40,6 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
-    void changeEvent(QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dropEvent(QDropEvent *event) override;
@@ -55,7 +54,6 @@ private:
     void chooseTagSaveMode();
     void placeParts();
     void applyNames();
-    void applyIcons();
     QString droppedFolder(const QDropEvent *event) const;
     void openFolder(const QString &path);
     void showCurrentFile();
@@ -67,14 +65,13 @@ private:
     esperate *m_waitWindow = nullptr;
     Busy *m_busy = nullptr;
     QWidget *m_area = nullptr;
-    QToolBar *tb = nullptr;
-    QToolButton *m_selectButton = nullptr; ///< tb_12
+    Toolbar *tb = nullptr;
     QAction *m_selectAll = nullptr;
-    QAction *m_selectNone = nullptr; ///< tb_none
+    QAction *m_selectNone = nullptr;
     SplitPanel *sp2 = nullptr;
     FolderTree *folder = nullptr;
     FileList *ListView1 = nullptr;
-    QTabWidget *tabs = nullptr;
+    ModeTabs *tabs = nullptr;
     StatusPanels *sbStatusBar = nullptr;
     ListController *m_lister = nullptr;
     WindowServices *m_services = nullptr;

@@ -11,6 +11,7 @@
 #include <QScrollBar>
 #include <QSet>
 #include <QTabBar>
+#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
@@ -37,8 +38,15 @@ private:
             const QString words = captions.text(static_cast<Text>(text));
             allowed << (words.contains(u"%1"_s) ? words.arg(2) : words);
         }
-        allowed << captions.text(30) + u" (Ctrl+A)"_s << u"3 "_s + captions.text(10);
+        allowed << u"3 "_s + captions.text(10);
         return allowed;
+    }
+    /// A tooltip tells the key besides, in brackets.
+    static QString withoutShortcut(const QAction &action)
+    {
+        const QString keys = u" (%1)"_s.arg(action.shortcut().toString(QKeySequence::NativeText));
+        const QString tip = action.toolTip();
+        return tip.endsWith(keys) ? tip.chopped(keys.size()) : tip;
     }
     QStringList shownTexts() const
     {
@@ -48,7 +56,10 @@ private:
             const bool isQtsOwn = qobject_cast<const QTabBar *>(widget->parentWidget()) != nullptr;
             if (widget->inherits("QComboBoxPrivateContainer") || isQtsOwn)
                 continue;
-            texts << widget->toolTip() << widget->accessibleName() << widget->accessibleDescription();
+            const auto *toolButton = qobject_cast<const QToolButton *>(widget);
+            const QAction *action = toolButton ? toolButton->defaultAction() : nullptr;
+            texts << (action ? withoutShortcut(*action) : widget->toolTip());
+            texts << widget->accessibleName() << widget->accessibleDescription();
             if (const auto *label = qobject_cast<const QLabel *>(widget))
                 texts << label->text();
             else if (const auto *button = qobject_cast<const QAbstractButton *>(widget))
@@ -59,7 +70,7 @@ private:
             }
         }
         for (const QAction *action : m_window->findChildren<QAction *>())
-            texts << action->text() << action->toolTip();
+            texts << action->text() << withoutShortcut(*action);
         for (int column = 0; column < 8; ++column)
             texts << list()->model()->headerData(column, Qt::Horizontal).toString();
         texts << m_window->windowTitle() << m_window->findChild<esperate *>()->windowTitle();
