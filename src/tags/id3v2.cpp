@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include <zlib.h>
+
 namespace ravlin::id3 {
 
 namespace {
@@ -49,16 +51,17 @@ bool isIdentifierCharacter(char c)
     return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-/// Inflates a zlib stream whose size it claims itself; nothing when the claim is beyond reason or the data are broken.
-bool inflate(std::string_view data, qint64 claimedSize, QByteArray &out)
+/// Decompresses a zlib stream whose size it claims itself; nothing when the claim is beyond reason or wrong, or the
+/// data are broken. Never makes more than was claimed.
+bool decompress(std::string_view data, qint64 claimedSize, QByteArray &out)
 {
     if (claimedSize < 0 || claimedSize > MaximumTextFrameSize)
         return false;
-    QByteArray prefixed(4, '\0');
-    qToBigEndian(static_cast<quint32>(claimedSize), prefixed.data());
-    prefixed.append(data.data(), static_cast<qsizetype>(data.size()));
-    out = qUncompress(prefixed);
-    return out.size() == claimedSize;
+    out.resize(claimedSize);
+    auto size = static_cast<uLongf>(claimedSize);
+    const int status = ::uncompress(reinterpret_cast<Bytef *>(out.data()), &size,
+        reinterpret_cast<const Bytef *>(data.data()), static_cast<uLong>(data.size()));
+    return status == Z_OK && static_cast<qint64>(size) == claimedSize;
 }
 
 } // namespace
@@ -67,6 +70,12 @@ bool isIdentifier(std::string_view id)
 {
     const bool start = std::all_of(id.begin(), id.begin() + 3, isIdentifierCharacter);
     return start && (id.size() == 3 || isIdentifierCharacter(id[3]) || id[3] == ' ' || id[3] == '\0');
+}
+
+bool canFollowFrame(std::string_view next)
+{
+    const bool isPadding = next.find_first_not_of('\0') == std::string_view::npos;
+    return isPadding || (next.size() == 10 && isIdentifier(next.substr(0, 4)));
 }
 
 std::optional<TagHeader> parseTagHeader(std::string_view bytes)
@@ -319,8 +328,7 @@ bool Tag::plausibleFrameStart(ByteWindow &window, qint64 offset) const
     if (offset >= m_bodyEnd)
         return offset == m_bodyEnd;
     const std::string_view next = window.at(offset, std::min<qint64>(10, m_bodyEnd - offset));
-    const bool padding = next.find_first_not_of('\0') == std::string_view::npos;
-    return !next.empty() && (padding || (next.size() == 10 && isIdentifier(next.substr(0, 4))));
+    return !next.empty() && canFollowFrame(next);
 }
 
 /// Decodes a frame of a kind that has room left for so many bytes. A frame that can't be read becomes an Other.
@@ -385,7 +393,7 @@ bool Tag::frameContent(
     }
     if (compressed) {
         QByteArray inflated;
-        if (!inflate(content, claimed, inflated))
+        if (!decompress(content, claimed, inflated))
             return false;
         scratch = inflated;
         content = {scratch.constData(), static_cast<size_t>(scratch.size())};

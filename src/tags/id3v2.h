@@ -47,6 +47,10 @@ struct TagHeader
 /// True for what can be a frame's identifier, three or four bytes long.
 bool isIdentifier(std::string_view id);
 
+/// Whether those bytes, the next ten of a tag's body or all that are left of it, are what comes behind a frame: another
+/// one, padding, or the end.
+bool canFollowFrame(std::string_view next);
+
 /// The tag header that those bytes (at least ten) are, or nothing.
 std::optional<TagHeader> parseTagHeader(std::string_view bytes);
 

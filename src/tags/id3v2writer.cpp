@@ -1,5 +1,6 @@
 #include "tags/id3v2writer.h"
 
+#include "tags/composedcontent.h"
 #include "tags/id3values.h"
 
 #include <QtEndian>
@@ -50,9 +51,8 @@ QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, in
 
 /// A whole frame with that value. Of the frame in whose place it comes the status flags and a comment's language and
 /// description stay.
-Result<QByteArray> buildFrame(FrameKind kind, const FieldEdit &edit, const Frame *old, const TagHeader &tag)
+Result<QByteArray> buildFrame(FrameKind kind, QByteArray body, const Frame *old, const TagHeader &tag)
 {
-    QByteArray body = frameBody(kind, edit, old, tag.majorVersion);
     quint16 flags = old ? old->header.flags & 0xFF00 : 0;
     if (tag.majorVersion == 4 && (tag.flags & TagHeader::Unsynchronisation) != 0) {
         body = applyUnsynchronisation({body.constData(), static_cast<size_t>(body.size())});
@@ -78,6 +78,17 @@ Result<QByteArray> buildFrame(FrameKind kind, const FieldEdit &edit, const Frame
     return frame + body;
 }
 
+/// Whether the frame shows already what that body would: not every text can be stored as it is, and one that can't
+/// would else be written anew by each save.
+bool readsAs(const Frame &frame, FrameKind kind, const QByteArray &body)
+{
+    const std::string_view bytes(body.constData(), static_cast<size_t>(body.size()));
+    CommentBody comment;
+    if (kind == FrameKind::Comment)
+        return decodeCommentBody(bytes, comment) && comment.text == frame.text;
+    return decodeTextBody(bytes).text == frame.text;
+}
+
 /// What the edits make of a tag's frames.
 struct FramePlan
 {
@@ -96,6 +107,9 @@ Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, 
     // A track that reads as none ("A1", "0") is not what a removal is about.
     if (edit.remove && kind == FrameKind::TrackNumber && shown && trackNumber(shown->text) == 0)
         return {};
+    const QByteArray body = edit.remove ? QByteArray() : frameBody(kind, edit, shown, header.majorVersion);
+    if (!edit.remove && shown && readsAs(*shown, kind, body))
+        return {};
     if (tag && (edit.remove || kind != FrameKind::Comment)) {
         for (const Frame &frame : tag->frames()) {
             if (frame.kind == kind && !frame.isPrivateComment())
@@ -104,7 +118,7 @@ Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, 
     }
     if (edit.remove)
         return {};
-    Result<QByteArray> frame = buildFrame(kind, edit, shown, header);
+    Result<QByteArray> frame = buildFrame(kind, body, shown, header);
     if (!frame)
         return tl::unexpected(frame.error());
     if (shown)
@@ -200,7 +214,8 @@ QByteArray headerBytes(const TagHeader &header, qint64 regionSize)
 }
 
 /// The extended header for changed frames: its checksum, which would no longer be right, is left out, and what it says
-/// of the padding is made right (ID3v2.3 §3.2, ID3v2.4 structure §3.2).
+/// of the padding is made right (ID3v2.3 §3.2, ID3v2.4 structure §3.2). padding: all of the tag behind the frames,
+/// whatever it is; so it is the same number whichever way the tag is written.
 QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 padding)
 {
     if (old.isEmpty())
@@ -237,6 +252,22 @@ qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
         offset += size;
     }
     return end;
+}
+
+/// Whether the frames will be found to end at framesEnd when everything behind the old ones stays in its place. What
+/// follows a frame decides how its size is read (ID3v2.3 and ID3v2.4 store sizes in different forms).
+bool showsItsEnd(ByteWindow &bytes, const Tag &tag, qint64 framesEnd)
+{
+    if (framesEnd > tag.framesEnd() && firstNonZero(bytes, tag.framesEnd(), framesEnd) != framesEnd)
+        return false;
+    const qint64 room = std::min(tag.bodyEnd() - framesEnd, TagHeaderSize);
+    const qint64 freed = std::clamp<qint64>(tag.framesEnd() - framesEnd, 0, room);
+    QByteArray next(freed, '\0');
+    if (freed < room) {
+        const std::string_view kept = bytes.at(framesEnd + freed, room - freed);
+        next.append(kept.data(), static_cast<qsizetype>(kept.size()));
+    }
+    return tag.header().majorVersion == 2 || canFollowFrame({next.constData(), static_cast<size_t>(next.size())});
 }
 
 /// Behind the last byte that is not zero in [offset, end); offset when there is none; -1 when reading fails.
@@ -308,9 +339,22 @@ tl::unexpected<Error> tooLarge()
     return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
 }
 
+/// Checks that the frames of a new content will be found to end there (an offset as Tag::framesEnd). What follows the
+/// last one at once may make its size look like one in the other version's form; then nothing is written.
+Result<void> checkFramesEnd(platform::File &old, const std::vector<Segment> &segments, qint64 framesEnd)
+{
+    ComposedContent content(old, segments);
+    const Result<std::optional<Tag>> tag = Tag::parse(content, content.size(), Detail::Everything);
+    if (!tag)
+        return tl::unexpected(tag.error());
+    if (!*tag || (*tag)->framesEnd() != framesEnd)
+        return tl::unexpected(brokenTag());
+    return {};
+}
+
 /// A tag with something at once behind its frames that is carried along as one piece, the padding behind it.
-Result<std::vector<Segment>> composeBeforeUnknown(
-    ByteWindow &window, const Tag &tag, std::vector<Segment> frames, const QByteArray &oldExtended)
+Result<std::vector<Segment>> composeBeforeUnknown(platform::File &file, ByteWindow &window, const Tag &tag,
+    std::vector<Segment> frames, const QByteArray &oldExtended)
 {
     const TagHeader &header = tag.header();
     const qint64 region = header.regionSize();
@@ -327,6 +371,8 @@ Result<std::vector<Segment>> composeBeforeUnknown(
     std::vector<Segment> segments = assemble(
         headerBytes(header, newRegion) + extendedHeader(header, oldExtended, padding), std::move(frames), padding);
     segments.push_back(Segment::kept(region, window.end() - region));
+    if (Result<void> checked = checkFramesEnd(file, segments, contentEnd - (unknownEnd - tag.framesEnd())); !checked)
+        return tl::unexpected(checked.error());
     if (fits) {
         if (Result<void> materialised = materialiseMoved(window, segments); !materialised)
             return tl::unexpected(materialised.error());
@@ -335,7 +381,8 @@ Result<std::vector<Segment>> composeBeforeUnknown(
 }
 
 /// A tag whose frames' offsets are those in the file.
-Result<std::vector<Segment>> composePlain(ByteWindow &window, const Tag &tag, const FramePlan &plan)
+Result<std::vector<Segment>> composePlain(
+    platform::File &file, ByteWindow &window, const Tag &tag, const FramePlan &plan)
 {
     const TagHeader &header = tag.header();
     std::vector<Segment> frames = frameSegments(tag, plan);
@@ -343,12 +390,11 @@ Result<std::vector<Segment>> composePlain(ByteWindow &window, const Tag &tag, co
     if (!oldExtended)
         return tl::unexpected(oldExtended.error());
     if (isFollowedByUnknown(window, tag))
-        return composeBeforeUnknown(window, tag, std::move(frames), *oldExtended);
+        return composeBeforeUnknown(file, window, tag, std::move(frames), *oldExtended);
     const qint64 extendedSize = extendedHeader(header, *oldExtended, 0).size();
     const qint64 framesEnd = TagHeaderSize + extendedSize + lengthOf(frames);
     const qint64 region = header.regionSize();
-    const bool fits = framesEnd <= tag.bodyEnd() && !header.hasFooter() &&
-                      (framesEnd <= tag.framesEnd() || firstNonZero(window, tag.framesEnd(), framesEnd) == framesEnd);
+    const bool fits = framesEnd <= tag.bodyEnd() && !header.hasFooter() && showsItsEnd(window, tag, framesEnd);
     if (fits) {
         // It fits: what is left of the padding stays where it is, and so does all behind it.
         const qint64 keptFrom = std::max(framesEnd, tag.framesEnd());
@@ -369,15 +415,17 @@ Result<std::vector<Segment>> composePlain(ByteWindow &window, const Tag &tag, co
     if (newRegion - TagHeaderSize > MaximumBodySize)
         return tooLarge();
     const qint64 padding = newRegion - framesEnd - tailSize;
-    std::vector<Segment> segments = assemble(
-        headerBytes(header, newRegion) + extendedHeader(header, *oldExtended, padding), std::move(frames), padding);
+    std::vector<Segment> segments =
+        assemble(headerBytes(header, newRegion) + extendedHeader(header, *oldExtended, newRegion - framesEnd),
+            std::move(frames), padding);
     segments.push_back(Segment::kept(tailBegin, tailSize));
     segments.push_back(Segment::kept(region, window.end() - region));
     return segments;
 }
 
 /// A tag that is unsynchronised as a whole: put together in memory and unsynchronised again.
-Result<std::vector<Segment>> composeUnsynchronised(const Tag &tag, const FramePlan &plan, qint64 fileSize)
+Result<std::vector<Segment>> composeUnsynchronised(
+    platform::File &file, const Tag &tag, const FramePlan &plan, qint64 fileSize)
 {
     const TagHeader &header = tag.header();
     const std::string_view decoded(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size()));
@@ -388,7 +436,9 @@ Result<std::vector<Segment>> composeUnsynchronised(const Tag &tag, const FramePl
         frames += segment.oldOffset < 0 ? segment.bytes : tag.decoded().mid(segment.oldOffset, segment.length);
     const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
     const qint64 tailEnd = endOfNonZero(window, tailBegin, tag.bodyEnd());
-    if (tailBegin < tailEnd && !isFollowedByUnknown(window, tag))
+    const bool isBeforeUnknown = isFollowedByUnknown(window, tag);
+    const qsizetype framesSize = frames.size();
+    if (tailBegin < tailEnd && !isBeforeUnknown)
         frames.append(TagHeaderSize, '\0');
     frames += tag.decoded().mid(tailBegin, tailEnd - tailBegin);
 
@@ -408,7 +458,13 @@ Result<std::vector<Segment>> composeUnsynchronised(const Tag &tag, const FramePl
         content = withPadding;
     QByteArray bytes = headerBytes(header, newRegion) + content;
     bytes.resize(newRegion, '\0');
-    return std::vector<Segment>{Segment::fresh(bytes), Segment::kept(region, fileSize - region)};
+    std::vector<Segment> segments{Segment::fresh(bytes), Segment::kept(region, fileSize - region)};
+    const qint64 framesEnd = TagHeaderSize + extendedHeader(header, oldExtended, 0).size() + framesSize;
+    if (isBeforeUnknown) {
+        if (Result<void> checked = checkFramesEnd(file, segments, framesEnd); !checked)
+            return tl::unexpected(checked.error());
+    }
+    return segments;
 }
 
 std::vector<Segment> composeNew(const TagHeader &header, const FramePlan &plan, qint64 fileSize)
@@ -475,7 +531,7 @@ Result<std::optional<std::vector<Segment>>> composeSave(
     if (leavesNothing(window, *tag, *plan) && !anotherTagFollows(window, *tag))
         return std::vector<Segment>{Segment::kept(region, fileSize - region)};
     Result<std::vector<Segment>> segments =
-        tag->isPlain() ? composePlain(window, *tag, *plan) : composeUnsynchronised(*tag, *plan, fileSize);
+        tag->isPlain() ? composePlain(file, window, *tag, *plan) : composeUnsynchronised(file, *tag, *plan, fileSize);
     if (!segments)
         return tl::unexpected(segments.error());
     return std::move(*segments);

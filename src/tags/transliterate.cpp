@@ -220,10 +220,13 @@ const char *replacementFor(char16_t character)
 QByteArray characterInLatin1(const QString &character)
 {
     QByteArray out;
+    bool hasAccent = false;
     const QString decomposed = character.normalized(QString::NormalizationForm_KD);
     for (const QChar c : decomposed) {
-        if (c.isMark())
-            continue; // an accent that Latin-1 has no letter with
+        if (c.isMark()) {
+            hasAccent = true; // one that Latin-1 has no letter with
+            continue;
+        }
         if (c.unicode() <= 0xFF)
             out += static_cast<char>(c.unicode());
         else if (const char *latin = replacementFor(c.unicode()))
@@ -231,7 +234,9 @@ QByteArray characterInLatin1(const QString &character)
         else
             return QByteArrayLiteral("?");
     }
-    return out.isEmpty() ? QByteArrayLiteral("?") : out;
+    // An accent alone stands on a blank.
+    const bool isInvisible = out.isEmpty() || (hasAccent && out.trimmed().isEmpty());
+    return isInvisible ? QByteArrayLiteral("?") : out;
 }
 
 bool isLatin1(QStringView text)

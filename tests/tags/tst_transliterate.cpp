@@ -26,6 +26,9 @@ private Q_SLOTS:
         row("combining marks that compose", "Bjo\u0308rk e\u0301", "Björk é");
         row("combining marks that do not", "x\u0301y\u0304", "xy");
         row("a mark alone", "\u0301", "?");
+        row("a mark on a blank", "a \u0301 b", "a? b");
+        row("an accent that stands on a blank by itself", "\u02D8", "?");
+        row("a wide blank", "a\u3000b", "a b");
         row("Cyrillic", "Кино Щёлкунчик", "Kino Shchelkunchik");
         row("Cyrillic in pieces", "и\u0306", "i");
         row("Ukrainian", "Їжак Ґанок", "Yizhak Ganok");
@@ -64,7 +67,8 @@ private Q_SLOTS:
     void neverBlankAndNeverLonger()
     {
         for (const QString &text : {QStringLiteral("日本"), QStringLiteral("щщщ"), QStringLiteral("🎵🎵"),
-                 QString(40, u'Ω'), QString(QChar(0xD800)) + u'a', QStringLiteral("\u200B")}) {
+                 QString(40, u'Ω'), QString(QChar(0xD800)) + u'a', QStringLiteral("\u200B"), QStringLiteral(" \u0301"),
+                 QStringLiteral("\u02D8")}) {
             for (const qsizetype size : {4, 28, 30}) {
                 const QByteArray latin = toLatin1Visibly(text, size);
                 QVERIFY2(!latin.trimmed().isEmpty(), qPrintable(text));
