@@ -20,21 +20,24 @@ void sortInsideFolders(std::vector<ListRow> &rows)
     struct Entry
     {
         QString key;
+        QString text;
         ListRow *row;
     };
     std::vector<Entry> entries;
     entries.reserve(rows.size());
-    for (ListRow &row : rows)
-        entries.push_back({row.text.toCaseFolded(), &row});
+    for (ListRow &row : rows) {
+        const QString text = row.text();
+        entries.push_back({text.toCaseFolded(), text, &row});
+    }
 
     const auto isBefore = [](const Entry &one, const Entry &other) {
         const int order = one.key.compare(other.key);
-        return order != 0 ? order < 0 : one.row->text < other.row->text;
+        return order != 0 ? order < 0 : one.text < other.text;
     };
     for (auto start = entries.begin(); start != entries.end();) {
-        const QStringView folder = folderOf(start->row->text);
-        const auto end = std::find_if(
-            start, entries.end(), [folder](const Entry &entry) { return folderOf(entry.row->text) != folder; });
+        const QStringView folder = folderOf(start->text);
+        const auto end =
+            std::find_if(start, entries.end(), [folder](const Entry &entry) { return folderOf(entry.text) != folder; });
         std::sort(start, end, isBefore);
         start = end;
     }
@@ -73,8 +76,9 @@ int runList(const Arguments &arguments, Console &console)
     if (found) {
         sortInsideFolders(found->rows);
         for (const ListRow &row : found->rows) {
-            writer.write({row.text, row.trackColumn(), row.tag.title, row.tag.artist, row.tag.album, row.tag.year,
-                row.tag.hasV1, row.tag.hasV2});
+            const ListTag tag = row.file.tag();
+            writer.write(
+                {row.text(), row.trackColumn(), tag.title, tag.artist, tag.album, tag.year, tag.hasV1, tag.hasV2});
         }
         for (const ListFailure &failure : found->failures)
             console.fail(failure.path, failure.error);

@@ -125,13 +125,6 @@ QString withSeparator(const QString &path)
 
 } // namespace
 
-QString ListRow::trackColumn() const
-{
-    bool isNumber = false;
-    const int number = tag.track.toInt(&isNumber);
-    return isNumber && number < 10 ? u'0' + tag.track : tag.track;
-}
-
 Result<Listing> ListFolder(const QString &folderPath, const QString &relativePrefix, const ScanOptions &options)
 {
     const QString root = withSeparator(folderPath);
@@ -164,7 +157,7 @@ Result<QStringList> GetSubfolders(const QString &folderPath, const std::stop_tok
     return subfolders(*entries, withSeparator(folderPath), stop);
 }
 
-std::vector<std::optional<ListTag>> readListTags(
+std::vector<std::optional<ListedFile>> readListTags(
     const QString &folderPath, const QStringList &texts, const ScanOptions &options)
 {
     std::vector<FolderFiles> folders;
@@ -183,12 +176,12 @@ std::vector<std::optional<ListTag>> readListTags(
         positions[*folder].push_back(static_cast<std::size_t>(i));
     }
     ReadFiles files = readTags(std::move(folders), options);
-    std::vector<std::optional<ListTag>> tags(static_cast<std::size_t>(texts.size()));
+    std::vector<std::optional<ListedFile>> tags(static_cast<std::size_t>(texts.size()));
     std::size_t row = 0;
     for (const std::vector<std::size_t> &ofFolder : positions) {
         for (const std::size_t position : ofFolder) {
             if (files.hasTag[row])
-                tags[position] = std::move(files.rows[row].tag);
+                tags[position] = std::move(files.rows[row].file);
             ++row;
         }
     }

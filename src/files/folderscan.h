@@ -1,7 +1,7 @@
 #pragma once
 
+#include "files/listrow.h"
 #include "platform/error.h"
-#include "tags/listreader.h"
 
 #include <QString>
 #include <QStringList>
@@ -15,16 +15,6 @@
 namespace ravlin {
 
 class TagCache;
-
-/// One row of the file list: its text (relative prefix and file name) and what its columns show of the file's tags.
-struct ListRow
-{
-    QString text;
-    ListTag tag;
-
-    /// The track column: a number below 10 with a zero in front.
-    QString trackColumn() const;
-};
 
 /// A file that has no row because it could not be read.
 struct ListFailure
@@ -75,7 +65,7 @@ Result<QStringList> GetSubfolders(const QString &folderPath, const std::stop_tok
 
 /// Reads the tags of files again: those of the folder (a path that ends in the separator) followed by each text. One
 /// element for each text; none for a file that can't be read, or that was not reached before a stop.
-std::vector<std::optional<ListTag>> readListTags(
+std::vector<std::optional<ListedFile>> readListTags(
     const QString &folderPath, const QStringList &texts, const ScanOptions &options = {});
 
 } // namespace ravlin

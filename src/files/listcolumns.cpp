@@ -27,21 +27,21 @@ QString columnText(const ListRow &row, ListColumn column)
     const auto word = [](bool has) { return has ? QStringLiteral("yes") : QStringLiteral("no"); };
     switch (column) {
     case ListColumn::File:
-        return row.text;
+        return row.text();
     case ListColumn::Track:
         return row.trackColumn();
     case ListColumn::Title:
-        return row.tag.title;
+        return row.file.title();
     case ListColumn::Artist:
-        return row.tag.artist;
+        return row.file.artist();
     case ListColumn::Album:
-        return row.tag.album;
+        return row.file.album();
     case ListColumn::Year:
-        return row.tag.year;
+        return row.file.year();
     case ListColumn::Id3v1:
-        return word(row.tag.hasV1);
+        return word(row.file.hasV1());
     case ListColumn::Id3v2:
-        return word(row.tag.hasV2);
+        return word(row.file.hasV2());
     }
     return {};
 }

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "files/listrow.h"
 #include "platform/twips.h"
-
-#include "files/folderscan.h"
 
 #include <array>
 

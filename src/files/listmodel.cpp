@@ -44,7 +44,7 @@ QVariant ListModel::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole:
         return textAt(index);
     case LongNameRole:
-        return hasLongName(rowAt(index.row()).text);
+        return hasLongName(rowAt(index.row()).file.name());
     default:
         return {};
     }
@@ -72,12 +72,12 @@ void ListModel::setRows(std::vector<ListRow> rows)
     endResetModel();
 }
 
-void ListModel::setTags(std::vector<std::optional<ListTag>> tags)
+void ListModel::setTags(const std::vector<std::optional<ListedFile>> &tags)
 {
     const std::size_t count = std::min(tags.size(), m_rows.size());
     for (std::size_t i = 0; i < count; ++i) {
         if (tags[i])
-            m_rows[i].tag = std::move(*tags[i]);
+            m_rows[i].takeTags(*tags[i]);
     }
     m_isInOrder = m_isInOrder && m_order.column == static_cast<int>(ListColumn::File);
     if (count > 0)

@@ -44,7 +44,7 @@ public:
     void setRows(std::vector<ListRow> rows);
     /// What the rows show of their tags, row by row; a row without a new one, or beyond their number, keeps its own.
     /// Rows and their order stay, also while automatic sorting is on.
-    void setTags(std::vector<std::optional<ListTag>> tags);
+    void setTags(const std::vector<std::optional<ListedFile>> &tags);
     /// Takes a row out and puts it in again so that it stands before the row that is now at position to; rowCount()
     /// puts it last. False when that changes nothing or there is no such row.
     bool moveRowTo(int from, int to);

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "files/listrow.h"
 #include "platform/filesystem.h"
-#include "tags/listreader.h"
 
 #include <QHash>
 #include <QString>
@@ -25,7 +25,7 @@ namespace ravlin {
 class TagCache
 {
 public:
-    /// Enough for a large collection; a file takes about 200 bytes besides the texts that it shares with its row.
+    /// Enough for a large collection; a file takes 64 bytes besides the texts that it shares with its row.
     static constexpr std::size_t DefaultCapacity = 300'000;
 
     /// By what an unchanged file is recognised.
@@ -46,9 +46,8 @@ public:
     };
     struct Entry
     {
-        QString name; ///< in its folder
         FileState state;
-        ListTag tag;
+        ListedFile file;
     };
     using Entries = std::vector<Entry>;
 

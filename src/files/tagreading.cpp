@@ -22,50 +22,29 @@ qint64 nanosecondsNow()
     return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
 }
 
-/// Lets equal texts that come close together (artist, album, year) share their memory. Knows a fixed number of texts.
-class TextPool
-{
-public:
-    void share(QString &text)
-    {
-        QString &slot = m_slots[qHash(text) % m_slots.size()];
-        if (slot == text)
-            text = slot;
-        else
-            slot = text;
-    }
-    void share(ListTag &tag)
-    {
-        for (QString *text : {&tag.title, &tag.artist, &tag.album, &tag.year, &tag.track})
-            share(*text);
-    }
-
-private:
-    std::array<QString, 4096> m_slots;
-};
-
 /// Moves the old entries of the files to where these stand in the new list; the others are new and unknown. Both lists
 /// mostly come in the same order, then nothing is searched.
-TagCache::Entries alignedEntries(TagCache::Entries old, std::vector<QString> names)
+TagCache::Entries alignedEntries(TagCache::Entries old, const std::vector<QString> &names)
 {
     TagCache::Entries aligned(names.size());
     QHash<QString, std::size_t> positions; // made at the first file out of order
     std::size_t next = 0;
     for (std::size_t i = 0; i < names.size(); ++i) {
         std::size_t found = next;
-        if (!old.empty() && (next >= old.size() || old[next].name != names[i])) {
+        if (!old.empty() && (next >= old.size() || !old[next].file.isNamed(names[i]))) {
             if (positions.isEmpty()) {
                 for (std::size_t j = 0; j < old.size(); ++j)
-                    positions.insert(old[j].name, j);
+                    positions.insert(old[j].file.name(), j);
             }
             found = positions.value(names[i], old.size());
         }
         if (found < old.size()) {
             aligned[i].state = std::exchange(old[found].state, {});
-            aligned[i].tag = std::move(old[found].tag);
+            aligned[i].file = old[found].file; // shared; a name told twice is found twice
             next = found + 1;
+        } else {
+            aligned[i].file = ListedFile(names[i]);
         }
-        aligned[i].name = std::move(names[i]);
     }
     return aligned;
 }
@@ -104,7 +83,6 @@ private:
     void readStretch(const Stretch &stretch);
     Result<Outcome> readFile(platform::Folder &folder, TagCache::Entry &entry, ListRow &row) const;
     void addFailure(std::size_t row, const QString &path, const Error &error);
-    void shareTexts();
     void updateCache();
 
     const ScanOptions &m_options;
@@ -129,10 +107,11 @@ TagReading::TagReading(std::vector<FolderFiles> folders, const ScanOptions &opti
     for (FolderFiles &folder : folders) {
         ScannedFolder scanned{folder.path, m_rows.size(), {}};
         const std::size_t count = folder.names.size();
-        for (const QString &name : folder.names)
-            m_rows.push_back({folder.prefix.isEmpty() ? name : folder.prefix + name, {}});
-        scanned.entries = alignedEntries(
-            options.cache ? options.cache->take(folder.path) : TagCache::Entries(), std::move(folder.names));
+        scanned.entries =
+            alignedEntries(options.cache ? options.cache->take(folder.path) : TagCache::Entries(), folder.names);
+        folder.names = {}; // they are in the entries now
+        for (const TagCache::Entry &entry : scanned.entries)
+            m_rows.push_back({folder.prefix, entry.file});
         for (std::size_t begin = 0; begin < count; begin += LongestStretch)
             m_stretches.push_back({m_folders.size(), begin, std::min(count, begin + LongestStretch)});
         m_folders.push_back(std::move(scanned));
@@ -145,8 +124,7 @@ ReadFiles TagReading::run()
     platform::parallelFor(
         m_stretches.size(), [&](std::size_t i) { readStretch(m_stretches[i]); }, 1);
     if (m_options.progress && !m_rows.empty() && !m_options.stop.stop_requested())
-        m_options.progress({m_rows.size(), m_rows.size(), m_rows.back().text});
-    shareTexts();
+        m_options.progress({m_rows.size(), m_rows.size(), m_rows.back().text()});
     if (m_options.cache)
         updateCache();
 
@@ -178,10 +156,10 @@ void TagReading::readStretch(const Stretch &stretch)
         if (outcome)
             m_outcomes[row] = *outcome;
         else
-            addFailure(row, scanned.path + entry.name, outcome.error());
+            addFailure(row, scanned.path + entry.file.name(), outcome.error());
         ++m_done;
         if (m_options.progress && std::this_thread::get_id() == m_caller)
-            m_options.progress({m_done, m_rows.size(), m_rows[row].text});
+            m_options.progress({m_done, m_rows.size(), m_rows[row].text()});
     }
 }
 
@@ -189,27 +167,29 @@ void TagReading::readStretch(const Stretch &stretch)
 /// question can give, and so the file is read again.
 Result<TagReading::Outcome> TagReading::readFile(platform::Folder &folder, TagCache::Entry &entry, ListRow &row) const
 {
+    const QString name = entry.file.name();
     TagCache::FileState state;
     if (m_options.cache) {
-        const Result<platform::FileInfo> info = folder.info(entry.name);
+        const Result<platform::FileInfo> info = folder.info(name);
         if (!info)
             return tl::unexpected(info.error());
         state = TagCache::FileState(*info);
         if (state == entry.state) {
-            row.tag = entry.tag;
+            row.file = entry.file;
             return Outcome::Cached;
         }
         if (!TagCache::isSettled(*info, m_startTime))
             state = {};
     }
     entry.state = {};
-    const Result<std::unique_ptr<platform::File>> file = folder.openFile(entry.name);
+    const Result<std::unique_ptr<platform::File>> file = folder.openFile(name);
     if (!file)
         return tl::unexpected(file.error());
-    Result<ListTag> tag = readListTag(**file);
+    const Result<ListTag> tag = readListTag(**file);
     if (!tag)
         return tl::unexpected(tag.error());
-    row.tag = std::move(*tag);
+    row.file = ListedFile(name, *tag);
+    entry.file = row.file;
     entry.state = state;
     return Outcome::Read;
 }
@@ -220,23 +200,9 @@ void TagReading::addFailure(std::size_t row, const QString &path, const Error &e
     m_failures.push_back({row, {path, error}});
 }
 
-void TagReading::shareTexts()
-{
-    TextPool pool;
-    for (std::size_t row = 0; row < m_rows.size(); ++row) {
-        if (m_outcomes[row] == Outcome::Read)
-            pool.share(m_rows[row].tag);
-    }
-}
-
 void TagReading::updateCache()
 {
     for (ScannedFolder &folder : m_folders) {
-        for (std::size_t i = 0; i < folder.entries.size(); ++i) {
-            const std::size_t row = folder.firstRow + i;
-            if (m_outcomes[row] == Outcome::Read)
-                folder.entries[i].tag = m_rows[row].tag;
-        }
         // A file that was not reached keeps its old state and tag, which are as good as before.
         std::erase_if(
             folder.entries, [](const TagCache::Entry &entry) { return entry.state == TagCache::FileState(); });

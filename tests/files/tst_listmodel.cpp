@@ -19,17 +19,16 @@ class TestListModel : public QObject
 private:
     static ListRow row(const QString &text, const QString &artist = {}, const QString &title = {})
     {
-        ListRow made;
-        made.text = text;
-        made.tag.artist = artist;
-        made.tag.title = title;
-        return made;
+        ListTag tag;
+        tag.artist = artist;
+        tag.title = title;
+        return {{}, ListedFile(text, tag)};
     }
     static QStringList texts(const ListModel &model)
     {
         QStringList texts;
         for (const ListRow &row : model.rows())
-            texts += row.text;
+            texts += row.text();
         return texts;
     }
     static QStringList list(const char *names) { return QString::fromUtf8(names).split(u' '); }
@@ -46,12 +45,9 @@ private Q_SLOTS:
     {
         ListModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        ListRow made = row(QStringLiteral("cd1/tema.mp3"), QStringLiteral("日本"), QStringLiteral("Título"));
-        made.tag.album = QStringLiteral("Al");
-        made.tag.year = QStringLiteral("1999");
-        made.tag.track = QStringLiteral("7");
-        made.tag.hasV2 = true;
-        model.setRows({made});
+        const ListTag tag{QStringLiteral("Título"), QStringLiteral("日本"), QStringLiteral("Al"),
+            QStringLiteral("1999"), QStringLiteral("7"), false, true};
+        model.setRows({{QStringLiteral("cd1/"), ListedFile(u"tema.mp3", tag)}});
         QStringList shown;
         for (int column = 0; column < model.columnCount(); ++column)
             shown += model.index(0, column).data().toString();
@@ -87,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(shownName(name), QStringLiteral("caf\uFFFD𝄞.mp3"));
         ListModel model;
         model.setRows({row(name)});
-        QCOMPARE(model.rowAt(0).text, name);
+        QCOMPARE(model.rowAt(0).text(), name);
         QCOMPARE(model.index(0, 0).data().toString(), QStringLiteral("caf\uFFFD𝄞.mp3"));
     }
 
@@ -149,7 +145,7 @@ private Q_SLOTS:
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         std::vector<ListRow> made = rows("a b c d");
         for (ListRow &each : made)
-            each.tag.title = each.text.toUpper();
+            each = row(each.text(), {}, each.text().toUpper());
         model.setRows(made);
         const QPersistentModelIndex kept = model.index(from, 2);
         const QVariant title = kept.data();
@@ -158,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(model.isInOrder(), !moves);
         QCOMPARE(texts(model), after.split(u' '));
         for (const ListRow &each : model.rows())
-            QCOMPARE(each.tag.title, each.text.toUpper());
+            QCOMPARE(each.file.title(), each.text().toUpper());
         QCOMPARE(kept.data(), title);
     }
 
@@ -170,10 +166,10 @@ private Q_SLOTS:
         model.sortByHeader(2);
         ListTag changed;
         changed.title = QStringLiteral("3");
-        model.setTags({changed, std::nullopt});
+        model.setTags({ListedFile(u"a", changed), std::nullopt});
         QCOMPARE(texts(model), list("a b"));
-        QCOMPARE(model.rowAt(0).tag.title, QStringLiteral("3"));
-        QCOMPARE(model.rowAt(1).tag.title, QStringLiteral("2"));
+        QCOMPARE(model.rowAt(0).file.title(), QStringLiteral("3"));
+        QCOMPARE(model.rowAt(1).file.title(), QStringLiteral("2"));
         QVERIFY(!model.isInOrder());
     }
 

@@ -33,7 +33,7 @@ TagCache::Entries entries(const QStringList &names)
     TagCache::Entries made;
     for (const QString &name : names) {
         TagCache::Entry entry;
-        entry.name = name;
+        entry.file = ListedFile(name);
         entry.state.size = 1;
         made.push_back(entry);
     }
@@ -59,8 +59,8 @@ private:
     static QString titleOf(const Listing &listing, const QString &text)
     {
         for (const ListRow &row : listing.rows) {
-            if (row.text == text)
-                return row.tag.title;
+            if (row.text() == text)
+                return row.file.title();
         }
         return QStringLiteral("no row");
     }
@@ -103,9 +103,9 @@ private Q_SLOTS:
         const auto tags = readListTags(
             root(), {QStringLiteral("x/y/2.mp3"), QStringLiteral("gone.mp3"), QStringLiteral("x/1.mp3")}, options);
         QCOMPARE(tags.size(), size_t{3});
-        QCOMPARE(tags[0]->title, QStringLiteral("two"));
+        QCOMPARE(tags[0]->title(), QStringLiteral("two"));
         QVERIFY(!tags[1]);
-        QCOMPARE(tags[2]->title, QStringLiteral("one"));
+        QCOMPARE(tags[2]->title(), QStringLiteral("one"));
     }
 
     void aChangeWithinTheTickOfTheReadingShows()

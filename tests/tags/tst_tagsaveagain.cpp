@@ -25,10 +25,7 @@ private:
     /// A frame whose size lies: nothing behind it can be read.
     static QByteArray lyingFrame() { return QByteArray("TIT2\0\0\x20\x62\0\0", 10) + "what it holds"; }
     /// What a tag of ID3v2.3 with an extended header says of its padding.
-    static quint32 toldPadding(const QByteArray &content)
-    {
-        return qFromBigEndian<quint32>(content.constData() + 16);
-    }
+    static quint32 toldPadding(const QByteArray &content) { return qFromBigEndian<quint32>(content.constData() + 16); }
 
     QString path() const { return m_folder.filePath(QStringLiteral("a.mp3")); }
     Result<WriteOutcome> saveTitle(const QString &title) const
@@ -61,7 +58,8 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(QString, stored);
         for (const int version : {2, 3, 4}) {
-            const TagOptions options{.padding = 8, .extendedHeader = version == 3 ? extendedHeader() : QByteArray(),
+            const TagOptions options{.padding = 8,
+                .extendedHeader = version == 3 ? extendedHeader() : QByteArray(),
                 .tail = version == 2 ? QByteArray() : lyingFrame()};
             write(id3v2(version, textFrame(version, version == 2 ? "TT2" : "TIT2", QStringLiteral("x")), options) +
                   audio());
@@ -82,7 +80,8 @@ private Q_SLOTS:
         QCOMPARE(saveTitle(QStringLiteral("one")).value(), WriteOutcome::Unchanged);
     }
 
-    // The padding used to be told without the tail where the tag had to grow, and with it where it was written in place.
+    // The padding used to be told without the tail where the tag had to grow, and with it where it was written in
+    // place.
     void paddingIsToldAlikeInPlaceAndInAGrownTag()
     {
         write(id3v2(3, textFrame(3, "TIT2", QStringLiteral("x")),

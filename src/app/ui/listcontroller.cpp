@@ -87,12 +87,12 @@ ScanOptions ListController::optionsWith(BusyProgress &progress) const
 void ListController::RefreshListTags()
 {
     const QStringList texts = m_list.rowTexts();
-    std::vector<std::optional<ListTag>> tags;
+    std::vector<std::optional<ListedFile>> tags;
     const bool ran = m_busy.run(static_cast<int>(texts.size()), [&](BusyProgress &progress) {
         tags = readListTags(m_program.state.currentFolder, texts, optionsWith(progress));
     });
     if (ran)
-        m_list.setTags(std::move(tags));
+        m_list.setTags(tags);
 }
 
 const QString &ListController::currentFolder() const

@@ -69,7 +69,7 @@ void FileList::setRows(std::vector<ListRow> rows)
 
 QString FileList::rowText(int row) const
 {
-    return row >= 0 && row < rowCount() ? m_model->rowAt(row).text : QString();
+    return row >= 0 && row < rowCount() ? m_model->rowAt(row).text() : QString();
 }
 
 QStringList FileList::rowTexts() const
@@ -77,7 +77,7 @@ QStringList FileList::rowTexts() const
     QStringList texts;
     texts.reserve(rowCount());
     for (const ListRow &row : m_model->rows())
-        texts += row.text;
+        texts += row.text();
     return texts;
 }
 
@@ -104,7 +104,7 @@ QStringList FileList::selectedRowTexts() const
 {
     QStringList texts;
     for (const int row : selectedRows())
-        texts += m_model->rowAt(row).text;
+        texts += m_model->rowAt(row).text();
     return texts;
 }
 

@@ -28,9 +28,9 @@ public:
     /// selected.
     void setRows(std::vector<ListRow> rows);
     /// See ListModel::setTags.
-    void setTags(std::vector<std::optional<ListTag>> tags)
+    void setTags(const std::vector<std::optional<ListedFile>> &tags)
     {
-        m_model->setTags(std::move(tags));
+        m_model->setTags(tags);
         updateSortArrow();
     }
     void setHeaderText(ListColumn column, const QString &text) { m_model->setHeaderText(column, text); }

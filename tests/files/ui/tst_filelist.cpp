@@ -22,10 +22,9 @@ private:
     {
         std::vector<ListRow> made;
         for (const QString &name : names) {
-            ListRow row;
-            row.text = name;
-            row.tag.title = QString(name.right(1)).repeated(2);
-            made.push_back(row);
+            ListTag tag;
+            tag.title = QString(name.right(1)).repeated(2);
+            made.push_back({{}, ListedFile(name, tag)});
         }
         return made;
     }
@@ -228,7 +227,7 @@ private Q_SLOTS:
         QSignalSpy selects(m_list.get(), &FileList::itemSelected);
         drag(0, middleOf(2) + QPoint(0, 4)); // the lower half of c
         QCOMPARE(shown(), QStringLiteral("b c a d"));
-        QCOMPARE(m_list->rows().rowAt(2).tag.title, QStringLiteral("aa"));
+        QCOMPARE(m_list->rows().rowAt(2).file.title(), QStringLiteral("aa"));
         QCOMPARE(selected(), QStringLiteral("b c a d"));
         QVERIFY(!m_list->rows().order().automatic);
         QCOMPARE(m_list->header()->sortIndicatorSection(), -1);
