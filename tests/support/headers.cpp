@@ -1,0 +1,3 @@
+// Carries the precompiled headers (tests/CMakeLists.txt).
+namespace {
+}
