@@ -2,14 +2,14 @@
 
 #include "app/idiomas.h"
 #include "app/pageowner.h"
+#include "controls/ui/conversionbox.h"
 #include "controls/ui/elidedlabel.h"
 #include "controls/ui/icons.h"
+#include "controls/ui/wheelguard.h"
 #include "tags/tageditor.h"
 #include "tags/tagstore.h"
-#include "tags/ui/conversionbox.h"
 #include "tags/ui/digitsedit.h"
 #include "tags/ui/streampanel.h"
-#include "tags/ui/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,4 +1,4 @@
-#include "tags/ui/wheelguard.h"
+#include "controls/ui/wheelguard.h"
 
 #include <QComboBox>
 #include <QEvent>

@@ -1,7 +1,7 @@
-#include "tags/ui/conversionbox.h"
+#include "controls/ui/conversionbox.h"
 
 #include "app/idiomas.h"
-#include "tags/ui/wheelguard.h"
+#include "controls/ui/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>
