@@ -1,5 +1,6 @@
 #include "app/ui/principal.h"
 
+#include "app/ui/batchpages.h"
 #include "app/ui/listcontroller.h"
 #include "app/ui/modetabs.h"
 #include "app/ui/openwindows.h"
@@ -79,6 +80,7 @@ principal::principal(Program &program)
     setTabOrder();
 
     m_program.choices = SessionChoices::restored(m_program.settings);
+    m_batchPages->showChoices();
     chooseTagSaveMode();
     m_program.captions.chooseAtStart(m_program.settings);
     applyCaptions();
@@ -122,6 +124,7 @@ void principal::createPages()
         {*m_services, m_program.state, m_program.tagStore, m_program.captions, m_program.fileSystem}, tabs);
     tabs->addPage(
         m_singleFilePage, CaptionSingleFile, CaptionSingleFileTip, [this] { m_singleFilePage->applyCaptions(); });
+    m_batchPages = new BatchPages(m_program, *m_services, *tabs, *ListView1, this);
     m_area->installEventFilter(this);
     for (QLineEdit *edit : tabs->findChildren<QLineEdit *>())
         edit->installEventFilter(this);
@@ -137,6 +140,7 @@ void principal::connectParts()
     connect(ListView1, &FileList::itemSelected, this, &principal::showCurrentFile);
     connect(ListView1->selectionModel(), &QItemSelectionModel::selectionChanged, m_singleFilePage,
         &SingleFilePage::selectionChanged);
+    connect(m_batchPages, &BatchPages::finished, this, &principal::showCurrentFile);
     connect(ListView1, &FileList::rightClicked, this, [this] { tabs->setCurrentIndex(0); });
     connect(ListView1, &FileList::fileActivated, this,
         [this](int row) { QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row))); });
@@ -298,6 +302,7 @@ void principal::saveSettings()
 {
     Settings &settings = m_program.settings;
     settings.write(settingskey::Ruta, m_program.state.currentFolder);
+    m_batchPages->storeChoices();
     m_program.choices.store(settings);
     settings.write(GeometryKey, QString::fromLatin1(saveGeometry().toBase64()));
     settings.write(SplitterPositionKey, QString::number(sp2->position()));

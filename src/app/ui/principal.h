@@ -6,6 +6,7 @@ class QAction;
 
 namespace ravlin {
 
+class BatchPages;
 class Busy;
 class esperate;
 class FileList;
@@ -76,6 +77,7 @@ private:
     ListController *m_lister = nullptr;
     WindowServices *m_services = nullptr;
     SingleFilePage *m_singleFilePage = nullptr;
+    BatchPages *m_batchPages = nullptr;
     bool m_isPageBehind = false; ///< another row was clicked while the single-file page was out of sight
 };
 

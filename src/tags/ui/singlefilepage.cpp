@@ -18,8 +18,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScrollBar>
-#include <QStyle>
 
 #include <limits>
 
@@ -33,7 +31,6 @@ constexpr int CaptionSave = 18;
 constexpr int CaptionRemoveV1 = 51;
 constexpr int CaptionRemoveV2 = 52;
 constexpr int CaptionLowSpace = 86;
-constexpr int MaximumLetters = 180; ///< width of the page in average letters
 
 template <typename Control>
 Control *made(const char *name, QWidget *parent)
@@ -58,13 +55,11 @@ QString plainToolTip(const QString &text)
 } // namespace
 
 SingleFilePage::SingleFilePage(const SingleFilePageContext &context, QWidget *parent)
-    : QScrollArea(parent), m_context(context), m_streamReader(context.fileSystem)
+    : PageArea(parent), m_context(context), m_streamReader(context.fileSystem)
 {
     setObjectName(QStringLiteral("singleFilePage"));
-    setFrameShape(QFrame::NoFrame);
-    setWidgetResizable(true);
     createControls();
-    setWidget(createContent());
+    setContent(createContent());
     setTabOrder();
     connectControls();
     applyIcons();
@@ -154,8 +149,6 @@ QWidget *SingleFilePage::createContent()
     rows->addLayout(upper);
     rows->addLayout(foot);
     rows->addStretch();
-    // On a wide screen the eye should not have to travel from a field to its button.
-    content->setMaximumWidth(fontMetrics().averageCharWidth() * MaximumLetters);
     return content;
 }
 
@@ -195,7 +188,7 @@ void SingleFilePage::applyIcons()
 
 void SingleFilePage::changeEvent(QEvent *event)
 {
-    QScrollArea::changeEvent(event);
+    PageArea::changeEvent(event);
     if (event->type() == QEvent::PaletteChange)
         applyIcons();
 }
@@ -225,9 +218,7 @@ void SingleFilePage::applyCaptions()
     ta_o->setToolTip(captions.text(Text::TipYear));
     Tpista->setToolTip(captions.text(Text::TipTrack));
     selectionChanged();
-    // Otherwise the size hints would be those of the old texts until the next pass of the event loop.
-    widget()->layout()->activate();
-    updateGeometry();
+    contentChanged();
 }
 
 void SingleFilePage::ShowCurrent()
@@ -360,18 +351,6 @@ void SingleFilePage::listAgain()
 {
     m_context.owner.refreshList();
     ShowCurrent();
-}
-
-QSize SingleFilePage::sizeHint() const
-{
-    return widget()->sizeHint();
-}
-
-QSize SingleFilePage::minimumSizeHint() const
-{
-    // Narrower than its content it can be scrolled; lower it would be of no use.
-    const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
-    return {QScrollArea::minimumSizeHint().width(), widget()->minimumSizeHint().height() + bar};
 }
 
 } // namespace ravlin

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "controls/ui/pagearea.h"
 #include "naming/conversion.h"
 #include "platform/filesystem.h"
 #include "tags/streamdetails.h"
 #include "tags/tagrecord.h"
-
-#include <QScrollArea>
 
 #include <array>
 
@@ -41,7 +40,7 @@ struct SingleFilePageContext
 ///
 /// The window that holds it calls ShowCurrent() when the list's current row changes, reset() after every listing,
 /// selectionChanged() whenever rows were selected or unselected, and applyCaptions() at a change of the language.
-class SingleFilePage : public QScrollArea
+class SingleFilePage : public PageArea
 {
     Q_OBJECT
 
@@ -58,9 +57,6 @@ public:
 
     /// The tag of the file that is shown, as it was read; all empty when there is none.
     const TagRecord &shownRecord() const { return m_record; }
-
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
 
 protected:
     void changeEvent(QEvent *event) override;

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QObject>
+
+namespace ravlin {
+
+class FileList;
+class ModeTabs;
+class MultiFilePage;
+class PageOwner;
+struct Program;
+
+/// The pages of the tab strip that work on all selected files at once: made, put behind their tabs, and kept in step
+/// with the list's selection and with the choices that the settings remember.
+class BatchPages : public QObject
+{
+    Q_OBJECT
+
+public:
+    BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const FileList &list, QObject *parent);
+
+    /// Puts the program's choices on the pages, and back.
+    void showChoices();
+    void storeChoices() const;
+
+Q_SIGNALS:
+    /// A run has ended and the list was filled again: the current row is to be shown again.
+    void finished();
+
+private:
+    Program &m_program;
+    MultiFilePage *m_multiFilePage;
+};
+
+} // namespace ravlin

@@ -1,0 +1,276 @@
+#include "tags/ui/multifilepage.h"
+
+#include "app/idiomas.h"
+#include "app/pageowner.h"
+#include "controls/ui/conversionbox.h"
+#include "controls/ui/icons.h"
+#include "controls/ui/wheelguard.h"
+#include "naming/multiedit.h"
+#include "naming/sessionchoices.h"
+#include "tags/tageditor.h"
+#include "tags/tagstore.h"
+#include "tags/ui/digitsedit.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <algorithm>
+#include <limits>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionSave = 18;
+constexpr int CaptionLowSpace = 86;
+
+template <typename Control>
+Control *made(const char *name, QWidget *parent)
+{
+    auto *control = new Control(parent);
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+} // namespace
+
+MultiFilePage::MultiFilePage(const MultiFilePageContext &context, QWidget *parent)
+    : PageArea(parent), m_context(context)
+{
+    setObjectName(QStringLiteral("multiFilePage"));
+    createControls();
+    setContent(createContent());
+    setTabOrder();
+    connectControls();
+    applyIcons();
+    applyCaptions();
+    updateEnabling();
+}
+
+void MultiFilePage::createControls()
+{
+    Tmartista = made<QLineEdit>("Tmartista", this);
+    tmalbum = made<QLineEdit>("tmalbum", this);
+    tma_o = made<DigitsEdit>("tma_o", this);
+    cmestilo = made<QComboBox>("cmestilo", this);
+    tmcomentarios = made<QLineEdit>("tmcomentarios", this);
+    tmpista = made<DigitsEdit>("tmpista", this);
+    chmartista = made<QCheckBox>("chmartista", this);
+    chmalbum = made<QCheckBox>("chmalbum", this);
+    chma_o = made<QCheckBox>("chma_o", this);
+    chmestilo = made<QCheckBox>("chmestilo", this);
+    chmcomentarios = made<QCheckBox>("chmcomentarios", this);
+    chmpista = made<QCheckBox>("chmpista", this);
+    m_caseConversion = new ConversionBox(ConversionPairs[MultiCasePair], this);
+    m_replaceConversion = new ConversionBox(ConversionPairs[MultiReplacePair], this);
+    m_hint = made<QLabel>("multiHint", this);
+    multiple = made<QPushButton>("multiple", this);
+
+    // A comment may be longer than a text box takes by itself, and would be written cut.
+    for (QLineEdit *edit : {Tmartista, tmalbum, tmcomentarios})
+        edit->setMaxLength(std::numeric_limits<int>::max());
+    cmestilo->addItems(genreListEntries());
+    guardAgainstWheel(cmestilo);
+    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+
+    m_fields = {{{16, chmartista, Tmartista}, {12, chma_o, tma_o}, {15, chmalbum, tmalbum}, {11, chmestilo, cmestilo},
+        {14, chmcomentarios, tmcomentarios}, {17, chmpista, tmpista}}};
+}
+
+QWidget *MultiFilePage::createContent()
+{
+    auto *content = new QWidget(this);
+    auto *rows = new QVBoxLayout(content);
+
+    auto *fields = new QGridLayout;
+    for (int i = 0; i < static_cast<int>(m_fields.size()); ++i) {
+        const Field &field = m_fields[static_cast<std::size_t>(i)];
+        fields->addWidget(field.check, i / 2, i % 2 * 2);
+        fields->addWidget(field.box, i / 2, i % 2 * 2 + 1);
+    }
+    fields->setColumnStretch(1, 1);
+    for (DigitsEdit *edit : {tma_o, tmpista}) {
+        constexpr int Digits = 4;
+        edit->setFixedWidth(
+            edit->minimumSizeHint().width() + edit->fontMetrics().horizontalAdvance(QString(Digits, u'0')));
+    }
+
+    auto *conversions = new QHBoxLayout;
+    conversions->addWidget(m_caseConversion);
+    conversions->addSpacing(fontMetrics().averageCharWidth() * 2);
+    conversions->addWidget(m_replaceConversion);
+    conversions->addStretch();
+
+    auto *foot = new QHBoxLayout;
+    foot->addWidget(m_hint, 1);
+    foot->addWidget(multiple);
+
+    rows->addLayout(fields);
+    rows->addLayout(conversions);
+    rows->addLayout(foot);
+    rows->addStretch();
+    return content;
+}
+
+void MultiFilePage::setTabOrder()
+{
+    QWidget *previous = chmartista;
+    const auto next = [&previous](QWidget *control) {
+        QWidget::setTabOrder(previous, control);
+        previous = control;
+    };
+    for (const Field &field : m_fields) {
+        if (field.check != previous)
+            next(field.check);
+        next(field.box);
+    }
+    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
+        next(pair->checkBox());
+        next(pair->list());
+    }
+    next(multiple);
+}
+
+void MultiFilePage::connectControls()
+{
+    for (const Field &field : m_fields)
+        connect(field.check, &QCheckBox::toggled, this, &MultiFilePage::updateEnabling);
+    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion})
+        connect(pair->checkBox(), &QCheckBox::toggled, this, &MultiFilePage::updateEnabling);
+    connect(chmpista, &QCheckBox::clicked, this, [this](bool checked) {
+        if (checked)
+            tmpista->setFocus(Qt::TabFocusReason);
+    });
+    connect(multiple, &QPushButton::clicked, this, &MultiFilePage::run);
+}
+
+void MultiFilePage::updateEnabling()
+{
+    bool any = m_caseConversion->choice().on || m_replaceConversion->choice().on;
+    for (const Field &field : m_fields) {
+        field.box->setEnabled(field.check->isChecked());
+        any = any || field.check->isChecked();
+    }
+    multiple->setEnabled(any);
+    selectionChanged();
+}
+
+void MultiFilePage::showChoices(const SessionChoices &choices)
+{
+    m_caseConversion->setChoice(choices.conversions[MultiCasePair]);
+    m_replaceConversion->setChoice(choices.conversions[MultiReplacePair]);
+}
+
+void MultiFilePage::storeChoices(SessionChoices &choices) const
+{
+    choices.conversions[MultiCasePair] = m_caseConversion->choice();
+    choices.conversions[MultiReplacePair] = m_replaceConversion->choice();
+}
+
+void MultiFilePage::selectionChanged()
+{
+    const Captions &captions = m_context.captions;
+    const qsizetype count = m_context.owner.selectedCount();
+    QString hint;
+    if (count == 0)
+        hint = captions.text(Text::HintNoFile);
+    else if (count > 1)
+        hint = captions.text(Text::HintManyFiles).arg(count);
+    m_hint->setText(multiple->isEnabled() ? hint : captions.text(Text::HintNothingChosen));
+}
+
+void MultiFilePage::applyCaptions()
+{
+    const Captions &captions = m_context.captions;
+    for (const Field &field : m_fields) {
+        field.check->setText(captions.text(field.caption));
+        field.box->setAccessibleName(captions.text(field.caption));
+    }
+    m_caseConversion->applyCaptions(captions);
+    m_replaceConversion->applyCaptions(captions);
+    multiple->setText(captions.text(CaptionSave));
+    multiple->setMinimumWidth(multiple->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+    applyToolTips();
+    selectionChanged();
+    contentChanged();
+}
+
+void MultiFilePage::applyToolTips()
+{
+    const Captions &captions = m_context.captions;
+    for (const Field &field : m_fields)
+        field.check->setToolTip(captions.text(Text::TipApplyField));
+    tma_o->setToolTip(captions.text(Text::TipYear));
+    chmpista->setToolTip(captions.text(Text::TipAutoTrack));
+    tmpista->setToolTip(captions.text(Text::TipFirstTrack));
+    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
+        pair->checkBox()->setToolTip(captions.text(Text::TipConvertEach));
+        pair->list()->setToolTip(captions.text(Text::TipConvertEach));
+    }
+    multiple->setToolTip(captions.text(Text::TipApplyToAll));
+    multiple->setAccessibleDescription(multiple->toolTip());
+}
+
+void MultiFilePage::applyIcons()
+{
+    multiple->setIcon(themedIcon(QStringLiteral("save"), palette()));
+}
+
+void MultiFilePage::changeEvent(QEvent *event)
+{
+    PageArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && widget() != nullptr)
+        applyIcons();
+}
+
+MultiEditPage MultiFilePage::page() const
+{
+    MultiEditPage page;
+    page.boxes.Artist = Tmartista->text();
+    page.boxes.Album = tmalbum->text();
+    page.boxes.Year = tma_o->text();
+    page.boxes.Genre = cmestilo->currentText();
+    page.boxes.Comment = tmcomentarios->text();
+    page.boxes.Track = tmpista->text();
+    page.setsArtist = chmartista->isChecked();
+    page.setsAlbum = chmalbum->isChecked();
+    page.setsYear = chma_o->isChecked();
+    page.setsGenre = chmestilo->isChecked();
+    page.setsComment = chmcomentarios->isChecked();
+    page.setsTrack = chmpista->isChecked();
+    page.letterCase = m_caseConversion->choice();
+    page.replacement = m_replaceConversion->choice();
+    return page;
+}
+
+/// What the conversions made of the boxes' texts.
+void MultiFilePage::showConverted(const TagRecord &boxes)
+{
+    Tmartista->setText(boxes.Artist);
+    tmalbum->setText(boxes.Album);
+    tmcomentarios->setText(boxes.Comment);
+}
+
+void MultiFilePage::run()
+{
+    const QStringList paths = m_context.owner.selectedPaths();
+    MultiEdit edit(page());
+    BatchOutcome outcome;
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+        outcome = runMultiEdit(paths, edit, m_context.tagStore, m_context.state, progress);
+    });
+    if (!ran)
+        return;
+    showConverted(edit.page().boxes);
+    if (outcome.hasError(ErrorCode::LowSpace))
+        m_context.owner.showError(m_context.captions.text(CaptionLowSpace));
+    m_context.owner.refreshList();
+    Q_EMIT finished();
+}
+
+} // namespace ravlin
