@@ -7,9 +7,13 @@ _ravlin_cli()
         words="$("$program" --help 2>/dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\)  .*/\1/p') --help --version"
     elif [[ $previous == --mode ]]; then
         case ${COMP_WORDS[1]} in
-        tag) words="1 2 3 4 5" ;;
+        tag | extract | multi) words="1 2 3 4 5" ;;
         case) words="upper lower capitalize" ;;
         esac
+    elif [[ $previous == --case ]]; then
+        words="upper lower capitalize"
+    elif [[ $previous == --replace ]]; then
+        words="underscores blanks"
     elif [[ $current == -* && " ${COMP_WORDS[*]:1:COMP_CWORD-1} " != *" -- "* ]]; then
         words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | sed -n 's/^  \(--[a-z][a-z0-9-]*\) .*/\1/p')
     fi

@@ -23,6 +23,8 @@ struct Command
 Command listCommand();
 Command showCommand();
 Command tagCommand();
+Command extractCommand();
+Command multiCommand();
 Command stripCommand();
 Command infoCommand();
 Command caseCommand();

@@ -1,8 +1,7 @@
 #include "app/programstate.h"
-#include "app/settings.h"
 #include "cli/command.h"
 #include "cli/foldercleaner.h"
-#include "tags/genres.h"
+#include "cli/tagsaving.h"
 #include "tags/tagstore.h"
 
 #include <algorithm>
@@ -13,9 +12,6 @@ using namespace Qt::StringLiterals;
 namespace ravlin::cli {
 
 namespace {
-
-constexpr Option ModeOption{
-    u"--mode", u"1..5", u"which tags to write; without it as chosen in the program, at first 2"};
 
 struct Field
 {
@@ -50,34 +46,6 @@ tl::expected<FieldTexts, UsageError> givenFields(const Arguments &arguments)
     return given;
 }
 
-/// The mode given, or else the one that the settings hold.
-tl::expected<int, UsageError> modeGiven(const QString &text)
-{
-    const std::optional<int> mode = tagSaveModeFromText(text);
-    if (!mode)
-        return tl::unexpected(UsageError{u"--mode is a digit from 1 to 5, not '%1'"_s.arg(text)});
-    return *mode;
-}
-
-/// Why a save will leave a field's text out and remove the field; empty when it will be written.
-QString reasonNotToWrite(QString TagRecord::*member, const QString &text)
-{
-    if (text.isEmpty())
-        return {};
-    if (member == &TagRecord::Year && !isWritableYear(text))
-        return u"a year has four digits"_s;
-    if (member == &TagRecord::Track && !isWritableTrack(text))
-        return u"a track has one or two digits"_s;
-    if (member == &TagRecord::Genre && GenreNameToNumber(text) == GenreNone)
-        return u"it is none of the genres that can be written"_s;
-    return {};
-}
-
-QString warningText(const Field &field, const QString &text, const QString &reason)
-{
-    return u"%1 '%2' is not saved: %3"_s.arg(field.option.name.sliced(2), text, reason);
-}
-
 /// Reads, changes and saves one file after the other.
 class Tagger
 {
@@ -90,8 +58,8 @@ public:
     void warnOfGivenTexts()
     {
         for (const auto &[field, text] : m_fields) {
-            if (const QString reason = reasonNotToWrite(field->member, text); !reason.isEmpty())
-                m_console.warn(warningText(*field, text, reason));
+            if (const QString warning = warningNotSaved(field->member, text); !warning.isEmpty())
+                m_console.warn(warning);
         }
     }
 
@@ -131,9 +99,9 @@ private:
         for (const Field &field : Fields) {
             const bool isGiven =
                 std::ranges::any_of(m_fields, [&field](const auto &given) { return given.first == &field; });
-            const QString reason = reasonNotToWrite(field.member, record.*(field.member));
-            if (!isGiven && !reason.isEmpty())
-                m_console.warn(path + u": "_s + warningText(field, record.*(field.member), reason));
+            const QString warning = warningNotSaved(field.member, record.*(field.member));
+            if (!isGiven && !warning.isEmpty())
+                m_console.warn(path + u": "_s + warning);
         }
     }
 
@@ -150,22 +118,10 @@ int runTag(const Arguments &arguments, Console &console)
     auto fields = givenFields(arguments);
     if (!fields)
         return console.refuse(u"tag"_s, fields.error().text);
-    int mode = DefaultTagSaveMode;
-    if (const std::optional<QString> text = arguments.value(ModeOption.name)) {
-        const auto given = modeGiven(*text);
-        if (!given)
-            return console.refuse(u"tag"_s, given.error().text);
-        mode = *given;
-    } else {
-        const Settings settings;
-        // Not to save in a mode that the user may have decided against.
-        if (settings.problem()) {
-            console.fail(settings.path(), *settings.problem());
-            return console.status();
-        }
-        mode = tagSaveModeFromText(settings.read(settingskey::Tags)).value_or(DefaultTagSaveMode);
-    }
-    Tagger tagger(console, std::move(*fields), mode);
+    const ModeOrStatus mode = modeFor(u"tag"_s, arguments, console);
+    if (!mode)
+        return mode.error();
+    Tagger tagger(console, std::move(*fields), *mode);
     tagger.warnOfGivenTexts();
     for (const QString &path : arguments.operands())
         tagger.tag(path);

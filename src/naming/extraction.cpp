@@ -1,7 +1,6 @@
 #include "naming/extraction.h"
 
 #include "naming/filename.h"
-#include "naming/namingrecord.h"
 #include "naming/placeholders.h"
 #include "tags/tagstore.h"
 
@@ -81,7 +80,7 @@ Result<Extraction> prepareExtraction(const QString &path, const QString &pattern
 }
 
 ExtractionOutcome runExtraction(const QStringList &paths, const QString &pattern, TagStore &store,
-    const ProgramState &state, BatchProgress &progress)
+    const ProgramState &state, BatchProgress &progress, const RecordSaved &saved)
 {
     constexpr BatchPolicy PassingOverFailures{OnFailure::GoOn, OnCancelled::StopTaking};
     std::vector<bool> isWritten;
@@ -92,9 +91,12 @@ ExtractionOutcome runExtraction(const QStringList &paths, const QString &pattern
             return tl::unexpected(extraction.error());
         if (!extraction->isMatched)
             return {};
-        Result<void> saved = store.SaveTag(path, extraction->record);
-        isWritten.back() = saved.has_value();
-        return saved;
+        if (Result<void> save = store.SaveTag(path, extraction->record); !save)
+            return save;
+        isWritten.back() = true;
+        if (saved)
+            saved(path, extraction->record);
+        return {};
     };
     BatchOutcome rows = runBatch(paths, state, progress, extract, PassingOverFailures);
     return {std::move(rows), std::move(isWritten)};

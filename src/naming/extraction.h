@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/batch.h"
+#include "naming/namingrecord.h"
 #include "platform/error.h"
 #include "tags/tagrecord.h"
 
@@ -46,6 +47,6 @@ struct ExtractionOutcome
 /// Extracts and saves file after file. One that fails is passed over, but no further one is taken once the cancelled
 /// flag is set. On the thread that calls; see runBatch.
 ExtractionOutcome runExtraction(const QStringList &paths, const QString &pattern, TagStore &store,
-    const ProgramState &state, BatchProgress &progress);
+    const ProgramState &state, BatchProgress &progress, const RecordSaved &saved = {});
 
 } // namespace ravlin

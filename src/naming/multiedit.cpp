@@ -1,6 +1,5 @@
 #include "naming/multiedit.h"
 
-#include "naming/namingrecord.h"
 #include "naming/sessionchoices.h"
 #include "tags/tagstore.h"
 
@@ -73,18 +72,27 @@ Result<TagRecord> MultiEdit::prepare(const QString &path, const TagStore &store)
     return record;
 }
 
-Result<void> MultiEdit::edit(const QString &path, TagStore &store)
+Result<TagRecord> MultiEdit::edit(const QString &path, TagStore &store)
 {
-    const Result<TagRecord> record = prepare(path, store);
+    Result<TagRecord> record = prepare(path, store);
     if (!record)
-        return tl::unexpected(record.error());
-    return store.SaveTag(path, *record);
+        return record;
+    if (Result<void> saved = store.SaveTag(path, *record); !saved)
+        return tl::unexpected(saved.error());
+    return record;
 }
 
-BatchOutcome runMultiEdit(
-    const QStringList &paths, MultiEdit &edit, TagStore &store, const ProgramState &state, BatchProgress &progress)
+BatchOutcome runMultiEdit(const QStringList &paths, MultiEdit &edit, TagStore &store, const ProgramState &state,
+    BatchProgress &progress, const RecordSaved &saved)
 {
-    const auto work = [&](const QString &path) { return edit.edit(path, store); };
+    const auto work = [&](const QString &path) -> Result<void> {
+        const Result<TagRecord> record = edit.edit(path, store);
+        if (!record)
+            return tl::unexpected(record.error());
+        if (saved)
+            saved(path, *record);
+        return {};
+    };
     return runBatch(paths, state, progress, work, TagWritingPolicy);
 }
 

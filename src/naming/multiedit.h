@@ -2,6 +2,7 @@
 
 #include "app/batch.h"
 #include "naming/conversion.h"
+#include "naming/namingrecord.h"
 #include "platform/error.h"
 #include "tags/tagrecord.h"
 
@@ -45,8 +46,8 @@ public:
     /// The next file's tag as the run would save it; counts the file. Fails when the tag cannot be read: then the boxes
     /// stay as they are and the file has its number all the same.
     Result<TagRecord> prepare(const QString &path, const TagStore &store);
-    /// The same, saved. Otherwise the errors of TagStore::SaveTag.
-    Result<void> edit(const QString &path, TagStore &store);
+    /// The same, saved: what was saved, or the errors of TagStore::SaveTag.
+    Result<TagRecord> edit(const QString &path, TagStore &store);
 
     /// The page with its boxes as they are by now.
     const MultiEditPage &page() const { return m_page; }
@@ -61,7 +62,7 @@ private:
 
 /// Edits file after file. The first failure ends the run, and none is taken once the cancelled flag is set; see
 /// runBatch.
-BatchOutcome runMultiEdit(
-    const QStringList &paths, MultiEdit &edit, TagStore &store, const ProgramState &state, BatchProgress &progress);
+BatchOutcome runMultiEdit(const QStringList &paths, MultiEdit &edit, TagStore &store, const ProgramState &state,
+    BatchProgress &progress, const RecordSaved &saved = {});
 
 } // namespace ravlin

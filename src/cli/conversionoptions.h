@@ -1,0 +1,17 @@
+#pragma once
+
+#include "cli/arguments.h"
+#include "naming/conversion.h"
+
+/// The options of commands that convert case and blanks.
+namespace ravlin::cli {
+
+inline constexpr Option CaseOption{u"--case", u"WORD", u"convert the case: upper, lower or capitalize"};
+inline constexpr Option ReplaceOption{
+    u"--replace", u"WORD", u"underscores: put them for blanks; blanks: put them for underscores"};
+
+/// The conversion that the option asks for; off without it.
+tl::expected<ConversionChoice, UsageError> caseChoice(const Arguments &arguments);
+tl::expected<ConversionChoice, UsageError> replaceChoice(const Arguments &arguments);
+
+} // namespace ravlin::cli

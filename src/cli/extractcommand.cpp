@@ -1,0 +1,77 @@
+#include "cli/command.h"
+#include "cli/tagsaving.h"
+#include "naming/extraction.h"
+#include "naming/previewrows.h"
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::cli {
+
+namespace {
+
+constexpr Option PatternOption{u"--pattern", u"PATTERN", u"how the names are made, such as '%1 - %3'; must be given"};
+
+int previewRun(const Arguments &arguments, const QString &pattern, int mode, Console &console)
+{
+    RecordWriter writer(
+        console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), previewColumns());
+    SavingRun run(mode);
+    for (const QString &path : arguments.operands()) {
+        const PreviewRow row = previewExtraction(path, pattern, run.store());
+        if (row.problem) {
+            console.fail(path, *row.problem);
+            continue;
+        }
+        writer.write(previewRecord(path, row.record, row.isLongName, !row.isUntouched));
+        if (!row.isUntouched)
+            warnOfTextsNotSaved(path, row.record, console);
+    }
+    writer.finish();
+    return console.status();
+}
+
+int saveRun(const QStringList &paths, const QString &pattern, int mode, Console &console)
+{
+    SavingRun run(mode);
+    const auto warn = [&console](
+                          const QString &path, const TagRecord &record) { warnOfTextsNotSaved(path, record, console); };
+    const ExtractionOutcome outcome = runExtraction(paths, pattern, run.store(), run.state(), run, warn);
+    for (qsizetype row = 0; row < outcome.rows.takenCount(); ++row) {
+        if (outcome.rows.outcome(row) == RowOutcome::Done && !outcome.isWritten[static_cast<std::size_t>(row)])
+            console.warn(paths[row] + u": the name does not fit the pattern, the file stays as it is"_s);
+    }
+    tellFailures(paths, outcome.rows, console);
+    return console.status();
+}
+
+int runExtract(const Arguments &arguments, Console &console)
+{
+    const std::optional<QString> pattern = arguments.value(PatternOption.name);
+    if (!pattern)
+        return console.refuse(u"extract"_s, u"--pattern must be given"_s);
+    if (!pattern->isValidUtf16())
+        return console.refuse(u"extract"_s, u"the pattern is not UTF-8"_s);
+    const bool isDry = arguments.has(DryRunOption.name);
+    if (arguments.has(JsonOption.name) && !isDry)
+        return console.refuse(u"extract"_s, u"--json is for --dry-run"_s);
+    const ModeOrStatus mode = modeFor(u"extract"_s, arguments, console);
+    if (!mode)
+        return mode.error();
+    return isDry ? previewRun(arguments, *pattern, *mode, console)
+                 : saveRun(arguments.operands(), *pattern, *mode, console);
+}
+
+} // namespace
+
+Command extractCommand()
+{
+    return {u"extract", u"fill tags from the names of files",
+        u"Takes each file's name apart by the pattern and saves what stands at its placeholders in the file's tag; "
+        u"all\n"
+        "other fields stay. %1 artist, %2 album, %3 title, %4 track, %5 year, %6 genre, %7 comment; %0 skips text. A\n"
+        "value ends where the pattern's next text first occurs; of the text at the pattern's end only the first\n"
+        "character counts. A file whose name does not fit is left as it is, with a warning.",
+        u"FILE", true, {PatternOption, ModeOption, DryRunOption, JsonOption}, runExtract};
+}
+
+} // namespace ravlin::cli

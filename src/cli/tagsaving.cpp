@@ -1,0 +1,103 @@
+#include "cli/tagsaving.h"
+
+#include "app/settings.h"
+#include "tags/genres.h"
+
+#include <array>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::cli {
+
+namespace {
+
+/// The fields that not every text can be saved for.
+constexpr std::array<std::pair<QString TagRecord::*, QStringView>, 3> RestrictedFields{
+    {{&TagRecord::Year, u"year"}, {&TagRecord::Track, u"track"}, {&TagRecord::Genre, u"genre"}}};
+
+QString reasonNotToWrite(QString TagRecord::*field, const QString &text)
+{
+    if (text.isEmpty())
+        return {};
+    if (field == &TagRecord::Year && !isWritableYear(text))
+        return u"a year has four digits"_s;
+    if (field == &TagRecord::Track && !isWritableTrack(text))
+        return u"a track has one or two digits"_s;
+    if (field == &TagRecord::Genre && GenreNameToNumber(text) == GenreNone)
+        return u"it is none of the genres that can be written"_s;
+    return {};
+}
+
+} // namespace
+
+ModeOrStatus modeFor(const QString &command, const Arguments &arguments, Console &console)
+{
+    if (const std::optional<QString> text = arguments.value(ModeOption.name)) {
+        const std::optional<int> mode = tagSaveModeFromText(*text);
+        if (!mode)
+            return tl::unexpected<int>(
+                console.refuse(command, u"--mode is a digit from 1 to 5, not '%1'"_s.arg(*text)));
+        return *mode;
+    }
+    const Settings settings;
+    // Not to save in a mode that the user may have decided against.
+    if (settings.problem()) {
+        console.fail(settings.path(), *settings.problem());
+        return tl::unexpected<int>(console.status());
+    }
+    return tagSaveModeFromText(settings.read(settingskey::Tags)).value_or(DefaultTagSaveMode);
+}
+
+QString warningNotSaved(QString TagRecord::*field, const QString &text)
+{
+    const QString reason = reasonNotToWrite(field, text);
+    if (reason.isEmpty())
+        return {};
+    for (const auto &[restricted, name] : RestrictedFields) {
+        if (restricted == field)
+            return u"%1 '%2' is not saved: %3"_s.arg(name, text, reason);
+    }
+    return {};
+}
+
+void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &console)
+{
+    for (const auto &[field, name] : RestrictedFields) {
+        if (const QString warning = warningNotSaved(field, record.*field); !warning.isEmpty())
+            console.warn(path + u": "_s + warning);
+    }
+}
+
+void SavingRun::advance(const QString &path)
+{
+    constexpr qint64 Megabyte = 1024 * 1024;
+    m_cleaner.cleanFolderOf(path);
+    // A drive that does not tell counts as full.
+    m_state.freeMegabytes = m_fileSystem.freeBytes(path).value_or(0) / Megabyte;
+}
+
+void tellFailures(const QStringList &paths, const BatchOutcome &outcome, Console &console)
+{
+    for (qsizetype row = 0; row < outcome.takenCount(); ++row) {
+        if (const Error *error = outcome.error(row))
+            console.fail(paths[row], *error);
+    }
+    if (const qsizetype left = outcome.rowCount() - outcome.takenCount(); left > 0)
+        console.fail(
+            paths[outcome.takenCount()], u"left as it is, and so are the files behind it (%1 in all)"_s.arg(left));
+}
+
+std::vector<QStringView> previewColumns()
+{
+    return {u"file", u"track", u"title", u"artist", u"album", u"year", u"comment", u"genre", u"id3v1", u"id3v2",
+        u"longName", u"written"};
+}
+
+Record previewRecord(const QString &path, const TagRecord &record, bool isLongName, bool isWritten)
+{
+    return {path, record.Track, record.Title, record.Artist, record.Album, record.Year, record.Comment, record.Genre,
+        record.HasV1, record.HasV2, isLongName, isWritten};
+}
+
+} // namespace ravlin::cli
