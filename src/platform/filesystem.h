@@ -110,6 +110,15 @@ public:
     virtual Result<QString> canonicalPath(const QString &path) = 0;
     /// Puts from in the place of to in one step; a reader sees the old or the new, never neither.
     virtual Result<void> replace(const QString &from, const QString &to) = 0;
+    /// Renames a file or folder, but never in the place of another: AlreadyExists when the new name is taken, also by a
+    /// folder or by a symbolic link that leads nowhere. Symbolic links are renamed themselves. Both paths are on one
+    /// file system (else Unsupported). Where the file system ignores case, a name that differs in case alone is taken,
+    /// by the file itself.
+    virtual Result<void> renameNew(const QString &from, const QString &to) = 0;
+    /// Makes one folder; AlreadyExists when the name is taken, NotFound when the folder above is missing.
+    virtual Result<void> createFolder(const QString &path) = 0;
+    /// Removes an empty folder; AlreadyExists when something is in it.
+    virtual Result<void> removeFolder(const QString &path) = 0;
     virtual Result<void> remove(const QString &path) = 0;
     virtual Result<void> setPermissions(const QString &path, quint32 permissions) = 0;
     /// Returns when the folder's own entries (creations, renames) are on the disk.

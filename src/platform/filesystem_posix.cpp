@@ -1,6 +1,7 @@
 #include "platform/filesystem.h"
 
 #include "platform/errno_posix.h"
+#include "platform/exclusiverename_posix.h"
 #include "platform/file_posix.h"
 
 #include <dirent.h>
@@ -40,6 +41,9 @@ public:
     Result<FileInfo> info(const QString &path) override;
     Result<QString> canonicalPath(const QString &path) override;
     Result<void> replace(const QString &from, const QString &to) override;
+    Result<void> renameNew(const QString &from, const QString &to) override;
+    Result<void> createFolder(const QString &path) override;
+    Result<void> removeFolder(const QString &path) override;
     Result<void> remove(const QString &path) override;
     Result<void> setPermissions(const QString &path, quint32 permissions) override;
     Result<void> syncFolder(const QString &folder) override;
@@ -129,6 +133,27 @@ Result<void> PosixFileSystem::replace(const QString &from, const QString &to)
     if (!target.isValid())
         return systemError(EINVAL, to, "rename");
     return callOnPath(from, "rename", [&](const char *native) { return std::rename(native, target.bytes()); });
+}
+
+Result<void> PosixFileSystem::renameNew(const QString &from, const QString &to)
+{
+    const NativePath source(from);
+    const NativePath target(to);
+    if (!source.isValid() || !target.isValid())
+        return systemError(EINVAL, source.isValid() ? to : from, "rename");
+    if (const int number = renameExclusively(source.bytes(), target.bytes()); number != 0)
+        return systemError(number, number == EEXIST ? to : from, "rename");
+    return {};
+}
+
+Result<void> PosixFileSystem::createFolder(const QString &path)
+{
+    return callOnPath(path, "mkdir", [](const char *native) { return ::mkdir(native, 0777); });
+}
+
+Result<void> PosixFileSystem::removeFolder(const QString &path)
+{
+    return callOnPath(path, "rmdir", [](const char *native) { return ::rmdir(native); });
 }
 
 Result<void> PosixFileSystem::remove(const QString &path)

@@ -209,6 +209,21 @@ Result<void> FaultyFileSystem::replace(const QString &from, const QString &to)
     return forward(Call::Replace, [&] { return m_inner.replace(from, to); });
 }
 
+Result<void> FaultyFileSystem::renameNew(const QString &from, const QString &to)
+{
+    return forward(Call::Rename, [&] { return m_inner.renameNew(from, to); });
+}
+
+Result<void> FaultyFileSystem::createFolder(const QString &path)
+{
+    return forward(Call::CreateFolder, [&] { return m_inner.createFolder(path); });
+}
+
+Result<void> FaultyFileSystem::removeFolder(const QString &path)
+{
+    return forward(Call::RemoveFolder, [&] { return m_inner.removeFolder(path); });
+}
+
 Result<void> FaultyFileSystem::remove(const QString &path)
 {
     return forward(Call::Remove, [&] { return m_inner.remove(path); });

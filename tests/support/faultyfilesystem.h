@@ -16,6 +16,9 @@ enum class Call
     Info,
     CanonicalPath,
     Replace,
+    Rename,
+    CreateFolder,
+    RemoveFolder,
     Remove,
     SetPermissions,
     SyncFolder,
@@ -73,6 +76,9 @@ public:
     Result<platform::FileInfo> info(const QString &path) override;
     Result<QString> canonicalPath(const QString &path) override;
     Result<void> replace(const QString &from, const QString &to) override;
+    Result<void> renameNew(const QString &from, const QString &to) override;
+    Result<void> createFolder(const QString &path) override;
+    Result<void> removeFolder(const QString &path) override;
     Result<void> remove(const QString &path) override;
     Result<void> setPermissions(const QString &path, quint32 permissions) override;
     Result<void> syncFolder(const QString &folder) override;

@@ -26,6 +26,9 @@ public:
     Result<platform::FileInfo> info(const QString &path) override { return m_inner.info(path); }
     Result<QString> canonicalPath(const QString &path) override { return m_inner.canonicalPath(path); }
     Result<void> replace(const QString &from, const QString &to) override { return m_inner.replace(from, to); }
+    Result<void> renameNew(const QString &from, const QString &to) override { return m_inner.renameNew(from, to); }
+    Result<void> createFolder(const QString &path) override { return m_inner.createFolder(path); }
+    Result<void> removeFolder(const QString &path) override { return m_inner.removeFolder(path); }
     Result<void> remove(const QString &path) override { return m_inner.remove(path); }
     Result<void> setPermissions(const QString &path, quint32 permissions) override
     {

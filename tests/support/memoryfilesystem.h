@@ -161,6 +161,12 @@ public:
         m_nodes.erase(from);
         return {};
     }
+    Result<void> renameNew(const QString &from, const QString &to) override
+    {
+        return m_nodes.contains(to) ? tl::unexpected(Error{ErrorCode::AlreadyExists, to, {}}) : replace(from, to);
+    }
+    Result<void> createFolder(const QString &path) override { return noFolders(path); }
+    Result<void> removeFolder(const QString &path) override { return noFolders(path); }
     Result<void> remove(const QString &path) override
     {
         return m_nodes.erase(path) > 0 ? Result<void>() : missing(path);
@@ -183,6 +189,10 @@ private:
     static tl::unexpected<Error> missing(const QString &path)
     {
         return tl::unexpected(Error{ErrorCode::NotFound, path, {}});
+    }
+    static tl::unexpected<Error> noFolders(const QString &path)
+    {
+        return tl::unexpected(Error{ErrorCode::Unsupported, path, {}});
     }
     std::shared_ptr<MemoryNode> newNode(const QString &path)
     {
