@@ -47,6 +47,7 @@ FileList::FileList(QWidget *parent) : QTreeView(parent), m_model(new FileListMod
     setHorizontalScrollMode(ScrollPerPixel);
     setTextElideMode(Qt::ElideRight);
 
+    new ElidedHeaderTips(header());
     header()->setStretchLastSection(false);
     header()->setSectionsClickable(true);
     header()->setSectionsMovable(false);

@@ -4,10 +4,14 @@
 
 #include <QDir>
 #include <QHeaderView>
+#include <QIcon>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QStyle>
 #include <QStyledItemDelegate>
 
+#include <algorithm>
+#include <map>
 #include <utility>
 
 namespace ravlin {
@@ -26,7 +30,7 @@ protected:
         QStyledItemDelegate::initStyleOption(option, index);
         const QStyle *style = option->widget->style();
         option->features |= QStyleOptionViewItem::HasDecoration;
-        option->icon = style->standardIcon(pixmapOf(*option, index), option, option->widget);
+        option->icon = iconOf(pixmapOf(*option, index), *option);
         const int size = style->pixelMetric(QStyle::PM_SmallIconSize, option, option->widget);
         option->decorationSize = QSize(size, size);
         if (!index.data(FolderModel::ReadableRole).toBool())
@@ -43,6 +47,22 @@ private:
             return QStyle::SP_DriveHDIcon;
         return option.state & QStyle::State_Open ? QStyle::SP_DirOpenIcon : QStyle::SP_DirIcon;
     }
+    /// A style searches the icon themes each time it is asked, and this is asked for every row that is painted.
+    QIcon iconOf(QStyle::StandardPixmap pixmap, const QStyleOptionViewItem &option) const
+    {
+        const QStyle *style = option.widget->style();
+        const qint64 colours = option.palette.cacheKey();
+        if (std::exchange(m_style, style) != style || std::exchange(m_colours, colours) != colours)
+            m_icons.clear();
+        QIcon &icon = m_icons[pixmap];
+        if (icon.isNull())
+            icon = style->standardIcon(pixmap, &option, option.widget);
+        return icon;
+    }
+
+    mutable std::map<QStyle::StandardPixmap, QIcon> m_icons; ///< of that style in those colours
+    mutable const QStyle *m_style = nullptr;
+    mutable qint64 m_colours = 0;
 };
 
 } // namespace
@@ -123,6 +143,30 @@ void FolderTree::announce()
 {
     if (std::exchange(m_announcedPath, path()) != path() && !path().isEmpty())
         Q_EMIT pathChanged(path());
+}
+
+/// As wide as the view at least, so that a click anywhere in a row selects it.
+int FolderTree::sizeHintForColumn(int column) const
+{
+    return std::max(QTreeView::sizeHintForColumn(column), viewport()->width());
+}
+
+void FolderTree::resizeEvent(QResizeEvent *event)
+{
+    header()->resizeSections(QHeaderView::ResizeToContents);
+    QTreeView::resizeEvent(event);
+}
+
+/// The style leaves out the indentation of a selected row.
+void FolderTree::drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
+    if (selectionModel()->isSelected(index)) {
+        const bool isReadable = index.data(FolderModel::ReadableRole).toBool();
+        const QPalette::ColorGroup active = isActiveWindow() ? QPalette::Active : QPalette::Inactive;
+        const QPalette::ColorGroup group = isEnabled() && isReadable ? active : QPalette::Disabled;
+        painter->fillRect(option.rect, option.palette.brush(group, QPalette::Highlight));
+    }
+    QTreeView::drawRow(painter, option, index);
 }
 
 void FolderTree::keyReleaseEvent(QKeyEvent *event)

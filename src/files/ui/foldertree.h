@@ -31,6 +31,9 @@ Q_SIGNALS:
     void deleteRequested();
 
 protected:
+    int sizeHintForColumn(int column) const override;
+    void resizeEvent(QResizeEvent *event) override;
+    void drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     void keyReleaseEvent(QKeyEvent *event) override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
     QItemSelectionModel::SelectionFlags selectionCommand(

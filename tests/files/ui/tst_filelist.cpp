@@ -4,10 +4,12 @@
 #include "files/ui/filelist.h"
 
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
 
 using namespace ravlin;
 
@@ -280,6 +282,25 @@ private Q_SLOTS:
         m_list->resize(500, 200);
         QCOMPARE(m_list->columnWidth(0), 150);
         QCOMPARE(m_list->columnWidth(1), 35);
+    }
+
+    void aHeaderTooNarrowForItsTextTellsItInATooltip()
+    {
+        QHeaderView *header = m_list->header();
+        m_list->setHeaderText(ListColumn::Artist, QStringLiteral("a rather long name of a column"));
+        const auto hover = [header](ListColumn column) {
+            const int section = static_cast<int>(column);
+            const QPoint place(header->sectionViewportPosition(section) + 3, header->height() / 2);
+            QHelpEvent event(QEvent::ToolTip, place, header->viewport()->mapToGlobal(place));
+            QCoreApplication::sendEvent(header->viewport(), &event);
+        };
+        header->resizeSection(static_cast<int>(ListColumn::Artist), 40);
+        header->resizeSection(static_cast<int>(ListColumn::Track), 200);
+        hover(ListColumn::Artist);
+        QVERIFY(QToolTip::isVisible());
+        QCOMPARE(QToolTip::text(), QStringLiteral("a rather long name of a column"));
+        hover(ListColumn::Track); // wide enough
+        QTRY_VERIFY_WITH_TIMEOUT(!QToolTip::isVisible(), 30'000);
     }
 
     void aHundredThousandRowsAreSortedSelectedAndMoved()

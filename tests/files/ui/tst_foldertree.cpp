@@ -6,6 +6,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QDir>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -241,6 +242,50 @@ private Q_SLOTS:
         QCOMPARE(roots.back().path, QStringLiteral("/"));
         for (const FolderRoot &root : roots)
             QVERIFY(QDir(root.path).exists());
+    }
+
+    void aSelectionCoversTheWholeRow()
+    {
+        make("a/b");
+        open();
+        m_tree->resize(400, 300);
+        m_tree->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_tree.get()));
+        QVERIFY(m_tree->setPath(at(QStringLiteral("a"))));
+        const QModelIndex selected = m_tree->currentIndex();
+        QCOMPARE(selected.data().toString(), QStringLiteral("a"));
+        // Between the rows' edges, where neither text nor the branch's arrow is.
+        const int y = m_tree->visualRect(selected).top() + 2;
+        const int right = m_tree->viewport()->width() - 3;
+        const auto isHighlighted = [&](const QImage &image, int x) {
+            // A style may shade the highlight a little.
+            const QColor colour = image.pixelColor(x, y);
+            const QColor full = m_tree->palette().color(QPalette::Active, QPalette::Highlight);
+            return std::abs(colour.red() - full.red()) < 40 && std::abs(colour.green() - full.green()) < 40 &&
+                   std::abs(colour.blue() - full.blue()) < 40;
+        };
+        const QImage image = m_tree->viewport()->grab().toImage();
+        QVERIFY(isHighlighted(image, 2));
+        QVERIFY(isHighlighted(image, right));
+        // And a click there selects the row.
+        const QModelIndex other = selected.parent();
+        const QPoint place(right, m_tree->visualRect(other).center().y());
+        QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(m_tree->currentIndex(), other);
+        const QImage after = m_tree->viewport()->grab().toImage();
+        QVERIFY(!isHighlighted(after, right));
+    }
+
+    void aNameWiderThanTheTreeCanBeScrolledTo()
+    {
+        const QString longName(120, u'w');
+        QDir(m_folder->path()).mkdir(longName);
+        open();
+        m_tree->resize(200, 300);
+        m_tree->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_tree.get()));
+        QVERIFY(m_tree->setPath(at(longName)));
+        QTRY_VERIFY_WITH_TIMEOUT(m_tree->horizontalScrollBar()->maximum() > 0, 30'000);
     }
 };
 

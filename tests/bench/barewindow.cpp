@@ -1,0 +1,13 @@
+// An empty window: what any program of this toolkit costs at least. startup.py compares with it.
+#include <QApplication>
+#include <QWidget>
+
+int main(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    QWidget window;
+    window.setWindowTitle(QStringLiteral("bare window"));
+    window.resize(1000, 700);
+    window.show();
+    return QApplication::exec();
+}
