@@ -14,3 +14,10 @@ set_tests_properties(interop/tags PROPERTIES
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib)
 target_link_libraries(tst_taglibwitness PRIVATE PkgConfig::TAGLIB)
+
+# What the command line leaves in files, as mutagen reads it.
+add_test(NAME interop/naming
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/support/with-own-home" "${RAVLIN_PYTHON}"
+        "${CMAKE_CURRENT_LIST_DIR}/naming.py" "$<TARGET_FILE:ravlin-cli>")
+set_tests_properties(interop/naming PROPERTIES
+    LABELS interop TIMEOUT 600 SKIP_RETURN_CODE 77 ENVIRONMENT "PYTHONDONTWRITEBYTECODE=1")
