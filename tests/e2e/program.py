@@ -1,0 +1,180 @@
+"""The program as a process in a window, driven by keys and mouse and looked at over the accessibility bus."""
+
+import os
+
+from waiting import Gone, wait_until
+
+PROGRAM = os.path.join(os.environ["RAVLIN_BIN_DIR"], "ravlin")
+TRY_AGAIN = 10.0  # seconds before something that may be done twice is done again
+
+
+def centre(extents):
+    left, top, width, height = extents
+    return left + width // 2, top + height // 2
+
+
+class Program:
+    def __init__(self, desktop, *arguments):
+        self.desktop = desktop
+        with open(desktop.folder / "program.log", "ab") as log:
+            self._process = desktop.start([PROGRAM, *map(os.fspath, arguments)], stdout=log, stderr=log)
+        self.application = self.wait(lambda: desktop.bus.application(self._process.pid), "the program on the bus")
+        self.window = self.wait_for("frame", "ravlin!")
+        self.wait(lambda: "active" in self.window.states, "the window active")
+        places = []
+        self.wait(lambda: self._rests(places), "the window at its place")
+
+    def _rests(self, places):
+        """Whether the window manager is done with moving it: the same place ten times."""
+        places.append(self.window.extents)
+        return len(places) > 10 and len(set(map(tuple, places[-10:]))) == 1
+
+    def wait(self, condition, what, limit=60.0):
+        return wait_until(condition, what, limit, self._must_run)
+
+    def _must_run(self):
+        if self._process.poll() is not None:
+            raise AssertionError(f"the program ended by itself: {self._process.returncode}")
+
+    # Controls
+
+    def seen(self, role, name=None):
+        """The control of that role and name that is on the screen now; None where there is none."""
+        for node in self.application.find_all(role, name):
+            if "showing" in node.states:
+                return node
+        return None
+
+    def wait_for(self, role, name=None):
+        return self.wait(lambda: self.seen(role, name), f"{role} '{name}'")
+
+    def combo_box(self, label):
+        """The one with that label; its own name is its chosen entry."""
+        def seen():
+            return next((box for box in self.application.find_all("combo box")
+                         if label in box.labels and "showing" in box.states), None)
+
+        return self.wait(seen, f"combo box '{label}'")
+
+    @property
+    def list(self):
+        return self.wait_for("tree", "file list")
+
+    @property
+    def tree(self):
+        return self.wait_for("tree", "folders")
+
+    def text_of(self, name):
+        return self.wait_for("text", name).text
+
+    def status(self):
+        """The texts of the two status panels."""
+        return [label.name for label in self.wait_for("status bar").find_all("label")]
+
+    def file_rows(self):
+        """The first column's texts."""
+        table = self.list
+        return [table.cell(row).name for row in range(table.row_count)]
+
+    def row(self, number, columns=8):
+        """All texts of a row."""
+        table = self.list
+        return [table.cell(number, column).name for column in range(columns)]
+
+    def selected_rows(self):
+        table = self.list
+        return [row for row in range(table.row_count) if "selected" in table.cell(row).states]
+
+    # What a user does
+
+    def press(self, name, role="push button"):
+        """One click on a button, once it can be clicked."""
+        def ready():
+            button = self.seen(role, name)
+            return button if button is not None and "enabled" in button.states else None
+
+        self.desktop.click(*centre(self.wait(ready, f"{role} '{name}' to click on").extents))
+
+    def again_until(self, action, condition, what):
+        """Does something that may be done twice until it shows, since a busy window may not have heard it."""
+        for _ in range(5):
+            action()
+            try:
+                return self.wait(condition, what, TRY_AGAIN)
+            except AssertionError:
+                self._must_run()
+        return self.wait(condition, what)
+
+    def focus(self, role, name):
+        node = self.wait_for(role, name)
+        self.again_until(lambda: self.desktop.click(*centre(node.extents)), lambda: "focused" in node.states,
+                         f"the focus on {role} '{name}'")
+        return node
+
+    def fill(self, name, text):
+        """Types a text into a text box, in the place of what is there."""
+        box = self.focus("text", name)
+
+        def write():
+            self.desktop.key("ctrl+a")
+            if text.isascii() and text:
+                self.desktop.type(text)
+            elif text:
+                box.text = text
+            else:
+                self.desktop.key("Delete")
+
+        self.again_until(write, lambda: box.text == text, lambda: f"'{text}' in '{name}', but it is '{box.text}'")
+
+    def wait_for_rows(self, rows):
+        self.wait(lambda: self.file_rows() == rows, lambda: f"the list with {rows}, but it is {self.file_rows()}")
+
+    def click_row(self, number):
+        """Clicks on a row and waits until it alone is selected and its file shown."""
+        def click():
+            self.desktop.click(*centre(self.list.cell(number).extents))
+
+        name = self.list.cell(number).name
+        self.again_until(click, lambda: self.selected_rows() == [number] and self.status()[1].endswith("/" + name),
+                         f"row {number} clicked")
+
+    def click_header(self, name):
+        header = next(node for node in self.list.children[:8] if node.name == name)
+        self.desktop.click(*centre(header.extents))
+
+    def drag_row(self, number, to):
+        """Drops a row in front of another, or behind the last, and waits for the new order."""
+        table = self.list
+        left, top, width, height = table.cell(number).extents
+        rows = self.file_rows()
+        below = to >= len(rows)
+        edge = table.cell(to - 1 if below else to).extents
+        goal = edge[1] + edge[3] + 2 if below else edge[1]
+        x = left + min(width // 2, 60)
+        start = top + height // 2
+        self.desktop.drag((x, start), (x, (start + goal) // 2), (x, goal))
+        moved = rows.pop(number)
+        rows.insert(to if to < number else to - 1, moved)
+        self.wait_for_rows(rows)
+        self.desktop.park_pointer()
+
+    def folder_item(self, name):
+        """The tree's item of that name that is on the screen."""
+        return next((node for node in self.tree.children
+                     if node.role == "tree item" and node.name == name and "showing" in node.states), None)
+
+    def click_folder(self, name):
+        item = self.wait(lambda: self.folder_item(name), f"folder '{name}' in the tree")
+        self.again_until(lambda: self.desktop.click(*centre(item.extents)),
+                         lambda: {"selected", "focused"} <= item.states, f"folder '{name}' chosen")
+
+    def close(self):
+        """By the window manager, as its user does. Returns the exit status."""
+        for _ in range(6):
+            self.desktop.key("alt+F4")
+            try:
+                return wait_until(lambda: self._process.poll() is not None and [self._process.returncode],
+                                  "the program's end", TRY_AGAIN)[0]
+            except AssertionError:
+                pass
+        raise AssertionError("the program does not end")

@@ -1,0 +1,182 @@
+#!/usr/bin/env python3
+"""The main window's daily work, done from outside on real files: open a folder, look at it, edit, save, come back."""
+
+import unittest
+
+from collection import Song, has_whole_audio, make_file, read_v1, read_v2
+from harness import EndToEndTest
+
+NIEBLA = Song("Niebla", "Ana Cívica", "Mareas", "1998", "1", "Folk", "muelle")
+AMBAR = Song("El Pañuelo de Ámbar", "Ana Cívica", "Mareas", "1998", "2", "Folk", "")
+TRAM = Song("夜の路面電車", "Nocturna", "Zenit", "2004", "12", "Ambient", "")
+
+
+class Opening(EndToEndTest):
+    def setUp(self):
+        super().setUp()
+        self.settings()
+        make_file(self.music / "Mareas" / "01 niebla.mp3", NIEBLA, v1=True)
+        make_file(self.music / "Mareas" / "02 ámbar.mp3", AMBAR)
+        make_file(self.music / "Mareas" / "cd2" / "路面電車.mp3", TRAM)
+        make_file(self.music / "Zenit" / "sin etiqueta.mp3")
+
+    def test_the_folder_or_the_file_on_the_command_line_is_opened(self):
+        for argument in (self.music / "Mareas", self.music / "Mareas" / "02 ámbar.mp3"):
+            program = self.start(argument)
+            program.wait_for_rows(["01 niebla.mp3", "02 ámbar.mp3"])
+            self.assertEqual(program.row(0), ["01 niebla.mp3", "01", "Niebla", "Ana Cívica", "Mareas", "1998", "yes",
+                                              "yes"])
+            self.assertEqual(program.row(1), ["02 ámbar.mp3", "02", "El Pañuelo de Ámbar", "Ana Cívica", "Mareas",
+                                              "1998", "no", "yes"])
+            program.wait(lambda: program.selected_rows() == [0, 1], "all rows selected")
+            self.assertEqual(program.status(), ["2 files", str(self.music / "Mareas" / "01 niebla.mp3")])
+            self.close()
+
+    def test_a_folder_chosen_in_the_tree_is_opened_and_f2_lists_what_is_below_it(self):
+        program = self.start(self.music)
+        program.wait_for_rows([])
+        program.wait(lambda: {"selected"} <= program.folder_item("Music").states, "the folder shown in the tree")
+        program.click_folder("Music")
+        program.desktop.key("Right")
+        program.click_folder("Mareas")
+        program.wait_for_rows(["01 niebla.mp3", "02 ámbar.mp3"])
+        program.desktop.key("F2")
+        program.wait_for_rows(["01 niebla.mp3", "02 ámbar.mp3", "cd2/路面電車.mp3"])
+        self.assertEqual(program.row(2)[2:6], ["夜の路面電車", "Nocturna", "Zenit", "2004"])
+        program.click_folder("Zenit")
+        program.wait_for_rows(["sin etiqueta.mp3"])
+        self.close()
+
+
+class Editing(EndToEndTest):
+    NEW = Song("Marea Baja", "Los Faroles", "Orilla", "2001", "7", "Country", "second take")
+    OLD = Song("Old title", "Old artist", "Old album", "1970", "3", "Rock", "old comment")
+
+    def edit_and_save(self, program):
+        program.wait_for_rows(["both.mp3", "other.mp3"])
+        program.click_row(0)
+        program.wait(lambda: program.text_of("title") == self.OLD.title, "the file's title on the page")
+        for name in ("title", "artist", "year", "track", "comment", "album"):
+            program.fill(name, getattr(self.NEW, name))
+        program.desktop.key("Tab")
+        genre = program.combo_box("genre")
+        program.wait(lambda: "focused" in genre.states, "the focus on the genre")
+        self.assertEqual(genre.name, self.OLD.genre)
+        program.desktop.key("Home", "Down", "Down", "Down")  # past the empty entry
+        program.wait(lambda: genre.name == self.NEW.genre, "the genre chosen")
+        program.press("save id3")
+        # The list is filled anew, with all rows selected, when the save is done.
+        program.wait(lambda: program.selected_rows() == [0, 1], "the list filled anew")
+
+    def test_saving_writes_the_tags_that_each_mode_asks_for(self):
+        kept = {"1": (self.NEW, self.OLD), "2": (self.OLD, self.NEW), "3": (self.NEW, self.NEW),
+                "4": (self.NEW, None), "5": (None, self.NEW)}
+        for mode, (v1, v2) in kept.items():
+            folder = self.music / f"mode {mode}"
+            edited = make_file(folder / "both.mp3", self.OLD, v1=True)
+            other = make_file(folder / "other.mp3", self.OLD, v1=True)
+            untouched = other.read_bytes()
+            self.settings(tags=mode)
+            program = self.start(folder)
+            self.edit_and_save(program)
+            self.assertEqual(read_v1(edited), v1)
+            self.assertEqual(read_v2(edited), v2)
+            self.assertTrue(has_whole_audio(edited))
+            self.assertEqual(other.read_bytes(), untouched)
+            cells = ["yes" if tag else "no" for tag in (v1, v2)]
+            program.wait(lambda cells=cells: program.row(0)[6:] == cells, f"the tags' columns {cells}")
+            self.close()
+
+    def test_next_and_previous_go_from_file_to_file(self):
+        self.settings()
+        for number in (1, 2, 3):
+            make_file(self.music / f"{number}.mp3", Song(f"Song {number}", track=str(number)))
+        program = self.start(self.music)
+        program.wait_for_rows(["1.mp3", "2.mp3", "3.mp3"])
+        program.click_row(0)
+        for button, number in (("next", 2), ("next", 3), ("next", 3), ("previous", 2), ("previous", 1)):
+            program.press(button)
+            program.wait(lambda number=number: program.text_of("title") == f"Song {number}", f"file {number}")
+            program.wait(lambda number=number: program.selected_rows() == [number - 1], f"row {number} selected")
+            self.assertEqual(program.status(), ["3 files", str(self.music / f"{number}.mp3")])
+            artist = program.wait_for("text", "artist")
+            program.wait(lambda artist=artist: "focused" in artist.states, "the focus on the artist")
+        self.close()
+
+    def test_a_tag_is_removed_after_the_question(self):
+        self.settings()
+        path = make_file(self.music / "a.mp3", self.OLD, v1=True)
+        before = path.read_bytes()
+        program = self.start(self.music)
+        program.wait_for_rows(["a.mp3"])
+        program.click_row(0)
+        for kind, answer in (("remove id3v1 tag", "No"), ("remove id3v1 tag", "Yes"), ("remove id3v2 tag", "Yes")):
+            program.press(kind)
+            program.wait_for("label", kind + "?")
+            self.assertEqual(path.read_bytes(), before)
+            program.press(answer)
+            program.wait(lambda kind=kind: program.seen("label", kind + "?") is None, "the question's end")
+            if answer == "Yes":
+                button = program.wait_for("push button", kind)
+                program.wait(lambda button=button: "enabled" not in button.states, "nothing left to remove")
+                before = path.read_bytes()
+        self.assertIsNone(read_v1(path))
+        self.assertIsNone(read_v2(path))
+        self.assertTrue(has_whole_audio(path))
+        program.wait(lambda: program.row(0) == ["a.mp3", "", "", "", "", "", "no", "no"], "the row without tags")
+        self.close()
+
+
+class Ordering(EndToEndTest):
+    def test_the_list_is_sorted_by_its_headers_and_by_hand(self):
+        self.settings()
+        for name, title in (("a.mp3", "Beta"), ("b.mp3", "alpha"), ("c.mp3", "Gamma"), ("d.mp3", "delta")):
+            make_file(self.music / name, Song(title))
+        program = self.start(self.music)
+        program.wait_for_rows(["a.mp3", "b.mp3", "c.mp3", "d.mp3"])
+        program.click_header("title")
+        program.wait_for_rows(["b.mp3", "a.mp3", "d.mp3", "c.mp3"])
+        program.click_header("title")
+        program.wait_for_rows(["c.mp3", "d.mp3", "a.mp3", "b.mp3"])
+        program.drag_row(0, to=2)
+        program.drag_row(1, to=4)
+        self.assertEqual(program.file_rows(), ["d.mp3", "a.mp3", "b.mp3", "c.mp3"])
+        self.close()
+
+
+class ComingBack(EndToEndTest):
+    def test_the_next_start_finds_the_folder_and_the_window_as_they_were_left(self):
+        self.settings(recuerda="si")
+        make_file(self.music / "Mareas" / "niebla.mp3", NIEBLA)
+        make_file(self.music / "Zenit" / "tram.mp3", TRAM)
+        program = self.start(self.music / "Zenit")
+        program.wait_for_rows(["tram.mp3"])
+        program.click_folder("Mareas")
+        program.wait_for_rows(["niebla.mp3"])
+        place = self.move_splitter(program)
+        self.close()
+        self.assertEqual(self.stored("tags"), "2")
+
+        program = self.start()
+        program.wait_for_rows(["niebla.mp3"])
+        self.assertEqual(program.status(), ["1 files", str(self.music / "Mareas" / "niebla.mp3")])
+        self.assertEqual(self.splitter_place(program), place)
+        self.close()
+
+    @staticmethod
+    def splitter_place(program):
+        return program.wait_for("slider", "width of the folders").value
+
+    def move_splitter(self, program):
+        """By keys; returns where it then is."""
+        before = self.splitter_place(program)
+        splitter = program.wait_for("slider", "width of the folders")
+        program.desktop.key("Tab")  # from the folders, which were clicked
+        program.wait(lambda: "focused" in splitter.states, "the focus on the splitter")
+        program.desktop.key("Right", "Right", "Right")
+        program.wait(lambda: self.splitter_place(program) > before, "the splitter moved")
+        return self.splitter_place(program)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
