@@ -11,6 +11,7 @@ threads.
 import argparse
 import os
 import pathlib
+import re
 import signal
 import statistics
 import subprocess
@@ -50,8 +51,9 @@ class Display:
 
     def __enter__(self):
         read, write = os.pipe()
+        # Without -noreset the server would start anew when a program ends, under the feet of the next one.
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"],
             pass_fds=[write], stderr=subprocess.DEVNULL)
         os.close(write)
         with os.fdopen(read) as answer:
@@ -80,8 +82,12 @@ def peak_megabytes(pid):
 
 
 def is_visible(title, environment):
-    answer = subprocess.run(["xwininfo", "-name", title], env=environment, capture_output=True, text=True)
-    return "IsViewable" in answer.stdout
+    def ask(*what):
+        return subprocess.run(["xwininfo", *what], env=environment, capture_output=True, text=True).stdout
+
+    # Beside its window a program has small ones of the same name that are never shown.
+    windows = re.findall(rf'(0x[0-9a-f]+) "{re.escape(title)}".*? (\d+)x\d+\+', ask("-root", "-tree"))
+    return any(int(width) > 100 and "IsViewable" in ask("-id", window) for window, width in windows)
 
 
 def until_idle(pid):
