@@ -78,9 +78,26 @@ enum class Text
     NameFurtherTabs,
     NameStatusBar,
     TitleWaiting,
+    LookupBadAddress,
+    LookupBadContents,
+    LookupNoConnection,
+    LookupProxy,
+    LookupTimedOut,
+    LookupTooLarge,
+    LookupTooManyRedirects,
+    LookupInsecureRedirect,
+    LookupCertificate,
+    LookupHttpStatus,
+    LookupGarbage,
+    LookupIncomplete,
+    LookupNoEntry,
+    LookupBrokenEntry,
+    LookupServerTrouble,
+    LookupNotGreeted,
+    LookupRefused,
 };
 
-inline constexpr int TextCount = static_cast<int>(Text::TitleWaiting) + 1;
+inline constexpr int TextCount = static_cast<int>(Text::LookupRefused) + 1;
 
 /// The text in all languages. Read it through Captions.
 const LanguageTexts &languageTexts(Text text);
