@@ -14,6 +14,10 @@ _ravlin_cli()
         words="upper lower capitalize"
     elif [[ $previous == --replace ]]; then
         words="underscores blanks"
+    elif [[ $previous == --rule ]]; then
+        words="artist-title track-title"
+    elif [[ $previous == --clash ]]; then
+        words="skip number stop"
     elif [[ $current == -* && " ${COMP_WORDS[*]:1:COMP_CWORD-1} " != *" -- "* ]]; then
         words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | sed -n 's/^  \(--[a-z][a-z0-9-]*\) .*/\1/p')
     fi

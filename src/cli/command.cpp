@@ -87,8 +87,8 @@ int runCommand(const Command &command, const QStringList &words, Console &consol
 
 std::vector<Command> allCommands()
 {
-    return {listCommand(), showCommand(), tagCommand(), extractCommand(), multiCommand(), stripCommand(), infoCommand(),
-        caseCommand(), cleanCommand()};
+    return {listCommand(), showCommand(), tagCommand(), extractCommand(), multiCommand(), renameCommand(),
+        renamedirCommand(), stripCommand(), infoCommand(), caseCommand(), cleanCommand()};
 }
 
 int run(const QStringList &words, Console &console)

@@ -25,6 +25,8 @@ Command showCommand();
 Command tagCommand();
 Command extractCommand();
 Command multiCommand();
+Command renameCommand();
+Command renamedirCommand();
 Command stripCommand();
 Command infoCommand();
 Command caseCommand();

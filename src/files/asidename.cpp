@@ -25,15 +25,16 @@ qsizetype extensionStart(QStringView name)
     return name.endsWith(u".mp3", Qt::CaseInsensitive) ? name.size() - 4 : name.size();
 }
 
-/// Whether the name got its former name back, or another that is like it.
-bool bringBack(platform::FileSystem &fileSystem, const QString &folder, const QString &name, const QString &former)
+/// The path of a file that got its former name back, or another that is like it.
+std::optional<QString> bringBack(
+    platform::FileSystem &fileSystem, const QString &folder, const QString &name, const QString &former)
 {
     const QString path = folder + name;
     if (const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read)) {
         // Held until the file has its name, so that two programs don't both bring it back.
         const Result<bool> locked = (*file)->tryLock();
         if (locked && !*locked)
-            return false;
+            return std::nullopt;
     }
     constexpr int LastNumber = 1000;
     const auto kind =
@@ -41,10 +42,12 @@ bool bringBack(platform::FileSystem &fileSystem, const QString &folder, const QS
     for (int number = 1; number <= LastNumber; ++number) {
         const QString wanted = number == 1 ? former : platform::numberedName(former, number, kind);
         const Result<void> renamed = fileSystem.renameNew(path, folder + wanted);
-        if (renamed || renamed.error().code != ErrorCode::AlreadyExists)
-            return renamed.has_value();
+        if (renamed)
+            return folder + wanted;
+        if (renamed.error().code != ErrorCode::AlreadyExists)
+            break;
     }
-    return false;
+    return std::nullopt;
 }
 
 } // namespace
@@ -60,7 +63,7 @@ QString asideName(const QString &name, quint64 number)
 std::optional<QString> nameBeforeAside(const QString &name)
 {
     const qsizetype extension = extensionStart(name);
-    if (extension <= MarkSize)
+    if (extension <= MarkSize || name.at(extension - 1) != u')')
         return std::nullopt;
     const QStringView mark = QStringView(name).sliced(extension - MarkSize, MarkSize);
     const QStringView digits = mark.sliced(Opening.size(), HexDigits);
@@ -83,18 +86,21 @@ std::unique_ptr<platform::File> lockAside(platform::FileSystem &fileSystem, cons
     return std::move(*file);
 }
 
-Result<int> bringBackAside(platform::FileSystem &fileSystem, const QString &folder)
+Result<std::vector<std::pair<QString, QString>>> bringBackAside(platform::FileSystem &fileSystem, const QString &folder)
 {
     const Result<std::vector<QString>> names = fileSystem.names(folder);
     if (!names)
         return tl::unexpected(names.error());
     const QString prefix = folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
-    int count = 0;
+    std::vector<std::pair<QString, QString>> done;
     for (const QString &name : *names) {
-        if (const std::optional<QString> former = nameBeforeAside(name))
-            count += bringBack(fileSystem, prefix, name, *former) ? 1 : 0;
+        const std::optional<QString> former = nameBeforeAside(name);
+        if (!former)
+            continue;
+        if (const std::optional<QString> path = bringBack(fileSystem, prefix, name, *former))
+            done.emplace_back(prefix + name, *path);
     }
-    return count;
+    return done;
 }
 
 } // namespace ravlin

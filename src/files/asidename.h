@@ -4,7 +4,10 @@
 
 #include <QString>
 
+#include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 /// Names for the time being, for renames that take two steps: rings (a to b and b to a), and names that differ in case
 /// alone where the file system ignores case.
@@ -27,8 +30,9 @@ QString asidePath(const QString &path);
 std::unique_ptr<platform::File> lockAside(platform::FileSystem &fileSystem, const QString &path);
 
 /// Gives what an interrupted rename left in a folder its former name back, or that name with a number when it is taken.
-/// Files that a running program is renaming are left alone. Returns how many were brought back; those that can't be
-/// stay as they are.
-Result<int> bringBackAside(platform::FileSystem &fileSystem, const QString &folder);
+/// Files that a running program is renaming are left alone. Returns the paths of those that were brought back, the one
+/// for the time being first; those that can't be stay as they are.
+Result<std::vector<std::pair<QString, QString>>> bringBackAside(
+    platform::FileSystem &fileSystem, const QString &folder);
 
 } // namespace ravlin

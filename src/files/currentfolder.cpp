@@ -1,5 +1,6 @@
 #include "files/currentfolder.h"
 
+#include "files/asidename.h"
 #include "files/listcolumns.h"
 
 namespace ravlin {
@@ -7,6 +8,19 @@ namespace ravlin {
 namespace {
 
 constexpr qint64 BytesPerMegabyte = 1024 * 1024;
+
+/// Whether a listing found files of an interrupted rename that have their names again, so that it has to be made anew.
+bool broughtBack(const Result<Listing> &listing)
+{
+    bool any = false;
+    if (listing) {
+        for (const QString &folder : listing->interruptedRenames) {
+            const auto done = bringBackAside(platform::FileSystem::native(), folder);
+            any = any || (done && !done->empty());
+        }
+    }
+    return any;
+}
 
 } // namespace
 
@@ -23,12 +37,18 @@ void enterFolder(ProgramState &state, const QString &chosenPath, platform::FileS
 
 Listing RefreshList(const QString &currentFolder, const ScanOptions &options)
 {
-    return ListFolder(currentFolder, QString(), options).value_or(Listing());
+    Result<Listing> listing = ListFolder(currentFolder, QString(), options);
+    if (broughtBack(listing))
+        listing = ListFolder(currentFolder, QString(), options);
+    return std::move(listing).value_or(Listing());
 }
 
 Listing RefreshListTree(const QString &currentFolder, const ScanOptions &options)
 {
-    return ListFolderTree(currentFolder, options).value_or(Listing());
+    Result<Listing> listing = ListFolderTree(currentFolder, options);
+    if (broughtBack(listing))
+        listing = ListFolderTree(currentFolder, options);
+    return std::move(listing).value_or(Listing());
 }
 
 StatusTexts statusTexts(

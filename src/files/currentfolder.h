@@ -11,7 +11,8 @@ namespace ravlin {
 /// space (0 when the system doesn't tell). Another folder than before clears the cancelled flag.
 void enterFolder(ProgramState &state, const QString &chosenPath, platform::FileSystem &fileSystem);
 
-/// The rows for the list of a folder; a folder that can't be listed has none. May run on any thread.
+/// The rows for the list of a folder; a folder that can't be listed has none. What an interrupted rename left under a
+/// name for the time being gets its former name back. May run on any thread.
 Listing RefreshList(const QString &currentFolder, const ScanOptions &options = {});
 /// The same with all folders below it.
 Listing RefreshListTree(const QString &currentFolder, const ScanOptions &options = {});

@@ -1,5 +1,6 @@
 #include "files/folderscan.h"
 
+#include "files/asidename.h"
 #include "files/tagreading.h"
 #include "platform/folder.h"
 #include "platform/safewrite.h"
@@ -59,10 +60,14 @@ public:
         if (!entries)
             return tl::unexpected(entries.error());
         FolderFiles files{folderPath, relativePrefix, {}};
+        bool hasAside = false;
         for (const platform::FolderEntry &entry : *entries) {
             if (isListed(entry))
                 files.names.push_back(entry.name);
+            hasAside = hasAside || nameBeforeAside(entry.name).has_value();
         }
+        if (hasAside)
+            m_interruptedRenames.push_back(folderPath);
         m_fileCount += files.names.size();
         if (!files.names.empty())
             m_found.push_back(std::move(files));
@@ -103,6 +108,7 @@ public:
             }
         }
         listing.failures = std::move(m_failures);
+        listing.interruptedRenames = std::move(m_interruptedRenames);
         std::move(files.failures.begin(), files.failures.end(), std::back_inserter(listing.failures));
         listing.filesRead = files.readCount;
         listing.isComplete = !m_options.stop.stop_requested();
@@ -115,6 +121,7 @@ private:
     std::vector<FolderFiles> m_found;
     std::size_t m_fileCount = 0;
     std::vector<ListFailure> m_failures;
+    QStringList m_interruptedRenames;
     std::set<FolderIdentity> m_seen;
 };
 

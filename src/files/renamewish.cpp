@@ -69,17 +69,17 @@ RenameWish wishFor(const QString &path, const QString &newName, int stepsUp, Nam
     const QString folder = path.first(path.lastIndexOf(platform::Separator) + 1);
     const QString wanted = folder + newName;
     if (wanted == path)
-        return {path, path};
+        return {path, path, kind};
     QStringList names = newName.split(platform::Separator);
     const QString last = names.takeLast();
     PathBuilder builder(folder, stepsUp);
     for (const QString &name : names) {
         if (const auto problem = builder.enter(name))
-            return {path, wanted, false, problem};
+            return {path, wanted, kind, false, problem};
     }
     if (const auto problem = builder.add(last, kind, {}))
-        return {path, wanted, false, problem};
-    return {path, builder.path(), builder.isAdjusted()};
+        return {path, wanted, kind, false, problem};
+    return {path, builder.path(), kind, builder.isAdjusted()};
 }
 
 } // namespace

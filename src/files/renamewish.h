@@ -13,6 +13,7 @@ struct RenameWish
 {
     QString from;
     QString to;
+    platform::NameKind kind = platform::NameKind::File;
     bool isAdjusted = false;                           ///< to differs from what the rule gave, see checkName
     std::optional<platform::NameProblem> problem = {}; ///< the name can't be given; to tells what was wanted
 };

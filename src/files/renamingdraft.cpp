@@ -281,13 +281,13 @@ void RenamingPlan::Draft::takeNumber(int row)
     const int ownNumber = QStringView(ownName).mid(bracket + 1, ownName.lastIndexOf(u')') - bracket - 1).toInt();
     rows[row].isNumbered = true;
     if (m_source[row].folder == folder && !m_slots[m_source[row].slot].isWanted && ownNumber >= 2 &&
-        platform::numberedName(name, ownNumber, platform::NameKind::File) == ownName) {
+        platform::numberedName(name, ownNumber, m_wishes[row].kind) == ownName) {
         stay(row, RenameState::Untouched);
         rows[row].isNumbered = true;
         return;
     }
     for (int number = m_slots[wanted].nextNumber;; ++number) {
-        const QString numbered = platform::numberedName(name, number, platform::NameKind::File);
+        const QString numbered = platform::numberedName(name, number, m_wishes[row].kind);
         const int slot = slotOf(folder, numbered); // may move m_slots
         const Slot &found = m_slots[slot];
         if (found.exists || found.isWanted || found.claimant != None)

@@ -1,0 +1,127 @@
+#include "cli/command.h"
+#include "cli/renaming.h"
+#include "cli/tagsaving.h"
+#include "files/folderscan.h"
+#include "files/renamefromtags.h"
+#include "naming/filename.h"
+#include "naming/namingrecord.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::cli {
+
+namespace {
+
+constexpr Option PatternOption{
+    u"--pattern", u"PATTERN", u"how the name is to be, such as '%3 - %2'; without it artist and album"};
+
+/// The path of a folder with its name at the end: not ".", and not without the folder above it.
+Result<QString> namedPath(platform::FileSystem &fileSystem, const QString &folder)
+{
+    QString path = folder;
+    while (path.size() > 1 && path.endsWith(platform::Separator))
+        path.chop(1);
+    const Result<platform::FileInfo> info = fileSystem.info(path);
+    if (!info)
+        return tl::unexpected(info.error());
+    const QString name = fileName(path);
+    if (name.isEmpty() || name == u"." || name == u"..")
+        return fileSystem.canonicalPath(path);
+    return path.contains(platform::Separator) ? path : u"."_s + platform::Separator + path;
+}
+
+/// The path of the file that the list shows first: by name, without regard to case. Empty when there is none.
+Result<QString> firstFile(const QString &folder)
+{
+    const Result<Listing> listing = ListFolder(folder + platform::Separator, {});
+    if (!listing)
+        return tl::unexpected(listing.error());
+    const auto key = [](const ListRow &row) {
+        const QString text = row.text();
+        return std::pair(text.toCaseFolded(), text);
+    };
+    const auto first = std::ranges::min_element(listing->rows, {}, key);
+    return first == listing->rows.end() ? QString() : folder + platform::Separator + first->text();
+}
+
+/// The folder's batch of one, and the tag that it was made of.
+struct FolderRename
+{
+    RenamingPlan plan;
+    TagRecord tag;
+};
+
+/// What would be done; nothing after a message to the console.
+std::optional<FolderRename> planned(const QString &folder, const FolderRule &rule, Console &console)
+{
+    platform::FileSystem &fileSystem = platform::FileSystem::native();
+    const Result<QString> path = namedPath(fileSystem, folder);
+    const Result<QString> file = path.and_then(firstFile);
+    if (!file) {
+        if (file.error().code == ErrorCode::NotAFile)
+            console.fail(folder, u"this is not a folder"_s);
+        else
+            console.fail(folder, file.error());
+        return std::nullopt;
+    }
+    if (file->isEmpty()) {
+        console.fail(folder, u"there is no MP3 file in it"_s);
+        return std::nullopt;
+    }
+    ProgramState state;
+    TagRecord tag;
+    if (const Result<void> read = readTagForNaming(TagStore(state, fileSystem), *file, tag); !read) {
+        console.fail(*file, read.error());
+        return std::nullopt;
+    }
+    std::optional<RenameWish> wish = folderRenameWish(*path, tag, rule);
+    if (!wish) {
+        console.fail(folder, u"the tag of its first file makes no name"_s);
+        return std::nullopt;
+    }
+    std::vector<RenameWish> wishes{*std::move(wish)};
+    return FolderRename{RenamingPlan(fileSystem, std::move(wishes)), tag};
+}
+
+int runRenameDir(const Arguments &arguments, Console &console)
+{
+    const std::optional<QString> pattern = arguments.value(PatternOption.name);
+    if (pattern && !pattern->isValidUtf16())
+        return console.refuse(u"renamedir"_s, u"the pattern is not UTF-8"_s);
+    const auto answer = clashAnswer(arguments);
+    if (!answer)
+        return console.refuse(u"renamedir"_s, answer.error().text);
+    const bool isDry = arguments.has(DryRunOption.name);
+    if (arguments.has(JsonOption.name) && !isDry)
+        return console.refuse(u"renamedir"_s, u"--json is for --dry-run"_s);
+
+    const FolderRule rule{!pattern.has_value(), pattern.has_value(), pattern.value_or(QString())};
+    std::optional<FolderRename> rename = planned(arguments.operands().front(), rule, console);
+    if (rename)
+        rename->plan.answerAll(*answer);
+    if (isDry) {
+        RecordWriter writer(
+            console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), renameColumns());
+        if (rename)
+            writer.write(renameRecord(rename->plan.rows().front(), rename->tag));
+        writer.finish();
+    } else if (rename) {
+        SilentProgress progress;
+        tellOutcome(runRenaming(platform::FileSystem::native(), rename->plan, progress), console);
+    }
+    return console.status();
+}
+
+} // namespace
+
+Command renamedirCommand()
+{
+    return {u"renamedir", u"rename a folder after the tag of its first file",
+        u"Gives the folder a new name made of the tag of its first file, by name without regard to case: artist and\n"
+        "album, or a pattern with %1 artist, %2 album, %3 year, %4 genre. Nothing is overwritten.",
+        u"FOLDER", false, {PatternOption, ClashOption, DryRunOption, JsonOption}, runRenameDir};
+}
+
+} // namespace ravlin::cli
