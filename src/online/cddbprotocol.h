@@ -69,6 +69,7 @@ struct SearchWords
     QString artist;
     QString album;
 
+    bool isEmpty() const { return artist.isEmpty() && album.isEmpty(); }
     /// "artist / album" and "artist - album" divided; any other text is the artist.
     static SearchWords of(const QString &text);
 };
