@@ -1,12 +1,10 @@
 #include "tags/id3v2writer.h"
 
 #include "tags/composedcontent.h"
-#include "tags/id3values.h"
 
 #include <QtEndian>
 
 #include <algorithm>
-#include <array>
 
 namespace ravlin::id3 {
 
@@ -19,126 +17,11 @@ constexpr qint64 MinimumFreshPadding = 2048;
 /// The audio keeps its place within a block, so that file systems that share blocks between files can do so.
 constexpr qint64 BlockSize = 4096;
 
-constexpr quint16 V24UnsynchronisedFrame = 0x02;
 constexpr quint8 V24ExtendedCrc = 0x20;
-
-/// The order of the frames of a new tag.
-constexpr std::array<FrameKind, 7> NewFrameOrder{FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album,
-    FrameKind::Year, FrameKind::ContentType, FrameKind::Comment, FrameKind::TrackNumber};
 
 Error brokenTag()
 {
     return {ErrorCode::BrokenTag, {}, QStringLiteral("the ID3v2 tag is damaged and can't be written without loss")};
-}
-
-QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, int majorVersion)
-{
-    switch (kind) {
-    case FrameKind::Comment:
-        return encodeCommentBody(
-            {old ? old->language : QByteArrayLiteral("eng"), old ? old->description : QString(), edit.text},
-            majorVersion);
-    case FrameKind::TrackNumber:
-        return encodeTextBody({trackText(old ? old->text : QString(), edit.number)}, majorVersion);
-    case FrameKind::ContentType:
-        return encodeTextBody({genreText(edit.number, majorVersion)}, majorVersion);
-    default:
-        break;
-    }
-    const bool several = old && old->valueCount > 1 && kind != FrameKind::Year;
-    return encodeTextBody(several ? edit.text.split(ValueSeparator.toString()) : QStringList{edit.text}, majorVersion);
-}
-
-/// A whole frame with that value. Of the frame in whose place it comes the status flags and a comment's language and
-/// description stay.
-Result<QByteArray> buildFrame(FrameKind kind, QByteArray body, const Frame *old, const TagHeader &tag)
-{
-    quint16 flags = old ? old->header.flags & 0xFF00 : 0;
-    if (tag.majorVersion == 4 && (tag.flags & TagHeader::Unsynchronisation) != 0) {
-        body = applyUnsynchronisation({body.constData(), static_cast<size_t>(body.size())});
-        flags |= V24UnsynchronisedFrame;
-    }
-    if (body.size() > (tag.majorVersion == 2 ? (1 << 24) - 1 : MaximumBodySize))
-        return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the text is too long for a frame")});
-
-    const std::string_view id = frameIdentifier(kind, tag.majorVersion);
-    QByteArray frame(id.data(), static_cast<qsizetype>(id.size()));
-    std::array<char, 4> size{};
-    if (tag.majorVersion == 4)
-        writeSyncsafe(size.data(), body.size(), 4);
-    else
-        qToBigEndian(static_cast<quint32>(body.size()), size.data());
-    if (tag.majorVersion == 2) {
-        frame.append(size.data() + 1, 3);
-    } else {
-        frame.append(size.data(), 4);
-        frame += static_cast<char>(flags >> 8);
-        frame += static_cast<char>(flags & 0xFF);
-    }
-    return frame + body;
-}
-
-/// Whether the frame shows already what that body would: not every text can be stored as it is, and one that can't
-/// would else be written anew by each save.
-bool readsAs(const Frame &frame, FrameKind kind, const QByteArray &body)
-{
-    const std::string_view bytes(body.constData(), static_cast<size_t>(body.size()));
-    CommentBody comment;
-    if (kind == FrameKind::Comment)
-        return decodeCommentBody(bytes, comment) && comment.text == frame.text;
-    return decodeTextBody(bytes).text == frame.text;
-}
-
-/// What the edits make of a tag's frames.
-struct FramePlan
-{
-    std::map<const Frame *, QByteArray> replaced; ///< an empty replacement drops the frame
-    QByteArray appended;                          ///< new frames, behind the last one
-
-    bool isEmpty() const { return replaced.empty() && appended.isEmpty(); }
-};
-
-/// Adds to the plan what one edit does.
-Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, FrameKind kind, const FieldEdit &edit)
-{
-    const Frame *shown = tag ? tag->programFrame(kind) : nullptr;
-    if (!edit.remove && shown && hasValue(*shown, edit))
-        return {};
-    // A track that reads as none ("A1", "0") is not what a removal is about.
-    if (edit.remove && kind == FrameKind::TrackNumber && shown && trackNumber(shown->text) == 0)
-        return {};
-    const QByteArray body = edit.remove ? QByteArray() : frameBody(kind, edit, shown, header.majorVersion);
-    if (!edit.remove && shown && readsAs(*shown, kind, body))
-        return {};
-    if (tag && (edit.remove || kind != FrameKind::Comment)) {
-        for (const Frame &frame : tag->frames()) {
-            if (frame.kind == kind && !frame.isPrivateComment())
-                plan.replaced[&frame] = QByteArray();
-        }
-    }
-    if (edit.remove)
-        return {};
-    Result<QByteArray> frame = buildFrame(kind, body, shown, header);
-    if (!frame)
-        return tl::unexpected(frame.error());
-    if (shown)
-        plan.replaced[shown] = *frame;
-    else
-        plan.appended += *frame;
-    return {};
-}
-
-Result<FramePlan> planFrames(const TagHeader &header, const Tag *tag, const FieldEdits &edits)
-{
-    FramePlan plan;
-    for (const FrameKind kind : NewFrameOrder) {
-        const auto edit = edits.find(kind);
-        if (edit == edits.end())
-            continue;
-        if (Result<void> planned = planEdit(plan, header, tag, kind, edit->second); !planned)
-            return tl::unexpected(planned.error());
-    }
-    return plan;
 }
 
 qint64 lengthOf(const std::vector<Segment> &segments)
@@ -496,20 +379,6 @@ bool anotherTagFollows(ByteWindow &window, const Tag &tag)
 }
 
 } // namespace
-
-bool hasValue(const Frame &frame, const FieldEdit &edit)
-{
-    switch (frame.kind) {
-    case FrameKind::TrackNumber:
-        return trackNumber(frame.text) == edit.number;
-    case FrameKind::ContentType:
-        return genreNumber(frame.text) == edit.number;
-    case FrameKind::Year:
-        return yearOf(frame.text) == edit.text;
-    default:
-        return frame.text == edit.text;
-    }
-}
 
 Result<std::optional<std::vector<Segment>>> composeSave(
     platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits)

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "platform/safewrite.h"
-#include "tags/id3v2.h"
+#include "tags/frameplan.h"
 
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -11,21 +10,6 @@
 /// that no edit touches are ranges of the old file and keep their bytes, flags and order; a value that the tag has
 /// already leaves its frame as it stands.
 namespace ravlin::id3 {
-
-/// What becomes of the frames of one kind. Comments that programs keep for themselves are never touched.
-struct FieldEdit
-{
-    bool remove = false;
-    QString text;   ///< the value: title, artist, album, comment, year
-    int number = 0; ///< the value of ContentType (a genre number) and TrackNumber
-
-    bool operator==(const FieldEdit &) const = default;
-};
-
-using FieldEdits = std::map<FrameKind, FieldEdit>;
-
-/// True when the frame's value, as the program shows it, is that of the edit.
-bool hasValue(const Frame &frame, const FieldEdit &edit);
 
 /// The content of a file of fileSize bytes after the edits of its tag. tag is the one at its start, or nothing: then a
 /// new ID3v2.3 tag is made. Nothing when the edits change nothing. The tag keeps its version, its region keeps its
