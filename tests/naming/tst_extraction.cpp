@@ -6,8 +6,11 @@
 #include "support/faultyfilesystem.h"
 #include "support/tagfixture.h"
 
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
@@ -31,6 +34,51 @@ QString filled(const TagRecord &record)
     add(u'6', record.Genre);
     add(u'7', record.Comment);
     return parts.join(u'|');
+}
+
+/// The characters of a text from a position, which counts from 1.
+QString part(const QString &text, qsizetype from, qsizetype count)
+{
+    return text.mid(from - 1, count);
+}
+
+/// The place of a text in another at or after a position, both counting from 1; 0 when it is not there. The empty text
+/// is everywhere.
+qsizetype place(const QString &text, const QString &sought, qsizetype from)
+{
+    return sought.isEmpty() ? from : text.indexOf(sought, from - 1) + 1;
+}
+
+/// The matching once more, step by step with positions, as a witness. For texts without surrogate pairs.
+std::optional<TagRecord> witness(const QString &name, const QString &pattern)
+{
+    TagRecord record;
+    const QList<QPair<QString, QString TagRecord::*>> table{{u"1"_s, &TagRecord::Artist}, {u"2"_s, &TagRecord::Album},
+        {u"3"_s, &TagRecord::Title}, {u"4"_s, &TagRecord::Track}, {u"5"_s, &TagRecord::Year},
+        {u"6"_s, &TagRecord::Genre}, {u"7"_s, &TagRecord::Comment}};
+    qsizetype patternAt = 1;
+    qsizetype nameAt = 1;
+    while (const qsizetype percent = place(pattern, u"%"_s, patternAt)) {
+        const qsizetype literal = percent - patternAt;
+        if (part(pattern, patternAt, literal) != part(name, nameAt, literal))
+            return std::nullopt;
+        const QString digit = part(pattern, percent + 1, 1);
+        const qsizetype start = nameAt + literal;
+        patternAt = percent + 2;
+        qsizetype end = name.size() + 1;
+        if (patternAt <= pattern.size()) {
+            const qsizetype next = place(pattern, u"%"_s, patternAt);
+            end = place(name, part(pattern, patternAt, next > 0 ? next - patternAt : 1), start);
+            if (end == 0)
+                return std::nullopt;
+        }
+        for (const auto &[known, field] : table) {
+            if (known == digit)
+                record.*field = part(name, start, end - start);
+        }
+        nameAt = end;
+    }
+    return record;
 }
 
 /// What the pattern takes from the name, or "no match".
@@ -116,6 +164,33 @@ private Q_SLOTS:
         QFETCH(QString, pattern);
         QFETCH(QString, name);
         QTEST(taken(name, pattern), "expected");
+    }
+
+    void everyStepIsThatOfTheWitness()
+    {
+        QRandomGenerator random(20260103);
+        const QString nameLetters = u"ab- é"_s;
+        const QString patternLetters = u"ab- é%%%%0123456789"_s;
+        const auto text = [&random](const QString &letters, int longest) {
+            QString made;
+            for (int size = random.bounded(longest + 1); size > 0; --size)
+                made += letters[random.bounded(int(letters.size()))];
+            return made;
+        };
+        int matched = 0;
+        constexpr int Rounds = 200000;
+        for (int round = 0; round < Rounds; ++round) {
+            const QString name = text(nameLetters, 10);
+            const QString pattern = text(patternLetters, 9);
+            const std::optional<TagRecord> expected = witness(name, pattern);
+            TagRecord found;
+            const bool isMatched = MatchNameToPattern(name, pattern, found);
+            if (isMatched != expected.has_value() || (isMatched && found != *expected))
+                QFAIL(qPrintable(u"pattern \"%1\", name \"%2\": %3"_s.arg(pattern, name, filled(found))));
+            matched += isMatched ? 1 : 0;
+        }
+        QVERIFY(matched > Rounds / 20);
+        QVERIFY(matched < Rounds - Rounds / 20);
     }
 
     void fieldsBeforeTheFailureHaveBeenFilled()

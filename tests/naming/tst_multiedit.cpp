@@ -2,10 +2,12 @@
 // and when the run ends.
 
 #include "naming/multiedit.h"
+#include "naming/previewrows.h"
 #include "naming/sessionchoices.h"
 #include "support/faultyfilesystem.h"
 #include "support/tagfixture.h"
 
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -293,6 +295,37 @@ private Q_SLOTS:
         QCOMPARE(run({path}, edit).doneCount(), 1);
         for (const RawFrame &raw : rawFrames(readFile(path)))
             QVERIFY(raw.id != "TRCK");
+    }
+
+    void theRunSavesWhatItsPreparationTells()
+    {
+        const QTemporaryDir folder;
+        QRandomGenerator random(20260104);
+        const auto flip = [&random] { return random.bounded(2) == 1; };
+        for (int round = 0; round < 25; ++round) {
+            const QStringList paths = files(folder, 4);
+            QByteArrayList audioBefore;
+            for (const QString &path : paths)
+                audioBefore << audioOf(path);
+            MultiEditPage page;
+            page.boxes = {{}, u"ana_cívica y"_s, u"海 und Meer"_s, u"1998"_s, u"¿qué?_"_s, u"97"_s, u"Jazz"_s};
+            for (bool MultiEditPage::*box :
+                {&MultiEditPage::setsArtist, &MultiEditPage::setsAlbum, &MultiEditPage::setsYear,
+                    &MultiEditPage::setsGenre, &MultiEditPage::setsComment, &MultiEditPage::setsTrack})
+                page.*box = flip();
+            page.letterCase = {flip(), random.bounded(3)};
+            page.replacement = {flip(), random.bounded(2)};
+            MultiEdit preparation(page);
+            std::vector<TagRecord> expected;
+            for (const QString &path : paths)
+                expected.push_back(*preparation.prepare(path, m_store));
+            MultiEdit edit(page);
+            QCOMPARE(run(paths, edit).doneCount(), paths.size());
+            for (qsizetype i = 0; i < paths.size(); ++i) {
+                QCOMPARE(readRecord(paths[i]), asSaved(expected[std::size_t(i)]));
+                QCOMPARE(audioOf(paths[i]), audioBefore[i]);
+            }
+        }
     }
 
     void aRunMakesSenseWhenAnythingIsTicked()
