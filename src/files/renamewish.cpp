@@ -11,15 +11,17 @@ namespace {
 using platform::NameKind;
 using platform::NameProblem;
 
-/// The folder above, for a path that ends in a separator; empty when there is none to be told from the text.
-QString folderAbove(const QString &folder)
+/// The folder above, for a path that ends in a separator (empty: the current one); none when the text can't tell.
+std::optional<QString> folderAbove(const QString &folder)
 {
     const qsizetype end = folder.size() - 1;
     if (end < 1)
-        return {};
+        return std::nullopt;
     const qsizetype start = folder.lastIndexOf(platform::Separator, end - 1) + 1;
     const QStringView name = QStringView(folder).sliced(start, end - start);
-    return name.isEmpty() || name == u"." || name == u".." ? QString() : folder.first(start);
+    if (name.isEmpty() || name == u"." || name == u"..")
+        return std::nullopt;
+    return folder.first(start);
 }
 
 /// Builds the wish's path component by component.
@@ -54,8 +56,8 @@ private:
     {
         if (m_stepsUp-- <= 0)
             return NameProblem::LeadsOutside;
-        const QString above = folderAbove(m_folder);
-        m_folder = above.isEmpty() ? m_folder + QStringLiteral("..") + platform::Separator : above;
+        const std::optional<QString> above = folderAbove(m_folder);
+        m_folder = above.value_or(m_folder + QStringLiteral("..") + platform::Separator);
         return {};
     }
 

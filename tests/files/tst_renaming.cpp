@@ -106,6 +106,8 @@ private Q_SLOTS:
     void namesThatAreNoText();
     void aTargetThatAppearsAfterThePlan();
     void aStopBetweenRows();
+    void failureAtAnyRenameLosesNothing();
+    void failureForEverLosesNothing();
     void undoing();
     void longChainsAreNotQuadratic();
 };
@@ -210,7 +212,7 @@ void tst_renaming::keepBothTwiceChangesNothing()
 
 void tst_renaming::keepBothOfManyIsNotQuadratic()
 {
-    constexpr int Count = 5'000;
+    constexpr int Count = 2'000;
     const RenamingCase folder;
     FaultyFileSystem counting;
     std::vector<RenameWish> wishes;
@@ -457,6 +459,56 @@ void tst_renaming::aStopBetweenRows()
         (Files{{u"1"_s, u"a"_s}, {u"b"_s, u"b"_s}, {u"c"_s, u"d"_s}, {u"d"_s, u"c"_s}, {u"e"_s, u"e"_s}}));
 }
 
+namespace {
+
+/// Renames in a ring, in a chain and into a new folder, with the chosen fault. False: it came to no fault.
+bool survivesFault(int at, bool forEver)
+{
+    const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"x"_s, u"y"_s, u"z"_s});
+    FaultyFileSystem faulty;
+    const RenamingPlan plan(faulty, folder.wishes({{u"a"_s, u"b"_s}, {u"x"_s, u"y"_s}, {u"b"_s, u"c"_s},
+                                        {u"y"_s, u"w"_s}, {u"c"_s, u"a"_s}, {u"z"_s, u"new/z"_s}}));
+    faulty.setPlan({.fault = Fault::Fail, .at = at, .forEver = forEver});
+    NoProgress progress;
+    const RenamingOutcome outcome = runRenaming(faulty, plan, progress);
+    if (!faulty.hasFired())
+        return false;
+    // Each row tells where its file is.
+    const Files files = folder.files();
+    if (files.size() != 6)
+        qFatal("fault %d: a file is lost", at);
+    for (const RenameRow &row : outcome.rows) {
+        const QString firstName = row.from.mid(folder.path().size() + 1);
+        if (files.value(row.path.mid(folder.path().size() + 1)) != firstName)
+            qFatal("fault %d: %s is not where its row says", at, qPrintable(firstName));
+        if (row.state != Rename && (row.state != RenameState::Failed || !row.error))
+            qFatal("fault %d: %s has a wrong outcome", at, qPrintable(firstName));
+    }
+    for (const RenameDone &done : outcome.renames) {
+        if (!QFileInfo::exists(done.to))
+            qFatal("fault %d: %s was not done", at, qPrintable(done.to));
+    }
+    return true;
+}
+
+} // namespace
+
+void tst_renaming::failureAtAnyRenameLosesNothing()
+{
+    int call = 0;
+    while (survivesFault(call, false))
+        ++call;
+    QVERIFY(call >= 7);
+}
+
+void tst_renaming::failureForEverLosesNothing()
+{
+    int call = 0;
+    while (survivesFault(call, true))
+        ++call;
+    QVERIFY(call >= 7);
+}
+
 void tst_renaming::undoing()
 {
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s});
@@ -473,7 +525,7 @@ void tst_renaming::undoing()
 
 void tst_renaming::longChainsAreNotQuadratic()
 {
-    constexpr int Count = 5'000;
+    constexpr int Count = 2'000;
     const RenamingCase folder({u"last"_s});
     std::vector<RenameWish> wishes;
     for (int i = 0; i < Count; ++i) {
