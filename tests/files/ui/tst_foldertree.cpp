@@ -260,9 +260,12 @@ private Q_SLOTS:
         const auto isHighlighted = [&](const QImage &image, int x) {
             // A style may shade the highlight a little.
             const QColor colour = image.pixelColor(x, y);
-            const QColor full = m_tree->palette().color(QPalette::Active, QPalette::Highlight);
-            return std::abs(colour.red() - full.red()) < 40 && std::abs(colour.green() - full.green()) < 40 &&
-                   std::abs(colour.blue() - full.blue()) < 40;
+            const auto isNear = [&](QPalette::ColorGroup group) {
+                const QColor full = m_tree->palette().color(group, QPalette::Highlight);
+                return std::abs(colour.red() - full.red()) < 40 && std::abs(colour.green() - full.green()) < 40 &&
+                       std::abs(colour.blue() - full.blue()) < 40;
+            };
+            return isNear(QPalette::Active) || isNear(QPalette::Inactive);
         };
         const QImage image = m_tree->viewport()->grab().toImage();
         QVERIFY(isHighlighted(image, 2));
