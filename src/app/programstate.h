@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/options.h"
+
 #include <QString>
 #include <QStringView>
 
@@ -30,6 +32,7 @@ struct ProgramState
     int tagSaveMode = DefaultTagSaveMode;
     bool cancelled = false; ///< a save was refused for want of space; batches take no further file
     PreviewMode previewMode = PreviewMode::None;
+    FurtherOptions options; ///< how tags are written, what the file list shows and does
 };
 
 /// The mode that a stored text stands for: exactly one of "1" to "5", nothing else.

@@ -3,6 +3,8 @@
 #include "naming/filename.h"
 #include "platform/filesystem.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 namespace ravlin {
@@ -14,6 +16,15 @@ constexpr int WideTrackWidth = 600; ///< twips; what the share reaches in the na
 constexpr int WideYearWidth = 800;  ///< with the track's, what wide lists keep back for fixed columns
 constexpr int WideFixedWidth = WideTrackWidth + WideYearWidth;
 constexpr int TagWidth = 750; ///< fits "id3v1" and the sorting arrow
+
+constexpr std::array TextColumns{ListColumn::File, ListColumn::Title, ListColumn::Artist, ListColumn::Album};
+constexpr std::array<QStringView, ListColumnCount> ColumnNames{
+    u"file", u"track", u"title", u"artist", u"album", u"year", u"id3v1", u"id3v2"};
+
+QStringList words(QStringView text)
+{
+    return text.toString().simplified().split(u' ', Qt::SkipEmptyParts);
+}
 
 int share(double part, int whole)
 {
@@ -46,6 +57,29 @@ QString columnText(const ListRow &row, ListColumn column)
     return {};
 }
 
+ColumnSet hiddenColumnsFromText(QStringView text)
+{
+    const QStringList names = words(text);
+    ColumnSet hidden;
+    for (std::size_t column = 1; column < ColumnNames.size(); ++column)
+        hidden[column] = names.contains(ColumnNames[column]);
+    return hidden;
+}
+
+QString textOfHiddenColumns(ColumnSet hidden, QStringView formerText)
+{
+    QStringList names;
+    for (std::size_t column = 1; column < ColumnNames.size(); ++column) {
+        if (hidden[column])
+            names += ColumnNames[column].toString();
+    }
+    for (const QString &name : words(formerText)) {
+        if (std::ranges::find(ColumnNames, name) == ColumnNames.end())
+            names += name;
+    }
+    return names.join(u' ');
+}
+
 bool hasLongName(QStringView rowText)
 {
     return isLongName(rowText.mid(rowText.lastIndexOf(platform::Separator) + 1));
@@ -65,7 +99,9 @@ QString shownName(const QString &name)
     return shown;
 }
 
-std::array<int, ListColumnCount> columnWidths(int listWidth)
+namespace {
+
+std::array<int, ListColumnCount> widthsOfAllColumns(int listWidth)
 {
     if (NarrowTrackShare * listWidth < WideTrackWidth) {
         return {share(0.3, listWidth), share(NarrowTrackShare, listWidth), share(0.208, listWidth),
@@ -74,6 +110,32 @@ std::array<int, ListColumnCount> columnWidths(int listWidth)
     const int rest = listWidth - WideFixedWidth;
     return {share(0.35, rest), WideTrackWidth, share(0.25, rest), share(0.178, rest), share(0.21, rest), WideYearWidth,
         TagWidth, TagWidth};
+}
+
+} // namespace
+
+std::array<int, ListColumnCount> columnWidths(int listWidth, ColumnSet hidden)
+{
+    std::array<int, ListColumnCount> widths = widthsOfAllColumns(listWidth);
+    if (hidden.none())
+        return widths;
+    // The two tag columns lie beyond the list's edge, so they leave nothing.
+    int left = 0;
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+        if (hidden[column] && column < static_cast<std::size_t>(ListColumn::Id3v1))
+            left += widths[column];
+        if (hidden[column])
+            widths[column] = 0;
+    }
+    int textWidth = 0;
+    for (const ListColumn column : TextColumns)
+        textWidth += widths[static_cast<std::size_t>(column)];
+    for (const ListColumn column : TextColumns) {
+        int &width = widths[static_cast<std::size_t>(column)];
+        if (textWidth > 0)
+            width += static_cast<int>(static_cast<qint64>(left) * width / textWidth);
+    }
+    return widths;
 }
 
 int dropPosition(int y, int firstTop, int rowHeight, int rowCount)

@@ -4,6 +4,7 @@
 #include "platform/twips.h"
 
 #include <array>
+#include <bitset>
 
 /// The columns of the file list.
 namespace ravlin {
@@ -21,6 +22,14 @@ enum class ListColumn
 };
 inline constexpr int ListColumnCount = 8;
 
+/// A set of columns, by their position.
+using ColumnSet = std::bitset<ListColumnCount>;
+/// The columns that a text names ("track year"), with blanks between the names. Unknown names are passed over, and so
+/// is "file": that column can't be hidden.
+ColumnSet hiddenColumnsFromText(QStringView text);
+/// The text for these columns. Names in the former text that are unknown here are kept, a later version may know them.
+QString textOfHiddenColumns(ColumnSet hidden, QStringView formerText);
+
 /// What a row shows in a column. The words for the tags' presence, "yes" and "no", are the same in every language.
 QString columnText(const ListRow &row, ListColumn column);
 
@@ -32,8 +41,9 @@ QString shownName(const QString &name);
 
 /// The columns' widths for a list of that width, both in twips. The list's own width counts, with its frame and scroll
 /// bar. In a list from about 8,571 twips on (that is where 0.07 of it reaches 600) the columns of track, year and tags
-/// stay as they are and the others share the rest.
-std::array<int, ListColumnCount> columnWidths(int listWidth);
+/// stay as they are and the others share the rest. What hidden columns leave goes to the columns of text, in
+/// proportion; hidden columns have the width 0.
+std::array<int, ListColumnCount> columnWidths(int listWidth, ColumnSet hidden = {});
 
 /// The position between rows of equal height that is nearest to a height y: 0 before the first, rowCount behind the
 /// last, also for any y beyond it. firstTop: of row 0, negative when it is scrolled out of sight.

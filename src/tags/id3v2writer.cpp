@@ -381,9 +381,9 @@ bool anotherTagFollows(ByteWindow &window, const Tag &tag)
 } // namespace
 
 Result<std::optional<std::vector<Segment>>> composeSave(
-    platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits)
+    platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion)
 {
-    const TagHeader header = tag ? tag->header() : TagHeader{};
+    const TagHeader header = tag ? tag->header() : TagHeader{.majorVersion = newVersion};
     const Result<FramePlan> plan = planFrames(header, tag ? &*tag : nullptr, edits);
     if (!plan)
         return tl::unexpected(plan.error());

@@ -12,12 +12,12 @@
 namespace ravlin::id3 {
 
 /// The content of a file of fileSize bytes after the edits of its tag. tag is the one at its start, or nothing: then a
-/// new ID3v2.3 tag is made. Nothing when the edits change nothing. The tag keeps its version, its region keeps its
-/// size where the frames fit; else it grows and gets fresh padding.
+/// new tag is made, of ID3v2.3 or, where newVersion is 4, ID3v2.4. Nothing when the edits change nothing. The tag keeps
+/// its version, its region keeps its size where the frames fit; else it grows and gets fresh padding.
 ///
 /// Errors: BrokenTag when the tag can't be written without loss, TooLarge beyond the format's 256 MB, those of reading.
 Result<std::optional<std::vector<platform::Segment>>> composeSave(
-    platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits);
+    platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion = 3);
 
 /// The content of the file without the ID3v2 tags that stand at its start, one right behind the other. tagsEnd: where
 /// they must end, the file's size less an ID3v1 tag. Nothing when there is none. Errors: BrokenTag when the first one

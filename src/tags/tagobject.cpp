@@ -162,7 +162,7 @@ Result<WriteOutcome> TagObject::StripV1Tag(const WriteOptions &options)
     return write(std::vector<Segment>{Segment::kept(0, end)}, options);
 }
 
-Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options)
+Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVersion)
 {
     if (!m_file)
         return write(Content(std::nullopt), options);
@@ -180,7 +180,7 @@ Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options)
         if (!none)
             edits[kind] = value;
     }
-    return write(id3::composeSave(*m_file, m_info.size, m_v2, edits), options);
+    return write(id3::composeSave(*m_file, m_info.size, m_v2, edits, newVersion), options);
 }
 
 Result<WriteOutcome> TagObject::StripV2Tag(const WriteOptions &options)

@@ -60,7 +60,9 @@ public:
     /// platform::rewriteFile; the file is as it was then.
     Result<platform::WriteOutcome> SaveV1Tag(const platform::WriteOptions &options = {});
     Result<platform::WriteOutcome> StripV1Tag(const platform::WriteOptions &options = {});
-    Result<platform::WriteOutcome> SaveV2Tag(const platform::WriteOptions &options = {});
+    /// newVersion: of an ID3v2 tag where the file has none, 3 or 4 for ID3v2.3 or 2.4; a tag that is there keeps its
+    /// own.
+    Result<platform::WriteOutcome> SaveV2Tag(const platform::WriteOptions &options = {}, int newVersion = 3);
     Result<platform::WriteOutcome> StripV2Tag(const platform::WriteOptions &options = {});
 
 private:

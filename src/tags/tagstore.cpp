@@ -48,13 +48,13 @@ void putRecord(TagObject &object, const TagRecord &record)
         object.removeFrames(FrameKind::TrackNumber);
 }
 
-Result<WriteOutcome> writeKind(TagObject &object, QChar kind, const WriteOptions &options)
+Result<WriteOutcome> writeKind(TagObject &object, QChar kind, const WriteOptions &options, int newVersion)
 {
     switch (kind.unicode()) {
     case u'1':
         return object.SaveV1Tag(options);
     case u'2':
-        return object.SaveV2Tag(options);
+        return object.SaveV2Tag(options, newVersion);
     case u'4':
         return object.StripV1Tag(options);
     case u'5':
@@ -148,9 +148,9 @@ Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord
     if (Result<void> linked = object.Link(path); !linked)
         return tl::unexpected(linked.error());
     putRecord(object, record);
-    WriteOptions options;
+    WriteOptions options = writeOptions();
     options.readOnlyFile = platform::ReadOnlyFile::MakeWritable;
-    Result<WriteOutcome> written = writeKind(object, kind, options);
+    Result<WriteOutcome> written = writeKind(object, kind, options, m_state.options.newTagVersion);
     if (written && *written != WriteOutcome::Unchanged && info->isReadOnly()) {
         if (Result<void> restored = m_fileSystem.setPermissions(path, info->permissions); !restored)
             return tl::unexpected(restored.error());
@@ -158,12 +158,17 @@ Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord
     return written;
 }
 
+WriteOptions TagStore::writeOptions() const
+{
+    return {.keepModified = m_state.options.keepFileTimes};
+}
+
 Result<void> TagStore::RemoveV1(const QString &path)
 {
     TagObject object(m_fileSystem);
     if (Result<void> linked = object.Link(path); !linked)
         return linked;
-    return object.StripV1Tag().map([](WriteOutcome) {});
+    return object.StripV1Tag(writeOptions()).map([](WriteOutcome) {});
 }
 
 Result<void> TagStore::RemoveV2(const QString &path)
@@ -171,7 +176,7 @@ Result<void> TagStore::RemoveV2(const QString &path)
     TagObject object(m_fileSystem);
     if (Result<void> linked = object.Link(path); !linked)
         return linked;
-    return object.StripV2Tag().map([](WriteOutcome) {});
+    return object.StripV2Tag(writeOptions()).map([](WriteOutcome) {});
 }
 
 } // namespace ravlin

@@ -16,7 +16,8 @@ class TagObject;
 class TagStore
 {
 public:
-    /// state gives the tag-save mode and the free space of the current drive, and takes the cancelled flag.
+    /// state gives the tag-save mode, the options for writing (version of new ID3v2 tags, whether files keep their time
+    /// of modification) and the free space of the current drive, and takes the cancelled flag.
     TagStore(ProgramState &state, platform::FileSystem &fileSystem) : m_state(state), m_fileSystem(fileSystem) {}
 
     /// Fills the whole record from the file. On an error of opening or reading all texts are empty. GenreOutOfRange:
@@ -37,6 +38,7 @@ public:
     Result<void> RemoveV2(const QString &path);
 
 private:
+    platform::WriteOptions writeOptions() const;
     Result<void> checkFreeSpace(const QString &path);
 
     ProgramState &m_state;

@@ -1,6 +1,7 @@
 // Reads and saves tags as the program does, for tests against other programs.
 //     tag_tool read FILE...                       one line of JSON for each file
 //     tag_tool save MODE FILE field=value...      reads the file, sets the fields, saves; "=" alone saves as read
+//     RAVLIN_NEW_TAG_VERSION=4                    in the environment: a new ID3v2 tag is of ID3v2.4
 #include "platform/filesystem.h"
 #include "tags/tagstore.h"
 
@@ -75,6 +76,8 @@ int main(int argc, char *argv[])
     const QStringList arguments = QCoreApplication::arguments().sliced(1);
     ProgramState state;
     state.freeMegabytes = 1 << 20;
+    if (qEnvironmentVariableIntValue("RAVLIN_NEW_TAG_VERSION") == 4)
+        state.options.newTagVersion = 4;
     TagStore store(state, platform::FileSystem::native());
     if (arguments.size() >= 2 && arguments[0] == u"read")
         return read(store, arguments.sliced(1));

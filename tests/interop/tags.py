@@ -6,6 +6,7 @@ Usage: tags.py PROGRAM, the program being tag_tool. The exit code 77 says that a
 
 import hashlib
 import json
+import os
 import shutil
 import subprocess
 import sys
@@ -45,9 +46,10 @@ class Program:
     def read(self, file):
         return json.loads(subprocess.run([self.path, "read", str(file)], check=True, capture_output=True).stdout)
 
-    def save(self, mode, file, **fields):
+    def save(self, mode, file, new_version=3, **fields):
         edits = [f"{name}={value}" for name, value in fields.items()] or ["="]
-        subprocess.run([self.path, "save", str(mode), str(file), *edits], check=True)
+        environment = os.environ | {"RAVLIN_NEW_TAG_VERSION": str(new_version)}
+        subprocess.run([self.path, "save", str(mode), str(file), *edits], check=True, env=environment)
 
 
 def audio_hash(path):
@@ -147,6 +149,28 @@ def check_read_by_others(path, name, fields, mode, version, label):
         same(shown.get("Title"), V1_TITLES[name], label + ": exiftool reads ID3v1")
         if name == "plain":
             check("id3v1 tag info" in id3v2_listing(path), label + ": id3v2 reads ID3v1", id3v2_listing(path))
+
+
+def check_new_versions(program, folder):
+    """A new tag of either version: mutagen finds that version, its year frame and every value."""
+    path = folder / "new.mp3"
+    for new_version, year in ((3, "TYER"), (4, "TDRC")):
+        for name, texts in TEXTS.items():
+            for mode in (2, 3, 5):
+                label = f"new 2.{new_version} {name}, mode {mode}"
+                path.write_bytes(AUDIO)
+                fields = texts | NUMBERS
+                program.save(mode, path, new_version, **fields)
+                tags = ID3(path, translate=False, load_v1=False)
+                same(tags.version[:2], (2, new_version), label + ": version")
+                check(year in tags and len(tags) == 7, label + ": frames", sorted(tags))
+                check(not tags.unknown_frames, label + ": unknown", tags.unknown_frames)
+                same(mutagen_fields(path), fields, label + ": mutagen")
+                same(audio_hash(path), hashlib.sha256(AUDIO).hexdigest(), label + ": audio")
+                shown = exiftool_fields(path)
+                same(shown.get("Warning"), None, label + ": exiftool warns")
+                result = program.read(path)
+                same({key: result[key] for key in fields}, fields, label + ": by the program itself")
 
 
 def foreign_frames():
@@ -325,6 +349,7 @@ def main():
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
         check_written(program, folder)
+        check_new_versions(program, folder)
         check_kept(program, folder)
         check_mutagen(program, folder)
         check_id3v2(program, folder)

@@ -2,6 +2,7 @@
 
 #include "app/idiomas.h"
 #include "app/programstate.h"
+#include "app/qttexts.h"
 #include "app/settings.h"
 #include "files/tagcache.h"
 #include "naming/sessionchoices.h"
@@ -16,11 +17,21 @@ struct Program
 {
     Settings settings;
     Captions captions;
+    QtTexts qtTexts;
     ProgramState state;
     SessionChoices choices;
     TagCache tagCache;
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     TagStore tagStore{state, fileSystem};
 };
+
+/// Makes a language the one of the interface, by its name; one that is none changes nothing but the name. Windows show
+/// it when they next apply their captions.
+inline void speakLanguage(Program &program, const QString &languageName)
+{
+    program.captions.setLanguageName(languageName);
+    program.captions.fill();
+    program.qtTexts.speak(languageName);
+}
 
 } // namespace ravlin

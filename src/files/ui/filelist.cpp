@@ -361,11 +361,27 @@ void FileList::resizeEvent(QResizeEvent *event)
         applyColumnWidths();
 }
 
+void FileList::setHiddenColumns(ColumnSet hidden)
+{
+    hidden.reset(static_cast<std::size_t>(ListColumn::File));
+    if (hidden == m_hidden)
+        return;
+    m_hidden = hidden;
+    for (int column = 0; column < ListColumnCount; ++column)
+        setColumnHidden(column, hidden[static_cast<std::size_t>(column)]);
+    // The keys go on from a cell that is seen.
+    if (currentIndex().isValid() && isColumnHidden(currentIndex().column()))
+        selectionModel()->setCurrentIndex(currentIndex().siblingAtColumn(0), QItemSelectionModel::NoUpdate);
+    applyColumnWidths();
+}
+
 void FileList::applyColumnWidths()
 {
-    const std::array<int, ListColumnCount> widths = columnWidths(width() * TwipsPerPixel);
-    for (int column = 0; column < ListColumnCount; ++column)
-        setColumnWidth(column, widths[static_cast<std::size_t>(column)] / TwipsPerPixel);
+    const std::array<int, ListColumnCount> widths = columnWidths(width() * TwipsPerPixel, m_hidden);
+    for (int column = 0; column < ListColumnCount; ++column) {
+        if (!isColumnHidden(column))
+            setColumnWidth(column, widths[static_cast<std::size_t>(column)] / TwipsPerPixel);
+    }
 }
 
 } // namespace ravlin

@@ -34,6 +34,8 @@ public:
         updateSortArrow();
     }
     void setHeaderText(ListColumn column, const QString &text) { m_model->setHeaderText(column, text); }
+    /// Hides these columns and shows the others. The column of the file is always shown.
+    void setHiddenColumns(ColumnSet hidden);
     void setHeaderTag(ListColumn column, const QString &tag) { m_model->setHeaderTag(column, tag); }
 
     int rowCount() const { return m_model->rowCount(); }
@@ -111,6 +113,7 @@ private:
     QPoint m_pressPosition;
     int m_dropPosition = -1; ///< -1: no drag
     QBasicTimer m_scrollTimer;
+    ColumnSet m_hidden;
     int m_laidOutWidth = -1; ///< the list's width that the columns fit
 };
 
