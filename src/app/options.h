@@ -10,8 +10,8 @@ class Settings;
 /// What the options have where nothing is stored, and where the program is at home.
 namespace defaults {
 
-inline constexpr QStringView Server = u"gnudb.gnudb.org";       ///< public server that speaks the CD database's protocol
-inline constexpr QStringView Mail = u"ravlin@ravlin.example";   ///< the maker's address
+inline constexpr QStringView Server = u"gnudb.gnudb.org";     ///< public server that speaks the CD database's protocol
+inline constexpr QStringView Mail = u"ravlin@ravlin.example"; ///< the maker's address
 inline constexpr QStringView WebSite = u"https://ravlin.example/";
 inline constexpr int TagSaveModeShown = 3; ///< the mode that the options dialog shows before one was ever chosen
 

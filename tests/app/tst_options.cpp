@@ -1,5 +1,5 @@
-// The options' stored texts: defaults where nothing or nothing known is stored, only what changed is written, and what a
-// later version stored is not overwritten with less.
+// The options' stored texts: defaults where nothing or nothing known is stored, only what changed is written, and what
+// a later version stored is not overwritten with less.
 
 #include "app/options.h"
 #include "app/settings.h"
@@ -71,7 +71,8 @@ private Q_SLOTS:
             options.store(settings);
             QVERIFY(settings.save());
         }
-        QCOMPARE(got(), QByteArray("[ini]\ndouble click=edit\nhidden columns=track year\nid3v2 version=4\nkeep times=si\n"));
+        QCOMPARE(
+            got(), QByteArray("[ini]\ndouble click=edit\nhidden columns=track year\nid3v2 version=4\nkeep times=si\n"));
         QVERIFY(FurtherOptions::restored(Settings(path())) == options);
         {
             Settings settings(path());

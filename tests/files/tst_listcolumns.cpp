@@ -1,4 +1,5 @@
-// Which columns of the file list are hidden, as a text and as a set; what becomes of the room that hidden columns leave.
+// Which columns of the file list are hidden, as a text and as a set; what becomes of the room that hidden columns
+// leave.
 
 #include "files/listcolumns.h"
 

@@ -161,8 +161,7 @@ private Q_SLOTS:
     {
         for (const bool keep : {false, true}) {
             m_state.options.keepFileTimes = keep;
-            const QByteArray content =
-                id3v2(3, textFrame(3, "TIT2", u"old"_s)) + audio() + id3v1({.title = "old"});
+            const QByteArray content = id3v2(3, textFrame(3, "TIT2", u"old"_s)) + audio() + id3v1({.title = "old"});
             const QString path = oldFile(content);
             QVERIFY(m_store.RemoveV1(path));
             QCOMPARE(hasOldTime(path), keep);

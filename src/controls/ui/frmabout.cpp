@@ -1,0 +1,168 @@
+#include "controls/ui/frmabout.h"
+
+#include "app/idiomas.h"
+#include "app/options.h"
+#include "controls/ui/icons.h"
+#include "controls/ui/linkbutton.h"
+
+#include <QDesktopServices>
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionInfo = 32;
+constexpr int CaptionOk = 59;
+constexpr int ProgramIconSize = 96; ///< pixels
+constexpr int LogoSize = 32;
+constexpr int TextLetters = 52; ///< width of the texts in average letters
+
+constexpr QStringView TagLibrarySite = u"https://taglib.org/";
+/// Carries on freedb, whose own site has closed.
+constexpr QStringView DatabaseSite = u"https://gnudb.org/";
+
+template <typename Control, typename... Arguments>
+Control *named(const char *name, QWidget *parent, Arguments &&...arguments)
+{
+    auto *control = new Control(std::forward<Arguments>(arguments)..., parent);
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+/// What the program is made with, and under which licences. Names need no translation.
+QString libraries()
+{
+    return QStringLiteral("Qt %1 (LGPL 3), tl::expected (CC0 1.0), Lucide (ISC, MIT)").arg(QLatin1String(qVersion()));
+}
+
+QPushButton *logo(const char *name, const QString &text, QStringView site, QWidget *parent)
+{
+    auto *button = named<QPushButton>(name, parent, text);
+    button->setIconSize({LogoSize, LogoSize});
+    button->setAutoDefault(false);
+    button->setToolTip(site.toString());
+    button->setAccessibleDescription(site.toString());
+    return button;
+}
+
+} // namespace
+
+void frmAbout::openBySystem(const QUrl &address)
+{
+    QDesktopServices::openUrl(address);
+}
+
+frmAbout::frmAbout(const Captions &captions, QWidget *parent, OpenAddress openAddress)
+    : QDialog(parent), m_captions(captions), m_openAddress(std::move(openAddress))
+{
+    setObjectName(QStringLiteral("frmAbout"));
+    createControls();
+    createLayout();
+    connectControls();
+    applyCaptions();
+    applyIcons();
+    cmdOK->setFocus();
+}
+
+void frmAbout::createControls()
+{
+    m_name = named<QLabel>("programName", this, QStringLiteral("ravlin!"));
+    QFont large = m_name->font();
+    large.setPointSizeF(2 * large.pointSizeF());
+    large.setBold(true);
+    m_name->setFont(large);
+    lblVersion = named<QLabel>("lblVersion", this, QStringLiteral("version ") + QStringLiteral(RAVLIN_VERSION));
+    lblVersion->setTextInteractionFlags(Qt::TextSelectableByMouse); // to be copied into a report
+    lblDisclaimer = named<QLabel>("lblDisclaimer", this);
+    Label1 = named<LinkButton>("Label1", this, defaults::WebSite.toString());
+    Label2 = named<LinkButton>("Label2", this, defaults::Mail.toString());
+    Label3 = named<QLabel>("Label3", this);
+    m_libraries = named<QLabel>("libraries", this);
+    Pic = logo("Pic", QStringLiteral("TagLib"), TagLibrarySite, this);
+    Picture1 = logo("Picture1", QStringLiteral("freedb"), DatabaseSite, this);
+    cmdOK = named<QPushButton>("cmdOK", this, QStringLiteral("aceptar"));
+    cmdOK->setDefault(true);
+    for (QLabel *label : {lblDisclaimer, Label3, m_libraries}) {
+        label->setTextFormat(Qt::PlainText);
+        label->setWordWrap(true);
+        label->setMinimumWidth(TextLetters * fontMetrics().averageCharWidth());
+    }
+}
+
+void frmAbout::createLayout()
+{
+    auto *picture = named<QLabel>("programIcon", this);
+    picture->setPixmap(programIcon().pixmap(QSize(ProgramIconSize, ProgramIconSize), devicePixelRatioF()));
+    auto *texts = new QVBoxLayout;
+    texts->addWidget(m_name);
+    texts->addWidget(lblVersion);
+    texts->addSpacing(fontMetrics().height() / 2);
+    texts->addWidget(lblDisclaimer);
+    texts->addWidget(Label1);
+    texts->addWidget(Label2);
+    texts->addSpacing(fontMetrics().height() / 2);
+    texts->addWidget(Label3);
+    texts->addWidget(m_libraries);
+    auto *upper = new QHBoxLayout;
+    upper->addWidget(picture, 0, Qt::AlignTop);
+    upper->addSpacing(fontMetrics().height());
+    upper->addLayout(texts, 1);
+    auto *foot = new QHBoxLayout;
+    foot->addWidget(Pic);
+    foot->addWidget(Picture1);
+    foot->addStretch();
+    foot->addWidget(cmdOK);
+    auto *rows = new QVBoxLayout(this);
+    rows->addLayout(upper);
+    rows->addSpacing(fontMetrics().height() / 2);
+    rows->addLayout(foot);
+    rows->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void frmAbout::connectControls()
+{
+    connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
+    const auto opens = [this](const QPushButton *button, const QUrl &address) {
+        connect(button, &QPushButton::clicked, this, [this, address] { m_openAddress(address); });
+    };
+    opens(Label1, QUrl(Label1->text()));
+    opens(Label2, QUrl(QStringLiteral("mailto:") + Label2->text()));
+    opens(Pic, QUrl(TagLibrarySite.toString()));
+    opens(Picture1, QUrl(DatabaseSite.toString()));
+}
+
+void frmAbout::applyCaptions()
+{
+    setWindowTitle(m_captions.text(CaptionInfo));
+    lblDisclaimer->setText(m_captions.text(Text::AboutAuthors) + u'\n' + m_captions.text(Text::AboutLicence));
+    Label1->setAccessibleName(m_captions.text(Text::NameWebSite));
+    Label1->setAccessibleDescription(Label1->text());
+    Label2->setAccessibleName(m_captions.text(Text::NameMail));
+    Label2->setAccessibleDescription(Label2->text());
+    Label2->setToolTip(m_captions.text(Text::TipWriteMail));
+    Label3->setText(m_captions.text(Text::AboutThanks));
+    m_libraries->setText(m_captions.text(Text::AboutLibraries) + QStringLiteral(": ") + libraries());
+    cmdOK->setText(m_captions.text(CaptionOk));
+}
+
+void frmAbout::applyIcons()
+{
+    Pic->setIcon(themedIcon(QStringLiteral("tags"), palette()));
+    Picture1->setIcon(themedIcon(QStringLiteral("disc-3"), palette()));
+}
+
+void frmAbout::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && cmdOK != nullptr)
+        applyIcons();
+}
+
+} // namespace ravlin
