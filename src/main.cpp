@@ -32,6 +32,7 @@ int main(int argc, char *argv[])
 
     ravlin::Program program;
     ravlin::principal window(program);
+    window.chooseAtFirstRun();
     window.show();
     // The window is there before its folder is read.
     const QString opened = ravlin::folderOfCommandLine(commandLine(argc, argv));

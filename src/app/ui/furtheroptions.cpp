@@ -1,8 +1,8 @@
 #include "app/ui/furtheroptions.h"
 
 #include "app/idiomas.h"
+#include "controls/ui/wheelguard.h"
 #include "files/listcolumns.h"
-#include "tags/ui/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>

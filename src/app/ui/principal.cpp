@@ -5,6 +5,7 @@
 #include "app/ui/modetabs.h"
 #include "app/ui/openwindows.h"
 #include "app/ui/program.h"
+#include "app/ui/programdialogs.h"
 #include "app/ui/statuspanels.h"
 #include "app/ui/toolbar.h"
 #include "app/ui/windowservices.h"
@@ -46,6 +47,8 @@ constexpr int CaptionSingleFile = 39;
 constexpr int CaptionSingleFileTip = 42;
 constexpr int CaptionSelectAll = 30;
 constexpr int CaptionSelectNone = 36;
+constexpr int CaptionOptions = 31;
+constexpr int CaptionInfo = 32;
 constexpr int CaptionFileList = 65;
 constexpr int Margin = 6;
 constexpr QSize StartSize(1000, 700);
@@ -83,7 +86,9 @@ principal::principal(Program &program)
     m_batchPages->showChoices();
     chooseTagSaveMode();
     m_program.captions.chooseAtStart(m_program.settings);
-    applyCaptions();
+    m_program.qtTexts.speak(m_program.captions.languageName());
+    m_program.state.options = FurtherOptions::restored(m_program.settings);
+    applyOptions();
     restoreWindow();
     ListView1->setFocus();
 }
@@ -97,6 +102,8 @@ void principal::createToolbar()
     m_selectAll = tb->addButton(12, {CaptionSelectAll, QStringLiteral("list-checks"), QKeySequence::SelectAll});
     m_selectNone = tb->addMenuEntry(12, QStringLiteral("none"),
         {CaptionSelectNone, QStringLiteral("list-x"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)});
+    m_options = tb->addButton(16, {CaptionOptions, QStringLiteral("settings"), QKeySequence(Qt::CTRL | Qt::Key_Comma)});
+    m_info = tb->addEndButton(QStringLiteral("info"), {CaptionInfo, QStringLiteral("info"), QKeySequence(Qt::Key_F1)});
 }
 
 void principal::createPanes()
@@ -142,10 +149,13 @@ void principal::connectParts()
         &SingleFilePage::selectionChanged);
     connect(m_batchPages, &BatchPages::finished, this, &principal::showCurrentFile);
     connect(ListView1, &FileList::rightClicked, this, [this] { tabs->setCurrentIndex(0); });
-    connect(ListView1, &FileList::fileActivated, this,
-        [this](int row) { QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row))); });
+    connect(ListView1, &FileList::fileActivated, this, &principal::activateFile);
     connect(m_selectAll, &QAction::triggered, ListView1, &FileList::selectAllRows);
     connect(m_selectNone, &QAction::triggered, ListView1, &FileList::selectNone);
+    m_dialogs = new ProgramDialogs(m_program, this);
+    connect(m_options, &QAction::triggered, m_dialogs, &ProgramDialogs::openOptions);
+    connect(m_info, &QAction::triggered, m_dialogs, &ProgramDialogs::openAbout);
+    connect(m_dialogs, &ProgramDialogs::optionsClosed, this, &principal::applyOptions);
 }
 
 /// As the eye goes, from the toolbar down to the pages.
@@ -165,6 +175,29 @@ void principal::chooseTagSaveMode()
 {
     const std::optional<int> mode = tagSaveModeFromText(m_program.settings.read(settingskey::Tags));
     m_program.state.tagSaveMode = mode.value_or(DefaultTagSaveMode);
+}
+
+/// What the options dialog may have changed.
+void principal::applyOptions()
+{
+    ListView1->setHiddenColumns(hiddenColumnsFromText(m_program.state.options.hiddenColumns));
+    applyCaptions();
+}
+
+void principal::chooseAtFirstRun()
+{
+    m_dialogs->chooseAtFirstRun();
+}
+
+/// What a double click does.
+void principal::activateFile(int row)
+{
+    if (m_program.state.options.doubleClick == DoubleClick::Open) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row)));
+        return;
+    }
+    tabs->setCurrentWidget(m_singleFilePage);
+    m_singleFilePage->startEditing();
 }
 
 void principal::restoreWindow()

@@ -14,6 +14,7 @@ class FolderTree;
 class ListController;
 class ModeTabs;
 class OpenWindows;
+class ProgramDialogs;
 class SingleFilePage;
 class SplitPanel;
 class StatusPanels;
@@ -32,6 +33,9 @@ public:
     explicit principal(Program &program);
     ~principal() override;
 
+    /// On the very first run, while no tag-save mode was ever chosen, asks for one by the options dialog. Returns once
+    /// it is closed; to be called before the window is shown.
+    void chooseAtFirstRun();
     /// Opens the folder that the command line named, or, without one, the last one if the user asked for it to be
     /// remembered.
     void openAtStart(const QString &folderOfCommandLine);
@@ -53,6 +57,8 @@ private:
     void setTabOrder();
     void restoreWindow();
     void chooseTagSaveMode();
+    void applyOptions();
+    void activateFile(int row);
     void placeParts();
     void applyNames();
     QString droppedFolder(const QDropEvent *event) const;
@@ -69,6 +75,8 @@ private:
     Toolbar *tb = nullptr;
     QAction *m_selectAll = nullptr;
     QAction *m_selectNone = nullptr;
+    QAction *m_options = nullptr;
+    QAction *m_info = nullptr;
     SplitPanel *sp2 = nullptr;
     FolderTree *folder = nullptr;
     FileList *ListView1 = nullptr;
@@ -78,6 +86,7 @@ private:
     WindowServices *m_services = nullptr;
     SingleFilePage *m_singleFilePage = nullptr;
     BatchPages *m_batchPages = nullptr;
+    ProgramDialogs *m_dialogs = nullptr;
     bool m_isPageBehind = false; ///< another row was clicked while the single-file page was out of sight
 };
 

@@ -253,6 +253,12 @@ void SingleFilePage::reset()
     m_streamPanel->clear();
 }
 
+void SingleFilePage::startEditing()
+{
+    Ttitulo->setFocus();
+    Ttitulo->selectAll();
+}
+
 void SingleFilePage::setSavingEnabled(bool enabled)
 {
     for (QPushButton *button : {edita, nfile, pfile})

@@ -51,6 +51,8 @@ public:
     void ShowCurrent();
     /// Empties the page: no file is shown, nothing can be saved.
     void reset();
+    /// Puts the cursor into the title, all of it selected.
+    void startEditing();
     /// Says how many files a save would write.
     void selectionChanged();
     void applyCaptions();

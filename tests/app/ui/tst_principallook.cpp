@@ -256,9 +256,9 @@ private Q_SLOTS:
             way << nameOf(QApplication::focusWidget());
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         } while (QApplication::focusWidget() != control(u"tb_12"_s) && way.size() < 40);
-        QCOMPARE(way.join(u' '),
-            u"tb_12 folder pbSplit ListView1 qt_tabwidget_tabbar pfile nfile Ttitulo Tpista tartista ta_o talbum "
-            u"cestilo tcomentarios eliminav1 eliminav2 op4_2 ccase_2 edita"_s);
+        QCOMPARE(way.join(u' '), u"tb_12 tb_16 tb_info folder pbSplit ListView1 qt_tabwidget_tabbar pfile nfile "
+                                 u"Ttitulo Tpista tartista ta_o talbum "
+                                 u"cestilo tcomentarios eliminav1 eliminav2 op4_2 ccase_2 edita"_s);
     }
 
     void everyPartThatTakesTheFocusHasAName()

@@ -5,8 +5,10 @@
 #include "app/ui/principalfixture.h"
 #include "controls/ui/splitpanel.h"
 
+#include <QComboBox>
 #include <QDialog>
 #include <QSignalSpy>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
@@ -51,6 +53,72 @@ private Q_SLOTS:
         QCOMPARE(panel(1), QString());
         QCOMPARE(panel(2), QString());
         QCOMPARE(m_window->windowTitle(), u"ravlin!"_s);
+    }
+
+    void onTheFirstRunTheOptionsOpenBeforeTheWindowIsShown()
+    {
+        m_program = std::make_unique<Program>();
+        m_window = std::make_unique<principal>(*m_program);
+        bool wasWindowShown = true;
+        bool wasDialogModal = false;
+        QTimer::singleShot(0, this, [&] {
+            auto *dialog = control<QDialog>(u"opciones"_s);
+            wasWindowShown = m_window->isVisible();
+            wasDialogModal = dialog->isVisible() && dialog->isModal();
+            auto *languages = dialog->findChild<QComboBox *>(u"cidioma"_s);
+            languages->setFocus();
+            QTest::keyClick(languages, Qt::Key_End);
+            dialog->findChild<QComboBox *>(u"ctags"_s)->setCurrentIndex(4);
+            dialog->findChild<QPushButton *>(u"ok"_s)->click();
+        });
+        m_window->chooseAtFirstRun();
+        QVERIFY(!wasWindowShown);
+        QVERIFY(wasDialogModal);
+        // In force at once ...
+        QCOMPARE(m_program->state.tagSaveMode, 5);
+        QCOMPARE(tabs()->tabText(0), u"editeur de tag id3"_s);
+        QVERIFY(m_window->findChild<QDialog *>(u"opciones"_s) == nullptr);
+        closeWindow();
+        // ... and after a restart, which does not ask again.
+        open();
+        QCOMPARE(m_program->state.tagSaveMode, 5);
+        QCOMPARE(tabs()->tabText(0), u"editeur de tag id3"_s);
+        m_window->chooseAtFirstRun();
+        QVERIFY(m_window->findChild<QDialog *>(u"opciones"_s) == nullptr);
+    }
+
+    void cancelOnTheFirstRunKeepsTheLanguageForTheRunOnlyAndAsksAgain()
+    {
+        for (int run = 0; run < 2; ++run) {
+            m_program = std::make_unique<Program>();
+            m_window = std::make_unique<principal>(*m_program);
+            QString languageShown;
+            QTimer::singleShot(0, this, [&] {
+                auto *dialog = control<QDialog>(u"opciones"_s);
+                auto *languages = dialog->findChild<QComboBox *>(u"cidioma"_s);
+                languageShown = languages->currentText();
+                languages->setFocus();
+                QTest::keyClick(languages, Qt::Key_Home);
+                dialog->findChild<QPushButton *>(u"cancel"_s)->click();
+            });
+            m_window->chooseAtFirstRun();
+            QCOMPARE(languageShown, u"english"_s);
+            QCOMPARE(m_program->captions.languageName(), u"spanish"_s);
+            QCOMPARE(tabs()->tabText(0), u"editar id3"_s);
+            QCOMPARE(m_program->state.tagSaveMode, 2);
+            closeWindow();
+            QCOMPARE(stored(u"idioma"_s), QString());
+            QCOMPARE(stored(u"tags"_s), QString());
+        }
+    }
+
+    void anUnknownStoredModeIsNoFirstRun()
+    {
+        store({{u"tags"_s, u"7"_s}});
+        open();
+        m_window->chooseAtFirstRun();
+        QVERIFY(m_window->findChild<QDialog *>(u"opciones"_s) == nullptr);
+        QCOMPARE(m_program->state.tagSaveMode, 2);
     }
 
     void tickingOp42InOneRunDoesNotSurviveARestart()

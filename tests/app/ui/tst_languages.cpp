@@ -1,0 +1,288 @@
+// Every window in every language: no text is shown that is not in one of the two tables in the language that is spoken,
+// but for the few that are the same in all languages. A window that is open when the language changes shows the new
+// texts when it applies its captions; one that is made later has them at once.
+
+#include "app/texttable.h"
+#include "app/ui/opciones.h"
+#include "app/ui/principalfixture.h"
+#include "controls/ui/frmabout.h"
+#include "tags/genres.h"
+
+#include <QAbstractItemView>
+#include <QAction>
+#include <QApplication>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QRegularExpression>
+#include <QTabBar>
+#include <QTimer>
+
+#include <functional>
+
+using namespace Qt::StringLiterals;
+using namespace ravlin;
+using namespace ravlin::test;
+
+namespace {
+
+struct WindowMaker
+{
+    QString name;
+    std::function<QWidget *(Program &)> make;
+    /// For windows that may be open while the language changes: applies its captions.
+    std::function<void(QWidget *)> applyCaptions = {};
+    /// Texts of this window that are the same in every language.
+    QStringList fixed = {};
+};
+
+/// Every window of the program. A new one is a line here.
+QList<WindowMaker> windowMakers()
+{
+    return {
+        {u"principal"_s, [](Program &program) { return new principal(program); },
+            [](QWidget *window) { static_cast<principal *>(window)->applyCaptions(); },
+            {u"ravlin!"_s, u"id3v1"_s, u"id3v2"_s}},
+        {u"opciones"_s, [](Program &program) { return new opciones(program); }, {},
+            {u"general"_s, u"tags"_s, u"freedb"_s, u"email"_s, u"id3v1"_s, u"id3v2"_s, u"ID3v2.3"_s, u"ID3v2.4"_s,
+                u"spanish"_s, u"english"_s, u"french"_s, defaults::Server.toString(), defaults::Mail.toString()}},
+        {u"frmAbout"_s, [](Program &program) { return new frmAbout(program.captions); }, {},
+            {u"ravlin!"_s, u"version "_s + QStringLiteral(RAVLIN_VERSION), u"TagLib"_s, u"freedb"_s,
+                u"https://taglib.org/"_s, u"https://gnudb.org/"_s, defaults::WebSite.toString(),
+                defaults::Mail.toString()}},
+    };
+}
+
+/// What assistive tools and the screen show of an item view: the headers. The rows are the user's data.
+QStringList headerTexts(const QAbstractItemView *view)
+{
+    QStringList texts;
+    const QAbstractItemModel *model = view->model();
+    if (!model || view->findChildren<QHeaderView *>().isEmpty())
+        return texts;
+    for (int column = 0; column < model->columnCount(); ++column)
+        texts << model->headerData(column, Qt::Horizontal).toString();
+    return texts;
+}
+
+QStringList ownTexts(const QWidget *widget)
+{
+    QStringList texts{widget->toolTip(), widget->statusTip(), widget->whatsThis(), widget->accessibleName(),
+        widget->accessibleDescription(), widget->windowTitle()};
+    if (const auto *label = qobject_cast<const QLabel *>(widget))
+        texts << label->text();
+    else if (const auto *button = qobject_cast<const QAbstractButton *>(widget))
+        texts << button->text();
+    else if (const auto *box = qobject_cast<const QGroupBox *>(widget))
+        texts << box->title();
+    else if (const auto *edit = qobject_cast<const QLineEdit *>(widget))
+        texts << edit->text() << edit->placeholderText();
+    else if (const auto *view = qobject_cast<const QAbstractItemView *>(widget))
+        texts << headerTexts(view);
+    else if (const auto *list = qobject_cast<const QComboBox *>(widget)) {
+        for (int i = 0; i < list->count(); ++i)
+            texts << list->itemText(i);
+    } else if (const auto *bar = qobject_cast<const QTabBar *>(widget)) {
+        for (int tab = 0; tab < bar->count(); ++tab)
+            texts << bar->tabText(tab) << bar->tabToolTip(tab);
+    }
+    return texts;
+}
+
+/// Everything that a window and its parts say.
+QStringList shownTexts(const QWidget *window)
+{
+    QStringList texts = ownTexts(window);
+    for (const QWidget *widget : window->findChildren<QWidget *>()) {
+        // Qt's own parts, which speak by Qt's translations: what a list drops down, the arrows of a row of tabs.
+        const bool isQts =
+            widget->inherits("QComboBoxPrivateContainer") || qobject_cast<const QComboBox *>(widget->parentWidget()) ||
+            (qobject_cast<const QTabBar *>(widget->parentWidget()) && widget->accessibleName().isEmpty());
+        if (!isQts)
+            texts << ownTexts(widget);
+    }
+    for (const QAction *action : window->findChildren<QAction *>())
+        texts << action->text() << action->toolTip();
+    return texts;
+}
+
+} // namespace
+
+class tst_languages : public PrincipalFixture
+{
+    Q_OBJECT
+
+private:
+    static QStringList languages() { return {u"english"_s, u"spanish"_s, u"french"_s}; }
+
+    /// True for a text that the tables have in the present language, alone or put together as the windows do.
+    static bool isOfTheLanguage(const QString &text, const Captions &captions)
+    {
+        for (int number = 1; number <= CaptionCount; ++number) {
+            const QString caption = captions.text(number);
+            if (text == caption || text == caption.remove(u'&'))
+                return true;
+        }
+        for (int i = 0; i < TextCount; ++i) {
+            const QString pattern =
+                QRegularExpression::escape(captions.text(static_cast<Text>(i))).replace(u"%1"_s, u".*"_s);
+            if (QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(text).hasMatch())
+                return true;
+        }
+        return genreListEntries().contains(text);
+    }
+    static QString faultOf(const QString &shown, const Captions &captions, const QStringList &fixed)
+    {
+        static const QRegularExpression shortcut(u" \\((Ctrl|Shift|Alt|F\\d|Del|Ins)[^)]*\\)$"_s);
+        static const QRegularExpression libraries(u": Qt .*$"_s);
+        static const QRegularExpression number(u"^[\\d ./]*$"_s);
+        for (QString line : shown.split(u'\n')) {
+            line.remove(shortcut).remove(libraries);
+            if (!number.match(line).hasMatch() && !fixed.contains(line) && !isOfTheLanguage(line, captions))
+                return line;
+        }
+        return {};
+    }
+    static QStringList faultsOf(const QWidget *window, const Captions &captions, const QStringList &fixed)
+    {
+        QStringList faults;
+        for (const QString &text : shownTexts(window)) {
+            if (const QString fault = faultOf(text, captions, fixed); !fault.isEmpty())
+                faults << fault;
+        }
+        faults.removeDuplicates();
+        return faults;
+    }
+    static const WindowMaker &maker(const QString &name)
+    {
+        static const QList<WindowMaker> Makers = windowMakers();
+        const auto found =
+            std::find_if(Makers.begin(), Makers.end(), [&name](const WindowMaker &made) { return made.name == name; });
+        if (found == Makers.end())
+            qFatal("no window %s", qPrintable(name));
+        return *found;
+    }
+
+private Q_SLOTS:
+    void init() { startAfresh(); }
+    void cleanup() { closeWindow(); }
+
+    void everyTextIsInTheLanguageThatIsSpoken_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("language");
+        for (const WindowMaker &made : windowMakers()) {
+            for (const QString &before : languages()) {
+                for (const QString &language : languages())
+                    QTest::addRow("%s, %s then %s", qPrintable(made.name), qPrintable(before), qPrintable(language))
+                        << made.name << before << language;
+            }
+        }
+    }
+    void everyTextIsInTheLanguageThatIsSpoken()
+    {
+        QFETCH(QString, window);
+        QFETCH(QString, before);
+        QFETCH(QString, language);
+        const WindowMaker &made = maker(window);
+        store({{u"idioma"_s, languageCodeFromName(before)}, {u"tags"_s, u"2"_s}});
+        Program program;
+        program.captions.chooseAtStart(program.settings);
+        std::unique_ptr<QWidget> open(made.make(program));
+        speakLanguage(program, language);
+        if (made.applyCaptions) {
+            made.applyCaptions(open.get());
+        } else { // the window is over another one, or modal: it is opened anew
+            open.reset();
+            Settings settings;
+            settings.write(settingskey::Idioma, languageCodeFromName(language));
+            QVERIFY(settings.save());
+            open.reset(made.make(program));
+        }
+        open->show();
+        QCoreApplication::processEvents();
+        QCOMPARE(program.captions.languageName(), language);
+        QVERIFY(shownTexts(open.get()).size() > 20);
+        QCOMPARE(faultsOf(open.get(), program.captions, made.fixed).join(u" | "_s), QString());
+    }
+
+    void aTextOfAnotherLanguageIsFound()
+    {
+        Captions captions;
+        captions.setLanguageName(u"french"_s);
+        captions.fill();
+        QCOMPARE(faultOf(u"annuler"_s, captions, {}), QString());
+        QCOMPARE(faultOf(u"cancel"_s, captions, {}), u"cancel"_s);
+        QCOMPARE(faultOf(u"tout selectionner (Ctrl+A)"_s, captions, {}), QString());
+        QCOMPARE(faultOf(u"select all (Ctrl+A)"_s, captions, {}), u"select all"_s);
+        QCOMPARE(faultOf(u"ira dans 3 fichiers"_s, captions, {}), QString());
+        QCOMPARE(faultOf(u"anything else"_s, captions, {u"anything"_s}), u"anything else"_s);
+    }
+
+    void theMainWindowSpeaksAnewWhenTheOptionsClose_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::newRow("saved") << u"ok"_s;
+        QTest::newRow("cancelled") << u"cancel"_s;
+    }
+    void theMainWindowSpeaksAnewWhenTheOptionsClose()
+    {
+        QFETCH(QString, button);
+        store({{u"tags"_s, u"2"_s}});
+        open();
+        control<QAbstractButton>(u"tb_16"_s)->click();
+        auto *dialog = control<QDialog>(u"opciones"_s);
+        QVERIFY(dialog->isVisible());
+        auto *languages = dialog->findChild<QComboBox *>(u"cidioma"_s);
+        languages->setFocus();
+        QTest::keyClick(languages, Qt::Key_End);
+        QCOMPARE(languages->currentText(), u"french"_s);
+        QCOMPARE(dialog->findChild<QPushButton *>(u"cancel"_s)->text(), u"annuler"_s);
+        QCOMPARE(tabs()->tabText(0), u"id3 tag editor"_s); // not yet
+        dialog->findChild<QPushButton *>(button)->click();
+        QCOMPARE(tabs()->tabText(0), u"editeur de tag id3"_s);
+        QCOMPARE(list()->model()->headerData(5, Qt::Horizontal).toString(), u"années"_s);
+        closeWindow();
+        open(); // a restart
+        QCOMPARE(tabs()->tabText(0), button == u"ok"_s ? u"editeur de tag id3"_s : u"id3 tag editor"_s);
+    }
+
+    void questionsHaveYesAndNoInTheLanguage_data()
+    {
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<QString>("question");
+        QTest::addColumn<QString>("yes");
+        QTest::addColumn<QString>("no");
+        QTest::newRow("spanish") << u"es"_s << u"elimina id3v1 tag?"_s << u"&Sí"_s << u"&No"_s;
+        QTest::newRow("english") << u"en"_s << u"remove id3v1 tag?"_s << u"&Yes"_s << u"&No"_s;
+        QTest::newRow("french") << u"fr"_s << u"supprimer tag id3v1?"_s << u"&Oui"_s << u"&Non"_s;
+    }
+    void questionsHaveYesAndNoInTheLanguage()
+    {
+        QFETCH(QString, code);
+        store({{u"idioma"_s, code}, {u"tags"_s, u"2"_s}});
+        addFile(u"a.mp3"_s, audio() + id3v1({.title = "x"}));
+        open(path());
+        clickRow(0);
+        QString question;
+        QString yes;
+        QString no;
+        QTimer::singleShot(0, this, [&] {
+            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            if (!box)
+                return;
+            question = box->text();
+            yes = box->button(QMessageBox::Yes)->text();
+            no = box->button(QMessageBox::No)->text();
+            box->reject();
+        });
+        control<QPushButton>(u"eliminav1"_s)->click();
+        QTEST(question, "question");
+        QTEST(yes, "yes");
+        QTEST(no, "no");
+    }
+};
+
+QTEST_MAIN(tst_languages)
+#include "tst_languages.moc"
