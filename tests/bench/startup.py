@@ -134,6 +134,9 @@ def main():
         root = pathlib.Path(scratch)
         home = root / "home"
         home.mkdir(mode=0o700)
+        # The very first start would ask for the options.
+        (home / "ravlin").mkdir()
+        (home / "ravlin" / "ravlin.ini").write_text("[ini]\ntags=2\n", encoding="utf-8")
         environment = {**os.environ, "DISPLAY": display.name, "QT_QPA_PLATFORM": "xcb", "HOME": str(home),
                        "XDG_CONFIG_HOME": str(home), "XDG_CACHE_HOME": str(home), "XDG_DATA_HOME": str(home),
                        "XDG_RUNTIME_DIR": str(home)}
