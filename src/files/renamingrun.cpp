@@ -189,8 +189,9 @@ RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector
     RenamingPlan plan(fileSystem, std::move(wishes));
     plan.answerAll(ClashAnswer::KeepBoth);
     RenamingOutcome outcome = runRenaming(fileSystem, plan, progress, stop);
-    for (auto folder = foldersMade.crbegin(); folder != foldersMade.crend(); ++folder)
-        static_cast<void>(fileSystem.removeFolder(*folder)); // what is in it by now is not ours
+    QStringList folders = foldersMade;
+    while (!folders.isEmpty())
+        static_cast<void>(fileSystem.removeFolder(folders.takeLast())); // what is in it by now is not ours
     return outcome;
 }
 
