@@ -7,7 +7,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr int Margin = 3; ///< pixels around the text, for the frame of the focus
+constexpr int Margin = 1; ///< pixels around the text, for the frame of the focus
 
 /// The palette's own colour for links is made for light windows, and dark ones often still have it.
 QColor linkColour(const QPalette &palette)
