@@ -14,12 +14,17 @@ def centre(extents):
 
 
 class Program:
-    def __init__(self, desktop, *arguments):
+    def __init__(self, desktop, *arguments, window=("frame", "ravlin!")):
+        """window: role and name of the one that comes up first."""
         self.desktop = desktop
         with open(desktop.folder / "program.log", "ab") as log:
             self._process = desktop.start([PROGRAM, *map(os.fspath, arguments)], stdout=log, stderr=log)
         self.application = self.wait(lambda: desktop.bus.application(self._process.pid), "the program on the bus")
-        self.window = self.wait_for("frame", "ravlin!")
+        self.enter(*window)
+
+    def enter(self, role, name):
+        """Waits until that window is the active one and rests at its place."""
+        self.window = self.wait_for(role, name)
         self.wait(lambda: "active" in self.window.states, "the window active")
         places = []
         self.wait(lambda: self._rests(places), "the window at its place")
