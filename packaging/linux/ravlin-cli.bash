@@ -7,7 +7,7 @@ _ravlin_cli()
         words="$("$program" --help 2>/dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\)  .*/\1/p') --help --version"
     elif [[ $previous == --mode ]]; then
         case ${COMP_WORDS[1]} in
-        tag | extract | multi) words="1 2 3 4 5" ;;
+        tag | extract | multi | lookup) words="1 2 3 4 5" ;;
         case) words="upper lower capitalize" ;;
         esac
     elif [[ $previous == --case ]]; then

@@ -31,7 +31,7 @@ QString programHelp()
     for (const Command &command : allCommands())
         commands.emplace_back(command.name.toString(), command.summary.toString());
     return u"Usage: ravlin-cli COMMAND [OPTION]... [OPERAND]...\n"
-           "Lists, changes and analyses MP3 files and their ID3 tags.\n\nCommands:\n"_s +
+           "Lists, changes, analyses and looks up MP3 files and their ID3 tags.\n\nCommands:\n"_s +
            helpTable(commands) + u"\nOptions:\n"_s +
            helpTable({{HelpOption.name.toString(), HelpOption.help.toString()},
                {VersionOption.name.toString(), VersionOption.help.toString()}}) +
@@ -88,7 +88,8 @@ int runCommand(const Command &command, const QStringList &words, Console &consol
 std::vector<Command> allCommands()
 {
     return {listCommand(), showCommand(), tagCommand(), extractCommand(), multiCommand(), renameCommand(),
-        renamedirCommand(), stripCommand(), infoCommand(), caseCommand(), cleanCommand()};
+        renamedirCommand(), stripCommand(), infoCommand(), tocCommand(), lookupCommand(), caseCommand(),
+        cleanCommand()};
 }
 
 int run(const QStringList &words, Console &console)

@@ -29,6 +29,8 @@ Command renameCommand();
 Command renamedirCommand();
 Command stripCommand();
 Command infoCommand();
+Command tocCommand();
+Command lookupCommand();
 Command caseCommand();
 Command cleanCommand();
 

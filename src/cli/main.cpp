@@ -13,8 +13,8 @@ ravlin::cli::Output standardOutput(StandardStream stream)
 
 } // namespace
 
-// There is no QCoreApplication: nothing here waits for events, and in the C locale, where many scripts run, it would
-// complain on standard error.
+// There is no QCoreApplication: in the C locale, where many scripts run, it would complain on standard error. What
+// waits for the network's events makes its own (cli/cddbdialogue.h).
 int main(int argc, char **argv)
 {
     ravlin::platform::prepareStandardStreams();

@@ -68,6 +68,7 @@ class CompletionTest(CliTest):
             self.assertEqual(set(self.complete(command, "-")), known)
         self.assertEqual(self.complete("tag", "--mode", ""), ["1", "2", "3", "4", "5"])
         self.assertEqual(self.complete("multi", "--mode", ""), ["1", "2", "3", "4", "5"])
+        self.assertEqual(self.complete("lookup", "--mode", ""), ["1", "2", "3", "4", "5"])
         self.assertEqual(self.complete("multi", "--case", ""), ["upper", "lower", "capitalize"])
         self.assertEqual(self.complete("multi", "--replace", "b"), ["blanks"])
         self.assertEqual(self.complete("tag", "--", "-"), [])

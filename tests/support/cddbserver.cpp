@@ -337,6 +337,8 @@ public:
         const Request request = parseRequest(head);
         requests << request.target;
         commands << request.command;
+        if (listener)
+            listener(request.target);
         const bool misbehaves = fault != Fault::None && request.command.startsWith(faultyCommand);
         answer(socket, request, misbehaves ? fault : Fault::None);
     }
@@ -424,6 +426,7 @@ public:
     QByteArray faultyCommand;
     QByteArrayList requests;
     QByteArrayList commands;
+    std::function<void(const QByteArray &)> listener;
     QList<QPointer<QSslSocket>> connections;
 };
 
@@ -493,6 +496,11 @@ QByteArrayList CddbServer::requests() const
 QByteArrayList CddbServer::commands() const
 {
     return d->commands;
+}
+
+void CddbServer::setListener(std::function<void(const QByteArray &)> listener)
+{
+    d->listener = std::move(listener);
 }
 
 int CddbServer::openConnections() const

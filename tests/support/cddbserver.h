@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -101,6 +102,8 @@ public:
     /// The commands so far, decoded: "cddb query 92093e0a 10 ...", "search".
     QByteArrayList commands() const;
     int openConnections() const;
+    /// Called with each request's address.
+    void setListener(std::function<void(const QByteArray &target)> listener);
 
 private:
     class Private;

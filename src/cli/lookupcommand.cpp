@@ -1,0 +1,265 @@
+#include "app/options.h"
+#include "app/settings.h"
+#include "cli/cddbdialogue.h"
+#include "cli/command.h"
+#include "cli/discfiles.h"
+#include "cli/recordwriter.h"
+#include "cli/tagsaving.h"
+#include "online/discapply.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::cli {
+
+namespace {
+
+constexpr Option ServerOption{u"--server", u"ADDRESS", u"ask this server: a host, HOST:PORT or a URL"};
+constexpr Option SearchOption{u"--search", u"TEXT", u"look for \"ARTIST / ALBUM\", an artist or an album instead"};
+constexpr Option MatchOption{u"--match", u"NUMBER", u"take this one where several discs match"};
+constexpr Option TimeoutOption{
+    u"--timeout", u"SECONDS", u"wait no longer for an answer of the server; 30 if not given"};
+constexpr Option ApplyOption{u"--apply", {}, u"write the disc's data into the files' tags"};
+
+using Ending = CddbDialogue::Ending;
+
+constexpr qint64 inMilliseconds(qint64 frames)
+{
+    return frames * 1000 / FramesPerSecond;
+}
+
+/// Looks a disc up and deals with what is found.
+class DiscLookup
+{
+public:
+    DiscLookup(const Arguments &arguments, Console &console, DiscFiles files)
+        : m_arguments(arguments), m_console(console), m_files(std::move(files)), m_subject(arguments.operands().front())
+    {
+        m_english.fill();
+    }
+
+    /// Whether there is a disc.
+    bool find(const QString &server, const QString &mail)
+    {
+        uFREEDB &freedb = m_dialogue.freedb();
+        m_server = server;
+        freedb.setTimeLimit(m_arguments.value(TimeoutOption.name).value_or(u"0"_s).toInt());
+        freedb.setServer(server);
+        freedb.setMail(mail);
+        freedb.setClientName(u"ravlin"_s);
+        freedb.setClientVersion(QString::fromLatin1(RAVLIN_VERSION).section(u'.', 0, 1));
+        const std::optional<QString> text = m_arguments.value(SearchOption.name);
+        const Ending ending = m_dialogue.wait([&](uFREEDB &database) {
+            if (text) {
+                database.setSearchText(*text);
+                database.Search();
+            } else {
+                database.Query(m_files.offsets, m_files.offsetsWithUsualDelay);
+            }
+        });
+        if (freedb.contents())
+            m_files.contents = *freedb.contents();
+        return settle(ending);
+    }
+
+    void print(RecordWriter &writer)
+    {
+        const DiscRecord &record = m_dialogue.freedb().record();
+        const auto differences = lengthDifferences(m_files.contents, record);
+        const size_t rows = std::max(size_t(m_arguments.operands().size()), record.tracks.size());
+        for (size_t row = 0; row < rows; ++row)
+            writer.write(rowOf(record, row, differences));
+    }
+
+    void apply(int mode)
+    {
+        const DiscRecord &record = m_dialogue.freedb().record();
+        const QStringList &files = m_arguments.operands();
+        if (size_t(files.size()) != record.tracks.size()) {
+            m_console.fail(m_subject,
+                u"the disc has %1 tracks and there are %2 files; nothing is written"_s.arg(record.tracks.size())
+                    .arg(files.size()));
+            return;
+        }
+        DiscFields fields{record.artist, record.album, record.year, record.genre};
+        if (const QString warning = warningNotSaved(&TagRecord::Genre, fields.genre); !warning.isEmpty()) {
+            m_console.warn(warning + u"; the files keep theirs"_s);
+            fields.genre.clear();
+        }
+        SavingRun run(mode);
+        for (qsizetype i = 0; i < files.size(); ++i) {
+            const DiscTrack &track = record.tracks[size_t(i)];
+            fields.artist = record.artistOf(track);
+            const Result<void> saved = save(run, files[i], fields, {QString::number(i + 1), track.title});
+            if (!saved)
+                m_console.fail(files[i], saved.error());
+        }
+    }
+
+private:
+    bool settle(Ending ending)
+    {
+        switch (ending) {
+        case Ending::RecordRead:
+            return true;
+        case Ending::ChoiceOffered:
+            return choose();
+        case Ending::NotFound:
+            m_console.fail(m_subject, u"disc not found"_s);
+            return false;
+        case Ending::Failed:
+            m_console.fail(m_server, lookupFailureText(m_english, m_dialogue.failure()));
+            return false;
+        }
+        Q_UNREACHABLE();
+        return false;
+    }
+
+    bool choose()
+    {
+        const int count = m_dialogue.freedb().result();
+        const std::optional<QString> chosen = m_arguments.value(MatchOption.name);
+        if (!chosen) {
+            tellMatches();
+            return false;
+        }
+        const int number = chosen->toInt();
+        if (number < 1 || number > count) {
+            m_console.fail(m_subject, u"there is no match %1, but %2 of them"_s.arg(*chosen).arg(count));
+            return false;
+        }
+        return settle(m_dialogue.wait([number](uFREEDB &database) { database.take(number - 1); }));
+    }
+
+    Result<void> save(SavingRun &run, const QString &path, const DiscFields &fields, const DiscRow &row)
+    {
+        run.advance(path);
+        TagRecord record;
+        if (const Result<void> read = run.store().ReadTag(path, record);
+            !read && read.error().code != ErrorCode::GenreOutOfRange)
+            return read;
+        applyDisc(record, fields, row);
+        warnOfTextsNotSaved(path, record, m_console);
+        return run.store().SaveTag(path, record);
+    }
+
+    /// Lists the matches with how well the first few of them fit.
+    void tellMatches()
+    {
+        const std::vector<cddb::Match> matches = m_dialogue.freedb().matches();
+        QString list = u"no disc matches for certain; choose with --match:"_s;
+        for (int i = 0; i < int(matches.size()); ++i) {
+            const cddb::Match &match = matches[size_t(i)];
+            constexpr int MostLookedAt = 10;
+            const QString fit = i < MostLookedAt ? fitOf(i) : QString();
+            list += u"\n%1: %2 %3 %4 / %5%6"_s.arg(
+                QString::number(i + 1), match.category, match.discId, match.artist, match.album, fit);
+        }
+        m_console.fail(m_subject, list);
+    }
+
+    QString fitOf(int match)
+    {
+        if (m_dialogue.wait([match](uFREEDB &database) { database.take(match); }) != Ending::RecordRead)
+            return u" ("_s + lookupFailureText(m_english, m_dialogue.failure()) + u')';
+        const DiscRecord &record = m_dialogue.freedb().record();
+        if (int(record.tracks.size()) != m_files.contents.trackCount())
+            return u" (%1 tracks)"_s.arg(record.tracks.size());
+        qint64 largest = 0;
+        for (const std::optional<qint64> &difference : lengthDifferences(m_files.contents, record)) {
+            if (!difference)
+                return {};
+            largest = std::max(largest, std::abs(*difference));
+        }
+        return u" (lengths differ by up to %1 s)"_s.arg(double(largest) / FramesPerSecond, 0, 'f', 1);
+    }
+
+    Record rowOf(const DiscRecord &record, size_t row, const std::vector<std::optional<qint64>> &differences) const
+    {
+        const QStringList &files = m_arguments.operands();
+        Record values(8);
+        if (row < size_t(files.size()))
+            values[0] = files[qsizetype(row)];
+        if (row >= record.tracks.size())
+            return values;
+        const DiscTrack &track = record.tracks[row];
+        values[1] = qint64(row + 1);
+        values[2] = track.title;
+        values[3] = record.artistOf(track);
+        values[4] = record.album;
+        values[5] = record.year;
+        values[6] = record.genre;
+        if (row < differences.size() && differences[row])
+            values[7] = inMilliseconds(*differences[row]);
+        return values;
+    }
+
+    const Arguments &m_arguments;
+    Console &m_console;
+    DiscFiles m_files;
+    const QString m_subject; ///< whom messages about the disc name
+    QString m_server;
+    Captions m_english;
+    CddbDialogue m_dialogue;
+};
+
+/// What is wrong with the options; empty if nothing is.
+QString usageProblem(const Arguments &arguments)
+{
+    const std::optional<QString> text = arguments.value(SearchOption.name);
+    if (text && cddb::SearchWords::of(*text).isEmpty())
+        return u"--search needs a text"_s;
+    for (const Option &option : {MatchOption, TimeoutOption}) {
+        const std::optional<QString> number = arguments.value(option.name);
+        if (number && number->toInt() < 1)
+            return u"%1 is a number from 1 on, not '%2'"_s.arg(option.name, *number);
+    }
+    return {};
+}
+
+void lookUp(const Arguments &arguments, int mode, Console &console, RecordWriter &writer)
+{
+    const Settings settings;
+    std::optional<DiscFiles> files = analyseDisc(arguments.operands(), console);
+    if (!files)
+        return;
+    DiscLookup lookup(arguments, console, *std::move(files));
+    const QString server = arguments.value(ServerOption.name).value_or(cdServer(settings));
+    if (!lookup.find(server, cdMail(settings)))
+        return;
+    lookup.print(writer);
+    if (arguments.has(ApplyOption.name))
+        lookup.apply(mode);
+}
+
+int runLookup(const Arguments &arguments, Console &console)
+{
+    if (const QString problem = usageProblem(arguments); !problem.isEmpty())
+        return console.refuse(u"lookup"_s, problem);
+    const ModeOrStatus mode = modeFor(u"lookup"_s, arguments, console);
+    if (!mode)
+        return mode.error();
+    const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table);
+    RecordWriter writer(
+        console.out(), format, {u"file", u"track", u"title", u"artist", u"album", u"year", u"genre", u"differenceMs"});
+    lookUp(arguments, *mode, console, writer);
+    writer.finish();
+    return console.status();
+}
+
+} // namespace
+
+Command lookupCommand()
+{
+    return {u"lookup", u"look the album of files up in a CD database",
+        u"Takes the files, in the order given, for the tracks of a CD and asks a CD database for it: their lengths,\n"
+        "and the e-mail address of the options, are sent to the server. Prints what is found beside each file, with\n"
+        "how much longer the file is than the track. Where several discs match, or none exactly, they are listed\n"
+        "and --match takes one. Nothing is written without --apply, and only if there are as many tracks as files.",
+        u"FILE", true, {ServerOption, SearchOption, MatchOption, TimeoutOption, ApplyOption, ModeOption, JsonOption},
+        runLookup};
+}
+
+} // namespace ravlin::cli

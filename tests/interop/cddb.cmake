@@ -1,0 +1,12 @@
+# The tests' CD database as a program (tests/cli uses it, too), and whether it speaks the protocol of clients that are not
+# ours: the script says by the exit code 77 that one of them is missing.
+add_executable(cddb_server "${CMAKE_CURRENT_LIST_DIR}/cddb_server.cpp")
+set_target_properties(cddb_server PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+target_link_libraries(cddb_server PRIVATE ravlin_test_support)
+ravlin_warnings(cddb_server)
+
+add_test(NAME interop/cddb
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/support/with-own-home" "${RAVLIN_PYTHON}"
+        "${CMAKE_CURRENT_LIST_DIR}/cddb.py" "$<TARGET_FILE:cddb_server>")
+set_tests_properties(interop/cddb PROPERTIES
+    LABELS interop TIMEOUT 300 SKIP_RETURN_CODE 77 ENVIRONMENT "PYTHONDONTWRITEBYTECODE=1")
