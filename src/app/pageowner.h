@@ -28,6 +28,8 @@ public:
     virtual bool moveCurrent(qsizetype step) = 0;
     /// Lists the current folder again. The caller shows the current row itself afterwards.
     virtual void refreshList() = 0;
+    /// The same after files were renamed: the current row becomes the one of the file at that path, where it is listed.
+    virtual void refreshListAt(const QString &path) = 0;
 
     /// Runs the work on a thread of its own and shows its progress, out of that number of rows, in the meantime.
     /// Returns when the work is done; until then the window paints but takes no input. False, with nothing done, while

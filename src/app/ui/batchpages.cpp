@@ -3,6 +3,8 @@
 #include "app/ui/modetabs.h"
 #include "app/ui/program.h"
 #include "files/ui/filelist.h"
+#include "naming/ui/extractpage.h"
+#include "naming/ui/renamepage.h"
 #include "tags/ui/multifilepage.h"
 
 namespace ravlin {
@@ -11,12 +13,22 @@ namespace {
 
 constexpr int CaptionMultiFile = 40;
 constexpr int CaptionMultiFileTip = 43;
+constexpr int CaptionExtract = 41;
+constexpr int CaptionExtractTip = 44;
+constexpr int CaptionRename = 45; ///< text and tooltip
+
+NamingContext namingContext(Program &program, PageOwner &owner)
+{
+    return {owner, program.state, program.tagStore, program.captions, program.settings, program.fileSystem};
+}
 
 } // namespace
 
 BatchPages::BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const FileList &list, QObject *parent)
     : QObject(parent), m_program(program),
-      m_multiFilePage(new MultiFilePage({owner, program.state, program.tagStore, program.captions}, &tabs))
+      m_multiFilePage(new MultiFilePage({owner, program.state, program.tagStore, program.captions}, &tabs)),
+      m_extractPage(new ExtractPage(namingContext(program, owner), &tabs)),
+      m_renamePage(new RenamePage(namingContext(program, owner), &tabs))
 {
     const auto add = [&](auto *page, int caption, int tip) {
         using Page = std::remove_pointer_t<decltype(page)>;
@@ -25,16 +37,20 @@ BatchPages::BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const
         connect(list.selectionModel(), &QItemSelectionModel::selectionChanged, page, &Page::selectionChanged);
     };
     add(m_multiFilePage, CaptionMultiFile, CaptionMultiFileTip);
+    add(m_extractPage, CaptionExtract, CaptionExtractTip);
+    add(m_renamePage, CaptionRename, CaptionRename);
 }
 
 void BatchPages::showChoices()
 {
     m_multiFilePage->showChoices(m_program.choices);
+    m_renamePage->showChoices(m_program.choices);
 }
 
 void BatchPages::storeChoices() const
 {
     m_multiFilePage->storeChoices(m_program.choices);
+    m_renamePage->storeChoices(m_program.choices);
 }
 
 } // namespace ravlin

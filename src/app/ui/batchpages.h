@@ -4,10 +4,12 @@
 
 namespace ravlin {
 
+class ExtractPage;
 class FileList;
 class ModeTabs;
 class MultiFilePage;
 class PageOwner;
+class RenamePage;
 struct Program;
 
 /// The pages of the tab strip that work on all selected files at once: made, put behind their tabs, and kept in step
@@ -30,6 +32,8 @@ Q_SIGNALS:
 private:
     Program &m_program;
     MultiFilePage *m_multiFilePage;
+    ExtractPage *m_extractPage;
+    RenamePage *m_renamePage;
 };
 
 } // namespace ravlin

@@ -34,6 +34,13 @@ void ListController::RefreshList()
     list(m_program.state.currentFolderAsChosen, &ravlin::RefreshList);
 }
 
+void ListController::RefreshListAt(const QString &rowText)
+{
+    m_nextCurrent = rowText;
+    RefreshList();
+    m_nextCurrent.clear();
+}
+
 void ListController::ListFolderTree()
 {
     list(m_program.state.currentFolderAsChosen, &RefreshListTree);
@@ -61,7 +68,7 @@ void ListController::list(const QString &folder, Listing (*scan)(const QString &
 /// The same folder's rows: who works down a list stays at the file and the place where they are.
 void ListController::fillAgain(std::vector<ListRow> rows)
 {
-    const QString currentText = m_list.currentRowText();
+    const QString currentText = m_nextCurrent.isEmpty() ? m_list.currentRowText() : m_nextCurrent;
     const int place = m_list.verticalScrollBar()->value();
     m_list.setRows(std::move(rows));
     const auto row = static_cast<int>(m_list.rowTexts().indexOf(currentText));

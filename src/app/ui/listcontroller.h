@@ -28,6 +28,8 @@ public:
     void openFolder(const QString &path);
     /// Lists the current folder again, without the folders below it. The current row stays the one of the same file.
     void RefreshList();
+    /// The same after files were renamed: the current row becomes the one of that text, where there is one.
+    void RefreshListAt(const QString &rowText);
     /// Lists the current folder with all folders below it.
     void ListFolderTree();
     /// Reads the tags of all rows again; the rows and their order stay.
@@ -53,6 +55,7 @@ private:
     FileList &m_list;
     StatusPanels &m_panels;
     Busy &m_busy;
+    QString m_nextCurrent; ///< the row that becomes current with the next filling; empty: the one that is
 };
 
 } // namespace ravlin

@@ -1,6 +1,7 @@
 #include "app/ui/principal.h"
 
 #include "app/ui/batchpages.h"
+#include "app/ui/foldercommand.h"
 #include "app/ui/listcontroller.h"
 #include "app/ui/modetabs.h"
 #include "app/ui/openwindows.h"
@@ -45,6 +46,7 @@ constexpr QStringView SplitterPositionKey = u"splitter Position";
 
 constexpr int CaptionSingleFile = 39;
 constexpr int CaptionSingleFileTip = 42;
+constexpr int CaptionRenameFolder = 28;
 constexpr int CaptionSelectAll = 30;
 constexpr int CaptionSelectNone = 36;
 constexpr int CaptionOptions = 31;
@@ -99,6 +101,7 @@ void principal::createToolbar()
 {
     tb = new Toolbar(this, m_area);
     tb->setObjectName(QStringLiteral("tb"));
+    m_renameFolder = tb->addButton(7, {CaptionRenameFolder, QStringLiteral("folder-pen"), {}});
     m_selectAll = tb->addButton(12, {CaptionSelectAll, QStringLiteral("list-checks"), QKeySequence::SelectAll});
     m_selectNone = tb->addMenuEntry(12, QStringLiteral("none"),
         {CaptionSelectNone, QStringLiteral("list-x"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)});
@@ -150,6 +153,8 @@ void principal::connectParts()
     connect(m_batchPages, &BatchPages::finished, this, &principal::showCurrentFile);
     connect(ListView1, &FileList::rightClicked, this, [this] { tabs->setCurrentIndex(0); });
     connect(ListView1, &FileList::fileActivated, this, &principal::activateFile);
+    auto *folderCommand = new FolderCommand(m_program, *m_services, *folder, *ListView1, this);
+    connect(m_renameFolder, &QAction::triggered, folderCommand, &FolderCommand::openDialog);
     connect(m_selectAll, &QAction::triggered, ListView1, &FileList::selectAllRows);
     connect(m_selectNone, &QAction::triggered, ListView1, &FileList::selectNone);
     m_dialogs = new ProgramDialogs(m_program, this);

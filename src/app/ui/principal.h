@@ -73,6 +73,7 @@ private:
     Busy *m_busy = nullptr;
     QWidget *m_area = nullptr;
     Toolbar *tb = nullptr;
+    QAction *m_renameFolder = nullptr; ///< tb_7
     QAction *m_selectAll = nullptr;
     QAction *m_selectNone = nullptr;
     QAction *m_options = nullptr;

@@ -68,6 +68,12 @@ void WindowServices::refreshList()
     m_controller.RefreshList();
 }
 
+void WindowServices::refreshListAt(const QString &path)
+{
+    const QString &folder = m_controller.currentFolder();
+    m_controller.RefreshListAt(path.startsWith(folder) ? path.mid(folder.size()) : QString());
+}
+
 bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work)
 {
     if (m_busy.isRunning())

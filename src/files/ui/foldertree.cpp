@@ -123,6 +123,16 @@ void FolderTree::refresh()
     announce();
 }
 
+void FolderTree::refreshTo(const QString &newPath)
+{
+    m_isChanging = true;
+    m_model->refresh();
+    selectFolder(newPath);
+    m_isChanging = false;
+    scheduleDelayedItemsLayout();
+    announce();
+}
+
 void FolderTree::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
 {
     QTreeView::selectionChanged(selected, deselected);

@@ -23,6 +23,8 @@ public:
     bool setPath(const QString &path);
     /// Reads what is shown from the disk again. If the selected folder is gone its nearest ancestor gets selected.
     void refresh();
+    /// The same, and selects that folder: the selected one has been renamed to it, or moved there.
+    void refreshTo(const QString &newPath);
 
 Q_SIGNALS:
     /// Another folder was selected, by the user, by setPath or because the old one is gone.

@@ -90,10 +90,11 @@ QWidget *MultiFilePage::createContent()
     auto *fields = new QGridLayout;
     for (int i = 0; i < static_cast<int>(m_fields.size()); ++i) {
         const Field &field = m_fields[static_cast<std::size_t>(i)];
-        fields->addWidget(field.check, i / 2, i % 2 * 2);
-        fields->addWidget(field.box, i / 2, i % 2 * 2 + 1);
+        fields->addWidget(field.check, i / 2, i % 2 * 3);
+        fields->addWidget(field.box, i / 2, i % 2 * 3 + 1);
     }
     fields->setColumnStretch(1, 1);
+    fields->setColumnMinimumWidth(2, fontMetrics().averageCharWidth());
     for (DigitsEdit *edit : {tma_o, tmpista}) {
         constexpr int Digits = 4;
         edit->setFixedWidth(

@@ -6,6 +6,9 @@
 #include "app/ui/opciones.h"
 #include "app/ui/principalfixture.h"
 #include "controls/ui/frmabout.h"
+#include "naming/placeholders.h"
+#include "naming/ui/clashdialog.h"
+#include "naming/ui/dialog.h"
 #include "tags/tageditor.h"
 
 #include <QAbstractItemView>
@@ -48,6 +51,13 @@ QList<WindowMaker> windowMakers()
         {u"opciones"_s, [](Program &program) { return new opciones(program); }, {},
             {u"general"_s, u"tags"_s, u"freedb"_s, u"email"_s, u"id3v1"_s, u"id3v2"_s, u"ID3v2.3"_s, u"ID3v2.4"_s,
                 u"spanish"_s, u"english"_s, u"french"_s, defaults::Server.toString(), defaults::Mail.toString()}},
+        {u"Dialog"_s,
+            [](Program &program) {
+                return new Dialog({program.settings, program.captions, program.tagStore, program.fileSystem},
+                    QDir::tempPath(), QString());
+            }},
+        {u"clash"_s,
+            [](Program &program) { return new ClashDialog(program.captions, u"1.mp3"_s, u"2.mp3"_s, nullptr); }},
         {u"frmAbout"_s, [](Program &program) { return new frmAbout(program.captions); }, {},
             {u"ravlin!"_s, u"version "_s + QStringLiteral(RAVLIN_VERSION), u"TagLib"_s, u"freedb"_s,
                 u"https://taglib.org/"_s, u"https://gnudb.org/"_s, defaults::WebSite.toString(),
@@ -125,6 +135,12 @@ public:
             static const QRegularExpression place(u"\\\\%\\d"_s); // as escape() leaves it
             const QString pattern = QRegularExpression::escape(text).replace(place, u".*"_s);
             m_patterns << QRegularExpression(QRegularExpression::anchoredPattern(pattern));
+        }
+        for (const auto &[first, second] : {std::pair(16, 54), std::pair(13, 54), std::pair(16, 15)}) // naming rules
+            m_texts << captions.text(first) + u" - "_s + captions.text(second);
+        for (const auto &table : {renamePlaceholders(), extractionPlaceholders(), folderPlaceholders()}) {
+            for (const Placeholder &placeholder : table)
+                m_texts << placeholderLabel(placeholder, captions.text(placeholder.caption));
         }
         const QStringList genres = genreListEntries();
         m_texts.unite(QSet<QString>(genres.begin(), genres.end()));

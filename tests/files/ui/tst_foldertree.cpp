@@ -58,6 +58,19 @@ private Q_SLOTS:
         QCOMPARE(childrenOf(root()), list("A b B2 c"));
     }
 
+    void refreshToFollowsARenamedFolderAndReportsItOnce()
+    {
+        make("old/sub");
+        open();
+        m_tree->setPath(at(QStringLiteral("old")));
+        QVERIFY(QDir(m_folder->path()).rename(QStringLiteral("old"), QStringLiteral("new")));
+        QSignalSpy changed(m_tree.get(), &FolderTree::pathChanged);
+        m_tree->refreshTo(at(QStringLiteral("new")));
+        QCOMPARE(m_tree->path(), at(QStringLiteral("new")));
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(childrenOf(root()), list("new"));
+    }
+
     void onlyFoldersWithVisibleSubfoldersCanBeOpened()
     {
         make("full/sub");

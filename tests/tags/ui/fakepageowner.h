@@ -65,6 +65,11 @@ public:
         events << QStringLiteral("refresh");
         onRefresh();
     }
+    void refreshListAt(const QString &path) override
+    {
+        events << QStringLiteral("refresh at ") + path;
+        onRefresh();
+    }
     bool runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) override
     {
         if (isBusy)

@@ -1,0 +1,52 @@
+#include "app/ui/foldercommand.h"
+
+#include "app/pageowner.h"
+#include "app/ui/program.h"
+#include "files/renaming.h"
+#include "files/ui/filelist.h"
+#include "files/ui/foldertree.h"
+#include "naming/ui/dialog.h"
+#include "naming/ui/problemtext.h"
+
+namespace ravlin {
+
+FolderCommand::FolderCommand(
+    Program &program, PageOwner &owner, FolderTree &tree, const FileList &list, QWidget *window)
+    : QObject(window), m_program(program), m_owner(owner), m_tree(tree), m_list(list), m_window(window)
+{
+}
+
+void FolderCommand::openDialog()
+{
+    const QString folder = m_program.state.currentFolder;
+    if (folder.isEmpty())
+        return;
+    const QString firstFile = m_list.rowCount() == 0 ? QString() : folder + m_list.rowText(0);
+    auto *dialog = new Dialog({m_program.settings, m_program.captions, m_program.tagStore, m_program.fileSystem},
+        folder, firstFile, m_window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &Dialog::renameRequested, this, &FolderCommand::rename);
+    dialog->show();
+}
+
+void FolderCommand::rename(const RenameWish &wish)
+{
+    RenameRow row;
+    const bool ran = m_owner.runWithProgress(1, [&](BatchProgress &progress) {
+        const RenamingPlan plan(m_program.fileSystem, {wish});
+        row = runRenaming(m_program.fileSystem, plan, progress).rows.front();
+    });
+    if (!ran)
+        return;
+    const Captions &captions = m_program.captions;
+    if (row.renames())
+        m_tree.refreshTo(row.path);
+    else if (row.problem)
+        m_owner.showError(problemText(captions, *row.problem));
+    else if (row.error)
+        m_owner.showError(captions.errorText(row.error->code));
+    else if (row.isCollision)
+        m_owner.showError(captions.text(Text::ErrorAlreadyExists));
+}
+
+} // namespace ravlin

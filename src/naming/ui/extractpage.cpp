@@ -1,0 +1,151 @@
+#include "naming/ui/extractpage.h"
+
+#include "app/idiomas.h"
+#include "app/pageowner.h"
+#include "controls/ui/icons.h"
+#include "naming/extraction.h"
+#include "naming/placeholders.h"
+#include "naming/ui/patternbox.h"
+#include "naming/ui/placeholderbox.h"
+#include "naming/ui/placeholderlabel.h"
+#include "naming/ui/preview.h"
+#include "tags/tagstore.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionSave = 18;
+constexpr int CaptionVariables = 23;
+constexpr int CaptionMask = 24;
+constexpr int CaptionPreview = 53;
+constexpr int CaptionLowSpace = 86;
+constexpr int LabelsInARow = 4;
+
+} // namespace
+
+ExtractPage::ExtractPage(const NamingContext &context, QWidget *parent)
+    : PageArea(parent), m_context(context), m_patternLabel(new QLabel(this)),
+      tpatron(new PatternBox(QStringLiteral("tpatron"), PatternHistory::Extraction, context.settings, this)),
+      m_placeholders(new PlaceholderBox(CaptionVariables, extractionPlaceholders(), LabelsInARow, this)),
+      m_hint(new QLabel(this)), m_preview(new QPushButton(this)), extrae(new QPushButton(this))
+{
+    setObjectName(QStringLiteral("extractPage"));
+    m_hint->setObjectName(QStringLiteral("extractHint"));
+    m_preview->setObjectName(QStringLiteral("extractPreview"));
+    extrae->setObjectName(QStringLiteral("extrae"));
+    m_patternLabel->setBuddy(tpatron);
+    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    setContent(createContent());
+    connectControls();
+    applyIcons();
+    applyCaptions();
+}
+
+QWidget *ExtractPage::createContent()
+{
+    auto *content = new QWidget(this);
+    auto *rows = new QVBoxLayout(content);
+    auto *mask = new QHBoxLayout;
+    mask->addWidget(m_patternLabel);
+    mask->addWidget(tpatron, 1);
+    auto *foot = new QHBoxLayout;
+    foot->addWidget(m_hint, 1);
+    foot->addWidget(m_preview);
+    foot->addWidget(extrae);
+    rows->addLayout(mask);
+    rows->addWidget(m_placeholders);
+    rows->addLayout(foot);
+    rows->addStretch();
+
+    QWidget *previous = tpatron;
+    for (PlaceholderLabel *label : m_placeholders->labels()) {
+        QWidget::setTabOrder(previous, label);
+        previous = label;
+    }
+    QWidget::setTabOrder(previous, m_preview);
+    QWidget::setTabOrder(m_preview, extrae);
+    return content;
+}
+
+void ExtractPage::connectControls()
+{
+    connect(m_placeholders, &PlaceholderBox::clicked, tpatron, &PatternBox::append);
+    connect(extrae, &QPushButton::clicked, this, &ExtractPage::run);
+    connect(m_preview, &QPushButton::clicked, this, &ExtractPage::showPreview);
+}
+
+void ExtractPage::selectionChanged()
+{
+    const Captions &captions = m_context.captions;
+    const qsizetype count = m_context.owner.selectedCount();
+    QString hint;
+    if (count == 0)
+        hint = captions.text(Text::HintNoFile);
+    else if (count > 1)
+        hint = captions.text(Text::HintManyFiles).arg(count);
+    m_hint->setText(hint);
+}
+
+void ExtractPage::applyCaptions()
+{
+    const Captions &captions = m_context.captions;
+    m_patternLabel->setText(captions.text(CaptionMask));
+    tpatron->setName(captions.text(CaptionMask));
+    tpatron->setToolTip(captions.text(Text::TipMask));
+    m_placeholders->applyCaptions(captions);
+    m_preview->setText(captions.text(CaptionPreview));
+    m_preview->setToolTip(captions.text(Text::TipPreview));
+    extrae->setText(captions.text(CaptionSave));
+    extrae->setToolTip(captions.text(Text::TipExtract));
+    for (QPushButton *button : {m_preview, extrae}) {
+        button->setAccessibleDescription(button->toolTip());
+        button->setMinimumWidth(button->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+    }
+    selectionChanged();
+    contentChanged();
+}
+
+void ExtractPage::applyIcons()
+{
+    m_preview->setIcon(themedIcon(QStringLiteral("eye"), palette()));
+    extrae->setIcon(themedIcon(QStringLiteral("save"), palette()));
+}
+
+void ExtractPage::changeEvent(QEvent *event)
+{
+    PageArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && widget() != nullptr)
+        applyIcons();
+}
+
+void ExtractPage::run()
+{
+    const QStringList paths = m_context.owner.selectedPaths();
+    const QString pattern = tpatron->text();
+    tpatron->remember();
+    ExtractionOutcome outcome;
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+        outcome = runExtraction(paths, pattern, m_context.tagStore, m_context.state, progress);
+    });
+    if (!ran)
+        return;
+    if (outcome.rows.hasError(ErrorCode::LowSpace))
+        m_context.owner.showError(m_context.captions.text(CaptionLowSpace));
+    m_context.owner.refreshList();
+    Q_EMIT finished();
+}
+
+void ExtractPage::showPreview()
+{
+    tpatron->remember();
+    m_context.state.previewMode = PreviewMode::Extrae;
+    preview::open(m_context, {m_context.owner.selectedPaths(), tpatron->text(), {}}, window());
+}
+
+} // namespace ravlin

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/filesystem.h"
+
+namespace ravlin {
+
+class Captions;
+class PageOwner;
+class Settings;
+class TagStore;
+struct ProgramState;
+
+/// What the pages that work on names, and their windows, work with. All of it outlives them.
+struct NamingContext
+{
+    PageOwner &owner;
+    ProgramState &state;
+    TagStore &tagStore;
+    const Captions &captions;
+    Settings &settings; ///< for the patterns used before
+    platform::FileSystem &fileSystem = platform::FileSystem::native();
+};
+
+} // namespace ravlin

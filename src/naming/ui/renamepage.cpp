@@ -1,0 +1,300 @@
+#include "naming/ui/renamepage.h"
+
+#include "app/idiomas.h"
+#include "app/pageowner.h"
+#include "controls/ui/conversionbox.h"
+#include "controls/ui/icons.h"
+#include "files/filerenaming.h"
+#include "naming/filename.h"
+#include "naming/placeholders.h"
+#include "naming/sessionchoices.h"
+#include "naming/ui/clashdialog.h"
+#include "naming/ui/patternbox.h"
+#include "naming/ui/placeholderbox.h"
+#include "naming/ui/placeholderlabel.h"
+#include "naming/ui/preview.h"
+#include "tags/tagstore.h"
+
+#include <QCheckBox>
+#include <QEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include <algorithm>
+#include <optional>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionTrack = 13;
+constexpr int CaptionArtist = 16;
+constexpr int CaptionVariables = 19;
+constexpr int CaptionRename = 20;
+constexpr int CaptionAdvanced = 21;
+constexpr int CaptionPreview = 53;
+constexpr int CaptionTitle = 54;
+constexpr int LabelsInARow = 4;
+
+template <typename Control>
+Control *made(const char *name, QWidget *parent)
+{
+    auto *control = new Control(parent);
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+/// Where a file is after the run.
+QString placeOf(const QString &path, const RenamingOutcome &outcome)
+{
+    const auto row = std::ranges::find(outcome.rows, path, &RenameRow::from);
+    return row == outcome.rows.end() ? path : row->path;
+}
+
+} // namespace
+
+RenamePage::RenamePage(const NamingContext &context, QWidget *parent) : PageArea(parent), m_context(context)
+{
+    setObjectName(QStringLiteral("renamePage"));
+    createControls();
+    setContent(createContent());
+    setTabOrder();
+    connectControls();
+    applyIcons();
+    applyCaptions();
+    showChoices({});
+}
+
+void RenamePage::createControls()
+{
+    op1 = made<QRadioButton>("op1", this);
+    op2 = made<QRadioButton>("op2", this);
+    op3 = made<QRadioButton>("op3", this);
+    tavanzado = new PatternBox(QStringLiteral("tavanzado"), PatternHistory::Renaming, m_context.settings, this);
+    m_placeholders = new PlaceholderBox(CaptionVariables, renamePlaceholders(), LabelsInARow, this);
+    m_caseConversion = new ConversionBox(ConversionPairs[RenameCasePair], this);
+    m_replaceConversion = new ConversionBox(ConversionPairs[RenameReplacePair], this);
+    m_hint = made<QLabel>("renameHint", this);
+    m_preview = made<QPushButton>("renamePreview", this);
+    Command2 = made<QPushButton>("Command2", this);
+    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+}
+
+QWidget *RenamePage::createContent()
+{
+    auto *content = new QWidget(this);
+    auto *rows = new QVBoxLayout(content);
+
+    auto *advanced = new QHBoxLayout;
+    advanced->addWidget(op3);
+    advanced->addWidget(tavanzado, 1);
+    auto *rules = new QHBoxLayout;
+    rules->addWidget(op1);
+    rules->addWidget(op2);
+    rules->addStretch();
+
+    auto *upper = new QGridLayout;
+    upper->addLayout(rules, 0, 0);
+    upper->addLayout(advanced, 1, 0);
+    upper->addWidget(m_caseConversion, 0, 1);
+    upper->addWidget(m_replaceConversion, 1, 1);
+    upper->setColumnStretch(0, 1);
+    upper->setHorizontalSpacing(fontMetrics().averageCharWidth() * 2);
+
+    auto *foot = new QHBoxLayout;
+    foot->addWidget(m_hint, 1);
+    foot->addWidget(m_preview);
+    foot->addWidget(Command2);
+
+    rows->addLayout(upper);
+    rows->addWidget(m_placeholders);
+    rows->addLayout(foot);
+    rows->addStretch();
+    return content;
+}
+
+void RenamePage::setTabOrder()
+{
+    QWidget *previous = op1;
+    const auto next = [&previous](QWidget *control) {
+        QWidget::setTabOrder(previous, control);
+        previous = control;
+    };
+    next(op2);
+    next(op3);
+    next(tavanzado);
+    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
+        next(pair->checkBox());
+        next(pair->list());
+    }
+    for (PlaceholderLabel *label : m_placeholders->labels())
+        next(label);
+    next(m_preview);
+    next(Command2);
+}
+
+void RenamePage::connectControls()
+{
+    connect(op3, &QRadioButton::toggled, this, &RenamePage::updateEnabling);
+    connect(m_placeholders, &PlaceholderBox::clicked, tavanzado, &PatternBox::append);
+    connect(Command2, &QPushButton::clicked, this, &RenamePage::run);
+    connect(m_preview, &QPushButton::clicked, this, &RenamePage::showPreview);
+}
+
+/// The advanced pattern counts under its own rule only.
+void RenamePage::updateEnabling()
+{
+    tavanzado->setEnabled(op3->isChecked());
+    m_placeholders->setEnabled(op3->isChecked());
+}
+
+int RenamePage::chosenRule() const
+{
+    return op1->isChecked() ? 1 : op2->isChecked() ? 2 : op3->isChecked() ? 3 : 0;
+}
+
+void RenamePage::showChoices(const SessionChoices &choices)
+{
+    int number = 0;
+    for (QRadioButton *option : {op1, op2, op3}) {
+        // One of a group can't be unchecked by itself.
+        option->setAutoExclusive(false);
+        option->setChecked(++number == choices.renameMode);
+    }
+    for (QRadioButton *option : {op1, op2, op3})
+        option->setAutoExclusive(true);
+    if (!choices.renamePattern.isEmpty())
+        tavanzado->setText(choices.renamePattern);
+    m_caseConversion->setChoice(choices.conversions[RenameCasePair]);
+    m_replaceConversion->setChoice(choices.conversions[RenameReplacePair]);
+    updateEnabling();
+}
+
+void RenamePage::storeChoices(SessionChoices &choices) const
+{
+    choices.renameMode = chosenRule();
+    choices.renamePattern = tavanzado->text();
+    choices.conversions[RenameCasePair] = m_caseConversion->choice();
+    choices.conversions[RenameReplacePair] = m_replaceConversion->choice();
+}
+
+void RenamePage::selectionChanged()
+{
+    const Captions &captions = m_context.captions;
+    const qsizetype count = m_context.owner.selectedCount();
+    QString hint;
+    if (count == 0)
+        hint = captions.text(Text::HintNoFile);
+    else if (count > 1)
+        hint = captions.text(Text::HintRenameFiles).arg(count);
+    m_hint->setText(hint);
+}
+
+void RenamePage::applyCaptions()
+{
+    const Captions &captions = m_context.captions;
+    const QString title = captions.text(CaptionTitle);
+    op1->setText(QStringLiteral("%1 - %2").arg(captions.text(CaptionArtist), title));
+    op2->setText(QStringLiteral("%1 - %2").arg(captions.text(CaptionTrack), title));
+    op3->setText(captions.text(CaptionAdvanced));
+    tavanzado->setName(captions.text(CaptionAdvanced));
+    m_placeholders->applyCaptions(captions);
+    m_caseConversion->applyCaptions(captions);
+    m_replaceConversion->applyCaptions(captions);
+    m_preview->setText(captions.text(CaptionPreview));
+    Command2->setText(captions.text(CaptionRename));
+    for (QPushButton *button : {m_preview, Command2})
+        button->setMinimumWidth(button->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+    applyToolTips();
+    selectionChanged();
+    contentChanged();
+}
+
+void RenamePage::applyToolTips()
+{
+    const Captions &captions = m_context.captions;
+    for (QRadioButton *option : {op1, op2, op3})
+        option->setToolTip(captions.text(Text::TipNamingRule));
+    tavanzado->setToolTip(captions.text(Text::TipAdvancedPattern));
+    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
+        pair->checkBox()->setToolTip(captions.text(Text::TipConvertNames));
+        pair->list()->setToolTip(captions.text(Text::TipConvertNames));
+    }
+    m_preview->setToolTip(captions.text(Text::TipPreview));
+    Command2->setToolTip(captions.text(Text::TipRename));
+    for (QPushButton *button : {m_preview, Command2})
+        button->setAccessibleDescription(button->toolTip());
+}
+
+void RenamePage::applyIcons()
+{
+    m_preview->setIcon(themedIcon(QStringLiteral("eye"), palette()));
+    Command2->setIcon(themedIcon(QStringLiteral("file-pen"), palette()));
+}
+
+void RenamePage::changeEvent(QEvent *event)
+{
+    PageArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && widget() != nullptr)
+        applyIcons();
+}
+
+NamingRule RenamePage::rule() const
+{
+    return {chosenRule(), tavanzado->text(), m_caseConversion->choice(), m_replaceConversion->choice()};
+}
+
+/// Asks about every name that is taken. Nothing has been renamed by then.
+void RenamePage::answerClashes(RenamingPlan &plan)
+{
+    while (const std::optional<std::size_t> row = plan.nextClash()) {
+        const RenameRow &clash = plan.rows()[*row];
+        ClashDialog dialog(m_context.captions, fileName(clash.wanted), fileName(clash.from), window());
+        const ClashDialog::Decision decision = dialog.decide();
+        if (decision.forAll)
+            plan.answerAll(decision.answer);
+        else
+            plan.answer(*row, decision.answer);
+    }
+}
+
+void RenamePage::run()
+{
+    const QStringList paths = m_context.owner.selectedPaths();
+    const QString current = m_context.owner.currentPath();
+    const NamingRule chosen = rule();
+    rememberPattern();
+    std::optional<FileRenaming> renaming;
+    const bool planned = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+        renaming = planFileRenaming(paths, chosen, m_context.tagStore, m_context.fileSystem, progress);
+    });
+    if (!planned || !renaming)
+        return;
+    answerClashes(renaming->plan);
+    RenamingOutcome outcome;
+    const bool ran = m_context.owner.runWithProgress(paths.size(),
+        [&](BatchProgress &progress) { outcome = runRenaming(m_context.fileSystem, renaming->plan, progress); });
+    if (!ran)
+        return;
+    m_context.owner.refreshListAt(placeOf(current, outcome));
+    Q_EMIT finished();
+    const std::size_t renamed = outcome.count(RenameState::Rename);
+    m_hint->setText(m_context.captions.text(Text::HintRenamed).arg(renamed).arg(outcome.rows.size() - renamed));
+}
+
+void RenamePage::showPreview()
+{
+    rememberPattern();
+    m_context.state.previewMode = PreviewMode::Rename;
+    preview::open(m_context, {m_context.owner.selectedPaths(), {}, rule()}, window());
+}
+
+void RenamePage::rememberPattern()
+{
+    if (op3->isChecked())
+        tavanzado->remember();
+}
+
+} // namespace ravlin

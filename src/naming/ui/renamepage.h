@@ -1,0 +1,74 @@
+#pragma once
+
+#include "controls/ui/pagearea.h"
+#include "naming/ui/namingcontext.h"
+
+class QLabel;
+class QPushButton;
+class QRadioButton;
+
+namespace ravlin {
+
+class ConversionBox;
+class PatternBox;
+class PlaceholderBox;
+class RenamingPlan;
+struct NamingRule;
+struct SessionChoices;
+
+/// The page that names files after their tags: the three rules, the advanced one's pattern, the conversions of the new
+/// name, the run and its preview.
+///
+/// The window that holds it calls selectionChanged() whenever rows were selected or unselected, and applyCaptions() at
+/// a change of the language.
+class RenamePage : public PageArea
+{
+    Q_OBJECT
+
+public:
+    explicit RenamePage(const NamingContext &context, QWidget *parent = nullptr);
+
+    /// What the settings remember of the page.
+    void showChoices(const SessionChoices &choices);
+    void storeChoices(SessionChoices &choices) const;
+
+    /// Says how many files a run would rename.
+    void selectionChanged();
+    void applyCaptions();
+
+Q_SIGNALS:
+    /// A run has ended and the list was filled again: the current row is to be shown again.
+    void finished();
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void createControls();
+    QWidget *createContent();
+    void setTabOrder();
+    void connectControls();
+    void updateEnabling();
+    void applyToolTips();
+    void applyIcons();
+    int chosenRule() const;
+    NamingRule rule() const;
+    void answerClashes(RenamingPlan &plan);
+    void run();
+    void showPreview();
+    void rememberPattern();
+
+    NamingContext m_context;
+    QRadioButton *op1;
+    QRadioButton *op2;
+    QRadioButton *op3;
+    PatternBox *tavanzado;
+    PlaceholderBox *m_placeholders;     ///< lt_0 to lt_7
+    ConversionBox *m_caseConversion;    ///< op4_0, ccase_0
+    ConversionBox *m_replaceConversion; ///< op4_3, ccase_3
+    QLabel *m_hint;
+    QPushButton *m_preview;
+    QPushButton *Command2;
+};
+
+} // namespace ravlin
