@@ -131,6 +131,7 @@ class Node:
             yield from child.walk(tables)
 
     def find_all(self, role, name=None):
+        """All of that role, and of that name where one is given, in the order of the tree."""
         found = []
         for node in self.walk():
             try:

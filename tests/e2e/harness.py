@@ -74,8 +74,8 @@ class EndToEndTest(unittest.TestCase):
                 return value.strip()
         return ""
 
-    def start(self, *arguments):
-        self.program = Program(self.desktop, *arguments)
+    def start(self, *arguments, **options):
+        self.program = Program(self.desktop, *arguments, **options)
         return self.program
 
     def close(self):

@@ -2,10 +2,10 @@
 
 import os
 
-from waiting import Gone, wait_until
+from waiting import LIMIT, wait_until
 
 PROGRAM = os.path.join(os.environ["RAVLIN_BIN_DIR"], "ravlin")
-TRY_AGAIN = 10.0  # seconds before something that may be done twice is done again
+TRY_AGAIN = 15.0  # seconds before what shows no effect is done again
 
 
 def centre(extents):
@@ -14,9 +14,13 @@ def centre(extents):
 
 
 class Program:
+    """The names by which parts of the window are found are those of the language that it speaks; English at first."""
+
     def __init__(self, desktop, *arguments, window=("frame", "ravlin!")):
         """window: role and name of the one that comes up first."""
         self.desktop = desktop
+        self.list_name = "file list"
+        self.window = None
         with open(desktop.folder / "program.log", "ab") as log:
             self._process = desktop.start([PROGRAM, *map(os.fspath, arguments)], stdout=log, stderr=log)
         self.application = self.wait(lambda: desktop.bus.application(self._process.pid), "the program on the bus")
@@ -29,12 +33,23 @@ class Program:
         places = []
         self.wait(lambda: self._rests(places), "the window at its place")
 
+    def open_dialog(self, button, title):
+        self.press(button, lambda: self.seen("dialog", title), f"dialog '{title}'")
+        self.enter("dialog", title)
+        return self.window
+
+    def close_dialog(self, button):
+        """Closes the dialog that was entered, by that button, and goes back into the main window."""
+        dialog = self.window
+        self.press(button, lambda: dialog not in self.application.children, "the dialog's end", inside=dialog)
+        self.enter("frame", "ravlin!")
+
     def _rests(self, places):
         """Whether the window manager is done with moving it: the same place ten times."""
         places.append(self.window.extents)
         return len(places) > 10 and len(set(map(tuple, places[-10:]))) == 1
 
-    def wait(self, condition, what, limit=60.0):
+    def wait(self, condition, what, limit=LIMIT):
         return wait_until(condition, what, limit, self._must_run)
 
     def _must_run(self):
@@ -43,15 +58,15 @@ class Program:
 
     # Controls
 
-    def seen(self, role, name=None):
+    def seen(self, role, name=None, inside=None):
         """The control of that role and name that is on the screen now; None where there is none."""
-        for node in self.application.find_all(role, name):
+        for node in (inside or self.application).find_all(role, name):
             if "showing" in node.states:
                 return node
         return None
 
-    def wait_for(self, role, name=None):
-        return self.wait(lambda: self.seen(role, name), f"{role} '{name}'")
+    def wait_for(self, role, name=None, inside=None):
+        return self.wait(lambda: self.seen(role, name, inside), f"{role} '{name}'")
 
     def combo_box(self, label):
         """The one with that label; its own name is its chosen entry."""
@@ -63,7 +78,7 @@ class Program:
 
     @property
     def list(self):
-        return self.wait_for("tree", "file list")
+        return self.wait_for("tree", self.list_name)
 
     @property
     def tree(self):
@@ -76,14 +91,14 @@ class Program:
         """The texts of the two status panels."""
         return [label.name for label in self.wait_for("status bar").find_all("label")]
 
-    def file_rows(self):
-        """The first column's texts."""
-        table = self.list
+    def file_rows(self, table=None):
+        """The first column's texts, of the file list if no other is told."""
+        table = table or self.list
         return [table.cell(row).name for row in range(table.row_count)]
 
-    def row(self, number, columns=8):
+    def row(self, number, table=None, columns=8):
         """All texts of a row."""
-        table = self.list
+        table = table or self.list
         return [table.cell(number, column).name for column in range(columns)]
 
     def selected_rows(self):
@@ -92,16 +107,27 @@ class Program:
 
     # What a user does
 
-    def press(self, name, role="push button"):
-        """One click on a button, once it can be clicked."""
+    def click(self, node):
+        self.desktop.click(*centre(node.extents))
+
+    def press(self, name, condition, what, inside=None):
+        """Clicks on a button, once it can be clicked, until it shows."""
         def ready():
-            button = self.seen(role, name)
+            button = self.seen("push button", name, inside)
             return button if button is not None and "enabled" in button.states else None
 
-        self.desktop.click(*centre(self.wait(ready, f"{role} '{name}' to click on").extents))
+        def click():
+            button = ready()
+            if button is not None:
+                self.click(button)
+
+        self.wait(ready, f"button '{name}' to click on")
+        self.again_until(click, condition, what)
 
     def again_until(self, action, condition, what):
-        """Does something that may be done twice until it shows, since a busy window may not have heard it."""
+        """Does something until it shows. It is done again after a time in which every window that heard it has shown it:
+        a key or a click goes lost when, on a busy machine, it meets a window that is just getting the focus.
+        """
         for _ in range(5):
             action()
             try:
@@ -110,26 +136,59 @@ class Program:
                 self._must_run()
         return self.wait(condition, what)
 
+    def key_until(self, keys, condition, what):
+        """Strikes keys, several with blanks between them, until it shows."""
+        self.again_until(lambda: self.desktop.key(*keys.split()), condition, what)
+
     def focus(self, role, name):
         node = self.wait_for(role, name)
-        self.again_until(lambda: self.desktop.click(*centre(node.extents)), lambda: "focused" in node.states,
+        self.again_until(lambda: self.click(node), lambda: "focused" in node.states,
                          f"the focus on {role} '{name}'")
         return node
 
     def fill(self, name, text):
-        """Types a text into a text box, in the place of what is there."""
+        """Types a text into a text box, in the place of what is there; what no key types goes over the bus."""
         box = self.focus("text", name)
 
         def write():
             self.desktop.key("ctrl+a")
-            if text.isascii() and text:
+            if text.isascii():
                 self.desktop.type(text)
-            elif text:
-                box.text = text
             else:
-                self.desktop.key("Delete")
+                box.text = text
 
         self.again_until(write, lambda: box.text == text, lambda: f"'{text}' in '{name}', but it is '{box.text}'")
+
+    def switch(self, role, name, on=True):
+        """Ticks a check box, chooses an option, or takes the tick away."""
+        box = self.wait_for(role, name)
+        is_so = lambda: ("checked" in box.states) == on  # noqa: E731
+
+        def click():
+            if not is_so():
+                self.click(box)
+
+        self.again_until(click, is_so, f"{role} '{name}' {'on' if on else 'off'}")
+        return box
+
+    def switch_conversion(self, name, key=None, entry=None):
+        """Ticks a conversion and, by a key in the list behind it, chooses the entry; without a key it is switched off."""
+        box = self.switch("check box", name, on=False)
+        if key is None:
+            return
+        self.switch("check box", name)
+        self.wait(lambda: "focused" in box.states, f"the focus on '{name}'")
+        self.key_until("Tab", self.focused_combo_box, f"the focus on the list of '{name}'")
+        entries = self.focused_combo_box()
+        self.key_until(key, lambda: entries.name == entry, f"'{entry}' chosen for '{name}'")
+
+    def focused_combo_box(self):
+        return next((box for box in self.application.find_all("combo box") if "focused" in box.states), None)
+
+    def open_page(self, tab, control):
+        """Chooses a tab; control is the role and name of something on its page."""
+        page = self.wait_for("page tab", tab)
+        self.again_until(lambda: self.click(page), lambda: self.seen(*control), f"page '{tab}'")
 
     def wait_for_rows(self, rows):
         self.wait(lambda: self.file_rows() == rows, lambda: f"the list with {rows}, but it is {self.file_rows()}")
@@ -137,15 +196,16 @@ class Program:
     def click_row(self, number):
         """Clicks on a row and waits until it alone is selected and its file shown."""
         def click():
-            self.desktop.click(*centre(self.list.cell(number).extents))
+            self.click(self.list.cell(number))
 
         name = self.list.cell(number).name
         self.again_until(click, lambda: self.selected_rows() == [number] and self.status()[1].endswith("/" + name),
                          f"row {number} clicked")
 
-    def click_header(self, name):
+    def click_header(self, name, rows):
+        """Clicks on a column's header until the rows are in that order."""
         header = next(node for node in self.list.children[:8] if node.name == name)
-        self.desktop.click(*centre(header.extents))
+        self.again_until(lambda: self.click(header), lambda: self.file_rows() == rows, f"the order {rows}")
 
     def drag_row(self, number, to):
         """Drops a row in front of another, or behind the last, and waits for the new order."""
@@ -157,10 +217,14 @@ class Program:
         goal = edge[1] + edge[3] + 2 if below else edge[1]
         x = left + min(width // 2, 60)
         start = top + height // 2
-        self.desktop.drag((x, start), (x, (start + goal) // 2), (x, goal))
-        moved = rows.pop(number)
-        rows.insert(to if to < number else to - 1, moved)
-        self.wait_for_rows(rows)
+        former = list(rows)
+        rows.insert(to if to < number else to - 1, rows.pop(number))
+
+        def drag():
+            if self.file_rows() == former:
+                self.desktop.drag((x, start), (x, (start + goal) // 2), (x, goal))
+
+        self.again_until(drag, lambda: self.file_rows() == rows, f"the order {rows}")
         self.desktop.park_pointer()
 
     def folder_item(self, name):
@@ -170,7 +234,7 @@ class Program:
 
     def click_folder(self, name):
         item = self.wait(lambda: self.folder_item(name), f"folder '{name}' in the tree")
-        self.again_until(lambda: self.desktop.click(*centre(item.extents)),
+        self.again_until(lambda: self.click(item),
                          lambda: {"selected", "focused"} <= item.states, f"folder '{name}' chosen")
 
     def close(self):

@@ -37,11 +37,11 @@ class Opening(EndToEndTest):
         program.wait_for_rows([])
         program.wait(lambda: {"selected"} <= program.folder_item("Music").states, "the folder shown in the tree")
         program.click_folder("Music")
-        program.desktop.key("Right")
+        program.key_until("Right", lambda: program.folder_item("Mareas"), "the folders below it")
         program.click_folder("Mareas")
         program.wait_for_rows(["01 niebla.mp3", "02 ámbar.mp3"])
-        program.desktop.key("F2")
-        program.wait_for_rows(["01 niebla.mp3", "02 ámbar.mp3", "cd2/路面電車.mp3"])
+        below = ["01 niebla.mp3", "02 ámbar.mp3", "cd2/路面電車.mp3"]
+        program.key_until("F2", lambda: program.file_rows() == below, "the files below the folder")
         self.assertEqual(program.row(2)[2:6], ["夜の路面電車", "Nocturna", "Zenit", "2004"])
         program.click_folder("Zenit")
         program.wait_for_rows(["sin etiqueta.mp3"])
@@ -58,15 +58,13 @@ class Editing(EndToEndTest):
         program.wait(lambda: program.text_of("title") == self.OLD.title, "the file's title on the page")
         for name in ("title", "artist", "year", "track", "comment", "album"):
             program.fill(name, getattr(self.NEW, name))
-        program.desktop.key("Tab")
         genre = program.combo_box("genre")
-        program.wait(lambda: "focused" in genre.states, "the focus on the genre")
+        program.key_until("Tab", lambda: "focused" in genre.states, "the focus on the genre")
         self.assertEqual(genre.name, self.OLD.genre)
-        program.desktop.key("Home", "Down", "Down", "Down")  # past the empty entry
-        program.wait(lambda: genre.name == self.NEW.genre, "the genre chosen")
-        program.press("save id3")
+        # Past the empty entry.
+        program.key_until("Home Down Down Down", lambda: genre.name == self.NEW.genre, "the genre chosen")
         # The list is filled anew, with all rows selected, when the save is done.
-        program.wait(lambda: program.selected_rows() == [0, 1], "the list filled anew")
+        program.press("save id3", lambda: program.selected_rows() == [0, 1], "the list filled anew")
 
     def test_saving_writes_the_tags_that_each_mode_asks_for(self):
         kept = {"1": (self.NEW, self.OLD), "2": (self.OLD, self.NEW), "3": (self.NEW, self.NEW),
@@ -95,8 +93,7 @@ class Editing(EndToEndTest):
         program.wait_for_rows(["1.mp3", "2.mp3", "3.mp3"])
         program.click_row(0)
         for button, number in (("next", 2), ("next", 3), ("next", 3), ("previous", 2), ("previous", 1)):
-            program.press(button)
-            program.wait(lambda number=number: program.text_of("title") == f"Song {number}", f"file {number}")
+            program.press(button, lambda number=number: program.text_of("title") == f"Song {number}", f"file {number}")
             program.wait(lambda number=number: program.selected_rows() == [number - 1], f"row {number} selected")
             self.assertEqual(program.status(), ["3 files", str(self.music / f"{number}.mp3")])
             artist = program.wait_for("text", "artist")
@@ -111,11 +108,9 @@ class Editing(EndToEndTest):
         program.wait_for_rows(["a.mp3"])
         program.click_row(0)
         for kind, answer in (("remove id3v1 tag", "No"), ("remove id3v1 tag", "Yes"), ("remove id3v2 tag", "Yes")):
-            program.press(kind)
-            program.wait_for("label", kind + "?")
+            program.press(kind, lambda kind=kind: program.seen("label", kind + "?"), "the question")
             self.assertEqual(path.read_bytes(), before)
-            program.press(answer)
-            program.wait(lambda kind=kind: program.seen("label", kind + "?") is None, "the question's end")
+            program.press(answer, lambda kind=kind: program.seen("label", kind + "?") is None, "the question's end")
             if answer == "Yes":
                 button = program.wait_for("push button", kind)
                 program.wait(lambda button=button: "enabled" not in button.states, "nothing left to remove")
@@ -134,10 +129,8 @@ class Ordering(EndToEndTest):
             make_file(self.music / name, Song(title))
         program = self.start(self.music)
         program.wait_for_rows(["a.mp3", "b.mp3", "c.mp3", "d.mp3"])
-        program.click_header("title")
-        program.wait_for_rows(["b.mp3", "a.mp3", "d.mp3", "c.mp3"])
-        program.click_header("title")
-        program.wait_for_rows(["c.mp3", "d.mp3", "a.mp3", "b.mp3"])
+        program.click_header("title", ["b.mp3", "a.mp3", "d.mp3", "c.mp3"])
+        program.click_header("title", ["c.mp3", "d.mp3", "a.mp3", "b.mp3"])
         program.drag_row(0, to=2)
         program.drag_row(1, to=4)
         self.assertEqual(program.file_rows(), ["d.mp3", "a.mp3", "b.mp3", "c.mp3"])
@@ -171,10 +164,9 @@ class ComingBack(EndToEndTest):
         """By keys; returns where it then is."""
         before = self.splitter_place(program)
         splitter = program.wait_for("slider", "width of the folders")
-        program.desktop.key("Tab")  # from the folders, which were clicked
-        program.wait(lambda: "focused" in splitter.states, "the focus on the splitter")
-        program.desktop.key("Right", "Right", "Right")
-        program.wait(lambda: self.splitter_place(program) > before, "the splitter moved")
+        # From the folders, which were clicked.
+        program.key_until("Tab", lambda: "focused" in splitter.states, "the focus on the splitter")
+        program.key_until("Right", lambda: self.splitter_place(program) > before, "the splitter moved")
         return self.splitter_place(program)
 
 

@@ -3,15 +3,30 @@
 
 import unittest
 
+from collection import Song, make_file, read_v1, read_v2
 from harness import EndToEndTest
-from program import Program
+
+SONG = Song("Niebla", "Ana", "Mareas", "1998", "1", "Folk", "muelle")
 
 
 class FirstRun(EndToEndTest):
-    def start_afresh(self):
-        self.program = Program(self.desktop, window=("dialog", "options"))
-        self.assertIsNone(self.program.seen("frame", "ravlin!"))
-        return self.program
+    def start_afresh(self, *arguments):
+        program = self.start(*arguments, window=("dialog", "options"))
+        self.assertIsNone(program.seen("frame", "ravlin!"))
+        return program
+
+    def leave(self, program, key):
+        """The options, for the main window."""
+        program.key_until(key, lambda: program.seen("frame", "ravlin!"), "the main window")
+        program.enter("frame", "ravlin!")
+
+    def check_saving(self, program, path):
+        """Saves a file's tags in the French window, by mode 5."""
+        program.list_name = "liste de fichier"
+        program.wait_for_rows(["a.mp3", "b.mp3"])
+        program.click_row(0)
+        program.press("sauvegarder id3", lambda: program.selected_rows() == [0, 1], "the list filled anew")
+        self.assertEqual((read_v1(path), read_v2(path)), (None, SONG))
 
     def choose_last(self, program, label, shown):
         """The last entry of the list that has the focus; waits for what then shows."""
@@ -20,35 +35,39 @@ class FirstRun(EndToEndTest):
         program.again_until(lambda: program.desktop.key("End"), shown, f"the last entry of '{label}' chosen")
 
     def test_what_is_saved_is_in_force_at_once_and_after_a_restart(self):
-        program = self.start_afresh()
+        folders = [self.music / "un", self.music / "deux"]
+        for folder in folders:
+            for name in ("a.mp3", "b.mp3"):
+                make_file(folder / name, SONG, v1=True)
+        program = self.start_afresh(folders[0])
         self.choose_last(program, "lenguage", lambda: program.seen("push button", "sauvegarder"))
-        program.desktop.key("Tab")
+        tags = program.combo_box("tags")
+        program.key_until("Tab", lambda: "focused" in tags.states, "the focus on the modes")
         last = "sauvegarder tag id3v2 et supprimer tag id3v1"
         self.choose_last(program, "tags", lambda: program.combo_box("tags").name == last)
-        program.desktop.key("Return")
-        program.enter("frame", "ravlin!")
+        self.leave(program, "Return")
         program.wait_for("page tab", "editeur de tag id3")
         self.assertEqual((self.stored("tags"), self.stored("idioma")), ("5", "fr"))
+        self.check_saving(program, folders[0] / "a.mp3")
         self.close()
 
-        program = self.start()
+        program = self.start(folders[1])
         program.wait_for("page tab", "editeur de tag id3")
+        self.check_saving(program, folders[1] / "a.mp3")
         self.close()
         self.assertEqual((self.stored("tags"), self.stored("idioma")), ("5", "fr"))
 
     def test_cancel_keeps_the_language_for_the_run_only(self):
         program = self.start_afresh()
         self.choose_last(program, "lenguage", lambda: program.seen("push button", "annuler"))
-        program.desktop.key("Escape")
-        program.enter("frame", "ravlin!")
+        self.leave(program, "Escape")
         program.wait_for("page tab", "editeur de tag id3")
         self.close()
         self.assertEqual((self.stored("tags"), self.stored("idioma")), ("", ""))
 
         program = self.start_afresh()
         program.wait_for("push button", "cancel")
-        program.desktop.key("Escape")
-        program.enter("frame", "ravlin!")
+        self.leave(program, "Escape")
         program.wait_for("page tab", "id3 tag editor")
         self.close()
 
@@ -64,16 +83,14 @@ class Options(EndToEndTest):
         for name in ("server", "email"):
             program.wait_for("text", name)
         program.wait_for("check box", "remember last directory")
-        program.wait(lambda: "active" in program.wait_for("dialog", "options").states, "the options active")
-        program.desktop.key("Escape")
-        program.wait(lambda: program.seen("dialog", "options") is None, "the end of the options")
+        program.enter("dialog", "options")
+        program.key_until("Escape", lambda: program.seen("dialog", "options") is None, "the end of the options")
         program.enter("frame", "ravlin!")
         program.again_until(lambda: program.desktop.key("F1"), lambda: program.seen("dialog", "info"), "the about box")
         for name in ("web site", "e-mail to the authors", "TagLib", "freedb", "ok"):
             program.wait_for("push button", name)
-        program.wait(lambda: "active" in program.wait_for("dialog", "info").states, "the about box active")
-        program.desktop.key("Return")
-        program.wait(lambda: program.seen("dialog", "info") is None, "the end of the about box")
+        program.enter("dialog", "info")
+        program.key_until("Return", lambda: program.seen("dialog", "info") is None, "the end of the about box")
         program.enter("frame", "ravlin!")
         self.close()
 
