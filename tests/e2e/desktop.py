@@ -18,8 +18,7 @@ PR_SET_PDEATHSIG = 1
 PR_SET_CHILD_SUBREAPER = 36
 DOUBLE_CLICK = 0.6  # seconds: two clicks further apart than this are two, by Qt's 0.4 s
 
-# Without mouse bindings: for those the manager stops the pointer at every press until it has looked at it, and on a busy
-# machine the press is then followed by the pointer's next move instead of the release.
+# Without mouse bindings: for those the manager stops the pointer at every press until it has looked at it.
 WINDOW_MANAGER_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>

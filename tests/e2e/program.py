@@ -1,6 +1,7 @@
 """The program as a process in a window, driven by keys and mouse and looked at over the accessibility bus."""
 
 import os
+import sys
 
 from waiting import LIMIT, wait_until
 
@@ -125,8 +126,8 @@ class Program:
         self.again_until(click, condition, what)
 
     def again_until(self, action, condition, what):
-        """Does something until it shows. It is done again after a time in which every window that heard it has shown it:
-        a key or a click goes lost when, on a busy machine, it meets a window that is just getting the focus.
+        """Does something until it shows. It is done again after a time in which every window that heard it has shown
+        it: a key or a click goes lost when, on a busy machine, it meets a window that is just getting the focus.
         """
         for _ in range(5):
             action()
@@ -134,6 +135,7 @@ class Program:
                 return self.wait(condition, what, TRY_AGAIN)
             except AssertionError:
                 self._must_run()
+            print(f"done again: {what() if callable(what) else what}", file=sys.stderr)
         return self.wait(condition, what)
 
     def key_until(self, keys, condition, what):
@@ -172,7 +174,7 @@ class Program:
         return box
 
     def switch_conversion(self, name, key=None, entry=None):
-        """Ticks a conversion and, by a key in the list behind it, chooses the entry; without a key it is switched off."""
+        """Ticks a conversion and chooses an entry by a key in the list behind it; without a key, takes the tick away."""
         box = self.switch("check box", name, on=False)
         if key is None:
             return

@@ -35,7 +35,8 @@ class NamesAndRoles(EndToEndTest):
         tabs = program.wait_for("page tab list")
         for tab in tabs.find_all("page tab"):
             name = tab.name
-            program.again_until(lambda tab=tab: program.click(tab), lambda name=name: tabs.name == name, f"page '{name}'")
+            program.again_until(lambda tab=tab: program.click(tab), lambda name=name: tabs.name == name,
+                                f"page '{name}'")
             self.assertGreater(self.check(program.window), 10)
         for button in ("options", "info"):
             self.assertGreater(self.check(program.open_dialog(button, button)), 2)
