@@ -100,11 +100,11 @@ private:
 };
 
 /// The answer to a query: what matches, which may be nothing.
-LookupResult<std::vector<Match>> readQueryAnswer(QByteArrayView answer);
+LookupResult<std::vector<Match>> readQueryAnswer(QByteArrayView bytes);
 /// The answer to a search by text, or to the album command.
-LookupResult<std::vector<Match>> readSearchAnswer(QByteArrayView answer);
+LookupResult<std::vector<Match>> readSearchAnswer(QByteArrayView bytes);
 /// The answer to a read.
-LookupResult<DiscRecord> readRecordAnswer(QByteArrayView answer);
+LookupResult<DiscRecord> readRecordAnswer(QByteArrayView bytes);
 
 /// Whether the server may understand the question at an older level.
 bool mayUnderstandOlderLevel(const LookupFailure &failure);

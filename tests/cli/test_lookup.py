@@ -6,6 +6,7 @@ import json
 import os
 import subprocess
 import unittest
+import wave
 
 from clitest import PROGRAM, CliTest, id3v2, mp3
 
@@ -75,6 +76,20 @@ class TocTest(LookupTest):
         toc = self.json("toc", "--json", path)[0]
         frames = [int(toc[key].split()[1]) for key in ("offsets", "offsetsWithUsualDelay")]
         self.assertIn(frames[0] - frames[1], (16, 17))  # 1,728 samples of 8,000 a second
+
+    def test_encoded_tracks_give_back_the_offsets(self):
+        lengths = (100, 333, 751)  # frames of a CD: 588 samples of 44,100 a second
+        for encoder in (("lame", "--quiet", "-b", "64"), ("ffmpeg", "-loglevel", "error", "-i")):
+            paths = []
+            for number, frames in enumerate(lengths):
+                sound = os.path.join(self.folder, "%d.wav" % number)
+                with wave.open(sound, "wb") as file:
+                    file.setparams((2, 2, 44100, 0, "NONE", ""))
+                    file.writeframes(bytes(range(84)) * (frames * 588 * 4 // 84))
+                paths.append(os.path.join(self.folder, "%s%d.mp3" % (encoder[0], number)))
+                subprocess.run([*encoder, sound, paths[-1]], check=True, stdin=subprocess.DEVNULL)
+            toc = self.json("toc", "--json", *paths)[0]
+            self.assertEqual((toc["offsets"], toc["offsetsWithUsualDelay"]), ("150 250 583 1334", ""), encoder)
 
     def test_a_file_that_is_none(self):
         output, message = self.fail_with(1, "toc", "--json", self.make("a.mp3"), self.make("b.mp3", b"nothing"), "none")
