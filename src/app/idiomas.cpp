@@ -109,6 +109,12 @@ QString Captions::errorText(ErrorCode code) const
         return text(Text::ErrorInvalidArgument);
     case ErrorCode::Unsupported:
         return text(Text::ErrorUnsupported);
+    case ErrorCode::Cancelled:
+        return text(Text::ErrorCancelled);
+    case ErrorCode::IntoItself:
+        return text(Text::ErrorIntoItself);
+    case ErrorCode::NoTrash:
+        return text(Text::ErrorNoTrash);
     }
     Q_UNREACHABLE();
     return {};

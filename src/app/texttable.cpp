@@ -46,6 +46,12 @@ constexpr std::array<Row, TextCount> Rows{{
         {u"what was asked for does not exist", u"lo que se pide no existe", u"ce qui est demandé n'existe pas"}},
     {Text::ErrorUnsupported, {u"the system cannot do this here", u"el sistema no puede hacer esto aquí",
                                  u"le système ne peut pas faire cela ici"}},
+    {Text::ErrorCancelled, {u"stopped before it was done", u"se detuvo antes de terminar", u"arrêté avant la fin"}},
+    {Text::ErrorIntoItself, {u"a folder cannot be put into itself or into a folder inside it",
+                                u"una carpeta no se puede poner dentro de sí misma ni de una de sus subcarpetas",
+                                u"un dossier ne peut pas être mis dans lui-même ni dans un de ses sous-dossiers"}},
+    {Text::ErrorNoTrash,
+        {u"this drive has no trash", u"esta unidad no tiene papelera", u"ce lecteur n'a pas de corbeille"}},
     // %1: a number above 1
     {Text::HintManyFiles, {u"goes into %1 files", u"se guarda en %1 archivos", u"ira dans %1 fichiers"}},
     {Text::HintNoFile, {u"no file is selected", u"ningún archivo seleccionado", u"aucun fichier sélectionné"}},

@@ -26,6 +26,9 @@ enum class ErrorCode
     InvalidArgument,  ///< the caller asked for something that does not exist
     Unsupported,      ///< the file system or the operating system cannot do it
     AlreadyExists,    ///< the name is taken
+    Cancelled,        ///< the user stopped it
+    IntoItself,       ///< a folder cannot be put into itself
+    NoTrash,          ///< the drive has no trash
 };
 
 /// An error as a value: a code to branch on, the file it is about and detail in plain English for logs.

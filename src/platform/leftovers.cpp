@@ -1,6 +1,8 @@
 #include "platform/leftovers.h"
 
+#include "platform/nodes.h"
 #include "platform/redofile.h"
+#include "platform/removetree.h"
 #include "platform/safewrite.h"
 
 #include <QRandomGenerator>
@@ -39,6 +41,10 @@ bool isNumbered(QStringView name, QStringView suffix)
 bool removeIfStale(FileSystem &fileSystem, const QString &path)
 {
     const auto file = fileSystem.openUnlinked(path, OpenMode::Read);
+    if (!file && file.error().code == ErrorCode::NotAFile) { // a link is none of ours: lockFolder refuses it
+        const std::unique_ptr<FolderLock> lock = lockFolder(path);
+        return lock && removeTree(fileSystem, path).has_value();
+    }
     if (!file)
         return false;
     const auto locked = (*file)->tryLock();
@@ -129,6 +135,62 @@ Result<TemporaryFile> TemporaryFile::create(FileSystem &fileSystem, const QStrin
 Result<void> TemporaryFile::moveTo(const QString &path)
 {
     auto moved = m_fileSystem->replace(m_path, path);
+    if (moved)
+        m_path.clear();
+    return moved;
+}
+
+Result<void> TemporaryFile::moveToNew(const QString &path)
+{
+    auto moved = m_fileSystem->renameNew(m_path, path);
+    if (moved)
+        m_path.clear();
+    return moved;
+}
+
+TemporaryFolder::TemporaryFolder(FileSystem &fileSystem, QString path, std::unique_ptr<FolderLock> lock)
+    : m_fileSystem(&fileSystem), m_path(std::move(path)), m_lock(std::move(lock))
+{
+}
+
+TemporaryFolder::TemporaryFolder(TemporaryFolder &&other) noexcept
+    : m_fileSystem(other.m_fileSystem), m_path(std::exchange(other.m_path, {})), m_lock(std::move(other.m_lock))
+{
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    // A failure leaves a folder that cleanLeftovers knows by its name.
+    if (!m_path.isEmpty())
+        static_cast<void>(removeTree(*m_fileSystem, m_path));
+}
+
+Result<TemporaryFolder> TemporaryFolder::create(FileSystem &fileSystem, const QString &folder)
+{
+    constexpr quint32 OwnerOnly = 0700;
+    constexpr int Attempts = 8;
+    for (int attempt = 0; attempt < Attempts; ++attempt) {
+        const quint64 number = QRandomGenerator::system()->generate64();
+        const QString path = inFolder(folder, leftoverName(number, TemporarySuffix));
+        const auto made = fileSystem.createFolder(path);
+        if (!made && made.error().code == ErrorCode::AlreadyExists)
+            continue;
+        if (!made)
+            return tl::unexpected(made.error());
+        // One without a lock is on a file system without locks: nothing is taken for stale there.
+        TemporaryFolder temporary(fileSystem, path, lockFolder(path));
+        // Between creation and lock it looked stale: a cleaner may have removed it. Not all drives know permissions.
+        static_cast<void>(fileSystem.setPermissions(path, OwnerOnly));
+        if (isTaken(path))
+            return temporary;
+        temporary.m_path.clear();
+    }
+    return tl::unexpected(Error{ErrorCode::Io, folder, QStringLiteral("no temporary folder could be made")});
+}
+
+Result<void> TemporaryFolder::moveToNew(const QString &path)
+{
+    auto moved = m_fileSystem->renameNew(m_path, path);
     if (moved)
         m_path.clear();
     return moved;

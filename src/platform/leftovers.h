@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/filesystem.h"
+#include "platform/folderlock.h"
 
 /// The helper files that a write makes beside its file, and their names. A name says all that a
 /// later start of the program needs to know what to do with it.
@@ -30,8 +31,12 @@ public:
     File &file() { return *m_file; }
     /// Its state after creation.
     const FileInfo &info() const { return m_info; }
+    /// Its name until it gets its final one.
+    const QString &path() const { return m_path; }
     /// Gives it its final name, in the place of what bears that name.
     Result<void> moveTo(const QString &path);
+    /// Gives it its final name unless that is taken (AlreadyExists).
+    Result<void> moveToNew(const QString &path);
     /// The open file, still locked, once it has been moved.
     std::unique_ptr<File> release() { return std::move(m_file); }
 
@@ -42,6 +47,27 @@ private:
     QString m_path; ///< empty once the file is not to be removed any more
     std::unique_ptr<File> m_file;
     FileInfo m_info;
+};
+
+/// The same for a folder with all that is put into it: removed again unless it gets its final name, and locked so long.
+class TemporaryFolder
+{
+public:
+    static Result<TemporaryFolder> create(FileSystem &fileSystem, const QString &folder);
+    TemporaryFolder(TemporaryFolder &&other) noexcept;
+    TemporaryFolder &operator=(TemporaryFolder &&) = delete;
+    ~TemporaryFolder();
+
+    const QString &path() const { return m_path; }
+    /// Gives it its final name unless that is taken (AlreadyExists).
+    Result<void> moveToNew(const QString &path);
+
+private:
+    TemporaryFolder(FileSystem &fileSystem, QString path, std::unique_ptr<FolderLock> lock);
+
+    FileSystem *m_fileSystem;
+    QString m_path; ///< empty once the folder is not to be removed any more
+    std::unique_ptr<FolderLock> m_lock;
 };
 
 } // namespace ravlin::platform

@@ -1,0 +1,30 @@
+#include "platform/folderlock.h"
+
+#include "platform/errno_posix.h"
+#include "platform/filesystem.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace ravlin::platform {
+
+FolderLock::~FolderLock()
+{
+    ::close(m_descriptor);
+}
+
+std::unique_ptr<FolderLock> lockFolder(const QString &path)
+{
+    const QByteArray native = encodePath(path);
+    const int descriptor = uninterrupted(
+        [&] { return ::open(native.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK); });
+    if (descriptor < 0)
+        return nullptr;
+    auto lock = std::make_unique<FolderLock>(descriptor);
+    if (uninterrupted([&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); }) != 0)
+        return nullptr;
+    return lock;
+}
+
+} // namespace ravlin::platform

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "platform/leftovers.h"
+#include "platform/nodes.h"
+
+#include <QDir>
+#include <QFile>
+#include <QMap>
+#include <QTemporaryDir>
+
+#include <unistd.h>
+
+/// Trees of files for the tests of copying, moving and deleting.
+namespace ravlin::test {
+
+inline void writeFile(const QString &path, const QByteArray &content)
+{
+    QDir().mkpath(path.left(path.lastIndexOf(u'/')));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("cannot write %s", qPrintable(path));
+}
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+}
+
+inline void makeLink(const QByteArray &target, const QString &path)
+{
+    if (::symlink(target.constData(), QFile::encodeName(path).constData()) != 0)
+        qFatal("cannot link %s", qPrintable(path));
+}
+
+/// Bytes that differ from place to place, so that a piece in the wrong place shows.
+inline QByteArray pattern(qsizetype size, quint32 seed)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    quint32 state = seed * 2654435761U + 1;
+    for (char &byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}
+
+/// Every path below a folder, leftovers too, with what it is: "file CONTENT", "folder" or "link TARGET".
+using Snapshot = QMap<QString, QByteArray>;
+
+inline void addToSnapshot(Snapshot &snapshot, const QString &folder, const QString &prefix)
+{
+    for (const QString &name : platform::FileSystem::native().names(folder).value_or(std::vector<QString>())) {
+        const QString path = platform::inFolder(folder, name);
+        const auto node = platform::nodeAt(path);
+        if (!node)
+            continue;
+        if (node->kind == platform::NodeKind::Folder) {
+            snapshot.insert(prefix + name, "folder");
+            addToSnapshot(snapshot, path, prefix + name + u'/');
+        } else if (node->kind == platform::NodeKind::Link) {
+            char target[4096];
+            const ssize_t size = ::readlink(platform::encodePath(path).constData(), target, sizeof target);
+            snapshot.insert(prefix + name, "link " + QByteArray(target, size));
+        } else {
+            const auto file = platform::FileSystem::native().open(path, platform::OpenMode::Read);
+            QByteArray content(node->info.size, '\0');
+            if (file)
+                static_cast<void>((*file)->readAt({content.data(), size_t(content.size())}, 0));
+            snapshot.insert(prefix + name, "file " + content);
+        }
+    }
+}
+
+inline Snapshot snapshotOf(const QString &folder)
+{
+    Snapshot snapshot;
+    addToSnapshot(snapshot, folder, {});
+    return snapshot;
+}
+
+/// A folder on another file system than the temporary folder, if this machine has one to write to.
+class OtherDrive
+{
+public:
+    OtherDrive() : m_folder(QStringLiteral("/dev/shm/ravlin-test-XXXXXX")) {}
+
+    bool isOther() const
+    {
+        const auto here = platform::nodeAt(QDir::tempPath());
+        const auto there = platform::nodeAt(m_folder.path());
+        return m_folder.isValid() && here && there && here->info.device != there->info.device;
+    }
+    QString path() const { return m_folder.path(); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+} // namespace ravlin::test
