@@ -17,7 +17,10 @@ _ravlin_cli()
     elif [[ $previous == --rule ]]; then
         words="artist-title track-title"
     elif [[ $previous == --clash ]]; then
-        words="skip number stop"
+        case ${COMP_WORDS[1]} in
+        copy | move) words="skip number replace" ;;
+        *) words="skip number stop" ;;
+        esac
     elif [[ $current == -* && " ${COMP_WORDS[*]:1:COMP_CWORD-1} " != *" -- "* ]]; then
         words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | sed -n 's/^  \(--[a-z][a-z0-9-]*\) .*/\1/p')
     fi

@@ -88,8 +88,8 @@ int runCommand(const Command &command, const QStringList &words, Console &consol
 std::vector<Command> allCommands()
 {
     return {listCommand(), showCommand(), tagCommand(), extractCommand(), multiCommand(), renameCommand(),
-        renamedirCommand(), stripCommand(), infoCommand(), tocCommand(), lookupCommand(), caseCommand(),
-        cleanCommand()};
+        renamedirCommand(), copyCommand(), moveCommand(), trashCommand(), playlistCommand(), stripCommand(),
+        infoCommand(), tocCommand(), lookupCommand(), caseCommand(), cleanCommand()};
 }
 
 int run(const QStringList &words, Console &console)

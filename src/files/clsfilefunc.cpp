@@ -15,6 +15,47 @@ qsizetype nameStart(const QString &path)
 
 } // namespace
 
+int clsFileFunc::CopyFile(const QString &source, const QString &destination, bool allowUndo, int flags)
+{
+    if (source.isEmpty() || destination.isEmpty())
+        return ResultDone;
+    return RunFileOperation(source, destination, FileOperation::Copy, allowUndo, flags);
+}
+
+int clsFileFunc::MoveFile(const QString &source, const QString &destination, bool allowUndo, int flags)
+{
+    if (source.isEmpty() || destination.isEmpty())
+        return ResultDone;
+    return RunFileOperation(source, destination, FileOperation::Move, allowUndo, flags);
+}
+
+int clsFileFunc::RenameFile(const QString &source, const QString &newName, bool allowUndo, int flags)
+{
+    if (source.isEmpty() || newName.isEmpty())
+        return ResultDone;
+    return RunFileOperation(source, newName, FileOperation::Rename, allowUndo, flags);
+}
+
+int clsFileFunc::DeleteFile(const QString &source, bool allowUndo, int flags)
+{
+    if (source.isEmpty())
+        return ResultDone;
+    return RunFileOperation(source, {}, FileOperation::Delete, allowUndo, flags);
+}
+
+int clsFileFunc::RunFileOperation(
+    const QString &source, const QString &destination, FileOperation operation, bool allowUndo, int flags)
+{
+    if (m_service == nullptr)
+        return ResultCancelled;
+    FileRequest request;
+    request.operation = operation;
+    request.source = source;
+    request.destination = destination;
+    request.flags = allowUndo ? flags | FlagAllowUndo : flags; // once only, also where the caller has it
+    return m_service->perform(request);
+}
+
 Result<void> clsFileFunc::RenameFile(const QString &source, const QString &newName)
 {
     if (source.isEmpty() || newName.isEmpty() || source == newName)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files/filerequest.h"
 #include "platform/filesystem.h"
 
 #include <QString>
@@ -7,11 +8,24 @@
 namespace ravlin {
 
 /// The operations on files and folders; every change of a file's name or place goes through it. Has no state but the
-/// file system that it works on.
+/// file system that it works on and the service that carries its requests out.
+///
+/// Those that take sources take one path, or several with a zero character behind each, and make one request of them
+/// all; where a text that they need is empty they do nothing and return 0. allowUndo adds FlagAllowUndo to the flags.
+/// The result is the service's.
 class clsFileFunc
 {
 public:
+    /// For renames alone: the other operations return ResultCancelled.
     explicit clsFileFunc(platform::FileSystem &fileSystem) : m_fileSystem(fileSystem) {}
+    clsFileFunc(platform::FileSystem &fileSystem, FileService &service) : m_fileSystem(fileSystem), m_service(&service)
+    {
+    }
+
+    int CopyFile(const QString &source, const QString &destination, bool allowUndo = true, int flags = 0);
+    int MoveFile(const QString &source, const QString &destination, bool allowUndo = true, int flags = 0);
+    int RenameFile(const QString &source, const QString &newName, bool allowUndo, int flags = 0);
+    int DeleteFile(const QString &source, bool allowUndo = true, int flags = 0);
 
     /// Gives a file or folder another path on the same file system. Nothing happens when either text is empty or both
     /// are the same. What has the new name already is never overwritten: AlreadyExists. A change of case alone also
@@ -19,10 +33,13 @@ public:
     Result<void> RenameFile(const QString &source, const QString &newName);
 
 private:
+    int RunFileOperation(
+        const QString &source, const QString &destination, FileOperation operation, bool allowUndo, int flags);
     bool isSameButForCase(const QString &source, const QString &newName);
     Result<void> renameInTwoSteps(const QString &source, const QString &newName);
 
     platform::FileSystem &m_fileSystem;
+    FileService *m_service = nullptr;
 };
 
 } // namespace ravlin

@@ -12,7 +12,8 @@ ROOT = Path(__file__).resolve().parents[2]
 PROGRAM = os.path.join(os.environ["RAVLIN_BIN_DIR"], "ravlin-cli")
 # The superuser may read and write everything; the tests of refused access must not.
 WITHOUT_PRIVILEGES = (["setpriv", "--bounding-set=-dac_override,-dac_read_search"] if os.geteuid() == 0 else [])
-COMMANDS = ("list", "show", "tag", "extract", "multi", "rename", "renamedir", "strip", "info", "toc", "lookup", "case", "clean")
+COMMANDS = ("list", "show", "tag", "extract", "multi", "rename", "renamedir", "copy", "move", "trash", "playlist", "strip",
+            "info", "toc", "lookup", "case", "clean")
 FRAME = b"\xff\xfb\x90\x64" + bytes(413)  # silence: MPEG-1 layer III, 128 kbit/s, 44,100 Hz, joint stereo
 
 

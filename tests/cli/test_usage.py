@@ -71,6 +71,7 @@ class CompletionTest(CliTest):
         self.assertEqual(self.complete("lookup", "--mode", ""), ["1", "2", "3", "4", "5"])
         self.assertEqual(self.complete("multi", "--case", ""), ["upper", "lower", "capitalize"])
         self.assertEqual(self.complete("multi", "--replace", "b"), ["blanks"])
+        self.assertEqual(self.complete("move", "--clash", ""), ["skip", "number", "replace"])
         self.assertEqual(self.complete("tag", "--", "-"), [])
 
 

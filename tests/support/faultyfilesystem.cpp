@@ -34,6 +34,7 @@ FaultyFileSystem::Step FaultyFileSystem::step(Call call)
 {
     if (beforeCall)
         beforeCall(call);
+    const std::lock_guard lock(m_mutex);
     const int index = m_count;
     const bool isCounted = !m_plan || !m_plan->only || *m_plan->only == call;
     if (isCounted)

@@ -3,10 +3,11 @@
 #include "platform/filesystem.h"
 
 #include <functional>
+#include <mutex>
 #include <optional>
 
-/// A file system that fails on purpose: forwards to another one, counts the calls, and at a chosen
-/// call does what a full disk, a broken one, a killed program or another program would do.
+/// A file system that fails on purpose, for one thread or several: forwards to another one, counts the calls, and at a
+/// chosen call does what a full disk, a broken one, a killed program or another program would do.
 namespace ravlin::test {
 
 enum class Call
@@ -105,6 +106,7 @@ private:
     Result<std::unique_ptr<platform::File>> wrap(Result<std::unique_ptr<platform::File>> file);
 
     platform::FileSystem &m_inner;
+    std::mutex m_mutex; ///< of what follows
     std::optional<FaultPlan> m_plan;
     int m_count = 0;
     bool m_fired = false;

@@ -1,0 +1,85 @@
+#include "app/programstate.h"
+#include "cli/command.h"
+#include "cli/foldercleaner.h"
+#include "files/folderscan.h"
+#include "files/playlist.h"
+#include "tags/tagstore.h"
+
+#include <algorithm>
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::cli {
+
+namespace {
+
+constexpr Option RecursiveOption{u"--recursive", {}, u"also the files of the folders below it"};
+constexpr Option PlaylistDryRunOption{u"--dry-run", {}, u"print the lines of the list, and write nothing"};
+
+/// By folder, the folder's own files first, then by name, without regard to case.
+QStringList sortedTexts(const Listing &listing)
+{
+    std::vector<std::tuple<QString, QString, QString>> keys;
+    for (const ListRow &row : listing.rows) {
+        const QString text = row.text();
+        const qsizetype start = text.lastIndexOf(platform::Separator) + 1;
+        keys.emplace_back(text.first(start).toCaseFolded(), text.sliced(start).toCaseFolded(), text);
+    }
+    std::sort(keys.begin(), keys.end());
+    QStringList texts;
+    for (const auto &key : keys)
+        texts.append(std::get<2>(key));
+    return texts;
+}
+
+int runPlaylist(const Arguments &arguments, Console &console)
+{
+    const QString &given = arguments.operands().front();
+    if (given.isEmpty()) {
+        console.fail(given, Error{ErrorCode::NotFound, given, {}});
+        return console.status();
+    }
+    const QString folder = given.endsWith(platform::Separator) ? given : given + platform::Separator;
+    const Result<Listing> listing =
+        arguments.has(RecursiveOption.name) ? ListFolderTree(folder) : ListFolder(folder, {});
+    if (!listing) {
+        if (listing.error().code == ErrorCode::NotAFile)
+            console.fail(given, u"this is not a folder"_s);
+        else
+            console.fail(given, listing.error());
+        return console.status();
+    }
+    for (const ListFailure &failure : listing->failures)
+        console.fail(failure.path, failure.error);
+    const QStringList texts = sortedTexts(*listing);
+    if (arguments.has(PlaylistDryRunOption.name)) {
+        for (const QString &text : texts)
+            console.print(text);
+        return console.status();
+    }
+    platform::FileSystem &fileSystem = platform::FileSystem::native();
+    ProgramState state;
+    TagRecord record;
+    if (!texts.isEmpty()) // one without a tag that can be read gives the list the name of one without a tag
+        std::ignore = TagStore(state, fileSystem).ReadTag(folder + texts.front(), record);
+    const Result<QString> written = WritePlaylist(fileSystem, folder, texts, record);
+    if (written)
+        console.print(*written);
+    else
+        console.fail(given, written.error());
+    return console.status();
+}
+
+} // namespace
+
+Command playlistCommand()
+{
+    return {u"playlist", u"write a playlist of a folder's MP3 files",
+        u"Writes an M3U playlist into the folder and prints its path. It is named after the artist and album of the\n"
+        "first file, or lista.m3u; an older list of that name is replaced. The files are ordered by name, without\n"
+        "regard to case.",
+        u"FOLDER", false, {RecursiveOption, PlaylistDryRunOption}, runPlaylist};
+}
+
+} // namespace ravlin::cli

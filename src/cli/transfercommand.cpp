@@ -1,0 +1,133 @@
+#include "cli/command.h"
+#include "cli/recordwriter.h"
+#include "files/transfer.h"
+#include "platform/safewrite.h"
+
+#include <algorithm>
+#include <array>
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::cli {
+
+namespace {
+
+constexpr Option ToOption{u"--to", u"FOLDER", u"where they go; the folder must exist"};
+constexpr Option TransferClashOption{
+    u"--clash", u"WORD", u"when a name is taken: skip (so without it), number, or replace; folders are merged then"};
+constexpr Option TransferDryRunOption{u"--dry-run", {}, u"show what would be done, and do nothing"};
+
+struct ReplyWord
+{
+    QStringView word;
+    ClashReply reply;
+};
+
+constexpr std::array ReplyWords{ReplyWord{u"skip", ClashReply::Skip}, ReplyWord{u"number", ClashReply::KeepBoth},
+    ReplyWord{u"replace", ClashReply::Replace}};
+
+std::optional<ClashReply> replyFor(const Arguments &arguments)
+{
+    const QString word = arguments.value(TransferClashOption.name).value_or(u"skip"_s);
+    const auto *const found = std::ranges::find(ReplyWords, QStringView(word), &ReplyWord::word);
+    return found == ReplyWords.end() ? std::nullopt : std::optional(found->reply);
+}
+
+QString actionOf(const TransferItem &item, TransferKind kind)
+{
+    if (item.error)
+        return u"failed"_s;
+    if (item.isSkipped())
+        return u"skipped"_s;
+    if (item.replaces())
+        return u"replace"_s;
+    return kind == TransferKind::Copy ? u"copy"_s : u"move"_s;
+}
+
+void writePlan(const std::vector<TransferItem> &items, TransferKind kind, RecordWriter &writer, Console &console)
+{
+    for (const TransferItem &item : items) {
+        if (item.isMerged()) {
+            writePlan(item.children, kind, writer, console);
+            continue;
+        }
+        writer.write({item.source, item.target, actionOf(item, kind)});
+        if (item.error)
+            console.fail(item.source, *item.error);
+    }
+}
+
+void tellReport(const TransferReport &report, Console &console)
+{
+    for (const FileFailure &failure : report.failures)
+        console.fail(failure.error.path.isEmpty() ? failure.path : failure.error.path, failure.error);
+    for (const QString &path : report.skipped)
+        console.fail(path, u"skipped: the name is taken"_s);
+    for (const QString &path : report.notDone)
+        console.fail(path, u"not begun"_s);
+}
+
+int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &console)
+{
+    const QString command = kind == TransferKind::Copy ? u"copy"_s : u"move"_s;
+    const std::optional<QString> folder = arguments.value(ToOption.name);
+    if (!folder || folder->isEmpty())
+        return console.refuse(command, u"--to FOLDER is missing"_s);
+    const std::optional<ClashReply> reply = replyFor(arguments);
+    if (!reply)
+        return console.refuse(command, u"--clash takes skip, number or replace"_s);
+    const bool isDry = arguments.has(TransferDryRunOption.name);
+    if (arguments.has(JsonOption.name) && !isDry)
+        return console.refuse(command, u"--json is for --dry-run"_s);
+
+    platform::FileSystem &fileSystem = platform::FileSystem::native();
+    if (!isDry) // nobody asked for it: what can't be cleared away is harmless
+        std::ignore = platform::cleanLeftovers(fileSystem, *folder);
+    auto plan = makeTransferPlan(fileSystem, {kind, arguments.operands(), *folder});
+    if (!plan) {
+        console.fail(*folder, plan.error());
+        return console.status();
+    }
+    // What can't be replaced without a loss is skipped.
+    std::ignore = answerClashes(*plan, [&](const Clash &) { return ClashDecision{*reply, false}; });
+    if (isDry) {
+        RecordWriter writer(console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
+            {u"path", u"newPath", u"action"});
+        writePlan(plan->items, kind, writer, console);
+        writer.finish();
+    } else {
+        tellReport(runTransfer(fileSystem, *plan), console);
+    }
+    return console.status();
+}
+
+int runCopy(const Arguments &arguments, Console &console)
+{
+    return runTransferCommand(TransferKind::Copy, arguments, console);
+}
+
+int runMove(const Arguments &arguments, Console &console)
+{
+    return runTransferCommand(TransferKind::Move, arguments, console);
+}
+
+} // namespace
+
+Command copyCommand()
+{
+    return {u"copy", u"copy files and folders into a folder",
+        u"Copies files, links and folders, with times and attributes. A copy is complete under its name or absent.\n"
+        "Nothing is overwritten without --clash replace.",
+        u"PATH", true, {ToOption, TransferClashOption, TransferDryRunOption, JsonOption}, runCopy};
+}
+
+Command moveCommand()
+{
+    return {u"move", u"move files and folders into a folder",
+        u"Moves files, links and folders. To another drive they are copied, synced and compared before the sources\n"
+        "are deleted. Nothing is overwritten without --clash replace.",
+        u"PATH", true, {ToOption, TransferClashOption, TransferDryRunOption, JsonOption}, runMove};
+}
+
+} // namespace ravlin::cli

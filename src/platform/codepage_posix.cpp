@@ -1,0 +1,12 @@
+#include "platform/codepage.h"
+
+#include "platform/filesystem.h"
+
+namespace ravlin::platform {
+
+std::optional<QByteArray> toCodePage(const QString &text)
+{
+    return encodePath(text);
+}
+
+} // namespace ravlin::platform

@@ -1,0 +1,179 @@
+"""Contract: "copy" and "move" overwrite nothing unasked and lose nothing; "trash" puts files into the desktop's trash;
+"playlist" writes a list that other programs read. With --dry-run nothing is done."""
+
+import os
+import shutil
+import stat
+import subprocess
+import tempfile
+import unittest
+
+from clitest import WITHOUT_PRIVILEGES, CliTest, id3v2, mp3
+
+
+class FilesTest(CliTest):
+    def setUp(self):
+        super().setUp()
+        self.target = self.folder.parent / "target"
+        self.target.mkdir()
+        self.environment["XDG_DATA_HOME"] = str(self.folder.parent / "data")
+        self.trash = self.folder.parent / "data" / "Trash"
+
+    def tree(self, folder):
+        """What is in a folder, hidden files too: relative path to content."""
+        return {str(path.relative_to(folder)): path.read_bytes() for path in sorted(folder.rglob("*")) if path.is_file()}
+
+    def test_copy(self):
+        self.make("a.mp3", b"one")
+        self.make("cd/b.mp3", b"two")
+        self.assertEqual(self.succeed("copy", "--to", self.target, self.folder / "a.mp3", self.folder / "cd"), b"")
+        self.assertEqual(self.tree(self.target), {"a.mp3": b"one", "cd/b.mp3": b"two"})
+        self.assertEqual(self.tree(self.folder), {"a.mp3": b"one", "cd/b.mp3": b"two"})
+
+    def test_move(self):
+        self.make("a.mp3", b"one")
+        self.make("cd/b.mp3", b"two")
+        self.succeed("move", self.folder / "a.mp3", self.folder / "cd", "--to", self.target)
+        self.assertEqual(self.tree(self.target), {"a.mp3": b"one", "cd/b.mp3": b"two"})
+        self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_nothing_is_overwritten_unasked(self):
+        self.make("a.mp3", b"new")
+        (self.target / "a.mp3").write_bytes(b"old")
+        for command in ("copy", "move"):
+            _, error = self.fail_with(1, command, "--to", self.target, self.folder / "a.mp3")
+            self.assertIn(b"skipped", error)
+        self.assertEqual(self.tree(self.target), {"a.mp3": b"old"})
+        self.assertEqual(self.tree(self.folder), {"a.mp3": b"new"})
+        self.succeed("copy", "--clash", "number", "--to", self.target, self.folder / "a.mp3")
+        self.assertEqual(self.tree(self.target), {"a.mp3": b"old", "a (2).mp3": b"new"})
+        self.succeed("move", "--clash", "replace", "--to", self.target, self.folder / "a.mp3")
+        self.assertEqual(self.tree(self.target), {"a.mp3": b"new", "a (2).mp3": b"new"})
+
+    def test_a_folder_never_goes_into_itself(self):
+        self.make("cd/sub/a.mp3", b"x")
+        for command in ("copy", "move"):
+            for target in ("cd", "cd/sub"):
+                _, error = self.fail_with(1, command, "--to", self.folder / target, self.folder / "cd")
+                self.assertIn(b"into itself", error)
+        self.assertEqual(self.tree(self.folder), {"cd/sub/a.mp3": b"x"})
+
+    def test_usage(self):
+        path = self.make("a.mp3")
+        self.fail_with(2, "copy", path)
+        self.fail_with(2, "move", "--to", self.target)
+        self.fail_with(2, "move", "--to", self.target, "--clash", "maybe", path)
+        self.fail_with(2, "move", "--to", self.target, "--json", path)
+        self.fail_with(2, "trash", "--json", path)
+        self.fail_with(1, "move", "--to", self.target / "none", path)
+        self.fail_with(1, "move", "--to", self.target, self.folder / "none.mp3")
+        self.assertEqual(self.tree(self.target), {})
+
+    def test_dry_run_does_nothing(self):
+        self.make("a.mp3", b"new")
+        self.make("b.mp3", b"b")
+        (self.target / "a.mp3").write_bytes(b"old")
+        before = (self.tree(self.folder), self.tree(self.target))
+        rows = self.json("move", "--dry-run", "--json", "--clash", "replace", "--to", self.target,
+                         self.folder / "a.mp3", self.folder / "b.mp3")
+        self.assertEqual([row["action"] for row in rows], ["replace", "move"])
+        self.assertEqual(rows[1]["newPath"], str(self.target / "b.mp3"))
+        self.assertEqual([row["action"] for row in self.json("trash", "--dry-run", "--json", self.folder / "a.mp3")],
+                         ["trash"])
+        self.assertEqual((self.tree(self.folder), self.tree(self.target)), before)
+        self.assertFalse(self.trash.exists())
+
+    def test_a_folder_that_may_not_be_written(self):
+        if not self.can_drop_privileges():
+            self.skipTest("the superuser cannot give up his privileges here")
+        self.prefix = WITHOUT_PRIVILEGES
+        self.make("a.mp3", b"x")
+        self.make("locked/b.mp3", b"y")
+        os.chmod(self.target, 0o555)
+        os.chmod(self.folder / "locked", 0o555)
+        self.addCleanup(os.chmod, self.folder / "locked", 0o755)
+        self.addCleanup(os.chmod, self.target, 0o755)
+        for command in ("copy", "move"):
+            _, error = self.fail_with(1, command, "--to", self.target, self.folder / "a.mp3")
+            self.assertIn(b"refuses access", error)
+        # The other way round: what can't be taken away stays.
+        self.fail_with(1, "move", "--to", self.folder, self.folder / "locked/b.mp3")
+        self.fail_with(1, "trash", self.folder / "locked/b.mp3")
+        self.assertEqual(self.tree(self.folder), {"a.mp3": b"x", "locked/b.mp3": b"y"})
+        self.assertEqual(self.tree(self.target), {})
+
+    def test_a_file_that_may_not_be_read(self):
+        if not self.can_drop_privileges():
+            self.skipTest("the superuser cannot give up his privileges here")
+        self.prefix = WITHOUT_PRIVILEGES
+        self.make("cd/a.mp3", b"x")
+        self.make("cd/b.mp3", b"y")
+        os.chmod(self.folder / "cd/b.mp3", 0)
+        self.fail_with(1, "copy", "--to", self.target, self.folder / "cd")
+        self.assertEqual(list(self.target.iterdir()), [])  # all of a folder or nothing
+        self.succeed("move", "--to", self.target, self.folder / "cd")
+        self.assertEqual(stat.S_IMODE(os.stat(self.target / "cd/b.mp3").st_mode), 0)
+
+    def test_trash(self):
+        self.make("ñ a.mp3", b"one")
+        self.make("cd/b.mp3", b"two")
+        self.assertEqual(self.succeed("trash", self.folder / "ñ a.mp3", self.folder / "cd"), b"")
+        self.assertEqual(self.tree(self.folder), {})
+        self.assertEqual(self.tree(self.trash / "files"), {"ñ a.mp3": b"one", "cd/b.mp3": b"two"})
+        info = (self.trash / "info" / "ñ a.mp3.trashinfo").read_text("ascii").splitlines()
+        self.assertEqual(info[0], "[Trash Info]")
+        self.assertTrue(info[1].startswith("Path=/") and info[1].endswith("/music/%C3%B1%20a.mp3"), info[1])
+        self.assertRegex(info[2], r"^DeletionDate=\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d$")
+
+    def test_trash_is_what_the_desktop_shows(self):
+        if shutil.which("gio") is None:
+            self.skipTest("gio is not installed")
+        self.make("50% #1.mp3", b"one")
+        self.succeed("trash", self.folder / "50% #1.mp3")
+        listed = subprocess.run(["gio", "trash", "--list"], env=self.environment, capture_output=True, check=False)
+        if listed.returncode != 0 or b"not supported" in listed.stderr:
+            self.skipTest("gio has no trash without a desktop session")
+        self.assertIn(os.fsencode(self.folder / "50% #1.mp3"), listed.stdout)
+
+    def test_without_trash_nothing_is_deleted_unasked(self):
+        self.make("a.mp3", b"one")
+        (self.folder.parent / "data").write_bytes(b"a file where the trash would have to be")
+        _, error = self.fail_with(1, "trash", self.folder / "a.mp3")
+        self.assertIn(b"no trash", error)
+        self.assertEqual(self.tree(self.folder), {"a.mp3": b"one"})
+        rows = self.json("trash", "--dry-run", "--json", self.folder / "a.mp3")
+        self.assertEqual(rows[0]["action"], "noTrash")
+        self.succeed("trash", "--delete", self.folder / "a.mp3")
+        self.assertEqual(self.tree(self.folder), {})
+
+    def test_playlist(self):
+        self.make("b.mp3", mp3(id3v2(TPE1="Otro", TALB="Otro")))
+        self.make("A.mp3", mp3(id3v2(TPE1="Artista", TALB="Disco")))
+        self.make("cd1/ñ.mp3")
+        path = self.succeed("playlist", self.folder)
+        self.assertEqual(path, os.fsencode(self.folder) + b"/Artista - Disco.m3u\n")
+        self.assertEqual(self.read(path[:-1]), b"A.mp3\r\nb.mp3\r\n")
+        self.succeed("playlist", "--recursive", self.folder)
+        self.assertEqual(self.read(path[:-1]), "A.mp3\r\nb.mp3\r\ncd1/ñ.mp3\r\n".encode())
+        self.assertEqual(self.succeed("playlist", "--dry-run", self.folder), b"A.mp3\nb.mp3\n")
+        self.fail_with(1, "playlist", self.folder / "none")
+        self.fail_with(1, "playlist", self.folder / "b.mp3")
+
+    def test_a_playlist_of_nothing(self):
+        self.assertEqual(self.succeed("playlist", self.folder), os.fsencode(self.folder) + b"/lista.m3u\n")
+        self.assertEqual(self.tree(self.folder), {"lista.m3u": b""})
+
+    def test_moves_to_another_drive(self):
+        if not os.access("/dev/shm", os.W_OK) or os.stat("/dev/shm").st_dev == os.stat(self.folder).st_dev:
+            self.skipTest("there is no second file system to write to")
+        with tempfile.TemporaryDirectory(dir="/dev/shm") as other:
+            self.make("cd/a.mp3", b"x" * 100_000)
+            self.succeed("move", "--to", other, self.folder / "cd")
+            self.assertFalse((self.folder / "cd").exists())
+            self.succeed("move", "--to", self.folder, os.path.join(other, "cd"))
+            self.assertEqual(os.listdir(other), [])
+            self.assertEqual(self.tree(self.folder), {"cd/a.mp3": b"x" * 100_000})
+
+
+if __name__ == "__main__":
+    unittest.main()
