@@ -137,18 +137,29 @@ QByteArray encodedForInfo(const QString &path)
     return encodePath(path).toPercentEncoding("/!$&'()*+,:=@");
 }
 
+/// The name with a number behind it (from 2) and its extension kept, short enough for ".trashinfo" to fit behind it
+/// too.
+QString nameInTrash(const QString &name, int number, NodeKind kind)
+{
+    constexpr int InfoSuffix = 10;
+    constexpr int LongestExtension = 32; ///< more than that is no extension
+    const qsizetype dot = kind == NodeKind::Folder ? -1 : name.lastIndexOf(u'.');
+    const bool hasExtension = dot > 0 && nameLength(name.sliced(dot)) <= LongestExtension;
+    const qsizetype stem = hasExtension ? dot : name.size();
+    const QString end = (number == 1 ? QString() : QStringLiteral(" (%1)").arg(number)) + name.sliced(stem);
+    return shortened(name.first(stem), MaxNameLength - InfoSuffix - nameLength(end)) + end;
+}
+
 /// Claims a name by making its info file: whoever makes that owns the name.
-Result<QString> claimName(const Trash &trash, const QString &original, const QString &name, NameKind kind)
+Result<QString> claimName(const Trash &trash, const QString &original, const QString &name, NodeKind kind)
 {
     const bool isBelowBase = !trash.base.isEmpty();
     const qsizetype skipped = isBelowBase ? trash.base.size() + (trash.base.endsWith(Separator) ? 0 : 1) : 0;
     const QByteArray content = "[Trash Info]\nPath=" + encodedForInfo(original.mid(skipped)) +
                                "\nDeletionDate=" + QDateTime::currentDateTime().toString(Qt::ISODate).toLatin1() + '\n';
-    constexpr int LongestSuffix = 10; // ".trashinfo" has to fit behind the name too
-    QString base = shortened(name, MaxNameLength - LongestSuffix);
-    for (int number = 1; number < 100'000; ++number) {
-        const QString tried =
-            number == 1 ? base : numberedName(shortened(base, MaxNameLength - 3 * LongestSuffix), number, kind);
+    constexpr int MostNumbers = 100'000;
+    for (int number = 1; number < MostNumbers; ++number) {
+        const QString tried = nameInTrash(name, number, kind);
         const QString info = inFolder(trash.folder, QStringLiteral("info/%1.trashinfo").arg(tried));
         auto file = FileSystem::native().createNew(info);
         if (!file && file.error().code == ErrorCode::AlreadyExists)
@@ -188,10 +199,9 @@ Result<TrashedItem> moveToTrash(const QString &path)
         return tl::unexpected(Error{ErrorCode::NoTrash, path, trash.error().detail});
 
     const QString original = inFolder(*folder, name);
-    const auto kind = node->kind == NodeKind::Folder ? NameKind::Folder : NameKind::File;
     QString wanted = name;
     while (true) {
-        const auto claimed = claimName(*trash, original, wanted, kind);
+        const auto claimed = claimName(*trash, original, wanted, node->kind);
         if (!claimed)
             return tl::unexpected(claimed.error());
         const TrashedItem item{original, inFolder(trash->folder, QStringLiteral("files/") + *claimed),
