@@ -32,6 +32,7 @@ void ConversionBox::applyCaptions(const Captions &captions)
     const QString caption = captions.text(conversionCaption(m_pair.kind));
     m_checkBox->setText(caption);
     m_list->setAccessibleName(caption);
+    m_list->setAccessibleDescription(caption); // some desktops are told the chosen entry as the name of a list
     const QList<int> entries = conversionEntryCaptions(m_pair.kind);
     for (int index = 0; index < entries.size(); ++index)
         m_list->setItemText(index, captions.text(entries.at(index)));
