@@ -173,7 +173,8 @@ UndoSubject UndoHistory::subjectOf(const Operation &operation)
 {
     if (const auto *const transfers = std::get_if<Transfers>(&operation)) {
         const auto kind = transfers->kind == TransferKind::Copy ? OperationKind::Copy : OperationKind::Move;
-        return {kind, static_cast<qsizetype>(transfers->steps.size()), transfers->steps.front().source};
+        return {kind, static_cast<qsizetype>(transfers->steps.size()), transfers->steps.front().source,
+            transfers->steps.front().source};
     }
     if (const auto *const deletions = std::get_if<Deletions>(&operation)) {
         const auto count = static_cast<qsizetype>(deletions->trashed.size()) + deletions->deleted.size();
@@ -182,7 +183,7 @@ UndoSubject UndoHistory::subjectOf(const Operation &operation)
                    : UndoSubject{OperationKind::Trash, count, deletions->trashed.front().original};
     }
     const auto &renames = std::get<Renames>(operation).renames;
-    return {OperationKind::Rename, static_cast<qsizetype>(renames.size()), renames.front().to};
+    return {OperationKind::Rename, static_cast<qsizetype>(renames.size()), renames.front().to, renames.front().from};
 }
 
 std::optional<UndoSubject> UndoHistory::next() const

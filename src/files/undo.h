@@ -24,8 +24,9 @@ enum class OperationKind
 struct UndoSubject
 {
     OperationKind kind = OperationKind::Copy;
-    qsizetype count = 0; ///< files and folders
-    QString firstPath;   ///< one of them, to name it when it is the only one
+    qsizetype count = 0;     ///< files and folders
+    QString firstPath;       ///< one of them, to name it when it is the only one
+    QString formerPath = {}; ///< where that one was before
 };
 
 struct UndoReport

@@ -29,6 +29,13 @@ void PatternHistory::store(Settings &settings) const
     }
 }
 
+void PatternHistory::setPatterns(const QStringList &patterns)
+{
+    m_patterns.clear();
+    for (auto pattern = patterns.crbegin(); pattern != patterns.crend(); ++pattern)
+        use(*pattern);
+}
+
 void PatternHistory::use(const QString &pattern)
 {
     if (pattern.isEmpty())

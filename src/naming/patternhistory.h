@@ -30,6 +30,8 @@ public:
     void store(Settings &settings) const;
 
     const QStringList &patterns() const { return m_patterns; }
+    /// Another list in its place, most recent first; as always without empty patterns and with none twice.
+    void setPatterns(const QStringList &patterns);
     /// The pattern was used: it comes first.
     void use(const QString &pattern);
 

@@ -4,6 +4,7 @@
 #include "app/ui/program.h"
 #include "files/ui/filelist.h"
 #include "naming/ui/extractpage.h"
+#include "naming/ui/patternbox.h"
 #include "naming/ui/renamepage.h"
 #include "tags/ui/multifilepage.h"
 
@@ -19,7 +20,8 @@ constexpr int CaptionRename = 45; ///< text and tooltip
 
 NamingContext namingContext(Program &program, PageOwner &owner)
 {
-    return {owner, program.state, program.tagStore, program.captions, program.settings, program.fileSystem};
+    return {owner, program.state, program.tagStore, program.captions, program.settings, program.fileSystem,
+        &program.undoHistory};
 }
 
 } // namespace
@@ -45,6 +47,14 @@ void BatchPages::showChoices()
 {
     m_multiFilePage->showChoices(m_program.choices);
     m_renamePage->showChoices(m_program.choices);
+}
+
+void BatchPages::refreshPatterns()
+{
+    for (QWidget *page : {static_cast<QWidget *>(m_extractPage), static_cast<QWidget *>(m_renamePage)}) {
+        for (PatternBox *box : page->findChildren<PatternBox *>())
+            box->refresh();
+    }
 }
 
 void BatchPages::storeChoices() const

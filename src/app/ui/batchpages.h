@@ -24,6 +24,8 @@ public:
     /// Puts the program's choices on the pages, and back.
     void showChoices();
     void storeChoices() const;
+    /// The saved patterns have been edited.
+    void refreshPatterns();
 
 Q_SIGNALS:
     /// A run has ended and the list was filled again: the current row is to be shown again.

@@ -31,13 +31,15 @@ void FolderCommand::openDialog()
 
 void FolderCommand::rename(const RenameWish &wish)
 {
-    RenameRow row;
+    RenamingOutcome outcome;
     const bool ran = m_owner.runWithProgress(1, [&](BatchProgress &progress) {
         const RenamingPlan plan(m_program.fileSystem, {wish});
-        row = runRenaming(m_program.fileSystem, plan, progress).rows.front();
+        outcome = runRenaming(m_program.fileSystem, plan, progress);
     });
     if (!ran)
         return;
+    m_program.undoHistory.addRenames(outcome.renames, outcome.foldersMade);
+    const RenameRow &row = outcome.rows.front();
     const Captions &captions = m_program.captions;
     if (row.renames())
         m_tree.refreshTo(row.path);

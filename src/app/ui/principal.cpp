@@ -1,6 +1,8 @@
 #include "app/ui/principal.h"
 
 #include "app/ui/batchpages.h"
+#include "app/ui/commandbar.h"
+#include "app/ui/filecommands.h"
 #include "app/ui/foldercommand.h"
 #include "app/ui/listcontroller.h"
 #include "app/ui/modetabs.h"
@@ -46,12 +48,10 @@ constexpr QStringView SplitterPositionKey = u"splitter Position";
 
 constexpr int CaptionSingleFile = 39;
 constexpr int CaptionSingleFileTip = 42;
-constexpr int CaptionRenameFolder = 28;
-constexpr int CaptionSelectAll = 30;
-constexpr int CaptionSelectNone = 36;
 constexpr int CaptionOptions = 31;
 constexpr int CaptionInfo = 32;
 constexpr int CaptionFileList = 65;
+constexpr int CaptionCancel = 60;
 constexpr int Margin = 6;
 constexpr QSize StartSize(1000, 700);
 
@@ -81,6 +81,7 @@ principal::principal(Program &program)
     createToolbar();
     createPanes();
     createPages();
+    createCommands();
     connectParts();
     setTabOrder();
 
@@ -101,10 +102,6 @@ void principal::createToolbar()
 {
     tb = new Toolbar(this, m_area);
     tb->setObjectName(QStringLiteral("tb"));
-    m_renameFolder = tb->addButton(7, {CaptionRenameFolder, QStringLiteral("folder-pen"), {}});
-    m_selectAll = tb->addButton(12, {CaptionSelectAll, QStringLiteral("list-checks"), QKeySequence::SelectAll});
-    m_selectNone = tb->addMenuEntry(12, QStringLiteral("none"),
-        {CaptionSelectNone, QStringLiteral("list-x"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)});
     m_options = tb->addButton(16, {CaptionOptions, QStringLiteral("settings"), QKeySequence(Qt::CTRL | Qt::Key_Comma)});
     m_info = tb->addEndButton(QStringLiteral("info"), {CaptionInfo, QStringLiteral("info"), QKeySequence(Qt::Key_F1)});
 }
@@ -140,6 +137,30 @@ void principal::createPages()
         edit->installEventFilter(this);
 }
 
+void principal::createCommands()
+{
+    m_dialogs = new ProgramDialogs(m_program, this);
+    m_fileCommands = new FileCommands({m_program, *m_lister, *ListView1, *folder, *sbStatusBar, *m_busy, this}, this);
+    m_fileCommands->setLastTag([this] { return lastTag(); });
+    auto *folderCommand = new FolderCommand(m_program, *m_services, *folder, *ListView1, this);
+    m_commandBar =
+        new CommandBar({m_program, *tb, *ListView1, *folder, *m_lister, this}, *m_fileCommands, *folderCommand);
+    m_commandBar->addToListMenu(m_options);
+    connect(m_commandBar, &CommandBar::patternsEdited, m_batchPages, &BatchPages::refreshPatterns);
+    connect(m_batchPages, &BatchPages::finished, m_fileCommands, &FileCommands::ended);
+}
+
+/// The tag that was read last: of the file on the page or, when none was shown since the listing, of the last one
+/// listed.
+TagRecord principal::lastTag() const
+{
+    if (m_singleFilePage->isShowingFile())
+        return m_singleFilePage->shownRecord();
+    TagRecord record;
+    std::ignore = m_program.tagStore.ReadTag(m_lister->pathOfRow(ListView1->rowCount() - 1), record);
+    return record;
+}
+
 void principal::connectParts()
 {
     connect(folder, &FolderTree::pathChanged, m_lister, &ListController::openFolder);
@@ -153,11 +174,6 @@ void principal::connectParts()
     connect(m_batchPages, &BatchPages::finished, this, &principal::showCurrentFile);
     connect(ListView1, &FileList::rightClicked, this, [this] { tabs->setCurrentIndex(0); });
     connect(ListView1, &FileList::fileActivated, this, &principal::activateFile);
-    auto *folderCommand = new FolderCommand(m_program, *m_services, *folder, *ListView1, this);
-    connect(m_renameFolder, &QAction::triggered, folderCommand, &FolderCommand::openDialog);
-    connect(m_selectAll, &QAction::triggered, ListView1, &FileList::selectAllRows);
-    connect(m_selectNone, &QAction::triggered, ListView1, &FileList::selectNone);
-    m_dialogs = new ProgramDialogs(m_program, this);
     connect(m_options, &QAction::triggered, m_dialogs, &ProgramDialogs::openOptions);
     connect(m_info, &QAction::triggered, m_dialogs, &ProgramDialogs::openAbout);
     connect(m_dialogs, &ProgramDialogs::optionsClosed, this, &principal::applyOptions);
@@ -252,8 +268,10 @@ void principal::applyCaptions()
     for (size_t column = 0; column < HeaderCaptions.size(); ++column)
         ListView1->setHeaderText(static_cast<ListColumn>(column), captions.text(HeaderCaptions[column]));
     tb->applyCaptions(captions);
+    m_commandBar->applyCaptions();
     tabs->applyCaptions(captions);
     m_waitWindow->setWindowTitle(captions.text(Text::TitleWaiting));
+    m_waitWindow->setStopText(captions.text(CaptionCancel));
     m_lister->showCurrentRow();
     applyNames();
 }

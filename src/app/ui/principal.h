@@ -8,7 +8,9 @@ namespace ravlin {
 
 class BatchPages;
 class Busy;
+class CommandBar;
 class esperate;
+class FileCommands;
 class FileList;
 class FolderTree;
 class ListController;
@@ -21,6 +23,7 @@ class StatusPanels;
 class Toolbar;
 class WindowServices;
 struct Program;
+struct TagRecord;
 
 /// The main window: folder tree and file list in a splitter, the toolbar above them, the working modes' pages below,
 /// the status bar at the foot. It makes the parts, connects them and gives them their places; what they do is theirs.
@@ -53,6 +56,8 @@ private:
     void createToolbar();
     void createPanes();
     void createPages();
+    void createCommands();
+    TagRecord lastTag() const;
     void connectParts();
     void setTabOrder();
     void restoreWindow();
@@ -73,9 +78,6 @@ private:
     Busy *m_busy = nullptr;
     QWidget *m_area = nullptr;
     Toolbar *tb = nullptr;
-    QAction *m_renameFolder = nullptr; ///< tb_7
-    QAction *m_selectAll = nullptr;
-    QAction *m_selectNone = nullptr;
     QAction *m_options = nullptr;
     QAction *m_info = nullptr;
     SplitPanel *sp2 = nullptr;
@@ -88,6 +90,8 @@ private:
     SingleFilePage *m_singleFilePage = nullptr;
     BatchPages *m_batchPages = nullptr;
     ProgramDialogs *m_dialogs = nullptr;
+    FileCommands *m_fileCommands = nullptr;
+    CommandBar *m_commandBar = nullptr;
     bool m_isPageBehind = false; ///< another row was clicked while the single-file page was out of sight
 };
 

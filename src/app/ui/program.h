@@ -5,6 +5,7 @@
 #include "app/qttexts.h"
 #include "app/settings.h"
 #include "files/tagcache.h"
+#include "files/undo.h"
 #include "naming/sessionchoices.h"
 #include "platform/filesystem.h"
 #include "tags/tagstore.h"
@@ -21,6 +22,7 @@ struct Program
     ProgramState state;
     SessionChoices choices;
     TagCache tagCache;
+    UndoHistory undoHistory;
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     TagStore tagStore{state, fileSystem};
 };

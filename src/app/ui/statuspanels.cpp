@@ -6,6 +6,8 @@ namespace ravlin {
 
 namespace {
 
+constexpr int PassingTime = 6000; ///< milliseconds
+
 ElidedLabel *panel(QWidget *parent, const QString &name)
 {
     auto *label = new ElidedLabel(parent);
@@ -22,6 +24,11 @@ StatusPanels::StatusPanels(QWidget *parent)
     setObjectName(QStringLiteral("sbStatusBar"));
     addWidget(panel1, 1);
     addWidget(panel2, 5);
+}
+
+void StatusPanels::showPassing(const QString &text)
+{
+    showMessage(text, PassingTime);
 }
 
 void StatusPanels::setTexts(const QString &count, const QString &path)

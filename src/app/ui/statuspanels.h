@@ -16,6 +16,8 @@ public:
     explicit StatusPanels(QWidget *parent = nullptr);
 
     void setTexts(const QString &count, const QString &path);
+    /// Shows a text in place of the panels for a few seconds.
+    void showPassing(const QString &text);
 
 private:
     ElidedLabel *panel1;

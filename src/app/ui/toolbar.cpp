@@ -22,14 +22,14 @@ QString captionOf(const ToolbarCommand &command, const Captions &captions)
     return std::visit([&captions](auto caption) { return captions.text(caption); }, command.caption);
 }
 
+} // namespace
+
 QString tooltipOf(const QString &caption, const QKeySequence &shortcut)
 {
     if (shortcut.isEmpty())
         return caption;
     return QStringLiteral("%1 (%2)").arg(caption, shortcut.toString(QKeySequence::NativeText));
 }
-
-} // namespace
 
 Toolbar::Toolbar(QWidget *window, QWidget *parent) : QToolBar(parent), m_window(window)
 {
@@ -44,6 +44,7 @@ QAction *Toolbar::makeAction(const QString &objectName, const ToolbarCommand &co
     auto *action = new QAction(this);
     action->setObjectName(objectName);
     action->setShortcut(command.shortcut);
+    action->setShortcutContext(command.shortcutContext);
     action->setIcon(themedIcon(command.icon, palette()));
     m_window->addAction(action);
     m_commands.push_back({command, action, nullptr});
@@ -79,9 +80,22 @@ QAction *Toolbar::addMenuEntry(int position, const QString &key, const ToolbarCo
     if (owner->menu() == nullptr) {
         owner->setMenu(new QMenu(owner));
         owner->setPopupMode(QToolButton::MenuButtonPopup);
+        connect(owner->defaultAction(), &QAction::changed, owner, [owner] { keepMenuInReach(owner); });
     }
     owner->menu()->addAction(action);
+    connect(action, &QAction::changed, owner, [owner] { keepMenuInReach(owner); });
     return action;
+}
+
+/// Qt disables a button together with its own command, and the menu with it.
+void Toolbar::keepMenuInReach(QToolButton *button)
+{
+    const QList<QAction *> entries = button->menu()->actions();
+    const bool hasEntry =
+        std::any_of(entries.begin(), entries.end(), [](const QAction *entry) { return entry->isEnabled(); });
+    const bool isEnabled = button->defaultAction()->isEnabled();
+    button->setPopupMode(isEnabled ? QToolButton::MenuButtonPopup : QToolButton::InstantPopup);
+    button->setEnabled(isEnabled || hasEntry);
 }
 
 QAction *Toolbar::addEndButton(const QString &key, const ToolbarCommand &command)

@@ -21,12 +21,18 @@ struct ToolbarCommand
 {
     std::variant<int, Text> caption; ///< a caption's number, 1 to 91, or one of the further texts
     QString icon;                    ///< a drawing's name (themedIcon())
-    QKeySequence shortcut;           ///< works in the whole window; shown in the tooltip
+    QKeySequence shortcut;           ///< shown in the tooltip
+    /// Where the shortcut works: in the whole window, or, with WidgetShortcut, only where somebody else sees to it.
+    Qt::ShortcutContext shortcutContext = Qt::WindowShortcut;
 };
+
+/// What a command's tooltip says: its caption and its shortcut.
+QString tooltipOf(const QString &caption, const QKeySequence &shortcut);
 
 /// The main window's toolbar. A button has a position, 1 to 16, which stays its own whatever other buttons are there;
 /// its object name is "tb_" and the position. A button's drop-down menu has entries, each with a key; the object name
-/// of its action is "tb_" and the key. What a command does is the business of whoever connects to its action.
+/// of its action is "tb_" and the key. What a command does is the business of whoever connects to its action. A button
+/// whose own command is disabled opens its menu, as long as something in that can be chosen.
 ///
 /// The actions are the window's as well, so that their shortcuts work while the toolbar has no focus, and can be put
 /// into other menus. The tool bar can be reached by the keyboard.
@@ -73,6 +79,7 @@ private:
     QAction *makeAction(const QString &objectName, const ToolbarCommand &command);
     QToolButton *makeButton(const QString &objectName, QAction *action);
     void applyIcons();
+    static void keepMenuInReach(QToolButton *button);
 
     QWidget *m_window;
     QAction *m_spacer = nullptr; ///< stands before the buttons of the far end

@@ -31,6 +31,18 @@ constexpr std::chrono::milliseconds PollInterval = 40ms;
 void BusyProgress::step(const QString &file)
 {
     ++m_done;
+    tell(file);
+}
+
+void BusyProgress::setBytes(qint64 done, qint64 total, const QString &file)
+{
+    m_totalBytes = total;
+    m_bytes = done;
+    tell(file);
+}
+
+void BusyProgress::tell(const QString &file)
+{
     if (file.isEmpty() || !m_fileLock.tryLock())
         return; // another thread is telling its file just now, which is as good
     m_file = file;
@@ -77,15 +89,21 @@ Busy::Busy(esperate &waitWindow, QWidget *mainWindow, QObject *parent)
 {
 }
 
-bool Busy::run(int steps, const std::function<void(BusyProgress &)> &work)
+bool Busy::run(int steps, std::optional<std::stop_source> stop, const std::function<void(BusyProgress &)> &work)
 {
     if (m_running)
         return false;
     m_running = true;
     m_shownSteps = steps;
     m_shownDone = 0;
+    m_waitWindow.setStoppable(stop.has_value());
     m_waitWindow.BeginProgress(steps);
-    const auto backToNormal = qScopeGuard([this] {
+    const QMetaObject::Connection stopping = connect(&m_waitWindow, &esperate::stopRequested, this, [&stop] {
+        if (stop)
+            stop->request_stop();
+    });
+    const auto backToNormal = qScopeGuard([this, &stopping] {
+        disconnect(stopping);
         m_waitWindow.EndProgress();
         m_running = false;
     });
@@ -131,6 +149,8 @@ void Busy::show(BusyProgress &progress)
     const int done = progress.m_done;
     m_waitWindow.advance(done - m_shownDone);
     m_shownDone = done;
+    if (const qint64 total = progress.m_totalBytes; total > 0)
+        m_waitWindow.setBytes(progress.m_bytes, total);
     if (const QString file = progress.file(); !file.isEmpty())
         m_waitWindow.setCurrentFile(file);
 }

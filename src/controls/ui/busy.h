@@ -8,6 +8,8 @@
 
 #include <atomic>
 #include <functional>
+#include <optional>
+#include <stop_token>
 
 namespace ravlin {
 
@@ -22,15 +24,20 @@ public:
     void step(const QString &file = {});
     /// For work that learns only on its way how many steps it has.
     void setSteps(int steps) { m_steps = steps; }
+    /// Instead of steps: bytes done, out of so many. The file at work is shown from now on, unless it is empty.
+    void setBytes(qint64 done, qint64 total, const QString &file);
 
 private:
     friend class Busy;
 
     explicit BusyProgress(int steps) : m_steps(steps) {}
     QString file();
+    void tell(const QString &file);
 
     std::atomic<int> m_done{0};
     std::atomic<int> m_steps;
+    std::atomic<qint64> m_bytes{0};
+    std::atomic<qint64> m_totalBytes{0}; ///< 0: steps are counted
     QMutex m_fileLock;
     QString m_file;
 };
@@ -54,7 +61,9 @@ public:
     /// The work must not touch any widget, nor anything that the windows paint from. An exception that leaves it
     /// (memory running out) ends it and is thrown again from here, when the windows are back to normal. Where the
     /// system has no thread to give, the work is done on this one.
-    bool run(int steps, const std::function<void(BusyProgress &)> &work);
+    bool run(int steps, const std::function<void(BusyProgress &)> &work) { return run(steps, std::nullopt, work); }
+    /// The same for work that can be stopped: the wait window then has a button that requests it of the source.
+    bool run(int steps, std::optional<std::stop_source> stop, const std::function<void(BusyProgress &)> &work);
 
     bool isRunning() const { return m_running; }
 

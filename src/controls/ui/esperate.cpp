@@ -4,9 +4,11 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLocale>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QScreen>
 #include <QStyle>
 
@@ -23,6 +25,7 @@ constexpr int FrameWidth = 420;
 constexpr std::chrono::milliseconds LatestShow = 2 * esperate::ShowDelay;
 constexpr std::chrono::milliseconds WorthShowing = 200ms;
 constexpr std::chrono::milliseconds CheckAgain = 50ms;
+constexpr int BytesScale = 1000; ///< steps of the bar while bytes are told
 
 /// A line of plain text that leaves out its middle where it is too long, and whose length asks for no room.
 class ElidedLabel : public QLabel
@@ -54,7 +57,7 @@ QString countText(int value, int maximum)
 esperate::esperate(QWidget *parent)
     : QWidget(parent, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       m_frame(new QFrame(this)), m_file(new ElidedLabel(m_frame)), m_count(new QLabel(m_frame)),
-      m_bar(new QProgressBar(m_frame))
+      m_bar(new QProgressBar(m_frame)), m_stop(new QPushButton(m_frame))
 {
     setObjectName(u"esperate"_s);
     setWindowTitle(u"ravlin!"_s);
@@ -69,6 +72,9 @@ esperate::esperate(QWidget *parent)
     m_count->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_bar->setObjectName(u"progress"_s);
     m_bar->setTextVisible(false);
+    m_stop->setObjectName(u"stop"_s);
+    m_stop->hide();
+    connect(m_stop, &QPushButton::clicked, this, &esperate::requestStop);
 
     auto *rows = new QGridLayout(m_frame);
     rows->setContentsMargins(14, 12, 14, 14);
@@ -77,6 +83,7 @@ esperate::esperate(QWidget *parent)
     rows->addWidget(m_file, 0, 0);
     rows->addWidget(m_count, 0, 1);
     rows->addWidget(m_bar, 1, 0, 1, 2);
+    rows->addWidget(m_stop, 2, 0, 1, 2, Qt::AlignRight);
     rows->setColumnStretch(0, 1);
 
     auto *outer = new QVBoxLayout(this);
@@ -123,6 +130,36 @@ void esperate::setSteps(int steps)
     // Room for the longest count from the start, or the line would fidget at every further digit.
     m_count->setMinimumWidth(fontMetrics().horizontalAdvance(countText(m_bar->maximum(), m_bar->maximum())));
     showCount();
+}
+
+void esperate::setBytes(qint64 done, qint64 total)
+{
+    m_bar->setRange(0, BytesScale);
+    const double share = total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 0;
+    m_bar->setValue(std::clamp(static_cast<int>(share * BytesScale), 0, BytesScale));
+    const QLocale locale;
+    m_count->setText(u"%1 / %2"_s.arg(locale.formattedDataSize(done, 1), locale.formattedDataSize(total, 1)));
+}
+
+void esperate::setStoppable(bool stoppable)
+{
+    m_isStoppable = stoppable;
+    m_stop->setVisible(stoppable);
+    m_stop->setEnabled(stoppable);
+    setAttribute(Qt::WA_ShowWithoutActivating, !stoppable); // its keys are of use then
+}
+
+void esperate::setStopText(const QString &text)
+{
+    m_stop->setText(text);
+}
+
+void esperate::requestStop()
+{
+    if (!m_stop->isEnabled())
+        return;
+    m_stop->setEnabled(false);
+    Q_EMIT stopRequested();
 }
 
 void esperate::setCurrentFile(const QString &file)
@@ -183,6 +220,11 @@ void esperate::showEvent(QShowEvent *event)
 
 void esperate::closeEvent(QCloseEvent *event)
 {
+    if (m_atWork && m_isStoppable) {
+        event->ignore();
+        requestStop();
+        return;
+    }
     m_dismissed = true;
     QWidget::closeEvent(event);
 }
@@ -204,7 +246,8 @@ bool esperate::eventFilter(QObject *watched, QEvent *event)
     }
     if (watched == m_frame && event->type() == QEvent::MouseButtonRelease) {
         const auto *release = static_cast<QMouseEvent *>(event);
-        if (release->button() == Qt::LeftButton && m_frame->rect().contains(release->position().toPoint()))
+        if (!m_isStoppable && release->button() == Qt::LeftButton &&
+            m_frame->rect().contains(release->position().toPoint()))
             close();
         return true;
     }

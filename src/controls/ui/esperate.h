@@ -10,6 +10,7 @@
 class QFrame;
 class QLabel;
 class QProgressBar;
+class QPushButton;
 
 namespace ravlin {
 
@@ -18,6 +19,8 @@ namespace ravlin {
 /// The state (steps done and steps in all) is there from BeginProgress() on; the window itself comes up only once the
 /// work has lasted ShowDelay and some is left, so that short work doesn't flash on the screen. It takes no focus away.
 /// The user may close it, or click its frame, which does nothing to the work; the next BeginProgress() brings it back.
+/// Work that can be stopped has a button for it; Esc and closing the window then ask for the stop, too, and the window
+/// stays until the work has ended.
 ///
 /// Used by the interface thread alone, whose event loop it needs to come up; see Busy.
 class esperate : public QWidget
@@ -40,11 +43,21 @@ public:
     void advance(int steps);
     /// For work that learns only on its way how many steps it has.
     void setSteps(int steps);
+    /// Bytes done out of so many, instead of steps.
+    void setBytes(qint64 done, qint64 total);
+    /// Whether the work can be stopped; to be told before it begins.
+    void setStoppable(bool stoppable);
+    /// The caption of the button that stops the work.
+    void setStopText(const QString &text);
     /// The file at work, shown with its middle left out where it is too long.
     void setCurrentFile(const QString &file);
 
     int value() const;
     int maximum() const;
+
+Q_SIGNALS:
+    /// The user wants the work to end; once for each work.
+    void stopRequested();
 
 protected:
     void showEvent(QShowEvent *event) override;
@@ -57,14 +70,17 @@ private:
     void showIfDue();
     bool isNearlyDone(std::chrono::milliseconds elapsed) const;
     void centre();
+    void requestStop();
 
     QFrame *m_frame;
     QLabel *m_file;
     QLabel *m_count;
     QProgressBar *m_bar;
+    QPushButton *m_stop;
     QTimer m_dueTimer;
     QElapsedTimer m_elapsed;
     bool m_atWork = false;
+    bool m_isStoppable = false;
     bool m_dismissed = false; ///< by the user, for the rest of this work
 };
 

@@ -3,6 +3,7 @@
 #include "files/ui/elidedtips.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
@@ -256,6 +257,19 @@ void FileList::mouseReleaseEvent(QMouseEvent *event)
     const bool isClick = event->button() == Qt::LeftButton || event->button() == Qt::RightButton;
     if (isClick && pressedRow >= 0 && pressedRow == indexAt(event->pos()).row())
         reportCurrentRow();
+    if (event->button() == Qt::RightButton && viewport()->rect().contains(event->pos()))
+        Q_EMIT menuRequested(event->globalPosition().toPoint());
+}
+
+/// A menu that opened at the press would take the button's release away, which has a meaning of its own.
+void FileList::contextMenuEvent(QContextMenuEvent *event)
+{
+    event->accept();
+    if (event->reason() == QContextMenuEvent::Mouse)
+        return;
+    const QRect row = visualRect(currentIndex());
+    const QPoint place = row.isValid() ? row.bottomLeft() : QPoint();
+    Q_EMIT menuRequested(viewport()->mapToGlobal(QPoint(place.x(), std::clamp(place.y(), 0, viewport()->height()))));
 }
 
 void FileList::mouseDoubleClickEvent(QMouseEvent *event)

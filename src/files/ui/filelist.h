@@ -73,6 +73,8 @@ Q_SIGNALS:
     void itemSelected(int row);
     void fileActivated(int row);
     void rightClicked();
+    /// The context menu is wanted at that place of the screen: by the right button's release, or by the keyboard.
+    void menuRequested(const QPoint &globalPosition);
     void deleteRequested();
     void deletePlaylistsRequested();
     void writePlaylistRequested();
@@ -85,6 +87,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
     void paintEvent(QPaintEvent *event) override;

@@ -9,6 +9,7 @@ class PageOwner;
 class Settings;
 class TagStore;
 struct ProgramState;
+class UndoHistory;
 
 /// What the pages that work on names, and their windows, work with. All of it outlives them.
 struct NamingContext
@@ -19,6 +20,7 @@ struct NamingContext
     const Captions &captions;
     Settings &settings; ///< for the patterns used before
     platform::FileSystem &fileSystem = platform::FileSystem::native();
+    UndoHistory *undoHistory = nullptr; ///< is told of renames, where there is one
 };
 
 } // namespace ravlin

@@ -16,7 +16,8 @@ constexpr int UsefulLetters = 20; ///< narrower the box would not show a usual p
 } // namespace
 
 PatternBox::PatternBox(const QString &name, QStringView historyName, Settings &settings, QWidget *parent)
-    : QComboBox(parent), m_settings(settings), m_history(PatternHistory::restored(historyName, settings))
+    : QComboBox(parent), m_settings(settings), m_historyName(historyName),
+      m_history(PatternHistory::restored(historyName, settings))
 {
     setObjectName(name);
     setEditable(true);
@@ -40,6 +41,12 @@ void PatternBox::remember()
 {
     m_history.use(text());
     m_history.store(m_settings);
+    offer();
+}
+
+void PatternBox::refresh()
+{
+    m_history = PatternHistory::restored(m_historyName, m_settings);
     offer();
 }
 

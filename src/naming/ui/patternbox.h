@@ -23,6 +23,8 @@ public:
     void append(const QString &placeholder);
     /// The text is being used: it comes first in the list. Takes effect for the settings' file with Settings::save().
     void remember();
+    /// Shows the list as the settings have it by now. The text stays.
+    void refresh();
 
     /// For the box and its text.
     void setName(const QString &accessibleName);
@@ -31,6 +33,7 @@ private:
     void offer();
 
     Settings &m_settings;
+    QStringView m_historyName;
     PatternHistory m_history;
 };
 

@@ -5,6 +5,7 @@
 #include "controls/ui/conversionbox.h"
 #include "controls/ui/icons.h"
 #include "files/filerenaming.h"
+#include "files/undo.h"
 #include "naming/filename.h"
 #include "naming/placeholders.h"
 #include "naming/sessionchoices.h"
@@ -278,6 +279,8 @@ void RenamePage::run()
         [&](BatchProgress &progress) { outcome = runRenaming(m_context.fileSystem, renaming->plan, progress); });
     if (!ran)
         return;
+    if (m_context.undoHistory != nullptr)
+        m_context.undoHistory->addRenames(outcome.renames, outcome.foldersMade);
     m_context.owner.refreshListAt(placeOf(current, outcome));
     Q_EMIT finished();
     const std::size_t renamed = outcome.count(RenameState::Rename);

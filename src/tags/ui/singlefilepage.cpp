@@ -229,6 +229,7 @@ void SingleFilePage::ShowCurrent()
         return;
     }
     setSavingEnabled(true);
+    m_isShowingFile = true;
     // A file that cannot be read shows what was read of it, which may be nothing; that is all that is said.
     (void)m_context.tagStore.ReadTag(path, m_record);
     showPage(m_record);
@@ -243,6 +244,7 @@ void SingleFilePage::ShowCurrent()
 void SingleFilePage::reset()
 {
     setSavingEnabled(false);
+    m_isShowingFile = false;
     m_record = {};
     showPage(m_record);
     eliminav1->setEnabled(false);

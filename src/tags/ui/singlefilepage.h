@@ -59,6 +59,7 @@ public:
 
     /// The tag of the file that is shown, as it was read; all empty when there is none.
     const TagRecord &shownRecord() const { return m_record; }
+    bool isShowingFile() const { return m_isShowingFile; }
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -81,6 +82,7 @@ private:
 
     SingleFilePageContext m_context;
     TagRecord m_record;
+    bool m_isShowingFile = false;
     StreamDetailsReader m_streamReader;
 
     QLineEdit *Ttitulo;

@@ -6,9 +6,12 @@
 #include "app/ui/opciones.h"
 #include "app/ui/principalfixture.h"
 #include "controls/ui/frmabout.h"
+#include "files/ui/outcomedialog.h"
+#include "files/ui/takennamedialog.h"
 #include "naming/placeholders.h"
 #include "naming/ui/clashdialog.h"
 #include "naming/ui/dialog.h"
+#include "naming/ui/patterneditor.h"
 #include "tags/tageditor.h"
 
 #include <QAbstractItemView>
@@ -58,6 +61,22 @@ QList<WindowMaker> windowMakers()
             }},
         {u"clash"_s,
             [](Program &program) { return new ClashDialog(program.captions, u"1.mp3"_s, u"2.mp3"_s, nullptr); }},
+        {u"takenName"_s,
+            [](Program &program) {
+                Clash clash;
+                clash.source = u"/from/1.mp3"_s;
+                clash.target = u"/to/1.mp3"_s;
+                clash.sourceNode.kind = platform::NodeKind::Folder;
+                return new TakenNameDialog(program.captions, clash, nullptr);
+            }},
+        {u"outcome"_s,
+            [](Program &program) {
+                OperationReport report;
+                report.failures.push_back({u"/to/1.mp3"_s, Error{ErrorCode::NoSpace, {}, {}}});
+                return new OutcomeDialog(program.captions, report, nullptr);
+            },
+            {}, {u"ravlin!"_s}},
+        {u"patternEditor"_s, [](Program &program) { return new PatternEditor(program.settings, program.captions); }},
         {u"frmAbout"_s, [](Program &program) { return new frmAbout(program.captions); }, {},
             {u"ravlin!"_s, u"version "_s + QStringLiteral(RAVLIN_VERSION), u"TagLib"_s, u"freedb"_s,
                 u"https://taglib.org/"_s, u"https://gnudb.org/"_s, defaults::WebSite.toString(),

@@ -83,6 +83,10 @@ private Q_SLOTS:
     void endsWithTheFinalStateAndAClosedWindow();
     void longWorkShowsWindowFileAndCursor();
     void closingTheWaitWindowDoesNotStopTheWork();
+    void workThatCanBeStoppedIsStopped_data();
+    void workThatCanBeStoppedIsStopped();
+    void otherWorkHasNoButtonToStopIt();
+    void bytesAreShownInsteadOfSteps();
 
     void clicksAreDroppedForGood();
     void nativeClicksAreDroppedForGood();
@@ -255,6 +259,62 @@ void tst_busy::closingTheWaitWindowDoesNotStopTheWork()
     QVERIFY(closed);
     QVERIFY(ended);
     QCOMPARE(m_wait->value(), 2);
+}
+
+void tst_busy::workThatCanBeStoppedIsStopped_data()
+{
+    QTest::addColumn<QString>("way");
+    QTest::newRow("button") << u"button"_s;
+    QTest::newRow("escape") << u"escape"_s;
+    QTest::newRow("closing") << u"closing"_s;
+}
+
+void tst_busy::workThatCanBeStoppedIsStopped()
+{
+    QFETCH(QString, way);
+    std::stop_source stop;
+    bool stayed = false;
+    QTimer poll;
+    poll.callOnTimeout([&] {
+        if (!m_wait->isVisible() || stop.stop_requested())
+            return;
+        auto *button = m_wait->findChild<QPushButton *>(u"stop"_s);
+        if (way == u"button"_s)
+            QTest::mouseClick(button, Qt::LeftButton);
+        else if (way == u"escape"_s)
+            QTest::keyClick(m_wait, Qt::Key_Escape);
+        else
+            m_wait->close();
+        stayed = m_wait->isVisible() && !button->isEnabled();
+    });
+    poll.start(10ms);
+    QVERIFY(m_busy->run(1, stop, [&](BusyProgress &) {
+        for (int i = 0; i < 15000 && !stop.stop_requested(); ++i)
+            std::this_thread::sleep_for(2ms);
+    }));
+    QVERIFY(stop.stop_requested());
+    QVERIFY(stayed); // until the work has ended
+    QVERIFY(!m_wait->isVisible());
+}
+
+void tst_busy::otherWorkHasNoButtonToStopIt()
+{
+    std::stop_source stop;
+    m_busy->run(1, stop, [](BusyProgress &) {});
+    QVERIFY(!m_wait->findChild<QPushButton *>(u"stop"_s)->isHidden());
+    m_busy->run(1, [](BusyProgress &) {});
+    QVERIFY(m_wait->findChild<QPushButton *>(u"stop"_s)->isHidden());
+    QVERIFY(!stop.stop_requested());
+}
+
+void tst_busy::bytesAreShownInsteadOfSteps()
+{
+    QVERIFY(m_busy->run(0, [](BusyProgress &progress) { progress.setBytes(1024, 4096, u"a.mp3"_s); }));
+    QCOMPARE(4 * m_wait->value(), m_wait->maximum());
+    const QLocale locale;
+    QCOMPARE(m_wait->findChild<QLabel *>(u"count"_s)->text(),
+        locale.formattedDataSize(1024, 1) + u" / "_s + locale.formattedDataSize(4096, 1));
+    QCOMPARE(m_wait->findChild<QLabel *>(u"file"_s)->text(), u"a.mp3"_s);
 }
 
 void tst_busy::clicksAreDroppedForGood()

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "app/ui/toolbar.h"
+
+#include <QObject>
+#include <QPointer>
+
+class QMenu;
+
+namespace ravlin {
+
+class FileCommands;
+class FileList;
+class FolderCommand;
+class FolderTree;
+class ListController;
+struct Program;
+
+/// What the commands of list and folder are reached from.
+struct CommandBarContext
+{
+    Program &program;
+    Toolbar &toolbar;
+    FileList &list;
+    FolderTree &tree;
+    ListController &lister;
+    QWidget *window;
+};
+
+/// Puts the commands of list and folder on the toolbar, into the context menus of list and tree and on their keys, and
+/// keeps disabled what has nothing to act on.
+class CommandBar : public QObject
+{
+    Q_OBJECT
+
+public:
+    CommandBar(const CommandBarContext &context, FileCommands &files, FolderCommand &folder);
+
+    /// Puts the current language's texts on what is not the toolbar's own.
+    void applyCaptions();
+    /// A command of another part, to be in the list's context menu as well; after the captions of its own.
+    void addToListMenu(QAction *action);
+
+Q_SIGNALS:
+    /// The saved patterns were edited: boxes that offer them are to show the lists anew.
+    void patternsEdited();
+
+private:
+    void addPlaylistButtons(FileCommands &files);
+    void addFolderButton(FileCommands &files, FolderCommand &folder);
+    void addFilesButton(FileCommands &files);
+    void addSelectionButton();
+    void addPatternsButton();
+    void addFurtherActions(FileCommands &files);
+    void connectKeys(FileCommands &files);
+    void makeMenus();
+    QAction *furtherAction(const QString &name, const QString &icon, const QKeySequence &shortcut);
+    void updateEnabling();
+    void updatePlaylists();
+    void editPatterns();
+    Text undoText() const;
+
+    CommandBarContext m_context;
+    QAction *m_writePlaylist; ///< tb_3
+    QAction *m_writeEntry;    ///< lista
+    QAction *m_deletePlaylists;
+    QAction *m_play;      ///< tb_5
+    QAction *m_playEntry; ///< play
+    QAction *m_renameFolder;
+    QAction *m_moveFolder;
+    QAction *m_copyFolder;
+    QAction *m_deleteFolder;
+    QAction *m_deleteFiles;
+    QAction *m_moveFiles;
+    QAction *m_copyFiles;
+    QAction *m_selectAll;
+    QAction *m_selectNone;
+    QAction *m_patterns;
+    QAction *m_undo;
+    QAction *m_listTree;
+    QAction *m_refreshTree;
+    QMenu *m_listMenu;
+    QMenu *m_treeMenu;
+    QPointer<QWidget> m_patternEditor;
+};
+
+} // namespace ravlin
