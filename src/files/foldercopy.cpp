@@ -1,8 +1,6 @@
 #include "files/transferrun.h"
 #include "platform/leftovers.h"
 
-#include <ranges>
-
 namespace ravlin {
 
 using platform::Node;
@@ -47,7 +45,7 @@ Result<void> FolderCopy::copy(const CopiedNode &folder)
 
 Result<void> FolderCopy::fill(const CopiedNode &folder)
 {
-    m_folders.push_back(folder);
+    m_folders.push_front(folder);
     const auto names = m_fileSystem.names(folder.source);
     if (!names)
         return tl::unexpected(names.error());
@@ -101,7 +99,7 @@ Result<void> FolderCopy::settle()
 /// From the innermost outwards: what is done to a folder's entries changes its time.
 Result<void> FolderCopy::finishFolders()
 {
-    for (const CopiedNode &folder : std::views::reverse(m_folders)) {
+    for (const CopiedNode &folder : m_folders) {
         auto finished = platform::takeAttributes(folder.source, folder.target).and_then([&] {
             return m_fileSystem.syncFolder(folder.target);
         });
@@ -118,7 +116,7 @@ Result<void> FolderCopy::removeSource()
         if (auto removed = removeCopied(m_fileSystem, other); !removed)
             return removed;
     }
-    for (const CopiedNode &folder : std::views::reverse(m_folders)) {
+    for (const CopiedNode &folder : m_folders) {
         // What has come into it since is not deleted: then it is not empty.
         if (auto removed = m_fileSystem.removeFolder(folder.source); !removed)
             return removed;

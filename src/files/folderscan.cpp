@@ -28,7 +28,8 @@ QStringList subfolders(
 {
     std::vector<std::pair<QString, QString>> found; // upper-case form and path
     for (const platform::FolderEntry &entry : entries) {
-        if (entry.kind == platform::EntryKind::Folder) {
+        // A folder that is being copied is not there yet.
+        if (entry.kind == platform::EntryKind::Folder && !platform::isLeftoverName(entry.name)) {
             const QString path = folderPath + entry.name + platform::Separator;
             found.emplace_back(path.toUpper(), path);
         }

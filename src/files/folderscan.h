@@ -62,7 +62,8 @@ Result<Listing> ListFolder(const QString &folderPath, const QString &relativePre
 Result<Listing> ListFolderTree(const QString &folderPath, const ScanOptions &options = {});
 
 /// The full paths of a folder's direct subfolders, each with the separator at its end, ordered by the character codes
-/// of their upper-case forms. Hidden ones count. After a request to stop: those found so far, in no order.
+/// of their upper-case forms. Hidden ones count, but not those that a copy is being made in (isLeftoverName). After a
+/// request to stop: those found so far, in no order.
 Result<QStringList> GetSubfolders(const QString &folderPath, const std::stop_token &stop = {});
 
 /// Reads the tags of files again: those of the folder (a path that ends in the separator) followed by each text. One

@@ -8,7 +8,6 @@ namespace ravlin {
 
 namespace {
 
-using platform::Node;
 using platform::NodeKind;
 
 /// How far a transfer has come.

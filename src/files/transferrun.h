@@ -4,6 +4,7 @@
 #include "platform/copyfile.h"
 #include "platform/workers.h"
 
+#include <deque>
 #include <list>
 
 /// How runTransfer works; for transfer.h's own sources.
@@ -81,8 +82,8 @@ private:
     platform::FileSystem &m_fileSystem;
     CopyQueue &m_queue;
     const std::stop_token m_stop;
-    std::vector<CopiedNode> m_folders; ///< each before those in it
-    std::vector<CopiedNode> m_others;  ///< files and links
+    std::deque<CopiedNode> m_folders; ///< the innermost first: each behind those in it
+    std::vector<CopiedNode> m_others; ///< files and links
 };
 
 /// Deletes a file or link that was copied; ChangedMeanwhile when it is not any more what was copied.

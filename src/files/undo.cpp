@@ -2,11 +2,21 @@
 
 #include "platform/leftovers.h"
 
-#include <ranges>
-
 namespace ravlin {
 
 namespace {
+
+/// What was done last is undone first.
+template <typename Item>
+std::vector<Item> reversed(const std::vector<Item> &items)
+{
+    return {items.rbegin(), items.rend()};
+}
+
+Result<void> refusal(const QString &path, const QString &detail)
+{
+    return tl::unexpected(Error{ErrorCode::Unsupported, path, detail});
+}
 
 /// Undoes the steps of one operation and keeps account of them.
 class Undoing
@@ -17,22 +27,29 @@ public:
     {
     }
 
-    /// Calls work(path) unless a stop was requested; path is what failures are told for.
+    /// Calls work() unless a stop was requested; path is what failures are told for. False: a stop kept it from being
+    /// tried, or from being finished; then all is as before.
     template <typename Work>
-    void step(const QString &path, const QString &undonePath, Work work)
+    bool step(const QString &path, const QString &undonePath, Work work)
     {
         if (m_options.stop.stop_requested()) {
             m_report.notDone.append(path);
-            return;
+            return false;
         }
         m_progress.path = path;
         if (m_options.progress)
             m_options.progress(m_progress);
-        if (const Result<void> undone = work())
+        const Result<void> undone = work();
+        ++m_progress.itemsDone;
+        if (!undone && undone.error().code == ErrorCode::Cancelled) {
+            m_report.notDone.append(path);
+            return false;
+        }
+        if (undone)
             m_report.undone.append(undonePath);
         else
             m_report.failures.push_back({path, undone.error()});
-        ++m_progress.itemsDone;
+        return true;
     }
 
     Result<void> moveBack(const TransferStep &step);
@@ -81,8 +98,7 @@ Result<void> Undoing::moveBack(const TransferStep &step)
 Result<void> Undoing::removeCopy(const TransferStep &step)
 {
     if (step.replaced)
-        return tl::unexpected(
-            Error{ErrorCode::Unsupported, step.target, QStringLiteral("it has taken the place of another file")});
+        return refusal(step.target, QStringLiteral("it has taken the place of another file"));
     const auto node = platform::nodeAt(step.target);
     if (!node)
         return tl::unexpected(node.error());
@@ -112,11 +128,8 @@ private:
     TransferProgress m_now;
 };
 
-UndoReport undoRenames(platform::FileSystem &fileSystem, const std::vector<RenameDone> &renames,
-    const QStringList &foldersMade, const TransferOptions &options)
+UndoReport reportOf(const RenamingOutcome &outcome)
 {
-    RenameProgress progress(options, static_cast<qsizetype>(renames.size()));
-    const RenamingOutcome outcome = undoRenaming(fileSystem, renames, foldersMade, progress, options.stop);
     UndoReport report;
     for (const RenameRow &row : outcome.rows) {
         switch (row.state) {
@@ -140,6 +153,11 @@ UndoReport undoRenames(platform::FileSystem &fileSystem, const std::vector<Renam
     }
     report.wasStopped = outcome.wasStopped;
     return report;
+}
+
+bool isLeftByStop(const RenameRow &row)
+{
+    return row.state == RenameState::Stopped || row.state == RenameState::NotTaken;
 }
 
 } // namespace
@@ -197,33 +215,70 @@ UndoReport UndoHistory::undo(platform::FileSystem &fileSystem, const TransferOpt
         return {};
     const Operation operation = std::move(m_operations.back());
     m_operations.pop_back();
-    const UndoSubject subject = subjectOf(operation);
-    if (const auto *const renames = std::get_if<Renames>(&operation)) {
-        UndoReport report = undoRenames(fileSystem, renames->renames, renames->foldersMade, options);
-        report.kind = subject.kind;
-        return report;
-    }
+    UndoReport report = std::visit([&](const auto &one) { return take(fileSystem, one, options); }, operation);
+    report.kind = subjectOf(operation).kind;
+    report.wasStopped = report.wasStopped || !report.notDone.isEmpty();
+    return report;
+}
 
+UndoReport UndoHistory::take(
+    platform::FileSystem &fileSystem, const Transfers &transfers, const TransferOptions &options)
+{
     Undoing undoing(fileSystem, options);
-    undoing.m_report.kind = subject.kind;
-    undoing.m_progress.itemsTotal = subject.count;
-    if (const auto *const transfers = std::get_if<Transfers>(&operation)) {
-        for (const TransferStep &step : std::views::reverse(transfers->steps)) {
+    undoing.m_progress.itemsTotal = static_cast<qsizetype>(transfers.steps.size());
+    Transfers left{transfers.kind, {}};
+    for (const TransferStep &step : reversed(transfers.steps)) {
+        const QString &undonePath = step.isMove ? step.source : step.target;
+        const bool isTaken = undoing.step(step.target, undonePath, [&]() -> Result<void> {
             if (step.isMove)
-                undoing.step(step.target, step.source, [&] { return undoing.moveBack(step); });
-            else
-                undoing.step(step.target, step.target, [&] { return undoing.removeCopy(step); });
-        }
-    } else {
-        const auto &deletions = std::get<Deletions>(operation);
-        for (const platform::TrashedItem &item : std::views::reverse(deletions.trashed))
-            undoing.step(item.original, item.original, [&] { return platform::restoreFromTrash(item); });
-        for (const QString &path : deletions.deleted)
-            undoing.m_report.failures.push_back(
-                {path, Error{ErrorCode::Unsupported, path, QStringLiteral("it was deleted for good")}});
+                return undoing.moveBack(step);
+            // The source could not be deleted, or not all of it: what is gone of it is here alone.
+            if (transfers.kind == TransferKind::Move)
+                return refusal(step.target, QStringLiteral("it was not moved in full: look in both places"));
+            return undoing.removeCopy(step);
+        });
+        if (!isTaken)
+            left.steps.push_back(step);
     }
-    undoing.m_report.wasStopped = !undoing.m_report.notDone.isEmpty();
+    left.steps = reversed(left.steps);
+    if (!left.steps.empty())
+        add(std::move(left));
     return std::move(undoing.m_report);
+}
+
+UndoReport UndoHistory::take(
+    platform::FileSystem &fileSystem, const Deletions &deletions, const TransferOptions &options)
+{
+    Undoing undoing(fileSystem, options);
+    undoing.m_progress.itemsTotal = static_cast<qsizetype>(deletions.trashed.size()) + deletions.deleted.size();
+    Deletions left;
+    for (const platform::TrashedItem &item : reversed(deletions.trashed)) {
+        if (!undoing.step(item.original, item.original, [&] { return platform::restoreFromTrash(item); }))
+            left.trashed.push_back(item);
+    }
+    left.trashed = reversed(left.trashed);
+    for (const QString &path : deletions.deleted) {
+        if (!undoing.step(path, path, [&] { return refusal(path, QStringLiteral("it was deleted for good")); }))
+            left.deleted.append(path);
+    }
+    if (!left.trashed.empty() || !left.deleted.isEmpty())
+        add(std::move(left));
+    return std::move(undoing.m_report);
+}
+
+UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Renames &renames, const TransferOptions &options)
+{
+    RenameProgress progress(options, static_cast<qsizetype>(renames.renames.size()));
+    const RenamingOutcome outcome =
+        undoRenaming(fileSystem, renames.renames, renames.foldersMade, progress, options.stop);
+    Renames left{{}, renames.foldersMade};
+    for (const RenameRow &row : outcome.rows) {
+        if (isLeftByStop(row))
+            left.renames.push_back({row.wanted, row.from});
+    }
+    if (!left.renames.empty())
+        add(std::move(left));
+    return reportOf(outcome);
 }
 
 } // namespace ravlin

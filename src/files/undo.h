@@ -42,11 +42,11 @@ struct UndoReport
 
 /// The last operations of this run that changed names or places, to be undone one by one, the last one first. An undo
 /// is as careful as the operation: it overwrites nothing, and what it takes away again (a copy) goes into the trash. An
-/// operation is forgotten once its undo was tried.
+/// operation is forgotten once its undo was tried; what a stop kept from being tried is what the next undo takes back.
 ///
 /// Errors of single paths: AlreadyExists (the old name is taken), NotFound (it is not there any more),
 /// ChangedMeanwhile (a copy that was edited since stays), NoTrash (so does one that can't be put into the trash),
-/// Unsupported (it was deleted for good, or took the place of another file).
+/// Unsupported (it was deleted for good, took the place of another file, or was moved in part only).
 class UndoHistory
 {
 public:
@@ -81,6 +81,10 @@ private:
 
     void add(Operation operation);
     static UndoSubject subjectOf(const Operation &operation);
+    /// Undoes one and remembers what a stop has left of it.
+    UndoReport take(platform::FileSystem &fileSystem, const Transfers &transfers, const TransferOptions &options);
+    UndoReport take(platform::FileSystem &fileSystem, const Deletions &deletions, const TransferOptions &options);
+    UndoReport take(platform::FileSystem &fileSystem, const Renames &renames, const TransferOptions &options);
 
     std::deque<Operation> m_operations; ///< the last one last
 };

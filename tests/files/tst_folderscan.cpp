@@ -107,6 +107,19 @@ private Q_SLOTS:
                        root() + QStringLiteral("b/"), root() + QStringLiteral("c/"), root() + QStringLiteral("Á/")}));
     }
 
+    void aFolderThatIsBeingCopiedIsNotThereYet()
+    {
+        make(QStringLiteral("cd/a.mp3"));
+        make(QStringLiteral(".ravlin-0123456789abcdef.tmp/a.mp3"));
+        make(QStringLiteral("cd/.ravlin-fedcba9876543210.tmp/sub/b.mp3"));
+        make(QStringLiteral(".ravlin-mine.tmp/c.mp3")); // not quite a name that the program gives
+        QCOMPARE(GetSubfolders(root()).value(),
+            QStringList({root() + QStringLiteral(".ravlin-mine.tmp/"), root() + QStringLiteral("cd/")}));
+        const Listing listing = ListFolderTree(root()).value();
+        QCOMPARE(texts(listing), QStringList({QStringLiteral(".ravlin-mine.tmp/c.mp3"), QStringLiteral("cd/a.mp3")}));
+        QVERIFY(listing.failures.empty());
+    }
+
     void aTreeIsListedLevelByLevelBelowEachSubfolder()
     {
         for (const char *name :

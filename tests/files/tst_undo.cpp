@@ -30,6 +30,9 @@ private Q_SLOTS:
     void aDeletionForGoodSaysWhy();
     void aBatchOfRenames();
     void whatIsGoneSaysSo();
+    void aMoveThatWasNotFinishedStays();
+    void aStopLeavesTheRestForTheNextUndo_data();
+    void aStopLeavesTheRestForTheNextUndo();
     void nothingDoneIsNothingToUndo();
 
 private:
@@ -229,6 +232,83 @@ void UndoTest::whatIsGoneSaysSo()
     QCOMPARE(report.failures.size(), std::size_t(1));
     QCOMPARE(report.failures[0].path, in(u"to/a.mp3"_s));
     QCOMPARE(report.failures[0].error.code, ErrorCode::NotFound);
+}
+
+void UndoTest::aMoveThatWasNotFinishedStays()
+{
+    // A folder was copied to another drive, but not all of it could be deleted afterwards: b.mp3 is at the target
+    // alone.
+    writeFile(in(u"cd/a.mp3"_s), "a");
+    writeFile(in(u"to/cd/a.mp3"_s), "a");
+    writeFile(in(u"to/cd/b.mp3"_s), "b");
+    TransferStep step;
+    step.source = in(u"cd"_s);
+    step.target = in(u"to/cd"_s);
+    step.isFolder = true;
+    TransferReport moved;
+    moved.done.push_back(step);
+    m_history->addTransfer(TransferKind::Move, moved);
+    const UndoReport report = undo();
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::Unsupported);
+    QCOMPARE(readFile(in(u"to/cd/b.mp3"_s)), QByteArray("b"));
+}
+
+void UndoTest::aStopLeavesTheRestForTheNextUndo_data()
+{
+    QTest::addColumn<OperationKind>("kind");
+    QTest::newRow("copies") << OperationKind::Copy;
+    QTest::newRow("moves") << OperationKind::Move;
+    QTest::newRow("deletions") << OperationKind::Trash;
+    QTest::newRow("renames") << OperationKind::Rename;
+}
+
+void UndoTest::aStopLeavesTheRestForTheNextUndo()
+{
+    QFETCH(OperationKind, kind);
+    const QStringList files{in(u"1.mp3"_s), in(u"2.mp3"_s), in(u"3.mp3"_s), in(u"4.mp3"_s)};
+    for (const QString &file : files)
+        writeFile(file, file.toUtf8());
+    QDir().mkpath(in(u"data"_s));
+    const auto state = [this] {
+        Snapshot all = snapshotOf(m_folder->path());
+        all.removeIf([](const auto &entry) { return entry.key().startsWith(u"data/"_s); });
+        return all;
+    };
+    const Snapshot before = state();
+    if (kind == OperationKind::Trash) {
+        m_history->addDeletion(putIntoTrash(files));
+    } else if (kind == OperationKind::Rename) {
+        std::vector<RenameDone> renames;
+        for (const QString &file : files) {
+            renames.push_back({file, file + u".mp3"_s});
+            QVERIFY(m_fileSystem.renameNew(file, renames.back().to));
+        }
+        m_history->addRenames(renames);
+    } else {
+        transfer(kind == OperationKind::Copy ? TransferKind::Copy : TransferKind::Move, files, in(u"to"_s));
+    }
+    QVERIFY(state() != before);
+
+    std::stop_source stop;
+    const auto stopSoon = [&](const TransferProgress &progress) {
+        if (progress.itemsDone == 2)
+            stop.request_stop();
+    };
+    const UndoReport first = m_history->undo(m_fileSystem, {stopSoon, stop.get_token()});
+    QVERIFY(first.wasStopped);
+    QVERIFY(first.failures.empty());
+    QVERIFY(!first.undone.isEmpty() && !first.notDone.isEmpty());
+    QVERIFY(m_history->next().has_value());
+    QCOMPARE(m_history->next()->kind, kind);
+    QCOMPARE(m_history->next()->count, first.notDone.size());
+    QCOMPARE(first.undone.size() + first.notDone.size(), files.size());
+
+    const UndoReport second = undo();
+    QVERIFY(second.failures.empty());
+    QCOMPARE(second.undone.size(), first.notDone.size());
+    QCOMPARE(state(), before);
+    QVERIFY(!m_history->next());
 }
 
 void UndoTest::nothingDoneIsNothingToUndo()
