@@ -17,7 +17,7 @@ class PackedTexts
 {
 public:
     PackedTexts() = default;
-    explicit PackedTexts(std::initializer_list<QStringView> texts);
+    PackedTexts(std::initializer_list<QStringView> texts);
 
     /// The text at that position, from 0; empty where none was packed.
     QString at(int position) const;
