@@ -14,7 +14,7 @@ namespace {
 struct ClashWord
 {
     QStringView word;
-    ClashAnswer answer;
+    ClashAnswer answer = ClashAnswer::Skip;
 };
 
 constexpr std::array ClashWords{ClashWord{u"skip", ClashAnswer::Skip}, ClashWord{u"number", ClashAnswer::KeepBoth},

@@ -32,7 +32,7 @@ Number numberAt(const char *bytes)
 
 PackedTexts::PackedTexts(std::initializer_list<QStringView> texts)
 {
-    const auto headSize = static_cast<qsizetype>(sizeof(Count) + texts.size() * sizeof(Count));
+    const auto headSize = static_cast<qsizetype>(sizeof(Count)) * (static_cast<qsizetype>(texts.size()) + 1);
     qsizetype size = headSize;
     for (const QStringView text : texts)
         size += bytesFor(text.size(), isWideText(text));
