@@ -21,7 +21,7 @@ constexpr Option TransferDryRunOption{u"--dry-run", {}, u"show what would be don
 struct ReplyWord
 {
     QStringView word;
-    ClashReply reply;
+    ClashReply reply = ClashReply::Skip;
 };
 
 constexpr std::array ReplyWords{ReplyWord{u"skip", ClashReply::Skip}, ReplyWord{u"number", ClashReply::KeepBoth},
