@@ -80,6 +80,10 @@ QAction *Toolbar::addMenuEntry(int position, const QString &key, const ToolbarCo
     if (owner->menu() == nullptr) {
         owner->setMenu(new QMenu(owner));
         owner->setPopupMode(QToolButton::MenuButtonPopup);
+        connect(owner, &QToolButton::clicked, owner, [owner] {
+            if (!owner->defaultAction()->isEnabled())
+                owner->menu()->popup(owner->mapToGlobal(owner->rect().bottomLeft()));
+        });
         connect(owner->defaultAction(), &QAction::changed, owner, [owner] { keepMenuInReach(owner); });
     }
     owner->menu()->addAction(action);
@@ -93,9 +97,7 @@ void Toolbar::keepMenuInReach(QToolButton *button)
     const QList<QAction *> entries = button->menu()->actions();
     const bool hasEntry =
         std::any_of(entries.begin(), entries.end(), [](const QAction *entry) { return entry->isEnabled(); });
-    const bool isEnabled = button->defaultAction()->isEnabled();
-    button->setPopupMode(isEnabled ? QToolButton::MenuButtonPopup : QToolButton::InstantPopup);
-    button->setEnabled(isEnabled || hasEntry);
+    button->setEnabled(button->defaultAction()->isEnabled() || hasEntry);
 }
 
 QAction *Toolbar::addEndButton(const QString &key, const ToolbarCommand &command)

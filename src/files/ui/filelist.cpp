@@ -196,8 +196,10 @@ void FileList::keyPressEvent(QKeyEvent *event)
         endDrag();
         return;
     }
-    if (isShiftAlone(*event) && isCommandLetter(event->key()))
+    if (isShiftAlone(*event) && isCommandLetter(event->key())) {
+        m_pressedCommand = event->key();
         return; // it must not start a search by name; what it does happens when it is released
+    }
     QTreeView::keyPressEvent(event);
 }
 
@@ -206,13 +208,17 @@ void FileList::keyReleaseEvent(QKeyEvent *event)
     QTreeView::keyReleaseEvent(event);
     if (event->isAutoRepeat())
         return; // the key is still held down
+    // Who types fast lets go of Shift first.
+    const bool isCommand = isShiftAlone(*event) || event->key() == m_pressedCommand;
+    if (event->key() == m_pressedCommand)
+        m_pressedCommand = 0;
     if (event->key() == Qt::Key_Delete)
         Q_EMIT deleteRequested();
-    else if (isShiftAlone(*event) && event->key() == Qt::Key_B)
+    else if (isCommand && event->key() == Qt::Key_B)
         Q_EMIT deletePlaylistsRequested();
-    else if (isShiftAlone(*event) && event->key() == Qt::Key_L)
+    else if (isCommand && event->key() == Qt::Key_L)
         Q_EMIT writePlaylistRequested();
-    else if (isShiftAlone(*event) && event->key() == Qt::Key_P)
+    else if (isCommand && event->key() == Qt::Key_P)
         Q_EMIT playRequested();
     else
         reportCurrentRow();
@@ -348,6 +354,7 @@ void FileList::endDrag()
 
 void FileList::focusOutEvent(QFocusEvent *event)
 {
+    m_pressedCommand = 0; // its release goes elsewhere
     endDrag();
     QTreeView::focusOutEvent(event);
 }

@@ -111,8 +111,9 @@ private:
     int rowTop(int row) const;
 
     FileListModel *const m_model;
-    int m_pressedRow = -1;  ///< under the mouse button
-    bool m_mayDrag = false; ///< the left button alone is down on a row
+    int m_pressedCommand = 0; ///< the letter that was pressed with Shift alone and is still down
+    int m_pressedRow = -1;    ///< under the mouse button
+    bool m_mayDrag = false;   ///< the left button alone is down on a row
     QPoint m_pressPosition;
     int m_dropPosition = -1; ///< -1: no drag
     QBasicTimer m_scrollTimer;

@@ -72,7 +72,9 @@ private Q_SLOTS:
         QVERIFY(buttonAction(7)->isEnabled());
         // A menu stays in reach although the button's own command is disabled; with nothing in it, it does not.
         QVERIFY(control<QToolButton>(u"tb_9"_s)->isEnabled());
-        QCOMPARE(control<QToolButton>(u"tb_9"_s)->popupMode(), QToolButton::InstantPopup);
+        control<QToolButton>(u"tb_9"_s)->click();
+        QVERIFY(control<QToolButton>(u"tb_9"_s)->menu()->isVisible());
+        control<QToolButton>(u"tb_9"_s)->menu()->close();
         QVERIFY(!control<QToolButton>(u"tb_12"_s)->isEnabled());
     }
 
@@ -91,7 +93,6 @@ private Q_SLOTS:
         control<QToolButton>(u"tb_12"_s)->click();
         QCOMPARE(list()->selectedRows(), (std::vector<int>{0, 1, 2}));
         QVERIFY(buttonAction(9)->isEnabled());
-        QCOMPARE(control<QToolButton>(u"tb_9"_s)->popupMode(), QToolButton::MenuButtonPopup);
     }
 
     void atTheRootOfADriveTheFolderIsLeftAlone()

@@ -135,6 +135,21 @@ private Q_SLOTS:
         QCOMPARE(selects.count(), 1);
     }
 
+    void aShiftedCommandCountsAlsoWhenShiftIsReleasedFirst()
+    {
+        fill("a b");
+        QSignalSpy writes(m_list.get(), &FileList::writePlaylistRequested);
+        QSignalSpy selects(m_list.get(), &FileList::itemSelected);
+        sendKey(QEvent::KeyPress, Qt::Key_L, Qt::ShiftModifier);
+        sendKey(QEvent::KeyRelease, Qt::Key_L, Qt::NoModifier);
+        QCOMPARE(writes.count(), 1);
+        QCOMPARE(selects.count(), 0);
+        sendKey(QEvent::KeyPress, Qt::Key_L, Qt::NoModifier);
+        sendKey(QEvent::KeyRelease, Qt::Key_L, Qt::NoModifier);
+        QCOMPARE(writes.count(), 1);
+        QCOMPARE(selects.count(), 1);
+    }
+
     void typingFindsNamesButShiftedCommandsDoNot()
     {
         fill("alpha lima papa");
