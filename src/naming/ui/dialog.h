@@ -68,14 +68,14 @@ private:
     QString m_folder;
     std::optional<TagRecord> m_record; ///< of the first file; none when there is none, or it can't be read
 
-    QCheckBox *Check1;
-    QCheckBox *Check2;
-    PatternBox *avanzado;
-    PlaceholderBox *m_placeholders; ///< lt_0 to lt_3
-    QLabel *m_newNameLabel;
-    QLabel *m_newName;
-    QPushButton *OKButton;
-    QPushButton *CancelButton;
+    QCheckBox *Check1 = nullptr;
+    QCheckBox *Check2 = nullptr;
+    PatternBox *avanzado = nullptr;
+    PlaceholderBox *m_placeholders = nullptr; ///< lt_0 to lt_3
+    QLabel *m_newNameLabel = nullptr;
+    QLabel *m_newName = nullptr;
+    QPushButton *OKButton = nullptr;
+    QPushButton *CancelButton = nullptr;
 };
 
 } // namespace ravlin

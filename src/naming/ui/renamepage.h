@@ -59,16 +59,16 @@ private:
     void rememberPattern();
 
     NamingContext m_context;
-    QRadioButton *op1;
-    QRadioButton *op2;
-    QRadioButton *op3;
-    PatternBox *tavanzado;
-    PlaceholderBox *m_placeholders;     ///< lt_0 to lt_7
-    ConversionBox *m_caseConversion;    ///< op4_0, ccase_0
-    ConversionBox *m_replaceConversion; ///< op4_3, ccase_3
-    QLabel *m_hint;
-    QPushButton *m_preview;
-    QPushButton *Command2;
+    QRadioButton *op1 = nullptr;
+    QRadioButton *op2 = nullptr;
+    QRadioButton *op3 = nullptr;
+    PatternBox *tavanzado = nullptr;
+    PlaceholderBox *m_placeholders = nullptr;     ///< lt_0 to lt_7
+    ConversionBox *m_caseConversion = nullptr;    ///< op4_0, ccase_0
+    ConversionBox *m_replaceConversion = nullptr; ///< op4_3, ccase_3
+    QLabel *m_hint = nullptr;
+    QPushButton *m_preview = nullptr;
+    QPushButton *Command2 = nullptr;
 };
 
 } // namespace ravlin

@@ -81,23 +81,23 @@ private:
 
     MultiFilePageContext m_context;
 
-    QLineEdit *Tmartista;
-    QLineEdit *tmalbum;
-    DigitsEdit *tma_o;
-    QComboBox *cmestilo;
-    QLineEdit *tmcomentarios;
-    DigitsEdit *tmpista;
-    QCheckBox *chmartista;
-    QCheckBox *chmalbum;
-    QCheckBox *chma_o;
-    QCheckBox *chmestilo;
-    QCheckBox *chmcomentarios;
-    QCheckBox *chmpista;
-    ConversionBox *m_caseConversion;    ///< op4_1, ccase_1
-    ConversionBox *m_replaceConversion; ///< op4_4, ccase_4
-    QLabel *m_hint;
-    QPushButton *multiple;
-    std::array<Field, 6> m_fields; ///< in tab order
+    QLineEdit *Tmartista = nullptr;
+    QLineEdit *tmalbum = nullptr;
+    DigitsEdit *tma_o = nullptr;
+    QComboBox *cmestilo = nullptr;
+    QLineEdit *tmcomentarios = nullptr;
+    DigitsEdit *tmpista = nullptr;
+    QCheckBox *chmartista = nullptr;
+    QCheckBox *chmalbum = nullptr;
+    QCheckBox *chma_o = nullptr;
+    QCheckBox *chmestilo = nullptr;
+    QCheckBox *chmcomentarios = nullptr;
+    QCheckBox *chmpista = nullptr;
+    ConversionBox *m_caseConversion = nullptr;    ///< op4_1, ccase_1
+    ConversionBox *m_replaceConversion = nullptr; ///< op4_4, ccase_4
+    QLabel *m_hint = nullptr;
+    QPushButton *multiple = nullptr;
+    std::array<Field, 6> m_fields{}; ///< in tab order
 };
 
 } // namespace ravlin

@@ -85,22 +85,22 @@ private:
     bool m_isShowingFile = false;
     StreamDetailsReader m_streamReader;
 
-    QLineEdit *Ttitulo;
-    QLineEdit *tartista;
-    QLineEdit *talbum;
-    DigitsEdit *ta_o;
-    DigitsEdit *Tpista;
-    QLineEdit *tcomentarios;
-    QComboBox *cestilo;
-    QPushButton *edita;
-    QPushButton *nfile;
-    QPushButton *pfile;
-    QPushButton *eliminav1;
-    QPushButton *eliminav2;
-    ConversionBox *m_conversion; ///< op4_2, ccase_2
-    ElidedLabel *m_fileName;
-    QLabel *m_hint;
-    StreamPanel *m_streamPanel;
+    QLineEdit *Ttitulo = nullptr;
+    QLineEdit *tartista = nullptr;
+    QLineEdit *talbum = nullptr;
+    DigitsEdit *ta_o = nullptr;
+    DigitsEdit *Tpista = nullptr;
+    QLineEdit *tcomentarios = nullptr;
+    QComboBox *cestilo = nullptr;
+    QPushButton *edita = nullptr;
+    QPushButton *nfile = nullptr;
+    QPushButton *pfile = nullptr;
+    QPushButton *eliminav1 = nullptr;
+    QPushButton *eliminav2 = nullptr;
+    ConversionBox *m_conversion = nullptr; ///< op4_2, ccase_2
+    ElidedLabel *m_fileName = nullptr;
+    QLabel *m_hint = nullptr;
+    StreamPanel *m_streamPanel = nullptr;
 
     struct FieldLabel
     {
@@ -108,7 +108,7 @@ private:
         QLabel *label;
         QWidget *field;
     };
-    std::array<FieldLabel, 7> m_fields; ///< in tab order
+    std::array<FieldLabel, 7> m_fields{}; ///< in tab order
 };
 
 } // namespace ravlin
