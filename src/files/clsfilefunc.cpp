@@ -1,6 +1,8 @@
 #include "files/clsfilefunc.h"
 
 #include "files/asidename.h"
+#include "platform/filetype.h"
+#include "platform/systemfolders.h"
 
 #include <algorithm>
 
@@ -94,6 +96,27 @@ Result<void> clsFileFunc::renameInTwoSteps(const QString &source, const QString 
     if (!renamed)
         static_cast<void>(m_fileSystem.renameNew(aside, source)); // else it keeps a name that tells what it was
     return renamed;
+}
+
+Result<void> clsFileFunc::MakeFileDefault(
+    const QString &className, const QString &description, const QString &programPath, const QString &extension)
+{
+    return platform::makeFileDefault({className, description, programPath, extension});
+}
+
+QString clsFileFunc::GetSpecialFolder(quintptr /*owner*/, int number)
+{
+    return platform::specialFolder(number);
+}
+
+QString clsFileFunc::GetWinPath()
+{
+    return platform::windowsFolder();
+}
+
+QString clsFileFunc::GetSysPath()
+{
+    return platform::systemFolder();
 }
 
 } // namespace ravlin

@@ -32,6 +32,16 @@ public:
     /// works where the file system ignores case.
     Result<void> RenameFile(const QString &source, const QString &newName);
 
+    /// Makes a program the one that opens files of an extension, see platform::makeFileDefault.
+    static Result<void> MakeFileDefault(
+        const QString &className, const QString &description, const QString &programPath, const QString &extension);
+    /// The path of a folder that the system keeps for a purpose, without a separator at the end; empty where it has
+    /// none. number: of platform::SpecialFolder; owner: the window that it is asked for, or none.
+    static QString GetSpecialFolder(quintptr owner, int number);
+    /// The folders of Windows and of its own programs; empty on other systems.
+    static QString GetWinPath();
+    static QString GetSysPath();
+
 private:
     int RunFileOperation(
         const QString &source, const QString &destination, FileOperation operation, bool allowUndo, int flags);
