@@ -7,6 +7,7 @@
 
 #include <QComboBox>
 #include <QDialog>
+#include <QRadioButton>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -135,13 +136,14 @@ private Q_SLOTS:
     void tickingOp43Does()
     {
         open();
-        m_program->choices.conversions.at(3) = {true, 0};
+        control<QCheckBox>(u"op4_3"_s)->setChecked(true);
+        control<QComboBox>(u"ccase_3"_s)->setCurrentIndex(0);
         closeWindow();
         QCOMPARE(stored(u"rename replace"), u"0"_s);
         open();
         QVERIFY(isTicked(m_program->choices, 3));
         QCOMPARE(m_program->choices.conversions.at(3).index, 0);
-        m_program->choices.conversions.at(3).on = false;
+        control<QCheckBox>(u"op4_3"_s)->setChecked(false);
         closeWindow();
         QCOMPARE(stored(u"rename replace"), QString());
     }
@@ -212,8 +214,8 @@ private Q_SLOTS:
     void closingSavesTheFolderAndTheRenameChoices()
     {
         open(path());
-        m_program->choices.renameMode = 3;
-        m_program->choices.renamePattern = u"%1 - %2"_s;
+        control<QRadioButton>(u"op3"_s)->setChecked(true);
+        control<QComboBox>(u"tavanzado"_s)->setEditText(u"%1 - %2"_s);
         QCOMPARE(stored(u"ruta"), QString()); // nothing is written before
         closeWindow();
         QCOMPARE(stored(u"ruta"), path() + u'/');
