@@ -61,24 +61,24 @@ private:
     Text undoText() const;
 
     CommandBarContext m_context;
-    QAction *m_writePlaylist; ///< tb_3
-    QAction *m_writeEntry;    ///< lista
-    QAction *m_deletePlaylists;
-    QAction *m_play;      ///< tb_5
-    QAction *m_playEntry; ///< play
-    QAction *m_renameFolder;
-    QAction *m_moveFolder;
-    QAction *m_copyFolder;
-    QAction *m_deleteFolder;
-    QAction *m_deleteFiles;
-    QAction *m_moveFiles;
-    QAction *m_copyFiles;
-    QAction *m_selectAll;
-    QAction *m_selectNone;
-    QAction *m_patterns;
-    QAction *m_undo;
-    QAction *m_listTree;
-    QAction *m_refreshTree;
+    QAction *m_writePlaylist = nullptr; ///< tb_3
+    QAction *m_writeEntry = nullptr;    ///< lista
+    QAction *m_deletePlaylists = nullptr;
+    QAction *m_play = nullptr;      ///< tb_5
+    QAction *m_playEntry = nullptr; ///< play
+    QAction *m_renameFolder = nullptr;
+    QAction *m_moveFolder = nullptr;
+    QAction *m_copyFolder = nullptr;
+    QAction *m_deleteFolder = nullptr;
+    QAction *m_deleteFiles = nullptr;
+    QAction *m_moveFiles = nullptr;
+    QAction *m_copyFiles = nullptr;
+    QAction *m_selectAll = nullptr;
+    QAction *m_selectNone = nullptr;
+    QAction *m_patterns = nullptr;
+    QAction *m_undo = nullptr;
+    QAction *m_listTree = nullptr;
+    QAction *m_refreshTree = nullptr;
     QMenu *m_listMenu;
     QMenu *m_treeMenu;
     QPointer<QWidget> m_patternEditor;
