@@ -31,9 +31,11 @@ void PatternHistory::store(Settings &settings) const
 
 void PatternHistory::setPatterns(const QStringList &patterns)
 {
-    m_patterns.clear();
-    for (auto pattern = patterns.crbegin(); pattern != patterns.crend(); ++pattern)
-        use(*pattern);
+    m_patterns = patterns;
+    m_patterns.removeAll(QString());
+    m_patterns.removeDuplicates();
+    if (m_patterns.size() > Capacity)
+        m_patterns.resize(Capacity);
 }
 
 void PatternHistory::use(const QString &pattern)

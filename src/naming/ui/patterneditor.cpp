@@ -19,7 +19,7 @@ namespace {
 struct PatternList
 {
     QStringView name;
-    int caption; ///< what the patterns are for
+    int caption = 0; ///< what the patterns are for
 };
 
 constexpr std::array<PatternList, 3> Lists{
