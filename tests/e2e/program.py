@@ -114,7 +114,8 @@ class Program:
     def press(self, name, condition, what, inside=None):
         """Clicks on a button, once it can be clicked, until it shows."""
         def ready():
-            button = self.seen("push button", name, inside)
+            # One with a drop-down menu has a role of its own; its own part is the larger one.
+            button = self.seen("push button", name, inside) or self.seen("button menu", name, inside)
             return button if button is not None and "enabled" in button.states else None
 
         def click():
