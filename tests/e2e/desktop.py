@@ -12,7 +12,7 @@ from accessibility import AccessibilityBus
 from waiting import LIMIT, wait_until
 
 SCREEN = "1280x900x24"
-NEEDED = ("Xvfb", "openbox", "dbus-daemon", "xdotool", "xprop", "import")
+NEEDED = ("Xvfb", "openbox", "dbus-daemon", "xdotool", "xprop", "import", "xdg-open", "mimetype")
 BUS_LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
 PR_SET_PDEATHSIG = 1
 PR_SET_CHILD_SUBREAPER = 36

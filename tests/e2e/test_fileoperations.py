@@ -1,11 +1,24 @@
 #!/usr/bin/env python3
-"""Files copied, moved, put into the trash and listed for a player from the window, and taken back again."""
+"""Files and folders copied, moved, put into the trash, listed for a player and played from the window, and taken back."""
 
 import unittest
 from urllib.parse import unquote
 
 from collection import Song, make_file
 from harness import EndToEndTest
+
+ARROW = 12  # the part of a button at its right that opens its menu, in pixels
+PLAYER_ENTRY = """[Desktop Entry]
+Type=Application
+Name=Player
+Exec={player} %f
+MimeType={types}
+"""
+# Notes what it was given and leaves at once. The note comes up whole, whoever else is at work on one.
+PLAYER = """#!/bin/sh
+cp -- "$1" '{note}'.$$ && mv '{note}'.$$ '{note}'
+"""
+PLAYLIST_TYPES = ("audio/x-mpegurl", "application/vnd.apple.mpegurl")  # both are known by the name *.m3u
 
 
 class FileOperations(EndToEndTest):
@@ -79,6 +92,102 @@ class FileOperations(EndToEndTest):
         program.click_row(2)
         program.key_until("shift+l", lambda: (self.music / "Ana - Mareas.m3u").exists(), "the playlist")
         program.wait(lambda: (self.music / "Ana - Mareas.m3u").read_bytes() == b"c.mp3\r\n", "its line")
+        self.close()
+
+    def choose_entry(self, button, entry, condition, what):
+        """Chooses an entry of the menu behind a button's arrow until it shows."""
+        program = self.program
+
+        def choose():
+            if condition():
+                return
+            if not program.seen("menu item", entry):
+                left, top, width, height = program.wait_for("button menu", button).extents
+                program.again_until(lambda: program.desktop.click(left + width - ARROW // 2, top + height // 2),
+                                    lambda: program.seen("menu item", entry), f"the menu with '{entry}'")
+            program.click(program.wait_for("menu item", entry))
+
+        program.again_until(choose, condition, what)
+
+    def put_into_the_trash(self, question):
+        self.program.press("Yes", lambda: self.program.seen("label", question) is None, "the question's end")
+        self.program.enter("frame", "ravlin!")
+
+    def test_buttons_and_menu_entries_do_what_they_say(self):
+        program = self.program
+        playlist = self.music / "Ana - Mareas.m3u"
+        program.click_row(1)
+        button = program.wait_for("button menu", "save files to m3u playlist")
+        program.again_until(lambda: program.click(button), playlist.exists, "the playlist")
+        self.assertEqual(playlist.read_bytes(), b"b.mp3\r\n")
+        program.click_row(0)
+        self.choose_entry("select all", "select none", lambda: program.selected_rows() == [], "no row selected")
+        question = "put “Ana - Mareas.m3u” into the trash?"
+        self.choose_entry("save files to m3u playlist", "delete m3u lists",
+                          lambda: program.seen("label", question), "the question")
+        self.put_into_the_trash(question)
+        program.wait(lambda: self.content(self.music) == ["a.mp3", "b.mp3", "c.mp3"], "the playlist gone")
+        self.assertEqual(self.content(self.folder / "data" / "Trash" / "files"), ["Ana - Mareas.m3u"])
+        self.close()
+
+    def test_a_folder_is_copied_and_deleted(self):
+        program = self.program
+        program.click_row(0)
+        self.choose_target("shift+F7", "copy folder")
+        copy = self.target / "Music"
+        program.wait(lambda: copy.is_dir() and self.content(copy) == ["a.mp3", "b.mp3", "c.mp3"], "the copy")
+        program.wait(lambda: program.selected_rows() == [0, 1, 2], "the list filled anew")
+        program.click_row(0)
+        question = "put the folder “Music” into the trash, with all that is in it?"
+        program.key_until("shift+F8", lambda: program.seen("label", question), "the question")
+        self.assertTrue(self.music.is_dir())
+        self.put_into_the_trash(question)
+        program.wait_for_rows([])
+        self.assertFalse(self.music.exists())
+        self.assertEqual(self.content(self.folder / "data" / "Trash" / "files" / "Music"), ["a.mp3", "b.mp3", "c.mp3"])
+        self.close()
+
+
+class Playing(EndToEndTest):
+    """The selected rows are given to the player that the desktop has for playlists."""
+
+    def setUp(self):
+        super().setUp()
+        self.settings()
+        self.note = self.folder / "played.m3u"
+        self.register_player()
+        for name in ("a", "b", "c"):
+            make_file(self.music / f"{name}.mp3", Song(f"Song {name}"))
+        self.program = self.start(self.music)
+        self.program.wait_for_rows(["a.mp3", "b.mp3", "c.mp3"])
+
+    def register_player(self):
+        """A stand-in player, the only one registered; the desktop is none that has a way of its own to open files."""
+        self.desktop.environment["XDG_CURRENT_DESKTOP"] = "X-Generic"
+        player = self.folder / "player"
+        player.write_text(PLAYER.format(note=self.note), encoding="utf-8")
+        player.chmod(0o700)
+        applications = self.folder / "data" / "applications"
+        applications.mkdir()
+        (applications / "player.desktop").write_text(
+            PLAYER_ENTRY.format(player=player, types="".join(f"{kind};" for kind in PLAYLIST_TYPES)), encoding="utf-8")
+        defaults = [f"{kind}=player.desktop" for kind in PLAYLIST_TYPES]
+        (self.desktop.config / "mimeapps.list").write_text(
+            "\n".join(["[Default Applications]", *defaults]) + "\n", encoding="utf-8")
+
+    def plays(self, *names):
+        """Whether the player was given the playlist of these files last."""
+        lines = "".join(f"{self.music / name}\r\n" for name in names)
+        return self.note.exists() and self.note.read_bytes() == lines.encode()
+
+    def test_the_player_of_playlists_gets_the_selected_rows(self):
+        program = self.program
+        program.wait(lambda: program.selected_rows() == [0, 1, 2], "all rows selected")
+        play = program.wait_for("button menu", "play files")
+        program.again_until(lambda: program.click(play), lambda: self.plays("a.mp3", "b.mp3", "c.mp3"),
+                            "all files played")
+        program.click_row(1)
+        program.key_until("shift+p", lambda: self.plays("b.mp3"), "the one file played")
         self.close()
 
 
