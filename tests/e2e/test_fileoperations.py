@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Files and folders copied, moved, put into the trash, listed for a player and played from the window, and taken back."""
+"""Files and folders copied, moved, put into the trash, listed for a player and played from the window, and undone."""
 
 import unittest
 from urllib.parse import unquote
