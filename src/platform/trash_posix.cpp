@@ -131,7 +131,7 @@ Result<Trash> findTrash(const QString &folder, Accept accept)
     return tl::unexpected(Error{ErrorCode::NoTrash, folder, QStringLiteral("no trash on this drive")});
 }
 
-/// Percent-encoding of RFC 2396 §2.4.1, which the specification asks for: of the bytes of the name.
+/// Percent-encoding of RFC 2396 §2.4.1, as the trash's layout has it: of the bytes of the name.
 QByteArray encodedForInfo(const QString &path)
 {
     return encodePath(path).toPercentEncoding("/!$&'()*+,:=@");
