@@ -48,7 +48,40 @@ Text textOf(LookupFailureKind kind)
     return {};
 }
 
+LookupFailureKind kindOf(WebFailureKind kind)
+{
+    switch (kind) {
+    case WebFailureKind::NoConnection:
+        return LookupFailureKind::NoConnection;
+    case WebFailureKind::Proxy:
+        return LookupFailureKind::Proxy;
+    case WebFailureKind::TimedOut:
+        return LookupFailureKind::TimedOut;
+    case WebFailureKind::TooLarge:
+        return LookupFailureKind::TooLarge;
+    case WebFailureKind::TooManyRedirects:
+        return LookupFailureKind::TooManyRedirects;
+    case WebFailureKind::InsecureRedirect:
+        return LookupFailureKind::InsecureRedirect;
+    case WebFailureKind::Certificate:
+        return LookupFailureKind::Certificate;
+    case WebFailureKind::HttpStatus:
+        return LookupFailureKind::HttpStatus;
+    case WebFailureKind::Garbage:
+        return LookupFailureKind::Garbage;
+    case WebFailureKind::Incomplete:
+        return LookupFailureKind::Incomplete;
+    }
+    Q_UNREACHABLE();
+    return {};
+}
+
 } // namespace
+
+LookupFailure lookupFailureOf(const WebFailure &failure)
+{
+    return {kindOf(failure.kind), failure.detail};
+}
 
 QString lookupFailureText(const Captions &captions, const LookupFailure &failure)
 {

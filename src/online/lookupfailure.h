@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/idiomas.h"
+#include "online/webget.h"
 
 #include <QString>
 
@@ -39,6 +40,9 @@ struct LookupFailure
 
 template <typename T>
 using LookupResult = tl::expected<T, LookupFailure>;
+
+/// What kept an answer from coming at all.
+LookupFailure lookupFailureOf(const WebFailure &failure);
 
 /// One sentence for the user in the interface language, the detail behind it in brackets.
 QString lookupFailureText(const Captions &captions, const LookupFailure &failure);
