@@ -1,14 +1,6 @@
 #include "support/cddbserver.h"
 
-#include "support/cddbcertificate.h"
-
-#include <QPointer>
-#include <QSslCertificate>
-#include <QSslKey>
 #include <QSslSocket>
-#include <QTcpServer>
-#include <QTcpSocket>
-#include <QTimer>
 #include <QUrl>
 #include <QUrlQuery>
 
@@ -242,20 +234,6 @@ private:
     }
 };
 
-QByteArray httpHead(const QByteArray &status, const QByteArrayList &fields)
-{
-    QByteArray head = "HTTP/1.1 " + status + "\r\nConnection: close\r\n";
-    for (const QByteArray &field : fields)
-        head += field + "\r\n";
-    return head + "\r\n";
-}
-
-QByteArray httpAnswer(
-    const QByteArray &body, const QByteArray &type = "text/plain", const QByteArray &status = "200 OK")
-{
-    return httpHead(status, {"Content-Type: " + type, "Content-Length: " + QByteArray::number(body.size())}) + body;
-}
-
 /// The words behind the code of an answer that refuses.
 QByteArray refusalOf(Fault fault)
 {
@@ -286,37 +264,13 @@ std::optional<Fault> faultFromName(const QByteArray &name)
     return {};
 }
 
-class CddbServer::Private : public QTcpServer
+class CddbServer::Private : public WebServer
 {
 public:
-    explicit Private(Security wanted) : security(wanted)
-    {
-        if (!listen(QHostAddress(security == Security::EncryptedElsewhere ? u"127.0.0.2"_s : u"127.0.0.1"_s)))
-            qFatal("no port to listen on: %s", qPrintable(errorString()));
-    }
+    using WebServer::WebServer;
 
-    void incomingConnection(qintptr descriptor) override
+    void answer(QSslSocket &socket, const QByteArray &head) override
     {
-        auto *const socket = new QSslSocket(this);
-        socket->setSocketDescriptor(descriptor);
-        connections << socket;
-        connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { takeBytes(*socket); });
-        if (security != Security::Plain) {
-            socket->setLocalCertificate(QSslCertificate(certificate()));
-            socket->setPrivateKey(QSslKey(QByteArray(Key), QSsl::Ec));
-            socket->startServerEncryption();
-        }
-    }
-
-    void takeBytes(QSslSocket &socket)
-    {
-        const QByteArray head = socket.property("head").toByteArray() + socket.readAll();
-        socket.setProperty("head", head);
-        const bool isWhole = head.contains("\r\n\r\n") || head.contains("\n\n");
-        if (!isWhole || socket.property("answered").toBool())
-            return;
-        socket.setProperty("answered", true);
         const Request request = parseRequest(head);
         requests << request.target;
         commands << request.command;
@@ -339,7 +293,7 @@ public:
             socket.flush();
             return;
         case Fault::Endless:
-            connect(&socket, &QSslSocket::bytesWritten, this, [this, &socket] { writeMore(socket); });
+            QObject::connect(&socket, &QSslSocket::bytesWritten, &socket, [&socket] { writeMore(socket); });
             socket.write(httpHead("200 OK", {"Content-Type: text/plain"}));
             return;
         default:
@@ -392,7 +346,7 @@ public:
         else if (wrong == Fault::RedirectToFile)
             goal = "file:///etc/hostname";
         else if (wrong == Fault::RedirectInsecure)
-            goal = "http://127.0.0.1:" + QByteArray::number(serverPort()) + request.target;
+            goal = "http://127.0.0.1:" + QByteArray::number(port()) + request.target;
         return httpHead("302 Found", {"Location: " + goal, "Content-Length: 0"});
     }
 
@@ -403,46 +357,36 @@ public:
             socket.write(QByteArray(1 << 16, 'x'));
     }
 
-    const Security security;
     Database database;
     Fault fault = Fault::None;
     QByteArray faultyCommand;
     QByteArrayList requests;
     QByteArrayList commands;
     std::function<void(const QByteArray &)> listener;
-    QList<QPointer<QSslSocket>> connections;
 };
 
 CddbServer::CddbServer(Security security) : d(std::make_unique<Private>(security)) {}
 
-CddbServer::~CddbServer()
-{
-    // What is still open must not call a server that is half gone.
-    for (const QPointer<QSslSocket> &socket : std::as_const(d->connections)) {
-        if (socket)
-            socket->disconnect();
-    }
-}
+CddbServer::~CddbServer() = default;
 
 QByteArray CddbServer::certificate()
 {
-    return Certificate;
+    return WebServer::certificate();
 }
 
 quint16 CddbServer::port() const
 {
-    return d->serverPort();
+    return d->port();
 }
 
 QString CddbServer::hostAndPort() const
 {
-    return u"%1:%2"_s.arg(d->serverAddress().toString()).arg(port());
+    return d->hostAndPort();
 }
 
 QString CddbServer::url() const
 {
-    const QString scheme = d->security == Security::Plain ? u"http"_s : u"https"_s;
-    return scheme + u"://"_s + hostAndPort() + u"/~cddb/cddb.cgi"_s;
+    return d->origin() + u"/~cddb/cddb.cgi"_s;
 }
 
 void CddbServer::setNewestLevel(int level)
@@ -488,8 +432,7 @@ void CddbServer::setListener(std::function<void(const QByteArray &)> listener)
 
 int CddbServer::openConnections() const
 {
-    return int(
-        std::ranges::count_if(d->connections, [](const QPointer<QSslSocket> &socket) { return !socket.isNull(); }));
+    return d->openConnections();
 }
 
 } // namespace ravlin::test

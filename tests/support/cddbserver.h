@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/webserver.h"
+
 #include <QByteArray>
 #include <QByteArrayList>
 #include <QString>
@@ -69,12 +71,7 @@ class CddbServer
     Q_DISABLE_COPY_MOVE(CddbServer)
 
 public:
-    enum class Security
-    {
-        Plain,
-        Encrypted,         ///< with a certificate of its own that nobody trusts, see certificate()
-        EncryptedElsewhere ///< the same at an address that the certificate is not for
-    };
+    using Security = WebServer::Security;
 
     explicit CddbServer(Security security = Security::Plain);
     ~CddbServer();
