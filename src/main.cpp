@@ -1,6 +1,7 @@
 #include "app/commandline.h"
 #include "app/ui/principal.h"
 #include "app/ui/program.h"
+#include "controls/ui/contextmenukey.h"
 #include "controls/ui/icons.h"
 #include "platform/filesystem.h"
 
@@ -29,6 +30,8 @@ int main(int argc, char *argv[])
     QApplication::setApplicationVersion(QStringLiteral(RAVLIN_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("ravlin"));
     QApplication::setWindowIcon(ravlin::programIcon());
+
+    ravlin::openContextMenusByKey(&application);
 
     ravlin::Program program;
     ravlin::principal window(program);
