@@ -3,6 +3,7 @@
 #include "app/options.h"
 #include "app/ui/furtheroptions.h"
 #include "app/ui/program.h"
+#include "controls/ui/making.h"
 #include "controls/ui/wheelguard.h"
 
 #include <QCheckBox>
@@ -164,7 +165,7 @@ void opciones::applyCaptions()
     m_ok->setText(captions.text(CaptionSave));
     m_cancel->setText(captions.text(CaptionCancel));
     for (QPushButton *button : {m_ok, m_cancel})
-        button->setMinimumWidth(button->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+        makeRoomy(button);
     m_pages->setTabText(0, captions.text(CaptionOptions));
     m_pages->setTabText(1, captions.text(Text::TabFurtherOptions));
     m_pages->tabBar()->setAccessibleName(captions.text(Text::NameOptionPages));

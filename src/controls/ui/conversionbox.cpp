@@ -51,4 +51,15 @@ void ConversionBox::setChoice(ConversionChoice choice)
     m_list->setCurrentIndex(choice.index);
 }
 
+void ConversionBox::setPairToolTip(const QString &text)
+{
+    m_checkBox->setToolTip(text);
+    m_list->setToolTip(text);
+}
+
+QList<QWidget *> ConversionBox::controls() const
+{
+    return {m_checkBox, m_list};
+}
+
 } // namespace ravlin

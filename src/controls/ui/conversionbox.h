@@ -26,8 +26,13 @@ public:
     void setChoice(ConversionChoice choice);
     QString apply(const QString &text) const { return applyConversion(m_pair.kind, choice(), text); }
 
+    /// One tooltip for both controls.
+    void setPairToolTip(const QString &text);
+
     QCheckBox *checkBox() const { return m_checkBox; }
     QComboBox *list() const { return m_list; }
+    /// Both, in the order in which the Tab key goes through them.
+    QList<QWidget *> controls() const;
 
 private:
     ConversionPair m_pair;

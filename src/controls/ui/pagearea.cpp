@@ -1,5 +1,6 @@
 #include "controls/ui/pagearea.h"
 
+#include <QEvent>
 #include <QLayout>
 #include <QStyle>
 
@@ -28,6 +29,13 @@ void PageArea::contentChanged()
 {
     widget()->layout()->activate();
     updateGeometry();
+}
+
+void PageArea::changeEvent(QEvent *event)
+{
+    QScrollArea::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && widget() != nullptr)
+        applyIcons();
 }
 
 QSize PageArea::sizeHint() const

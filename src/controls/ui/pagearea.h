@@ -21,6 +21,11 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
+
+protected:
+    /// Gives the content's controls their icons, in the colours of the palette. Called again when that has changed.
+    virtual void applyIcons() = 0;
+    void changeEvent(QEvent *event) override;
 };
 
 } // namespace ravlin

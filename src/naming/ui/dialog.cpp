@@ -2,6 +2,7 @@
 
 #include "app/idiomas.h"
 #include "app/settings.h"
+#include "controls/ui/making.h"
 #include "files/listcolumns.h"
 #include "files/renamefromtags.h"
 #include "naming/filename.h"
@@ -33,14 +34,6 @@ constexpr int CaptionTitle = 28;
 constexpr int CaptionCancel = 60;
 constexpr int LabelsInARow = 4;
 constexpr int NameLetters = 50; ///< width of a usual folder name in average letters
-
-template <typename Control>
-Control *made(const char *name, QWidget *parent)
-{
-    auto *control = new Control(parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
 
 } // namespace
 

@@ -2,7 +2,9 @@
 
 #include "app/idiomas.h"
 #include "app/pageowner.h"
+#include "app/selectionhint.h"
 #include "controls/ui/icons.h"
+#include "controls/ui/making.h"
 #include "naming/extraction.h"
 #include "naming/placeholders.h"
 #include "naming/ui/patternbox.h"
@@ -11,7 +13,6 @@
 #include "naming/ui/preview.h"
 #include "tags/tagstore.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -63,13 +64,10 @@ QWidget *ExtractPage::createContent()
     rows->addLayout(foot);
     rows->addStretch();
 
-    QWidget *previous = tpatron;
-    for (PlaceholderLabel *label : m_placeholders->labels()) {
-        QWidget::setTabOrder(previous, label);
-        previous = label;
-    }
-    QWidget::setTabOrder(previous, m_preview);
-    QWidget::setTabOrder(m_preview, extrae);
+    QList<QWidget *> controls = {tpatron};
+    for (PlaceholderLabel *label : m_placeholders->labels())
+        controls << label;
+    tabThrough(controls << m_preview << extrae);
     return content;
 }
 
@@ -82,14 +80,7 @@ void ExtractPage::connectControls()
 
 void ExtractPage::selectionChanged()
 {
-    const Captions &captions = m_context.captions;
-    const qsizetype count = m_context.owner.selectedCount();
-    QString hint;
-    if (count == 0)
-        hint = captions.text(Text::HintNoFile);
-    else if (count > 1)
-        hint = captions.text(Text::HintManyFiles).arg(count);
-    m_hint->setText(hint);
+    m_hint->setText(selectionHint(m_context.captions, m_context.owner.selectedCount(), Text::HintManyFiles));
 }
 
 void ExtractPage::applyCaptions()
@@ -105,7 +96,7 @@ void ExtractPage::applyCaptions()
     extrae->setToolTip(captions.text(Text::TipExtract));
     for (QPushButton *button : {m_preview, extrae}) {
         button->setAccessibleDescription(button->toolTip());
-        button->setMinimumWidth(button->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+        makeRoomy(button);
     }
     selectionChanged();
     contentChanged();
@@ -115,13 +106,6 @@ void ExtractPage::applyIcons()
 {
     m_preview->setIcon(themedIcon(QStringLiteral("eye"), palette()));
     extrae->setIcon(themedIcon(QStringLiteral("save"), palette()));
-}
-
-void ExtractPage::changeEvent(QEvent *event)
-{
-    PageArea::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && widget() != nullptr)
-        applyIcons();
 }
 
 void ExtractPage::run()

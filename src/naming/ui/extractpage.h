@@ -32,12 +32,11 @@ Q_SIGNALS:
     void finished();
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void applyIcons() override;
 
 private:
     QWidget *createContent();
     void connectControls();
-    void applyIcons();
     void run();
     void showPreview();
 

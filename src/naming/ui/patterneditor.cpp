@@ -3,6 +3,7 @@
 #include "app/idiomas.h"
 #include "app/settings.h"
 #include "controls/ui/icons.h"
+#include "controls/ui/making.h"
 #include "naming/patternhistory.h"
 
 #include <QComboBox>
@@ -27,14 +28,6 @@ constexpr std::array<PatternList, 3> Lists{
 constexpr int CaptionSave = 84;
 constexpr int CaptionCancel = 60;
 constexpr int PatternLetters = 40; ///< width of the list in average letters
-
-template <typename Control>
-Control *made(const char *name, QWidget *parent)
-{
-    auto *control = new Control(parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
 
 } // namespace
 

@@ -2,8 +2,10 @@
 
 #include "app/idiomas.h"
 #include "app/pageowner.h"
+#include "app/selectionhint.h"
 #include "controls/ui/conversionbox.h"
 #include "controls/ui/icons.h"
+#include "controls/ui/making.h"
 #include "files/filerenaming.h"
 #include "files/undo.h"
 #include "naming/filename.h"
@@ -17,7 +19,6 @@
 #include "tags/tagstore.h"
 
 #include <QCheckBox>
-#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -38,14 +39,6 @@ constexpr int CaptionAdvanced = 21;
 constexpr int CaptionPreview = 53;
 constexpr int CaptionTitle = 54;
 constexpr int LabelsInARow = 4;
-
-template <typename Control>
-Control *made(const char *name, QWidget *parent)
-{
-    auto *control = new Control(parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
 
 /// Where a file is after the run.
 QString placeOf(const QString &path, const RenamingOutcome &outcome)
@@ -118,22 +111,11 @@ QWidget *RenamePage::createContent()
 
 void RenamePage::setTabOrder()
 {
-    QWidget *previous = op1;
-    const auto next = [&previous](QWidget *control) {
-        QWidget::setTabOrder(previous, control);
-        previous = control;
-    };
-    next(op2);
-    next(op3);
-    next(tavanzado);
-    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
-        next(pair->checkBox());
-        next(pair->list());
-    }
+    QList<QWidget *> controls = {op1, op2, op3, tavanzado};
+    controls << m_caseConversion->controls() << m_replaceConversion->controls();
     for (PlaceholderLabel *label : m_placeholders->labels())
-        next(label);
-    next(m_preview);
-    next(Command2);
+        controls << label;
+    tabThrough(controls << m_preview << Command2);
 }
 
 void RenamePage::connectControls()
@@ -183,14 +165,7 @@ void RenamePage::storeChoices(SessionChoices &choices) const
 
 void RenamePage::selectionChanged()
 {
-    const Captions &captions = m_context.captions;
-    const qsizetype count = m_context.owner.selectedCount();
-    QString hint;
-    if (count == 0)
-        hint = captions.text(Text::HintNoFile);
-    else if (count > 1)
-        hint = captions.text(Text::HintRenameFiles).arg(count);
-    m_hint->setText(hint);
+    m_hint->setText(selectionHint(m_context.captions, m_context.owner.selectedCount(), Text::HintRenameFiles));
 }
 
 void RenamePage::applyCaptions()
@@ -207,7 +182,7 @@ void RenamePage::applyCaptions()
     m_preview->setText(captions.text(CaptionPreview));
     Command2->setText(captions.text(CaptionRename));
     for (QPushButton *button : {m_preview, Command2})
-        button->setMinimumWidth(button->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+        makeRoomy(button);
     applyToolTips();
     selectionChanged();
     contentChanged();
@@ -219,10 +194,8 @@ void RenamePage::applyToolTips()
     for (QRadioButton *option : {op1, op2, op3})
         option->setToolTip(captions.text(Text::TipNamingRule));
     tavanzado->setToolTip(captions.text(Text::TipAdvancedPattern));
-    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
-        pair->checkBox()->setToolTip(captions.text(Text::TipConvertNames));
-        pair->list()->setToolTip(captions.text(Text::TipConvertNames));
-    }
+    for (ConversionBox *pair : {m_caseConversion, m_replaceConversion})
+        pair->setPairToolTip(captions.text(Text::TipConvertNames));
     m_preview->setToolTip(captions.text(Text::TipPreview));
     Command2->setToolTip(captions.text(Text::TipRename));
     for (QPushButton *button : {m_preview, Command2})
@@ -233,13 +206,6 @@ void RenamePage::applyIcons()
 {
     m_preview->setIcon(themedIcon(QStringLiteral("eye"), palette()));
     Command2->setIcon(themedIcon(QStringLiteral("file-pen"), palette()));
-}
-
-void RenamePage::changeEvent(QEvent *event)
-{
-    PageArea::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && widget() != nullptr)
-        applyIcons();
 }
 
 NamingRule RenamePage::rule() const

@@ -41,7 +41,7 @@ Q_SIGNALS:
     void finished();
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void applyIcons() override;
 
 private:
     void createControls();
@@ -50,7 +50,6 @@ private:
     void connectControls();
     void updateEnabling();
     void applyToolTips();
-    void applyIcons();
     int chosenRule() const;
     NamingRule rule() const;
     void answerClashes(RenamingPlan &plan);

@@ -14,6 +14,11 @@ DigitsEdit::DigitsEdit(QWidget *parent) : QLineEdit(parent)
     connect(this, &DigitsEdit::typingRefused, this, &QApplication::beep);
 }
 
+void DigitsEdit::setWidthForDigits(int digits)
+{
+    setFixedWidth(minimumSizeHint().width() + fontMetrics().horizontalAdvance(QString(digits, u'0')));
+}
+
 void DigitsEdit::keyPressEvent(QKeyEvent *event)
 {
     // Ctrl makes a command of a key, whatever text the system gives it; together with Alt it is AltGr and types.

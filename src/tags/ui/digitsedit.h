@@ -13,6 +13,9 @@ class DigitsEdit : public QLineEdit
 public:
     explicit DigitsEdit(QWidget *parent = nullptr);
 
+    /// Makes it wide enough for that many digits and the frame around them, and no wider.
+    void setWidthForDigits(int digits);
+
 Q_SIGNALS:
     /// A typed character was refused; the system beeps.
     void typingRefused();

@@ -2,8 +2,10 @@
 
 #include "app/idiomas.h"
 #include "app/pageowner.h"
+#include "app/selectionhint.h"
 #include "controls/ui/conversionbox.h"
 #include "controls/ui/icons.h"
+#include "controls/ui/making.h"
 #include "controls/ui/wheelguard.h"
 #include "naming/multiedit.h"
 #include "naming/sessionchoices.h"
@@ -13,7 +15,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -28,14 +29,6 @@ namespace {
 
 constexpr int CaptionSave = 18;
 constexpr int CaptionLowSpace = 86;
-
-template <typename Control>
-Control *made(const char *name, QWidget *parent)
-{
-    auto *control = new Control(parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
 
 } // namespace
 
@@ -95,11 +88,8 @@ QWidget *MultiFilePage::createContent()
     }
     fields->setColumnStretch(1, 1);
     fields->setColumnMinimumWidth(2, fontMetrics().averageCharWidth());
-    for (DigitsEdit *edit : {tma_o, tmpista}) {
-        constexpr int Digits = 4;
-        edit->setFixedWidth(
-            edit->minimumSizeHint().width() + edit->fontMetrics().horizontalAdvance(QString(Digits, u'0')));
-    }
+    for (DigitsEdit *edit : {tma_o, tmpista})
+        edit->setWidthForDigits(4);
 
     auto *conversions = new QHBoxLayout;
     conversions->addWidget(m_caseConversion);
@@ -120,21 +110,10 @@ QWidget *MultiFilePage::createContent()
 
 void MultiFilePage::setTabOrder()
 {
-    QWidget *previous = chmartista;
-    const auto next = [&previous](QWidget *control) {
-        QWidget::setTabOrder(previous, control);
-        previous = control;
-    };
-    for (const Field &field : m_fields) {
-        if (field.check != previous)
-            next(field.check);
-        next(field.box);
-    }
-    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
-        next(pair->checkBox());
-        next(pair->list());
-    }
-    next(multiple);
+    QList<QWidget *> controls;
+    for (const Field &field : m_fields)
+        controls << field.check << field.box;
+    tabThrough(controls << m_caseConversion->controls() << m_replaceConversion->controls() << multiple);
 }
 
 void MultiFilePage::connectControls()
@@ -176,13 +155,9 @@ void MultiFilePage::storeChoices(SessionChoices &choices) const
 void MultiFilePage::selectionChanged()
 {
     const Captions &captions = m_context.captions;
-    const qsizetype count = m_context.owner.selectedCount();
-    QString hint;
-    if (count == 0)
-        hint = captions.text(Text::HintNoFile);
-    else if (count > 1)
-        hint = captions.text(Text::HintManyFiles).arg(count);
-    m_hint->setText(multiple->isEnabled() ? hint : captions.text(Text::HintNothingChosen));
+    m_hint->setText(multiple->isEnabled()
+                        ? selectionHint(captions, m_context.owner.selectedCount(), Text::HintManyFiles)
+                        : captions.text(Text::HintNothingChosen));
 }
 
 void MultiFilePage::applyCaptions()
@@ -195,7 +170,7 @@ void MultiFilePage::applyCaptions()
     m_caseConversion->applyCaptions(captions);
     m_replaceConversion->applyCaptions(captions);
     multiple->setText(captions.text(CaptionSave));
-    multiple->setMinimumWidth(multiple->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+    makeRoomy(multiple);
     applyToolTips();
     selectionChanged();
     contentChanged();
@@ -209,10 +184,8 @@ void MultiFilePage::applyToolTips()
     tma_o->setToolTip(captions.text(Text::TipYear));
     chmpista->setToolTip(captions.text(Text::TipAutoTrack));
     tmpista->setToolTip(captions.text(Text::TipFirstTrack));
-    for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
-        pair->checkBox()->setToolTip(captions.text(Text::TipConvertEach));
-        pair->list()->setToolTip(captions.text(Text::TipConvertEach));
-    }
+    for (ConversionBox *pair : {m_caseConversion, m_replaceConversion})
+        pair->setPairToolTip(captions.text(Text::TipConvertEach));
     multiple->setToolTip(captions.text(Text::TipApplyToAll));
     multiple->setAccessibleDescription(multiple->toolTip());
 }
@@ -220,13 +193,6 @@ void MultiFilePage::applyToolTips()
 void MultiFilePage::applyIcons()
 {
     multiple->setIcon(themedIcon(QStringLiteral("save"), palette()));
-}
-
-void MultiFilePage::changeEvent(QEvent *event)
-{
-    PageArea::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && widget() != nullptr)
-        applyIcons();
 }
 
 MultiEditPage MultiFilePage::page() const

@@ -57,7 +57,7 @@ Q_SIGNALS:
     void finished();
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void applyIcons() override;
 
 private:
     /// A check box, the box that it opens, and the caption of both.
@@ -74,7 +74,6 @@ private:
     void connectControls();
     void updateEnabling();
     void applyToolTips();
-    void applyIcons();
     MultiEditPage page() const;
     void showConverted(const TagRecord &boxes);
     void run();

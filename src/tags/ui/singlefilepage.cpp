@@ -5,6 +5,7 @@
 #include "controls/ui/conversionbox.h"
 #include "controls/ui/elidedlabel.h"
 #include "controls/ui/icons.h"
+#include "controls/ui/making.h"
 #include "controls/ui/wheelguard.h"
 #include "tags/tageditor.h"
 #include "tags/tagstore.h"
@@ -13,7 +14,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -31,20 +31,6 @@ constexpr int CaptionSave = 18;
 constexpr int CaptionRemoveV1 = 51;
 constexpr int CaptionRemoveV2 = 52;
 constexpr int CaptionLowSpace = 86;
-
-template <typename Control>
-Control *made(const char *name, QWidget *parent)
-{
-    auto *control = new Control(parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
-/// Wide enough for that many digits and the frame around them.
-int widthForDigits(const QLineEdit *edit, int digits)
-{
-    return edit->minimumSizeHint().width() + edit->fontMetrics().horizontalAdvance(QString(digits, u'0'));
-}
 
 /// A file name as a tooltip shows it, whatever it contains.
 QString plainToolTip(const QString &text)
@@ -124,8 +110,8 @@ QWidget *SingleFilePage::createContent()
         fields->addWidget(field.field, row, column + 1, 1, last ? 3 : 1);
     }
     fields->setColumnStretch(1, 1);
-    Tpista->setFixedWidth(widthForDigits(Tpista, 4));
-    ta_o->setFixedWidth(widthForDigits(ta_o, 4));
+    for (DigitsEdit *edit : {Tpista, ta_o})
+        edit->setWidthForDigits(4);
 
     auto *side = new QVBoxLayout;
     side->addWidget(m_streamPanel);
@@ -154,17 +140,10 @@ QWidget *SingleFilePage::createContent()
 
 void SingleFilePage::setTabOrder()
 {
-    QWidget *previous = pfile;
-    const auto next = [&previous](QWidget *control) {
-        QWidget::setTabOrder(previous, control);
-        previous = control;
-    };
-    next(nfile);
+    QList<QWidget *> controls = {pfile, nfile};
     for (const FieldLabel &field : m_fields)
-        next(field.field);
-    for (QWidget *control :
-        std::initializer_list<QWidget *>{eliminav1, eliminav2, m_conversion->checkBox(), m_conversion->list(), edita})
-        next(control);
+        controls << field.field;
+    tabThrough(controls << eliminav1 << eliminav2 << m_conversion->controls() << edita);
 }
 
 void SingleFilePage::connectControls()
@@ -186,13 +165,6 @@ void SingleFilePage::applyIcons()
     edita->setIcon(themedIcon(QStringLiteral("save"), palette()));
 }
 
-void SingleFilePage::changeEvent(QEvent *event)
-{
-    PageArea::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange)
-        applyIcons();
-}
-
 void SingleFilePage::applyCaptions()
 {
     const Captions &captions = m_context.captions;
@@ -203,7 +175,7 @@ void SingleFilePage::applyCaptions()
     pfile->setText(captions.text(CaptionPrevious));
     nfile->setText(captions.text(CaptionNext));
     edita->setText(captions.text(CaptionSave));
-    edita->setMinimumWidth(edita->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+    makeRoomy(edita);
     eliminav1->setText(captions.text(CaptionRemoveV1));
     eliminav2->setText(captions.text(CaptionRemoveV2));
     m_conversion->applyCaptions(captions);
@@ -213,8 +185,7 @@ void SingleFilePage::applyCaptions()
     nfile->setToolTip(captions.text(Text::TipNextFile));
     eliminav1->setToolTip(captions.text(Text::TipRemoveTag));
     eliminav2->setToolTip(captions.text(Text::TipRemoveTag));
-    m_conversion->checkBox()->setToolTip(captions.text(Text::TipConvertOnSave));
-    m_conversion->list()->setToolTip(captions.text(Text::TipConvertOnSave));
+    m_conversion->setPairToolTip(captions.text(Text::TipConvertOnSave));
     ta_o->setToolTip(captions.text(Text::TipYear));
     Tpista->setToolTip(captions.text(Text::TipTrack));
     selectionChanged();

@@ -62,14 +62,13 @@ public:
     bool isShowingFile() const { return m_isShowingFile; }
 
 protected:
-    void changeEvent(QEvent *event) override;
+    void applyIcons() override;
 
 private:
     void createControls();
     QWidget *createContent();
     void connectControls();
     void setTabOrder();
-    void applyIcons();
 
     void save();
     void step(qsizetype rows);

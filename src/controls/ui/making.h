@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QLatin1String>
+#include <QList>
+
+class QPushButton;
+class QWidget;
+
+namespace ravlin {
+
+/// A new control that is found under this name; parent owns it.
+template <typename Control>
+Control *made(const char *name, QWidget *parent)
+{
+    auto *control = new Control(parent);
+    control->setObjectName(QLatin1String(name));
+    return control;
+}
+
+/// Lets the Tab key go through these controls in this order.
+void tabThrough(const QList<QWidget *> &controls);
+
+/// Gives a button that starts something a bit more room beside its text than the style does. To be called when the text
+/// has changed.
+void makeRoomy(QPushButton *button);
+
+} // namespace ravlin
