@@ -28,7 +28,8 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("ravlin"));
     QApplication::setApplicationDisplayName(QStringLiteral("ravlin!"));
     QApplication::setApplicationVersion(QStringLiteral(RAVLIN_VERSION));
-    QApplication::setDesktopFileName(QStringLiteral("ravlin"));
+    // A Flatpak gives the desktop entry its own name, by which the window finds its icon.
+    QApplication::setDesktopFileName(qEnvironmentVariable("FLATPAK_ID", QStringLiteral("ravlin")));
     QApplication::setWindowIcon(ravlin::programIcon());
 
     ravlin::openContextMenusByKey(&application);
