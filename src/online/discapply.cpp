@@ -1,5 +1,7 @@
 #include "online/discapply.h"
 
+#include "tags/tagstore.h"
+
 namespace ravlin {
 
 void applyDisc(TagRecord &record, const DiscFields &disc, const DiscRow &row)
@@ -12,6 +14,25 @@ void applyDisc(TagRecord &record, const DiscFields &disc, const DiscRow &row)
         record.Year = disc.year;
     if (!disc.genre.isEmpty())
         record.Genre = disc.genre;
+}
+
+BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc, TagStore &tagStore,
+    const ProgramState &state, BatchProgress &progress)
+{
+    QStringList paths;
+    for (const DiscFile &file : files)
+        paths << file.path;
+    size_t next = 0; // a path alone does not tell which file it is: one may be there twice
+    const auto save = [&](const QString &path) -> Result<void> {
+        const DiscRow &row = files[next++].row;
+        TagRecord record;
+        const Result<void> read = tagStore.ReadTag(path, record);
+        if (!read && read.error().code != ErrorCode::GenreOutOfRange)
+            return read;
+        applyDisc(record, disc, row);
+        return tagStore.SaveTag(path, record);
+    };
+    return runBatch(paths, state, progress, save, {OnFailure::GoOn, OnCancelled::StopTaking});
 }
 
 } // namespace ravlin

@@ -1,10 +1,15 @@
 #pragma once
 
+#include "app/batch.h"
 #include "tags/tagrecord.h"
 
 #include <QString>
 
+#include <vector>
+
 namespace ravlin {
+
+class TagStore;
 
 /// What all files of a disc get.
 struct DiscFields
@@ -24,5 +29,17 @@ struct DiscRow
 
 /// Puts a disc's data into a file's tag. What a disc does not tell of stays.
 void applyDisc(TagRecord &record, const DiscFields &disc, const DiscRow &row);
+
+/// A file and what it gets of its own.
+struct DiscFile
+{
+    QString path;
+    DiscRow row;
+};
+
+/// Writes a disc's data into the tags of its files, in order. A file that cannot be read or written stays as it is and
+/// the next is taken; none is taken after one was refused for want of space.
+BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc, TagStore &tagStore,
+    const ProgramState &state, BatchProgress &progress);
 
 } // namespace ravlin

@@ -181,17 +181,23 @@ std::optional<DiscRecord> parseXmcdRecord(QByteArrayView bytes)
     return reader.record();
 }
 
+std::optional<qint64> trackFrames(const DiscRecord &record, int index)
+{
+    const std::vector<qint64> &starts = record.frameOffsets;
+    const auto position = size_t(index);
+    if (position + 1 < starts.size())
+        return starts[position + 1] - starts[position];
+    if (position < starts.size() && record.seconds > 0)
+        return qint64(record.seconds) * FramesPerSecond - starts[position];
+    return {};
+}
+
 std::vector<std::optional<qint64>> lengthDifferences(const DiscContents &disc, const DiscRecord &record)
 {
-    std::vector<qint64> marks = record.frameOffsets;
-    if (record.seconds > 0)
-        marks.push_back(qint64(record.seconds) * FramesPerSecond);
     std::vector<std::optional<qint64>> differences;
     for (int i = 0; i < disc.trackCount(); ++i) {
-        const auto index = size_t(i);
-        const bool isTold = index < record.frameOffsets.size() && index + 1 < marks.size();
-        differences.push_back(
-            isTold ? std::optional(disc.trackFrames(i) - (marks[index + 1] - marks[index])) : std::nullopt);
+        const std::optional<qint64> length = trackFrames(record, i);
+        differences.push_back(length ? std::optional(disc.trackFrames(i) - *length) : std::nullopt);
     }
     return differences;
 }

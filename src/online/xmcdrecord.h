@@ -44,9 +44,12 @@ struct DiscRecord
 /// remarks. Nothing: there is no title in it, so it is no record.
 std::optional<DiscRecord> parseXmcdRecord(QByteArrayView bytes);
 
+/// The length of one of the record's tracks in frames, index from 0. Nothing where the record does not tell it. The end
+/// of the last track is known to the second only.
+std::optional<qint64> trackFrames(const DiscRecord &record, int index);
+
 /// By how many frames each of the disc's tracks is longer than that of the record (negative: shorter); as many entries
-/// as the disc has tracks. Nothing where the record has no such track or does not tell. The record knows the end of its
-/// last track to the second only.
+/// as the disc has tracks. Nothing where the record has no such track or does not tell (trackFrames()).
 std::vector<std::optional<qint64>> lengthDifferences(const DiscContents &disc, const DiscRecord &record);
 
 } // namespace ravlin

@@ -3,6 +3,7 @@
 #include "app/ui/filecommands.h"
 #include "app/ui/foldercommand.h"
 #include "app/ui/listcontroller.h"
+#include "app/ui/lookupcommand.h"
 #include "app/ui/program.h"
 #include "controls/ui/icons.h"
 #include "files/ui/filelist.h"
@@ -18,6 +19,7 @@ namespace ravlin {
 namespace {
 
 // The buttons' places.
+constexpr int Lookup = 1;
 constexpr int Playlist = 3;
 constexpr int Play = 5;
 constexpr int Folder = 7;
@@ -25,6 +27,7 @@ constexpr int Files = 9;
 constexpr int Selection = 12;
 constexpr int Patterns = 14;
 
+constexpr int CaptionLookup = 25;
 constexpr int CaptionWritePlaylist = 26;
 constexpr int CaptionPlay = 27;
 constexpr int CaptionRenameFolder = 28;
@@ -51,10 +54,12 @@ ToolbarCommand withKey(int caption, const char *icon, const QKeySequence &key)
 
 } // namespace
 
-CommandBar::CommandBar(const CommandBarContext &context, FileCommands &files, FolderCommand &folder)
+CommandBar::CommandBar(
+    const CommandBarContext &context, FileCommands &files, FolderCommand &folder, LookupCommand &lookup)
     : QObject(context.window), m_context(context), m_listMenu(new QMenu(&context.list)),
       m_treeMenu(new QMenu(&context.tree))
 {
+    addLookupButton(lookup);
     addPlaylistButtons(files);
     addFolderButton(files, folder);
     addFilesButton(files);
@@ -67,6 +72,16 @@ CommandBar::CommandBar(const CommandBarContext &context, FileCommands &files, Fo
     connect(&files, &FileCommands::ended, this, &CommandBar::updateEnabling);
     connect(context.list.selectionModel(), &QItemSelectionModel::selectionChanged, this, &CommandBar::updateEnabling);
     updateEnabling();
+}
+
+void CommandBar::addLookupButton(LookupCommand &lookup)
+{
+    const ToolbarCommand command = withKey(CaptionLookup, "disc-3", Qt::Key_F3);
+    m_lookup = m_context.toolbar.addButton(Lookup, command);
+    m_lookupEntry = m_context.toolbar.addMenuEntry(Lookup, QStringLiteral("freedb"),
+        {command.caption, command.icon, command.shortcut, Qt::WidgetShortcut}); // the button has the key
+    for (QAction *action : {m_lookup, m_lookupEntry})
+        connect(action, &QAction::triggered, &lookup, &LookupCommand::openForm);
 }
 
 void CommandBar::addPlaylistButtons(FileCommands &files)
@@ -171,6 +186,8 @@ void CommandBar::makeMenus()
     m_listMenu->setObjectName(QStringLiteral("listMenu"));
     m_listMenu->addActions({m_playEntry, m_writeEntry, m_deletePlaylists});
     m_listMenu->addSeparator();
+    m_listMenu->addAction(m_lookupEntry);
+    m_listMenu->addSeparator();
     m_listMenu->addActions({m_moveFiles, m_copyFiles, m_deleteFiles});
     m_listMenu->addSeparator();
     m_listMenu->addActions({m_undo, m_selectAll, m_selectNone});
@@ -205,7 +222,7 @@ void CommandBar::updateEnabling()
     const bool hasSelection = m_context.list.selectionModel()->hasSelection();
     for (QAction *action : {m_writePlaylist, m_play, m_selectAll})
         action->setEnabled(hasRows);
-    for (QAction *action : {m_deleteFiles, m_moveFiles, m_copyFiles, m_selectNone})
+    for (QAction *action : {m_lookup, m_lookupEntry, m_deleteFiles, m_moveFiles, m_copyFiles, m_selectNone})
         action->setEnabled(hasSelection);
     // A list without files is a list, too.
     for (QAction *action : {m_writeEntry, m_playEntry, m_deletePlaylists, m_listTree})

@@ -14,6 +14,7 @@ class FileList;
 class FolderCommand;
 class FolderTree;
 class ListController;
+class LookupCommand;
 struct Program;
 
 /// What the commands of list and folder are reached from.
@@ -34,7 +35,7 @@ class CommandBar : public QObject
     Q_OBJECT
 
 public:
-    CommandBar(const CommandBarContext &context, FileCommands &files, FolderCommand &folder);
+    CommandBar(const CommandBarContext &context, FileCommands &files, FolderCommand &folder, LookupCommand &lookup);
 
     /// Puts the current language's texts on what is not the toolbar's own.
     void applyCaptions();
@@ -46,6 +47,7 @@ Q_SIGNALS:
     void patternsEdited();
 
 private:
+    void addLookupButton(LookupCommand &lookup);
     void addPlaylistButtons(FileCommands &files);
     void addFolderButton(FileCommands &files, FolderCommand &folder);
     void addFilesButton(FileCommands &files);
@@ -61,6 +63,8 @@ private:
     Text undoText() const;
 
     CommandBarContext m_context;
+    QAction *m_lookup = nullptr;        ///< tb_1
+    QAction *m_lookupEntry = nullptr;   ///< freedb
     QAction *m_writePlaylist = nullptr; ///< tb_3
     QAction *m_writeEntry = nullptr;    ///< lista
     QAction *m_deletePlaylists = nullptr;

@@ -5,6 +5,7 @@
 #include "app/ui/filecommands.h"
 #include "app/ui/foldercommand.h"
 #include "app/ui/listcontroller.h"
+#include "app/ui/lookupcommand.h"
 #include "app/ui/modetabs.h"
 #include "app/ui/openwindows.h"
 #include "app/ui/program.h"
@@ -143,8 +144,9 @@ void principal::createCommands()
     m_fileCommands = new FileCommands({m_program, *m_lister, *ListView1, *folder, *sbStatusBar, *m_busy, this}, this);
     m_fileCommands->setLastTag([this] { return lastTag(); });
     auto *folderCommand = new FolderCommand(m_program, *m_services, *folder, *ListView1, this);
-    m_commandBar =
-        new CommandBar({m_program, *tb, *ListView1, *folder, *m_lister, this}, *m_fileCommands, *folderCommand);
+    auto *lookup = new LookupCommand(m_program, *m_services, *ListView1, this);
+    m_commandBar = new CommandBar(
+        {m_program, *tb, *ListView1, *folder, *m_lister, this}, *m_fileCommands, *folderCommand, *lookup);
     m_commandBar->addToListMenu(m_options);
     connect(m_commandBar, &CommandBar::patternsEdited, m_batchPages, &BatchPages::refreshPatterns);
     connect(m_batchPages, &BatchPages::finished, m_fileCommands, &FileCommands::ended);

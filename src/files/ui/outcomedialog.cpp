@@ -3,21 +3,9 @@
 #include "app/idiomas.h"
 #include "files/listcolumns.h"
 
-#include <QLabel>
-#include <QListWidget>
-#include <QPushButton>
-#include <QStyle>
-#include <QVBoxLayout>
-
-#include <algorithm>
-
 namespace ravlin {
 
 namespace {
-
-constexpr int CaptionOk = 59;
-constexpr int LineLetters = 70; ///< width of the list in average letters
-constexpr qsizetype MostLines = 12;
 
 Text headlineOf(OperationKind kind)
 {
@@ -76,38 +64,9 @@ QString outcomeHeadline(const OperationReport &report, const Captions &captions)
     return captions.text(headlineOf(report.kind)).arg(report.doneCount).arg(notDone);
 }
 
-OutcomeDialog::OutcomeDialog(const Captions &captions, const OperationReport &report, QWidget *parent) : QDialog(parent)
+OutcomeDialog::OutcomeDialog(const Captions &captions, const OperationReport &report, QWidget *parent)
+    : OutcomeBox(captions, outcomeHeadline(report, captions), outcomeLines(report, captions), parent)
 {
-    setObjectName(QStringLiteral("outcome"));
-    setWindowTitle(QStringLiteral("ravlin!"));
-    auto *sign = new QLabel(this);
-    const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
-    sign->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, this).pixmap(size, size));
-    auto *headline = new QLabel(outcomeHeadline(report, captions), this);
-    headline->setObjectName(QStringLiteral("outcomeHeadline"));
-    headline->setTextFormat(Qt::PlainText);
-    auto *list = new QListWidget(this);
-    list->setObjectName(QStringLiteral("outcomeLines"));
-    list->setAccessibleName(captions.text(Text::NameOutcome));
-    list->addItems(outcomeLines(report, captions));
-    list->setWordWrap(true);
-    list->setMinimumWidth(fontMetrics().averageCharWidth() * LineLetters);
-    const auto lines = std::clamp<qsizetype>(2 * list->count(), 3, MostLines);
-    list->setMinimumHeight(static_cast<int>(lines) * fontMetrics().lineSpacing());
-    auto *ok = new QPushButton(captions.text(CaptionOk), this);
-    ok->setObjectName(QStringLiteral("outcomeOk"));
-    ok->setDefault(true);
-    ok->setFocus();
-    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
-
-    auto *top = new QHBoxLayout;
-    top->addWidget(sign);
-    top->addWidget(headline, 1);
-    auto *rows = new QVBoxLayout(this);
-    rows->addLayout(top);
-    rows->addWidget(list, 1);
-    rows->addWidget(ok, 0, Qt::AlignRight);
-    setAccessibleDescription(headline->text());
 }
 
 } // namespace ravlin

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "controls/ui/outcomebox.h"
 #include "files/fileoperations.h"
 
-#include <QDialog>
 #include <QStringList>
 
 namespace ravlin {
@@ -14,8 +14,8 @@ QStringList outcomeLines(const OperationReport &report, const Captions &captions
 /// How many were done and how many were not.
 QString outcomeHeadline(const OperationReport &report, const Captions &captions);
 
-/// Says what an operation did and, one by one, what it did not do and why.
-class OutcomeDialog : public QDialog
+/// Says what an operation on files and folders did and, one by one, what it did not do and why.
+class OutcomeDialog : public OutcomeBox
 {
     Q_OBJECT
 

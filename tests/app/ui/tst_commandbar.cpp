@@ -20,6 +20,7 @@ private Q_SLOTS:
     void theToolbarHasItsButtonsAndTheirMenusByKey()
     {
         openThree();
+        QCOMPARE(menuOf(1), QStringList{u"tb_freedb"_s});
         QCOMPARE(menuOf(3), (QStringList{u"tb_lista"_s, u"tb_blistas"_s}));
         QCOMPARE(menuOf(5), QStringList{u"tb_play"_s});
         QCOMPARE(menuOf(7), (QStringList{u"tb_mcarpeta"_s, u"tb_ccarpeta"_s}));
@@ -33,6 +34,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("command");
         QTest::addColumn<QString>("tip");
+        QTest::newRow("1") << u"1"_s << u"get album titles from freedb (F3)"_s;
+        QTest::newRow("freedb") << u"tb_freedb"_s << u"get album titles from freedb (F3)"_s;
         QTest::newRow("3") << u"3"_s << u"save files to m3u playlist (Shift+L)"_s;
         QTest::newRow("lista") << u"tb_lista"_s << u"save files to m3u playlist (Shift+L)"_s;
         QTest::newRow("blistas") << u"tb_blistas"_s << u"delete m3u lists (Shift+B)"_s;
@@ -63,9 +66,9 @@ private Q_SLOTS:
     {
         QDir(path()).mkdir(u"empty"_s);
         openAt(at(u"empty"_s));
-        for (const int position : {3, 5, 9, 12})
+        for (const int position : {1, 3, 5, 9, 12})
             QVERIFY2(!buttonAction(position)->isEnabled(), qPrintable(QString::number(position)));
-        for (const QString &key : {u"mover"_s, u"copiar"_s, u"none"_s})
+        for (const QString &key : {u"freedb"_s, u"mover"_s, u"copiar"_s, u"none"_s})
             QVERIFY2(!action(u"tb_"_s + key)->isEnabled(), qPrintable(key));
         for (const QString &key : {u"lista"_s, u"play"_s, u"bcarpeta"_s, u"mcarpeta"_s, u"ccarpeta"_s})
             QVERIFY2(action(u"tb_"_s + key)->isEnabled(), qPrintable(key));
@@ -81,14 +84,15 @@ private Q_SLOTS:
     void withoutSelectedRowsOnlyWhatNeedsThemIsDisabled()
     {
         openThree();
-        for (const int position : {3, 5, 7, 9, 12, 14})
+        for (const int position : {1, 3, 5, 7, 9, 12, 14})
             QVERIFY2(buttonAction(position)->isEnabled(), qPrintable(QString::number(position)));
         action(u"tb_none"_s)->trigger();
         QVERIFY(list()->selectedRows().empty());
         for (const int position : {3, 5, 12})
             QVERIFY2(buttonAction(position)->isEnabled(), qPrintable(QString::number(position)));
+        QVERIFY(!buttonAction(1)->isEnabled());
         QVERIFY(!buttonAction(9)->isEnabled());
-        for (const QString &key : {u"mover"_s, u"copiar"_s, u"none"_s})
+        for (const QString &key : {u"freedb"_s, u"mover"_s, u"copiar"_s, u"none"_s})
             QVERIFY2(!action(u"tb_"_s + key)->isEnabled(), qPrintable(key));
         control<QToolButton>(u"tb_12"_s)->click();
         QCOMPARE(list()->selectedRows(), (std::vector<int>{0, 1, 2}));
@@ -107,7 +111,7 @@ private Q_SLOTS:
     void withoutAFolderNothingIsThereToActOn()
     {
         openAt({});
-        for (const int position : {3, 5, 7, 9, 12})
+        for (const int position : {1, 3, 5, 7, 9, 12})
             QVERIFY2(
                 !control<QToolButton>(u"tb_%1"_s.arg(position))->isEnabled(), qPrintable(QString::number(position)));
         for (const QString &key : {u"list Shift+L"_s, u"list Shift+P"_s, u"list Shift+B"_s, u"list Del"_s})

@@ -5,6 +5,7 @@
 #include "app/texttable.h"
 #include "app/ui/opciones.h"
 #include "app/ui/principalfixture.h"
+#include "controls/ui/buscaweb.h"
 #include "controls/ui/frmabout.h"
 #include "files/ui/outcomedialog.h"
 #include "files/ui/takennamedialog.h"
@@ -12,7 +13,11 @@
 #include "naming/ui/clashdialog.h"
 #include "naming/ui/dialog.h"
 #include "naming/ui/patterneditor.h"
+#include "online/ufreedb.h"
+#include "online/ui/freedb.h"
+#include "online/ui/matchdialog.h"
 #include "tags/tageditor.h"
+#include "tags/ui/fakepageowner.h"
 
 #include <QAbstractItemView>
 #include <QAction>
@@ -76,6 +81,19 @@ QList<WindowMaker> windowMakers()
                 return new OutcomeDialog(program.captions, report, nullptr);
             },
             {}, {u"ravlin!"_s}},
+        {u"freedb"_s,
+            [](Program &program) {
+                static FakePageOwner owner; // outlives all windows
+                return new freedb({owner, program.state, program.tagStore, program.captions, program.settings,
+                    [] { return QString(); }, program.fileSystem});
+            },
+            {}, {u"freedb"_s}},
+        {u"buscaweb"_s, [](Program &program) { return new buscaweb(program.captions, {}); }},
+        {u"matchDialog"_s,
+            [](Program &program) {
+                static uFREEDB database; // outlives all windows
+                return new MatchDialog(program.captions, database, {}, nullptr);
+            }},
         {u"patternEditor"_s, [](Program &program) { return new PatternEditor(program.settings, program.captions); }},
         {u"frmAbout"_s, [](Program &program) { return new frmAbout(program.captions); }, {},
             {u"ravlin!"_s, u"version "_s + QStringLiteral(RAVLIN_VERSION), u"TagLib"_s, u"freedb"_s,

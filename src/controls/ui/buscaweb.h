@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QDialog>
+
+class QLineEdit;
+class QPushButton;
+
+namespace ravlin {
+
+class Captions;
+
+/// Asks for the text of a new search in the CD database.
+class buscaweb : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// text: what the box has at first, all of it selected.
+    buscaweb(const Captions &captions, const QString &text, QWidget *parent = nullptr);
+
+Q_SIGNALS:
+    /// The user wants this text to be searched for; it may be empty. The window closes.
+    void searchRequested(const QString &text);
+
+private:
+    void search();
+
+    QLineEdit *busca;
+    QPushButton *buscar;
+};
+
+} // namespace ravlin

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QDialog>
+#include <QStringList>
+
+namespace ravlin {
+
+class Captions;
+
+/// Says what an operation over many files did and, one line each, what it did not do and why.
+class OutcomeBox : public QDialog
+{
+    Q_OBJECT
+
+public:
+    OutcomeBox(const Captions &captions, const QString &headline, const QStringList &lines, QWidget *parent);
+};
+
+} // namespace ravlin

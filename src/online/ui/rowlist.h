@@ -1,0 +1,65 @@
+#pragma once
+
+#include "online/ui/rowlistmodel.h"
+
+#include <QBasicTimer>
+#include <QItemSelection>
+#include <QTreeView>
+
+#include <vector>
+
+namespace ravlin {
+
+/// A list whose rows the user puts in order: a row is dragged with the left button and dropped before the row under the
+/// pointer, which a mark shows meanwhile, or moved by Alt and an arrow key. The selection goes with the rows.
+class RowList : public QTreeView
+{
+    Q_OBJECT
+
+public:
+    /// wideColumn: takes the room that the others, which are as wide as their texts, leave.
+    RowList(const char *name, int wideColumn, QWidget *parent);
+
+    RowListModel &rows() { return *m_model; }
+    const RowListModel &rows() const { return *m_model; }
+    void setHeaderTexts(const QStringList &texts);
+    /// By position, from 0 on.
+    std::vector<bool> selectionFlags() const;
+
+    /// What dropping a row there does; see RowListModel::moveTo.
+    void moveRowTo(int row, int position);
+
+Q_SIGNALS:
+    /// The rows stand in another order, or are others.
+    void orderChanged();
+    void selectionEdited();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    bool isDragging() const { return m_dropPosition >= 0; }
+    int positionAt(int y) const;
+    int rowTop(int row) const;
+    void beginDrag();
+    void dragTo(int y);
+    void endDrag();
+
+    RowListModel *const m_model;
+    int m_wideColumn;
+    int m_pressedRow = -1; ///< under the left button
+    bool m_mayDrag = false;
+    QPoint m_pressPosition;
+    QItemSelection m_selectionBefore; ///< the press, which a drag gives back
+    int m_dropPosition = -1;          ///< -1: no drag
+    QBasicTimer m_scrollTimer;
+};
+
+} // namespace ravlin
