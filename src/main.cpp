@@ -3,7 +3,7 @@
 #include "app/ui/program.h"
 #include "controls/ui/contextmenukey.h"
 #include "controls/ui/icons.h"
-#include "platform/filesystem.h"
+#include "platform/standardstreams.h"
 
 #include <QApplication>
 #include <QDir>
@@ -11,13 +11,13 @@
 
 namespace {
 
-/// The command line as one text: the first argument by its bytes, made absolute, since folders are shown by full paths.
+/// The command line as one text, made absolute, since folders are shown by full paths.
 QString commandLine(int argc, char *argv[])
 {
-    if (argc < 2)
+    const QString text = ravlin::platform::commandLineText(argc, argv);
+    if (text.isEmpty())
         return {};
-    const QString argument = ravlin::platform::decodePath(QByteArray(argv[1]));
-    return QDir::cleanPath(QDir::current().absoluteFilePath(argument));
+    return QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(text)));
 }
 
 } // namespace

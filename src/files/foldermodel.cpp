@@ -54,7 +54,7 @@ QString withoutSeparator(const QString &path)
 
 bool contains(const QString &root, const QString &path)
 {
-    return withSeparator(path).startsWith(withSeparator(root));
+    return withSeparator(path).startsWith(withSeparator(root), platform::NameCase);
 }
 
 } // namespace
@@ -291,7 +291,9 @@ FolderModel::Node *FolderModel::child(Node &parent, const QString &name)
 {
     if (!parent.isLoaded)
         load(parent);
-    const auto isSame = [&](const std::unique_ptr<Node> &node) { return node->folder.name == name; };
+    const auto isSame = [&](const std::unique_ptr<Node> &node) {
+        return node->folder.name.compare(name, platform::NameCase) == 0;
+    };
     const auto known = std::find_if(parent.children.begin(), parent.children.end(), isSame);
     const QString path = withSeparator(parent.folder.path) + name;
     const Result<platform::FileInfo> info = platform::FileSystem::native().info(path);

@@ -21,8 +21,11 @@ namespace ravlin::platform {
 
 #ifdef _WIN32
 inline constexpr QChar Separator = u'\\';
+/// Whether names that differ in case alone are one name, as far as that can be told without asking the disk.
+inline constexpr Qt::CaseSensitivity NameCase = Qt::CaseInsensitive;
 #else
 inline constexpr QChar Separator = u'/';
+inline constexpr Qt::CaseSensitivity NameCase = Qt::CaseSensitive;
 #endif
 
 /// The bytes of a path as the system's calls take them; undoes decodePath exactly. Surrogates that decodePath

@@ -6,21 +6,18 @@
 
 namespace ravlin::platform {
 
-/// Holds a folder's advisory lock, which the system drops when the program dies.
+/// Holds a folder's advisory lock until it is destroyed; the system drops it when the program dies.
 class FolderLock
 {
 public:
-    explicit FolderLock(int descriptor) : m_descriptor(descriptor) {}
-    ~FolderLock();
+    FolderLock() = default;
+    virtual ~FolderLock() = default;
     FolderLock(const FolderLock &) = delete;
     FolderLock &operator=(const FolderLock &) = delete;
-
-private:
-    const int m_descriptor;
 };
 
 /// Nothing when another holds it, when the path is no folder itself, or where the file system knows no locks. Does not
-/// wait.
+/// wait. Windows: seen by the programs of this computer only.
 std::unique_ptr<FolderLock> lockFolder(const QString &path);
 
 } // namespace ravlin::platform

@@ -8,11 +8,21 @@
 #include <unistd.h>
 
 namespace ravlin::platform {
+namespace {
 
-FolderLock::~FolderLock()
+class PosixFolderLock final : public FolderLock
 {
-    ::close(m_descriptor);
-}
+public:
+    explicit PosixFolderLock(int descriptor) : m_descriptor(descriptor) {}
+    ~PosixFolderLock() override { ::close(m_descriptor); }
+    PosixFolderLock(const PosixFolderLock &) = delete;
+    PosixFolderLock &operator=(const PosixFolderLock &) = delete;
+
+private:
+    const int m_descriptor;
+};
+
+} // namespace
 
 std::unique_ptr<FolderLock> lockFolder(const QString &path)
 {
@@ -21,7 +31,7 @@ std::unique_ptr<FolderLock> lockFolder(const QString &path)
         [&] { return ::open(native.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK); });
     if (descriptor < 0)
         return nullptr;
-    auto lock = std::make_unique<FolderLock>(descriptor);
+    auto lock = std::make_unique<PosixFolderLock>(descriptor);
     if (uninterrupted([&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); }) != 0)
         return nullptr;
     return lock;

@@ -55,8 +55,10 @@ bool removeIfStale(FileSystem &fileSystem, const QString &path)
 
 QString folderOf(const QString &path)
 {
-    const qsizetype separator = path.lastIndexOf(Separator);
-    return path.left(std::max<qsizetype>(separator, 1));
+    const qsizetype separator = std::max<qsizetype>(path.lastIndexOf(Separator), 1);
+    // The root of a drive is nothing without its separator.
+    const bool isDrive = Separator == u'\\' && path.size() > separator && path.at(separator - 1) == u':';
+    return path.left(isDrive ? separator + 1 : separator);
 }
 
 QString nameOf(const QString &path)

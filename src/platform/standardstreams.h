@@ -5,7 +5,7 @@
 #include <QByteArrayView>
 #include <QStringList>
 
-/// What a program without windows has of the system: its arguments and its standard streams. Used by one thread.
+/// What a program has of the system that starts it: its arguments and its standard streams. Used by one thread.
 namespace ravlin::platform {
 
 enum class StandardStream
@@ -16,6 +16,10 @@ enum class StandardStream
 
 /// The arguments behind the program's name. A file's name survives in them whatever its bytes (see decodePath).
 QStringList programArguments(int argc, char **argv);
+
+/// What stands behind the program's name, as one text. Windows: the command line as it was given, without quotes around
+/// it, since programs that open a file for the user don't all put its name into quotes; elsewhere the first argument.
+QString commandLineText(int argc, char **argv);
 
 /// To be called before anything else opens a file. Keeps a standard stream that the caller has closed from becoming the
 /// number of the next opened file, into which messages would go then; and makes a reader that has gone away an outcome

@@ -37,6 +37,11 @@ QStringList programArguments(int argc, char **argv)
     return arguments;
 }
 
+QString commandLineText(int argc, char **argv)
+{
+    return argc > 1 ? decodePath(QByteArray(argv[1])) : QString();
+}
+
 void prepareStandardStreams()
 {
     std::signal(SIGPIPE, SIG_IGN);

@@ -24,6 +24,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
+#include <QDir>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMimeData>
@@ -325,7 +326,7 @@ QString principal::droppedFolder(const QDropEvent *event) const
     if (path.isEmpty())
         return {};
     const QFileInfo dropped(path);
-    return dropped.isDir() ? dropped.absoluteFilePath() : dropped.absolutePath();
+    return QDir::toNativeSeparators(dropped.isDir() ? dropped.absoluteFilePath() : dropped.absolutePath());
 }
 
 void principal::dragEnterEvent(QDragEnterEvent *event)

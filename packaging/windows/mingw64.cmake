@@ -1,0 +1,38 @@
+# Toolchain: builds for 64-bit Windows on Debian with MinGW-w64 (g++-mingw-w64-x86-64-posix).
+# What it takes from the cache folder, Qt and the headers of tl::expected, packaging/windows/provide-qt puts there.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(RAVLIN_MINGW x86_64-w64-mingw32)
+set(CMAKE_C_COMPILER ${RAVLIN_MINGW}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${RAVLIN_MINGW}-g++-posix)
+set(CMAKE_RC_COMPILER ${RAVLIN_MINGW}-windres)
+
+if(DEFINED ENV{RAVLIN_WINDOWS_CACHE})
+    set(ravlin_cache "$ENV{RAVLIN_WINDOWS_CACHE}")
+elseif(DEFINED ENV{XDG_CACHE_HOME})
+    set(ravlin_cache "$ENV{XDG_CACHE_HOME}/ravlin-windows")
+else()
+    set(ravlin_cache "$ENV{HOME}/.cache/ravlin-windows")
+endif()
+set(RAVLIN_WINDOWS_CACHE "${ravlin_cache}" CACHE PATH "Folder that packaging/windows/provide-qt fills")
+# Trials of the compiler run this file again, elsewhere and without the cache.
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES RAVLIN_WINDOWS_CACHE)
+set(RAVLIN_WINDOWS_QT "${RAVLIN_WINDOWS_CACHE}/qt6-mingw")
+
+set(CMAKE_FIND_ROOT_PATH "${RAVLIN_WINDOWS_QT}" "${RAVLIN_WINDOWS_CACHE}/headers" /usr/${RAVLIN_MINGW})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(CMAKE_PREFIX_PATH "${RAVLIN_WINDOWS_QT}" "${RAVLIN_WINDOWS_CACHE}/headers")
+
+# moc, rcc and the like are Debian's own, of the same version.
+set(QT_HOST_PATH /usr)
+set(QT_HOST_PATH_CMAKE_DIR /usr/lib/x86_64-linux-gnu/cmake)
+set(Qt6HostInfo_DIR "${QT_HOST_PATH_CMAKE_DIR}/Qt6HostInfo")
+
+# Unoptimised objects hold more sections than the plain format counts.
+set(CMAKE_CXX_FLAGS_INIT -Wa,-mbig-obj)
+# Windows 10 is what Qt 6 needs.
+add_compile_definitions(_WIN32_WINNT=0x0A00 WINVER=0x0A00 NTDDI_VERSION=0x0A000006 UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
