@@ -58,6 +58,7 @@ enum TrackColumn
 
 constexpr QSize StartSize(920, 600);
 constexpr int StartPosition = 6700; ///< of the splitter, in twips
+constexpr int SmallestPanel = 3000; ///< in twips; the titles stay readable
 constexpr int TickInterval = 100;   ///< milliseconds
 constexpr int TickStep = 5;         ///< of the progress bar while the database is asked
 constexpr int WholeProgress = 100;
@@ -130,6 +131,7 @@ void freedb::createControls()
     sp = named<SplitPanel>("sp", this);
     archivo = new RowList("archivo", 0, sp);
     correlacion = new RowList("correlacion", Title, sp);
+    sp->setMinPanelSize(SmallestPanel);
     sp->setFirstPanel(archivo);
     sp->setSecondPanel(correlacion);
     archivo->rows().setRightAligned({FileTimeColumn});

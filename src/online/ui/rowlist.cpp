@@ -151,6 +151,7 @@ int RowList::positionAt(int y) const
 
 void RowList::dragTo(int y)
 {
+    m_dragY = y;
     m_dropPosition = positionAt(y);
     viewport()->update();
     const bool isBeyondEdge = y < 0 || y >= viewport()->height();
@@ -166,9 +167,8 @@ void RowList::timerEvent(QTimerEvent *event)
         QTreeView::timerEvent(event);
         return;
     }
-    const int y = viewport()->mapFromGlobal(QCursor::pos()).y();
-    verticalScrollBar()->triggerAction(y < 0 ? QScrollBar::SliderSingleStepSub : QScrollBar::SliderSingleStepAdd);
-    dragTo(y);
+    verticalScrollBar()->triggerAction(m_dragY < 0 ? QScrollBar::SliderSingleStepSub : QScrollBar::SliderSingleStepAdd);
+    dragTo(m_dragY);
 }
 
 void RowList::endDrag()

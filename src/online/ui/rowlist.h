@@ -59,6 +59,7 @@ private:
     QPoint m_pressPosition;
     QItemSelection m_selectionBefore; ///< the press, which a drag gives back
     int m_dropPosition = -1;          ///< -1: no drag
+    int m_dragY = 0;                  ///< height of the pointer that drags
     QBasicTimer m_scrollTimer;
 };
 
