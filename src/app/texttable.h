@@ -189,9 +189,19 @@ enum class Text
     LookupServerTrouble,
     LookupNotGreeted,
     LookupRefused,
+    UpdateBadAddress,
+    UpdateBadVersionFile,
+    UpdateBadName,
+    UpdateBadLocation,
+    UpdateBadChecksum,
+    UpdateWrongChecksum,
+    UpdateReplace,
+    UpdateChecked,
+    UpdateUnchecked,
+    TipDownload,
 };
 
-inline constexpr int TextCount = static_cast<int>(Text::LookupRefused) + 1;
+inline constexpr int TextCount = static_cast<int>(Text::TipDownload) + 1;
 
 /// The text in all languages. Read it through Captions.
 const LanguageTexts &languageTexts(Text text);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "online/lookupfailure.h"
-#include "online/webget.h"
+#include "online/webtext.h"
 
 #include <QByteArray>
 #include <QUrl>
@@ -10,7 +10,7 @@
 
 namespace ravlin {
 
-/// Fetches one answer after the other as a whole, within the limits of WebGet.
+/// WebText for a CD database: tells failures as those of a lookup.
 class CddbFetch : public QObject
 {
     Q_OBJECT
@@ -18,25 +18,18 @@ class CddbFetch : public QObject
 public:
     using Done = std::function<void(const LookupResult<QByteArray> &)>;
 
-    explicit CddbFetch(QObject *parent = nullptr);
+    explicit CddbFetch(QObject *parent = nullptr) : QObject(parent) {}
 
-    void setSettings(const FetchSettings &settings) { m_web.setSettings(settings); }
-    const FetchSettings &settings() const { return m_web.settings(); }
+    void setSettings(const FetchSettings &settings) { m_text.setSettings(settings); }
+    const FetchSettings &settings() const { return m_text.settings(); }
 
-    /// Calls done once with the answer's body or what went wrong, later than this returns; not at all after cancel()
-    /// or another get(), which ends this one.
+    /// As WebText's.
     void get(const QUrl &url, Done done);
-    /// Ends the fetch, if there is one.
-    void cancel();
-    bool isBusy() const { return m_web.isBusy(); }
+    void cancel() { m_text.cancel(); }
+    bool isBusy() const { return m_text.isBusy(); }
 
 private:
-    void takeBytes();
-    void end(const WebFailure *failure);
-
-    WebGet m_web;
-    QByteArray m_body;
-    Done m_done;
+    WebText m_text;
 };
 
 } // namespace ravlin

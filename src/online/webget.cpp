@@ -134,6 +134,7 @@ void WebGet::get(const QUrl &url)
     cancel();
     m_certificateTrouble.clear();
     m_isRefused = false;
+    m_isAnswering = false;
     m_taken = 0;
     m_timeLimit.start(m_settings.timeLimit);
     if (m_settings.idleLimit.count() > 0)
@@ -202,7 +203,7 @@ QByteArray WebGet::read(qint64 size)
 
 void WebGet::takeHeaders()
 {
-    if (m_isRefused)
+    if (m_isRefused || m_isAnswering)
         return;
     const int status = statusOf(*m_reply);
     if (m_idleLimit.isActive())
@@ -217,6 +218,7 @@ void WebGet::takeHeaders()
         failSoon({WebFailureKind::TooLarge, {}, status});
         return;
     }
+    m_isAnswering = true;
     Q_EMIT stepped(WebStep::Answering);
 }
 

@@ -111,7 +111,8 @@ private:
     QTimer m_idleLimit;
     QNetworkReply *m_reply = nullptr;
     bool m_isRefused = false; ///< by its headers: the content is none
-    qint64 m_taken = 0;       ///< bytes of the content
+    bool m_isAnswering = false;
+    qint64 m_taken = 0; ///< bytes of the content
     QString m_certificateTrouble;
 };
 
