@@ -167,7 +167,8 @@ void InetRetreive::finishContent()
         m_progress.addChunks(1);
         Q_EMIT progressed();
     }
-    if (m_progress.isTotalKnown() && m_written != m_progress.total()) {
+    // Nothing at all in chunks is what an answer looks like whose chunks make no sense.
+    if (m_progress.isTotalKnown() ? m_written != m_progress.total() : m_written == 0) {
         fail(incomplete());
         return;
     }

@@ -11,8 +11,8 @@
 
 namespace ravlin {
 
-/// Fetches the version file, keeps it under its fixed name ("ravlin.ver", see platform::fixedFilePath) and reads it from
-/// there. On the event loop of the thread that it lives in.
+/// Fetches the version file, keeps it under its fixed name ("ravlin.ver", see platform::fixedFilePath) and reads it
+/// from there. On the event loop of the thread that it lives in.
 class VersionCheck : public QObject
 {
     Q_OBJECT

@@ -39,8 +39,8 @@ struct VersionFile
 /// This program's own version: "1.4.0".
 QString runningVersion();
 
-/// Whether the offered version comes behind the running one as texts, character by character: 1.10.0 does not come behind
-/// 1.9.0.
+/// Whether the offered version comes behind the running one as texts, character by character: 1.10.0 does not come
+/// behind 1.9.0.
 bool isNewerVersion(const QString &offered, const QString &running);
 
 } // namespace ravlin

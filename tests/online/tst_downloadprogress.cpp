@@ -1,5 +1,5 @@
-// How far a download has come is counted in chunks of 1024 bytes and told to the letter; how long it takes is worked out
-// from what moved lately. A checksum is found in what stands beside a file.
+// How far a download has come is counted in chunks of 1024 bytes and told to the letter; how long it takes is worked
+// out from what moved lately. A checksum is found in what stands beside a file.
 #include "online/checksumfile.h"
 #include "online/downloadprogress.h"
 

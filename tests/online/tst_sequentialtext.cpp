@@ -52,7 +52,8 @@ private Q_SLOTS:
         QTest::newRow("nothing but lines") << QByteArray("\r\n \n") << QStringList();
         QTest::newRow("no quote in front") << QByteArray("a\",\"b\"") << QStringList{u"a\""_s, u"b"_s};
         QTest::newRow("Ctrl+Z ends it") << QByteArray("a,b\r\n\x1A\"c\0", 9) << QStringList{u"a"_s, u"b"_s};
-        QTest::newRow("UTF-8 with its mark") << QByteArray("\xEF\xBB\xBF\"versi\xC3\xB3n\"") << QStringList{u"versión"_s};
+        QTest::newRow("UTF-8 with its mark")
+            << QByteArray("\xEF\xBB\xBF\"versi\xC3\xB3n\"") << QStringList{u"versión"_s};
         QTest::newRow("Windows-1252") << QByteArray("\"versi\xF3n \x80\"") << QStringList{u"versión €"_s};
     }
     void fields()
@@ -66,8 +67,10 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QStringList>("fields");
         using enum SequentialError;
-        QTest::newRow("no quote behind") << QByteArray("a,\"b,c\r\n\"d\"\r\n") << QStringList{u"a"_s, error(UnclosedQuote)};
-        QTest::newRow("no quote behind at the end") << QByteArray("a,\"b,c") << QStringList{u"a"_s, error(UnclosedQuote)};
+        QTest::newRow("no quote behind") << QByteArray("a,\"b,c\r\n\"d\"\r\n")
+                                         << QStringList{u"a"_s, error(UnclosedQuote)};
+        QTest::newRow("no quote behind at the end")
+            << QByteArray("a,\"b,c") << QStringList{u"a"_s, error(UnclosedQuote)};
         QTest::newRow("a lone quote") << QByteArray("\"") << QStringList{error(UnclosedQuote)};
         QTest::newRow("text behind a quote") << QByteArray("\"a\"b,c") << QStringList{error(TextAfterQuote)};
         QTest::newRow("doubled quotes") << QByteArray("\"a\"\"b\",c") << QStringList{error(TextAfterQuote)};

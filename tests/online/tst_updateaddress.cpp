@@ -36,7 +36,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("url");
         QTest::newRow("host") << u"https://up.example"_s << u"https://up.example/ravlin/app/ravlin.ver"_s;
         QTest::newRow("slash") << u"https://up.example/"_s << u"https://up.example/ravlin/app/ravlin.ver"_s;
-        QTest::newRow("path") << u"https://up.example/~m%20x//"_s << u"https://up.example/~m%20x/ravlin/app/ravlin.ver"_s;
+        QTest::newRow("path") << u"https://up.example/~m%20x//"_s
+                              << u"https://up.example/~m%20x/ravlin/app/ravlin.ver"_s;
         QTest::newRow("port") << u" http://127.0.0.1:80 "_s << u"http://127.0.0.1:80/ravlin/app/ravlin.ver"_s;
     }
     void theVersionFile()
@@ -49,8 +50,9 @@ private Q_SLOTS:
     void noAddress_data()
     {
         QTest::addColumn<QString>("address");
-        for (const char *address : {"", "up.example", "ftp://up.example", "file:///etc", "https://", "https://me:x@up.example",
-                 "https://up.example/?x", "https://up.example/#x", "javascript:x", "https://up example"})
+        for (const char *address :
+            {"", "up.example", "ftp://up.example", "file:///etc", "https://", "https://me:x@up.example",
+                "https://up.example/?x", "https://up.example/#x", "javascript:x", "https://up example"})
             QTest::newRow(address) << QString::fromLatin1(address);
     }
     void noAddress()

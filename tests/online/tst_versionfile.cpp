@@ -1,5 +1,5 @@
-// What the version file tells: its header, up to 51 records, and what is made of a file that is damaged or none. Versions
-// are compared as texts.
+// What the version file tells: its header, up to 51 records, and what is made of a file that is damaged or none.
+// Versions are compared as texts.
 #include "online/versionfile.h"
 
 #include <QTest>
@@ -28,10 +28,10 @@ private:
 private Q_SLOTS:
     void headerAndRecords()
     {
-        const VersionFile file =
-            VersionFile::parse("\"1.5.0\",\"unused\"\r\n\"setup.zip\",\"all, in one\",\"1.5.0\",\"files/setup.zip\",\"5\"\r\n"
-                               "\"help.pdf\",\"help\",\"1.4\",\"\",7\r\n")
-                .value();
+        const VersionFile file = VersionFile::parse(
+            "\"1.5.0\",\"unused\"\r\n\"setup.zip\",\"all, in one\",\"1.5.0\",\"files/setup.zip\",\"5\"\r\n"
+            "\"help.pdf\",\"help\",\"1.4\",\"\",7\r\n")
+                                     .value();
         QCOMPARE(file.version, u"1.5.0"_s);
         QCOMPARE(file.records.size(), 2U);
         QVERIFY((file.records[0] == VersionRecord{u"setup.zip"_s, u"all, in one"_s, u"1.5.0"_s, u"files/setup.zip"_s}));

@@ -33,7 +33,7 @@ enum class Serving
 
 struct Served
 {
-    QByteArray content;
+    QByteArray content = {};
     Serving way = Serving::Length;
     QByteArray goal = {};
     QByteArray status = {};
