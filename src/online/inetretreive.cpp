@@ -248,7 +248,7 @@ void InetRetreive::end(const UpdateResult<Downloaded> &outcome)
 {
     const Done done = std::move(m_done);
     cancel();
-    if (!outcome)
+    if (!outcome && outcome.error().kind == UpdateFailureKind::Web)
         Q_EMIT stateChanged(ConnectionState::Failed);
     if (done)
         done(outcome);

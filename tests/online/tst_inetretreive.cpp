@@ -243,8 +243,10 @@ private Q_SLOTS:
         QTest::addColumn<bool>("isDestroyed");
         for (const bool isDestroyed : {false, true}) {
             const char *end = isDestroyed ? "destroyed" : "cancelled";
-            QTest::addRow("before the answer, %s", end) << Serving::Silence << Serving::Length << qint64(0) << isDestroyed;
-            QTest::addRow("in the middle, %s", end) << Serving::Gated << Serving::Length << qint64(51200) << isDestroyed;
+            QTest::addRow("before the answer, %s", end)
+                << Serving::Silence << Serving::Length << qint64(0) << isDestroyed;
+            QTest::addRow("in the middle, %s", end)
+                << Serving::Gated << Serving::Length << qint64(51200) << isDestroyed;
             QTest::addRow("at the checksum, %s", end)
                 << Serving::Length << Serving::Silence << qint64(103424) << isDestroyed;
         }

@@ -1,5 +1,5 @@
-// The version file is fetched, kept under its fixed name and read from there; everything that is not a version file, late,
-// too long, sent elsewhere, refused, cut off or without a trusted certificate is a failure that says so.
+// The version file is fetched, kept under its fixed name and read from there; everything that is not a version file,
+// late, too long, sent elsewhere, refused, cut off or without a trusted certificate is a failure that says so.
 #include "online/updateaddress.h"
 #include "online/versioncheck.h"
 #include "support/cddbtest.h"
@@ -121,8 +121,10 @@ private Q_SLOTS:
         row("announces too much", Serving::Enormous, TooLarge);
         row("sends without end", Serving::Endless, TooLarge);
         QTest::newRow("not found") << Served{.way = Serving::Status, .status = "404 Not Found"} << HttpStatus;
-        QTest::newRow("server error")
-            << Served{.content = Version15, .way = Serving::Status, .status = "500 Internal Server Error"} << HttpStatus;
+        QTest::newRow("server error") << Served{.content = Version15,
+                                             .way = Serving::Status,
+                                             .status = "500 Internal Server Error"}
+                                      << HttpStatus;
         QTest::newRow("sends to nowhere") << Served{.way = Serving::Status, .status = "302 Found"} << InsecureRedirect;
         QTest::newRow("redirects for ever")
             << Served{.way = Serving::Redirect, .goal = "/ravlin/app/ravlin.ver"} << TooManyRedirects;

@@ -5,6 +5,7 @@
 #include "app/ui/program.h"
 #include "controls/ui/making.h"
 #include "controls/ui/wheelguard.h"
+#include "online/ui/mainform.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -29,8 +30,10 @@ namespace {
 
 constexpr int CaptionOptions = 31;
 constexpr int CaptionCancel = 60;
+constexpr int CaptionUpdate = 62;
 constexpr int CaptionServer = 75;
 constexpr int CaptionLanguage = 76;
+constexpr int CaptionCheck = 77;
 constexpr int CaptionRemember = 78;
 constexpr int CaptionSave = 84;
 /// The texts of the tag-save modes 1 to 5.
@@ -54,6 +57,7 @@ opciones::opciones(Program &program, QWidget *parent) : QDialog(parent), m_progr
     createLayout();
     load();
     connect(cidioma, &QComboBox::activated, this, &opciones::changeLanguage);
+    connect(upd, &QPushButton::clicked, this, &opciones::openUpdate);
     connect(m_ok, &QPushButton::clicked, this, &opciones::accept);
     connect(m_cancel, &QPushButton::clicked, this, &opciones::reject);
     cidioma->setFocus();
@@ -76,6 +80,9 @@ void opciones::createControls()
     tserver = named<QLineEdit>("tserver", freedb, defaults::Server.toString());
     lmail = named<QLabel>("lmail", freedb, QStringLiteral("email"));
     tmail = named<QLineEdit>("tmail", freedb, defaults::Mail.toString());
+    m_update = named<QGroupBox>("update", this, QStringLiteral("update"));
+    upd = named<QPushButton>("upd", m_update);
+    upd->setAutoDefault(false);
     m_ok = named<QPushButton>("ok", this, QStringLiteral("save"));
     m_ok->setDefault(true);
     m_cancel = named<QPushButton>("cancel", this, QStringLiteral("cancel"));
@@ -102,6 +109,9 @@ QWidget *opciones::createFirstPage()
     auto *freedbRows = new QFormLayout(freedb);
     freedbRows->addRow(lserver, tserver);
     freedbRows->addRow(lmail, tmail);
+    auto *updateRow = new QHBoxLayout(m_update);
+    updateRow->addWidget(upd);
+    updateRow->addStretch();
     for (QFormLayout *rows : {generalRows, freedbRows})
         rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
 
@@ -109,6 +119,7 @@ QWidget *opciones::createFirstPage()
     auto *rows = new QVBoxLayout(page);
     rows->addWidget(general);
     rows->addWidget(freedb);
+    rows->addWidget(m_update);
     rows->addStretch();
     return page;
 }
@@ -162,6 +173,8 @@ void opciones::applyCaptions()
     lserver->setText(captions.text(CaptionServer));
     lidioma->setText(captions.text(CaptionLanguage));
     opreme->setText(captions.text(CaptionRemember));
+    m_update->setTitle(captions.text(CaptionUpdate));
+    upd->setText(captions.text(CaptionCheck));
     m_ok->setText(captions.text(CaptionSave));
     m_cancel->setText(captions.text(CaptionCancel));
     for (QPushButton *button : {m_ok, m_cancel})
@@ -207,6 +220,13 @@ void opciones::accept()
     if (const Result<void> saved = m_program.settings.save(); !saved)
         showSaveError(saved.error().detail);
     QDialog::accept();
+}
+
+void opciones::openUpdate()
+{
+    auto *window = new mainform({m_program.settings, m_program.captions, m_program.fileSystem}, this);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->open();
 }
 
 void opciones::showSaveError(const QString &detail)

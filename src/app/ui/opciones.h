@@ -17,7 +17,7 @@ struct Program;
 
 /// The options dialog: what the interface speaks, which tags a save writes, whether the last folder is opened again,
 /// and how a CD database is asked; on a second page what furtheroptions has. It reads the settings when it is made and
-/// writes them when it is accepted (button ok).
+/// writes them when it is accepted (button ok). Its button upd opens the window that looks for a new version.
 ///
 /// A choice of language takes effect at once, for this dialog's own texts and for windows that apply their captions
 /// later; without ok it lasts until the program ends. The tag-save mode shown is then the stored one again.
@@ -42,6 +42,7 @@ private:
     void applyCaptions();
     void showStoredMode();
     void storeChoices();
+    void openUpdate();
     void showSaveError(const QString &detail);
 
     Program &m_program;
@@ -58,6 +59,8 @@ private:
     QLineEdit *tserver = nullptr;
     QLabel *lmail = nullptr;
     QLineEdit *tmail = nullptr;
+    QGroupBox *m_update = nullptr; ///< update
+    QPushButton *upd = nullptr;
     QPushButton *m_ok = nullptr;     ///< ok
     QPushButton *m_cancel = nullptr; ///< cancel
 };

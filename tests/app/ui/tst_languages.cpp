@@ -15,6 +15,7 @@
 #include "naming/ui/patterneditor.h"
 #include "online/ufreedb.h"
 #include "online/ui/freedb.h"
+#include "online/ui/mainform.h"
 #include "online/ui/matchdialog.h"
 #include "tags/tageditor.h"
 #include "tags/ui/fakepageowner.h"
@@ -28,6 +29,7 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QTabBar>
+#include <QTcpServer>
 #include <QTimer>
 
 #include <algorithm>
@@ -48,6 +50,15 @@ struct WindowMaker
     /// Texts of this window that are the same in every language.
     QStringList fixed = {};
 };
+
+/// What is told of a connection is the same in every language.
+QStringList connectionStates()
+{
+    QStringList texts;
+    for (int number = 0; number <= int(ConnectionState::ResponseComplete); ++number)
+        texts << connectionStateText(static_cast<ConnectionState>(number));
+    return texts;
+}
 
 /// Every window of the program. A new one is a line here.
 QList<WindowMaker> windowMakers()
@@ -95,6 +106,15 @@ QList<WindowMaker> windowMakers()
                 return new MatchDialog(program.captions, database, {}, nullptr);
             }},
         {u"patternEditor"_s, [](Program &program) { return new PatternEditor(program.settings, program.captions); }},
+        {u"mainform"_s,
+            [](Program &program) {
+                static QTcpServer silent; // never answers, outlives all windows
+                if (!silent.isListening() && !silent.listen(QHostAddress::LocalHost))
+                    qFatal("no port to listen on");
+                const QString address = u"http://127.0.0.1:%1"_s.arg(silent.serverPort());
+                return new mainform({program.settings, program.captions, program.fileSystem, address});
+            },
+            {}, connectionStates()},
         {u"frmAbout"_s, [](Program &program) { return new frmAbout(program.captions); }, {},
             {u"ravlin!"_s, u"version "_s + QStringLiteral(RAVLIN_VERSION), u"TagLib"_s, u"freedb"_s,
                 u"https://taglib.org/"_s, u"https://gnudb.org/"_s, defaults::WebSite.toString(),

@@ -5,6 +5,8 @@
 #include "app/settings.h"
 #include "app/ui/opciones.h"
 #include "app/ui/program.h"
+#include "support/cddbtest.h"
+#include "support/updateserver.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -16,6 +18,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
@@ -28,6 +31,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
+using namespace ravlin::test;
 
 class tst_opciones : public QObject
 {
@@ -105,7 +109,11 @@ private:
     }
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(!qEnvironmentVariable("XDG_CONFIG_HOME").isEmpty()); }
+    void initTestCase()
+    {
+        QVERIFY(!qEnvironmentVariable("XDG_CONFIG_HOME").isEmpty());
+        leaveProxiesOut();
+    }
     void init() { QFile::remove(Settings::defaultPath()); }
     void cleanup()
     {
@@ -147,18 +155,20 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("modes");
         QTest::newRow("english") << u"english"_s
                                  << QStringList{u"options"_s, u"lenguage"_s, u"remember last directory"_s, u"server"_s,
-                                        u"save"_s, u"cancel"_s}
+                                        u"save"_s, u"cancel"_s, u"ravlin! update"_s, u"check for new version"_s}
                                  << QStringList{u"save id3v1 only"_s, u"save id3v2 only"_s, u"save id3v1 and id3v2"_s,
                                         u"save id3v1 and remove id3v2"_s, u"save id3v2 and remove id3v1"_s};
         QTest::newRow("spanish") << u"spanish"_s
                                  << QStringList{u"opciones"_s, u"lenguaje"_s, u"recuerda último directorio"_s,
-                                        u"servidor"_s, u"guardar"_s, u"cancelar"_s}
+                                        u"servidor"_s, u"guardar"_s, u"cancelar"_s, u"actualización de ravlin!"_s,
+                                        u"buscar nueva version"_s}
                                  << QStringList{u"guarda solo id3v1"_s, u"guarda solo id3v2"_s,
                                         u"guarda id3v1 y id3v2"_s, u"guarda id3v1 y borra id3v2"_s,
                                         u"guarda id3v2 y borra id3v1"_s};
         QTest::newRow("french") << u"french"_s
                                 << QStringList{u"options"_s, u"langue"_s, u"se souvenir de ce répertoire"_s,
-                                       u"serveur"_s, u"sauvegarder"_s, u"annuler"_s}
+                                       u"serveur"_s, u"sauvegarder"_s, u"annuler"_s, u"mise à jour ravlin!"_s,
+                                       u"chercher nouvelle version"_s}
                                 << QStringList{u"sauvegarder tag id3v1 uniquement"_s,
                                        u"sauvegarder tag id3v2 uniquement"_s, u"sauvegarder tags id3v1 et id3v2"_s,
                                        u"sauvegarder tag id3v1 et supprimer tag id3v2"_s,
@@ -170,7 +180,8 @@ private Q_SLOTS:
         open();
         chooseLanguage(language);
         const QStringList texts{m_dialog->windowTitle(), label(u"lidioma"_s), opreme()->text(), label(u"lserver"_s),
-            control<QPushButton>(u"ok"_s)->text(), control<QPushButton>(u"cancel"_s)->text()};
+            control<QPushButton>(u"ok"_s)->text(), control<QPushButton>(u"cancel"_s)->text(),
+            control<QGroupBox>(u"update"_s)->title(), control<QPushButton>(u"upd"_s)->text()};
         QTEST(texts, "texts");
         QTEST(modes(), "modes");
         QCOMPARE(label(u"Label1"_s), u"tags"_s);
@@ -381,7 +392,7 @@ private Q_SLOTS:
             way << QApplication::focusWidget()->objectName();
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         } while (QApplication::focusWidget() != list(u"cidioma"_s) && way.size() < 20);
-        QCOMPARE(way.join(u' '), u"cidioma ctags opreme tserver tmail ok cancel qt_tabwidget_tabbar"_s);
+        QCOMPARE(way.join(u' '), u"cidioma ctags opreme tserver tmail upd ok cancel qt_tabwidget_tabbar"_s);
     }
 
     void enterInATextBoxSaves()
@@ -418,6 +429,25 @@ private Q_SLOTS:
                 QCOMPARE(buddy->accessibleName(), label(name));
             }
         }
+    }
+
+    void updOpensTheUpdateWindowAndTheOptionsStayOpenBeneath()
+    {
+        UpdateServer server;
+        server.serveVersionFile({}, Serving::Silence);
+        qputenv("RAVLIN_UPDATE_URL", server.origin().toLatin1());
+        open();
+        control<QPushButton>(u"upd"_s)->click();
+        qunsetenv("RAVLIN_UPDATE_URL");
+        QPointer<QDialog> window = control<QDialog>(u"mainform"_s);
+        QVERIFY(window->isVisible());
+        QVERIFY(window->isModal());
+        QVERIFY(m_dialog->isVisible());
+        QTRY_COMPARE_WITH_TIMEOUT(server.requests(), QByteArrayList{"/ravlin/app/ravlin.ver"}, PatientWait);
+        window->close();
+        QTRY_VERIFY_WITH_TIMEOUT(!window, PatientWait);
+        QTRY_COMPARE_WITH_TIMEOUT(server.openConnections(), 0, PatientWait);
+        QVERIFY(m_dialog->isVisible());
     }
 
     void nothingIsCutOffInAnyLanguage()
