@@ -281,6 +281,8 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::NameWebSite, {u"web site", u"sitio web", u"site web"}},
     {Text::NameMail, {u"e-mail to the authors", u"correo a los autores", u"courriel aux auteurs"}},
     {Text::TipWriteMail, {u"write to the authors", u"escribe a los autores", u"écrire aux auteurs"}},
+    {Text::AboutGuide, {u"user guide", u"guía del usuario", u"guide de l'utilisateur"}},
+    {Text::TipGuide, {u"read how everything is done", u"lee cómo se hace cada cosa", u"lire comment tout se fait"}},
     // Names of the window's parts for who can't see them.
     {Text::NameToolbar, {u"toolbar", u"barra de herramientas", u"barre d'outils"}},
     {Text::NameFolders, {u"folders", u"carpetas", u"dossiers"}},

@@ -135,6 +135,8 @@ enum class Text
     NameWebSite,
     NameMail,
     TipWriteMail,
+    AboutGuide,
+    TipGuide,
     NameToolbar,
     NameFolders,
     NameSplitter,

@@ -87,7 +87,7 @@ class Options(EndToEndTest):
         program.key_until("Escape", lambda: program.seen("dialog", "options") is None, "the end of the options")
         program.enter("frame", "ravlin!")
         program.again_until(lambda: program.desktop.key("F1"), lambda: program.seen("dialog", "info"), "the about box")
-        for name in ("web site", "e-mail to the authors", "TagLib", "freedb", "ok"):
+        for name in ("web site", "e-mail to the authors", "TagLib", "freedb", "user guide", "ok"):
             program.wait_for("push button", name)
         program.enter("dialog", "info")
         program.key_until("Return", lambda: program.seen("dialog", "info") is None, "the end of the about box")

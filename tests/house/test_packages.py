@@ -112,7 +112,7 @@ class PackagesTest(unittest.TestCase):
             if not fields:
                 continue
             self.assertEqual(len(fields), 2, line)
-            self.assertIn(fields[0], ("run", "test", "check", "bench", "fuzz", "package", "guide"))
+            self.assertIn(fields[0], ("run", "test", "check", "bench", "fuzz", "package", "guide", "windows"))
             self.assertRegex(fields[1], r"^[a-z0-9][a-z0-9+.-]+$")
             self.assertNotIn(fields[1], seen)
             seen.add(fields[1])

@@ -1,5 +1,6 @@
 #include "controls/ui/frmabout.h"
 
+#include "app/guide.h"
 #include "app/idiomas.h"
 #include "app/options.h"
 #include "controls/ui/icons.h"
@@ -59,8 +60,9 @@ void frmAbout::openBySystem(const QUrl &address)
     QDesktopServices::openUrl(address);
 }
 
-frmAbout::frmAbout(const Captions &captions, QWidget *parent, OpenAddress openAddress)
-    : QDialog(parent), m_captions(captions), m_openAddress(std::move(openAddress))
+frmAbout::frmAbout(const Captions &captions, QWidget *parent, OpenAddress openAddress, const QString &programFolder)
+    : QDialog(parent), m_captions(captions), m_openAddress(std::move(openAddress)),
+      m_guidePage(guidePage(programFolder, captions.languageName()))
 {
     setObjectName(QStringLiteral("frmAbout"));
     createControls();
@@ -87,6 +89,9 @@ void frmAbout::createControls()
     m_libraries = named<QLabel>("libraries", this);
     Pic = logo("Pic", QStringLiteral("TagLib"), TagLibrarySite, this);
     Picture1 = logo("Picture1", QStringLiteral("freedb"), DatabaseSite, this);
+    m_guide = named<QPushButton>("guide", this);
+    m_guide->setAutoDefault(false);
+    m_guide->setVisible(!m_guidePage.isEmpty());
     cmdOK = named<QPushButton>("cmdOK", this, QStringLiteral("aceptar"));
     cmdOK->setDefault(true);
     for (QLabel *label : {lblDisclaimer, Label3, m_libraries}) {
@@ -118,6 +123,7 @@ void frmAbout::createLayout()
     foot->addWidget(Pic);
     foot->addWidget(Picture1);
     foot->addStretch();
+    foot->addWidget(m_guide);
     foot->addWidget(cmdOK);
     auto *rows = new QVBoxLayout(this);
     rows->addLayout(upper);
@@ -134,6 +140,7 @@ void frmAbout::connectControls()
     };
     opens(Label1, QUrl(Label1->text()));
     opens(Label2, QUrl(QStringLiteral("mailto:") + Label2->text()));
+    opens(m_guide, QUrl::fromLocalFile(m_guidePage));
     opens(Pic, QUrl(TagLibrarySite.toString()));
     opens(Picture1, QUrl(DatabaseSite.toString()));
 }
@@ -149,6 +156,8 @@ void frmAbout::applyCaptions()
     Label2->setToolTip(m_captions.text(Text::TipWriteMail));
     Label3->setText(m_captions.text(Text::AboutThanks));
     m_libraries->setText(m_captions.text(Text::AboutLibraries) + QStringLiteral(": ") + libraries());
+    m_guide->setText(m_captions.text(Text::AboutGuide));
+    m_guide->setToolTip(m_captions.text(Text::TipGuide));
     cmdOK->setText(m_captions.text(CaptionOk));
 }
 

@@ -5,12 +5,16 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
@@ -22,14 +26,25 @@ class tst_frmabout : public QObject
 private:
     Captions m_captions;
     QList<QUrl> m_opened;
+    QTemporaryDir m_programFolder;
     std::unique_ptr<frmAbout> m_box;
 
     void open(const QString &language)
     {
         m_captions.setLanguageName(language);
         m_captions.fill();
-        m_box = std::make_unique<frmAbout>(m_captions, nullptr, [this](const QUrl &address) { m_opened << address; });
+        m_box = std::make_unique<frmAbout>(
+            m_captions, nullptr, [this](const QUrl &address) { m_opened << address; }, m_programFolder.path());
         m_box->show();
+    }
+    QString guideIn(const QString &code) const
+    {
+        return m_programFolder.filePath(u"guide/"_s + code + u"/index.html"_s);
+    }
+    void installGuide(const QString &code) const
+    {
+        QFile page(guideIn(code));
+        QVERIFY(QDir(m_programFolder.path()).mkpath(u"guide/"_s + code) && page.open(QIODevice::WriteOnly));
     }
     template <typename Control>
     Control *control(const QString &name) const
@@ -43,7 +58,11 @@ private:
 
 private Q_SLOTS:
     void init() { m_opened.clear(); }
-    void cleanup() { m_box.reset(); }
+    void cleanup()
+    {
+        m_box.reset();
+        QVERIFY(QDir(m_programFolder.filePath(u"guide"_s)).removeRecursively());
+    }
 
     void theTitleIsEntry32()
     {
@@ -89,14 +108,38 @@ private Q_SLOTS:
         QVERIFY(!control<QAbstractButton>(u"Picture1"_s)->icon().isNull());
     }
 
-    void theKeyboardOpensThemToo()
+    void theGuideIsOpenedInTheLanguageThatIsSpoken()
+    {
+        const std::tuple<QString, QString, QString> languages[] = {{u"english"_s, u"en"_s, u"user guide"_s},
+            {u"spanish"_s, u"es"_s, u"guía del usuario"_s}, {u"french"_s, u"fr"_s, u"guide de l'utilisateur"_s}};
+        for (const auto &[language, code, text] : languages)
+            installGuide(code);
+        for (const auto &[language, code, text] : languages) {
+            m_opened.clear();
+            open(language);
+            QVERIFY(control<QPushButton>(u"guide"_s)->isVisible());
+            QCOMPARE(control<QPushButton>(u"guide"_s)->text(), text);
+            click(u"guide"_s);
+            QCOMPARE(m_opened, QList<QUrl>{QUrl::fromLocalFile(guideIn(code))});
+        }
+    }
+
+    void aGuideThatIsNotInstalledIsNotOffered()
     {
         open(u"english"_s);
-        for (const QString &name : {u"Label1"_s, u"Label2"_s, u"Pic"_s, u"Picture1"_s}) {
+        QVERIFY(!control<QPushButton>(u"guide"_s)->isVisible());
+        QVERIFY(control<QPushButton>(u"cmdOK"_s)->isVisible());
+    }
+
+    void theKeyboardOpensThemToo()
+    {
+        installGuide(u"en"_s);
+        open(u"english"_s);
+        for (const QString &name : {u"Label1"_s, u"Label2"_s, u"Pic"_s, u"Picture1"_s, u"guide"_s}) {
             control<QAbstractButton>(name)->setFocus();
             QTest::keyClick(control<QAbstractButton>(name), Qt::Key_Space);
         }
-        QCOMPARE(m_opened.size(), 4);
+        QCOMPARE(m_opened.size(), 5);
         QVERIFY(m_box->isVisible());
     }
 
