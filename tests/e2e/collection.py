@@ -8,6 +8,10 @@ FRAME = b"\xff\xfb\x90\x64" + bytes(413)  # silence: MPEG-1 layer III, 128 kbit/
 AUDIO = FRAME * 40
 
 
+CD_FRAMES = 75  # a second
+CD_HEADER = b"\xff\xe3\x18\xc4"  # MPEG-2.5 layer III, 8 kbit/s, 8,000 Hz, mono: 72 bytes, 576 samples
+
+
 class Song(NamedTuple):
     title: str = ""
     artist: str = ""
@@ -41,6 +45,17 @@ def make_file(path, song=None, v1=False, v2=True):
         with open(path, "ab") as file:
             file.write(id3v1(song))
     return path
+
+
+def make_cd_tracks(folder, marks):
+    """Files 01.mp3, 02.mp3 ... that play as long as the tracks of a CD between those frames, and tell their padding."""
+    for number, (start, end) in enumerate(zip(marks, marks[1:]), 1):
+        samples = (end - start) * 8000 // CD_FRAMES
+        count = -(-samples // 576)
+        padding = count * 576 - samples
+        info = CD_HEADER + bytes(9) + b"Info" + bytes(4) + b"LAME3.100" + bytes(13) + padding.to_bytes(2, "big")
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / f"{number:02}.mp3").write_bytes(info.ljust(72, b"\0") + CD_HEADER.ljust(72, b"\0") * count)
 
 
 def id3v1(song):

@@ -85,8 +85,8 @@ class Program:
     def tree(self):
         return self.wait_for("tree", "folders")
 
-    def text_of(self, name):
-        return self.wait_for("text", name).text
+    def text_of(self, name, inside=None):
+        return self.wait_for("text", name, inside).text
 
     def status(self):
         """The texts of the two status panels."""
@@ -143,15 +143,15 @@ class Program:
         """Strikes keys, several with blanks between them, until it shows."""
         self.again_until(lambda: self.desktop.key(*keys.split()), condition, what)
 
-    def focus(self, role, name):
-        node = self.wait_for(role, name)
+    def focus(self, role, name, inside=None):
+        node = self.wait_for(role, name, inside)
         self.again_until(lambda: self.click(node), lambda: "focused" in node.states,
                          f"the focus on {role} '{name}'")
         return node
 
-    def fill(self, name, text):
+    def fill(self, name, text, inside=None):
         """Types a text into a text box, in the place of what is there; what no key types goes over the bus."""
-        box = self.focus("text", name)
+        box = self.focus("text", name, inside)
 
         def write():
             self.desktop.key("ctrl+a")
@@ -210,11 +210,14 @@ class Program:
         header = next(node for node in self.list.children[:8] if node.name == name)
         self.again_until(lambda: self.click(header), lambda: self.file_rows() == rows, f"the order {rows}")
 
-    def drag_row(self, number, to):
-        """Drops a row in front of another, or behind the last, and waits for the new order."""
-        table = self.list
+    def drag_row(self, number, to, table=None):
+        """Drops a row in front of another, or behind the last, and waits for the new order.
+
+        table: where it is not the file list.
+        """
+        table = table or self.list
         left, top, width, height = table.cell(number).extents
-        rows = self.file_rows()
+        rows = self.file_rows(table)
         below = to >= len(rows)
         edge = table.cell(to - 1 if below else to).extents
         goal = edge[1] + edge[3] + 2 if below else edge[1]
@@ -224,10 +227,10 @@ class Program:
         rows.insert(to if to < number else to - 1, rows.pop(number))
 
         def drag():
-            if self.file_rows() == former:
+            if self.file_rows(table) == former:
                 self.desktop.drag((x, start), (x, (start + goal) // 2), (x, goal))
 
-        self.again_until(drag, lambda: self.file_rows() == rows, f"the order {rows}")
+        self.again_until(drag, lambda: self.file_rows(table) == rows, f"the order {rows}")
         self.desktop.park_pointer()
 
     def folder_item(self, name):

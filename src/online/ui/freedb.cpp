@@ -200,6 +200,7 @@ void freedb::connectControls()
     connect(m_fields, &DiscFieldsBox::edited, this, &freedb::showStatus);
     for (const RowList *list : {archivo, correlacion})
         connect(list, &RowList::orderChanged, this, &freedb::compareTimes);
+    RowList::scrollTogether(archivo, correlacion);
 }
 
 void freedb::connectLookup()

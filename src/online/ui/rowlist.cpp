@@ -1,11 +1,13 @@
 #include "online/ui/rowlist.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 
 #include <algorithm>
 
@@ -15,7 +17,21 @@ namespace {
 
 constexpr int DropMarkThickness = 2; ///< pixels
 constexpr int DropMarkArrow = 6;     ///< pixels that the arrow at the mark's beginning is long
+constexpr int RoomBetweenRows = 2;   ///< pixels
 constexpr int ScrollInterval = 50;   ///< milliseconds between two rows while a drag is held beyond the edge
+
+/// Makes a row with a sign as high as one without: rows of the two lists face each other.
+class EvenRows final : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
+    {
+        const int height = std::max(option.fontMetrics.height(), option.decorationSize.height());
+        return {QStyledItemDelegate::sizeHint(option, index).width(), height + RoomBetweenRows};
+    }
+};
 
 } // namespace
 
@@ -24,6 +40,7 @@ RowList::RowList(const char *name, int wideColumn, QWidget *parent)
 {
     setObjectName(QLatin1String(name));
     setModel(m_model);
+    setItemDelegate(new EvenRows(this));
     setRootIsDecorated(false);
     setItemsExpandable(false);
     setUniformRowHeights(true);
@@ -35,9 +52,38 @@ RowList::RowList(const char *name, int wideColumn, QWidget *parent)
     header()->setStretchLastSection(false);
     header()->setSectionsMovable(false);
     header()->setHighlightSections(false);
+    fitIcons();
     connect(m_model, &QAbstractItemModel::rowsMoved, this, &RowList::orderChanged);
     connect(m_model, &QAbstractItemModel::modelReset, this, &RowList::orderChanged);
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &RowList::selectionEdited);
+}
+
+void RowList::fitIcons()
+{
+    setIconSize(QSize(fontMetrics().height(), fontMetrics().height()));
+}
+
+void RowList::changeEvent(QEvent *event)
+{
+    QTreeView::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        fitIcons();
+}
+
+void RowList::scrollTogether(RowList *one, RowList *other)
+{
+    connect(one->verticalScrollBar(), &QScrollBar::valueChanged, other, [one, other] { other->follow(one); });
+    connect(other->verticalScrollBar(), &QScrollBar::valueChanged, one, [one, other] { one->follow(other); });
+}
+
+/// A list that has fewer rows goes as far as it can, and does not pull the other one back.
+void RowList::follow(const RowList *other)
+{
+    if (other->m_isFollowing)
+        return;
+    m_isFollowing = true;
+    verticalScrollBar()->setValue(other->verticalScrollBar()->value());
+    m_isFollowing = false;
 }
 
 void RowList::setHeaderTexts(const QStringList &texts)

@@ -28,6 +28,8 @@ public:
 
     /// What dropping a row there does; see RowListModel::moveTo.
     void moveRowTo(int row, int position);
+    /// From now on the two lists show the same rows side by side: who scrolls one, scrolls the other.
+    static void scrollTogether(RowList *one, RowList *other);
 
 Q_SIGNALS:
     /// The rows stand in another order, or are others.
@@ -35,6 +37,7 @@ Q_SIGNALS:
     void selectionEdited();
 
 protected:
+    void changeEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
@@ -45,6 +48,8 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    void fitIcons();
+    void follow(const RowList *other);
     bool isDragging() const { return m_dropPosition >= 0; }
     int positionAt(int y) const;
     int rowTop(int row) const;
@@ -54,7 +59,8 @@ private:
 
     RowListModel *const m_model;
     int m_wideColumn;
-    int m_pressedRow = -1; ///< under the left button
+    bool m_isFollowing = false; ///< the other list's scrolling
+    int m_pressedRow = -1;      ///< under the left button
     bool m_mayDrag = false;
     QPoint m_pressPosition;
     QItemSelection m_selectionBefore; ///< the press, which a drag gives back

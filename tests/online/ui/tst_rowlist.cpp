@@ -3,6 +3,7 @@
 
 #include "online/ui/lookupfixture.h"
 
+#include <QScrollBar>
 #include <QSignalSpy>
 
 using namespace ravlin;
@@ -134,6 +135,42 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(m_list->indexAt({5, 5}).row() > 3, PatientWait);
         QTest::mouseRelease(m_list->viewport(), Qt::LeftButton, {}, QPoint(20, 20));
         QVERIFY(column(m_list.get(), 0).indexOf(u"0"_s) > 3);
+    }
+
+    void aRowWithARemarkIsAsHighAsTheOthers()
+    {
+        const int height = m_list->visualRect(m_list->model()->index(0, 0)).height();
+        QPixmap sign(64, 64);
+        sign.fill(Qt::red);
+        m_list->rows().setRemarkIcon(QIcon(sign));
+        m_list->rows().setRemark(0, u"odd"_s);
+        m_list->doItemsLayout();
+        QCOMPARE(m_list->visualRect(m_list->model()->index(0, 0)).height(), height);
+    }
+
+    void twoListsScrollTogether()
+    {
+        RowList other("other", 0, nullptr);
+        other.setHeaderTexts({u"name"_s, u"time"_s});
+        for (const auto &[list, count] : {std::pair(m_list.get(), 100), std::pair(&other, 60)}) {
+            std::vector<ListedLine> lines;
+            for (int id = 0; id < count; ++id)
+                lines.push_back({id, {QString::number(id), {}}, {}});
+            list->rows().setLines(lines);
+            list->resize(200, 200);
+            list->show();
+        }
+        RowList::scrollTogether(m_list.get(), &other);
+        const auto topRow = [](const RowList &list) { return list.indexAt({5, 5}).row(); };
+        m_list->verticalScrollBar()->setValue(30);
+        QCOMPARE(topRow(*m_list), 30);
+        QCOMPARE(topRow(other), 30);
+        other.verticalScrollBar()->setValue(7);
+        QCOMPARE(topRow(*m_list), 7);
+        // The shorter one goes as far as it can and holds the longer one not back.
+        m_list->verticalScrollBar()->setValue(80);
+        QCOMPARE(topRow(*m_list), 80);
+        QCOMPARE(other.verticalScrollBar()->value(), other.verticalScrollBar()->maximum());
     }
 
     void aSmallMoveOfAClickIsNoDrag()
