@@ -45,7 +45,7 @@ void ElidedLabel::changeEvent(QEvent *event)
 void ElidedLabel::elide()
 {
     setText(fontMetrics().elidedText(m_fullText, Qt::ElideMiddle, contentsRect().width()));
-    setToolTip(text() == m_fullText ? QString() : m_fullText.toHtmlEscaped());
+    setToolTip(text() == m_fullText ? QString() : QStringLiteral("<qt>%1</qt>").arg(m_fullText.toHtmlEscaped()));
 }
 
 } // namespace ravlin

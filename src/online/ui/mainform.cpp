@@ -81,7 +81,7 @@ QTreeWidgetItem *itemOf(const VersionRecord &record)
 {
     auto *item = new QTreeWidgetItem({record.fileName, QString(), record.description, record.version});
     for (const Column column : {FileColumn, DescriptionColumn, VersionColumn})
-        item->setToolTip(column, item->text(column).toHtmlEscaped());
+        item->setToolTip(column, u"<qt>%1</qt>"_s.arg(item->text(column).toHtmlEscaped()));
     return item;
 }
 
