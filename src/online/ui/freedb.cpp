@@ -322,6 +322,10 @@ void freedb::tick()
 void freedb::measure()
 {
     m_hasBegun = true;
+    if (m_paths.isEmpty()) {
+        endLookup(m_context.captions.text(Text::HintNoFile));
+        return;
+    }
     if (m_paths.size() > MaximumTracks) {
         if (m_queriesOnceMeasured)
             tellFailure({LookupFailureKind::BadContents,
@@ -357,8 +361,7 @@ void freedb::showMeasuring()
 {
     if (!m_queriesOnceMeasured)
         return; // another search has taken the query's place
-    if (!m_paths.isEmpty())
-        pb->setValue(WholeProgress * m_measured / static_cast<int>(m_paths.size()));
+    pb->setValue(WholeProgress * m_measured / static_cast<int>(m_paths.size()));
     m_status = m_context.captions.text(Text::LookupMeasuring).arg(m_measured).arg(m_paths.size());
     showStatus();
 }
