@@ -149,9 +149,10 @@ Result<bool> canTakeOwner(TemporaryFile &temporary, const RewriteTarget &target)
     return taken.has_value();
 }
 
-/// False, with nothing done, when the new file could not be given the original's owner.
-Result<bool> tryReplace(
-    FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
+/// False, with nothing done, when the new file could not be given the original's owner. The original is closed before
+/// it is replaced: some of Windows' file systems refuse that to an open file.
+Result<bool> tryReplace(FileSystem &fileSystem, const RewriteTarget &target, std::unique_ptr<File> &original,
+    const NewContent &content, const WriteOptions &options)
 {
     auto temporary = TemporaryFile::create(fileSystem, folderOf(target.path));
     if (!temporary)
@@ -165,12 +166,13 @@ Result<bool> tryReplace(
     const auto now = expectState(fileSystem.info(target.path), target.info);
     if (!now)
         return tl::unexpected(now.error());
+    original.reset();
     // The folder is not synced: after a power cut it names the old file or the new one, both of
     // them whole.
     return temporary->moveTo(target.path).map([] { return true; });
 }
 
-Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path, const Original &original,
+Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path, Original &original,
     const NewContent &content, const WriteOptions &options)
 {
     const auto canonical = fileSystem.canonicalPath(path);
@@ -178,7 +180,7 @@ Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path,
         return tl::unexpected(canonical.error());
     const RewriteTarget target{*canonical, *original.file, original.info};
     if (original.info.linkCount <= 1) {
-        const auto replaced = tryReplace(fileSystem, target, content, options);
+        const auto replaced = tryReplace(fileSystem, target, original.file, content, options);
         if (!replaced)
             return tl::unexpected(replaced.error());
         if (*replaced)

@@ -23,14 +23,22 @@ QString pathFrom(Call call)
 
 QString specialFolder(int number)
 {
+    QString path;
     PIDLIST_ABSOLUTE list = nullptr;
-    if (FAILED(::SHGetSpecialFolderLocation(nullptr, number, &list)))
-        return {};
-    const QString path = pathFrom([list](wchar_t *buffer, UINT size) {
-        return ::SHGetPathFromIDListEx(list, buffer, size, GPFIDL_DEFAULT) ? static_cast<UINT>(std::wcslen(buffer)) : 0;
-    });
-    ::CoTaskMemFree(list);
-    return path;
+    if (SUCCEEDED(::SHGetSpecialFolderLocation(nullptr, number, &list))) {
+        path = pathFrom([list](wchar_t *buffer, UINT size) {
+            const BOOL found = ::SHGetPathFromIDListEx(list, buffer, size, GPFIDL_DEFAULT);
+            return found ? static_cast<UINT>(std::wcslen(buffer)) : 0;
+        });
+        ::CoTaskMemFree(list);
+    }
+    if (!path.isEmpty())
+        return path;
+    // One that is not there yet has a path all the same.
+    std::array<wchar_t, MAX_PATH> told{};
+    const HRESULT outcome =
+        ::SHGetFolderPathW(nullptr, number | CSIDL_FLAG_DONT_VERIFY, nullptr, SHGFP_TYPE_CURRENT, told.data());
+    return SUCCEEDED(outcome) ? fromWide(told.data()) : QString();
 }
 
 QString windowsFolder()

@@ -198,9 +198,16 @@ Result<WriteOutcome> TagObject::write(const Content &content, const WriteOptions
         return tl::unexpected(withPath(content.error(), m_path));
     if (!*content)
         return WriteOutcome::Unchanged;
+    m_file.reset(); // some of Windows' file systems don't replace a file that is open
     Result<WriteOutcome> outcome = platform::rewriteFile(m_fileSystem, m_path, m_info, **content, options);
-    if (outcome && *outcome != WriteOutcome::Unchanged)
+    if (outcome && *outcome != WriteOutcome::Unchanged) {
         Close(); // what was parsed is no longer what the file holds
+        return outcome;
+    }
+    if (auto reopened = m_fileSystem.open(m_path, platform::OpenMode::Read); reopened)
+        m_file = std::move(*reopened);
+    else
+        Close();
     return outcome;
 }
 

@@ -3,6 +3,7 @@
 #include "files/renaming.h"
 #include "platform/scratchfolder.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QMap>
 
@@ -36,7 +37,7 @@ public:
         m_folder.write(name, "audio of " + name.toUtf8());
     }
     QString path(const QString &name) const { return m_folder.path(name); }
-    QString path() const { return m_folder.path(); }
+    QString path() const { return QDir::toNativeSeparators(m_folder.path()); }
 
     /// Present names with the first ones of the files that bear them; names in folders with their folder.
     QMap<QString, QString> files() const

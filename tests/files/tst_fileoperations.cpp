@@ -5,6 +5,7 @@
 
 #include "support/filetree.h"
 
+#include <QDir>
 #include <QTest>
 
 using namespace ravlin;
@@ -80,7 +81,7 @@ private Q_SLOTS:
     void theNearestFolderThatIsLeft();
 
 private:
-    QString in(const QString &name) const { return m_folder->filePath(name); }
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     QString list(const QStringList &names) const { return sourceList(m_folder->path() + u'/', names); }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -35,7 +35,7 @@ private:
     TagStore m_store{m_state, platform::FileSystem::native()};
     NoProgress m_progress;
 
-    QString at(const QString &name) const { return m_folder->path() + u'/' + name; }
+    QString at(const QString &name) const { return QDir::toNativeSeparators(m_folder->path() + u'/' + name); }
     QString addFile(const QString &name, const QString &title) const
     {
         return writeFile(m_folder->path(), name, id3v2(3, textFrame(3, "TIT2", title)) + audio());

@@ -24,7 +24,7 @@ class TestFolderScan : public QObject
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
 
-    QString root() const { return m_folder->path() + u'/'; }
+    QString root() const { return QDir::toNativeSeparators(m_folder->path() + u'/'); }
     void make(const QString &name, const QByteArray &content = audio(1)) const
     {
         QDir(root()).mkpath(QFileInfo(root() + name).path());

@@ -7,6 +7,7 @@
 
 #include "support/filetree.h"
 
+#include <QDir>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -40,8 +41,8 @@ private Q_SLOTS:
     void noPlaylistsNothingDeleted();
 
 private:
-    QString folder() const { return m_folder->path() + u'/'; }
-    QString in(const QString &name) const { return m_folder->filePath(name); }
+    QString folder() const { return QDir::toNativeSeparators(m_folder->path() + u'/'); }
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     static TagRecord record(const QString &artist, const QString &album)
     {
         TagRecord record;

@@ -50,7 +50,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
     TagCache m_cache;
 
-    QString root() const { return m_folder->path() + u'/'; }
+    QString root() const { return QDir::toNativeSeparators(m_folder->path() + u'/'); }
     QString make(const QString &name, const QByteArray &title) const
     {
         return writeFile(m_folder->path(), name, mp3(title));

@@ -5,6 +5,7 @@
 
 #include "support/filetree.h"
 
+#include <QDir>
 #include <QTest>
 
 #include <fcntl.h>
@@ -51,7 +52,7 @@ private Q_SLOTS:
 private:
     static void kinds();
     static void drives();
-    QString in(const QString &name) const { return m_folder->filePath(name); }
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     QString target() const;
     TransferReport run(TransferKind kind, const QStringList &sources, const QString &folder,
         const ClashChooser &choose = nobodyAsked, const TransferOptions &options = {});

@@ -7,6 +7,7 @@
 #include "support/faultyfilesystem.h"
 #include "support/mounteddrive.h"
 
+#include <QDir>
 #include <QTest>
 
 #include <sys/wait.h>
@@ -37,7 +38,7 @@ private Q_SLOTS:
 private:
     static constexpr int FileCount = 6;
 
-    QString in(const QString &name) const { return m_folder->filePath(name); }
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     QString source(int number) const { return in(u"from/%1.mp3"_s.arg(number)); }
     static QByteArray content(int number) { return pattern(70'000 + number, quint32(number)); }
     void makeSources() const;

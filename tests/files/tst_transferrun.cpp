@@ -5,6 +5,7 @@
 
 #include "support/filetree.h"
 
+#include <QDir>
 #include <QTest>
 
 using namespace ravlin;
@@ -26,7 +27,7 @@ private Q_SLOTS:
 private:
     static void drives();
     QString target() const;
-    QString in(const QString &name) const { return m_folder->filePath(name); }
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     TransferReport run(
         TransferKind kind, const QStringList &sources, const QString &folder, const TransferOptions &options = {});
 

@@ -5,6 +5,7 @@
 
 #include "support/filetree.h"
 
+#include <QDir>
 #include <QTest>
 
 using namespace ravlin;
@@ -36,7 +37,7 @@ private Q_SLOTS:
     void nothingDoneIsNothingToUndo();
 
 private:
-    QString in(const QString &name) const { return m_folder->filePath(name); }
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     TransferReport transfer(
         TransferKind kind, const QStringList &sources, const QString &folder, ClashReply reply = ClashReply::Skip);
     UndoReport undo() { return m_history->undo(m_fileSystem); }

@@ -16,8 +16,8 @@ public:
     /// A folder inside one that others can reach too, unlike the usual one for temporary files.
     explicit ScratchFolder(const QString &parent) : m_folder(parent + QStringLiteral("/ravlin-test-XXXXXX")) {}
 
-    QString path(const QString &name) const { return m_folder.filePath(name); }
-    QString path() const { return m_folder.path(); }
+    QString path(const QString &name) const { return QDir::toNativeSeparators(m_folder.filePath(name)); }
+    QString path() const { return QDir::toNativeSeparators(m_folder.path()); }
 
     QString write(const QString &name, const QByteArray &content) const
     {

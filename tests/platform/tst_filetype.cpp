@@ -6,6 +6,7 @@
 
 #include "support/filetree.h"
 
+#include <QDir>
 #include <QStandardPaths>
 #include <QTest>
 
@@ -35,7 +36,7 @@ private Q_SLOTS:
     void foldersOfWindows();
 
 private:
-    QString in(const QString &name) const { return m_folder.filePath(name); }
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder.filePath(name)); }
     QString choicesPath() const { return in(u"config/mimeapps.list"_s); }
     QString entryPath() const { return in(u"data/applications/Ravlin.Song.desktop"_s); }
     static Result<void> registerSong(

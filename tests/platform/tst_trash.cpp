@@ -6,6 +6,7 @@
 #include "support/mounteddrive.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -37,7 +38,7 @@ private Q_SLOTS:
     void aLongName();
 
 private:
-    QString in(const QString &name) const { return m_folder->filePath(name); }
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     QString trash() const { return in(u"data/Trash"_s); }
     QByteArray info(const QString &name) const { return readFile(trash() + u"/info/"_s + name + u".trashinfo"_s); }
 

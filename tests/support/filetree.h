@@ -5,17 +5,19 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QMap>
 #include <QTemporaryDir>
 
-#include <unistd.h>
+#include <filesystem>
+#include <string>
 
 /// Trees of files for the tests of copying, moving and deleting.
 namespace ravlin::test {
 
 inline void writeFile(const QString &path, const QByteArray &content)
 {
-    QDir().mkpath(path.left(path.lastIndexOf(u'/')));
+    QDir().mkpath(QFileInfo(path).path());
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", qPrintable(path));
@@ -27,9 +29,17 @@ inline QByteArray readFile(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
 }
 
+/// Names on disk as the standard library takes them, whatever their bytes.
+inline std::filesystem::path standardPath(const QByteArray &bytes)
+{
+    return std::u8string(bytes.begin(), bytes.end());
+}
+
 inline void makeLink(const QByteArray &target, const QString &path)
 {
-    if (::symlink(target.constData(), QFile::encodeName(path).constData()) != 0)
+    std::error_code error;
+    std::filesystem::create_symlink(standardPath(target), standardPath(platform::encodePath(path)), error);
+    if (error)
         qFatal("cannot link %s", qPrintable(path));
 }
 
@@ -59,9 +69,9 @@ inline void addToSnapshot(Snapshot &snapshot, const QString &folder, const QStri
             snapshot.insert(prefix + name, "folder");
             addToSnapshot(snapshot, path, prefix + name + u'/');
         } else if (node->kind == platform::NodeKind::Link) {
-            char target[4096];
-            const ssize_t size = ::readlink(platform::encodePath(path).constData(), target, sizeof target);
-            snapshot.insert(prefix + name, "link " + QByteArray(target, size));
+            std::error_code error;
+            const auto target = std::filesystem::read_symlink(standardPath(platform::encodePath(path)), error);
+            snapshot.insert(prefix + name, "link " + QByteArray::fromStdString(target.string()));
         } else {
             const auto file = platform::FileSystem::native().open(path, platform::OpenMode::Read);
             QByteArray content(node->info.size, '\0');
@@ -91,7 +101,7 @@ public:
         const auto there = platform::nodeAt(m_folder.path());
         return m_folder.isValid() && here && there && here->info.device != there->info.device;
     }
-    QString path() const { return m_folder.path(); }
+    QString path() const { return QDir::toNativeSeparators(m_folder.path()); }
 
 private:
     QTemporaryDir m_folder;

@@ -1,5 +1,6 @@
 #include "support/mp3builder.h"
 
+#include <QDir>
 #include <QFile>
 #include <QtEndian>
 
@@ -184,7 +185,7 @@ QString writeFile(const QString &folder, const QString &name, const QByteArray &
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", qPrintable(path));
-    return path;
+    return QDir::toNativeSeparators(path);
 }
 
 QByteArray readFile(const QString &path)

@@ -69,8 +69,8 @@ protected:
         m_program.reset();
     }
 
-    QString path() const { return m_folder->path(); }
-    QString at(const QString &name) const { return m_folder->path() + u'/' + name; }
+    QString path() const { return QDir::toNativeSeparators(m_folder->path()); }
+    QString at(const QString &name) const { return QDir::toNativeSeparators(m_folder->path() + u'/' + name); }
     QString addFile(const QString &name, const QByteArray &content = audio()) const
     {
         QDir().mkpath(QFileInfo(at(name)).path());

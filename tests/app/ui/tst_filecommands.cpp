@@ -70,7 +70,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(trash() + u"/files/music/a.mp3"_s).isFile());
         QCOMPARE(tree()->path(), path());
         QCOMPARE(list()->rowTexts(), QStringList{u"above.mp3"_s});
-        QCOMPARE(m_program->state.currentFolder, path() + u'/');
+        QCOMPARE(m_program->state.currentFolder, path() + QDir::separator());
     }
 
     // Moving and copying
@@ -126,7 +126,7 @@ private Q_SLOTS:
         selectRows({u"a.mp3"_s});
         m_destination.clear();
         action(u"tb_mover"_s)->trigger();
-        QCOMPARE(m_starts.front(), at(u"music"_s) + u'/');
+        QCOMPARE(m_starts.front(), at(u"music"_s) + QDir::separator());
         QCOMPARE(QDir::cleanPath(m_starts.back()), at(u"target"_s));
         QDir(at(u"target"_s)).removeRecursively();
         action(u"tb_mover"_s)->trigger();

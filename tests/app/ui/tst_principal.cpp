@@ -305,7 +305,7 @@ private Q_SLOTS:
         QVERIFY(ran);
         QVERIFY(visibleAtWork);
         QTRY_VERIFY(!m_window->isVisible());
-        QCOMPARE(stored(u"ruta"), path() + u'/');
+        QCOMPARE(stored(u"ruta"), path() + QDir::separator());
     }
 };
 

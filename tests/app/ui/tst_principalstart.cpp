@@ -152,7 +152,7 @@ private Q_SLOTS:
     {
         const QString file = addFile(u"a.mp3"_s);
         open(folderOfCommandLine(u'"' + file + u'"'));
-        QCOMPARE(m_program->state.currentFolder, path() + u'/');
+        QCOMPARE(m_program->state.currentFolder, path() + QDir::separator());
         QCOMPARE(tree()->path(), path());
         QCOMPARE(list()->rowTexts(), QStringList{u"a.mp3"_s});
     }
@@ -218,7 +218,7 @@ private Q_SLOTS:
         control<QComboBox>(u"tavanzado"_s)->setEditText(u"%1 - %2"_s);
         QCOMPARE(stored(u"ruta"), QString()); // nothing is written before
         closeWindow();
-        QCOMPARE(stored(u"ruta"), path() + u'/');
+        QCOMPARE(stored(u"ruta"), path() + QDir::separator());
         QCOMPARE(stored(u"rename"), u"3"_s);
         QCOMPARE(stored(u"rename var"), u"%1 - %2"_s);
     }
@@ -307,7 +307,7 @@ private Q_SLOTS:
         other.show();
         connect(&other, &QDialog::finished, this, [&] { atClosing = stored(u"ruta"); });
         m_window->close();
-        QCOMPARE(atClosing, path() + u'/');
+        QCOMPARE(atClosing, path() + QDir::separator());
     }
 
     void theListHasTheFocusAtFirst()

@@ -24,7 +24,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<FolderTree> m_tree;
 
-    QString at(const QString &name) const { return m_folder->path() + u'/' + name; }
+    QString at(const QString &name) const { return QDir::toNativeSeparators(m_folder->path() + u'/' + name); }
     void make(const char *name) const { QDir(m_folder->path()).mkpath(QString::fromUtf8(name)); }
     void open()
     {

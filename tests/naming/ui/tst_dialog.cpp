@@ -5,6 +5,7 @@
 #include "naming/ui/namingfixture.h"
 
 #include <QCheckBox>
+#include <QDir>
 #include <QGroupBox>
 #include <QSignalSpy>
 #include <QTest>
@@ -49,7 +50,7 @@ private:
             qFatal("asked for another folder");
         return wishes.front().problem ? u"refused"_s : wishes.front().to;
     }
-    QString beside(const QString &name) const { return m_folder->path() + u'/' + name; }
+    QString beside(const QString &name) const { return QDir::toNativeSeparators(m_folder->path() + u'/' + name); }
     QString stored(QStringView key) const { return Settings(m_settings->path()).read(key); }
 
 private Q_SLOTS:

@@ -1,0 +1,373 @@
+#include "platform/copyfile.h"
+#include "platform/fileio.h"
+#include "platform/folder.h"
+#include "platform/folderlock.h"
+#include "platform/leftovers.h"
+#include "platform/nodes.h"
+#include "platform/removetree.h"
+#include "platform/safewrite.h"
+#include "platform/scratchfolder.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <algorithm>
+
+#include <windows.h>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin::platform {
+namespace {
+
+using test::infoOf;
+using test::ScratchFolder;
+
+FileSystem &files()
+{
+    return FileSystem::native();
+}
+
+std::wstring wide(const QString &path)
+{
+    return QDir::toNativeSeparators(path).toStdWString();
+}
+
+DWORD attributesOf(const QString &path)
+{
+    return ::GetFileAttributesW(wide(path).c_str());
+}
+
+void setAttributes(const QString &path, DWORD attributes)
+{
+    QVERIFY(::SetFileAttributesW(wide(path).c_str(), attributes) != 0);
+}
+
+/// As nativePath of ScratchFolder, in the form that the program gives paths.
+QString in(const ScratchFolder &folder, const QString &name)
+{
+    return QDir::toNativeSeparators(folder.path(name));
+}
+
+QString write(const ScratchFolder &folder, const QString &name, const QByteArray &content)
+{
+    return QDir::toNativeSeparators(folder.write(name, content));
+}
+
+ErrorCode codeOf(const Result<void> &result)
+{
+    return result ? ErrorCode::Io : result.error().code;
+}
+
+const QByteArray Large(20'000, 'o');
+
+} // namespace
+
+/// The contracts of FileSystem, Folder, nodes and safe writes, as Windows keeps them.
+class WindowsFiles : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aPathMayBeLongerThanWindowsOnceAllowed()
+    {
+        const ScratchFolder scratch;
+        QString folder = QDir::toNativeSeparators(scratch.path());
+        while (folder.size() < 400) {
+            folder = inFolder(folder, QString(60, u'l'));
+            QVERIFY(files().createFolder(folder));
+        }
+        const QString path = inFolder(folder, u"one.mp3"_s);
+        {
+            const auto made = files().createNew(path);
+            QVERIFY(made);
+            QVERIFY(writeAll(**made, "content", 0));
+        }
+        QCOMPARE(files().info(path).value().size, 7);
+        QCOMPARE(files().names(folder).value(), std::vector<QString>{u"one.mp3"_s});
+        const auto entries = Folder::open(folder).value()->entries();
+        QVERIFY(entries);
+        QCOMPARE(entries->size(), 1U);
+        QCOMPARE(entries->front().kind, EntryKind::File);
+        QVERIFY(files().renameNew(path, inFolder(folder, u"other.mp3"_s)));
+        QVERIFY(rewriteFile(files(), inFolder(folder, u"other.mp3"_s), infoOf(inFolder(folder, u"other.mp3"_s)),
+            {Segment::fresh(Large)}));
+        QVERIFY(removeTree(files(), inFolder(QDir::toNativeSeparators(scratch.path()), QString(60, u'l'))));
+    }
+
+    void errorsTellWhatCallersBranchOn()
+    {
+        const ScratchFolder scratch;
+        const QString path = write(scratch, u"one.mp3"_s, "content");
+        QCOMPARE(files().info(in(scratch, u"none.mp3"_s)).error().code, ErrorCode::NotFound);
+        QCOMPARE(files().info(in(scratch, u"none/none.mp3"_s)).error().code, ErrorCode::NotFound);
+        QCOMPARE(
+            files().open(QDir::toNativeSeparators(scratch.path()), OpenMode::Read).error().code, ErrorCode::NotAFile);
+        QCOMPARE(files().createNew(path).error().code, ErrorCode::AlreadyExists);
+        QCOMPARE(codeOf(files().createFolder(path)), ErrorCode::AlreadyExists);
+        QCOMPARE(codeOf(files().createFolder(in(scratch, u"none/folder"_s))), ErrorCode::NotFound);
+        QCOMPARE(codeOf(files().removeFolder(QDir::toNativeSeparators(scratch.path()))), ErrorCode::AlreadyExists);
+        QCOMPARE(Folder::open(path).error().code, ErrorCode::NotAFile);
+        QCOMPARE(files().open(QString(), OpenMode::Read).error().code, ErrorCode::InvalidArgument);
+    }
+
+    void renamingTakesNoOthersPlace()
+    {
+        const ScratchFolder scratch;
+        const QString one = write(scratch, u"one.mp3"_s, "one");
+        const QString two = write(scratch, u"two.mp3"_s, "two");
+        QCOMPARE(codeOf(files().renameNew(one, two)), ErrorCode::AlreadyExists);
+        QCOMPARE(ScratchFolder::read(two), "two");
+        QVERIFY(files().renameNew(one, in(scratch, u"three.mp3"_s)));
+        QCOMPARE(scratch.names(), (QStringList{u"three.mp3"_s, u"two.mp3"_s}));
+    }
+
+    void replacingPutsTheNewInThePlaceOfTheOldAlsoWhenThatIsReadOnlyOrOpen()
+    {
+        const ScratchFolder scratch;
+        const QString one = write(scratch, u"one.mp3"_s, "one");
+        const QString two = write(scratch, u"two.mp3"_s, "two");
+        setAttributes(two, FILE_ATTRIBUTE_READONLY);
+        QVERIFY(files().replace(one, two));
+        QCOMPARE(scratch.names(), QStringList{u"two.mp3"_s});
+        QCOMPARE(ScratchFolder::read(two), "one");
+    }
+
+    void aReadOnlyFileIsSaidToBeAndCanBeRemoved()
+    {
+        const ScratchFolder scratch;
+        const QString path = write(scratch, u"one.mp3"_s, "content");
+        QVERIFY(!infoOf(path).isReadOnly());
+        QVERIFY(files().setPermissions(path, 0444));
+        QVERIFY(infoOf(path).isReadOnly());
+        QVERIFY((attributesOf(path) & FILE_ATTRIBUTE_READONLY) != 0);
+        QVERIFY(files().remove(path));
+        QVERIFY(scratch.names().isEmpty());
+    }
+
+    void whatHasTheHiddenOrSystemAttributeIsHidden()
+    {
+        const ScratchFolder scratch;
+        setAttributes(write(scratch, u"hidden.mp3"_s, {}), FILE_ATTRIBUTE_HIDDEN);
+        setAttributes(write(scratch, u"system.mp3"_s, {}), FILE_ATTRIBUTE_SYSTEM);
+        write(scratch, u"plain.mp3"_s, {});
+        QVERIFY(files().createFolder(in(scratch, u"folder"_s)));
+        const auto folder = Folder::open(QDir::toNativeSeparators(scratch.path()));
+        QVERIFY(folder);
+        QStringList hidden;
+        const auto entries = (*folder)->entries();
+        QVERIFY(entries);
+        for (const FolderEntry &entry : *entries) {
+            if (entry.isHidden)
+                hidden.append(entry.name);
+        }
+        hidden.sort();
+        QCOMPARE(hidden, (QStringList{u"hidden.mp3"_s, u"system.mp3"_s}));
+        QVERIFY((*folder)->hasVisibleSubfolder().value());
+        setAttributes(in(scratch, u"folder"_s), FILE_ATTRIBUTE_HIDDEN);
+        QVERIFY(!(*folder)->hasVisibleSubfolder().value());
+    }
+
+    void aFileHasOneIdentityUnderAllItsNames()
+    {
+        const ScratchFolder scratch;
+        const QString one = write(scratch, u"one.mp3"_s, "content");
+        const QString two = in(scratch, u"two.mp3"_s);
+        QVERIFY(::CreateHardLinkW(wide(two).c_str(), wide(one).c_str(), nullptr) != 0);
+        QCOMPARE(infoOf(one).inode, infoOf(two).inode);
+        QCOMPARE(infoOf(one).device, infoOf(two).device);
+        QCOMPARE(infoOf(one).linkCount, 2U);
+        QVERIFY(infoOf(one).inode != infoOf(write(scratch, u"three.mp3"_s, "content")).inode);
+    }
+
+    void theTimeOfTheLastChangeIsKeptToTheStepsOfTheSystem()
+    {
+        const ScratchFolder scratch;
+        const QString path = write(scratch, u"one.mp3"_s, "content");
+        constexpr qint64 Wanted = 1'000'000'000'123'456'700; // whole steps of 100 ns
+        {
+            const auto file = files().open(path, OpenMode::ReadWrite);
+            QVERIFY(file);
+            QVERIFY((*file)->setModified(Wanted));
+        }
+        QCOMPARE(infoOf(path).modified, Wanted);
+    }
+
+    void aLockIsSeenByOthersUntilTheFileIsClosed()
+    {
+        const ScratchFolder scratch;
+        const QString path = write(scratch, u"one.mp3"_s, "content");
+        auto first = files().open(path, OpenMode::ReadWrite).value();
+        auto second = files().open(path, OpenMode::Read).value();
+        QVERIFY(first->tryLock().value());
+        QVERIFY(!second->tryLock().value());
+        QCOMPARE(readExactly(*second, 0, 7).value(), "content"); // it hinders no reading
+        first.reset();
+        QVERIFY(second->tryLock().value());
+    }
+
+    void aFoldersLockIsHeldOnce()
+    {
+        const ScratchFolder scratch;
+        const QString folder = QDir::toNativeSeparators(scratch.path());
+        auto lock = lockFolder(folder);
+        QVERIFY(lock);
+        QVERIFY(!lockFolder(folder));
+        lock.reset();
+        QVERIFY(lockFolder(folder));
+        QVERIFY(!lockFolder(write(scratch, u"file"_s, {})));
+    }
+
+    void leftoversGoAndWhatIsInTheMakingStays()
+    {
+        const ScratchFolder scratch;
+        const QString folder = QDir::toNativeSeparators(scratch.path());
+        write(scratch, u".ravlin-0123456789abcdef.tmp"_s, "left by a crash");
+        const auto inTheMaking = TemporaryFile::create(files(), folder);
+        QVERIFY(inTheMaking);
+        QCOMPARE(cleanLeftovers(files(), folder).value(), 1);
+        QCOMPARE(scratch.names(), QStringList{nameOf(inTheMaking->path())});
+    }
+
+    void aTemporaryFileIsGoneWithItsObject()
+    {
+        const ScratchFolder scratch;
+        {
+            auto temporary = TemporaryFile::create(files(), QDir::toNativeSeparators(scratch.path()));
+            QVERIFY(temporary);
+            QVERIFY(writeAll(temporary->file(), "content", 0));
+        }
+        QVERIFY(scratch.names().isEmpty());
+    }
+
+    void aSaveKeepsAttributesAndTheTimeOfCreation_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<WriteOutcome>("outcome");
+        QTest::newRow("in place") << (QByteArray(100, 'n') + Large.mid(100)) << WriteOutcome::InPlace;
+        QTest::newRow("appended") << (Large + QByteArray(128, 'n')) << WriteOutcome::InPlace;
+        QTest::newRow("cut") << Large.left(10'000) << WriteOutcome::InPlace;
+        QTest::newRow("replaced") << (QByteArray(5000, 'n') + Large) << WriteOutcome::Replaced;
+    }
+    void aSaveKeepsAttributesAndTheTimeOfCreation()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(WriteOutcome, outcome);
+        const ScratchFolder scratch;
+        const QString path = write(scratch, u"one.mp3"_s, Large);
+        setAttributes(path, FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM);
+        WIN32_FILE_ATTRIBUTE_DATA before{};
+        QVERIFY(::GetFileAttributesExW(wide(path).c_str(), GetFileExInfoStandard, &before) != 0);
+        WriteOptions options;
+        options.keepModified = true;
+        const auto written = rewriteFile(files(), path, infoOf(path), {Segment::fresh(content)}, options);
+        QVERIFY2(written, qPrintable(written ? QString() : written.error().detail));
+        QCOMPARE(*written, outcome);
+        QCOMPARE(ScratchFolder::read(path), content);
+        QCOMPARE(scratch.names(), QStringList{u"one.mp3"_s});
+        WIN32_FILE_ATTRIBUTE_DATA after{};
+        QVERIFY(::GetFileAttributesExW(wide(path).c_str(), GetFileExInfoStandard, &after) != 0);
+        constexpr DWORD Kept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+        QCOMPARE(after.dwFileAttributes & Kept, before.dwFileAttributes & Kept);
+        QCOMPARE(after.ftLastWriteTime.dwLowDateTime, before.ftLastWriteTime.dwLowDateTime);
+    }
+
+    void aFileOfSeveralNamesKeepsThem()
+    {
+        const ScratchFolder scratch;
+        const QString one = write(scratch, u"one.mp3"_s, Large);
+        const QString two = in(scratch, u"two.mp3"_s);
+        QVERIFY(::CreateHardLinkW(wide(two).c_str(), wide(one).c_str(), nullptr) != 0);
+        const QByteArray content = QByteArray(5000, 'n') + Large;
+        const auto written = rewriteFile(files(), one, infoOf(one), {Segment::fresh(content)});
+        QVERIFY2(written, qPrintable(written ? QString() : written.error().detail));
+        QCOMPARE(*written, WriteOutcome::Rewritten);
+        QCOMPARE(ScratchFolder::read(two), content);
+        QCOMPARE(scratch.names(), (QStringList{u"one.mp3"_s, u"two.mp3"_s}));
+    }
+
+    void aReadOnlyFileIsWrittenOnlyWhenThatIsWished()
+    {
+        const ScratchFolder scratch;
+        const QString path = write(scratch, u"one.mp3"_s, Large);
+        setAttributes(path, FILE_ATTRIBUTE_READONLY);
+        const QByteArray content = QByteArray(5000, 'n') + Large;
+        QCOMPARE(rewriteFile(files(), path, infoOf(path), {Segment::fresh(content)}).error().code, ErrorCode::ReadOnly);
+        QCOMPARE(ScratchFolder::read(path), Large);
+        WriteOptions options;
+        options.readOnlyFile = ReadOnlyFile::MakeWritable;
+        QVERIFY(rewriteFile(files(), path, infoOf(path), {Segment::fresh(content)}, options));
+        QCOMPARE(ScratchFolder::read(path), content);
+    }
+
+    void aFileThatAnotherProgramKeepsToItselfStaysAsItIs()
+    {
+        const ScratchFolder scratch;
+        const QString path = write(scratch, u"one.mp3"_s, Large);
+        const FileInfo before = infoOf(path);
+        const HANDLE other = ::CreateFileW(
+            wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        QVERIFY(other != INVALID_HANDLE_VALUE);
+        const auto written = rewriteFile(files(), path, before, {Segment::fresh(QByteArray(5000, 'n') + Large)});
+        ::CloseHandle(other);
+        QVERIFY(!written);
+        QCOMPARE(written.error().code, ErrorCode::AccessDenied);
+        QCOMPARE(ScratchFolder::read(path), Large);
+        QCOMPARE(scratch.names(), QStringList{u"one.mp3"_s});
+    }
+
+    void aCopyHasTheAttributesAndTimesOfItsSource()
+    {
+        const ScratchFolder scratch;
+        const QString from = write(scratch, u"one.mp3"_s, Large);
+        setAttributes(from, FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
+        const QString to = in(scratch, u"two.mp3"_s);
+        {
+            auto copy = FileCopy::prepare(files(), from, QDir::toNativeSeparators(scratch.path()), {});
+            QVERIFY(copy);
+            QVERIFY(copy->secure(CopyCheck::Everything));
+            QVERIFY(copy->place(to, Placing::New));
+        }
+        QCOMPARE(ScratchFolder::read(to), Large);
+        QCOMPARE(infoOf(to).modified, infoOf(from).modified);
+        QVERIFY((attributesOf(to) & FILE_ATTRIBUTE_HIDDEN) != 0);
+        QVERIFY(infoOf(to).isReadOnly());
+    }
+
+    void theFolderOfAFileInADrivesRootIsThatRoot()
+    {
+        QCOMPARE(folderOf(u"C:\\one.mp3"_s), u"C:\\"_s);
+        QCOMPARE(folderOf(u"C:\\music\\one.mp3"_s), u"C:\\music"_s);
+        QCOMPARE(inFolder(u"C:\\"_s, u"one.mp3"_s), u"C:\\one.mp3"_s);
+    }
+
+    void aNameThatMeansAnotherPlaceIsNoPlainName()
+    {
+        for (const QString &name : {u"a\\b"_s, u"a/b"_s, u"C:"_s, u"a:stream"_s, u".."_s, u"."_s, QString()})
+            QVERIFY2(!isPlainName(name), qPrintable(name));
+        QVERIFY(isPlainName(u"one.mp3"_s));
+    }
+
+    void theCanonicalPathHasTheNamesAsTheyAreOnTheDisk()
+    {
+        const ScratchFolder scratch;
+        write(scratch, u"Émile.mp3"_s, {});
+        const auto canonical = files().canonicalPath(in(scratch, u"Émile.mp3"_s));
+        QVERIFY(canonical);
+        QCOMPARE(nameOf(*canonical), u"Émile.mp3"_s);
+        QVERIFY(!canonical->startsWith(u"\\\\?"_s));
+    }
+
+    void freeSpaceIsToldForFilesAndFolders()
+    {
+        const ScratchFolder scratch;
+        QVERIFY(files().freeBytes(QDir::toNativeSeparators(scratch.path())).value() > 0);
+        QVERIFY(files().freeBytes(write(scratch, u"one.mp3"_s, {})).value() > 0);
+        QCOMPARE(files().freeBytes(in(scratch, u"none"_s)).error().code, ErrorCode::NotFound);
+    }
+};
+
+} // namespace ravlin::platform
+
+QTEST_GUILESS_MAIN(ravlin::platform::WindowsFiles)
+#include "tst_windowsfiles.moc"

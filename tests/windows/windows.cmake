@@ -1,0 +1,83 @@
+# The tests of a build for Windows: they run as Windows programs under Wine, in a prefix (a Windows disk with its registry)
+# of the build folder's own. docs/windows.md tells how, and what of Wine to bear in mind.
+
+find_program(RAVLIN_WINE NAMES wine NO_CMAKE_FIND_ROOT_PATH)
+if(NOT RAVLIN_WINE)
+    message(WARNING "There is no Wine: the tests are built, but can't be run (package group windows)")
+endif()
+execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=libstdc++-6.dll
+    OUTPUT_VARIABLE ravlin_compiler_library OUTPUT_STRIP_TRAILING_WHITESPACE)
+get_filename_component(ravlin_compiler_folder "${ravlin_compiler_library}" REALPATH)
+get_filename_component(ravlin_compiler_folder "${ravlin_compiler_folder}" DIRECTORY)
+
+set(RAVLIN_WINE_PREFIX "${CMAKE_BINARY_DIR}/wine")
+set(RAVLIN_TEST_START "${CMAKE_CURRENT_SOURCE_DIR}/windows/under-wine" "${RAVLIN_WINE_PREFIX}"
+    "${RAVLIN_WINDOWS_QT}" "${ravlin_compiler_folder}")
+set(RAVLIN_TEST_LABELS windows)
+set(RAVLIN_TEST_FIXTURES wine)
+set(RAVLIN_TEST_ROOT "Z:") # the drive that is the whole disk of the computer
+
+# Tests that are not for Windows, each with its reason. What they check of our own code is checked there by the tests of
+# tests/windows/.
+set(RAVLIN_NOT_FOR_WINDOWS
+    # They call POSIX in the test itself: permission bits, owners, pipes, extended attributes, limits of resources, or
+    # processes that they fork in order to kill them.
+    tst_exclusiverename tst_filesystem tst_safewrite tst_safewritefaults tst_safewritefull tst_safewritekill tst_tagkill
+    tst_renamingkill tst_transferkill tst_transferfaults tst_transfer tst_tagfaults tst_tagoptions tst_tagstore
+    tst_tagcache tst_folderscan tst_playlist tst_clsfilefunc tst_foldertree
+    # The trash and the desktop entries of freedesktop.org.
+    tst_trash tst_filetype tst_undo tst_fileoperations
+    # They compare with TagLib, which is installed for this system only (decision 0014).
+    tst_taglibwitness
+    # All they expect is paths with slashes.
+    tst_commandline tst_foldername tst_dialog tst_renamingproperties)
+foreach(name IN LISTS RAVLIN_NOT_FOR_WINDOWS)
+    list(FILTER RAVLIN_TEST_SOURCES EXCLUDE REGEX "/${name}\\.cpp$")
+endforeach()
+list(FILTER RAVLIN_TEST_SOURCES EXCLUDE REGEX "/interop/")
+file(GLOB RAVLIN_WINDOWS_TESTS CONFIGURE_DEPENDS windows/tst_*.cpp)
+list(APPEND RAVLIN_TEST_SOURCES ${RAVLIN_WINDOWS_TESTS})
+
+# Functions that are left out of tests that run.
+# They expect paths with slashes, or names that Windows has not.
+set(RAVLIN_LEFT_OUT_tst_lookupcommand rowsOfSubfoldersBearTheirPath)
+set(RAVLIN_LEFT_OUT_tst_principal f2ListsTheTreeWithPrefixes)
+set(RAVLIN_LEFT_OUT_tst_filerenaming thePatternsOwnWayUpIsFollowedAndAValuesIsNot)
+set(RAVLIN_LEFT_OUT_tst_listmodel
+    aNameOf64CharactersIsPlainAndOneOf65IsLong enteringAFolderKeepsItsPathsAndClearsTheCancelledFlag)
+set(RAVLIN_LEFT_OUT_tst_renamefromtags filesOfARow patternsLeadOutValuesDoNot)
+set(RAVLIN_LEFT_OUT_tst_filelist longNamesAreBoldAndPureRed)
+set(RAVLIN_LEFT_OUT_tst_operationdialogs
+    aQuestionNamesWhatItIsAbout aNameIsShownAsItIs enterPutsIntoTheTrashButDeletesNothingForGood)
+set(RAVLIN_LEFT_OUT_tst_extraction namesOfFiles)
+set(RAVLIN_LEFT_OUT_tst_singlefilepage fileNamesAreShownAsTheyAre)
+# Permission bits and symbolic links as POSIX has them.
+set(RAVLIN_LEFT_OUT_tst_settings aSymbolicLinkStays permissions)
+# Qt for MinGW-w64 is built without ICU: letters are converted without the rules of single languages.
+set(RAVLIN_LEFT_OUT_tst_texttransforms lettersFollowTheLocale greekKeepsAccentsAndFinalSigma)
+# Wine's sort keys are not those of Windows.
+set(RAVLIN_LEFT_OUT_tst_listsort equalValuesKeepTheirOrderBothWays)
+# Wine's schannel tells other errors about certificates, or none.
+set(RAVLIN_LEFT_OUT_tst_ufreedb encryptedServer)
+set(RAVLIN_LEFT_OUT_tst_cddbfetch certificateThatNobodyTrusts certificateOfAnotherName encryptedAnswer)
+# They measure time, or the width of texts in a font that Wine has not.
+set(RAVLIN_LEFT_OUT_tst_busy shortWorkIsNotSlowedDown)
+set(RAVLIN_LEFT_OUT_tst_singlefilepagelook nothingIsCutInAnyLanguage)
+set(RAVLIN_LEFT_OUT_tst_principallook theTabKeyGoesAsTheEyeDoes)
+# Wine's shell can't tell where in the recycle bin a file is, so that nothing comes back from it.
+set(RAVLIN_LEFT_OUT_tst_commandbar undoesOneAfterTheOther)
+
+# The prefix is made first and its server kept while tests run: to start both takes longer than most tests.
+add_test(NAME windows/prefix COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/windows/prefix" start "${RAVLIN_WINE_PREFIX}")
+add_test(NAME windows/prefix-end COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/windows/prefix" end "${RAVLIN_WINE_PREFIX}")
+set_tests_properties(windows/prefix PROPERTIES FIXTURES_SETUP wine LABELS windows TIMEOUT 300)
+set_tests_properties(windows/prefix-end PROPERTIES FIXTURES_CLEANUP wine LABELS windows TIMEOUT 60)
+
+# The packed program in a window; tests/windows/run packs it before. It runs alone, since it waits for what is seen.
+add_test(NAME windows/installed
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/support/with-own-home" /usr/bin/python3
+        "${CMAKE_CURRENT_SOURCE_DIR}/windows/test_installed.py")
+string(REPLACE ";" "|" ravlin_tabstops "${RAVLIN_TEST_START};${CMAKE_BINARY_DIR}/tests/tabstops.exe")
+set_tests_properties(windows/installed PROPERTIES
+    LABELS windows TIMEOUT 900 RUN_SERIAL TRUE FIXTURES_REQUIRED wine
+    ENVIRONMENT "RAVLIN_PACKAGES=${CMAKE_BINARY_DIR};RAVLIN_TABSTOPS=${ravlin_tabstops};RAVLIN_EVIDENCE_DIR=${CMAKE_BINARY_DIR}/e2e-evidence;PYTHONDONTWRITEBYTECODE=1")
