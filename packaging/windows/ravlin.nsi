@@ -117,8 +117,15 @@ SectionEnd
 !insertmacro MUI_DESCRIPTION_TEXT ${SectionTypes} $(TypesAbout)
 !insertmacro MUI_FUNCTION_DESCRIPTION_END
 
+Var GivenFolder
+
 Function .onInit
+    ; The choice of a mode puts its own folder in the place of the one that /D= names.
+    StrCpy $GivenFolder $INSTDIR
     !insertmacro MULTIUSER_INIT
+    ${If} $GivenFolder != ""
+        StrCpy $INSTDIR $GivenFolder
+    ${EndIf}
     !insertmacro MUI_LANGDLL_DISPLAY
     ${GetParameters} $0
     ClearErrors

@@ -1,9 +1,8 @@
 #!/usr/bin/env python3
-"""The packed program under Wine, in a window of a virtual desktop: installed, used by the keyboard, removed; and the
+"""The packed program under Wine, in a window of a virtual desktop: installed, used by mouse and keys, removed; and the
 zip's program used from a folder with blanks and accents.
 
-RAVLIN_PACKAGES is the folder of the zip and the installer, RAVLIN_TABSTOPS the command that tells where controls are,
-RAVLIN_EVIDENCE_DIR where pictures go.
+RAVLIN_PACKAGES is the folder of the zip and the installer, RAVLIN_EVIDENCE_DIR where pictures go.
 """
 
 import os
@@ -22,9 +21,13 @@ from collection import Song, make_file, read_v2  # noqa: E402
 from waiting import wait_until  # noqa: E402
 
 PACKAGES = Path(os.environ["RAVLIN_PACKAGES"])
-TABSTOPS = os.environ["RAVLIN_TABSTOPS"].split("|")
 EVIDENCE = Path(os.environ.get("RAVLIN_EVIDENCE_DIR", "e2e-evidence"))
 TRIES = 4
+# Where things are in the window of the first start, in pixels from its upper left corner. There is no accessibility bus
+# under Wine that could be asked; the layout is the program's own, and the fonts are those that Wine finds.
+FIRST_ROW = (300, 69)
+TITLE = (360, 533)
+RENAME_PAGE = (459, 473)
 EFFECT_LIMIT = 45.0  # seconds until a try counts as one whose keys came too early
 SERVER = shutil.which("wineserver") or "/usr/lib/wine/wineserver64"
 
@@ -63,6 +66,10 @@ class Display:
         for key in keys:
             self.ask("xdotool", "key", key)
 
+    def click(self, place):
+        window = self.windows("^ravlin!$")[0]
+        self.ask("xdotool", "mousemove", "--window", window, str(place[0]), str(place[1]), "click", "1")
+
     def type(self, text):
         self.ask("xdotool", "type", "--delay", "40", text)
 
@@ -71,12 +78,12 @@ class Display:
         self.ask("import", "-window", "root", str(path))
 
     def is_calm(self):
-        """Nothing on the screen changes for a moment: what the program began at its start is done."""
+        """Nothing on the screen changes for a moment. Not while a text cursor blinks."""
         pictures = []
         for _ in range(3):
             pictures.append(subprocess.run(["import", "-window", "root", "rgb:-"], env=self.environment,
                                            capture_output=True, check=False).stdout)
-            time.sleep(0.7)  # longer than a text cursor takes to blink would not do: there is none after the start
+            time.sleep(0.7)
         return pictures[0] == pictures[1] == pictures[2]
 
 
@@ -124,13 +131,7 @@ class PackedProgram(unittest.TestCase):
         told = self.wine("reg", "query", key, "/ve").stdout.decode("utf-8", "replace")
         return told.partition("REG_SZ")[2].strip()
 
-    # The window, by the keyboard alone
-
-    def tabs_to(self, control):
-        told = subprocess.run([*TABSTOPS, on_z(self.music), control], capture_output=True, text=True, check=True,
-                              timeout=240).stdout
-        self.assertRegex(told, rf"(?m)^{control} \d+\s*$")
-        return int(told.split()[-1])
+    # The window
 
     def start(self, program):
         self.running = subprocess.Popen(["wine", program, on_z(self.music)], env=self.environment,
@@ -154,7 +155,7 @@ class PackedProgram(unittest.TestCase):
             keys()
             try:
                 wait_until(effect, name, limit=EFFECT_LIMIT)
-                wait_until(self.display.is_calm, "the end of " + name)
+                time.sleep(1)  # for the picture's sake: the list shows the outcome
                 self.display.picture(EVIDENCE / self._testMethodName / f"{name}.png")
                 return
             except AssertionError:
@@ -167,13 +168,11 @@ class PackedProgram(unittest.TestCase):
     def use(self, program):
         """Edits, saves, renames, writes playlists, deletes: each after a start of its own."""
         display = self.display
-        to_list = self.tabs_to("ListView1")
-        to_title = self.tabs_to("Ttitulo")
-        to_pages = self.tabs_to("QTabBar")
-
         def edit():
-            display.key(*["Tab"] * to_list, "Home")
-            display.key(*["Tab"] * (to_title - to_list), "ctrl+a")
+            display.click(FIRST_ROW)
+            wait_until(display.is_calm, "the file on the page")
+            display.click(TITLE)
+            display.key("ctrl+a")
             display.type("Nueva")
             display.key("alt+s")
         self.achieve(program, "edit", edit, lambda: read_v2(self.song).title == "Nueva")
@@ -182,25 +181,31 @@ class PackedProgram(unittest.TestCase):
         renamed = self.music / "Ana - Nueva.mp3"
 
         def rename():
-            display.key(*["Tab"] * to_pages, "Right", "Right", "Right", "alt+r")
+            display.click(RENAME_PAGE)
+            wait_until(display.is_calm, "the page")
+            display.key("alt+r")
         self.achieve(program, "rename", rename, renamed.exists)
         self.assertEqual(os.listdir(self.music), [renamed.name])
 
         played = self.drive / "lista.m3u"
-        self.achieve(program, "play", lambda: display.key(*["Tab"] * to_list, "Home", "shift+p"), played.exists)
+
+        def on_row(key):
+            display.click(FIRST_ROW)
+            wait_until(display.is_calm, "the file on the page")
+            display.key(key)
+        self.achieve(program, "play", lambda: on_row("shift+p"), played.exists)
         self.assertEqual(played.read_bytes(), (on_z(renamed) + "\r\n").encode("cp1252"))
 
         written = self.music / "Ana - Mareas.m3u"
-        self.achieve(program, "playlist", lambda: display.key(*["Tab"] * to_list, "Home", "shift+l"), written.exists)
+        self.achieve(program, "playlist", lambda: on_row("shift+l"), written.exists)
         self.assertEqual(written.read_bytes(), b"Ana - Nueva.mp3\r\n")
 
         def delete():
-            display.key(*["Tab"] * to_list, "Home", "Delete")
+            on_row("Delete")
             wait_until(display.is_calm, "the question")
             display.key("Return")
         self.achieve(program, "delete", delete, lambda: not renamed.exists())
-        in_trash = [path.name for path in self.folder.rglob("Trash/files/*")] + \
-            [path.name for path in self.drive.glob("$Recycle.Bin/*/$R*")]
+        in_trash = [path.name for path in (self.folder / "home").rglob("Trash/files/*")]
         self.assertEqual(len(in_trash), 1, in_trash)
 
     # The tests
@@ -244,7 +249,10 @@ class PackedProgram(unittest.TestCase):
         program = next(place.rglob("ravlin.exe"))
 
         def edit():
-            self.display.key(*["Tab"] * self.tabs_to("Ttitulo"), "ctrl+a")
+            self.display.click(FIRST_ROW)
+            wait_until(self.display.is_calm, "the file on the page")
+            self.display.click(TITLE)
+            self.display.key("ctrl+a")
             self.display.type("Otra")
             self.display.key("alt+s")
         self.achieve(on_z(program), "edit", edit, lambda: read_v2(self.song).title == "Otra")

@@ -77,7 +77,6 @@ set_tests_properties(windows/prefix-end PROPERTIES FIXTURES_CLEANUP wine LABELS 
 add_test(NAME windows/installed
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/support/with-own-home" /usr/bin/python3
         "${CMAKE_CURRENT_SOURCE_DIR}/windows/test_installed.py")
-string(REPLACE ";" "|" ravlin_tabstops "${RAVLIN_TEST_START};${CMAKE_BINARY_DIR}/tests/tabstops.exe")
 set_tests_properties(windows/installed PROPERTIES
-    LABELS windows TIMEOUT 900 RUN_SERIAL TRUE FIXTURES_REQUIRED wine
-    ENVIRONMENT "RAVLIN_PACKAGES=${CMAKE_BINARY_DIR};RAVLIN_TABSTOPS=${ravlin_tabstops};RAVLIN_EVIDENCE_DIR=${CMAKE_BINARY_DIR}/e2e-evidence;PYTHONDONTWRITEBYTECODE=1")
+    LABELS windows TIMEOUT 900 RUN_SERIAL TRUE
+    ENVIRONMENT "RAVLIN_PACKAGES=${CMAKE_BINARY_DIR};RAVLIN_EVIDENCE_DIR=${CMAKE_BINARY_DIR}/e2e-evidence;PYTHONDONTWRITEBYTECODE=1")
