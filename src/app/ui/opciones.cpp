@@ -40,14 +40,6 @@ constexpr int CaptionSave = 84;
 constexpr std::array ModeCaptions{80, 79, 81, 83, 82};
 constexpr int FieldLetters = 34; ///< width of the text boxes in average letters
 
-template <typename Control, typename... Arguments>
-Control *named(const char *name, QWidget *parent, Arguments &&...arguments)
-{
-    auto *control = new Control(std::forward<Arguments>(arguments)..., parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
 } // namespace
 
 opciones::opciones(Program &program, QWidget *parent) : QDialog(parent), m_program(program)
@@ -65,27 +57,27 @@ opciones::opciones(Program &program, QWidget *parent) : QDialog(parent), m_progr
 
 void opciones::createControls()
 {
-    m_pages = named<QTabWidget>("optionPages", this);
+    m_pages = made<QTabWidget>("optionPages", this);
     m_further = new furtheroptions(m_program.captions, m_pages);
-    general = named<QGroupBox>("general", this, QStringLiteral("general"));
-    freedb = named<QGroupBox>("freedb", this, QStringLiteral("freedb"));
-    lidioma = named<QLabel>("lidioma", general, QStringLiteral("lenguage"));
-    cidioma = named<QComboBox>("cidioma", general);
+    general = made<QGroupBox>("general", this, QStringLiteral("general"));
+    freedb = made<QGroupBox>("freedb", this, QStringLiteral("freedb"));
+    lidioma = made<QLabel>("lidioma", general, QStringLiteral("lenguage"));
+    cidioma = made<QComboBox>("cidioma", general);
     cidioma->addItems({QStringLiteral("spanish"), QStringLiteral("english"), QStringLiteral("french")});
     cidioma->setCurrentText(QStringLiteral("english"));
-    Label1 = named<QLabel>("Label1", general, QStringLiteral("tags"));
-    ctags = named<QComboBox>("ctags", general);
-    opreme = named<QCheckBox>("opreme", general, QStringLiteral("remember last directory"));
-    lserver = named<QLabel>("lserver", freedb, QStringLiteral("freedb server"));
-    tserver = named<QLineEdit>("tserver", freedb, defaults::Server.toString());
-    lmail = named<QLabel>("lmail", freedb, QStringLiteral("email"));
-    tmail = named<QLineEdit>("tmail", freedb, defaults::Mail.toString());
-    m_update = named<QGroupBox>("update", this, QStringLiteral("update"));
-    upd = named<QPushButton>("upd", m_update);
+    Label1 = made<QLabel>("Label1", general, QStringLiteral("tags"));
+    ctags = made<QComboBox>("ctags", general);
+    opreme = made<QCheckBox>("opreme", general, QStringLiteral("remember last directory"));
+    lserver = made<QLabel>("lserver", freedb, QStringLiteral("freedb server"));
+    tserver = made<QLineEdit>("tserver", freedb, defaults::Server.toString());
+    lmail = made<QLabel>("lmail", freedb, QStringLiteral("email"));
+    tmail = made<QLineEdit>("tmail", freedb, defaults::Mail.toString());
+    m_update = made<QGroupBox>("update", this, QStringLiteral("update"));
+    upd = made<QPushButton>("upd", m_update);
     upd->setAutoDefault(false);
-    m_ok = named<QPushButton>("ok", this, QStringLiteral("save"));
+    m_ok = made<QPushButton>("ok", this, QStringLiteral("save"));
     m_ok->setDefault(true);
-    m_cancel = named<QPushButton>("cancel", this, QStringLiteral("cancel"));
+    m_cancel = made<QPushButton>("cancel", this, QStringLiteral("cancel"));
     m_cancel->setAutoDefault(false);
 
     lidioma->setBuddy(cidioma);
@@ -115,7 +107,7 @@ QWidget *opciones::createFirstPage()
     for (QFormLayout *rows : {generalRows, freedbRows})
         rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
 
-    auto *page = named<QWidget>("firstPage", m_pages);
+    auto *page = made<QWidget>("firstPage", m_pages);
     auto *rows = new QVBoxLayout(page);
     rows->addWidget(general);
     rows->addWidget(freedb);

@@ -5,6 +5,7 @@
 #include "app/options.h"
 #include "controls/ui/icons.h"
 #include "controls/ui/linkbutton.h"
+#include "controls/ui/making.h"
 
 #include <QDesktopServices>
 #include <QEvent>
@@ -29,14 +30,6 @@ constexpr QStringView TagLibrarySite = u"https://taglib.org/";
 /// Carries on freedb, whose own site has closed.
 constexpr QStringView DatabaseSite = u"https://gnudb.org/";
 
-template <typename Control, typename... Arguments>
-Control *named(const char *name, QWidget *parent, Arguments &&...arguments)
-{
-    auto *control = new Control(std::forward<Arguments>(arguments)..., parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
 /// What the program is made with, and under which licences. Names need no translation.
 QString libraries()
 {
@@ -45,7 +38,7 @@ QString libraries()
 
 QPushButton *logo(const char *name, const QString &text, QStringView site, QWidget *parent)
 {
-    auto *button = named<QPushButton>(name, parent, text);
+    auto *button = made<QPushButton>(name, parent, text);
     button->setIconSize({LogoSize, LogoSize});
     button->setAutoDefault(false);
     button->setToolTip(site.toString());
@@ -75,24 +68,24 @@ frmAbout::frmAbout(const Captions &captions, QWidget *parent, OpenAddress openAd
 
 void frmAbout::createControls()
 {
-    m_name = named<QLabel>("programName", this, QStringLiteral("ravlin!"));
+    m_name = made<QLabel>("programName", this, QStringLiteral("ravlin!"));
     QFont large = m_name->font();
     large.setPointSizeF(2 * large.pointSizeF());
     large.setBold(true);
     m_name->setFont(large);
-    lblVersion = named<QLabel>("lblVersion", this, QStringLiteral("version ") + QStringLiteral(RAVLIN_VERSION));
+    lblVersion = made<QLabel>("lblVersion", this, QStringLiteral("version ") + QStringLiteral(RAVLIN_VERSION));
     lblVersion->setTextInteractionFlags(Qt::TextSelectableByMouse); // to be copied into a report
-    lblDisclaimer = named<QLabel>("lblDisclaimer", this);
-    Label1 = named<LinkButton>("Label1", this, defaults::WebSite.toString());
-    Label2 = named<LinkButton>("Label2", this, defaults::Mail.toString());
-    Label3 = named<QLabel>("Label3", this);
-    m_libraries = named<QLabel>("libraries", this);
+    lblDisclaimer = made<QLabel>("lblDisclaimer", this);
+    Label1 = made<LinkButton>("Label1", this, defaults::WebSite.toString());
+    Label2 = made<LinkButton>("Label2", this, defaults::Mail.toString());
+    Label3 = made<QLabel>("Label3", this);
+    m_libraries = made<QLabel>("libraries", this);
     Pic = logo("Pic", QStringLiteral("TagLib"), TagLibrarySite, this);
     Picture1 = logo("Picture1", QStringLiteral("freedb"), DatabaseSite, this);
-    m_guide = named<QPushButton>("guide", this);
+    m_guide = made<QPushButton>("guide", this);
     m_guide->setAutoDefault(false);
     m_guide->setVisible(!m_guidePage.isEmpty());
-    cmdOK = named<QPushButton>("cmdOK", this, QStringLiteral("aceptar"));
+    cmdOK = made<QPushButton>("cmdOK", this, QStringLiteral("aceptar"));
     cmdOK->setDefault(true);
     for (QLabel *label : {lblDisclaimer, Label3, m_libraries}) {
         label->setTextFormat(Qt::PlainText);
@@ -103,7 +96,7 @@ void frmAbout::createControls()
 
 void frmAbout::createLayout()
 {
-    auto *picture = named<QLabel>("programIcon", this);
+    auto *picture = made<QLabel>("programIcon", this);
     picture->setPixmap(programIcon().pixmap(QSize(ProgramIconSize, ProgramIconSize), devicePixelRatioF()));
     auto *texts = new QVBoxLayout;
     texts->addWidget(m_name);

@@ -3,16 +3,18 @@
 #include <QLatin1String>
 #include <QList>
 
+#include <utility>
+
 class QPushButton;
 class QWidget;
 
 namespace ravlin {
 
-/// A new control that is found under this name; parent owns it.
-template <typename Control>
-Control *made(const char *name, QWidget *parent)
+/// A new control that is found under this name; parent owns it. arguments are what its constructor takes besides.
+template <typename Control, typename... Arguments>
+Control *made(const char *name, QWidget *parent, Arguments &&...arguments)
 {
-    auto *control = new Control(parent);
+    auto *control = new Control(std::forward<Arguments>(arguments)..., parent);
     control->setObjectName(QLatin1String(name));
     return control;
 }

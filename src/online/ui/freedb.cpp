@@ -5,6 +5,7 @@
 #include "app/settings.h"
 #include "controls/ui/buscaweb.h"
 #include "controls/ui/icons.h"
+#include "controls/ui/making.h"
 #include "controls/ui/outcomebox.h"
 #include "controls/ui/splitpanel.h"
 #include "files/listcolumns.h"
@@ -65,14 +66,6 @@ constexpr int WholeProgress = 100;
 /// Files and tracks that differ by more are pointed out, in frames: encoders add less.
 constexpr qint64 NotableDifference = qint64{2} * FramesPerSecond;
 
-template <typename Control>
-Control *named(const char *name, QWidget *parent)
-{
-    auto *control = new Control(parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
 qint64 framesOf(const PlayedAudio &played)
 {
     return qRound64(played.seconds() * FramesPerSecond);
@@ -128,7 +121,7 @@ freedb::~freedb()
 void freedb::createControls()
 {
     m_fields = new DiscFieldsBox(this);
-    sp = named<SplitPanel>("sp", this);
+    sp = made<SplitPanel>("sp", this);
     archivo = new RowList("archivo", 0, sp);
     correlacion = new RowList("correlacion", Title, sp);
     sp->setMinPanelSize(SmallestPanel);
@@ -137,19 +130,19 @@ void freedb::createControls()
     archivo->rows().setRightAligned({FileTimeColumn});
     correlacion->rows().setRightAligned({Track, Time});
     correlacion->rows().setEditableColumn(Title);
-    m_statusLine = named<QLabel>("status", this);
+    m_statusLine = made<QLabel>("status", this);
     m_statusLine->setTextFormat(Qt::PlainText);
     m_statusLine->setWordWrap(true);
     m_statusLine->setTextInteractionFlags(Qt::TextSelectableByMouse); // to be copied into a report
-    pb = named<QProgressBar>("pb", this);
+    pb = made<QProgressBar>("pb", this);
     pb->setTextVisible(false);
     pb->setRange(0, WholeProgress);
     pb->setValue(0);
-    sel = named<QCheckBox>("sel", this);
-    Pic = named<QPushButton>("Pic", this);
-    Command2 = named<QPushButton>("Command2", this);
+    sel = made<QCheckBox>("sel", this);
+    Pic = made<QPushButton>("Pic", this);
+    Command2 = made<QPushButton>("Command2", this);
     Command2->setDefault(true);
-    m_close = named<QPushButton>("cancel", this);
+    m_close = made<QPushButton>("cancel", this);
     timer1 = new QTimer(this);
     timer1->setObjectName(QStringLiteral("timer1"));
     timer1->setInterval(TickInterval);
@@ -172,10 +165,8 @@ void freedb::arrange()
     rows->addWidget(m_statusLine);
     rows->addWidget(pb);
     rows->addLayout(foot);
-    const std::vector<QWidget *> order{m_fields->lastBox(), archivo,
-        sp->findChild<QWidget *>(QStringLiteral("pbSplit")), correlacion, Pic, sel, Command2, m_close};
-    for (std::size_t next = 1; next < order.size(); ++next)
-        setTabOrder(order[next - 1], order[next]);
+    tabThrough({m_fields->lastBox(), archivo, sp->findChild<QWidget *>(QStringLiteral("pbSplit")), correlacion, Pic,
+        sel, Command2, m_close});
 }
 
 /// In the order that the component's users keep to.

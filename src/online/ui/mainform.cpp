@@ -2,6 +2,7 @@
 
 #include "app/settings.h"
 #include "controls/ui/elidedlabel.h"
+#include "controls/ui/making.h"
 #include "online/updatedescriptor.h"
 
 #include <QDir>
@@ -60,14 +61,6 @@ enum Column
     ColumnCount
 };
 
-template <typename Control>
-Control *named(const char *name, QWidget *parent)
-{
-    auto *control = new Control(parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
 QString chooseBySystem(QWidget *parent, const QString &title, const QString &start)
 {
     QFileDialog dialog(parent, title, start);
@@ -111,25 +104,25 @@ mainform::mainform(const UpdateContext &context, QWidget *parent)
 
 void mainform::createControls()
 {
-    labeltitle = named<QLabel>("labeltitle", this);
+    labeltitle = made<QLabel>("labeltitle", this);
     QFont large = labeltitle->font();
     large.setPointSizeF(large.pointSizeF() * 3 / 2);
     large.setBold(true);
     labeltitle->setFont(large);
-    frame1 = named<QGroupBox>("frame1", this);
-    frame2 = named<QGroupBox>("frame2", this);
-    labelstatus1 = named<ElidedLabel>("labelstatus1", frame1);
-    labelfname = named<ElidedLabel>("labelfname", frame1);
-    label1 = named<QLabel>("label1", frame1);
-    labelfs = named<QLabel>("labelfs", frame1);
-    labeldest = named<ElidedLabel>("labeldest", frame1);
-    labelst = named<ElidedLabel>("labelst", frame1);
-    m_estimate = named<QLabel>("estimate", frame1);
-    m_checks = named<ElidedLabel>("checks", frame1);
-    progressbar1 = named<QProgressBar>("progressbar1", frame1);
+    frame1 = made<QGroupBox>("frame1", this);
+    frame2 = made<QGroupBox>("frame2", this);
+    labelstatus1 = made<ElidedLabel>("labelstatus1", frame1);
+    labelfname = made<ElidedLabel>("labelfname", frame1);
+    label1 = made<QLabel>("label1", frame1);
+    labelfs = made<QLabel>("labelfs", frame1);
+    labeldest = made<ElidedLabel>("labeldest", frame1);
+    labelst = made<ElidedLabel>("labelst", frame1);
+    m_estimate = made<QLabel>("estimate", frame1);
+    m_checks = made<ElidedLabel>("checks", frame1);
+    progressbar1 = made<QProgressBar>("progressbar1", frame1);
     progressbar1->setTextVisible(false);
     progressbar1->setValue(0);
-    filelist = named<QTreeWidget>("filelist", frame2);
+    filelist = made<QTreeWidget>("filelist", frame2);
     filelist->setColumnCount(ColumnCount);
     filelist->setRootIsDecorated(false);
     filelist->setItemsExpandable(false);
@@ -140,17 +133,17 @@ void mainform::createControls()
     filelist->setEditTriggers(QAbstractItemView::NoEditTriggers);
     filelist->header()->setStretchLastSection(true);
     filelist->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    cmdget = named<QPushButton>("cmdget", this);
+    cmdget = made<QPushButton>("cmdget", this);
     cmdget->setDefault(true);
-    m_cancel = named<QPushButton>("cancel", this);
+    m_cancel = made<QPushButton>("cancel", this);
     m_cancel->setAutoDefault(false);
-    autoupdst = named<QStatusBar>("autoupdst", this);
+    autoupdst = made<QStatusBar>("autoupdst", this);
     autoupdst->setSizeGripEnabled(false);
-    m_state = named<ElidedLabel>("state", autoupdst);
+    m_state = made<ElidedLabel>("state", autoupdst);
     autoupdst->addWidget(m_state, 1);
-    timer1 = named<QTimer>("timer1", this);
+    timer1 = made<QTimer>("timer1", this);
     timer1->setInterval(EstimateTick);
-    timertimeout = named<QTimer>("timertimeout", this);
+    timertimeout = made<QTimer>("timertimeout", this);
     timertimeout->setInterval(ProgressTick);
 }
 
