@@ -113,7 +113,7 @@ class PackedProgram(unittest.TestCase):
         self.drive = self.prefix / "drive_c"
         settings = self.drive / "users/ana/AppData/Roaming/ravlin/ravlin.ini"
         settings.parent.mkdir(parents=True, exist_ok=True)
-        settings.write_text("[ini]\nidioma=en\ntags=2\n", encoding="ascii")
+        settings.write_text("[ini]\nidioma=en\ntags=2\nrename=1\n", encoding="ascii")
         self.music = self.folder / "Años de radio"
         self.music.mkdir()
         self.song = make_file(self.music / "pista.mp3", Song("Vieja", "Ana", "Mareas"))
@@ -213,7 +213,9 @@ class PackedProgram(unittest.TestCase):
     def test_the_installed_program_is_used_and_removed(self):
         setup = next(PACKAGES.glob("ravlin-*-setup.exe"))
         target = self.drive / "Música y más" / "ravlin añadido"
-        installed = self.wine(str(setup), "/S", "/CurrentUser", "/filetypes", "/D=C:\\Música y más\\ravlin añadido")
+        # The folder goes without quotes, which Wine would put around a word that holds a blank.
+        folder = "C:\\Música y más\\ravlin añadido"
+        installed = self.wine(str(setup), "/S", "/CurrentUser", "/filetypes", *f"/D={folder}".split(" "))
         self.assertEqual(installed.returncode, 0)
         wait_until((target / "uninstall.exe").exists, "the installed files")
         with zipfile.ZipFile(next(PACKAGES.glob("ravlin-*-windows.zip"))) as packed:
@@ -226,13 +228,12 @@ class PackedProgram(unittest.TestCase):
         self.assertIn("ravlin.exe\" \"%1\"", self.registry(classes + "ravlin.mp3\\shell\\open\\command"))
         self.assertEqual(len(list(self.drive.rglob("Start Menu/Programs/ravlin!.lnk"))), 1)
 
-        self.use("C:\\Música y más\\ravlin añadido\\ravlin.exe")
+        self.use(folder + "\\ravlin.exe")
 
         mine = target / "mine.txt"
         mine.write_text("not of the installer", encoding="ascii")
         # "_?=" has the uninstaller work where it is, so that there is something to wait for.
-        self.wine("C:\\Música y más\\ravlin añadido\\uninstall.exe", "/CurrentUser", "/S",
-                  "_?=C:\\Música y más\\ravlin añadido")
+        self.wine(folder + "\\uninstall.exe", "/CurrentUser", "/S", *f"_?={folder}".split(" "))
         left = {path.name for path in target.rglob("*") if path.is_file()}
         self.assertLessEqual(left, {"mine.txt", "uninstall.exe"})
         self.assertIn("mine.txt", left)
