@@ -205,7 +205,8 @@ class PackedProgram(unittest.TestCase):
             time.sleep(4)  # the question comes; a key too early costs one more try
             display.key("Return")
         self.achieve(program, "delete", delete, lambda: not renamed.exists())
-        in_trash = [path.name for path in (self.folder / "home").rglob("Trash/files/*")]
+        in_trash = [path.name for place in ("home", "data")
+                    for path in (self.folder / place).rglob("Trash/files/*")]
         self.assertEqual(len(in_trash), 1, in_trash)
 
     # The tests

@@ -30,7 +30,7 @@ set(RAVLIN_NOT_FOR_WINDOWS
     # They compare with TagLib, which is installed for this system only (decision 0014).
     tst_taglibwitness
     # All they expect is paths with slashes.
-    tst_commandline tst_foldername tst_dialog tst_renamingproperties
+    tst_commandline tst_foldername tst_dialog tst_renaming tst_renamingproperties
     # They don't end, and nobody has looked yet whether that is Wine's fault, the test's or ours.
     tst_batchpages tst_filecommands)
 foreach(name IN LISTS RAVLIN_NOT_FOR_WINDOWS)
@@ -76,7 +76,6 @@ set(RAVLIN_LEFT_OUT_tst_principallook theTabKeyGoesAsTheEyeDoes)
 # Wine's shell can't tell where in the recycle bin a file is, so that nothing comes back from it.
 set(RAVLIN_LEFT_OUT_tst_commandbar undoesOneAfterTheOther)
 # They fail, and nobody has looked yet whether that is Wine's fault, the test's or ours.
-set(RAVLIN_LEFT_OUT_tst_renaming adjustedNames)
 set(RAVLIN_LEFT_OUT_tst_languages everyTextIsInTheLanguageThatIsSpoken)
 
 # The prefix is made first and its server kept while tests run: to start both takes longer than most tests.
