@@ -10,9 +10,10 @@ ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
-void ElidedLabel::setFullText(const QString &text)
+void ElidedLabel::setFullText(const QString &text, const QString &detail)
 {
     m_fullText = text;
+    m_detail = detail;
     setAccessibleName(text);
     elide();
     updateGeometry();
@@ -45,7 +46,8 @@ void ElidedLabel::changeEvent(QEvent *event)
 void ElidedLabel::elide()
 {
     setText(fontMetrics().elidedText(m_fullText, Qt::ElideMiddle, contentsRect().width()));
-    setToolTip(text() == m_fullText ? QString() : QStringLiteral("<qt>%1</qt>").arg(m_fullText.toHtmlEscaped()));
+    const QString told = m_detail.isEmpty() && text() != m_fullText ? m_fullText : m_detail;
+    setToolTip(told.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(told.toHtmlEscaped()));
 }
 
 } // namespace ravlin

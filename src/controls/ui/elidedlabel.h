@@ -5,7 +5,7 @@
 namespace ravlin {
 
 /// A label of one line of plain text that may be longer than its place: the middle is left out then, and the tooltip
-/// tells the rest.
+/// tells it.
 class ElidedLabel : public QLabel
 {
     Q_OBJECT
@@ -14,7 +14,8 @@ public:
     explicit ElidedLabel(QWidget *parent = nullptr);
 
     const QString &fullText() const { return m_fullText; }
-    void setFullText(const QString &text);
+    /// The tooltip tells detail, in plain text; without it the text, where it is cut.
+    void setFullText(const QString &text, const QString &detail = {});
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -27,6 +28,7 @@ private:
     void elide();
 
     QString m_fullText;
+    QString m_detail;
 };
 
 } // namespace ravlin

@@ -32,12 +32,6 @@ constexpr int CaptionRemoveV1 = 51;
 constexpr int CaptionRemoveV2 = 52;
 constexpr int CaptionLowSpace = 86;
 
-/// A file name as a tooltip shows it, whatever it contains.
-QString plainToolTip(const QString &text)
-{
-    return text.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped());
-}
-
 } // namespace
 
 SingleFilePage::SingleFilePage(const SingleFilePageContext &context, QWidget *parent)
@@ -206,8 +200,7 @@ void SingleFilePage::ShowCurrent()
     showPage(m_record);
     eliminav1->setEnabled(m_record.HasV1);
     eliminav2->setEnabled(m_record.HasV2);
-    m_fileName->setFullText(path.mid(path.lastIndexOf(platform::Separator) + 1));
-    m_fileName->setToolTip(plainToolTip(path));
+    m_fileName->setFullText(path.mid(path.lastIndexOf(platform::Separator) + 1), path);
     m_streamPanel->clear();
     m_streamReader.request(path);
 }
@@ -221,7 +214,6 @@ void SingleFilePage::reset()
     eliminav1->setEnabled(false);
     eliminav2->setEnabled(false);
     m_fileName->setFullText({});
-    m_fileName->setToolTip({});
     m_streamReader.cancel();
     m_streamPanel->clear();
 }
