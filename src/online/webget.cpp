@@ -142,7 +142,11 @@ void WebGet::get(const QUrl &url)
     m_reply = m_network.get(requestFor(url, m_settings));
     m_reply->setReadBufferSize(std::min(m_settings.sizeLimit + 1, Buffered));
     connect(m_reply, &QNetworkReply::socketStartedConnecting, this, [this] { Q_EMIT stepped(WebStep::Connecting); });
-    connect(m_reply, &QNetworkReply::requestSent, this, [this] { Q_EMIT stepped(WebStep::RequestSent); });
+    // Not on all systems does this come before the answer begins.
+    connect(m_reply, &QNetworkReply::requestSent, this, [this] {
+        if (!m_isAnswering)
+            Q_EMIT stepped(WebStep::RequestSent);
+    });
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &WebGet::takeHeaders);
     connect(m_reply, &QNetworkReply::readyRead, this, &WebGet::tellReadable);
     connect(m_reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) {
@@ -167,7 +171,8 @@ void WebGet::cancel()
     if (reply == nullptr)
         return;
     reply->disconnect(this);
-    reply->abort();
+    // Its destruction ends what is under way. After abort() Qt would complain of the error that may be on its way from
+    // the network's thread already.
     reply->deleteLater();
 }
 
