@@ -1,5 +1,7 @@
 #include "online/discapply.h"
 
+#include "app/idiomas.h"
+#include "files/listcolumns.h"
 #include "tags/tagstore.h"
 
 namespace ravlin {
@@ -33,6 +35,20 @@ BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc
         return tagStore.SaveTag(path, record);
     };
     return runBatch(paths, state, progress, save, {OnFailure::GoOn, OnCancelled::StopTaking});
+}
+
+QStringList notSavedLines(const Captions &captions, const BatchOutcome &outcome, const std::vector<DiscFile> &files)
+{
+    QStringList lines;
+    for (qsizetype row = 0; row < outcome.rowCount(); ++row) {
+        if (outcome.outcome(row) == RowOutcome::Done)
+            continue;
+        const Error *error = outcome.error(row);
+        const QString reason =
+            error != nullptr ? captions.errorText(error->code) : captions.text(Text::OutcomeUntouched);
+        lines << shownName(files[static_cast<size_t>(row)].path) + QStringLiteral(": ") + reason;
+    }
+    return lines;
 }
 
 } // namespace ravlin

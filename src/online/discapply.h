@@ -4,11 +4,13 @@
 #include "tags/tagrecord.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
 namespace ravlin {
 
+class Captions;
 class TagStore;
 
 /// What all files of a disc get.
@@ -41,5 +43,8 @@ struct DiscFile
 /// the next is taken; none is taken after one was refused for want of space.
 BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc, TagStore &tagStore,
     const ProgramState &state, BatchProgress &progress);
+
+/// A line for each of the files that were not saved: its path and why.
+QStringList notSavedLines(const Captions &captions, const BatchOutcome &outcome, const std::vector<DiscFile> &files);
 
 } // namespace ravlin

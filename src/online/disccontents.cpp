@@ -76,6 +76,11 @@ double PlayedAudio::seconds() const
     return sampleRate > 0 ? double(samples) / sampleRate : 0;
 }
 
+qint64 PlayedAudio::frames() const
+{
+    return qRound64(seconds() * FramesPerSecond);
+}
+
 PlayedAudio PlayedAudio::withUsualDelayTakenOff() const
 {
     PlayedAudio shorter = *this;

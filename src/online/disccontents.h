@@ -27,6 +27,7 @@ struct PlayedAudio
 
     static PlayedAudio of(const StreamInfo &stream);
     double seconds() const;
+    qint64 frames() const; ///< of a CD, rounded
     /// Without the usual samples of an encoder, if the file does not tell them; never below nothing.
     PlayedAudio withUsualDelayTakenOff() const;
 };

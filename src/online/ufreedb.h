@@ -99,5 +99,3 @@ private:
 };
 
 } // namespace ravlin
-
-Q_DECLARE_METATYPE(ravlin::LookupFailure)

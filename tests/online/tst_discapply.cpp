@@ -1,5 +1,6 @@
 // A disc's data in a file's tag: track, title, artist and album are the disc's; year and genre only where it has them;
-// the rest stays.
+// the rest stays. Of a batch, a line for each file that was not saved tells why.
+#include "app/idiomas.h"
 #include "online/discapply.h"
 
 #include <QTest>
@@ -19,6 +20,7 @@ private Q_SLOTS:
     void everythingTheDiscTells();
     void emptyYearBoxFilesKeepTheirOwnYear();
     void fileWithoutATrackRowGetsEmptyTrackAndTitle();
+    void everyFileThatWasNotSavedIsALineWithItsReason();
 };
 
 void TestDiscApply::everythingTheDiscTells()
@@ -44,6 +46,19 @@ void TestDiscApply::fileWithoutATrackRowGetsEmptyTrackAndTitle()
     QCOMPARE(record.Track, QString());
     QCOMPARE(record.Title, QString());
     QCOMPARE(record.Artist, u"A"_s);
+}
+
+void TestDiscApply::everyFileThatWasNotSavedIsALineWithItsReason()
+{
+    Captions captions;
+    captions.fill();
+    BatchOutcome outcome(3);
+    outcome.add({});
+    outcome.add(tl::unexpected(Error{ErrorCode::NotFound, u"b.mp3"_s, {}}));
+    const std::vector<DiscFile> files{{u"a.mp3"_s, {}}, {u"b.mp3"_s, {}}, {u"c.mp3"_s, {}}};
+    QCOMPARE(
+        notSavedLines(captions, outcome, files), (QStringList{u"b.mp3: "_s + captions.errorText(ErrorCode::NotFound),
+                                                     u"c.mp3: "_s + captions.text(Text::OutcomeUntouched)}));
 }
 
 QTEST_GUILESS_MAIN(TestDiscApply)

@@ -1,19 +1,12 @@
 #pragma once
 
-#include "online/discapply.h"
-#include "online/disccontents.h"
-#include "online/lookupfailure.h"
-#include "online/xmcdrecord.h"
 #include "platform/error.h"
 #include "platform/filesystem.h"
 
 #include <QDialog>
 #include <QPointer>
-#include <QStringList>
 
 #include <functional>
-#include <optional>
-#include <vector>
 
 class QCheckBox;
 class QLabel;
@@ -25,14 +18,15 @@ namespace ravlin {
 
 class Captions;
 class DiscFieldsBox;
+class DiscLookup;
+class DiscSaving;
+class FacingLists;
 class MatchDialog;
 class PageOwner;
-class PlayingTimes;
-class RowList;
 class Settings;
-class SplitPanel;
 class TagStore;
-class uFREEDB;
+struct DiscRecord;
+struct LookupFailure;
 struct ProgramState;
 
 /// What the window works with. All of it outlives the window.
@@ -72,7 +66,6 @@ protected:
 private:
     void createControls();
     void arrange();
-    void configureDatabase();
     void connectControls();
     void connectLookup();
     void applyCaptions();
@@ -81,47 +74,31 @@ private:
     void loadFiles();
 
     void tick();
-    void measure();
-    void showMeasuring();
-    void takeMeasure(int file, const PlayedAudio &played);
-    void takeFailure(int file, const Error &error);
-    void query();
+    void begin();
+    void showMeasuring(int done, int count);
+    void endMeasuring();
+    void beginAsking();
+    void endLookup(const QString &status);
+    void tellIncomplete(int file, const Error &error);
     void tellNotFound();
     void tellFailure(const LookupFailure &failure);
     void offerChoice();
     void endChoice(int result);
     void showRecord(const DiscRecord &record);
     void openSearch();
-    void search(const QString &text);
-    void beginAsking();
-    void endLookup(const QString &status);
 
-    std::vector<PlayedAudio> playedAudio() const;
-    void compareTimes();
+    void save();
+    void showProgress(int done, int count);
+    void setStatus(const QString &status);
     void showStatus();
     void updateEnabling();
 
-    std::vector<DiscFile> filesToSave() const;
-    void save();
-    void showSaving(int done, int count);
-    void tellOutcome(const BatchOutcome &outcome, const std::vector<DiscFile> &files);
-
     FreedbContext m_context;
-    QStringList m_paths;                              ///< by a row's id in archivo
-    std::vector<std::optional<PlayedAudio>> m_played; ///< likewise, as far as measured
-    std::optional<LookupFailure> m_notMeasured;       ///< the first file that could not be
-    int m_measured = 0;
     bool m_hasBegun = false; ///< the first tick has come
-    bool m_queriesOnceMeasured = true;
-    bool m_isSaving = false;
-    std::optional<DiscRecord> m_record; ///< what correlacion shows
-    int m_differing = 0;                ///< rows whose playing times differ
     QString m_status;
 
     DiscFieldsBox *m_fields = nullptr; ///< tartista, talbum, ta_o, testilo
-    SplitPanel *sp = nullptr;
-    RowList *archivo = nullptr;
-    RowList *correlacion = nullptr;
+    FacingLists *sp = nullptr;         ///< archivo, correlacion
     QLabel *m_statusLine = nullptr;
     QProgressBar *pb = nullptr;
     QCheckBox *sel = nullptr;
@@ -129,8 +106,8 @@ private:
     QPushButton *Command2 = nullptr;
     QPushButton *m_close = nullptr;
     QTimer *timer1 = nullptr;
-    uFREEDB *uFREEDB1 = nullptr;
-    PlayingTimes *m_times = nullptr;
+    DiscLookup *m_lookup = nullptr;
+    DiscSaving *m_saving = nullptr;
     QPointer<MatchDialog> m_choice;
 };
 

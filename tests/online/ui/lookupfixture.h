@@ -47,22 +47,6 @@ inline const ServedDisc &disc(int index)
     return CddbServer::discs().at(static_cast<std::size_t>(index));
 }
 
-/// An MP3 file (MPEG-2.5 layer III, 8 kbit/s, 8,000 Hz, mono) that plays for that many frames of a CD and tells so.
-inline QByteArray cdTrack(qint64 frames)
-{
-    constexpr int Rate = 8000;
-    constexpr int Samples = 576;
-    constexpr int Size = 72;
-    const QByteArray header("\xff\xe3\x18\xc4");
-    const qint64 samples = frames * Rate / FramesPerSecond;
-    const qint64 count = (samples + Samples - 1) / Samples;
-    const qint64 padding = count * Samples - samples;
-    QByteArray info = header + QByteArray(9, '\0') + "Info" + QByteArray(4, '\0') + "LAME3.100" + QByteArray(13, '\0') +
-                      char(padding >> 8) + char(padding & 0xFF);
-    info.append(Size - info.size(), '\0');
-    return info + (header + QByteArray(Size - header.size(), '\0')).repeated(count);
-}
-
 /// The window with the tests' server, real files in a folder, and short words for its controls.
 class LookupFixture : public QObject
 {

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+/// What is odd about files and tracks that stand side by side, row by row. Lengths are in frames of a CD, nothing where
+/// they are not known.
+namespace ravlin {
+
+class Captions;
+
+using Lengths = std::vector<std::optional<qint64>>;
+
+/// For each track by how much the file beside it plays longer (negative: shorter); 0 where that is not known, not worth
+/// a word (2 seconds or less: encoders add that much), or where there is no file.
+std::vector<qint64> notableDifferences(const Lengths &files, const Lengths &tracks);
+
+/// A sentence about one of these differences; empty for 0.
+QString differenceRemark(const Captions &captions, qint64 frames);
+
+/// Sentences about what differs in the whole: the number of rows, and how many tracks have a notable difference.
+QStringList comparisonRemarks(const Captions &captions, qsizetype files, qsizetype tracks, qsizetype differing);
+
+} // namespace ravlin
