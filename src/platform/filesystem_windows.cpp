@@ -262,7 +262,7 @@ Result<std::vector<QString>> WindowsFileSystem::names(const QString &folder)
     if (folder.isEmpty() || !native.isValid())
         return systemError(ERROR_INVALID_NAME, folder, "FindFirstFileExW");
     WIN32_FIND_DATAW found{};
-    const HANDLE search = ::FindFirstFileExW(
+    HANDLE search = ::FindFirstFileExW(
         native.text(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
     std::vector<QString> names;
     if (search == INVALID_HANDLE_VALUE) {

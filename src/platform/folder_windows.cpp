@@ -51,7 +51,7 @@ Result<void> WindowsFolder::visit(Visitor visitor)
 {
     const NativePath native(m_path + u'*');
     WIN32_FIND_DATAW found{};
-    const HANDLE search = ::FindFirstFileExW(
+    HANDLE search = ::FindFirstFileExW(
         native.text(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (search == INVALID_HANDLE_VALUE) {
         if (::GetLastError() == ERROR_FILE_NOT_FOUND) // the root of an empty drive: it has no "." either

@@ -20,7 +20,7 @@ std::vector<QString> streamNames(const NativePath &path)
 {
     std::vector<QString> names;
     WIN32_FIND_STREAM_DATA found{};
-    const HANDLE search = ::FindFirstStreamW(path.text(), FindStreamInfoStandard, &found, 0);
+    HANDLE search = ::FindFirstStreamW(path.text(), FindStreamInfoStandard, &found, 0);
     if (search == INVALID_HANDLE_VALUE)
         return names;
     do {

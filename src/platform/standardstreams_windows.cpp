@@ -117,7 +117,7 @@ int displayWidth(char32_t character)
 
 Result<bool> writeTo(StandardStream stream, QByteArrayView bytes)
 {
-    const HANDLE handle = handleOf(stream);
+    HANDLE handle = handleOf(stream);
     bool isWritten = true;
     if (isTerminal(stream)) {
         isWritten = writeToConsole(handle, bytes);

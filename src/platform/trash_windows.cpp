@@ -55,6 +55,7 @@ private:
 
 /// Learns where in the recycle bin a file has come to lie, and keeps the shell from deleting for good what does not fit
 /// into it. Lives on the stack for as long as the operation.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): see above.
 class DeletionWatch final : public IFileOperationProgressSink
 {
 public:
@@ -192,6 +193,10 @@ Result<TrashedItem> moveToTrash(const QString &path)
     // The shell takes no path with the prefix, nor one that is not complete.
     const QString original = withoutPrefix(fromWide(NativePath(path).text()));
     const std::wstring native = original.toStdWString();
+    // It would delete what bears the name without the blank or full stop at its end.
+    if (!isUnderstoodByAll(original))
+        return tl::unexpected(
+            Error{ErrorCode::NoTrash, path, QStringLiteral("the recycle bin can't tell it from another name")});
     DeletionWatch watch;
     const HRESULT outcome = recycle(native, watch);
     if (watch.isRefused())

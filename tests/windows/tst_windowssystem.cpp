@@ -66,6 +66,38 @@ private Q_SLOTS:
         QVERIFY(scratch.names().isEmpty());
     }
 
+    void aNameThatTheShellWouldReadAsAnotherIsNotRecycled_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("other");
+        QTest::newRow("blank at the end") << u"song.mp3 "_s << u"song.mp3"_s;
+        QTest::newRow("full stop at the end") << u"song.mp3."_s << u"song.mp3"_s;
+        QTest::newRow("folder with a full stop") << u"disc.\\song.mp3"_s << u"disc\\song.mp3"_s;
+        QTest::newRow("folder with a blank") << u"disc \\song.mp3"_s << u"disc\\song.mp3"_s;
+    }
+    void aNameThatTheShellWouldReadAsAnotherIsNotRecycled()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, other);
+        const ScratchFolder scratch;
+        FileSystem &fileSystem = FileSystem::native();
+        const QString folder = QDir::toNativeSeparators(scratch.path());
+        for (const QString &path : {inFolder(folder, name), inFolder(folder, other)}) {
+            if (folderOf(path) != folder)
+                QVERIFY(fileSystem.createFolder(folderOf(path)));
+            QVERIFY(fileSystem.createNew(path));
+        }
+
+        const auto item = moveToTrash(inFolder(folder, name));
+        QVERIFY(!item);
+        QCOMPARE(item.error().code, ErrorCode::NoTrash);
+        QVERIFY(fileSystem.info(inFolder(folder, name)));
+        QVERIFY(fileSystem.info(inFolder(folder, other)));
+
+        QVERIFY(moveToTrash(inFolder(folder, other)));
+        QVERIFY(fileSystem.info(inFolder(folder, name)));
+    }
+
     void whatIsNotThereCannotBeRecycled()
     {
         const ScratchFolder scratch;
