@@ -138,11 +138,4 @@ std::array<int, ListColumnCount> columnWidths(int listWidth, ColumnSet hidden)
     return widths;
 }
 
-int dropPosition(int y, int firstTop, int rowHeight, int rowCount)
-{
-    if (rowHeight <= 0)
-        return rowCount;
-    return std::clamp((y - firstTop + rowHeight / 2) / rowHeight, 0, rowCount);
-}
-
 } // namespace ravlin

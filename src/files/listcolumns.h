@@ -45,8 +45,4 @@ QString shownName(const QString &name);
 /// proportion; hidden columns have the width 0.
 std::array<int, ListColumnCount> columnWidths(int listWidth, ColumnSet hidden = {});
 
-/// The position between rows of equal height that is nearest to a height y: 0 before the first, rowCount behind the
-/// last, also for any y beyond it. firstTop: of row 0, negative when it is scrolled out of sight.
-int dropPosition(int y, int firstTop, int rowHeight, int rowCount);
-
 } // namespace ravlin

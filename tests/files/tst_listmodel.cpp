@@ -202,17 +202,6 @@ private Q_SLOTS:
         QCOMPARE(columnWidths(8572)[0], 2510);
     }
 
-    void aDropFallsBetweenTheNearestRows()
-    {
-        QCOMPARE(dropPosition(-50, 0, 20, 5), 0);
-        QCOMPARE(dropPosition(9, 0, 20, 5), 0);
-        QCOMPARE(dropPosition(11, 0, 20, 5), 1);
-        QCOMPARE(dropPosition(95, 0, 20, 5), 5);
-        QCOMPARE(dropPosition(4000, 0, 20, 5), 5);
-        QCOMPARE(dropPosition(5, -40, 20, 5), 2); // two rows are scrolled out of sight
-        QCOMPARE(dropPosition(5, 0, 0, 0), 0);
-    }
-
     void theStatusBarCountsRowsAndNamesTheCurrentFile()
     {
         const StatusTexts texts =

@@ -1,13 +1,11 @@
 #include "files/ui/filelist.h"
 
+#include "controls/ui/rowdrag.h"
 #include "files/ui/elidedtips.h"
 
-#include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QPainter>
-#include <QScrollBar>
 
 #include <algorithm>
 #include <numeric>
@@ -17,8 +15,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int DropMarkThickness = 2;    ///< pixels
-constexpr int ScrollInterval = 50;      ///< milliseconds between two rows while a drag is held beyond the edge
 constexpr int SmallestColumnWidth = 20; ///< pixels
 
 bool isShiftAlone(const QKeyEvent &event)
@@ -33,7 +29,8 @@ bool isCommandLetter(int key)
 
 } // namespace
 
-FileList::FileList(QWidget *parent) : QTreeView(parent), m_model(new FileListModel(this))
+FileList::FileList(QWidget *parent)
+    : QTreeView(parent), m_model(new FileListModel(this)), m_drag(new RowDrag(this, DropRule::NearestEdge))
 {
     setModel(m_model);
     setItemDelegate(new ElidedTips(this));
@@ -57,12 +54,13 @@ FileList::FileList(QWidget *parent) : QTreeView(parent), m_model(new FileListMod
     header()->setMinimumSectionSize(SmallestColumnWidth);
     header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     connect(header(), &QHeaderView::sectionClicked, this, &FileList::sortByHeader);
+    connect(m_drag, &RowDrag::began, this, [this] { m_pressedRow = -1; });
     updateSortArrow();
 }
 
 void FileList::setRows(std::vector<ListRow> rows)
 {
-    endDrag();
+    m_drag->giveUp();
     m_model->setAutomaticSorting(true);
     m_model->setRows(std::move(rows));
     updateSortArrow();
@@ -192,10 +190,8 @@ QItemSelection FileList::rangesOf(const std::vector<bool> &selected) const
 
 void FileList::keyPressEvent(QKeyEvent *event)
 {
-    if (isDragging() && event->key() == Qt::Key_Escape) {
-        endDrag();
+    if (m_drag->keyPress(*event))
         return;
-    }
     if (isShiftAlone(*event) && isCommandLetter(event->key())) {
         m_pressedCommand = event->key();
         return; // it must not start a search by name; what it does happens when it is released
@@ -229,34 +225,24 @@ void FileList::keyReleaseEvent(QKeyEvent *event)
 void FileList::mousePressEvent(QMouseEvent *event)
 {
     m_pressedRow = indexAt(event->pos()).row();
-    m_pressPosition = event->pos();
-    m_mayDrag = m_pressedRow >= 0 && event->buttons() == Qt::LeftButton && event->modifiers() == Qt::NoModifier;
+    m_drag->press(*event);
     QTreeView::mousePressEvent(event);
 }
 
 void FileList::mouseMoveEvent(QMouseEvent *event)
 {
-    if (!m_mayDrag || !(event->buttons() & Qt::LeftButton)) {
+    if (!m_drag->move(*event))
         QTreeView::mouseMoveEvent(event);
-        return;
-    }
-    const int distance = (event->pos() - m_pressPosition).manhattanLength();
-    if (isDragging() || distance >= QApplication::startDragDistance())
-        dragTo(event->pos().y());
 }
 
 void FileList::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (isDragging() && event->button() == Qt::LeftButton) {
-        const int from = m_pressedRow;
-        const int position = m_dropPosition;
-        endDrag();
+    if (const std::optional<RowDrag::Drop> drop = m_drag->release(*event)) {
         setState(NoState); // of the press, which the view has seen
-        dropRow(from, position);
+        dropRow(drop->row, drop->position);
         return;
     }
     QTreeView::mouseReleaseEvent(event);
-    m_mayDrag = false;
     const int pressedRow = std::exchange(m_pressedRow, -1);
     if (event->button() == Qt::RightButton)
         Q_EMIT rightClicked();
@@ -281,7 +267,7 @@ void FileList::contextMenuEvent(QContextMenuEvent *event)
 void FileList::mouseDoubleClickEvent(QMouseEvent *event)
 {
     QTreeView::mouseDoubleClickEvent(event);
-    m_mayDrag = false;
+    m_drag->giveUp();
     m_pressedRow = -1; // the click before it has been reported
     const int row = indexAt(event->pos()).row();
     if (event->button() == Qt::LeftButton && row >= 0)
@@ -289,36 +275,6 @@ void FileList::mouseDoubleClickEvent(QMouseEvent *event)
 }
 
 // Dragging a row
-
-int FileList::rowTop(int row) const
-{
-    const QRect first = visualRect(m_model->index(0, 0));
-    return first.top() + row * first.height();
-}
-
-void FileList::dragTo(int y)
-{
-    const int rowHeight = rowTop(1) - rowTop(0);
-    m_dropPosition = dropPosition(y, rowTop(0), rowHeight, rowCount());
-    viewport()->setCursor(Qt::DragMoveCursor);
-    viewport()->update();
-    const bool isBeyondEdge = y < 0 || y >= viewport()->height();
-    if (!isBeyondEdge)
-        m_scrollTimer.stop();
-    else if (!m_scrollTimer.isActive())
-        m_scrollTimer.start(ScrollInterval, this);
-}
-
-void FileList::timerEvent(QTimerEvent *event)
-{
-    if (event->timerId() != m_scrollTimer.timerId()) {
-        QTreeView::timerEvent(event);
-        return;
-    }
-    const int y = viewport()->mapFromGlobal(QCursor::pos()).y();
-    verticalScrollBar()->triggerAction(y < 0 ? QScrollBar::SliderSingleStepSub : QScrollBar::SliderSingleStepAdd);
-    dragTo(y);
-}
 
 void FileList::dropRow(int from, int position)
 {
@@ -340,35 +296,17 @@ void FileList::dropRow(int from, int position)
     updateSortArrow();
 }
 
-void FileList::endDrag()
-{
-    m_scrollTimer.stop();
-    m_mayDrag = false;
-    if (!isDragging())
-        return;
-    m_dropPosition = -1;
-    m_pressedRow = -1;
-    viewport()->unsetCursor();
-    viewport()->update();
-}
-
 void FileList::focusOutEvent(QFocusEvent *event)
 {
     m_pressedCommand = 0; // its release goes elsewhere
-    endDrag();
+    m_drag->giveUp();
     QTreeView::focusOutEvent(event);
 }
 
 void FileList::paintEvent(QPaintEvent *event)
 {
     QTreeView::paintEvent(event);
-    if (!isDragging())
-        return;
-    QPainter painter(viewport());
-    const int lastTop = viewport()->height() - DropMarkThickness;
-    const int top = std::clamp(rowTop(m_dropPosition) - DropMarkThickness / 2, 0, std::max(0, lastTop));
-    const QRect mark(0, top, viewport()->width(), DropMarkThickness);
-    painter.fillRect(mark, palette().color(QPalette::Active, QPalette::WindowText));
+    m_drag->paintMark();
 }
 
 // Columns

@@ -2,7 +2,6 @@
 
 #include "files/ui/filelistmodel.h"
 
-#include <QBasicTimer>
 #include <QStringList>
 #include <QTreeView>
 
@@ -11,6 +10,8 @@
 #include <vector>
 
 namespace ravlin {
+
+class RowDrag;
 
 /// The list of MP3 files: rows of eight columns, sorted by a click on a header, rearranged by dragging a row.
 ///
@@ -89,7 +90,6 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
-    void timerEvent(QTimerEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
@@ -105,18 +105,10 @@ private:
     /// every single cell.
     void keepSelection(const std::function<std::vector<std::size_t>()> &reorder);
 
-    bool isDragging() const { return m_dropPosition >= 0; }
-    void dragTo(int y);
-    void endDrag();
-    int rowTop(int row) const;
-
     FileListModel *const m_model;
+    RowDrag *const m_drag;
     int m_pressedCommand = 0; ///< the letter that was pressed with Shift alone and is still down
-    int m_pressedRow = -1;    ///< under the mouse button
-    bool m_mayDrag = false;   ///< the left button alone is down on a row
-    QPoint m_pressPosition;
-    int m_dropPosition = -1; ///< -1: no drag
-    QBasicTimer m_scrollTimer;
+    int m_pressedRow = -1;    ///< that may be clicked: under the mouse button, and not dragged
     ColumnSet m_hidden;
     int m_laidOutWidth = -1; ///< the list's width that the columns fit
 };

@@ -1,11 +1,10 @@
 #include "online/ui/rowlist.h"
 
-#include <QApplication>
+#include "controls/ui/rowdrag.h"
+
 #include <QEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QPainter>
-#include <QPainterPath>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
 
@@ -15,10 +14,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr int DropMarkThickness = 2; ///< pixels
-constexpr int DropMarkArrow = 6;     ///< pixels that the arrow at the mark's beginning is long
-constexpr int RoomBetweenRows = 2;   ///< pixels
-constexpr int ScrollInterval = 50;   ///< milliseconds between two rows while a drag is held beyond the edge
+constexpr int RoomBetweenRows = 2; ///< pixels
 
 /// Makes a row with a sign as high as one without: rows of the two lists face each other.
 class EvenRows final : public QStyledItemDelegate
@@ -36,7 +32,8 @@ public:
 } // namespace
 
 RowList::RowList(const char *name, int wideColumn, QWidget *parent)
-    : QTreeView(parent), m_model(new RowListModel(this)), m_wideColumn(wideColumn)
+    : QTreeView(parent), m_model(new RowListModel(this)), m_drag(new RowDrag(this, DropRule::BeforeRowUnder)),
+      m_wideColumn(wideColumn)
 {
     setObjectName(QLatin1String(name));
     setModel(m_model);
@@ -56,6 +53,8 @@ RowList::RowList(const char *name, int wideColumn, QWidget *parent)
     connect(m_model, &QAbstractItemModel::rowsMoved, this, &RowList::orderChanged);
     connect(m_model, &QAbstractItemModel::modelReset, this, &RowList::orderChanged);
     connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &RowList::selectionEdited);
+    connect(m_drag, &RowDrag::began, this,
+        [this] { selectionModel()->select(m_selectionBefore, QItemSelectionModel::ClearAndSelect); });
 }
 
 void RowList::fitIcons()
@@ -114,10 +113,8 @@ void RowList::moveRowTo(int row, int position)
 
 void RowList::keyPressEvent(QKeyEvent *event)
 {
-    if (isDragging() && event->key() == Qt::Key_Escape) {
-        endDrag();
+    if (m_drag->keyPress(*event))
         return;
-    }
     const bool isMove = (event->modifiers() & ~Qt::KeypadModifier) == Qt::AltModifier;
     const int row = currentIndex().row();
     if (isMove && event->key() == Qt::Key_Up)
@@ -133,123 +130,43 @@ void RowList::keyPressEvent(QKeyEvent *event)
 
 void RowList::mousePressEvent(QMouseEvent *event)
 {
-    m_pressedRow = indexAt(event->pos()).row();
-    m_pressPosition = event->pos();
-    m_mayDrag = m_pressedRow >= 0 && event->buttons() == Qt::LeftButton && event->modifiers() == Qt::NoModifier;
+    m_drag->press(*event);
     m_selectionBefore = selectionModel()->selection();
     QTreeView::mousePressEvent(event);
 }
 
 void RowList::mouseMoveEvent(QMouseEvent *event)
 {
-    if (!m_mayDrag || !(event->buttons() & Qt::LeftButton)) {
+    if (!m_drag->move(*event))
         QTreeView::mouseMoveEvent(event);
-        return;
-    }
-    const int distance = (event->pos() - m_pressPosition).manhattanLength();
-    if (!isDragging() && distance < QApplication::startDragDistance())
-        return;
-    if (!isDragging())
-        beginDrag();
-    dragTo(event->pos().y());
 }
 
 void RowList::mouseReleaseEvent(QMouseEvent *event)
 {
-    if (isDragging() && event->button() == Qt::LeftButton) {
-        const int row = m_pressedRow;
-        const int position = m_dropPosition;
-        endDrag();
+    if (const std::optional<RowDrag::Drop> drop = m_drag->release(*event)) {
         setState(NoState); // of the press, which the view has seen
-        moveRowTo(row, position);
-        return;
+        moveRowTo(drop->row, drop->position);
+    } else {
+        QTreeView::mouseReleaseEvent(event);
     }
-    QTreeView::mouseReleaseEvent(event);
-    m_mayDrag = false;
 }
 
 void RowList::mouseDoubleClickEvent(QMouseEvent *event)
 {
     QTreeView::mouseDoubleClickEvent(event);
-    m_mayDrag = false;
-}
-
-void RowList::beginDrag()
-{
-    selectionModel()->select(m_selectionBefore, QItemSelectionModel::ClearAndSelect);
-    viewport()->setCursor(Qt::DragMoveCursor);
-}
-
-int RowList::rowTop(int row) const
-{
-    const QRect first = visualRect(m_model->index(0, 0));
-    return first.top() + row * first.height();
-}
-
-/// Before the row under that height; behind the last one below it.
-int RowList::positionAt(int y) const
-{
-    const int top = rowTop(0);
-    const int height = std::max(1, rowTop(1) - top);
-    const int row = y < top ? 0 : (y - top) / height;
-    return std::min(row, m_model->rowCount());
-}
-
-void RowList::dragTo(int y)
-{
-    m_dragY = y;
-    m_dropPosition = positionAt(y);
-    viewport()->update();
-    const bool isBeyondEdge = y < 0 || y >= viewport()->height();
-    if (!isBeyondEdge)
-        m_scrollTimer.stop();
-    else if (!m_scrollTimer.isActive())
-        m_scrollTimer.start(ScrollInterval, this);
-}
-
-void RowList::timerEvent(QTimerEvent *event)
-{
-    if (event->timerId() != m_scrollTimer.timerId()) {
-        QTreeView::timerEvent(event);
-        return;
-    }
-    verticalScrollBar()->triggerAction(m_dragY < 0 ? QScrollBar::SliderSingleStepSub : QScrollBar::SliderSingleStepAdd);
-    dragTo(m_dragY);
-}
-
-void RowList::endDrag()
-{
-    m_scrollTimer.stop();
-    m_mayDrag = false;
-    m_dropPosition = -1;
-    viewport()->unsetCursor();
-    viewport()->update();
+    m_drag->giveUp();
 }
 
 void RowList::focusOutEvent(QFocusEvent *event)
 {
-    if (isDragging())
-        endDrag();
+    m_drag->giveUp();
     QTreeView::focusOutEvent(event);
 }
 
 void RowList::paintEvent(QPaintEvent *event)
 {
     QTreeView::paintEvent(event);
-    if (!isDragging())
-        return;
-    QPainter painter(viewport());
-    painter.setRenderHint(QPainter::Antialiasing);
-    const int lowest = std::max(DropMarkArrow, viewport()->height() - DropMarkArrow);
-    const int middle = std::clamp(rowTop(m_dropPosition), DropMarkArrow / 2, lowest);
-    const QColor colour = palette().color(QPalette::Active, QPalette::WindowText);
-    painter.fillRect(0, middle - DropMarkThickness / 2, viewport()->width(), DropMarkThickness, colour);
-    QPainterPath arrow;
-    arrow.moveTo(0, middle - DropMarkArrow);
-    arrow.lineTo(DropMarkArrow, middle);
-    arrow.lineTo(0, middle + DropMarkArrow);
-    arrow.closeSubpath();
-    painter.fillPath(arrow, colour);
+    m_drag->paintMark();
 }
 
 } // namespace ravlin

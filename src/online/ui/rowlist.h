@@ -2,13 +2,14 @@
 
 #include "online/ui/rowlistmodel.h"
 
-#include <QBasicTimer>
 #include <QItemSelection>
 #include <QTreeView>
 
 #include <vector>
 
 namespace ravlin {
+
+class RowDrag;
 
 /// A list whose rows the user puts in order: a row is dragged with the left button and dropped before the row under the
 /// pointer, which a mark shows meanwhile, or moved by Alt and an arrow key. The selection goes with the rows.
@@ -44,29 +45,17 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
-    void timerEvent(QTimerEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
     void fitIcons();
     void follow(const RowList *other);
-    bool isDragging() const { return m_dropPosition >= 0; }
-    int positionAt(int y) const;
-    int rowTop(int row) const;
-    void beginDrag();
-    void dragTo(int y);
-    void endDrag();
 
     RowListModel *const m_model;
+    RowDrag *const m_drag;
     int m_wideColumn;
-    bool m_isFollowing = false; ///< the other list's scrolling
-    int m_pressedRow = -1;      ///< under the left button
-    bool m_mayDrag = false;
-    QPoint m_pressPosition;
+    bool m_isFollowing = false;       ///< the other list's scrolling
     QItemSelection m_selectionBefore; ///< the press, which a drag gives back
-    int m_dropPosition = -1;          ///< -1: no drag
-    int m_dragY = 0;                  ///< height of the pointer that drags
-    QBasicTimer m_scrollTimer;
 };
 
 } // namespace ravlin
