@@ -1,20 +1,19 @@
 #include "files/listsort.h"
 
 #include "platform/parallel.h"
+#include "platform/textorder.h"
 
-#include <QCollator>
 #include <QDateTime>
 
 #include <algorithm>
 #include <limits>
 #include <numeric>
-#include <optional>
 
 namespace ravlin {
 
 namespace {
 
-/// A collator belongs to one thread, so each stretch of values gets one of its own.
+/// A TextOrder belongs to one thread, so each stretch of values gets one of its own.
 constexpr std::size_t StretchSize = 4096;
 
 double numberOf(const QString &text, const QLocale &locale)
@@ -65,21 +64,17 @@ std::vector<Key> keysOf(std::size_t count, const std::function<QString(std::size
     return keys;
 }
 
-using TextKeys = std::vector<std::optional<QCollatorSortKey>>;
-
 /// Comparing two sort keys is comparing bytes; the rules of the language are applied once for each value.
-TextKeys textKeys(std::size_t count, const std::function<QString(std::size_t)> &text, const QLocale &locale)
+std::vector<platform::TextKey> textKeys(
+    std::size_t count, const std::function<QString(std::size_t)> &text, const QLocale &locale)
 {
-    TextKeys keys(count);
+    std::vector<platform::TextKey> keys(count);
     const std::size_t stretches = (count + StretchSize - 1) / StretchSize;
     const auto makeStretch = [&](std::size_t stretch) {
-        QCollator collator(locale);
-        collator.setCaseSensitivity(Qt::CaseInsensitive);
+        const platform::TextOrder textOrder(locale);
         const std::size_t end = std::min(count, (stretch + 1) * StretchSize);
-        for (std::size_t i = stretch * StretchSize; i < end; ++i) {
-            // Folded because the locale "C" knows no rules that could ignore case.
-            keys[i] = collator.sortKey(text(i).toCaseFolded());
-        }
+        for (std::size_t i = stretch * StretchSize; i < end; ++i)
+            keys[i] = textOrder.keyOf(text(i));
     };
     platform::parallelFor(stretches, makeStretch, 1);
     return keys;

@@ -3,6 +3,7 @@
 
 #include "files/currentfolder.h"
 #include "files/listmodel.h"
+#include "support/nativepath.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -11,6 +12,7 @@
 #include <numeric>
 
 using namespace ravlin;
+using namespace ravlin::test;
 
 class TestListModel : public QObject
 {
@@ -69,8 +71,8 @@ private Q_SLOTS:
     {
         QVERIFY(!hasLongName(QString(64, u'x')));
         QVERIFY(hasLongName(QString(65, u'x')));
-        QVERIFY(!hasLongName(QString(40, u'x') + u'/' + QString(64, u'é'))); // the prefix does not count
-        QVERIFY(hasLongName(QStringLiteral("a/") + QString(65, u'é')));
+        QVERIFY(!hasLongName(QString(40, u'x') + platform::Separator + QString(64, u'é'))); // the prefix does not count
+        QVERIFY(hasLongName(native(QStringLiteral("a/")) + QString(65, u'é')));
         const QString outsideThePlane = QStringLiteral("𝄞");
         QVERIFY(!hasLongName(outsideThePlane.repeated(64)));
         QVERIFY(hasLongName(outsideThePlane.repeated(65)));
@@ -89,6 +91,7 @@ private Q_SLOTS:
 
     void rowsArriveSortedStablyByTheColumnChosenLast()
     {
+        QTest::failOnWarning(QRegularExpression(QStringLiteral("sortKey"))); // the rows have empty cells
         ListModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         model.setRows(rows("b C a"));
@@ -215,18 +218,20 @@ private Q_SLOTS:
     void enteringAFolderKeepsItsPathsAndClearsTheCancelledFlag()
     {
         ProgramState state;
-        platform::FileSystem &native = platform::FileSystem::native();
+        platform::FileSystem &fileSystem = platform::FileSystem::native();
+        const QString folder = native(QDir::tempPath());
         state.cancelled = true;
-        enterFolder(state, QStringLiteral("/tmp"), native);
-        QCOMPARE(state.currentFolder, QStringLiteral("/tmp/"));
-        QCOMPARE(state.currentFolderAsChosen, QStringLiteral("/tmp"));
-        QCOMPARE(state.freeMegabytes > 0, native.freeBytes(QStringLiteral("/tmp")).value() >= 1024 * 1024);
+        enterFolder(state, folder, fileSystem);
+        QCOMPARE(state.currentFolder, folder + platform::Separator);
+        QCOMPARE(state.currentFolderAsChosen, folder);
+        QCOMPARE(state.freeMegabytes > 0, fileSystem.freeBytes(folder).value() >= 1024 * 1024);
         QVERIFY(!state.cancelled);
         state.cancelled = true;
-        enterFolder(state, QStringLiteral("/tmp"), native); // a refresh
+        enterFolder(state, folder, fileSystem); // a refresh
         QVERIFY(state.cancelled);
-        enterFolder(state, QStringLiteral("/"), native);
-        QCOMPARE(state.currentFolder, QStringLiteral("/"));
+        const QString root = native(QDir::rootPath());
+        enterFolder(state, root, fileSystem);
+        QCOMPARE(state.currentFolder, root);
         QVERIFY(!state.cancelled);
     }
 

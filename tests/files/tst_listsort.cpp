@@ -65,6 +65,14 @@ private Q_SLOTS:
         QCOMPARE(sorted(words("日本 z あ Z"), SortKind::Text, Qt::DescendingOrder).size(), 4);
     }
 
+    void whatComesFirstInATextCountsMost()
+    {
+        const QStringList texts = words("cd1/d.mp3 d b2 c.mp3 ab a2 a1 b ba a");
+        QCOMPARE(sorted(texts, SortKind::Text), words("a a1 a2 ab b b2 ba c.mp3 cd1/d.mp3 d"));
+        QCOMPARE(sorted({QStringLiteral("a"), {}, QStringLiteral("-"), {}}, SortKind::Text),
+            QStringList({{}, {}, QStringLiteral("-"), QStringLiteral("a")}));
+    }
+
     void equalValuesKeepTheirOrderBothWays()
     {
         QCOMPARE(sorted(words("x B a b A X"), SortKind::Text), words("a A B b x X"));

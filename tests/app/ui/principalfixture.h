@@ -6,6 +6,7 @@
 #include "files/ui/filelist.h"
 #include "files/ui/foldertree.h"
 #include "support/mp3builder.h"
+#include "support/nativepath.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -69,8 +70,8 @@ protected:
         m_program.reset();
     }
 
-    QString path() const { return QDir::toNativeSeparators(m_folder->path()); }
-    QString at(const QString &name) const { return QDir::toNativeSeparators(m_folder->path() + u'/' + name); }
+    QString path() const { return native(m_folder->path()); }
+    QString at(const QString &name) const { return native(m_folder->path() + u'/' + name); }
     QString addFile(const QString &name, const QByteArray &content = audio()) const
     {
         QDir().mkpath(QFileInfo(at(name)).path());

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QCollator>
+#include <QLocale>
+#include <QString>
+
+#include <optional>
+
+namespace ravlin::platform {
+
+#ifdef _WIN32
+// Qt compares the bytes of the system's keys in pairs, each the wrong way round, and what stands in memory behind them.
+using TextKey = QByteArray;
+#else
+using TextKey = std::optional<QCollatorSortKey>;
+#endif
+
+/// Makes keys that compare with < as the people of a locale order texts, without regard to case. Texts that differ in
+/// case alone have equal keys; the empty text's comes before all others.
+///
+/// An object belongs to one thread; keys of several objects for one locale may be compared.
+class TextOrder
+{
+public:
+    explicit TextOrder(const QLocale &locale);
+
+    TextKey keyOf(const QString &text) const;
+
+private:
+    QCollator m_collator;
+};
+
+} // namespace ravlin::platform
