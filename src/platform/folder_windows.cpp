@@ -101,7 +101,11 @@ Result<bool> WindowsFolder::hasVisibleSubfolder()
 
 Result<std::unique_ptr<Folder>> Folder::open(const QString &path)
 {
-    const auto info = FileSystem::native().info(path);
+    // The system says of a file's path with a separator behind it that it is none.
+    QString bare = path;
+    while (bare.endsWith(Separator) && !bare.endsWith(u":\\"))
+        bare.chop(1);
+    const auto info = FileSystem::native().info(bare);
     if (!info)
         return tl::unexpected(info.error());
     if (!info->isFolder)
