@@ -1,10 +1,12 @@
 // The command line names a folder, or a file whose folder is meant.
 
 #include "app/commandline.h"
+#include "support/nativepath.h"
 
 #include <QTest>
 
 using namespace ravlin;
+using namespace ravlin::test;
 
 class TestCommandLine : public QObject
 {
@@ -31,7 +33,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, commandLine);
         QFETCH(QString, folder);
-        QCOMPARE(folderOfCommandLine(commandLine), folder);
+        QCOMPARE(folderOfCommandLine(native(commandLine)), native(folder));
     }
 };
 

@@ -3,6 +3,7 @@
 // overwritten with less.
 
 #include "app/settings.h"
+#include "platform/systemfolders.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -93,9 +94,9 @@ QStringList tst_settings::filesInFolder() const
 
 void tst_settings::defaultPathIsInTheConfigurationFolder()
 {
-    const QString configuration = qEnvironmentVariable("XDG_CONFIG_HOME");
-    if (configuration.isEmpty())
-        QSKIP("XDG_CONFIG_HOME is not set");
+    const int number = static_cast<int>(platform::SpecialFolder::RoamingSettings);
+    const QString configuration = QDir::fromNativeSeparators(platform::specialFolder(number));
+    QVERIFY(QDir::isAbsolutePath(configuration));
     QCOMPARE(Settings::defaultPath(), configuration + u"/ravlin/ravlin.ini"_s);
     QCOMPARE(Settings().path(), Settings::defaultPath());
     QVERIFY(!QFileInfo::exists(configuration + u"/ravlin"_s)); // asking leaves nothing behind

@@ -4,16 +4,14 @@
 
 #include "files/folderscan.h"
 #include "files/tagcache.h"
+#include "support/links.h"
 #include "support/mp3builder.h"
+#include "support/nativepath.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using namespace ravlin;
 using namespace ravlin::test;
@@ -50,7 +48,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
     TagCache m_cache;
 
-    QString root() const { return QDir::toNativeSeparators(m_folder->path() + u'/'); }
+    QString root() const { return native(m_folder->path() + u'/'); }
     QString make(const QString &name, const QByteArray &title) const
     {
         return writeFile(m_folder->path(), name, mp3(title));
@@ -99,9 +97,9 @@ private Q_SLOTS:
         const ScanOptions options{.cache = &m_cache};
         QCOMPARE(ListFolderTree(root(), options)->filesRead, size_t{2});
         QCOMPARE(ListFolderTree(root(), options)->filesRead, size_t{0});
-        QCOMPARE(ListFolder(root() + QStringLiteral("x/"), QString(), options)->filesRead, size_t{0});
-        const auto tags = readListTags(
-            root(), {QStringLiteral("x/y/2.mp3"), QStringLiteral("gone.mp3"), QStringLiteral("x/1.mp3")}, options);
+        QCOMPARE(ListFolder(native(root() + QStringLiteral("x/")), QString(), options)->filesRead, size_t{0});
+        const auto tags = readListTags(root(),
+            native({QStringLiteral("x/y/2.mp3"), QStringLiteral("gone.mp3"), QStringLiteral("x/1.mp3")}), options);
         QCOMPARE(tags.size(), size_t{3});
         QCOMPARE(tags[0]->title(), QStringLiteral("two"));
         QVERIFY(!tags[1]);
@@ -123,16 +121,14 @@ private Q_SLOTS:
         QTest::qSleep(SettlingTime);
         list();
         QCOMPARE(list().filesRead, size_t{0});
-        struct stat before
-        {
-        };
-        QCOMPARE(::stat(qPrintable(path), &before), 0);
+        platform::FileSystem &fileSystem = platform::FileSystem::native();
+        const platform::FileInfo before = fileSystem.info(path).value();
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadWrite));
         file.write(mp3("new"));
         file.close();
-        const timespec times[] = {before.st_atim, before.st_mtim};
-        QCOMPARE(::utimensat(AT_FDCWD, qPrintable(path), times, 0), 0);
+        QVERIFY(fileSystem.open(path, platform::OpenMode::ReadWrite).value()->setModified(before.modified));
+        QCOMPARE(fileSystem.info(path)->modified, before.modified);
         QCOMPARE(titleOf(list(), QStringLiteral("a.mp3")), QStringLiteral("new"));
     }
 
@@ -142,8 +138,8 @@ private Q_SLOTS:
         make(QStringLiteral("b.mp3"), "two");
         QTest::qSleep(SettlingTime);
         list();
-        QCOMPARE(
-            ::rename(qPrintable(root() + QStringLiteral("b.mp3")), qPrintable(root() + QStringLiteral("a.mp3"))), 0);
+        QVERIFY(
+            platform::FileSystem::native().replace(root() + QStringLiteral("b.mp3"), root() + QStringLiteral("a.mp3")));
         const Listing listing = list();
         QCOMPARE(listing.rows.size(), size_t{1});
         QCOMPARE(titleOf(listing, QStringLiteral("a.mp3")), QStringLiteral("two"));
@@ -153,8 +149,9 @@ private Q_SLOTS:
     {
         make(QStringLiteral("one"), "one");
         make(QStringLiteral("two"), "two");
-        const QByteArray link = QFile::encodeName(root() + QStringLiteral("a.mp3"));
-        QCOMPARE(::symlink("one", link.constData()), 0);
+        const QString link = root() + QStringLiteral("a.mp3");
+        if (!symbolicLink(QStringLiteral("one"), link))
+            QSKIP("no symbolic links here");
         QTest::qSleep(SettlingTime);
         list();
         QCOMPARE(list().filesRead, size_t{0});
@@ -162,8 +159,8 @@ private Q_SLOTS:
         QCOMPARE(titleOf(list(), QStringLiteral("a.mp3")), QStringLiteral("new"));
         QTest::qSleep(SettlingTime);
         list();
-        ::unlink(link.constData());
-        QCOMPARE(::symlink("two", link.constData()), 0);
+        QVERIFY(QFile::remove(link));
+        QVERIFY(symbolicLink(QStringLiteral("two"), link));
         QCOMPARE(titleOf(list(), QStringLiteral("a.mp3")), QStringLiteral("two"));
     }
 

@@ -3,12 +3,14 @@
 
 #include "app/settings.h"
 #include "naming/foldername.h"
+#include "support/nativepath.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
+using namespace ravlin::test;
 
 namespace {
 
@@ -34,7 +36,7 @@ FolderRule pattern(const QString &text)
 
 QString renamed(const TagRecord &record, const FolderRule &rule, const QString &folder = u"/music/New"_s)
 {
-    return newFolderPath(folder, record, rule).value_or(u"(none)"_s);
+    return newFolderPath(native(folder), record, rule).value_or(u"(none)"_s);
 }
 
 } // namespace
@@ -46,39 +48,39 @@ class tst_foldername : public QObject
 private Q_SLOTS:
     void artistAndAlbum()
     {
-        QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s), artistAlbum()), u"/music/Band - Live"_s);
-        QCOMPARE(renamed(tag({}, u"Live"_s), artistAlbum()), u"/music/Live"_s);
-        QCOMPARE(renamed(tag(u"Band"_s, {}), artistAlbum()), u"/music/Band"_s);
+        QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s), artistAlbum()), native(u"/music/Band - Live"_s));
+        QCOMPARE(renamed(tag({}, u"Live"_s), artistAlbum()), native(u"/music/Live"_s));
+        QCOMPARE(renamed(tag(u"Band"_s, {}), artistAlbum()), native(u"/music/Band"_s));
         QCOMPARE(renamed(tag({}, {}), artistAlbum()), u"(none)"_s);
     }
 
     void thePattern()
     {
-        QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s, u"1999"_s), pattern(u"%3 - %2"_s)), u"/music/1999 - Live"_s);
-        QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s), pattern(u"%3 - %2"_s)), u"/music/%3 - Live"_s);
-        QCOMPARE(
-            renamed(tag(u"a"_s, u"b"_s, u"1999"_s, u"Rock"_s), pattern(u"%4 %3 %2 %1"_s)), u"/music/Rock 1999 b a"_s);
-        QCOMPARE(renamed(tag(u"a"_s, u"b"_s), pattern(u"%2 %2 %5"_s)), u"/music/b %2 %5"_s);
+        QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s, u"1999"_s), pattern(u"%3 - %2"_s)), native(u"/music/1999 - Live"_s));
+        QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s), pattern(u"%3 - %2"_s)), native(u"/music/%3 - Live"_s));
+        QCOMPARE(renamed(tag(u"a"_s, u"b"_s, u"1999"_s, u"Rock"_s), pattern(u"%4 %3 %2 %1"_s)),
+            native(u"/music/Rock 1999 b a"_s));
+        QCOMPARE(renamed(tag(u"a"_s, u"b"_s), pattern(u"%2 %2 %5"_s)), native(u"/music/b %2 %5"_s));
         QCOMPARE(renamed(tag(u"a"_s, u"b"_s), pattern({})), u"(none)"_s);
     }
 
     void aSlashInTheAlbumGoesUnderThePatternAndStaysUnderTheFirstRule()
     {
-        QCOMPARE(renamed(tag({}, u"A/B"_s), pattern(u"%2"_s)), u"/music/AB"_s);
-        QCOMPARE(renamed(tag({}, u"A/B"_s), artistAlbum()), u"/music/A/B"_s);
-        QCOMPARE(renamed(tag(u"Who?"_s, u"a>b|c"_s), artistAlbum()), u"/music/Who? - a>b|c"_s);
+        QCOMPARE(renamed(tag({}, u"A/B"_s), pattern(u"%2"_s)), native(u"/music/AB"_s));
+        QCOMPARE(renamed(tag({}, u"A/B"_s), artistAlbum()), native(u"/music/"_s) + u"A/B"_s);
+        QCOMPARE(renamed(tag(u"Who?"_s, u"a>b|c"_s), artistAlbum()), native(u"/music/Who? - a>b|c"_s));
     }
 
     void literalTextOfThePatternIsNotCleaned()
     {
-        QCOMPARE(renamed(tag(u"a"_s, {}), pattern(u"x/%1?"_s)), u"/music/x/a?"_s);
+        QCOMPARE(renamed(tag(u"a"_s, {}), pattern(u"x/%1?"_s)), native(u"/music/"_s) + u"x/a?"_s);
     }
 
     void whenBothAreOnTheFirstRuleWinsWhereItMakesAName()
     {
         const FolderRule both{true, true, u"p %2%3"_s};
-        QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s), both), u"/music/Band - Live"_s);
-        QCOMPARE(renamed(tag({}, {}, u"1999"_s), both), u"/music/p %21999"_s);
+        QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s), both), native(u"/music/Band - Live"_s));
+        QCOMPARE(renamed(tag({}, {}, u"1999"_s), both), native(u"/music/p %21999"_s));
     }
 
     void withoutARuleThereIsNoNewName() { QCOMPARE(renamed(tag(u"Band"_s, u"Live"_s), {}), u"(none)"_s); }
@@ -86,9 +88,9 @@ private Q_SLOTS:
     void theFolderIsNamedByItsPathWithAndWithoutSeparator()
     {
         const TagRecord record = tag(u"Band"_s, {});
-        QCOMPARE(renamed(record, artistAlbum(), u"/music/New/"_s), u"/music/Band"_s);
-        QCOMPARE(renamed(record, artistAlbum(), u"/music/New//"_s), u"/music/Band"_s);
-        QCOMPARE(renamed(record, artistAlbum(), u"/New"_s), u"/Band"_s);
+        QCOMPARE(renamed(record, artistAlbum(), u"/music/New/"_s), native(u"/music/Band"_s));
+        QCOMPARE(renamed(record, artistAlbum(), u"/music/New//"_s), native(u"/music/Band"_s));
+        QCOMPARE(renamed(record, artistAlbum(), u"/New"_s), native(u"/Band"_s));
         QCOMPARE(renamed(record, artistAlbum(), u"/"_s), u"(none)"_s);
         QCOMPARE(renamed(record, artistAlbum(), QString()), u"(none)"_s);
     }

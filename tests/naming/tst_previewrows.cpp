@@ -4,6 +4,7 @@
 #include "naming/extraction.h"
 #include "naming/filename.h"
 #include "naming/previewrows.h"
+#include "support/nativepath.h"
 #include "support/tagfixture.h"
 
 #include <QDir>
@@ -168,7 +169,7 @@ private Q_SLOTS:
         const QString path = file(u"old.MP3"_s);
         const PreviewRow row = previewRenaming(path, {2, {}, {}, {}}, m_store);
         QCOMPARE(row.name, u"07 - Title.mp3"_s);
-        QCOMPARE(row.newPath, m_folder.filePath(u"07 - Title.mp3"_s));
+        QCOMPARE(row.newPath, native(m_folder.filePath(u"07 - Title.mp3"_s)));
         QCOMPARE(row.record, full());
         QVERIFY(!row.isUntouched);
         QVERIFY(QFile::exists(path));
@@ -198,7 +199,7 @@ private Q_SLOTS:
 
     void aFileThatCannotBeReadIsMarkedAndStays()
     {
-        const QString path = m_folder.filePath(u"missing - file.mp3"_s);
+        const QString path = native(m_folder.filePath(u"missing - file.mp3"_s));
         const PreviewRow extraction = previewExtraction(path, u"%1 - %3"_s, m_store);
         QVERIFY(extraction.isUnreadable());
         QVERIFY(extraction.isUntouched);

@@ -24,7 +24,7 @@ public:
         QFile file(path(name));
         if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
             qFatal("cannot write the test's file %s", qPrintable(file.fileName()));
-        return file.fileName();
+        return path(name); // QFile tells it with slashes
     }
     static QByteArray read(const QString &path)
     {

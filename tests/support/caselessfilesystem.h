@@ -3,6 +3,7 @@
 #include "platform/filesystem.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace ravlin::test {
 
@@ -32,7 +33,9 @@ public:
     }
     Result<void> renameNew(const QString &from, const QString &to) override
     {
-        return m_inner.renameNew(found(from), found(to));
+        if (onDisk(to))
+            return tl::unexpected(Error{ErrorCode::AlreadyExists, to, {}});
+        return m_inner.renameNew(found(from), to);
     }
     Result<void> createFolder(const QString &path) override { return m_inner.createFolder(found(path)); }
     Result<void> removeFolder(const QString &path) override { return m_inner.removeFolder(found(path)); }
@@ -49,16 +52,17 @@ public:
 
 private:
     /// The path as it is on the disk; as given when there is none.
-    QString found(const QString &path)
+    QString found(const QString &path) { return onDisk(path).value_or(path); }
+    std::optional<QString> onDisk(const QString &path)
     {
         const qsizetype start = path.lastIndexOf(platform::Separator) + 1;
         const QString folder = path.first(start);
         const auto names = m_inner.names(folder.isEmpty() ? QStringLiteral(".") : folder);
         if (!names)
-            return path;
+            return std::nullopt;
         const QString key = path.sliced(start).toCaseFolded();
         const auto same = std::ranges::find(*names, key, [](const QString &name) { return name.toCaseFolded(); });
-        return same == names->end() ? path : folder + *same;
+        return same == names->end() ? std::nullopt : std::optional(folder + *same);
     }
 
     platform::FileSystem &m_inner = platform::FileSystem::native();

@@ -2,18 +2,14 @@
 // modification, however they are written.
 
 #include "platform/filesystem.h"
+#include "support/links.h"
 #include "support/mp3builder.h"
 #include "tags/tagstore.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <array>
 #include <memory>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
@@ -28,20 +24,20 @@ private:
     ProgramState m_state;
     TagStore m_store{m_state, platform::FileSystem::native()};
 
-    static constexpr qint64 OldTime = 1'000'000'000; // seconds since 1970
+    static constexpr qint64 OldTime = 1'000'000'000'123'456'700; // in ticks of 100 ns, as Windows has them
 
     QString oldFile(const QByteArray &content) const
     {
         const QString path = writeFile(m_folder->path(), u"a.mp3"_s, content);
-        const std::array<timespec, 2> times{timespec{OldTime, 0}, timespec{OldTime, 123}};
-        if (utimensat(AT_FDCWD, qPrintable(path), times.data(), 0) != 0)
+        const auto file = platform::FileSystem::native().open(path, platform::OpenMode::ReadWrite);
+        if (!file || !(*file)->setModified(OldTime))
             qFatal("cannot set the file's time");
         return path;
     }
     static bool hasOldTime(const QString &path)
     {
-        struct stat info = {};
-        return stat(qPrintable(path), &info) == 0 && info.st_mtim.tv_sec == OldTime && info.st_mtim.tv_nsec == 123;
+        const auto info = platform::FileSystem::native().info(path);
+        return info && info->modified == OldTime;
     }
     TagRecord record(const QString &title) const
     {
@@ -143,7 +139,7 @@ private Q_SLOTS:
             const QString path = oldFile(content);
             const QString second = m_folder->filePath(u"second"_s);
             if (links == 2)
-                QCOMPARE(link(qPrintable(path), qPrintable(second)), 0);
+                QVERIFY(hardLink(path, second));
             m_state.options.keepFileTimes = keep;
             for (const int mode : {2, 3, 4, 5}) {
                 m_state.tagSaveMode = mode;

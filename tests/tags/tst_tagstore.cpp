@@ -9,8 +9,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <sys/stat.h>
-
 using namespace ravlin;
 using namespace ravlin::test;
 
@@ -102,17 +100,11 @@ private Q_SLOTS:
         QCOMPARE(record.Genre, QStringLiteral("Electronic"));
         QVERIFY(after.contains(audio()));
         // A save that changes nothing writes nothing.
-        struct stat first
-        {
-        };
-        struct stat second
-        {
-        };
-        QCOMPARE(::stat(qPrintable(path), &first), 0);
+        const platform::FileInfo first = platform::FileSystem::native().info(path).value();
         QCOMPARE(saved(path, fullRecord(), mode), after);
-        QCOMPARE(::stat(qPrintable(path), &second), 0);
-        QCOMPARE(second.st_mtim.tv_nsec, first.st_mtim.tv_nsec);
-        QCOMPARE(second.st_ino, first.st_ino);
+        const platform::FileInfo second = platform::FileSystem::native().info(path).value();
+        QCOMPARE(second.modified, first.modified);
+        QCOMPARE(second.inode, first.inode);
     }
 
     void id3v1OnlyLeavesTheId3v2TagAsItIs()
@@ -310,13 +302,13 @@ private Q_SLOTS:
         for (const QByteArray &content :
             {audio(), id3v2(3, textFrame(3, "TIT2", QStringLiteral("x")), {.padding = 500}) + audio()}) {
             const QString path = file(content);
-            QCOMPARE(::chmod(qPrintable(path), 0444), 0);
+            QVERIFY(platform::FileSystem::native().setPermissions(path, 0444));
             for (const int mode : {1, 2, 3, 4, 5}) {
                 saved(path, fullRecord(), mode);
                 QCOMPARE(platform::FileSystem::native().info(path)->permissions, 0444U);
             }
             QCOMPARE(read(path).Title, QStringLiteral("Canción"));
-            QFile::remove(path);
+            QVERIFY(platform::FileSystem::native().remove(path));
         }
     }
 
@@ -325,11 +317,11 @@ private Q_SLOTS:
         const QByteArray content =
             id3v2(3, textFrame(3, "TIT2", QStringLiteral("x"))) + audio() + id3v1({.title = "x"});
         const QString path = file(content);
-        QCOMPARE(::chmod(qPrintable(path), 0444), 0);
+        QVERIFY(platform::FileSystem::native().setPermissions(path, 0444));
         QCOMPARE(m_store.RemoveV1(path).error().code, ErrorCode::ReadOnly);
         QCOMPARE(m_store.RemoveV2(path).error().code, ErrorCode::ReadOnly);
         QCOMPARE(readFile(path), content);
-        QFile::remove(path);
+        QVERIFY(platform::FileSystem::native().remove(path));
     }
 
     void stripTakesOneKindOnly()

@@ -168,7 +168,7 @@ private Q_SLOTS:
         addFile(u"sub/a.mp3"_s, titled(u"one"_s));
         open(path());
         QTest::keyClick(tree(), Qt::Key_F2);
-        QCOMPARE(list()->rowTexts(), QStringList{u"sub/a.mp3"_s});
+        QCOMPARE(list()->rowTexts(), QStringList{native(u"sub/a.mp3"_s)});
         tabs()->setCurrentIndex(3);
         control<QRadioButton>(u"op3"_s)->click();
         control<QComboBox>(u"tavanzado"_s)->setEditText(u"%3"_s);

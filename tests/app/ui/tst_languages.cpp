@@ -112,7 +112,9 @@ QList<WindowMaker> windowMakers()
                 if (!silent.isListening() && !silent.listen(QHostAddress::LocalHost))
                     qFatal("no port to listen on");
                 const QString address = u"http://127.0.0.1:%1"_s.arg(silent.serverPort());
-                return new mainform({program.settings, program.captions, program.fileSystem, address});
+                auto *window = new mainform({program.settings, program.captions, program.fileSystem, address});
+                window->setMinimumWidth(1200); // room for its states in any font: a text that is cut is none of them
+                return window;
             },
             {}, connectionStates()},
         {u"frmAbout"_s, [](Program &program) { return new frmAbout(program.captions); }, {},

@@ -8,6 +8,7 @@
 #include "online/ui/rowlist.h"
 #include "support/cddbserver.h"
 #include "support/cddbtest.h"
+#include "support/nativepath.h"
 #include "support/tagfixture.h"
 #include "tags/ui/fakepageowner.h"
 
@@ -73,7 +74,7 @@ protected:
         m_settings->write(settingskey::Correo, u"ana@mail.example"_s);
         m_state = roomyState();
         QDir(m_folder->path()).mkdir(u"music"_s);
-        m_state.currentFolder = m_folder->filePath(u"music"_s) + u'/';
+        m_state.currentFolder = native(m_folder->filePath(u"music/"_s));
         m_store = std::make_unique<TagStore>(m_state, platform::FileSystem::native());
         speak(u"english"_s);
         m_owner = FakePageOwner();
