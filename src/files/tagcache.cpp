@@ -41,7 +41,7 @@ void TagCache::put(const QString &folderPath, Entries entries)
     }
     m_size += entries.size();
     m_byLastUse.emplace(++m_clock, folderPath);
-    m_folders.insert(folderPath, {std::move(entries), m_clock});
+    m_folders[folderPath] = {std::move(entries), m_clock};
 }
 
 void TagCache::clear()

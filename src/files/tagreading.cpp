@@ -23,25 +23,36 @@ qint64 nanosecondsNow()
 }
 
 /// Moves the old entries of the files to where these stand in the new list; the others are new and unknown. Both lists
-/// mostly come in the same order, then nothing is searched.
+/// mostly come in the same order but for a few names that came or went, then next to nothing is searched.
 TagCache::Entries alignedEntries(TagCache::Entries old, const std::vector<QString> &names)
 {
+    constexpr std::size_t MostGoneInOnePlace = 8;
     TagCache::Entries aligned(names.size());
-    QHash<QString, std::size_t> positions; // made at the first file out of order
+    std::vector<std::size_t> outOfOrder;
     std::size_t next = 0;
     for (std::size_t i = 0; i < names.size(); ++i) {
+        const std::size_t end = std::min(old.size(), next + MostGoneInOnePlace + 1);
         std::size_t found = next;
-        if (!old.empty() && (next >= old.size() || !old[next].file.isNamed(names[i]))) {
-            if (positions.isEmpty()) {
-                for (std::size_t j = 0; j < old.size(); ++j)
-                    positions.insert(old[j].file.name(), j);
-            }
-            found = positions.value(names[i], old.size());
-        }
-        if (found < old.size()) {
-            aligned[i].state = std::exchange(old[found].state, {});
-            aligned[i].file = old[found].file; // shared; a name told twice is found twice
+        while (found < end && !old[found].file.isNamed(names[i]))
+            ++found;
+        if (found < end) {
+            aligned[i] = std::exchange(old[found], {});
             next = found + 1;
+        } else {
+            outOfOrder.push_back(i);
+        }
+    }
+    if (outOfOrder.empty())
+        return aligned;
+    QHash<QString, std::size_t> left;
+    for (std::size_t i = 0; i < old.size(); ++i) {
+        if (const QString name = old[i].file.name(); !name.isEmpty()) // else it was taken
+            left.insert(name, i);
+    }
+    for (const std::size_t i : outOfOrder) {
+        if (const auto found = left.constFind(names[i]); found != left.cend()) {
+            aligned[i] = std::move(old[*found]);
+            left.erase(found);
         } else {
             aligned[i].file = ListedFile(names[i]);
         }
@@ -68,7 +79,8 @@ private:
     {
         QString path;
         std::size_t firstRow = 0;
-        TagCache::Entries entries; ///< of its files, in their order
+        std::vector<QString> names; ///< of its files
+        TagCache::Entries entries;  ///< likewise, in the same order
     };
     /// Files of one folder that one thread reads in one go.
     struct Stretch
@@ -81,7 +93,7 @@ private:
     static constexpr std::size_t LongestStretch = 64;
 
     void readStretch(const Stretch &stretch);
-    Result<Outcome> readFile(platform::Folder &folder, TagCache::Entry &entry, ListRow &row) const;
+    Result<Outcome> readFile(platform::Folder &folder, const QString &name, TagCache::Entry &entry, ListRow &row) const;
     void addFailure(std::size_t row, const QString &path, const Error &error);
     void updateCache();
 
@@ -105,11 +117,10 @@ TagReading::TagReading(std::vector<FolderFiles> folders, const ScanOptions &opti
     m_rows.reserve(fileCount);
     m_folders.reserve(folders.size());
     for (FolderFiles &folder : folders) {
-        ScannedFolder scanned{folder.path, m_rows.size(), {}};
-        const std::size_t count = folder.names.size();
+        ScannedFolder scanned{folder.path, m_rows.size(), std::move(folder.names), {}};
+        const std::size_t count = scanned.names.size();
         scanned.entries =
-            alignedEntries(options.cache ? options.cache->take(folder.path) : TagCache::Entries(), folder.names);
-        folder.names = {}; // they are in the entries now
+            alignedEntries(options.cache ? options.cache->take(folder.path) : TagCache::Entries(), scanned.names);
         for (const TagCache::Entry &entry : scanned.entries)
             m_rows.push_back({folder.prefix, entry.file});
         for (std::size_t begin = 0; begin < count; begin += LongestStretch)
@@ -152,32 +163,30 @@ void TagReading::readStretch(const Stretch &stretch)
         const std::size_t row = scanned.firstRow + i;
         TagCache::Entry &entry = scanned.entries[i];
         const Result<Outcome> outcome =
-            folder ? readFile(**folder, entry, m_rows[row]) : tl::unexpected(folder.error());
+            folder ? readFile(**folder, scanned.names[i], entry, m_rows[row]) : tl::unexpected(folder.error());
         if (outcome)
             m_outcomes[row] = *outcome;
         else
-            addFailure(row, scanned.path + entry.file.name(), outcome.error());
+            addFailure(row, scanned.path + scanned.names[i], outcome.error());
         ++m_done;
         if (m_options.progress && std::this_thread::get_id() == m_caller)
-            m_options.progress({m_done, m_rows.size(), m_rows[row].text()});
+            m_options.progress({m_done, m_rows.size(), m_rows[row].prefix + scanned.names[i]});
     }
 }
 
 /// The state is asked for before the content is read: a change in between makes the state an old one, which no later
 /// question can give, and so the file is read again.
-Result<TagReading::Outcome> TagReading::readFile(platform::Folder &folder, TagCache::Entry &entry, ListRow &row) const
+Result<TagReading::Outcome> TagReading::readFile(
+    platform::Folder &folder, const QString &name, TagCache::Entry &entry, ListRow &row) const
 {
-    const QString name = entry.file.name();
     TagCache::FileState state;
     if (m_options.cache) {
         const Result<platform::FileInfo> info = folder.info(name);
         if (!info)
             return tl::unexpected(info.error());
         state = TagCache::FileState(*info);
-        if (state == entry.state) {
-            row.file = entry.file;
-            return Outcome::Cached;
-        }
+        if (state == entry.state)
+            return Outcome::Cached; // the row has the entry's texts
         if (!TagCache::isSettled(*info, m_startTime))
             state = {};
     }

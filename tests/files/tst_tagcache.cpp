@@ -4,6 +4,7 @@
 
 #include "files/folderscan.h"
 #include "files/tagcache.h"
+#include "files/tagreading.h"
 #include "support/links.h"
 #include "support/mp3builder.h"
 #include "support/nativepath.h"
@@ -104,6 +105,54 @@ private Q_SLOTS:
         QCOMPARE(tags[0]->title(), QStringLiteral("two"));
         QVERIFY(!tags[1]);
         QCOMPARE(tags[2]->title(), QStringLiteral("one"));
+    }
+
+    void namesThatComeAndGoCostNoOtherFileItsEntry_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        QTest::addColumn<int>("filesRead");
+        const auto row = [](const char *name, const char *before, const char *after, int filesRead) {
+            QTest::newRow(name) << QString::fromLatin1(before) << QString::fromLatin1(after) << filesRead;
+        };
+        row("as before", "abcdefghijklmnop", "abcdefghijklmnop", 0);
+        row("the first gone", "abcdef", "bcdef", 0);
+        row("one gone", "abcdef", "abdef", 0);
+        row("the last gone", "abcdef", "abcde", 0);
+        row("a dozen gone", "abcdefghijklmnop", "abop", 0);
+        row("one come first", "bcdef", "abcdef", 1);
+        row("one come", "abdef", "abcdef", 1);
+        row("one come last", "abcde", "abcdef", 1);
+        row("a dozen come", "abop", "abcdefghijklmnop", 12);
+        row("come, gone, come", "acdfgh", "abcdeg", 2);
+        row("turned round", "abcdefghijklmnop", "ponmlkjihgfedcba", 0);
+        row("the last now first", "abcdefghijklmnop", "pabcdefghijklmno", 0);
+        row("told twice", "abc", "abab", 2);
+        row("others", "abc", "def", 3);
+    }
+    void namesThatComeAndGoCostNoOtherFileItsEntry()
+    {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        for (const QChar letter : before + after)
+            make(letter + QStringLiteral(".mp3"), QString(3, letter).toLatin1());
+        QTest::qSleep(SettlingTime);
+        const ScanOptions options{.cache = &m_cache};
+        const auto read = [&](const QString &letters) {
+            FolderFiles files{root(), QString(), {}};
+            for (const QChar letter : letters)
+                files.names.push_back(letter + QStringLiteral(".mp3"));
+            return readTags({files}, options);
+        };
+        QCOMPARE(read(before).readCount, static_cast<std::size_t>(before.size()));
+        const ReadFiles again = read(after);
+        QTEST(static_cast<int>(again.readCount), "filesRead");
+        QString titles;
+        for (const ListRow &row : again.rows) {
+            QCOMPARE(row.file.title(), QString(3, row.file.name().front()));
+            titles += row.file.name().front();
+        }
+        QCOMPARE(titles, after);
     }
 
     void aChangeWithinTheTickOfTheReadingShows()
