@@ -1,5 +1,7 @@
 #include "naming/texttransforms.h"
 
+#include "naming/lettercase.h"
+
 #include <algorithm>
 #include <array>
 #include <numeric>
@@ -32,7 +34,7 @@ QString capital(const QString &codePoint, const QLocale &locale)
     if (QChar::isMark(codePointAt(codePoint, 0)))
         return codePoint;
     // Greek drops the accents of words in capitals only, not that of a capital before small letters.
-    const QString upper = locale.language() == QLocale::Greek ? codePoint.toUpper() : locale.toUpper(codePoint);
+    const QString upper = locale.language() == QLocale::Greek ? codePoint.toUpper() : upperCase(codePoint, locale);
     // One character is to become a capital: where several letters would come out ("ß", "ﬁ"), it keeps its form.
     return upper.size() == codePointSize(upper, 0) ? upper : codePoint;
 }
@@ -42,9 +44,9 @@ QString lowerRest(const QString &text, qsizetype firstSize, const QLocale &local
 {
     // Lower case may depend on what stands before (the final sigma of a two-letter word), so the
     // whole text is converted where the first code point can be told apart afterwards.
-    const QString lower = locale.toLower(text);
-    const QString firstLower = locale.toLower(text.first(firstSize));
-    return lower.startsWith(firstLower) ? lower.sliced(firstLower.size()) : locale.toLower(text.sliced(firstSize));
+    const QString lower = lowerCase(text, locale);
+    const QString firstLower = lowerCase(text.first(firstSize), locale);
+    return lower.startsWith(firstLower) ? lower.sliced(firstLower.size()) : lowerCase(text.sliced(firstSize), locale);
 }
 
 QString capitalize(const QString &text, const QLocale &locale)
@@ -185,9 +187,9 @@ QString ConvertCase(const QString &text, int mode, const QLocale &locale)
 {
     switch (mode) {
     case CaseUpper:
-        return locale.toUpper(text);
+        return upperCase(text, locale);
     case CaseLower:
-        return locale.toLower(text);
+        return lowerCase(text, locale);
     case CaseCapitalize:
         return capitalize(text, locale);
     default:

@@ -61,8 +61,6 @@ set(RAVLIN_LEFT_OUT_tst_settings aSymbolicLinkStays permissions)
 set(RAVLIN_LEFT_OUT_tst_folderscan namesThatAreNoUnicodeAreListedAndFoundAgain)
 set(RAVLIN_LEFT_OUT_tst_clsfilefunc hardLinksInOtherCaseAreTaken
     caseAloneWhereCaseCounts) # where a name is to change its case alone, Wine does nothing, and says that it did
-# Qt for MinGW-w64 is built without ICU: letters are converted without the rules of single languages.
-set(RAVLIN_LEFT_OUT_tst_texttransforms lettersFollowTheLocale greekKeepsAccentsAndFinalSigma)
 # Wine's schannel can't load the certificate of the tests' own servers.
 set(RAVLIN_LEFT_OUT_tst_ufreedb encryptedServer)
 set(RAVLIN_LEFT_OUT_tst_cddbfetch certificateThatNobodyTrusts certificateOfAnotherName encryptedAnswer
