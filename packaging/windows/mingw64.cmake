@@ -34,5 +34,3 @@ set(Qt6HostInfo_DIR "${QT_HOST_PATH_CMAKE_DIR}/Qt6HostInfo")
 
 # Unoptimised objects hold more sections than the plain format counts.
 set(CMAKE_CXX_FLAGS_INIT -Wa,-mbig-obj)
-# Windows 10 is what Qt 6 needs.
-add_compile_definitions(_WIN32_WINNT=0x0A00 WINVER=0x0A00 NTDDI_VERSION=0x0A000006 UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)

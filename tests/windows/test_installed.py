@@ -20,6 +20,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "e2e"))
 from collection import Song, make_file, read_v2  # noqa: E402
 from waiting import wait_until  # noqa: E402
 
+GUIDE = Path(__file__).resolve().parents[2] / "docs/guide"
 PACKAGES = Path(os.environ["RAVLIN_PACKAGES"])
 EVIDENCE = Path(os.environ.get("RAVLIN_EVIDENCE_DIR", "e2e-evidence"))
 TRIES = 4
@@ -223,6 +224,8 @@ class PackedProgram(unittest.TestCase):
             names = {name.partition("/")[2] for name in packed.namelist()}
         present = {str(path.relative_to(target)) for path in target.rglob("*") if path.is_file()}
         self.assertEqual(present, names | {"uninstall.exe"})
+        guide = {f"guide/{path.relative_to(GUIDE)}" for path in GUIDE.rglob("*") if path.is_file()}
+        self.assertGreaterEqual(present, guide)
         classes = "HKCU\\Software\\Classes\\"
         self.assertEqual(self.registry(classes + ".mp3"), "ravlin.mp3")
         self.assertEqual(self.registry(classes + "ravlin.mp3"), "MP3 audio")
