@@ -1,5 +1,7 @@
 #include "files/listmodel.h"
 
+#include "files/alignment.h"
+
 #include <algorithm>
 
 namespace ravlin {
@@ -65,10 +67,15 @@ Qt::ItemFlags ListModel::flags(const QModelIndex &index) const
 void ListModel::setRows(std::vector<ListRow> rows)
 {
     beginResetModel();
-    m_rows = std::move(rows);
     m_isInOrder = m_order.automatic;
-    if (m_order.automatic)
-        sortRows();
+    if (m_order.automatic) {
+        std::vector<std::size_t> positions = sortedAsBefore(rows);
+        arrange(std::move(rows), positions);
+        m_setPositions = std::move(positions);
+    } else {
+        m_rows = std::move(rows);
+        m_setPositions.clear();
+    }
     endResetModel();
 }
 
@@ -80,6 +87,7 @@ void ListModel::setTags(const std::vector<std::optional<ListedFile>> &tags)
             m_rows[i].takeTags(*tags[i]);
     }
     m_isInOrder = m_isInOrder && m_order.column == static_cast<int>(ListColumn::File);
+    m_setPositions.clear();
     if (count > 0)
         Q_EMIT dataChanged(index(0, 1), index(static_cast<int>(count) - 1, ListColumnCount - 1));
 }
@@ -96,6 +104,7 @@ bool ListModel::moveRowTo(int from, int to)
         std::rotate(first + to, first + from, first + from + 1);
     endMoveRows();
     m_isInOrder = false;
+    m_setPositions.clear();
     return true;
 }
 
@@ -116,7 +125,9 @@ std::vector<std::size_t> ListModel::reorder(const ListOrder &order)
 {
     Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
     m_order = order;
-    const std::vector<std::size_t> oldPositions = sortRows();
+    const std::vector<std::size_t> oldPositions = sortedAnew(m_rows);
+    arrange(std::move(m_rows), oldPositions);
+    m_setPositions.clear();
     m_isInOrder = true;
     const QModelIndexList kept = persistentIndexList();
     if (!kept.isEmpty()) {
@@ -133,18 +144,61 @@ std::vector<std::size_t> ListModel::reorder(const ListOrder &order)
     return oldPositions;
 }
 
-std::vector<std::size_t> ListModel::sortRows()
+std::vector<std::size_t> ListModel::sortedAnew(const std::vector<ListRow> &rows) const
 {
     const auto column = static_cast<ListColumn>(m_order.column);
-    const auto text = [&](std::size_t i) { return columnText(m_rows[i], column); };
+    const auto text = [&](std::size_t i) { return columnText(rows[i], column); };
     const SortKind kind = sortKindFromTag(m_headerTags[indexOf(column)]);
-    std::vector<std::size_t> positions = sortedPositions(m_rows.size(), text, kind, m_order.order, m_locale);
-    std::vector<ListRow> sorted;
-    sorted.reserve(m_rows.size());
+    return sortedPositions(rows.size(), text, kind, m_order.order, m_locale);
+}
+
+/// A folder that is listed again has mostly the same rows, whose order is known. Those are the rows that are told in
+/// the same order as then and whose text in the column is the same; only the others are compared.
+std::vector<std::size_t> ListModel::sortedAsBefore(const std::vector<ListRow> &rows) const
+{
+    constexpr std::size_t FewestPerNewRow = 32; ///< from so many rows on it pays
+    const auto column = static_cast<ListColumn>(m_order.column);
+    if (m_setPositions.empty() || sortKindFromTag(m_headerTags[indexOf(column)]) != SortKind::Text)
+        return sortedAnew(rows);
+    std::vector<std::size_t> formerRows(m_rows.size()); // by where they were among the rows as they were set
+    for (std::size_t row = 0; row < m_rows.size(); ++row)
+        formerRows[m_setPositions[row]] = row;
+    const auto hasSameText = [&](std::size_t former, std::size_t i) {
+        const ListRow &before = m_rows[formerRows[former]];
+        const bool isSameRow = before.file.isCopyOf(rows[i].file) && before.prefix == rows[i].prefix;
+        return isSameRow || columnText(before, column) == columnText(rows[i], column);
+    };
+    const std::size_t mostNew = rows.size() / FewestPerNewRow;
+    const std::vector<std::size_t> aligned = alignedPositions(m_rows.size(), rows.size(), hasSameText, mostNew);
+
+    std::vector<std::size_t> newPositions(m_rows.size(), NotAligned); // by former row
+    std::vector<std::size_t> others;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        if (aligned[i] != NotAligned)
+            newPositions[formerRows[aligned[i]]] = i;
+        else
+            others.push_back(i);
+    }
+    if (others.size() > mostNew)
+        return sortedAnew(rows);
+    std::erase(newPositions, NotAligned);
+    const auto text = [&](std::size_t i) { return columnText(rows[i], column); };
+    return sortedPositionsWith(others, newPositions, text, m_order.order, m_locale);
+}
+
+void ListModel::arrange(std::vector<ListRow> rows, const std::vector<std::size_t> &positions)
+{
+    std::vector<ListRow> arranged;
+    arranged.reserve(rows.size());
     for (const std::size_t position : positions)
-        sorted.push_back(std::move(m_rows[position]));
-    m_rows = std::move(sorted);
-    return positions;
+        arranged.push_back(std::move(rows[position]));
+    m_rows = std::move(arranged);
+}
+
+void ListModel::setLocale(const QLocale &locale)
+{
+    m_locale = locale;
+    m_setPositions.clear();
 }
 
 void ListModel::setHeaderText(ListColumn column, const QString &text)
@@ -156,6 +210,7 @@ void ListModel::setHeaderText(ListColumn column, const QString &text)
 void ListModel::setHeaderTag(ListColumn column, const QString &tag)
 {
     m_headerTags[indexOf(column)] = tag;
+    m_setPositions.clear();
 }
 
 } // namespace ravlin

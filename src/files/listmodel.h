@@ -63,16 +63,21 @@ public:
     void setHeaderTag(ListColumn column, const QString &tag);
 
     /// For the order of texts; the user's at first.
-    void setLocale(const QLocale &locale) { m_locale = locale; }
+    void setLocale(const QLocale &locale);
 
 private:
-    std::vector<std::size_t> sortRows();
+    std::vector<std::size_t> sortedAsBefore(const std::vector<ListRow> &rows) const;
+    std::vector<std::size_t> sortedAnew(const std::vector<ListRow> &rows) const;
+    void arrange(std::vector<ListRow> rows, const std::vector<std::size_t> &positions);
     std::vector<std::size_t> reorder(const ListOrder &order);
     QString textAt(const QModelIndex &index) const;
 
     std::vector<ListRow> m_rows;
     ListOrder m_order;
     bool m_isInOrder = true;
+    /// Where each row was among the rows as they were set. Empty once the rows are in another order than setRows, given
+    /// the same rows now, would put them in.
+    std::vector<std::size_t> m_setPositions;
     QLocale m_locale;
     std::array<QString, ListColumnCount> m_headerTexts;
     std::array<QString, ListColumnCount> m_headerTags;

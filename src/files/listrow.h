@@ -18,6 +18,8 @@ public:
 
     QString name() const { return m_texts.at(Name); }
     bool isNamed(QStringView name) const { return m_texts.equals(Name, name); }
+    /// Whether the two are copies of each other; others may say the same all the same.
+    bool isCopyOf(const ListedFile &other) const { return m_texts.isCopyOf(other.m_texts); }
 
     QString title() const { return m_texts.at(Title); }
     QString artist() const { return m_texts.at(Artist); }
@@ -53,6 +55,7 @@ struct ListRow
 
     /// The relative prefix and the file's name.
     QString text() const { return prefix + file.name(); }
+    bool hasText(QStringView text) const { return text.startsWith(prefix) && file.isNamed(text.sliced(prefix.size())); }
     /// The track column: a number below 10 with a zero in front.
     QString trackColumn() const;
     /// Shows the other's tags from now on and keeps its name.

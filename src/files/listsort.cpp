@@ -6,6 +6,7 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <numeric>
 
@@ -115,6 +116,41 @@ std::vector<std::size_t> sortedPositions(std::size_t count, const std::function<
         break;
     }
     return positionsByKey(textKeys(count, text, locale), order);
+}
+
+std::vector<std::size_t> sortedPositionsWith(const std::vector<std::size_t> &others,
+    const std::vector<std::size_t> &sorted, const std::function<QString(std::size_t)> &text, Qt::SortOrder order,
+    const QLocale &locale)
+{
+    struct Value
+    {
+        platform::TextKey key;
+        std::size_t position = 0;
+    };
+    const platform::TextOrder textOrder(locale);
+    const auto valueAt = [&](std::size_t position) { return Value{textOrder.keyOf(text(position)), position}; };
+    const auto isBefore = [order](const Value &a, const Value &b) {
+        const bool isLess = a.key < b.key;
+        const bool isEqual = !isLess && !(b.key < a.key);
+        return isEqual ? a.position < b.position : isLess == (order == Qt::AscendingOrder);
+    };
+    std::vector<Value> added;
+    added.reserve(others.size());
+    std::transform(others.begin(), others.end(), std::back_inserter(added), valueAt);
+    std::sort(added.begin(), added.end(), isBefore);
+
+    std::vector<std::size_t> all;
+    all.reserve(sorted.size() + added.size());
+    auto rest = sorted.begin();
+    for (const Value &value : added) {
+        const auto place = std::partition_point(
+            rest, sorted.end(), [&](std::size_t position) { return isBefore(valueAt(position), value); });
+        all.insert(all.end(), rest, place);
+        all.push_back(value.position);
+        rest = place;
+    }
+    all.insert(all.end(), rest, sorted.end());
+    return all;
 }
 
 } // namespace ravlin

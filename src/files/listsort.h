@@ -43,4 +43,10 @@ ListOrder SortListView(const ListOrder &current, int clickedColumn, QStringView 
 std::vector<std::size_t> sortedPositions(std::size_t count, const std::function<QString(std::size_t)> &text,
     SortKind kind, Qt::SortOrder order, const QLocale &locale = QLocale());
 
+/// The same for texts most of which are in order already: what sortedPositions gives for all of them. sorted: the
+/// positions of those, as sortedPositions has them among themselves; others: the positions of the rest.
+std::vector<std::size_t> sortedPositionsWith(const std::vector<std::size_t> &others,
+    const std::vector<std::size_t> &sorted, const std::function<QString(std::size_t)> &text, Qt::SortOrder order,
+    const QLocale &locale = QLocale());
+
 } // namespace ravlin

@@ -23,6 +23,8 @@ public:
     QString at(int position) const;
     /// Whether that text is this one. Makes no QString.
     bool equals(int position, QStringView text) const;
+    /// Whether the two are copies of each other; others may say the same all the same.
+    bool isCopyOf(const PackedTexts &other) const { return m_memory && m_memory == other.m_memory; }
 
 private:
     struct Stretch

@@ -1,5 +1,6 @@
 #include "files/tagreading.h"
 
+#include "files/alignment.h"
 #include "files/tagcache.h"
 #include "platform/folder.h"
 #include "platform/parallel.h"
@@ -26,21 +27,15 @@ qint64 nanosecondsNow()
 /// mostly come in the same order but for a few names that came or went, then next to nothing is searched.
 TagCache::Entries alignedEntries(TagCache::Entries old, const std::vector<QString> &names)
 {
-    constexpr std::size_t MostGoneInOnePlace = 8;
     TagCache::Entries aligned(names.size());
+    const std::vector<std::size_t> positions = alignedPositions(old.size(), names.size(),
+        [&](std::size_t former, std::size_t i) { return old[former].file.isNamed(names[i]); });
     std::vector<std::size_t> outOfOrder;
-    std::size_t next = 0;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        const std::size_t end = std::min(old.size(), next + MostGoneInOnePlace + 1);
-        std::size_t found = next;
-        while (found < end && !old[found].file.isNamed(names[i]))
-            ++found;
-        if (found < end) {
-            aligned[i] = std::exchange(old[found], {});
-            next = found + 1;
-        } else {
+        if (positions[i] != NotAligned)
+            aligned[i] = std::exchange(old[positions[i]], {});
+        else
             outOfOrder.push_back(i);
-        }
     }
     if (outOfOrder.empty())
         return aligned;

@@ -6,6 +6,7 @@
 #include "support/nativepath.h"
 
 #include <QAbstractItemModelTester>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -103,6 +104,101 @@ private Q_SLOTS:
             row(QStringLiteral("3"), QStringLiteral("B")), row(QStringLiteral("2"), QStringLiteral("c"))});
         QCOMPARE(texts(model), list("2 4 3 1"));
         QVERIFY(model.isInOrder());
+    }
+
+    void rowsThatAreSetAgainComeAsIfForTheFirstTime_data()
+    {
+        QTest::addColumn<int>("column");
+        QTest::addColumn<int>("clicks");
+        QTest::newRow("by file") << 0 << 0;
+        QTest::newRow("by file, descending") << 0 << 1;
+        QTest::newRow("by artist") << 3 << 1;
+        QTest::newRow("by artist, descending") << 3 << 2;
+    }
+    /// Rows change, come, go and come in another order between the listings, many of them equal in the column; the user
+    /// moves and sorts rows at times.
+    void rowsThatAreSetAgainComeAsIfForTheFirstTime()
+    {
+        QFETCH(int, column);
+        QFETCH(int, clicks);
+        const QLocale spanish(QLocale::Spanish, QLocale::Spain);
+        ListModel kept;
+        kept.setLocale(spanish);
+        for (int i = 0; i < clicks; ++i)
+            kept.sortByHeader(column);
+        QRandomGenerator random(11);
+        int nextName = 0;
+        const auto someRow = [&](const QString &name) {
+            return row(name, QString(QChar(u'a' + random.bounded(4))), QString::number(random.bounded(1000)));
+        };
+        const auto newRow = [&] {
+            return someRow(QStringLiteral("%1 %2").arg(QChar(u'a' + random.bounded(20))).arg(++nextName));
+        };
+        std::vector<ListRow> listed;
+        for (int i = 0; i < 200; ++i)
+            listed.push_back(newRow());
+        for (int round = 0; round < 200; ++round) {
+            for (int change = random.bounded(5); change > 0; --change) {
+                const auto place = listed.begin() + random.bounded(static_cast<int>(listed.size()));
+                switch (random.bounded(4)) {
+                case 0:
+                    *place = someRow(place->text());
+                    break;
+                case 1:
+                    listed.erase(place);
+                    break;
+                case 2:
+                    listed.insert(place, newRow());
+                    break;
+                default:
+                    std::swap(*place, listed.back());
+                }
+            }
+            kept.setRows(listed);
+            ListModel fresh;
+            fresh.setLocale(spanish);
+            for (int i = 0; i < clicks; ++i)
+                fresh.sortByHeader(column);
+            fresh.setRows(listed);
+            QCOMPARE(texts(kept), texts(fresh));
+            for (int i = 0; i < kept.rowCount(); ++i)
+                QVERIFY(kept.rowAt(i).file.isCopyOf(fresh.rowAt(i).file));
+            if (round % 10 == 5)
+                kept.moveRowTo(0, kept.rowCount());
+            if (round % 10 == 8) { // there and back, which leaves equal rows in another order
+                const ListOrder before = kept.order();
+                kept.sortByHeader(1);
+                kept.sortByHeader(column);
+                if (kept.order() != before)
+                    kept.sortByHeader(column);
+            }
+        }
+    }
+
+    void tagsThatAreReadAgainDoNotMisleadTheNextListing()
+    {
+        ListModel model;
+        model.sortByHeader(3);
+        const auto a = row(QStringLiteral("1"), QStringLiteral("a"));
+        const auto b = row(QStringLiteral("2"), QStringLiteral("b"));
+        const auto z = row(QStringLiteral("1"), QStringLiteral("z"));
+        model.setRows({a, b});
+        model.setTags({z.file, std::nullopt});
+        QCOMPARE(texts(model), list("1 2"));
+        model.setRows({z, b});
+        QCOMPARE(texts(model), list("2 1"));
+    }
+
+    void anotherLanguageSortsAnew()
+    {
+        ListModel model;
+        model.setLocale(QLocale(QLocale::Spanish, QLocale::Spain));
+        const std::vector<ListRow> names = rows("o ñ n");
+        model.setRows(names);
+        QCOMPARE(texts(model), list("n ñ o"));
+        model.setLocale(QLocale::c());
+        model.setRows(names);
+        QCOMPARE(texts(model), list("n o ñ"));
     }
 
     void withoutAutomaticSortingRowsStayAsTheyCome()

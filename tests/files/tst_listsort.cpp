@@ -2,6 +2,7 @@
 
 #include "files/listsort.h"
 
+#include <QRandomGenerator>
 #include <QStringList>
 #include <QTest>
 
@@ -25,6 +26,34 @@ private:
     static QStringList words(const char *text) { return QString::fromUtf8(text).split(u' '); }
 
 private Q_SLOTS:
+    void textsThatAreInOrderAreNotSortedAgain_data()
+    {
+        QTest::addColumn<Qt::SortOrder>("order");
+        QTest::newRow("ascending") << Qt::AscendingOrder;
+        QTest::newRow("descending") << Qt::DescendingOrder;
+    }
+    /// Whatever texts come to those that are in order: the result is that of sorting all of them.
+    void textsThatAreInOrderAreNotSortedAgain()
+    {
+        QFETCH(Qt::SortOrder, order);
+        const QLocale locale(QLocale::Spanish, QLocale::Spain);
+        QRandomGenerator random(7);
+        for (int round = 0; round < 300; ++round) {
+            const auto count = static_cast<std::size_t>(random.bounded(30));
+            QStringList values;
+            for (std::size_t i = 0; i < count; ++i)
+                values += words("a A á b B c ñ n z")[random.bounded(9)];
+            const auto text = [&](std::size_t i) { return values[static_cast<qsizetype>(i)]; };
+            const std::vector<std::size_t> all = sortedPositions(count, text, SortKind::Text, order, locale);
+            std::vector<std::size_t> sorted;
+            std::vector<std::size_t> others;
+            for (const std::size_t position : all)
+                (random.bounded(4) > 0 ? sorted : others).push_back(position);
+            std::shuffle(others.begin(), others.end(), random);
+            QCOMPARE(sortedPositionsWith(others, sorted, text, order, locale), all);
+        }
+    }
+
     void aSecondClickReversesAndAThirdReversesBack()
     {
         ListOrder order; // by file name

@@ -71,7 +71,7 @@ void ListController::fillAgain(std::vector<ListRow> rows)
     const QString currentText = m_nextCurrent.isEmpty() ? m_list.currentRowText() : m_nextCurrent;
     const int place = m_list.verticalScrollBar()->value();
     m_list.setRows(std::move(rows));
-    const auto row = static_cast<int>(m_list.rowTexts().indexOf(currentText));
+    const int row = m_list.rowOf(currentText);
     if (row < 0)
         return;
     m_list.verticalScrollBar()->setValue(place);

@@ -81,6 +81,13 @@ QStringList FileList::rowTexts() const
     return texts;
 }
 
+int FileList::rowOf(QStringView text) const
+{
+    const std::vector<ListRow> &rows = m_model->rows();
+    const auto found = std::ranges::find_if(rows, [text](const ListRow &row) { return row.hasText(text); });
+    return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
+}
+
 std::vector<bool> FileList::selectionFlags() const
 {
     std::vector<bool> selected(static_cast<std::size_t>(rowCount()));

@@ -43,6 +43,8 @@ public:
     /// As the file is found, not as it is shown. Empty for no row.
     QString rowText(int row) const;
     QStringList rowTexts() const;
+    /// The row of that text; -1 for none.
+    int rowOf(QStringView text) const;
 
     /// The selected rows and their texts, in the order of the list.
     std::vector<int> selectedRows() const;

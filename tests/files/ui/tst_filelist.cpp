@@ -222,6 +222,17 @@ private Q_SLOTS:
         QCOMPARE(shown(), QStringLiteral("z y x"));
     }
 
+    void aRowIsFoundByItsWholeText()
+    {
+        const ListedFile file(u"a.mp3");
+        m_list->setRows({{QStringLiteral("cd1/"), file}, {QStringLiteral("cd2/"), file}, {{}, file}});
+        for (int row = 0; row < 3; ++row)
+            QCOMPARE(m_list->rowOf(m_list->rowText(row)), row);
+        QCOMPARE(m_list->rowOf(u"cd1/"), -1);
+        QCOMPARE(m_list->rowOf(u"cd3/a.mp3"), -1);
+        QCOMPARE(m_list->rowOf({}), -1);
+    }
+
     void selectionAndCurrentRowStayWithTheirRows()
     {
         fill("a b c d e");

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <vector>
+
+namespace ravlin {
+
+inline constexpr std::size_t NotAligned = std::numeric_limits<std::size_t>::max();
+
+/// Finds the elements of a former list in a new one that comes mostly in the same order, but for some that came or
+/// went: for each new element the position of the former one that it is, ascending, or NotAligned. isSame(former, new)
+/// tells by two positions. Not all are found where more than a few went in one place, or where the order is another;
+/// the search ends, with the rest not aligned, when more than mostNew are not found.
+template <typename IsSame>
+std::vector<std::size_t> alignedPositions(
+    std::size_t formerCount, std::size_t newCount, IsSame isSame, std::size_t mostNew = NotAligned)
+{
+    constexpr std::size_t MostGoneInOnePlace = 8;
+    std::vector<std::size_t> positions(newCount, NotAligned);
+    std::size_t next = 0;
+    std::size_t newOnes = 0;
+    for (std::size_t i = 0; i < newCount && newOnes <= mostNew; ++i) {
+        const std::size_t end = std::min(formerCount, next + MostGoneInOnePlace + 1);
+        std::size_t found = next;
+        while (found < end && !isSame(found, i))
+            ++found;
+        if (found < end) {
+            positions[i] = found;
+            next = found + 1;
+        } else {
+            ++newOnes;
+        }
+    }
+    return positions;
+}
+
+} // namespace ravlin
