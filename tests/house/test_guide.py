@@ -123,6 +123,12 @@ class GuideTest(unittest.TestCase):
             for tag in ("main", "nav", "title"):
                 self.assertIn(tag, dict(page.elements))
 
+    def test_no_french_mark_begins_a_line(self):
+        page = (GUIDE / "fr" / "index.html").read_text("utf-8")
+        text = re.sub(r"<(code|pre)>.*?</\1>", "", page, flags=re.DOTALL)
+        self.assertNotRegex(text, r" [;:!?»]|« ", "it wants a no-break space")
+        self.assertNotIn("\u00a0", "".join(re.findall(r"<code>(.*?)</code>", page)))
+
     def test_it_runs_nothing_and_fetches_nothing(self):
         for page in self.pages.values():
             for tag, attributes in page.elements:
