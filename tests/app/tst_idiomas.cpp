@@ -5,6 +5,7 @@
 #include "app/settings.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
@@ -41,6 +42,7 @@ private Q_SLOTS:
     void languageAtStart_data();
     void languageAtStart();
     void furtherTextsAreThereInEveryLanguage();
+    void noFrenchMarkBeginsALine();
     void everyErrorHasASentenceOfItsOwn();
     void theLowSpaceErrorIsItsCaption();
 };
@@ -186,6 +188,16 @@ void tst_idiomas::furtherTextsAreThereInEveryLanguage()
         }
     }
     QCOMPARE(Captions().text(Text::ErrorNoSpace), u"the disk is full"_s); // before the first fill
+}
+
+void tst_idiomas::noFrenchMarkBeginsALine()
+{
+    const Captions french = filled(u"french"_s);
+    static const QRegularExpression breakable(u"(?<!\u00a0)[;?»]| [:!]|«(?!\u00a0)"_s);
+    for (int i = 0; i < TextCount; ++i) {
+        const QString text = french.text(static_cast<Text>(i));
+        QVERIFY2(!breakable.match(text).hasMatch(), qPrintable(text));
+    }
 }
 
 void tst_idiomas::everyErrorHasASentenceOfItsOwn()

@@ -9,7 +9,7 @@ from harness import EndToEndTest
 
 MASK = "%4 - %1 - %3"
 TOO_LONG = "the name is longer than 64 characters"
-UNFIT = "the name does not fit the pattern; the file stays as it is"
+UNFIT = "the name does not fit the mask; the file stays as it is"
 
 
 def name_of_length(start, length):
