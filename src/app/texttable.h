@@ -60,6 +60,7 @@ enum class Text
     RemarkAdjusted,
     NameEmpty,
     NameDots,
+    NameForbidden,
     NameReserved,
     NameTooLong,
     NameLeadsOutside,

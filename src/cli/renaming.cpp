@@ -49,6 +49,8 @@ QString textOf(platform::NameProblem problem)
         return u"the new name is empty"_s;
     case platform::NameProblem::Dots:
         return u"the new name has nothing but full stops"_s;
+    case platform::NameProblem::Forbidden:
+        return u"the new name has a character that Windows does not allow"_s;
     case platform::NameProblem::Reserved:
         return u"the new name is that of a device"_s;
     case platform::NameProblem::TooLong:

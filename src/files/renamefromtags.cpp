@@ -1,6 +1,7 @@
 #include "files/renamefromtags.h"
 
 #include "naming/filename.h"
+#include "platform/leftovers.h"
 
 namespace ravlin {
 
@@ -28,7 +29,7 @@ std::optional<RenameWish> folderRenameWish(const QString &folder, const TagRecor
         path.chop(1);
     const QString name = wanted->sliced(folderPart(path).size());
     const bool isMadeOfValues = rule.artistAlbum && !(record.Artist.isEmpty() && record.Album.isEmpty());
-    if (isMadeOfValues && name.contains(platform::Separator))
+    if (isMadeOfValues && platform::withNativeSeparators(name).contains(platform::Separator))
         return RenameWish{path, *wanted, platform::NameKind::Folder, false, platform::NameProblem::LeadsOutside};
     return wishForFolder(path, name, stepsUpIn(rule.patternText));
 }

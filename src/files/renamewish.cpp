@@ -1,6 +1,6 @@
 #include "files/renamewish.h"
 
-#include "platform/filesystem.h"
+#include "platform/leftovers.h"
 
 #include <QStringList>
 
@@ -98,7 +98,7 @@ RenameWish wishForFolder(const QString &path, const QString &newName, int stepsU
 
 int stepsUpIn(const QString &pattern)
 {
-    const QStringList names = pattern.split(platform::Separator);
+    const QStringList names = platform::withNativeSeparators(pattern).split(platform::Separator);
     return static_cast<int>(names.count(QStringLiteral("..")));
 }
 

@@ -4,7 +4,7 @@
 #include "naming/filename.h"
 #include "naming/placeholders.h"
 #include "naming/texttransforms.h"
-#include "platform/filesystem.h"
+#include "platform/leftovers.h"
 
 using namespace Qt::StringLiterals;
 
@@ -17,7 +17,7 @@ constexpr QStringView PatternText = u"2";
 
 QString filledPattern(const QString &pattern, const TagRecord &record)
 {
-    QString name = pattern;
+    QString name = platform::withNativeSeparators(pattern);
     for (const Placeholder &placeholder : folderPlaceholders()) {
         const QString &value = record.*(placeholder.field);
         if (!value.isEmpty())

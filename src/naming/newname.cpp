@@ -5,6 +5,7 @@
 #include "naming/placeholders.h"
 #include "naming/sessionchoices.h"
 #include "naming/texttransforms.h"
+#include "platform/leftovers.h"
 
 #include <algorithm>
 
@@ -29,7 +30,7 @@ QString joined(const QString &first, const QString &second, const QString &oldBa
 
 QString filledPattern(const QString &pattern, const TagRecord &record, const QString &oldBareName)
 {
-    QString name = pattern;
+    QString name = platform::withNativeSeparators(pattern);
     for (const Placeholder &placeholder : renamePlaceholders()) {
         const QString &raw = placeholder.field ? record.*(placeholder.field) : oldBareName;
         if (raw.isEmpty())

@@ -37,6 +37,19 @@ bool isNumbered(QStringView name, QStringView suffix)
     return std::all_of(number.begin(), number.end(), isHexDigit);
 }
 
+/// How much of a path is the root of its drive, or of what a network shares: what has no folder above it.
+qsizetype rootSize(const QString &path)
+{
+    if (Separator != u'\\')
+        return 1;
+    if (path.startsWith(QStringLiteral(R"(\\)"))) { // \\server\share
+        const qsizetype server = path.indexOf(Separator, 2);
+        const qsizetype share = server < 0 ? -1 : path.indexOf(Separator, server + 1);
+        return share < 0 ? path.size() : share;
+    }
+    return path.size() > 2 && path.at(1) == u':' && path.at(2) == Separator ? 3 : 1;
+}
+
 /// Removes a temporary file unless its writer is alive. True when it is gone.
 bool removeIfStale(FileSystem &fileSystem, const QString &path)
 {
@@ -55,10 +68,19 @@ bool removeIfStale(FileSystem &fileSystem, const QString &path)
 
 QString folderOf(const QString &path)
 {
-    const qsizetype separator = std::max<qsizetype>(path.lastIndexOf(Separator), 1);
-    // The root of a drive is nothing without its separator.
-    const bool isDrive = Separator == u'\\' && path.size() > separator && path.at(separator - 1) == u':';
-    return path.left(isDrive ? separator + 1 : separator);
+    return path.left(std::max(path.lastIndexOf(Separator), rootSize(path)));
+}
+
+QString withoutEndSeparator(QString path)
+{
+    while (path.size() > rootSize(path) && path.endsWith(Separator))
+        path.chop(1);
+    return path;
+}
+
+QString withNativeSeparators(QString path)
+{
+    return Separator == u'/' ? path : path.replace(u'/', Separator);
 }
 
 QString nameOf(const QString &path)

@@ -7,8 +7,12 @@
 /// later start of the program needs to know what to do with it.
 namespace ravlin::platform {
 
-/// The folder part of a path, with its separator where it is a root; for a canonical path.
+/// The folder part of a path, with its separator where it is a root; a root's is itself. For a canonical path.
 QString folderOf(const QString &path);
+/// Without the separators at its end, but for the one of a root: a drive without it would be the folder in use there.
+QString withoutEndSeparator(QString path);
+/// A path, or a pattern of one, that people may have written with "/", which separates on every system.
+QString withNativeSeparators(QString path);
 QString nameOf(const QString &path);
 QString inFolder(const QString &folder, const QString &name);
 

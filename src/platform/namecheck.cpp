@@ -17,6 +17,11 @@ bool isBlankOrDot(QChar c)
     return c == u' ' || c == u'.';
 }
 
+bool isForbidden(QChar c)
+{
+    return Separator == u'\\' && QStringView(uR"(<>:"|?*/\)").contains(c);
+}
+
 qsizetype extensionStart(const QString &name, NameKind kind)
 {
     const qsizetype dot = kind == NameKind::File ? name.lastIndexOf(u'.') : -1;
@@ -41,6 +46,8 @@ std::optional<NameProblem> problemOf(const QString &name, NameKind kind)
     const QStringView stem = QStringView(name).first(extensionStart(name, kind));
     if (std::all_of(stem.begin(), stem.end(), isBlankOrDot))
         return stem.contains(u'.') ? NameProblem::Dots : NameProblem::Empty;
+    if (std::any_of(name.begin(), name.end(), isForbidden))
+        return NameProblem::Forbidden;
     if (isReserved(name))
         return NameProblem::Reserved;
     if (nameLength(name) > MaxNameLength)

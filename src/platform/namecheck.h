@@ -5,7 +5,7 @@
 #include <optional>
 
 /// What a new name has to be like, so that the file or folder can be found, copied to other systems and taken away
-/// again. The same on every system, but for the length, whose unit is the system's.
+/// again. The same on every system, but for the length, whose unit is the system's, and for what Windows forbids.
 namespace ravlin::platform {
 
 enum class NameKind
@@ -19,6 +19,7 @@ enum class NameProblem
 {
     Empty,        ///< nothing, or nothing but blanks, before the extension
     Dots,         ///< nothing but full stops (and blanks): "." and ".." mean other folders
+    Forbidden,    ///< has a character that no name may have here: one of < > : " | ? * and of the separators on Windows
     Reserved,     ///< a device's name: CON, PRN, AUX, NUL, COM1 to COM9, LPT1 to LPT9, alone or before a full stop
     TooLong,      ///< more than MaxNameLength
     LeadsOutside, ///< leads out of the folder by a value's text, not by the pattern's own

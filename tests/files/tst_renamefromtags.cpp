@@ -64,12 +64,14 @@ void tst_renamefromtags::filesOfARow()
 {
     PreviewRow broken = row(u"m/b.mp3"_s, u"b.mp3"_s);
     broken.problem = Error{ErrorCode::Io, broken.path, {}};
-    const std::vector<RenameWish> wishes = renameWishes(
-        {row(u"m/a.mp3"_s, u"x.mp3"_s), broken, row(u"m/c.MP3"_s, u"c.mp3"_s), row(u"d.mp3"_s, u".mp3"_s)}, {});
+    const std::vector<RenameWish> wishes =
+        renameWishes({row(separated(u"m/a.mp3"_s), u"x.mp3"_s), broken, row(separated(u"m/c.MP3"_s), u"c.mp3"_s),
+                         row(u"d.mp3"_s, u".mp3"_s)},
+            {});
     QCOMPARE(wishes.size(), std::size_t(4));
-    QCOMPARE(wishes[0].to, u"m/x.mp3"_s);
+    QCOMPARE(wishes[0].to, separated(u"m/x.mp3"_s));
     QCOMPARE(wishes[1].to, wishes[1].from);
-    QCOMPARE(wishes[2].to, u"m/c.mp3"_s);
+    QCOMPARE(wishes[2].to, separated(u"m/c.mp3"_s));
     QVERIFY(wishes[3].problem == platform::NameProblem::Empty);
 }
 
@@ -77,17 +79,17 @@ void tst_renamefromtags::patternsLeadOutValuesDoNot()
 {
     const auto wish = [](const QString &pattern, const QString &name) {
         const NamingRule rule{NamingRule::Pattern, pattern, {}, {}};
-        return renameWishes({row(u"m/in/a.mp3"_s, name)}, rule).front();
+        return renameWishes({row(separated(u"m/in/a.mp3"_s), separated(name))}, rule).front();
     };
-    QCOMPARE(wish(u"../%3"_s, u"../x.mp3"_s).to, u"m/x.mp3"_s);
+    QCOMPARE(wish(u"../%3"_s, u"../x.mp3"_s).to, separated(u"m/x.mp3"_s));
     QCOMPARE(wish(u"../../%3"_s, u"../../x.mp3"_s).to, u"x.mp3"_s);
-    QCOMPARE(wish(u"../../../%3"_s, u"../../../x.mp3"_s).to, u"../x.mp3"_s);
-    QCOMPARE(wish(u"/%3"_s, u"/x.mp3"_s).to, u"m/in/x.mp3"_s);
+    QCOMPARE(wish(u"../../../%3"_s, u"../../../x.mp3"_s).to, separated(u"../x.mp3"_s));
+    QCOMPARE(wish(u"/%3"_s, u"/x.mp3"_s).to, separated(u"m/in/x.mp3"_s));
     QVERIFY(wish(u"%2/%3"_s, u"../x.mp3"_s).problem == platform::NameProblem::LeadsOutside);
     QVERIFY(wish(u"../%2/%3"_s, u"../../x.mp3"_s).problem == platform::NameProblem::LeadsOutside);
     QVERIFY(wish(u"%2/%3"_s, u"con/x.mp3"_s).problem == platform::NameProblem::Reserved);
     QVERIFY(wish(u"%2/%3"_s, u"Live. /x.mp3"_s).isAdjusted);
-    QCOMPARE(wish(u"%2/%3"_s, u"Live. /x.mp3"_s).to, u"m/in/Live/x.mp3"_s);
+    QCOMPARE(wish(u"%2/%3"_s, u"Live. /x.mp3"_s).to, separated(u"m/in/Live/x.mp3"_s));
 }
 
 void tst_renamefromtags::foldersByArtistAndAlbum()
@@ -110,21 +112,23 @@ void tst_renamefromtags::foldersByPattern()
     QCOMPARE(folderRenameWish(folder, record, byPattern(u"%3 - %2"_s))->to, separated(u"/Music/1999 - Live"_s));
     QCOMPARE(
         folderRenameWish(folder, tagOf({}, u"Live"_s), byPattern(u"%3 - %2"_s))->to, separated(u"/Music/%3 - Live"_s));
-    QCOMPARE(folderRenameWish(folder, record, byPattern(separated(u"%3/%2"_s)))->to, separated(u"/Music/1999/Live"_s));
-    QCOMPARE(folderRenameWish(folder, record, byPattern(separated(u"../%2"_s)))->to, separated(u"/Live"_s));
-    QVERIFY(folderRenameWish(folder, tagOf({}, u".."_s), byPattern(separated(u"%2/x"_s)))->problem ==
+    QCOMPARE(folderRenameWish(folder, record, byPattern(u"%3/%2"_s))->to, separated(u"/Music/1999/Live"_s));
+    QCOMPARE(folderRenameWish(folder, record, byPattern(u"../%2"_s))->to, separated(u"/Live"_s));
+    QVERIFY(folderRenameWish(folder, tagOf({}, u".."_s), byPattern(u"%2/x"_s))->problem ==
             platform::NameProblem::LeadsOutside);
 }
 
 void tst_renamefromtags::aSlashInAnAlbum()
 {
     const QString folder = separated(u"/Music/New"_s);
-    const TagRecord record = tagOf({}, QStringLiteral("A") + platform::Separator + u'B');
-    QCOMPARE(folderRenameWish(folder, record, byPattern(u"%2"_s))->to, separated(u"/Music/AB"_s));
-    // Kept in the new path, but no folder goes below another one by a value.
-    const auto kept = folderRenameWish(folder, record, ArtistAlbum);
-    QCOMPARE(kept->to, separated(u"/Music/A/B"_s));
-    QVERIFY(kept->problem == platform::NameProblem::LeadsOutside);
+    for (const QChar slash : {QChar(u'/'), platform::Separator}) {
+        const TagRecord record = tagOf({}, u"A"_s + slash + u'B');
+        QCOMPARE(folderRenameWish(folder, record, byPattern(u"%2"_s))->to, separated(u"/Music/AB"_s));
+        // Kept in the new path, but no folder goes below another one by a value.
+        const auto kept = folderRenameWish(folder, record, ArtistAlbum);
+        QCOMPARE(kept->to, separated(u"/Music/A"_s) + slash + u'B');
+        QVERIFY(kept->problem == platform::NameProblem::LeadsOutside);
+    }
 }
 
 void tst_renamefromtags::noName()

@@ -11,6 +11,8 @@ QString problemText(const Captions &captions, platform::NameProblem problem)
         return captions.text(Text::NameEmpty);
     case platform::NameProblem::Dots:
         return captions.text(Text::NameDots);
+    case platform::NameProblem::Forbidden:
+        return captions.text(Text::NameForbidden);
     case platform::NameProblem::Reserved:
         return captions.text(Text::NameReserved);
     case platform::NameProblem::TooLong:

@@ -61,8 +61,8 @@ protected:
 
     NamingContext context() { return {m_owner, m_state, m_store, m_captions, *m_settings}; }
 
-    QString musicFolder() const { return m_folder->filePath(QStringLiteral("music")); }
-    QString at(const QString &name) const { return musicFolder() + u'/' + name; }
+    QString musicFolder() const { return QDir::toNativeSeparators(m_folder->filePath(QStringLiteral("music"))); }
+    QString at(const QString &name) const { return QDir::toNativeSeparators(musicFolder() + u'/' + name); }
     /// A file of that name, which becomes the list's last row and is selected.
     QString addFile(const QString &name, const Fields &fields = {})
     {

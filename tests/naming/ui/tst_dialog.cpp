@@ -26,7 +26,7 @@ private:
     {
         m_dialog =
             std::make_unique<Dialog>(DialogContext{*m_settings, m_captions, m_store, platform::FileSystem::native()},
-                musicFolder() + u'/', m_firstFile);
+                musicFolder() + QDir::separator(), m_firstFile);
         m_dialog->show();
     }
     void openFor(const Fields &fields)
