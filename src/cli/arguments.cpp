@@ -1,5 +1,7 @@
 #include "cli/arguments.h"
 
+#include "platform/leftovers.h"
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -51,6 +53,8 @@ tl::expected<Arguments, UsageError> Arguments::parse(const QStringList &words, s
         if (option->name == HelpOption.name || option->name == VersionOption.name)
             break;
     }
+    for (const QString &operand : arguments.m_operands)
+        arguments.m_paths += platform::withNativeSeparators(operand);
     return arguments;
 }
 

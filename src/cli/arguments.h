@@ -40,10 +40,13 @@ public:
     /// The value given last; the empty text for an option without value.
     std::optional<QString> value(QStringView option) const;
     const QStringList &operands() const { return m_operands; }
+    /// The operands as paths, with the platform's separators.
+    const QStringList &paths() const { return m_paths; }
 
 private:
     std::vector<std::pair<QStringView, QString>> m_options; ///< names are those of the table
     QStringList m_operands;
+    QStringList m_paths;
 };
 
 inline constexpr Option HelpOption{u"--help", {}, u"show this help"};

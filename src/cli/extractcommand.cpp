@@ -16,7 +16,7 @@ int previewRun(const Arguments &arguments, const QString &pattern, int mode, Con
     RecordWriter writer(
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), previewColumns());
     SavingRun run(mode);
-    for (const QString &path : arguments.operands()) {
+    for (const QString &path : arguments.paths()) {
         const PreviewRow row = previewExtraction(path, pattern, run.store());
         if (row.problem) {
             console.fail(path, *row.problem);
@@ -58,7 +58,7 @@ int runExtract(const Arguments &arguments, Console &console)
     if (!mode)
         return mode.error();
     return isDry ? previewRun(arguments, *pattern, *mode, console)
-                 : saveRun(arguments.operands(), *pattern, *mode, console);
+                 : saveRun(arguments.paths(), *pattern, *mode, console);
 }
 
 } // namespace

@@ -32,7 +32,7 @@ int runInfo(const Arguments &arguments, Console &console)
             u"vbr", u"code", u"error"});
     XAnalyzer analyzer(platform::FileSystem::native());
     clsXAnalyzer properties;
-    for (const QString &path : arguments.operands()) {
+    for (const QString &path : arguments.paths()) {
         if (console.out().isBroken())
             break;
         const XAnalyzer::Outcome outcome = analyzer.analyse(path);

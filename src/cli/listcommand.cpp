@@ -71,7 +71,7 @@ int runList(const Arguments &arguments, Console &console)
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table);
     RecordWriter writer(
         console.out(), format, {u"file", u"track", u"title", u"artist", u"album", u"year", u"id3v1", u"id3v2"});
-    const QString &folder = arguments.operands().front();
+    const QString &folder = arguments.paths().front();
     Result<Listing> found = listing(folder, arguments.has(u"--recursive"));
     if (found) {
         sortInsideFolders(found->rows);

@@ -35,7 +35,7 @@ class DiscLookup
 {
 public:
     DiscLookup(const Arguments &arguments, Console &console, DiscFiles files)
-        : m_arguments(arguments), m_console(console), m_files(std::move(files)), m_subject(arguments.operands().front())
+        : m_arguments(arguments), m_console(console), m_files(std::move(files)), m_subject(arguments.paths().front())
     {
         m_english.fill();
     }
@@ -68,7 +68,7 @@ public:
     {
         const DiscRecord &record = m_dialogue.freedb().record();
         const auto differences = lengthDifferences(m_files.contents, record);
-        const size_t rows = std::max(size_t(m_arguments.operands().size()), record.tracks.size());
+        const size_t rows = std::max(size_t(m_arguments.paths().size()), record.tracks.size());
         for (size_t row = 0; row < rows; ++row)
             writer.write(rowOf(record, row, differences));
     }
@@ -76,7 +76,7 @@ public:
     void apply(int mode)
     {
         const DiscRecord &record = m_dialogue.freedb().record();
-        const QStringList &files = m_arguments.operands();
+        const QStringList &files = m_arguments.paths();
         if (size_t(files.size()) != record.tracks.size()) {
             m_console.fail(m_subject,
                 u"the disc has %1 tracks and there are %2 files; nothing is written"_s.arg(record.tracks.size())
@@ -178,7 +178,7 @@ private:
 
     Record rowOf(const DiscRecord &record, size_t row, const std::vector<std::optional<qint64>> &differences) const
     {
-        const QStringList &files = m_arguments.operands();
+        const QStringList &files = m_arguments.paths();
         Record values(8);
         if (row < size_t(files.size()))
             values[0] = files[qsizetype(row)];
@@ -222,7 +222,7 @@ QString usageProblem(const Arguments &arguments)
 void lookUp(const Arguments &arguments, int mode, Console &console, RecordWriter &writer)
 {
     const Settings settings;
-    std::optional<DiscFiles> files = analyseDisc(arguments.operands(), console);
+    std::optional<DiscFiles> files = analyseDisc(arguments.paths(), console);
     if (!files)
         return;
     DiscLookup lookup(arguments, console, *std::move(files));

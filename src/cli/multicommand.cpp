@@ -70,7 +70,7 @@ int previewRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &c
     RecordWriter writer(
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), previewColumns());
     SavingRun run(mode);
-    for (const QString &path : arguments.operands()) {
+    for (const QString &path : arguments.paths()) {
         const Result<TagRecord> record = edit.prepare(path, run.store());
         if (!record) {
             console.fail(path, record.error());
@@ -105,7 +105,7 @@ int runMulti(const Arguments &arguments, Console &console)
     if (!mode)
         return mode.error();
     MultiEdit edit(*page);
-    return isDry ? previewRun(arguments, edit, *mode, console) : saveRun(arguments.operands(), edit, *mode, console);
+    return isDry ? previewRun(arguments, edit, *mode, console) : saveRun(arguments.paths(), edit, *mode, console);
 }
 
 } // namespace

@@ -35,7 +35,7 @@ QStringList sortedTexts(const Listing &listing)
 
 int runPlaylist(const Arguments &arguments, Console &console)
 {
-    const QString &given = arguments.operands().front();
+    const QString &given = arguments.paths().front();
     if (given.isEmpty()) {
         console.fail(given, Error{ErrorCode::NotFound, given, {}});
         return console.status();

@@ -85,7 +85,7 @@ int runRename(const Arguments &arguments, Console &console)
         return console.refuse(u"rename"_s, u"--json is for --dry-run"_s);
 
     platform::FileSystem &fileSystem = platform::FileSystem::native();
-    const QStringList paths = isDry ? arguments.operands() : broughtBack(fileSystem, arguments.operands());
+    const QStringList paths = isDry ? arguments.paths() : broughtBack(fileSystem, arguments.paths());
     ProgramState state;
     SilentProgress progress;
     const std::vector<PreviewRow> rows = previewRenaming(paths, *rule, TagStore(state, fileSystem), progress);

@@ -5,6 +5,7 @@
 #include "files/renamefromtags.h"
 #include "naming/filename.h"
 #include "naming/namingrecord.h"
+#include "platform/leftovers.h"
 
 #include <algorithm>
 
@@ -20,9 +21,7 @@ constexpr Option PatternOption{
 /// The path of a folder with its name at the end: not ".", and not without the folder above it.
 Result<QString> namedPath(platform::FileSystem &fileSystem, const QString &folder)
 {
-    QString path = folder;
-    while (path.size() > 1 && path.endsWith(platform::Separator))
-        path.chop(1);
+    const QString path = platform::withoutEndSeparator(folder);
     const Result<platform::FileInfo> info = fileSystem.info(path);
     if (!info)
         return tl::unexpected(info.error());
@@ -98,7 +97,7 @@ int runRenameDir(const Arguments &arguments, Console &console)
         return console.refuse(u"renamedir"_s, u"--json is for --dry-run"_s);
 
     const FolderRule rule{!pattern.has_value(), pattern.has_value(), pattern.value_or(QString())};
-    std::optional<FolderRename> rename = planned(arguments.operands().front(), rule, console);
+    std::optional<FolderRename> rename = planned(arguments.paths().front(), rule, console);
     if (rename)
         rename->plan.answerAll(*answer);
     if (isDry) {

@@ -14,7 +14,7 @@ int runShow(const Arguments &arguments, Console &console)
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Blocks);
     RecordWriter writer(console.out(), format,
         {u"file", u"title", u"artist", u"album", u"year", u"comment", u"track", u"genre", u"hasV1", u"hasV2"});
-    for (const QString &path : arguments.operands()) {
+    for (const QString &path : arguments.paths()) {
         if (console.out().isBroken())
             break;
         TagRecord tag;

@@ -22,7 +22,7 @@ int runStrip(const Arguments &arguments, Console &console)
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     TagStore store(state, fileSystem);
     FolderCleaner cleaner(fileSystem);
-    for (const QString &path : arguments.operands()) {
+    for (const QString &path : arguments.paths()) {
         cleaner.cleanFolderOf(path);
         Result<void> stripped;
         if (stripsV1)

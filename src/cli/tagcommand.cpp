@@ -123,7 +123,7 @@ int runTag(const Arguments &arguments, Console &console)
         return mode.error();
     Tagger tagger(console, std::move(*fields), *mode);
     tagger.warnOfGivenTexts();
-    for (const QString &path : arguments.operands())
+    for (const QString &path : arguments.paths())
         tagger.tag(path);
     return console.status();
 }

@@ -11,7 +11,7 @@ int runToc(const Arguments &arguments, Console &console)
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Blocks);
     RecordWriter writer(
         console.out(), format, {u"discId", u"tracks", u"seconds", u"offsets", u"offsetsWithUsualDelay"});
-    if (const std::optional<DiscFiles> disc = analyseDisc(arguments.operands(), console)) {
+    if (const std::optional<DiscFiles> disc = analyseDisc(arguments.paths(), console)) {
         const DiscContents &contents = disc->contents;
         writer.write({contents.discIdText(), qint64(contents.trackCount()), qint64(contents.totalSeconds()),
             disc->offsets, disc->offsetsWithUsualDelay});

@@ -1,6 +1,7 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
 #include "files/transfer.h"
+#include "platform/leftovers.h"
 #include "platform/safewrite.h"
 
 #include <algorithm>
@@ -71,8 +72,8 @@ void tellReport(const TransferReport &report, Console &console)
 int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &console)
 {
     const QString command = kind == TransferKind::Copy ? u"copy"_s : u"move"_s;
-    const std::optional<QString> folder = arguments.value(ToOption.name);
-    if (!folder || folder->isEmpty())
+    const QString folder = platform::withNativeSeparators(arguments.value(ToOption.name).value_or(QString()));
+    if (folder.isEmpty())
         return console.refuse(command, u"--to FOLDER is missing"_s);
     const std::optional<ClashReply> reply = replyFor(arguments);
     if (!reply)
@@ -83,10 +84,10 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
 
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     if (!isDry) // nobody asked for it: what can't be cleared away is harmless
-        std::ignore = platform::cleanLeftovers(fileSystem, *folder);
-    auto plan = makeTransferPlan(fileSystem, {kind, arguments.operands(), *folder});
+        std::ignore = platform::cleanLeftovers(fileSystem, folder);
+    auto plan = makeTransferPlan(fileSystem, {kind, arguments.paths(), folder});
     if (!plan) {
-        console.fail(*folder, plan.error());
+        console.fail(folder, plan.error());
         return console.status();
     }
     // What can't be replaced without a loss is skipped.

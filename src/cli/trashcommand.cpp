@@ -22,7 +22,7 @@ void showPlan(const Arguments &arguments, const QStringList &forGood, Console &c
 {
     RecordWriter writer(console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
         {u"path", u"action"});
-    for (const QString &path : arguments.operands()) {
+    for (const QString &path : arguments.paths()) {
         const auto node = platform::nodeAt(path);
         const bool hasNoTrash = forGood.contains(path);
         const QString action = !node                              ? u"failed"_s
@@ -42,12 +42,12 @@ int runTrash(const Arguments &arguments, Console &console)
     if (arguments.has(JsonOption.name) && !isDry)
         return console.refuse(u"trash"_s, u"--json is for --dry-run"_s);
     const QStringList forGood =
-        arguments.has(DeleteOption.name) || isDry ? withoutTrash(arguments.operands()) : QStringList();
+        arguments.has(DeleteOption.name) || isDry ? withoutTrash(arguments.paths()) : QStringList();
     if (isDry) {
         showPlan(arguments, forGood, console);
         return console.status();
     }
-    QStringList forTrash = arguments.operands();
+    QStringList forTrash = arguments.paths();
     forTrash.removeIf([&](const QString &path) { return forGood.contains(path); });
     tellFailures(putIntoTrash(forTrash), console);
     tellFailures(deleteForGood(platform::FileSystem::native(), forGood), console);

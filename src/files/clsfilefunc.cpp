@@ -68,7 +68,6 @@ Result<void> clsFileFunc::RenameFile(const QString &source, const QString &newNa
     return renameInTwoSteps(source, newName);
 }
 
-/// Whether what bears the new name is the source itself, on a file system that ignores case.
 bool clsFileFunc::isSameButForCase(const QString &source, const QString &newName)
 {
     const qsizetype start = nameStart(source);

@@ -1,5 +1,7 @@
 #include "files/deletion.h"
 
+#include "platform/leftovers.h"
+#include "platform/nodes.h"
 #include "platform/removetree.h"
 
 #include <algorithm>
@@ -9,13 +11,6 @@ namespace ravlin {
 
 namespace {
 
-QString withoutSeparator(QString path)
-{
-    while (path.size() > 1 && path.endsWith(platform::Separator))
-        path.chop(1);
-    return path;
-}
-
 /// Calls remove(path, report) for each path until a stop.
 template <typename Remove>
 DeletionReport each(const QStringList &paths, const TransferOptions &options, Remove remove)
@@ -24,7 +19,7 @@ DeletionReport each(const QStringList &paths, const TransferOptions &options, Re
     TransferProgress progress;
     progress.itemsTotal = paths.size();
     for (const QString &given : paths) {
-        const QString path = withoutSeparator(given);
+        const QString path = platform::withoutEndSeparator(given);
         if (options.stop.stop_requested()) {
             report.notDone.append(path);
             continue;
@@ -48,7 +43,7 @@ QStringList withoutTrash(const QStringList &paths)
 {
     QStringList found;
     std::copy_if(paths.begin(), paths.end(), std::back_inserter(found),
-        [](const QString &path) { return !platform::hasTrash(withoutSeparator(path)); });
+        [](const QString &path) { return !platform::hasTrash(platform::withoutEndSeparator(path)); });
     return found;
 }
 
@@ -62,7 +57,10 @@ DeletionReport putIntoTrash(const QStringList &paths, const TransferOptions &opt
 
 DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const TransferOptions &options)
 {
-    return each(paths, options, [&](const QString &path, DeletionReport &report) {
+    return each(paths, options, [&](const QString &path, DeletionReport &report) -> Result<void> {
+        if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
+            return tl::unexpected(
+                Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
         return platform::removeTree(fileSystem, path).map([&] { report.deleted.append(path); });
     });
 }

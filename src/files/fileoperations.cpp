@@ -196,11 +196,13 @@ int FileOperations::undo()
 
 QString nearestFolder(platform::FileSystem &fileSystem, const QString &path)
 {
-    QString folder = path;
-    while (folder.size() > 1 && folder.endsWith(platform::Separator))
-        folder.chop(1);
-    while (folder.size() > 1 && folder.contains(platform::Separator) && !isFolder(fileSystem, folder))
-        folder = platform::folderOf(folder);
+    QString folder = platform::withoutEndSeparator(path);
+    while (!isFolder(fileSystem, folder)) {
+        const QString above = platform::folderOf(folder);
+        if (above == folder || !folder.contains(platform::Separator))
+            return {}; // its drive is not there
+        folder = above;
+    }
     return folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
 }
 

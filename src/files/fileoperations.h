@@ -73,7 +73,8 @@ private:
     UndoHistory &m_history;
 };
 
-/// The folder itself or, when it is gone, the nearest one above it that is left, with the separator at its end.
+/// The folder itself or, when it is gone, the nearest one above it that is left, with the separator at its end; empty
+/// when none is, since its drive is gone.
 QString nearestFolder(platform::FileSystem &fileSystem, const QString &path);
 
 } // namespace ravlin

@@ -1,5 +1,7 @@
 #include "files/renamingdraft.h"
 
+#include "platform/leftovers.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -85,15 +87,15 @@ int RenamingPlan::Draft::addFolder(const QString &spelled, int sourceFolder)
     folder.ignoresCase = sourceFolder != None && m_folders[sourceFolder].ignoresCase;
     const QString path = spelled.isEmpty() ? QStringLiteral(".") : spelled;
     // The missing end of the path is kept as it is spelled.
-    QString existing = path.size() > 1 && path.endsWith(platform::Separator) ? path.chopped(1) : path;
+    QString existing = platform::withoutEndSeparator(path);
     QString missing;
     Result<QString> canonical = m_fileSystem.canonicalPath(existing);
     while (!canonical && canonical.error().code == ErrorCode::NotFound) {
         const qsizetype start = nameStart(existing);
-        if (start == 0)
+        if (start == 0 || start == existing.size())
             break;
         missing.prepend(platform::Separator + existing.sliced(start));
-        existing.truncate(std::max<qsizetype>(start - 1, 1)); // a separator at the end would ask for a folder
+        existing = platform::folderOf(existing);
         canonical = m_fileSystem.canonicalPath(existing);
     }
     folder.canonical = canonical.value_or(existing) + (folder.ignoresCase ? folded(missing) : missing);
@@ -122,7 +124,7 @@ void RenamingPlan::Draft::listFolder(FolderNames &folder, const QString &probeNa
     }
     const QString probe = probeName.isEmpty() && !names->empty() ? names->front() : probeName;
     if (const QString other = withOtherCase(probe); other != probe) {
-        const QString path = folder.canonical + platform::Separator + other;
+        const QString path = platform::inFolder(folder.canonical, other);
         folder.ignoresCase = std::ranges::find(*names, other) == names->end() && m_fileSystem.info(path).has_value();
     }
     folder.slots_.reserve(static_cast<qsizetype>(names->size()) * 2);

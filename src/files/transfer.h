@@ -78,7 +78,7 @@ struct TransferPlan
 {
     TransferKind kind = TransferKind::Copy;
     std::vector<TransferItem> items; ///< in the order of the sources
-    QSet<QString> targets;           ///< all final paths that are spoken for
+    QSet<QString> targets;           ///< all final paths that are spoken for, without case where that is ignored
 };
 
 /// Looks at the sources and the target; what can't be taken is an item with an error. Errors: the folder is none, or

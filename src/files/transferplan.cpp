@@ -1,3 +1,4 @@
+#include "files/clsfilefunc.h"
 #include "files/transfer.h"
 #include "platform/leftovers.h"
 #include "platform/namecheck.h"
@@ -14,16 +15,20 @@ Error failure(ErrorCode code, const QString &path, const QString &detail = {})
     return {code, path, detail};
 }
 
-QString withoutSeparator(QString path)
-{
-    while (path.size() > 1 && path.endsWith(platform::Separator))
-        path.chop(1);
-    return path;
-}
-
 QString inside(const QString &folder)
 {
     return folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
+}
+
+/// The same for all spellings of a path that the file system takes for one, as far as that can be told without it.
+QString keyOf(const QString &path)
+{
+    return platform::NameCase == Qt::CaseSensitive ? path : path.toCaseFolded();
+}
+
+bool isInside(const QString &path, const QString &folder)
+{
+    return keyOf(inside(path)).startsWith(keyOf(inside(folder)));
 }
 
 QString parentOf(const QString &path)
@@ -67,7 +72,7 @@ private:
 Result<TransferPlan> Planner::make()
 {
     m_plan.kind = m_request.kind;
-    const QString folder = withoutSeparator(m_request.folder);
+    const QString folder = platform::withoutEndSeparator(m_request.folder);
     const auto info = m_fileSystem.info(folder);
     if (!info)
         return tl::unexpected(info.error());
@@ -81,7 +86,7 @@ Result<TransferPlan> Planner::make()
         return tl::unexpected(failure(ErrorCode::InvalidArgument, m_request.newName, QStringLiteral("not a name")));
 
     for (const QString &given : m_request.sources) {
-        const QString source = withoutSeparator(given);
+        const QString source = platform::withoutEndSeparator(given);
         const QString name = m_request.newName.isEmpty() ? platform::nameOf(source) : m_request.newName;
         m_plan.items.push_back(plan(source, platform::inFolder(folder, name), true));
         if (m_stop.stop_requested())
@@ -112,8 +117,8 @@ TransferItem Planner::plan(const QString &source, const QString &target, bool is
         item.bytes = measure(source);
     else if (item.node.kind == NodeKind::File)
         item.bytes = item.node.info.size;
-    m_plan.targets.insert(target);
-    m_claimed.insert(target, item.node);
+    m_plan.targets.insert(keyOf(target));
+    m_claimed.insert(keyOf(target), item.node);
     return item;
 }
 
@@ -125,7 +130,7 @@ std::optional<Error> Planner::refusal(const TransferItem &item)
         const auto real = m_fileSystem.canonicalPath(item.source);
         if (!real)
             return real.error();
-        if (m_folder == *real || m_folder.startsWith(inside(*real)))
+        if (isInside(m_folder, *real))
             return failure(ErrorCode::IntoItself, item.source);
     }
     const auto place = placeOf(m_fileSystem, item.source);
@@ -140,8 +145,8 @@ std::optional<Error> Planner::refusal(const TransferItem &item)
 std::optional<Clash> Planner::clashOf(const TransferItem &item, bool isTopLevel)
 {
     Clash clash{item.source, item.target, item.node, {}};
-    if (isTopLevel && m_claimed.contains(item.target)) {
-        clash.targetNode = m_claimed.value(item.target);
+    if (const QString key = keyOf(item.target); isTopLevel && m_claimed.contains(key)) {
+        clash.targetNode = m_claimed.value(key);
         clash.canReplace = false;
         return clash;
     }
@@ -152,9 +157,12 @@ std::optional<Clash> Planner::clashOf(const TransferItem &item, bool isTopLevel)
     const bool isFolder = item.node.kind == NodeKind::Folder;
     const bool ontoFolder = present->kind == NodeKind::Folder;
     clash.isMerge = isFolder && ontoFolder;
-    const auto real = m_fileSystem.canonicalPath(parentOf(item.target));
     const auto place = placeOf(m_fileSystem, item.source);
-    const bool isItself = real && place && *place == platform::inFolder(*real, platform::nameOf(item.target));
+    const auto aim = placeOf(m_fileSystem, item.target);
+    const bool isOtherCase = place && aim && clsFileFunc(m_fileSystem).isSameButForCase(*place, *aim);
+    if (isOtherCase && m_plan.kind == TransferKind::Move)
+        return std::nullopt; // it bears the name itself
+    const bool isItself = isOtherCase || (place && aim && *place == *aim);
     clash.canReplace = isFolder == ontoFolder && !isItself && present->kind != NodeKind::Other &&
                        !(isFolder && present->isSameAs(item.node));
     return clash;
@@ -251,10 +259,11 @@ void Answering::keepBoth(TransferItem &item)
     const QString name = platform::nameOf(item.target);
     const auto kind = item.node.kind == NodeKind::Folder ? platform::NameKind::Folder : platform::NameKind::File;
     QString target;
-    for (int number = 2; target.isEmpty() || m_plan.targets.contains(target) || platform::isTaken(target); ++number)
+    for (int number = 2; target.isEmpty() || m_plan.targets.contains(keyOf(target)) || platform::isTaken(target);
+         ++number)
         target = platform::inFolder(folder, platform::numberedName(name, number, kind));
     item.target = target;
-    m_plan.targets.insert(target);
+    m_plan.targets.insert(keyOf(target));
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "files/transferrun.h"
+#include "files/clsfilefunc.h"
 
 #include "platform/leftovers.h"
 
@@ -151,7 +152,7 @@ void Runner::merge(const TransferItem &item)
 Result<void> Runner::rename(const TransferItem &item)
 {
     if (!item.replaces())
-        return m_fileSystem.renameNew(item.source, item.target);
+        return clsFileFunc(m_fileSystem).RenameFile(item.source, item.target);
     // Two names of one file: the system's rename does nothing then.
     if (const auto present = platform::nodeAt(item.target); present && present->isSameAs(item.node))
         return m_fileSystem.remove(item.source);

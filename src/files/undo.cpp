@@ -69,7 +69,10 @@ Result<void> Undoing::makeFolder(const QString &path)
 {
     if (platform::isTaken(path))
         return {};
-    return makeFolder(platform::folderOf(path)).and_then([&] { return m_fileSystem.createFolder(path); });
+    const QString above = platform::folderOf(path);
+    if (above == path)
+        return tl::unexpected(Error{ErrorCode::NotFound, path, QStringLiteral("this drive is not there")});
+    return makeFolder(above).and_then([&] { return m_fileSystem.createFolder(path); });
 }
 
 Result<void> Undoing::moveBack(const TransferStep &step)

@@ -101,6 +101,8 @@ NativePath::NativePath(const QString &path)
         return;
     QString text = path;
     text.replace(u'/', Separator);
+    if (text.size() == 2 && text.at(1) == u':')
+        text += Separator; // not the folder in use on that drive: names are put behind it
     if (!text.startsWith(Prefix)) {
         if (needsResolving(text))
             text = resolved(text);

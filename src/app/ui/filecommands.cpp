@@ -61,10 +61,7 @@ QString FileCommands::selectedSources() const
 /// The current folder as a thing of its own: without a separator at its end.
 QString FileCommands::folderSource() const
 {
-    QString folder = m_context.program.state.currentFolderAsChosen;
-    while (folder.size() > 1 && folder.endsWith(platform::Separator))
-        folder.chop(1);
-    return folder;
+    return platform::withoutEndSeparator(m_context.program.state.currentFolderAsChosen);
 }
 
 void FileCommands::moveFiles()
@@ -108,8 +105,8 @@ QString FileCommands::askDestination(const QString &title)
 {
     Settings &settings = m_context.program.settings;
     const QString last = settings.read(DestinationKey);
-    const QString start =
-        last.isEmpty() ? m_context.program.state.currentFolder : nearestFolder(m_context.program.fileSystem, last);
+    const QString left = last.isEmpty() ? QString() : nearestFolder(m_context.program.fileSystem, last);
+    const QString start = left.isEmpty() ? m_context.program.state.currentFolder : left;
     const QString chosen = QDir::toNativeSeparators(m_chooseFolder(title, start));
     if (!chosen.isEmpty())
         settings.write(DestinationKey, chosen);
