@@ -65,7 +65,10 @@ Result<void> FileCopy::fill(const CopyWatch &watch)
         if (watch.advanced)
             watch.advanced(length);
     }
-    return takeAttributes(m_from, m_temporary.path());
+    return takeAttributes(m_from, m_temporary.path()).map([&] {
+        // Windows sets the time anew when the handle that has written is closed, unless that was given it too.
+        static_cast<void>(m_temporary.file().setModified(m_before.modified));
+    });
 }
 
 Result<void> FileCopy::secure(CopyCheck check)

@@ -63,8 +63,11 @@ public:
     }
     ~Writable()
     {
-        if (isReadOnly() && !m_isDone)
-            ::SetFileAttributesW(m_path, m_attributes);
+        if (!isReadOnly() || m_isDone)
+            return;
+        const DWORD number = ::GetLastError(); // of the call that it was for
+        ::SetFileAttributesW(m_path, m_attributes);
+        ::SetLastError(number);
     }
     Writable(const Writable &) = delete;
     Writable &operator=(const Writable &) = delete;
@@ -206,10 +209,8 @@ Result<void> WindowsFileSystem::remove(const QString &path)
                                   (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
         Writable writable(native);
         const BOOL removed = isFolderLink ? ::RemoveDirectoryW(native) : ::DeleteFileW(native);
-        const DWORD number = ::GetLastError();
         if (removed != 0)
             writable.done();
-        ::SetLastError(number);
         return removed;
     });
 }
