@@ -58,7 +58,7 @@ public:
     {
         std::vector<RenameWish> made;
         for (const auto &[from, to] : pairs)
-            made.push_back(wishForFile(path(from), to));
+            made.push_back(wishForFile(path(from), QDir::toNativeSeparators(to)));
         return made;
     }
 

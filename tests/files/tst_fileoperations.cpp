@@ -4,6 +4,7 @@
 #include "files/fileoperations.h"
 
 #include "support/filetree.h"
+#include "support/trash.h"
 
 #include <QDir>
 #include <QTest>
@@ -82,7 +83,10 @@ private Q_SLOTS:
 
 private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
-    QString list(const QStringList &names) const { return sourceList(m_folder->path() + u'/', names); }
+    QString list(const QStringList &names) const
+    {
+        return QDir::toNativeSeparators(sourceList(m_folder->path() + u'/', names));
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<ScriptedHost> m_host;
@@ -100,6 +104,7 @@ void FileOperationsTest::init()
     m_operations = std::make_unique<FileOperations>(m_fileSystem, *m_host, *m_history);
     m_files = std::make_unique<clsFileFunc>(m_fileSystem, *m_operations);
     qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
+    emptyTrash();
     QDir().mkpath(in(u"to"_s));
     writeFile(in(u"a.mp3"_s), "a");
     writeFile(in(u"b.mp3"_s), "b");
@@ -159,7 +164,7 @@ void FileOperationsTest::deletingAsksOnceAndTrashes()
     m_host->trashAnswer = true;
     QCOMPARE(m_files->DeleteFile(list({u"a.mp3"_s, u"b.mp3"_s})), ResultDone);
     QCOMPARE(m_host->asked, (QStringList{u"trash 2"_s, u"trash 2"_s}));
-    QCOMPARE(snapshotOf(in(u"data/Trash/files"_s)), (Snapshot{{u"a.mp3"_s, "file a"}, {u"b.mp3"_s, "file b"}}));
+    QCOMPARE(snapshotOf(inTrash({})), (Snapshot{{u"a.mp3"_s, "file a"}, {u"b.mp3"_s, "file b"}}));
 }
 
 void FileOperationsTest::withoutTrashAPlainQuestion()
@@ -188,10 +193,11 @@ void FileOperationsTest::withoutUndoForGood()
     m_host->deleteAnswer = true;
     QCOMPARE(m_files->DeleteFile(in(u"a.mp3"_s), false, FlagNoConfirmation), ResultDone);
     QCOMPARE(m_host->asked, QStringList{u"delete 1"_s}); // always asked
-    QVERIFY(!platform::isTaken(in(u"data/Trash"_s)));
+    QVERIFY(!platform::isTaken(in(u"a.mp3"_s)));
+    QVERIFY(!QFileInfo::exists(inTrash(u"a.mp3"_s)));
     QCOMPARE(m_files->DeleteFile(in(u"b.mp3"_s), true, FlagNoConfirmation), ResultDone);
     QCOMPARE(m_host->asked.size(), 1);
-    QCOMPARE(readFile(in(u"data/Trash/files/b.mp3"_s)), QByteArray("b"));
+    QCOMPARE(readFile(inTrash(u"b.mp3"_s)), QByteArray("b"));
 }
 
 void FileOperationsTest::renames()
@@ -256,9 +262,10 @@ void FileOperationsTest::theNearestFolderThatIsLeft()
 {
     QCOMPARE(nearestFolder(m_fileSystem, in(u"cd1/"_s)), in(u"cd1/"_s));
     QCOMPARE(nearestFolder(m_fileSystem, in(u"cd1/gone/deep/"_s)), in(u"cd1/"_s));
-    QCOMPARE(nearestFolder(m_fileSystem, in(u"a.mp3/x"_s)), m_folder->path() + u'/');
-    QCOMPARE(nearestFolder(m_fileSystem, u"/"_s), u"/"_s);
-    QCOMPARE(nearestFolder(m_fileSystem, u"/none-such-folder/x"_s), u"/"_s);
+    QCOMPARE(nearestFolder(m_fileSystem, in(u"a.mp3/x"_s)), QDir::toNativeSeparators(m_folder->path() + u'/'));
+    const QString root = QDir::toNativeSeparators(QDir::rootPath());
+    QCOMPARE(nearestFolder(m_fileSystem, root), root);
+    QCOMPARE(nearestFolder(m_fileSystem, root + QDir::toNativeSeparators(u"none-such-folder/x"_s)), root);
 }
 
 QTEST_GUILESS_MAIN(FileOperationsTest)

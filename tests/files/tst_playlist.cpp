@@ -4,13 +4,16 @@
 #include "files/playlist.h"
 
 #include "platform/codepage.h"
+#include "platform/namecheck.h"
 
 #include "support/filetree.h"
 
 #include <QDir>
 #include <QTest>
 
+#ifndef Q_OS_WIN
 #include <sys/stat.h>
+#endif
 
 using namespace ravlin;
 using namespace ravlin::test;
@@ -81,9 +84,11 @@ void PlaylistTest::theName()
 void PlaylistTest::aLongName()
 {
     const QString name = playlistName(QString(200, u'ñ'), QString(200, u'x'));
-    QVERIFY(name.toUtf8().size() <= 255);
+    QVERIFY(platform::nameLength(name) <= 255);
     QVERIFY(name.endsWith(u".m3u"_s));
-    QVERIFY(WritePlaylist(m_fileSystem, folder(), {}, record(QString(200, u'ñ'), u"x"_s)));
+    // Wine counts the bytes of the disk that is under it.
+    const QChar letter = platform::Separator == u'/' ? u'ñ' : u'n';
+    QVERIFY(WritePlaylist(m_fileSystem, folder(), {}, record(QString(200, letter), u"x"_s)));
 }
 
 void PlaylistTest::theContent()
@@ -111,6 +116,8 @@ void PlaylistTest::aLineBeyondTheCodePage()
 
 void PlaylistTest::aNameThatIsNoUnicode()
 {
+    if (platform::Separator != u'/')
+        QSKIP("names are no bytes here");
     const QString name = platform::decodePath(QByteArray("caf\xe9.mp3"));
     QCOMPARE(playlistContent({name}, platform::toCodePage), QByteArray("caf\xe9.mp3\r\n"));
 }
@@ -120,13 +127,15 @@ void PlaylistTest::writesTheFoldersList()
     const auto written = WritePlaylist(
         m_fileSystem, folder(), {u"b.mp3"_s, u"a.mp3"_s, u"cd1/ñ.mp3"_s}, record(u"Artista"_s, u"Disco"_s));
     QCOMPARE(written.value(), in(u"Artista - Disco.m3u"_s));
-    QCOMPARE(
-        snapshotOf(m_folder->path()), (Snapshot{{u"Artista - Disco.m3u"_s, "file b.mp3\r\na.mp3\r\ncd1/ñ.mp3\r\n"}}));
+    const QByteArray lines = "b.mp3\r\na.mp3\r\n" + platform::toCodePage(u"cd1/ñ.mp3"_s).value() + "\r\n";
+    QCOMPARE(snapshotOf(m_folder->path()), (Snapshot{{u"Artista - Disco.m3u"_s, "file " + lines}}));
+#ifndef Q_OS_WIN // which has no permission bits
     struct stat status = {};
     QCOMPARE(::stat(QFile::encodeName(*written).constData(), &status), 0);
     const mode_t mask = ::umask(0);
     ::umask(mask);
     QCOMPARE(status.st_mode & 0777U, 0666U & ~mask);
+#endif
 }
 
 void PlaylistTest::noRowsAnEmptyList()
@@ -138,21 +147,27 @@ void PlaylistTest::noRowsAnEmptyList()
 void PlaylistTest::replacesAnOlderList()
 {
     writeFile(in(u"lista.m3u"_s), QByteArray(10'000, 'x'));
+#ifndef Q_OS_WIN
     QCOMPARE(::chmod(QFile::encodeName(in(u"lista.m3u"_s)).constData(), 0664), 0);
+#endif
     QVERIFY(WritePlaylist(m_fileSystem, folder(), {u"a.mp3"_s}, {}));
     QCOMPARE(snapshotOf(m_folder->path()), (Snapshot{{u"lista.m3u"_s, "file a.mp3\r\n"}}));
+#ifndef Q_OS_WIN
     struct stat status = {};
     ::stat(QFile::encodeName(in(u"lista.m3u"_s)).constData(), &status);
     QCOMPARE(status.st_mode & 0777U, 0664U);
+#endif
 }
 
 void PlaylistTest::neverThroughALinkNorOverAFolder()
 {
-    writeFile(in(u"precious.txt"_s), "precious");
-    makeLink("precious.txt", in(u"lista.m3u"_s));
-    QVERIFY(WritePlaylist(m_fileSystem, folder(), {u"a.mp3"_s}, {}));
-    QCOMPARE(readFile(in(u"precious.txt"_s)), QByteArray("precious"));
-    QCOMPARE(snapshotOf(m_folder->path()).value(u"lista.m3u"_s), QByteArray("file a.mp3\r\n"));
+    if (MakesLinks) {
+        writeFile(in(u"precious.txt"_s), "precious");
+        makeLink("precious.txt", in(u"lista.m3u"_s));
+        QVERIFY(WritePlaylist(m_fileSystem, folder(), {u"a.mp3"_s}, {}));
+        QCOMPARE(readFile(in(u"precious.txt"_s)), QByteArray("precious"));
+        QCOMPARE(snapshotOf(m_folder->path()).value(u"lista.m3u"_s), QByteArray("file a.mp3\r\n"));
+    }
     QDir().mkpath(in(u"Disco.m3u"_s));
     QVERIFY(!WritePlaylist(m_fileSystem, folder(), {u"a.mp3"_s}, record({}, u"Disco"_s)));
 }
@@ -196,6 +211,9 @@ void PlaylistTest::opensEvenWhenItCannotWrite()
 
 void PlaylistTest::thePlayListIsTheUsersOwn()
 {
+#ifdef Q_OS_WIN
+    QSKIP("it is in the root of drive C; tst_windowssystem checks that");
+#else
     qputenv("XDG_CACHE_HOME", QFile::encodeName(in(u"cache"_s)));
     const QString path = playListPath();
     QCOMPARE(path, in(u"cache/ravlin/lista.m3u"_s));
@@ -203,6 +221,7 @@ void PlaylistTest::thePlayListIsTheUsersOwn()
     QCOMPARE(::stat(QFile::encodeName(in(u"cache/ravlin"_s)).constData(), &status), 0);
     QCOMPARE(status.st_mode & 0777U, 0700U);
     QCOMPARE(playListPath(), path);
+#endif
 }
 
 namespace {
@@ -222,7 +241,10 @@ public:
 
 void PlaylistTest::deletesAllInOneRequest()
 {
-    for (const QString &name : {u"a.m3u"_s, u"B.M3U"_s, u"c.m3u8"_s, u".hidden.m3u"_s, u"d.mp3"_s, u"sub/e.m3u"_s})
+    QStringList names{u"a.m3u"_s, u"B.M3U"_s, u"c.m3u8"_s, u"d.mp3"_s, u"sub/e.m3u"_s};
+    if (platform::Separator == u'/')
+        names += u".hidden.m3u"_s; // on Windows an attribute hides, not the name
+    for (const QString &name : names)
         writeFile(in(name), "x");
     QDir().mkpath(in(u"folder.m3u"_s));
     CountingService service;

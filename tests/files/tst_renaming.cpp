@@ -5,6 +5,7 @@
 #include "files/renamingcase.h"
 #include "support/caselessfilesystem.h"
 #include "support/faultyfilesystem.h"
+#include "support/filetree.h"
 
 #include <QtTest>
 
@@ -358,7 +359,8 @@ void tst_renaming::aSeparatorLeadsIntoAFolder()
     QCOMPARE(folder.files(), (Files{{u"Band/Live/a.mp3"_s, u"a.mp3"_s}, {u"Band/b.mp3"_s, u"b.mp3"_s},
                                  {u"Band/c.mp3"_s, u"Band/c.mp3"_s}, {u"top/d.mp3"_s, u"top/d.mp3"_s}}));
     // The pattern's own text may lead out.
-    RenamingPlan out(native(), {wishForFile(folder.path(u"top/d.mp3"_s), u"../d.mp3"_s, stepsUpIn(u"../%3"_s))});
+    RenamingPlan out(native(),
+        {wishForFile(folder.path(u"top/d.mp3"_s), QDir::toNativeSeparators(u"../d.mp3"_s), stepsUpIn(u"../%3"_s))});
     QCOMPARE(out.rows()[0].path, folder.path(u"d.mp3"_s));
     QCOMPARE(runAsPlanned(native(), out).count(Rename), std::size_t(1));
     QVERIFY(folder.files().contains(u"d.mp3"_s));
@@ -368,7 +370,8 @@ void tst_renaming::valuesLeadNowhereElse()
 {
     const RenamingCase folder({u"in/a.mp3"_s});
     // The pattern was ‘%2/%3’ and the album is "..".
-    const RenameWish wish = wishForFile(folder.path(u"in/a.mp3"_s), u"../x.mp3"_s, stepsUpIn(u"%2/%3"_s));
+    const RenameWish wish =
+        wishForFile(folder.path(u"in/a.mp3"_s), QDir::toNativeSeparators(u"../x.mp3"_s), stepsUpIn(u"%2/%3"_s));
     QVERIFY(wish.problem == platform::NameProblem::LeadsOutside);
     const auto outcome = runAsPlanned(native(), RenamingPlan(native(), {wish}));
     QCOMPARE(statesOf(outcome.rows), states({RenameState::Refused}));
@@ -388,6 +391,8 @@ void tst_renaming::aFileInTheWayOfAFolder()
 
 void tst_renaming::oneFolderBySeveralSpellings()
 {
+    if (!MakesLinks)
+        QSKIP("no symbolic links can be made here");
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"sub/s.mp3"_s});
     QVERIFY(QFile::link(folder.path(), folder.path(u"sub/link"_s)));
     RenamingPlan plan(native(), {{folder.path(u"a.mp3"_s), folder.path(u"x.mp3"_s)},
@@ -414,7 +419,8 @@ void tst_renaming::namesThatAreNoText()
     const ScratchFolder folder;
     const QString odd = folder.path() + u'/' + platform::decodePath(QByteArray("caf\xe9.mp3"));
     const auto file = native().createNew(odd);
-    QVERIFY(file);
+    if (!file)
+        QSKIP("this file system takes Unicode names only");
     const QString wanted = folder.path() + u'/' + platform::decodePath(QByteArray("t\xe9 \xff.mp3"));
     const auto outcome = runAsPlanned(native(), RenamingPlan(native(), {{odd, wanted}}));
     QCOMPARE(statesOf(outcome.rows), states({Rename}));
@@ -479,7 +485,7 @@ bool survivesFault(int at, bool forEver)
         qFatal("fault %d: a file is lost", at);
     for (const RenameRow &row : outcome.rows) {
         const QString firstName = row.from.mid(folder.path().size() + 1);
-        if (files.value(row.path.mid(folder.path().size() + 1)) != firstName)
+        if (files.value(QDir::fromNativeSeparators(row.path.mid(folder.path().size() + 1))) != firstName)
             qFatal("fault %d: %s is not where its row says", at, qPrintable(firstName));
         if (row.state != Rename && (row.state != RenameState::Failed || !row.error))
             qFatal("fault %d: %s has a wrong outcome", at, qPrintable(firstName));

@@ -17,6 +17,9 @@ namespace {
 
 using Files = QMap<QString, QString>;
 
+/// Of the system itself.
+constexpr bool IgnoresCase = platform::NameCase == Qt::CaseInsensitive;
+
 /// Random batches over few names, so that collisions, chains, rings and case-only changes are frequent.
 class RandomBatch
 {
@@ -45,7 +48,9 @@ public:
         const int count = 1 + below(16);
         for (int i = 0; i < count; ++i) {
             const QString file = (below(3) == 0 ? u"base/one/"_s : u"base/"_s) + name();
-            const QString key = caseless ? file.toCaseFolded() : file;
+            if (IgnoresCase && file.endsWith(u"con.mp3"_s))
+                continue; // there is no making it
+            const QString key = caseless || IgnoresCase ? file.toCaseFolded() : file;
             if (file.endsWith(u".mp3"_s) && !QFileInfo(file).completeBaseName().isEmpty() && !present.contains(key)) {
                 present.insert(key);
                 folder.add(file);
@@ -60,7 +65,8 @@ public:
         std::vector<RenameWish> made;
         for (const QString &file : files) {
             if (below(6) != 0)
-                made.push_back(wishForFile(folder.path(file), below(4) == 0 ? nameInFolders() : name(), below(2)));
+                made.push_back(wishForFile(
+                    folder.path(file), QDir::toNativeSeparators(below(4) == 0 ? nameInFolders() : name()), below(2)));
         }
         return made;
     }
@@ -116,7 +122,9 @@ void tst_renamingproperties::thePlanIsWhatHappens()
 
         // What the plan tells: every file of the batch is where its row says, every other one where it was.
         Files expected = before;
-        const auto relative = [&](const QString &path) { return path.mid(folder.path().size() + 1); };
+        const auto relative = [&](const QString &path) {
+            return QDir::fromNativeSeparators(path.mid(folder.path().size() + 1));
+        };
         for (const RenameRow &row : plan.rows())
             expected.remove(relative(row.from));
         for (const RenameRow &row : plan.rows()) {
@@ -127,7 +135,7 @@ void tst_renamingproperties::thePlanIsWhatHappens()
             renames += row.renames() ? 1 : 0;
         }
         for (const RenameRow &row : plan.rows())
-            QVERIFY(row.path.startsWith(folder.path() + u'/'));
+            QVERIFY(row.path.startsWith(folder.path() + QDir::separator()));
 
         NoProgress progress;
         const RenamingOutcome outcome = runRenaming(fileSystem, plan, progress);

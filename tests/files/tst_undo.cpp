@@ -4,6 +4,7 @@
 #include "files/undo.h"
 
 #include "support/filetree.h"
+#include "support/trash.h"
 
 #include <QDir>
 #include <QTest>
@@ -52,6 +53,7 @@ void UndoTest::init()
     m_folder = std::make_unique<QTemporaryDir>();
     m_history = std::make_unique<UndoHistory>();
     qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
+    emptyTrash();
     QDir().mkpath(in(u"to"_s));
 }
 
@@ -67,6 +69,8 @@ TransferReport UndoTest::transfer(
 
 void UndoTest::oneByOne()
 {
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
     writeFile(in(u"a.mp3"_s), "a");
     writeFile(in(u"b.mp3"_s), "b");
     transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s));
@@ -156,7 +160,7 @@ void UndoTest::aCopyGoesIntoTheTrash()
     QVERIFY(undo().failures.empty());
     QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
     QCOMPARE(readFile(in(u"cd/a.mp3"_s)), QByteArray("a"));
-    QCOMPARE(readFile(in(u"data/Trash/files/cd/a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(readFile(inTrash(u"cd/a.mp3"_s)), QByteArray("a"));
 }
 
 void UndoTest::aCopyThatWasEditedStays()
@@ -181,6 +185,8 @@ void UndoTest::aCopyThatReplacedStays()
 
 void UndoTest::aDeletionComesBack()
 {
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
     writeFile(in(u"cd/a.mp3"_s), "a");
     writeFile(in(u"b.mp3"_s), "b");
     m_history->addDeletion(putIntoTrash({in(u"cd"_s), in(u"b.mp3"_s)}));
@@ -193,9 +199,13 @@ void UndoTest::aDeletionComesBack()
 void UndoTest::aDeletionForGoodSaysWhy()
 {
     writeFile(in(u"cd/sub/a.mp3"_s), "a");
-    makeLink("cd", in(u"link"_s));
     writeFile(in(u"kept/b.mp3"_s), "b");
-    makeLink("../../kept", in(u"cd/sub/outside"_s));
+    writeFile(in(u"link"_s), "no link");
+    if (MakesLinks) {
+        QFile::remove(in(u"link"_s));
+        makeLink("cd", in(u"link"_s));
+        makeLink("../../kept", in(u"cd/sub/outside"_s));
+    }
     const DeletionReport deleted = deleteForGood(m_fileSystem, {in(u"link"_s), in(u"cd"_s)});
     QCOMPARE(deleted.deleted.size(), 2);
     QVERIFY(!platform::isTaken(in(u"cd"_s)));
@@ -267,6 +277,8 @@ void UndoTest::aStopLeavesTheRestForTheNextUndo_data()
 void UndoTest::aStopLeavesTheRestForTheNextUndo()
 {
     QFETCH(OperationKind, kind);
+    if (kind == OperationKind::Trash && !givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
     const QStringList files{in(u"1.mp3"_s), in(u"2.mp3"_s), in(u"3.mp3"_s), in(u"4.mp3"_s)};
     for (const QString &file : files)
         writeFile(file, file.toUtf8());

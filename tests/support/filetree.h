@@ -35,6 +35,9 @@ inline std::filesystem::path standardPath(const QByteArray &bytes)
     return std::u8string(bytes.begin(), bytes.end());
 }
 
+/// Whether tests can make symbolic links: on Windows that takes a right that users don't have, and Wine has none.
+inline constexpr bool MakesLinks = platform::Separator == u'/';
+
 inline void makeLink(const QByteArray &target, const QString &path)
 {
     std::error_code error;
@@ -93,7 +96,12 @@ inline Snapshot snapshotOf(const QString &folder)
 class OtherDrive
 {
 public:
-    OtherDrive() : m_folder(QStringLiteral("/dev/shm/ravlin-test-XXXXXX")) {}
+    // Of a Windows program, the drive that is the disk of the computer that runs it.
+    OtherDrive()
+        : m_folder((platform::Separator == u'/' ? QString() : QStringLiteral("Z:")) +
+                   QStringLiteral("/dev/shm/ravlin-test-XXXXXX"))
+    {
+    }
 
     bool isOther() const
     {

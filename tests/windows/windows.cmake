@@ -23,14 +23,9 @@ set(RAVLIN_NOT_FOR_WINDOWS
     # They call POSIX in the test itself: permission bits, owners, pipes, extended attributes, limits of resources, or
     # processes that they fork in order to kill them.
     tst_exclusiverename tst_filesystem tst_safewrite tst_safewritefaults tst_safewritefull tst_safewritekill tst_tagkill
-    tst_renamingkill tst_transferkill tst_transferfaults tst_transfer
-    tst_playlist tst_foldertree
+    tst_renamingkill tst_transferkill tst_transferfaults
     # The trash and the desktop entries of freedesktop.org.
-    tst_trash tst_filetype tst_undo tst_fileoperations
-    # All they expect is paths with slashes.
-    tst_dialog tst_renaming tst_renamingproperties
-    # They don't end, and nobody has looked yet whether that is Wine's fault, the test's or ours.
-    tst_filecommands)
+    tst_trash tst_filetype)
 foreach(name IN LISTS RAVLIN_NOT_FOR_WINDOWS)
     list(FILTER RAVLIN_TEST_SOURCES EXCLUDE REGEX "/${name}\\.cpp$")
 endforeach()
@@ -44,17 +39,8 @@ file(GLOB RAVLIN_WINDOWS_TESTS CONFIGURE_DEPENDS windows/tst_*.cpp)
 list(APPEND RAVLIN_TEST_SOURCES ${RAVLIN_WINDOWS_TESTS})
 
 # Functions that are left out of tests that run.
-# They expect paths with slashes, or names that Windows has not.
-set(RAVLIN_LEFT_OUT_tst_principal f2ListsTheTreeWithPrefixes)
-set(RAVLIN_LEFT_OUT_tst_filerenaming thePatternsOwnWayUpIsFollowedAndAValuesIsNot)
-set(RAVLIN_LEFT_OUT_tst_renamefromtags filesOfARow patternsLeadOutValuesDoNot)
-set(RAVLIN_LEFT_OUT_tst_filelist longNamesAreBoldAndPureRed)
-set(RAVLIN_LEFT_OUT_tst_newname
-    theFileStaysInItsFolderAndGetsTheExtensionInLowerCase aFileBelowTheCurrentFolderStaysThere
-    aNameThatStaysIsUnchangedUnlessItsExtensionIsWrittenOtherwise)
-set(RAVLIN_LEFT_OUT_tst_renamepage afterARunTheListIsFilledAgainAndTheOutcomeTold)
-set(RAVLIN_LEFT_OUT_tst_operationdialogs theQuestionAboutATakenNameTellsBothFiles
-    aQuestionNamesWhatItIsAbout aNameIsShownAsItIs enterPutsIntoTheTrashButDeletesNothingForGood)
+# They take the trash of freedesktop.org away; tst_windowsoperations asks for what the recycle bin does not take.
+set(RAVLIN_LEFT_OUT_tst_fileoperations withoutTrashAPlainQuestion aYesToTheTrashIsNoneToLosing)
 # Permission bits and symbolic links as POSIX has them.
 set(RAVLIN_LEFT_OUT_tst_settings aSymbolicLinkStays permissions)
 # Names of bytes that are no Unicode, and two names that differ in case alone.
@@ -74,8 +60,6 @@ set(RAVLIN_LEFT_OUT_tst_inetretreive encryptedAndRedirectedFiles neverFromEncryp
 set(RAVLIN_LEFT_OUT_tst_busy shortWorkIsNotSlowedDown)
 set(RAVLIN_LEFT_OUT_tst_singlefilepagelook nothingIsCutInAnyLanguage aLongFileNameLosesItsMiddleOnly)
 set(RAVLIN_LEFT_OUT_tst_principallook theTabKeyGoesAsTheEyeDoes)
-# Wine's shell can't tell where in the recycle bin a file is, so that nothing comes back from it.
-set(RAVLIN_LEFT_OUT_tst_commandbar undoesOneAfterTheOther)
 
 # The prefix is made first and its server kept while tests run: to start both takes longer than most tests.
 add_test(NAME windows/prefix COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/windows/prefix" start "${RAVLIN_WINE_PREFIX}")

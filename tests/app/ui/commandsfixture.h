@@ -2,6 +2,7 @@
 
 #include "app/ui/filecommands.h"
 #include "app/ui/principalfixture.h"
+#include "support/trash.h"
 
 #include <QAction>
 #include <QApplication>
@@ -97,7 +98,6 @@ protected:
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
     }
-    static QString trash() { return qEnvironmentVariable("XDG_DATA_HOME") + u"/Trash"_s; }
     QAction *action(const QString &name) const { return control<QAction>(name); }
     QAction *buttonAction(int position) const
     {
@@ -133,7 +133,7 @@ protected:
     void beginTest()
     {
         startAfresh();
-        QDir(trash()).removeRecursively();
+        emptyTrash();
         m_answers.clear();
         m_said.clear();
         m_starts.clear();

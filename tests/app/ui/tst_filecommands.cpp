@@ -34,8 +34,8 @@ private Q_SLOTS:
         QCOMPARE(m_said, QStringList{u"put 2 files into the trash?\na.mp3\nc.mp3"_s});
         QCOMPARE(list()->rowTexts(), QStringList{u"b.mp3"_s});
         QVERIFY(!exists(u"music/a.mp3"_s));
-        QVERIFY(contentOf(trash() + u"/info/a.mp3.trashinfo"_s).contains("/music/a.mp3\n"));
-        QCOMPARE(contentOf(trash() + u"/files/c.mp3"_s), titled(u"title c"_s));
+        QVERIFY(contentOf(trashFolder() + u"/info/a.mp3.trashinfo"_s).contains("/music/a.mp3\n"));
+        QCOMPARE(contentOf(inTrash(u"c.mp3"_s)), titled(u"title c"_s));
     }
 
     void aNoLeavesFilesListAndSelectionAsTheyAre()
@@ -67,7 +67,7 @@ private Q_SLOTS:
         run(way);
         QCOMPARE(m_said, QStringList{u"put the folder “music” into the trash, with all that is in it?\n"_s});
         QVERIFY(!exists(u"music"_s));
-        QVERIFY(QFileInfo(trash() + u"/files/music/a.mp3"_s).isFile());
+        QVERIFY(QFileInfo(inTrash(u"music/a.mp3"_s)).isFile());
         QCOMPARE(tree()->path(), path());
         QCOMPARE(list()->rowTexts(), QStringList{u"above.mp3"_s});
         QCOMPARE(m_program->state.currentFolder, path() + QDir::separator());
@@ -96,14 +96,15 @@ private Q_SLOTS:
 
     void copiesARowOfASubfolderFromThere()
     {
-        addFile(u"music/cd1/a.mp3"_s, titled(u"deep"_s));
+        addFile(u"music/x1/a.mp3"_s, titled(u"deep"_s));
         openThree();
         QTest::keyClick(tree(), Qt::Key_F2);
-        QCOMPARE(list()->rowTexts(), (QStringList{u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s, u"cd1/a.mp3"_s}));
-        selectRows({u"cd1/a.mp3"_s});
+        const QString row = QDir::toNativeSeparators(u"x1/a.mp3"_s);
+        QCOMPARE(list()->rowTexts(), (QStringList{u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s, row}));
+        selectRows({row});
         action(u"tb_copiar"_s)->trigger();
         QCOMPARE(content(u"target/a.mp3"_s), titled(u"deep"_s));
-        QCOMPARE(content(u"music/cd1/a.mp3"_s), titled(u"deep"_s));
+        QCOMPARE(content(u"music/x1/a.mp3"_s), titled(u"deep"_s));
     }
 
     void aCancelledChoiceDoesNothing()
@@ -127,10 +128,10 @@ private Q_SLOTS:
         m_destination.clear();
         action(u"tb_mover"_s)->trigger();
         QCOMPARE(m_starts.front(), at(u"music"_s) + QDir::separator());
-        QCOMPARE(QDir::cleanPath(m_starts.back()), at(u"target"_s));
+        QCOMPARE(m_starts.back(), at(u"target"_s) + QDir::separator());
         QDir(at(u"target"_s)).removeRecursively();
         action(u"tb_mover"_s)->trigger();
-        QCOMPARE(QDir::cleanPath(m_starts.back()), path());
+        QCOMPARE(m_starts.back(), path() + QDir::separator());
     }
 
     void movesTheFolderAndGoesToTheNearestOneThatIsLeft()
@@ -251,13 +252,14 @@ private Q_SLOTS:
 
     void rowsOfSubfoldersKeepTheirPathsInTheList()
     {
-        addFile(u"music/cd1/d.mp3"_s);
+        addFile(u"music/x1/d.mp3"_s);
         openThree();
         QTest::keyClick(tree(), Qt::Key_F2);
         run(u"list Shift+L"_s);
-        QCOMPARE(content(u"music/lista.m3u"_s), QByteArray("a.mp3\r\nb.mp3\r\nc.mp3\r\ncd1/d.mp3\r\n"));
+        const QByteArray row = QDir::toNativeSeparators(u"x1/d.mp3"_s).toUtf8();
+        QCOMPARE(content(u"music/lista.m3u"_s), "a.mp3\r\nb.mp3\r\nc.mp3\r\n" + row + "\r\n");
         run(u"list Shift+P"_s);
-        QVERIFY(contentOf(m_played.value(0)).contains(QFile::encodeName(at(u"music/cd1/d.mp3"_s)) + "\r\n"));
+        QVERIFY(contentOf(m_played.value(0)).contains(QFile::encodeName(at(u"music/x1/d.mp3"_s)) + "\r\n"));
     }
 
     void playsTheSelectedRows_data()
@@ -294,7 +296,7 @@ private Q_SLOTS:
         run(way);
         QVERIFY2(m_said.front().startsWith(u"put 2 files into the trash?"_s), qPrintable(m_said.front()));
         QVERIFY(!exists(u"music/one.m3u"_s) && !exists(u"music/TWO.M3U"_s));
-        QVERIFY(QFileInfo::exists(trash() + u"/files/one.m3u"_s));
+        QVERIFY(QFileInfo::exists(inTrash(u"one.m3u"_s)));
         run(u"list Shift+B"_s); // none is left: nothing is asked
         QVERIFY(exists(u"music/a.mp3"_s));
     }

@@ -211,7 +211,8 @@ private Q_SLOTS:
         open(path());
         QCOMPARE(list()->rowCount(), 1);
         QTest::keyClick(tree(), Qt::Key_F2);
-        QCOMPARE(list()->rowTexts(), (QStringList{u"start.mp3"_s, u"x/name.mp3"_s, u"x/y/name.mp3"_s}));
+        QCOMPARE(list()->rowTexts(), (QStringList{u"start.mp3"_s, QDir::toNativeSeparators(u"x/name.mp3"_s),
+                                         QDir::toNativeSeparators(u"x/y/name.mp3"_s)}));
         QCOMPARE(panel(1), u"3 files"_s);
         clickRow(2);
         QCOMPARE(panel(2), at(u"x/y/name.mp3"_s));

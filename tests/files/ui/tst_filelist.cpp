@@ -188,7 +188,8 @@ private Q_SLOTS:
 
     void longNamesAreBoldAndPureRed()
     {
-        m_list->setRows(rows({QString(64, u'x'), QString(65, u'y'), QStringLiteral("sub/") + QString(64, u'z')}));
+        m_list->setRows(rows(
+            {QString(64, u'x'), QString(65, u'y'), QStringLiteral("sub") + platform::Separator + QString(64, u'z')}));
         for (int row = 0; row < 3; ++row) {
             const QModelIndex index = m_list->model()->index(row, 4);
             const bool isLong = m_list->rowText(row).startsWith(u'y');

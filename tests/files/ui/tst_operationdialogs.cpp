@@ -53,11 +53,12 @@ private:
         });
         poll->start(10);
     }
+    static QString native(const QString &path) { return QDir::toNativeSeparators(path); }
     static Clash clash()
     {
         Clash clash;
-        clash.source = u"/from/a.mp3"_s;
-        clash.target = u"/somewhere/to/a.mp3"_s;
+        clash.source = native(u"/from/a.mp3"_s);
+        clash.target = native(u"/somewhere/to/a.mp3"_s);
         clash.sourceNode.kind = platform::NodeKind::File;
         clash.sourceNode.info.size = 2048;
         clash.targetNode.kind = platform::NodeKind::File;
@@ -77,15 +78,15 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         answerNext(QMessageBox::Yes);
-        QVERIFY(m_dialogs->confirmTrash({u"/music/a.mp3"_s}));
+        QVERIFY(m_dialogs->confirmTrash({native(u"/music/a.mp3"_s)}));
         QCOMPARE(m_said, (QStringList{u"put “a.mp3” into the trash?"_s, QString()}));
         answerNext(QMessageBox::No);
-        QVERIFY(!m_dialogs->confirmTrash({folder.path()}));
+        QVERIFY(!m_dialogs->confirmTrash({native(folder.path())}));
         QCOMPARE(m_said.front(),
             u"put the folder “%1” into the trash, with all that is in it?"_s.arg(QDir(folder.path()).dirName()));
         QStringList many;
         for (int i = 1; i <= 10; ++i)
-            many << u"/music/%1.mp3"_s.arg(i);
+            many << native(u"/music/%1.mp3"_s.arg(i));
         answerNext(QMessageBox::Yes);
         QVERIFY(m_dialogs->confirmTrash(many));
         QCOMPARE(m_said.front(), u"put 10 files into the trash?"_s);
@@ -95,17 +96,17 @@ private Q_SLOTS:
     void aNameIsShownAsItIs()
     {
         answerNext(QMessageBox::No);
-        m_dialogs->confirmTrash({u"/music/<b>%1<br>.mp3"_s});
+        m_dialogs->confirmTrash({native(u"/music/<b>%1<br>.mp3"_s)});
         QCOMPARE(m_said.front(), u"put “<b>%1<br>.mp3” into the trash?"_s);
     }
 
     void enterPutsIntoTheTrashButDeletesNothingForGood()
     {
         answerNext(QMessageBox::Yes);
-        QVERIFY(m_dialogs->confirmTrash({u"/music/a.mp3"_s}));
+        QVERIFY(m_dialogs->confirmTrash({native(u"/music/a.mp3"_s)}));
         QCOMPARE(m_default, u"Yes"_s);
         answerNext(QMessageBox::Yes);
-        QVERIFY(m_dialogs->confirmDeleteForGood({u"/music/a.mp3"_s}));
+        QVERIFY(m_dialogs->confirmDeleteForGood({native(u"/music/a.mp3"_s)}));
         QCOMPARE(m_default, u"No"_s);
         QCOMPARE(m_said.front(), u"this drive has no trash. delete “a.mp3” for good?"_s);
         answerNext(QMessageBox::No);
