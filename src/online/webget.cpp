@@ -134,6 +134,7 @@ void WebGet::get(const QUrl &url)
     cancel();
     m_certificateTrouble.clear();
     m_isRefused = false;
+    m_isSent = false;
     m_isAnswering = false;
     m_taken = 0;
     m_timeLimit.start(m_settings.timeLimit);
@@ -142,10 +143,9 @@ void WebGet::get(const QUrl &url)
     m_reply = m_network.get(requestFor(url, m_settings));
     m_reply->setReadBufferSize(std::min(m_settings.sizeLimit + 1, Buffered));
     connect(m_reply, &QNetworkReply::socketStartedConnecting, this, [this] { Q_EMIT stepped(WebStep::Connecting); });
-    // Not on all systems does this come before the answer begins.
     connect(m_reply, &QNetworkReply::requestSent, this, [this] {
         if (!m_isAnswering)
-            Q_EMIT stepped(WebStep::RequestSent);
+            tellSent();
     });
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &WebGet::takeHeaders);
     connect(m_reply, &QNetworkReply::readyRead, this, &WebGet::tellReadable);
@@ -206,6 +206,12 @@ QByteArray WebGet::read(qint64 size)
     return bytes;
 }
 
+void WebGet::tellSent()
+{
+    m_isSent = true;
+    Q_EMIT stepped(WebStep::RequestSent);
+}
+
 void WebGet::takeHeaders()
 {
     if (m_isRefused || m_isAnswering)
@@ -224,7 +230,11 @@ void WebGet::takeHeaders()
         return;
     }
     m_isAnswering = true;
-    Q_EMIT stepped(WebStep::Answering);
+    const QNetworkReply *const reply = m_reply;
+    if (!m_isSent) // on some systems the network tells it too late
+        tellSent();
+    if (m_reply == reply) // whoever heard of that may have ended the fetch
+        Q_EMIT stepped(WebStep::Answering);
 }
 
 /// The reply must not be aborted while it is reading its headers.

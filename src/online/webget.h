@@ -96,6 +96,7 @@ Q_SIGNALS:
     void failed(const WebFailure &failure);
 
 private:
+    void tellSent();
     void takeHeaders();
     void tellReadable();
     void finish();
@@ -111,6 +112,7 @@ private:
     QTimer m_idleLimit;
     QNetworkReply *m_reply = nullptr;
     bool m_isRefused = false; ///< by its headers: the content is none
+    bool m_isSent = false;
     bool m_isAnswering = false;
     qint64 m_taken = 0; ///< bytes of the content
     QString m_certificateTrouble;
