@@ -121,13 +121,6 @@ QString withoutPrefix(const QString &native)
     return native.startsWith(Prefix) ? native.mid(Prefix.size()) : native;
 }
 
-bool isUnderstoodByAll(const QString &path)
-{
-    const QString ended = path + Separator;
-    return resolved(path) == path && !ended.contains(QStringLiteral(R"( \)")) &&
-           !ended.contains(QStringLiteral(R"(.\)"));
-}
-
 Handle openExisting(const NativePath &path, DWORD access, DWORD flags)
 {
     return Handle(::CreateFileW(

@@ -33,10 +33,6 @@ private:
 /// Without the \\?\ that the system puts before a path.
 QString withoutPrefix(const QString &native);
 
-/// Whether a complete path, without prefix, means the same to programs that give it to the system as it is: the system
-/// takes off blanks and full stops at the end of names, and reads some names as those of devices.
-bool isUnderstoodByAll(const QString &path);
-
 /// A handle of the system that is closed on destruction.
 class Handle
 {

@@ -172,15 +172,17 @@ QString driveOf(const QString &path)
     return withoutPrefix(fromWide(root.c_str()));
 }
 
-/// Whether the shell, which knows no prefix, finds by a path what we do: it takes a blank or full stop off the end of a
-/// name, where another file may bear the rest, and finds nothing by a long path.
+/// Whether the shell, which knows no prefix, finds by a path what we do: it takes blanks and full stops off the end of
+/// a name, where another file may bear the rest, and finds nothing by a long path.
 bool isForShell(const QString &path)
 {
     const std::wstring text = path.toStdWString();
     std::wstring understood(MAX_PATH, L'\0');
     const DWORD length = ::GetFullPathNameW(text.c_str(), MAX_PATH, understood.data(), nullptr);
+    const QString ended = path + Separator;
     return length > 0 && length < MAX_PATH &&
-           QStringView(path).compare(fromWide(understood.c_str()), Qt::CaseInsensitive) == 0;
+           QStringView(path).compare(fromWide(understood.c_str()), Qt::CaseInsensitive) == 0 &&
+           !ended.contains(QStringLiteral(R"( \)")) && !ended.contains(QStringLiteral(R"(.\)"));
 }
 
 } // namespace
@@ -206,10 +208,6 @@ Result<TrashedItem> moveToTrash(const QString &path)
     if (!isForShell(original))
         return tl::unexpected(Error{ErrorCode::NoTrash, path, QStringLiteral("the shell takes no such path")});
     const std::wstring native = original.toStdWString();
-    // It would delete what bears the name without the blank or full stop at its end.
-    if (!isUnderstoodByAll(original))
-        return tl::unexpected(
-            Error{ErrorCode::NoTrash, path, QStringLiteral("the recycle bin can't tell it from another name")});
     DeletionWatch watch;
     const HRESULT outcome = recycle(native, watch);
     if (watch.isRefused())
