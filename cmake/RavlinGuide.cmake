@@ -1,4 +1,4 @@
-# The user guide is HTML as it lies in docs/guide. The program looks for it from its own folder (src/app/guide.h): beside it
+# The user guide is HTML as it lies in docs/guide. The program looks for it from its own folder (src/core/app/guide.h): beside it
 # on Windows, in share/doc elsewhere. The build tree has the same shape, by a link.
 if(WIN32)
     set(RAVLIN_GUIDE_DESTINATION "guide")

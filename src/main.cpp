@@ -1,9 +1,9 @@
-#include "app/commandline.h"
-#include "app/ui/principal.h"
-#include "app/ui/program.h"
-#include "controls/ui/contextmenukey.h"
-#include "controls/ui/icons.h"
-#include "platform/standardstreams.h"
+#include "core/app/commandline.h"
+#include "ui/app/principal.h"
+#include "ui/app/program.h"
+#include "ui/controls/contextmenukey.h"
+#include "ui/controls/icons.h"
+#include "core/platform/standardstreams.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "cli/arguments.h"
 
-#include "platform/leftovers.h"
+#include "core/storage/leftovers.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "online/ufreedb.h"
+#include "core/online/cddb/ufreedb.h"
 
 #include <QCoreApplication>
 

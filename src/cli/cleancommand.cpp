@@ -1,5 +1,5 @@
 #include "cli/command.h"
-#include "naming/texttransforms.h"
+#include "core/naming/texttransforms.h"
 
 namespace ravlin::cli {
 

@@ -1,6 +1,6 @@
 #include "cli/console.h"
 
-#include "app/idiomas.h"
+#include "core/app/idiomas.h"
 #include "cli/text.h"
 
 using namespace Qt::StringLiterals;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/output.h"
-#include "platform/error.h"
+#include "core/platform/error.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/arguments.h"
-#include "naming/conversion.h"
+#include "core/naming/conversion.h"
 
 /// The options of commands that convert case and blanks.
 namespace ravlin::cli {

@@ -1,6 +1,6 @@
 #include "cli/discfiles.h"
 
-#include "tags/clsxanalyzer.h"
+#include "core/tags/mpeg/clsxanalyzer.h"
 
 using namespace Qt::StringLiterals;
 

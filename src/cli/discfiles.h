@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/console.h"
-#include "online/disccontents.h"
+#include "core/online/cddb/disccontents.h"
 
 #include <QStringList>
 

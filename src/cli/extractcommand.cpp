@@ -1,7 +1,7 @@
 #include "cli/command.h"
 #include "cli/tagsaving.h"
-#include "naming/extraction.h"
-#include "naming/previewrows.h"
+#include "core/naming/extraction.h"
+#include "core/naming/previewrows.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,7 +1,7 @@
 #include "cli/foldercleaner.h"
 
-#include "platform/leftovers.h"
-#include "platform/safewrite.h"
+#include "core/storage/leftovers.h"
+#include "core/storage/safewrite.h"
 
 #include <tuple>
 

@@ -1,6 +1,6 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
-#include "tags/clsxanalyzer.h"
+#include "core/tags/mpeg/clsxanalyzer.h"
 
 namespace ravlin::cli {
 

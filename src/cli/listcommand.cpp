@@ -1,6 +1,6 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
-#include "files/folderscan.h"
+#include "core/files/list/folderscan.h"
 
 #include <algorithm>
 

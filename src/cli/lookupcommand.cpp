@@ -1,11 +1,11 @@
-#include "app/options.h"
-#include "app/settings.h"
+#include "core/app/options.h"
+#include "core/app/settings.h"
 #include "cli/cddbdialogue.h"
 #include "cli/command.h"
 #include "cli/discfiles.h"
 #include "cli/recordwriter.h"
 #include "cli/tagsaving.h"
-#include "online/discapply.h"
+#include "core/online/cddb/discapply.h"
 
 #include <algorithm>
 #include <cstdlib>

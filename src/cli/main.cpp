@@ -1,5 +1,5 @@
 #include "cli/command.h"
-#include "platform/standardstreams.h"
+#include "core/platform/standardstreams.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "cli/command.h"
 #include "cli/conversionoptions.h"
 #include "cli/tagsaving.h"
-#include "naming/filename.h"
-#include "naming/multiedit.h"
+#include "core/naming/filename.h"
+#include "core/naming/multiedit.h"
 
 #include <algorithm>
 #include <array>

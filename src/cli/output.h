@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/error.h"
+#include "core/platform/error.h"
 
 #include <QByteArray>
 #include <QByteArrayView>

@@ -1,9 +1,9 @@
-#include "app/programstate.h"
+#include "core/app/programstate.h"
 #include "cli/command.h"
 #include "cli/foldercleaner.h"
-#include "files/folderscan.h"
-#include "files/playlist.h"
-#include "tags/tagstore.h"
+#include "core/files/list/folderscan.h"
+#include "core/files/operations/playlist.h"
+#include "core/tags/store/tagstore.h"
 
 #include <algorithm>
 #include <tuple>

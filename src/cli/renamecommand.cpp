@@ -2,9 +2,9 @@
 #include "cli/conversionoptions.h"
 #include "cli/renaming.h"
 #include "cli/tagsaving.h"
-#include "files/asidename.h"
-#include "files/renamefromtags.h"
-#include "naming/filename.h"
+#include "core/storage/asidename.h"
+#include "core/files/renaming/renamefromtags.h"
+#include "core/naming/filename.h"
 
 #include <QHash>
 

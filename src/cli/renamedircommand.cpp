@@ -1,11 +1,11 @@
 #include "cli/command.h"
 #include "cli/renaming.h"
 #include "cli/tagsaving.h"
-#include "files/folderscan.h"
-#include "files/renamefromtags.h"
-#include "naming/filename.h"
-#include "naming/namingrecord.h"
-#include "platform/leftovers.h"
+#include "core/files/list/folderscan.h"
+#include "core/files/renaming/renamefromtags.h"
+#include "core/naming/filename.h"
+#include "core/naming/namingrecord.h"
+#include "core/storage/leftovers.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "cli/renaming.h"
 
-#include "naming/filename.h"
+#include "core/naming/filename.h"
 
 #include <algorithm>
 #include <array>

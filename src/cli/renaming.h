@@ -3,8 +3,8 @@
 #include "cli/arguments.h"
 #include "cli/console.h"
 #include "cli/recordwriter.h"
-#include "files/renaming.h"
-#include "tags/tagrecord.h"
+#include "core/files/renaming/renaming.h"
+#include "core/tags/record/tagrecord.h"
 
 /// What the commands that rename have in common.
 namespace ravlin::cli {

@@ -1,7 +1,7 @@
-#include "app/programstate.h"
+#include "core/app/programstate.h"
 #include "cli/command.h"
 #include "cli/recordwriter.h"
-#include "tags/tagstore.h"
+#include "core/tags/store/tagstore.h"
 
 namespace ravlin::cli {
 

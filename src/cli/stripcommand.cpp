@@ -1,7 +1,7 @@
-#include "app/programstate.h"
+#include "core/app/programstate.h"
 #include "cli/command.h"
 #include "cli/foldercleaner.h"
-#include "tags/tagstore.h"
+#include "core/tags/store/tagstore.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,8 +1,8 @@
-#include "app/programstate.h"
+#include "core/app/programstate.h"
 #include "cli/command.h"
 #include "cli/foldercleaner.h"
 #include "cli/tagsaving.h"
-#include "tags/tagstore.h"
+#include "core/tags/store/tagstore.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "cli/tagsaving.h"
 
-#include "app/settings.h"
-#include "tags/genres.h"
+#include "core/app/settings.h"
+#include "core/tags/record/genres.h"
 
 #include <array>
 #include <utility>

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "app/batch.h"
-#include "app/programstate.h"
+#include "core/app/batch.h"
+#include "core/app/programstate.h"
 #include "cli/arguments.h"
 #include "cli/console.h"
 #include "cli/foldercleaner.h"
 #include "cli/recordwriter.h"
-#include "tags/tagrecord.h"
-#include "tags/tagstore.h"
+#include "core/tags/record/tagrecord.h"
+#include "core/tags/store/tagstore.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,7 +1,7 @@
 #include "cli/text.h"
 
-#include "platform/filesystem.h"
-#include "platform/standardstreams.h"
+#include "core/platform/filesystem.h"
+#include "core/platform/standardstreams.h"
 
 #include <algorithm>
 

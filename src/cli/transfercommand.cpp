@@ -1,8 +1,8 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
-#include "files/transfer.h"
-#include "platform/leftovers.h"
-#include "platform/safewrite.h"
+#include "core/files/operations/transfer.h"
+#include "core/storage/leftovers.h"
+#include "core/storage/safewrite.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
-#include "files/deletion.h"
-#include "platform/nodes.h"
+#include "core/files/operations/deletion.h"
+#include "core/platform/nodes.h"
 
 using namespace Qt::StringLiterals;
 

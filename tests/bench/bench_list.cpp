@@ -2,9 +2,9 @@
 // selecting all rows, and the memory of a row. The floor under a listing again is a bare loop that asks the system for
 // each file's state. Compare the ratios within one run; the time for a row should not grow with their number.
 
-#include "files/folderscan.h"
-#include "files/tagcache.h"
-#include "files/ui/filelist.h"
+#include "core/files/list/folderscan.h"
+#include "core/files/list/tagcache.h"
+#include "ui/files/filelist.h"
 #include "support/mp3builder.h"
 
 #include <benchmark/benchmark.h>

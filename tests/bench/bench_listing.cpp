@@ -3,10 +3,10 @@
 // and closes. One iteration is the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES: how many files
 // (10000).
 
-#include "files/folderscan.h"
-#include "platform/folder.h"
+#include "core/files/list/folderscan.h"
+#include "core/platform/folder.h"
 #include "support/mp3builder.h"
-#include "tags/listreader.h"
+#include "core/tags/store/listreader.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,8 +1,8 @@
 // Ten thousand extractions from file names against the tag writes that they need: the same records saved without
 // reading a tag or a name. Compare the CPU times within one run; an extraction may cost at most 1.5 times its write.
 
-#include "naming/extraction.h"
-#include "naming/newname.h"
+#include "core/naming/extraction.h"
+#include "core/naming/newname.h"
 #include "support/tagfixture.h"
 
 #include <benchmark/benchmark.h>

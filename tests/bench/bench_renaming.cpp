@@ -2,8 +2,8 @@
 // renames every file once, there and back in turn; compare the CPU times within one run. RAVLIN_BENCH_FILES: how many
 // files (10000).
 
-#include "files/renaming.h"
-#include "platform/filesystem.h"
+#include "core/files/renaming/renaming.h"
+#include "core/platform/filesystem.h"
 
 #include <benchmark/benchmark.h>
 

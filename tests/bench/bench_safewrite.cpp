@@ -2,7 +2,7 @@
 // system calls that any program needs for the same. Files are small and warm in the cache, as in a
 // batch over a collection.
 
-#include "platform/safewrite.h"
+#include "core/storage/safewrite.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,9 +1,9 @@
 // Saving a tag: in place, against the bare system calls that write one block; with a tag that must grow, against a
 // plain copy that is synced and renamed. Compare the ratios within one run.
 
-#include "platform/filesystem.h"
+#include "core/platform/filesystem.h"
 #include "support/mp3builder.h"
-#include "tags/tagstore.h"
+#include "core/tags/store/tagstore.h"
 
 #include <benchmark/benchmark.h>
 

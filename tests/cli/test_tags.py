@@ -200,7 +200,7 @@ class TagTest(CliTest):
         self.assertEqual(self.show(other)["title"], "x")
 
     def leftover_name(self):
-        """The form of name that platform/leftovers.cpp gives."""
+        """The form of name that core/storage/leftovers.cpp gives."""
         return ".ravlin-0123456789abcdef.tmp"
 
 

@@ -2,7 +2,7 @@
 /// goes out in pieces; nothing is written any more once writing failed; a message names the program and the file.
 #include "cli/command.h"
 #include "cli/recordwriter.h"
-#include "platform/standardstreams.h"
+#include "core/platform/standardstreams.h"
 
 #include <QTest>
 

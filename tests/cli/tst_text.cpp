@@ -1,8 +1,8 @@
 /// Contract: whatever a file's name or tag holds, JSON is valid UTF-8 and comes back as the same text, a line of fields
 /// stays a line, and a terminal is not commanded.
 #include "cli/text.h"
-#include "platform/filesystem.h"
-#include "platform/standardstreams.h"
+#include "core/platform/filesystem.h"
+#include "core/platform/standardstreams.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,6 +1,6 @@
 // A CD database may answer any bytes: reading the answer ends, and what comes out is complete or a failure, and safe to
 // send back in the next question. The same bytes serve as a server's address, a text to search for and an offset text.
-#include "online/cddbprotocol.h"
+#include "core/online/cddb/cddbprotocol.h"
 
 #include <algorithm>
 #include <cstdint>

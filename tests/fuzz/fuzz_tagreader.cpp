@@ -1,8 +1,8 @@
 // Reading tags takes any bytes: it ends, keeps to memory that the file's size bounds, and the reader of the file list
 // shows what the tag object reads.
 #include "../support/memoryfilesystem.h"
-#include "tags/listreader.h"
-#include "tags/tagobject.h"
+#include "core/tags/store/listreader.h"
+#include "core/tags/store/tagobject.h"
 
 #include <cstdint>
 #include <cstdio>

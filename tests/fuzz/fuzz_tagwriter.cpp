@@ -5,10 +5,10 @@
 // set apart by line feeds), and the file.
 #include "../support/foreignparts.h"
 #include "../support/memoryfilesystem.h"
-#include "tags/id3text.h"
-#include "tags/id3values.h"
-#include "tags/tagobject.h"
-#include "tags/transliterate.h"
+#include "core/tags/id3/id3text.h"
+#include "core/tags/id3/id3values.h"
+#include "core/tags/store/tagobject.h"
+#include "core/tags/id3/transliterate.h"
 
 #include <array>
 #include <cstdint>

@@ -1,10 +1,10 @@
 // A version file may be any bytes: reading it ends, gives at most 51 records that all have a name, and what comes out
 // leads to no file outside a folder and to no address less secure than the version file's. The same bytes serve as a
 // checksum.
-#include "online/checksumfile.h"
-#include "online/sequentialtext.h"
-#include "online/updateaddress.h"
-#include "online/versionfile.h"
+#include "core/online/update/checksumfile.h"
+#include "core/online/update/sequentialtext.h"
+#include "core/online/update/updateaddress.h"
+#include "core/online/update/versionfile.h"
 
 #include <algorithm>
 #include <cstdint>

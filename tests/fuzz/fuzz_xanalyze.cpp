@@ -1,5 +1,5 @@
 // The stream analysis takes any bytes: it ends, reads nothing outside of them, and what it reports is possible.
-#include "tags/mpegstream.h"
+#include "core/tags/mpeg/mpegstream.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // A record of a CD database may be any bytes: reading it ends, and what comes out can be shown and compared.
-#include "online/xmcdrecord.h"
+#include "core/online/cddb/xmcdrecord.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -22,20 +22,20 @@ class StructureTest(unittest.TestCase):
                        "QtGui/qcolor.h", "QtWidgets/QWidget", "QtTest/QSignalSpy"):
             self.put(self.qt / header, "")
         # A tree as it should be, which each test spoils in one place.
-        self.put(self.source / "platform/error.h", "#pragma once\n#include <QString>\n")
-        self.put(self.source / "platform/path.cpp", '#include "error.h"\n#ifdef _WIN32\n#endif\n')
-        self.put(self.source / "app/settings.h", '#include "platform/error.h"\n')
-        self.put(self.source / "tags/record.h", '#include "app/settings.h"\n')
+        self.put(self.source / "core/platform/error.h", "#pragma once\n#include <QString>\n")
+        self.put(self.source / "core/platform/path.cpp", '#include "error.h"\n#ifdef _WIN32\n#endif\n')
+        self.put(self.source / "core/app/settings.h", '#include "core/platform/error.h"\n')
+        self.put(self.source / "tags/record.h", '#include "core/app/settings.h"\n')
         self.put(self.source / "tags/record.cpp", '#include "tags/record.h"\n#include "record.moc"\n')
         self.put(self.source / "naming/pattern.h", '#include "tags/record.h"\n')
         self.put(self.source / "files/model.h", '#include "naming/pattern.h"\n#include <QtConcurrent>\n')
         self.put(self.source / "online/client.h", '#include "files/model.h"\n#include <QtNetwork/QUrlQuery>\n')
-        self.put(self.source / "controls/split.h", '#include "platform/error.h"\n')
+        self.put(self.source / "controls/split.h", '#include "core/platform/error.h"\n')
         self.put(self.source / "controls/ui/panel.h", '#include "controls/split.h"\n#include <QWidget>\n')
         self.put(self.source / "tags/ui/page.h", '#include "tags/record.h"\n#include "controls/ui/panel.h"\n')
-        self.put(self.source / "app/ui/principal.h", '#include "tags/ui/page.h"\n#include <QtWidgets/QWidget>\n')
+        self.put(self.source / "ui/app/principal.h", '#include "tags/ui/page.h"\n#include <QtWidgets/QWidget>\n')
         self.put(self.source / "cli/main.cpp", '#include "online/client.h"\n')
-        self.put(self.source / "main.cpp", '#include "app/ui/principal.h"\n#include <QColor>\n')
+        self.put(self.source / "main.cpp", '#include "ui/app/principal.h"\n#include <QColor>\n')
 
     @staticmethod
     def put(path, text):

@@ -2,7 +2,7 @@
 // the two differ on purpose, expected() says why.
 
 #include "support/mp3builder.h"
-#include "tags/tagobject.h"
+#include "core/tags/store/tagobject.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 // Prints the analysis of each file named on the command line as a line of JSON, for the tests that compare it with
 // decoders.
-#include "platform/filesystem.h"
-#include "tags/xanalyze.h"
+#include "core/platform/filesystem.h"
+#include "core/tags/mpeg/xanalyze.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>

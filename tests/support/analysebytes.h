@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/mpegbuilder.h"
-#include "tags/xanalyze.h"
+#include "core/tags/mpeg/xanalyze.h"
 
 namespace ravlin::test {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "online/disccontents.h"
+#include "core/online/cddb/disccontents.h"
 
 #include <QByteArray>
 #include <QSslCertificate>

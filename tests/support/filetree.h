@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/leftovers.h"
-#include "platform/nodes.h"
+#include "core/storage/leftovers.h"
+#include "core/platform/nodes.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tags/id3v1.h"
-#include "tags/id3v2.h"
+#include "core/tags/id3/id3v1.h"
+#include "core/tags/id3/id3v2.h"
 
 #include <QByteArray>
 #include <QList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tags/mpegheader.h"
+#include "core/tags/mpeg/mpegheader.h"
 
 #include <QByteArray>
 

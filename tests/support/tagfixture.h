@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/batch.h"
+#include "core/app/batch.h"
 #include "support/mp3builder.h"
-#include "tags/tagstore.h"
+#include "core/tags/store/tagstore.h"
 
 #include <QByteArray>
 #include <QString>

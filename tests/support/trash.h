@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/leftovers.h"
-#include "platform/trash.h"
+#include "core/storage/leftovers.h"
+#include "core/platform/trash.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,12 +1,12 @@
-#include "platform/copyfile.h"
-#include "platform/fileio.h"
-#include "platform/folder.h"
-#include "platform/folderlock.h"
-#include "platform/leftovers.h"
-#include "platform/nodes.h"
-#include "platform/removetree.h"
-#include "platform/safewrite.h"
-#include "platform/scratchfolder.h"
+#include "core/storage/copyfile.h"
+#include "core/platform/fileio.h"
+#include "core/platform/folder.h"
+#include "core/platform/folderlock.h"
+#include "core/storage/leftovers.h"
+#include "core/platform/nodes.h"
+#include "core/storage/removetree.h"
+#include "core/storage/safewrite.h"
+#include "core/platform/scratchfolder.h"
 
 #include <QDir>
 #include <QTest>

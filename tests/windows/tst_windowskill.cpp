@@ -1,6 +1,6 @@
-#include "platform/leftovers.h"
-#include "platform/safewrite.h"
-#include "platform/scratchfolder.h"
+#include "core/storage/leftovers.h"
+#include "core/storage/safewrite.h"
+#include "core/platform/scratchfolder.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,16 +1,16 @@
 // Operations on files and folders where Windows differs: drives and their roots, names that differ in case alone, both
 // separators in a pattern, names that the shell or the file system takes for others.
 
-#include "files/deletion.h"
-#include "files/fileoperations.h"
-#include "files/filerenaming.h"
-#include "files/renamefromtags.h"
-#include "files/undo.h"
-#include "platform/scratchfolder.h"
+#include "core/files/operations/deletion.h"
+#include "core/files/operations/fileoperations.h"
+#include "core/files/renaming/filerenaming.h"
+#include "core/files/renaming/renamefromtags.h"
+#include "core/files/operations/undo.h"
+#include "core/platform/scratchfolder.h"
 #include "support/filetree.h"
 #include "support/mp3builder.h"
 #include "support/trash.h"
-#include "tags/tagstore.h"
+#include "core/tags/store/tagstore.h"
 
 #include <QDir>
 #include <QTest>

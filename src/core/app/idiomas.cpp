@@ -1,0 +1,123 @@
+#include "core/app/idiomas.h"
+
+#include "core/app/settings.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin {
+
+namespace {
+
+struct Language
+{
+    QStringView name;
+    QStringView code;
+    QStringView LanguageTexts::*column = nullptr;
+};
+
+constexpr std::array<Language, 3> Languages{{
+    {u"spanish", u"es", &LanguageTexts::spanish},
+    {u"english", u"en", &LanguageTexts::english},
+    {u"french", u"fr", &LanguageTexts::french},
+}};
+
+constexpr int LowSpaceCaption = 86;
+
+} // namespace
+
+QString languageNameFromCode(QStringView code)
+{
+    const auto found = std::ranges::find(Languages, code, &Language::code);
+    return found == Languages.end() ? QString() : found->name.toString();
+}
+
+QString languageCodeFromName(QStringView name)
+{
+    const auto found = std::ranges::find(Languages, name, &Language::name);
+    return found == Languages.end() ? QString() : found->code.toString();
+}
+
+Captions::Column Captions::columnOf(QStringView languageName)
+{
+    const auto found = std::ranges::find(Languages, languageName, &Language::name);
+    return found == Languages.end() ? nullptr : found->column;
+}
+
+void Captions::fill()
+{
+    const Column column = columnOf(m_languageName);
+    if (column == nullptr)
+        return;
+    m_column = column;
+    std::ranges::transform(
+        CaptionTable, m_captions.begin(), [column](const LanguageTexts &texts) { return (texts.*column).toString(); });
+}
+
+void Captions::chooseAtStart(const Settings &settings)
+{
+    const QString stored = languageNameFromCode(settings.read(settingskey::Idioma));
+    m_languageName = stored.isEmpty() ? u"english"_s : stored;
+    fill();
+}
+
+QString Captions::text(int number) const
+{
+    return number >= 1 && number <= CaptionCount ? m_captions[size_t(number) - 1] : QString();
+}
+
+QString Captions::text(Text text) const
+{
+    return (languageTexts(text).*m_column).toString();
+}
+
+QString Captions::errorText(ErrorCode code) const
+{
+    switch (code) {
+    case ErrorCode::NotFound:
+        return text(Text::ErrorNotFound);
+    case ErrorCode::AlreadyExists:
+        return text(Text::ErrorAlreadyExists);
+    case ErrorCode::NotAFile:
+        return text(Text::ErrorNotAFile);
+    case ErrorCode::AccessDenied:
+        return text(Text::ErrorAccessDenied);
+    case ErrorCode::ReadOnly:
+        return text(Text::ErrorReadOnly);
+    case ErrorCode::NoSpace:
+        return text(Text::ErrorNoSpace);
+    case ErrorCode::LowSpace:
+        return text(LowSpaceCaption);
+    case ErrorCode::Io:
+        return text(Text::ErrorIo);
+    case ErrorCode::ChangedMeanwhile:
+        return text(Text::ErrorChangedMeanwhile);
+    case ErrorCode::VerifyFailed:
+        return text(Text::ErrorVerifyFailed);
+    case ErrorCode::BrokenTag:
+        return text(Text::ErrorBrokenTag);
+    case ErrorCode::TooLarge:
+        return text(Text::ErrorTooLarge);
+    case ErrorCode::GenreOutOfRange:
+        return text(Text::ErrorGenreOutOfRange);
+    case ErrorCode::NoStream:
+        return text(Text::ErrorNoStream);
+    case ErrorCode::Settings:
+        return text(Text::ErrorSettings);
+    case ErrorCode::InvalidArgument:
+        return text(Text::ErrorInvalidArgument);
+    case ErrorCode::Unsupported:
+        return text(Text::ErrorUnsupported);
+    case ErrorCode::Cancelled:
+        return text(Text::ErrorCancelled);
+    case ErrorCode::IntoItself:
+        return text(Text::ErrorIntoItself);
+    case ErrorCode::NoTrash:
+        return text(Text::ErrorNoTrash);
+    }
+    Q_UNREACHABLE();
+    return {};
+}
+
+} // namespace ravlin

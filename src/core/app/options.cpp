@@ -1,0 +1,57 @@
+#include "core/app/options.h"
+
+#include "core/app/settings.h"
+
+namespace ravlin {
+
+namespace {
+
+constexpr QStringView TagVersionKey = u"id3v2 version"; // "3" or "4"
+constexpr QStringView KeepTimesKey = u"keep times";     // "si" or "no"
+constexpr QStringView DoubleClickKey = u"double click"; // "open" or "edit"
+constexpr QStringView HiddenColumnsKey = u"hidden columns";
+
+} // namespace
+
+QString textOrDefault(const QString &text, QStringView fallback)
+{
+    return text.isEmpty() ? fallback.toString() : text;
+}
+
+QString cdServer(const Settings &settings)
+{
+    return textOrDefault(settings.read(settingskey::Servidor), defaults::Server);
+}
+
+QString cdMail(const Settings &settings)
+{
+    return textOrDefault(settings.read(settingskey::Correo), defaults::Mail);
+}
+
+FurtherOptions FurtherOptions::restored(const Settings &settings)
+{
+    FurtherOptions options;
+    if (settings.read(TagVersionKey) == QStringLiteral("4"))
+        options.newTagVersion = 4;
+    options.keepFileTimes = settings.read(KeepTimesKey) == QStringLiteral("si");
+    if (settings.read(DoubleClickKey) == QStringLiteral("edit"))
+        options.doubleClick = DoubleClick::Edit;
+    options.hiddenColumns = settings.read(HiddenColumnsKey);
+    return options;
+}
+
+void FurtherOptions::store(Settings &settings) const
+{
+    const FurtherOptions stored = restored(settings);
+    if (newTagVersion != stored.newTagVersion)
+        settings.write(TagVersionKey, QString::number(newTagVersion));
+    if (keepFileTimes != stored.keepFileTimes)
+        settings.write(KeepTimesKey, keepFileTimes ? QStringLiteral("si") : QStringLiteral("no"));
+    if (doubleClick != stored.doubleClick)
+        settings.write(
+            DoubleClickKey, doubleClick == DoubleClick::Edit ? QStringLiteral("edit") : QStringLiteral("open"));
+    if (hiddenColumns != stored.hiddenColumns)
+        settings.write(HiddenColumnsKey, hiddenColumns);
+}
+
+} // namespace ravlin

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "core/files/list/folderroots.h"
+
+#include <QAbstractItemModel>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace ravlin {
+
+/// The folders of the disk as a tree, read level by level as they are opened.
+///
+/// Folders come in the order of GetSubfolders. Hidden ones are left out, unless find() was asked for one. When a level
+/// is read, each of its folders is looked into just far enough to know whether it has subfolders and can be read; after
+/// that, asking does no I/O. What is shown changes with refresh() only. Interface thread only.
+class FolderModel : public QAbstractItemModel
+{
+    Q_OBJECT
+
+public:
+    enum Role
+    {
+        PathRole = Qt::UserRole, ///< QString: the full path, without a separator at its end but for a drive's root
+        ReadableRole,            ///< bool: the folder can be listed
+        RootKindRole             ///< int: FolderRoot::Kind; invalid below the roots
+    };
+
+    explicit FolderModel(const std::vector<FolderRoot> &roots, QObject *parent = nullptr);
+    ~FolderModel() override;
+
+    QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
+    QModelIndex parent(const QModelIndex &index) const override;
+    using QObject::parent;
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    bool hasChildren(const QModelIndex &parent = {}) const override;
+    bool canFetchMore(const QModelIndex &parent) const override;
+    void fetchMore(const QModelIndex &parent) override;
+
+    QString pathOf(const QModelIndex &index) const;
+
+    struct Found
+    {
+        QModelIndex index;    ///< the folder, or its nearest ancestor that exists
+        bool isExact = false; ///< it is the folder itself
+    };
+    /// Looks for a folder on the disk and reads the levels down to it. path: absolute, without "." and "..". near: a
+    /// place in the tree; where several roots lead to the folder, that one's root is taken, else the deepest.
+    Found find(const QString &path, const QModelIndex &near = {});
+
+    /// Reads all levels again that have been read, keeping what is still there.
+    void refresh();
+
+private:
+    struct Node;
+    struct Subfolder;
+    using Nodes = std::vector<std::unique_ptr<Node>>;
+
+    static Node *nodeOf(const QModelIndex &index);
+    QModelIndex indexOf(const Node *node) const;
+    Nodes &childrenOf(const QModelIndex &parent);
+    static std::vector<Subfolder> readSubfolders(const Node &node);
+    static void look(Subfolder &subfolder);
+
+    void load(Node &node);
+    void refreshNode(Node &node);
+    void updateChildren(Node &node, const std::vector<Subfolder> &found);
+    void insertChild(Node &parent, const Subfolder &subfolder);
+    void removeChild(Node &parent, std::size_t row);
+    Node *child(Node &parent, const QString &name);
+    Node *rootFor(const QString &path, const QModelIndex &near) const;
+
+    Nodes m_roots;
+};
+
+} // namespace ravlin

@@ -1,0 +1,199 @@
+#include "core/files/list/folderscan.h"
+
+#include "core/storage/asidename.h"
+#include "core/files/list/tagreading.h"
+#include "core/platform/folder.h"
+#include "core/storage/safewrite.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+
+namespace ravlin {
+
+namespace {
+
+using FolderIdentity = std::pair<quint64, quint64>;
+
+bool isListed(const platform::FolderEntry &entry)
+{
+    return entry.kind == platform::EntryKind::File && !entry.isHidden &&
+           entry.name.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive) && !platform::isLeftoverName(entry.name);
+}
+
+QStringList subfolders(
+    const std::vector<platform::FolderEntry> &entries, const QString &folderPath, const std::stop_token &stop)
+{
+    std::vector<std::pair<QString, QString>> found; // upper-case form and path
+    for (const platform::FolderEntry &entry : entries) {
+        // A folder that is being copied is not there yet.
+        if (entry.kind == platform::EntryKind::Folder && !platform::isLeftoverName(entry.name)) {
+            const QString path = folderPath + entry.name + platform::Separator;
+            found.emplace_back(path.toUpper(), path);
+        }
+    }
+    if (!stop.stop_requested())
+        std::sort(found.begin(), found.end());
+    QStringList paths;
+    for (std::pair<QString, QString> &entry : found)
+        paths += std::move(entry.second);
+    return paths;
+}
+
+/// Finds the files of a listing in their order; their tags are read when all are known, so that the cores share the
+/// work evenly however small the folders are. One folder is open at a time, so that depth costs no descriptors.
+class FolderWalk
+{
+public:
+    FolderWalk(const ScanOptions &options, QString root) : m_options(options), m_root(std::move(root)) {}
+
+    /// Finds a folder's own files and gives back its subfolders.
+    Result<QStringList> visit(const QString &folderPath, const QString &relativePrefix)
+    {
+        Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(folderPath);
+        if (!folder)
+            return tl::unexpected(folder.error());
+        if (!m_seen.insert((*folder)->identity()).second)
+            return QStringList();
+        const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries(m_options.stop);
+        if (!entries)
+            return tl::unexpected(entries.error());
+        FolderFiles files{folderPath, relativePrefix, {}};
+        bool hasAside = false;
+        for (const platform::FolderEntry &entry : *entries) {
+            if (isListed(entry))
+                files.names.push_back(entry.name);
+            hasAside = hasAside || nameBeforeAside(entry.name).has_value();
+        }
+        if (hasAside)
+            m_interruptedRenames.push_back(folderPath);
+        m_fileCount += files.names.size();
+        if (!files.names.empty())
+            m_found.push_back(std::move(files));
+        if (m_options.progress)
+            m_options.progress({0, m_fileCount, folderPath});
+        return subfolders(*entries, folderPath, m_options.stop);
+    }
+
+    /// Visits the folders, then what lies below each of them.
+    void descend(const QStringList &folders)
+    {
+        std::vector<QStringList> below;
+        for (const QString &folder : folders) {
+            if (m_options.stop.stop_requested())
+                return;
+            Result<QStringList> found = visit(folder, folder.mid(m_root.size()));
+            if (!found)
+                m_failures.push_back({folder, found.error()});
+            below.push_back(found.value_or(QStringList()));
+        }
+        for (const QStringList &next : below) {
+            if (!next.isEmpty())
+                descend(next);
+        }
+    }
+
+    /// Reads the tags of the files found. To be called last.
+    Listing read()
+    {
+        ReadFiles files = readTags(std::move(m_found), m_options);
+        Listing listing;
+        if (std::find(files.hasTag.begin(), files.hasTag.end(), false) == files.hasTag.end()) {
+            listing.rows = std::move(files.rows);
+        } else {
+            for (std::size_t i = 0; i < files.rows.size(); ++i) {
+                if (files.hasTag[i])
+                    listing.rows.push_back(std::move(files.rows[i]));
+            }
+        }
+        listing.failures = std::move(m_failures);
+        listing.interruptedRenames = std::move(m_interruptedRenames);
+        std::move(files.failures.begin(), files.failures.end(), std::back_inserter(listing.failures));
+        listing.filesRead = files.readCount;
+        listing.isComplete = !m_options.stop.stop_requested();
+        return listing;
+    }
+
+private:
+    const ScanOptions &m_options;
+    const QString m_root;
+    std::vector<FolderFiles> m_found;
+    std::size_t m_fileCount = 0;
+    std::vector<ListFailure> m_failures;
+    QStringList m_interruptedRenames;
+    std::set<FolderIdentity> m_seen;
+};
+
+QString withSeparator(const QString &path)
+{
+    return path.endsWith(platform::Separator) ? path : path + platform::Separator;
+}
+
+} // namespace
+
+Result<Listing> ListFolder(const QString &folderPath, const QString &relativePrefix, const ScanOptions &options)
+{
+    const QString root = withSeparator(folderPath);
+    FolderWalk walk(options, root);
+    const Result<QStringList> folders = walk.visit(root, relativePrefix);
+    if (!folders)
+        return tl::unexpected(folders.error());
+    return walk.read();
+}
+
+Result<Listing> ListFolderTree(const QString &folderPath, const ScanOptions &options)
+{
+    const QString root = withSeparator(folderPath);
+    FolderWalk walk(options, root);
+    const Result<QStringList> folders = walk.visit(root, QString());
+    if (!folders)
+        return tl::unexpected(folders.error());
+    walk.descend(*folders);
+    return walk.read();
+}
+
+Result<QStringList> GetSubfolders(const QString &folderPath, const std::stop_token &stop)
+{
+    Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(folderPath);
+    if (!folder)
+        return tl::unexpected(folder.error());
+    const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries(stop);
+    if (!entries)
+        return tl::unexpected(entries.error());
+    return subfolders(*entries, withSeparator(folderPath), stop);
+}
+
+std::vector<std::optional<ListedFile>> readListTags(
+    const QString &folderPath, const QStringList &texts, const ScanOptions &options)
+{
+    std::vector<FolderFiles> folders;
+    std::vector<std::vector<std::size_t>> positions; // of the folders' files among the texts
+    QHash<QString, std::size_t> folderOfPrefix;
+    for (qsizetype i = 0; i < texts.size(); ++i) {
+        const qsizetype nameStart = texts[i].lastIndexOf(platform::Separator) + 1;
+        const QString prefix = texts[i].left(nameStart);
+        auto folder = folderOfPrefix.constFind(prefix);
+        if (folder == folderOfPrefix.cend()) {
+            folder = folderOfPrefix.insert(prefix, folders.size());
+            folders.push_back({withSeparator(folderPath) + prefix, prefix, {}});
+            positions.emplace_back();
+        }
+        folders[*folder].names.push_back(texts[i].mid(nameStart));
+        positions[*folder].push_back(static_cast<std::size_t>(i));
+    }
+    ReadFiles files = readTags(std::move(folders), options);
+    std::vector<std::optional<ListedFile>> tags(static_cast<std::size_t>(texts.size()));
+    std::size_t row = 0;
+    for (const std::vector<std::size_t> &ofFolder : positions) {
+        for (const std::size_t position : ofFolder) {
+            if (files.hasTag[row])
+                tags[position] = std::move(files.rows[row].file);
+            ++row;
+        }
+    }
+    return tags;
+}
+
+} // namespace ravlin

@@ -1,0 +1,68 @@
+#include "core/files/operations/deletion.h"
+
+#include "core/storage/leftovers.h"
+#include "core/platform/nodes.h"
+#include "core/storage/removetree.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace ravlin {
+
+namespace {
+
+/// Calls remove(path, report) for each path until a stop.
+template <typename Remove>
+DeletionReport each(const QStringList &paths, const TransferOptions &options, Remove remove)
+{
+    DeletionReport report;
+    TransferProgress progress;
+    progress.itemsTotal = paths.size();
+    for (const QString &given : paths) {
+        const QString path = platform::withoutEndSeparator(given);
+        if (options.stop.stop_requested()) {
+            report.notDone.append(path);
+            continue;
+        }
+        progress.path = path;
+        if (options.progress)
+            options.progress(progress);
+        if (const Result<void> removed = remove(path, report); !removed)
+            report.failures.push_back({path, removed.error()});
+        ++progress.itemsDone;
+    }
+    if (options.progress)
+        options.progress(progress);
+    report.wasStopped = !report.notDone.isEmpty();
+    return report;
+}
+
+} // namespace
+
+QStringList withoutTrash(const QStringList &paths)
+{
+    QStringList found;
+    std::copy_if(paths.begin(), paths.end(), std::back_inserter(found),
+        [](const QString &path) { return !platform::hasTrash(platform::withoutEndSeparator(path)); });
+    return found;
+}
+
+DeletionReport putIntoTrash(const QStringList &paths, const TransferOptions &options)
+{
+    return each(paths, options, [](const QString &path, DeletionReport &report) {
+        return platform::moveToTrash(path).map(
+            [&](const platform::TrashedItem &item) { report.trashed.push_back(item); });
+    });
+}
+
+DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const TransferOptions &options)
+{
+    return each(paths, options, [&](const QString &path, DeletionReport &report) -> Result<void> {
+        if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
+            return tl::unexpected(
+                Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
+        return platform::removeTree(fileSystem, path).map([&] { report.deleted.append(path); });
+    });
+}
+
+} // namespace ravlin

@@ -1,0 +1,209 @@
+#include "core/files/operations/fileoperations.h"
+
+#include "core/storage/leftovers.h"
+
+#include <algorithm>
+
+namespace ravlin {
+
+namespace {
+
+/// Not ResultDone and not ResultCancelled, whatever the code.
+int resultOf(ErrorCode code)
+{
+    return 1 + static_cast<int>(code);
+}
+
+bool isFolder(platform::FileSystem &fileSystem, const QString &path)
+{
+    const auto info = fileSystem.info(path);
+    return info && info->isFolder;
+}
+
+/// Into the destination if that is a folder; else a single source gets it as its path.
+TransferRequest transferRequest(platform::FileSystem &fileSystem, const FileRequest &request, TransferKind kind)
+{
+    const QStringList sources = sourcePaths(request.source);
+    const QString &destination = request.destination;
+    if (sources.size() != 1 || destination.endsWith(platform::Separator) || isFolder(fileSystem, destination) ||
+        !destination.contains(platform::Separator))
+        return {kind, sources, destination};
+    return {kind, sources, platform::folderOf(destination), platform::nameOf(destination)};
+}
+
+OperationReport reportOf(TransferKind kind, const TransferReport &report)
+{
+    OperationReport told;
+    told.kind = kind == TransferKind::Copy ? OperationKind::Copy : OperationKind::Move;
+    told.doneCount = static_cast<qsizetype>(report.done.size());
+    told.failures = report.failures;
+    told.skipped = report.skipped;
+    told.notDone = report.notDone;
+    told.wasStopped = report.wasStopped;
+    return told;
+}
+
+/// What turned out to have no trash only when it was to go there.
+QStringList takeOutWithoutTrash(DeletionReport &report)
+{
+    QStringList paths;
+    std::erase_if(report.failures, [&](const FileFailure &failure) {
+        if (failure.error.code != ErrorCode::NoTrash)
+            return false;
+        paths.append(failure.path);
+        return true;
+    });
+    return paths;
+}
+
+void append(DeletionReport &report, const DeletionReport &further)
+{
+    report.deleted.append(further.deleted);
+    report.failures.insert(report.failures.end(), further.failures.begin(), further.failures.end());
+    report.notDone.append(further.notDone);
+    report.wasStopped = report.wasStopped || further.wasStopped;
+}
+
+} // namespace
+
+int FileOperations::perform(const FileRequest &request)
+{
+    switch (request.operation) {
+    case FileOperation::Copy:
+        return transfer(request, TransferKind::Copy);
+    case FileOperation::Move:
+        return transfer(request, TransferKind::Move);
+    case FileOperation::Delete:
+        return remove(request);
+    case FileOperation::Rename:
+        return rename(request);
+    }
+    return resultOf(ErrorCode::InvalidArgument);
+}
+
+int FileOperations::finish(const OperationReport &report)
+{
+    if (!report.isComplete())
+        m_host.tell(report);
+    if (!report.failures.empty())
+        return resultOf(report.failures.front().error.code);
+    return report.wasStopped ? ResultCancelled : ResultDone;
+}
+
+int FileOperations::transfer(const FileRequest &request, TransferKind kind)
+{
+    const auto operation = kind == TransferKind::Copy ? OperationKind::Copy : OperationKind::Move;
+    const TransferRequest wanted = transferRequest(m_fileSystem, request, kind);
+    Result<TransferPlan> plan;
+    const bool planned = m_host.runLong(operation,
+        [&](const TransferOptions &options) { plan = makeTransferPlan(m_fileSystem, wanted, options.stop); });
+    if (!planned)
+        return ResultCancelled;
+    if (!plan && plan.error().code == ErrorCode::Cancelled)
+        return ResultCancelled;
+    if (!plan) {
+        OperationReport report;
+        report.kind = operation;
+        report.failures.push_back({wanted.folder, plan.error()});
+        report.notDone = wanted.sources;
+        return finish(report);
+    }
+    if (!answerClashes(*plan, [&](const Clash &clash) { return m_host.askClash(clash); }))
+        return ResultCancelled;
+    TransferReport report;
+    const bool ran = m_host.runLong(
+        operation, [&](const TransferOptions &options) { report = runTransfer(m_fileSystem, *plan, options); });
+    if (!ran)
+        return ResultCancelled;
+    m_history.addTransfer(kind, report);
+    return finish(reportOf(kind, report));
+}
+
+int FileOperations::remove(const FileRequest &request)
+{
+    const QStringList paths = sourcePaths(request.source);
+    const bool allowsTrash = (request.flags & FlagAllowUndo) != 0;
+    QStringList forGood = allowsTrash ? withoutTrash(paths) : paths;
+    QStringList forTrash;
+    std::ranges::copy_if(
+        paths, std::back_inserter(forTrash), [&](const QString &path) { return !forGood.contains(path); });
+
+    DeletionReport done;
+    if (!forTrash.isEmpty()) {
+        const bool asks = (request.flags & FlagNoConfirmation) == 0;
+        if (asks && !m_host.confirmTrash(forTrash))
+            return ResultCancelled;
+        const bool ran = m_host.runLong(
+            OperationKind::Trash, [&](const TransferOptions &options) { done = putIntoTrash(forTrash, options); });
+        if (!ran)
+            return ResultCancelled;
+        forGood += takeOutWithoutTrash(done);
+    }
+    // A question of its own: a yes to the trash is none to losing files.
+    const bool deletes = !forGood.isEmpty() && !done.wasStopped && m_host.confirmDeleteForGood(forGood);
+    if (deletes) {
+        const bool ran = m_host.runLong(OperationKind::DeleteForGood,
+            [&](const TransferOptions &options) { append(done, deleteForGood(m_fileSystem, forGood, options)); });
+        if (!ran)
+            return ResultCancelled;
+    }
+    m_history.addDeletion(done);
+    OperationReport report;
+    report.kind = forTrash.isEmpty() ? OperationKind::DeleteForGood : OperationKind::Trash;
+    report.doneCount = static_cast<qsizetype>(done.trashed.size()) + done.deleted.size();
+    report.failures = done.failures;
+    report.notDone = done.notDone;
+    report.wasStopped = done.wasStopped;
+    const int result = finish(report);
+    return result == ResultDone && !forGood.isEmpty() && !deletes ? ResultCancelled : result;
+}
+
+int FileOperations::rename(const FileRequest &request)
+{
+    const QString source = sourcePaths(request.source).value(0);
+    const Result<void> renamed = clsFileFunc(m_fileSystem).RenameFile(source, request.destination);
+    OperationReport report;
+    report.kind = OperationKind::Rename;
+    if (renamed) {
+        report.doneCount = 1;
+        if (source != request.destination)
+            m_history.addRenames({{source, request.destination}});
+    } else {
+        report.failures.push_back({source, renamed.error()});
+    }
+    return finish(report);
+}
+
+int FileOperations::undo()
+{
+    if (!m_history.next())
+        return ResultDone;
+    UndoReport undone;
+    const bool ran = m_host.runLong(
+        OperationKind::Undo, [&](const TransferOptions &options) { undone = m_history.undo(m_fileSystem, options); });
+    if (!ran)
+        return ResultCancelled;
+    OperationReport report;
+    report.kind = OperationKind::Undo;
+    report.undone = undone.kind;
+    report.doneCount = undone.undone.size();
+    report.failures = undone.failures;
+    report.notDone = undone.notDone;
+    report.lost = undone.lost;
+    report.wasStopped = undone.wasStopped;
+    return finish(report);
+}
+
+QString nearestFolder(platform::FileSystem &fileSystem, const QString &path)
+{
+    QString folder = platform::withoutEndSeparator(path);
+    while (!isFolder(fileSystem, folder)) {
+        const QString above = platform::folderOf(folder);
+        if (above == folder || !folder.contains(platform::Separator))
+            return {}; // its drive is not there
+        folder = above;
+    }
+    return folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
+}
+
+} // namespace ravlin

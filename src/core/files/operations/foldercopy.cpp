@@ -1,0 +1,140 @@
+#include "core/files/operations/transferrun.h"
+#include "core/storage/leftovers.h"
+
+namespace ravlin {
+
+using platform::Node;
+using platform::NodeKind;
+
+Result<void> CopyQueue::add(const CopiedNode &copied, const QString &tag, bool replaces)
+{
+    auto copy = platform::FileCopy::prepare(m_fileSystem, copied.source, platform::folderOf(copied.target), m_watch);
+    if (!copy)
+        return tl::unexpected(copy.error());
+    Pending &pending = m_pending.emplace_back(Pending{{copied, tag, replaces, {}}, std::move(*copy)});
+    const auto placing = replaces ? platform::Placing::InPlaceOf : platform::Placing::New;
+    m_workers.submit([&pending, placing, check = m_check] {
+        pending.result.outcome = pending.copy.secure(check).and_then(
+            [&] { return pending.copy.place(pending.result.copied.target, placing); });
+    });
+    return {};
+}
+
+std::vector<CopyQueue::Settled> CopyQueue::settle()
+{
+    m_workers.drain();
+    std::vector<Settled> settled;
+    settled.reserve(m_pending.size());
+    for (Pending &pending : m_pending)
+        settled.push_back(std::move(pending.result));
+    m_pending.clear(); // removes the temporary files of those that failed
+    return settled;
+}
+
+Result<void> FolderCopy::copy(const CopiedNode &folder)
+{
+    auto filled = fill(folder);
+    // Also after a failure: nothing may be under way when the folder is thrown away.
+    auto settled = settle();
+    if (!filled)
+        return filled;
+    if (!settled)
+        return settled;
+    return finishFolders();
+}
+
+Result<void> FolderCopy::fill(const CopiedNode &folder)
+{
+    m_folders.push_front(folder);
+    const auto names = m_fileSystem.names(folder.source);
+    if (!names)
+        return tl::unexpected(names.error());
+    for (const QString &name : *names) {
+        const QString source = platform::inFolder(folder.source, name);
+        if (m_stop.stop_requested())
+            return tl::unexpected(Error{ErrorCode::Cancelled, source, QStringLiteral("stopped")});
+        const auto node = platform::nodeAt(source);
+        if (!node)
+            return tl::unexpected(node.error());
+        if (auto taken = take({source, platform::inFolder(folder.target, name), *node}); !taken)
+            return taken;
+    }
+    return {};
+}
+
+Result<void> FolderCopy::take(const CopiedNode &entry)
+{
+    switch (entry.node.kind) {
+    case NodeKind::File:
+        if (m_queue.isFull()) {
+            if (auto settled = settle(); !settled)
+                return settled;
+        }
+        return m_queue.add(entry, {}, false);
+    case NodeKind::Link:
+        m_others.push_back(entry);
+        return platform::copyLink(entry.source, entry.target).and_then([&] {
+            return platform::takeAttributes(entry.source, entry.target);
+        });
+    case NodeKind::Folder:
+        return m_fileSystem.createFolder(entry.target).and_then([&] { return fill(entry); });
+    case NodeKind::Other:
+        break;
+    }
+    return tl::unexpected(Error{ErrorCode::NotAFile, entry.source, QStringLiteral("a device, pipe or socket")});
+}
+
+Result<void> FolderCopy::settle()
+{
+    Result<void> outcome;
+    for (CopyQueue::Settled &settled : m_queue.settle()) {
+        if (settled.outcome)
+            m_others.push_back(settled.copied);
+        else if (outcome)
+            outcome = settled.outcome;
+    }
+    return outcome;
+}
+
+/// From the innermost outwards: what is done to a folder's entries changes its time.
+Result<void> FolderCopy::finishFolders()
+{
+    for (const CopiedNode &folder : m_folders) {
+        auto finished = platform::takeAttributes(folder.source, folder.target).and_then([&] {
+            return m_fileSystem.syncFolder(folder.target);
+        });
+        // Who may not read it may not open it for syncing either; that is no reason to give up a whole copy.
+        if (!finished && finished.error().code != ErrorCode::AccessDenied)
+            return finished;
+    }
+    return {};
+}
+
+Result<void> FolderCopy::removeSource()
+{
+    for (const CopiedNode &other : m_others) {
+        if (auto removed = removeCopied(m_fileSystem, other); !removed)
+            return removed;
+    }
+    for (const CopiedNode &folder : m_folders) {
+        // What has come into it since is not deleted: then it is not empty.
+        if (auto removed = m_fileSystem.removeFolder(folder.source); !removed)
+            return removed;
+    }
+    return {};
+}
+
+Result<void> removeCopied(platform::FileSystem &fileSystem, const CopiedNode &copied)
+{
+    const auto now = platform::nodeAt(copied.source);
+    if (!now)
+        return tl::unexpected(now.error());
+    const bool isUnchanged = now->kind == copied.node.kind && now->isSameAs(copied.node) &&
+                             now->info.size == copied.node.info.size && now->info.modified == copied.node.info.modified;
+    if (!isUnchanged)
+        return tl::unexpected(
+            Error{ErrorCode::ChangedMeanwhile, copied.source, QStringLiteral("it was copied, but has changed since")});
+    return fileSystem.remove(copied.source);
+}
+
+} // namespace ravlin

@@ -1,0 +1,125 @@
+#include "core/files/operations/playlist.h"
+
+#include "core/naming/texttransforms.h"
+#include "core/platform/codepage.h"
+#include "core/platform/fileio.h"
+#include "core/platform/fixedfiles.h"
+#include "core/platform/folder.h"
+#include "core/storage/leftovers.h"
+#include "core/platform/namecheck.h"
+#include "core/platform/nodes.h"
+
+#include <algorithm>
+
+namespace ravlin {
+
+namespace {
+
+QString extension()
+{
+    return QStringLiteral(".m3u");
+}
+
+QString unnamedList()
+{
+    return QStringLiteral("lista.m3u");
+}
+
+/// The list takes the place of an older one only when it is whole; it keeps that one's permissions.
+Result<void> writeList(platform::FileSystem &fileSystem, const QString &path, const QByteArray &content)
+{
+    const auto present = platform::nodeAt(path);
+    if (present && present->kind == platform::NodeKind::Folder)
+        return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("a folder has that name")});
+    const bool isFile = present && present->kind == platform::NodeKind::File;
+    const quint32 permissions = isFile ? present->info.permissions : platform::newFilePermissions();
+    auto temporary = platform::TemporaryFile::create(fileSystem, platform::folderOf(path));
+    if (!temporary)
+        return tl::unexpected(temporary.error());
+    return platform::writeAll(temporary->file(), content, 0)
+        .and_then([&] { return temporary->file().sync(); })
+        .and_then([&]() -> Result<void> {
+            // A memory stick may not know permissions.
+            static_cast<void>(fileSystem.setPermissions(temporary->path(), permissions));
+            return temporary->moveTo(path);
+        });
+}
+
+} // namespace
+
+QString playlistName(const QString &artist, const QString &album)
+{
+    if (artist.isEmpty() && album.isEmpty())
+        return unnamedList();
+    const QString joined = artist.isEmpty() ? album : album.isEmpty() ? artist : artist + QStringLiteral(" - ") + album;
+    QString name = CleanFileName(joined + extension());
+    // A ">" or "|" at the end takes the full stop along; without it, it would be no playlist.
+    if (!name.endsWith(extension()))
+        name = CleanFileName(joined) + extension();
+    const qsizetype room = platform::MaxNameLength - extension().size();
+    name = platform::shortened(name.chopped(extension().size()), room) + extension();
+    const platform::CheckedName checked = platform::checkName(name, platform::NameKind::File);
+    return checked.problem ? unnamedList() : checked.name;
+}
+
+QByteArray playlistContent(const QStringList &lines, const LineEncoder &encode)
+{
+    QByteArray inCodePage;
+    QByteArray inUtf8;
+    bool isExpressible = true;
+    for (const QString &line : lines) {
+        if (line.contains(u'\n') || line.contains(u'\r'))
+            continue;
+        inUtf8 += line.toUtf8() + "\r\n";
+        const std::optional<QByteArray> encoded = isExpressible ? encode(line) : std::nullopt;
+        isExpressible = encoded.has_value();
+        if (encoded)
+            inCodePage += *encoded + "\r\n";
+    }
+    return isExpressible ? inCodePage : inUtf8;
+}
+
+QString playListPath()
+{
+    return platform::fixedFilePath(unnamedList());
+}
+
+Result<QString> WritePlaylist(
+    platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts, const TagRecord &record)
+{
+    const QString path = folder + playlistName(record.Artist, record.Album);
+    return writeList(fileSystem, path, playlistContent(rowTexts, platform::toCodePage)).map([&] { return path; });
+}
+
+Result<void> PlaySelection(platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts,
+    const QString &listPath, const Opener &open)
+{
+    QStringList lines;
+    std::ranges::transform(rowTexts, std::back_inserter(lines), [&](const QString &text) { return folder + text; });
+    auto written = writeList(fileSystem, listPath, playlistContent(lines, platform::toCodePage));
+    open(listPath);
+    return written;
+}
+
+QStringList playlistsIn(const QString &folder)
+{
+    const auto opened = platform::Folder::open(folder);
+    if (!opened)
+        return {};
+    QStringList names;
+    const auto entries = (*opened)->entries();
+    for (const platform::FolderEntry &entry : entries.value_or(std::vector<platform::FolderEntry>())) {
+        if (entry.kind == platform::EntryKind::File && !entry.isHidden &&
+            entry.name.endsWith(extension(), Qt::CaseInsensitive))
+            names.append(entry.name);
+    }
+    names.sort();
+    return names;
+}
+
+int DeletePlaylists(clsFileFunc &files, const QString &folder)
+{
+    return files.DeleteFile(sourceList(folder, playlistsIn(folder)));
+}
+
+} // namespace ravlin

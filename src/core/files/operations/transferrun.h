@@ -1,0 +1,92 @@
+#pragma once
+
+#include "core/files/operations/transfer.h"
+#include "core/storage/copyfile.h"
+#include "core/platform/workers.h"
+
+#include <deque>
+#include <list>
+
+/// How runTransfer works; for transfer.h's own sources.
+namespace ravlin {
+
+/// What was copied and is to be deleted once all of it is safe: with the state that the copy was made of, so that
+/// nothing is deleted that has changed since.
+struct CopiedNode
+{
+    QString source;
+    QString target;
+    platform::Node node;
+};
+
+/// Copies files of one request. Waiting for the disk is left to a few threads, many files at once: one after the other
+/// it takes several times as long.
+class CopyQueue
+{
+public:
+    CopyQueue(platform::FileSystem &fileSystem, platform::CopyWatch watch, platform::CopyCheck check)
+        : m_fileSystem(fileSystem), m_watch(std::move(watch)), m_check(check), m_workers(WorkerCount)
+    {
+    }
+
+    /// Begins the copy; how it ends is told by settle. An error at once is returned.
+    Result<void> add(const CopiedNode &copied, const QString &tag, bool replaces);
+    bool isFull() const { return m_pending.size() >= Most; }
+
+    struct Settled
+    {
+        CopiedNode copied;
+        QString tag;
+        bool replaced = false;
+        Result<void> outcome;
+    };
+    /// Waits for all that were begun, in their order.
+    std::vector<Settled> settle();
+
+private:
+    struct Pending
+    {
+        Settled result;
+        platform::FileCopy copy;
+    };
+    static constexpr std::size_t WorkerCount = 8;
+    static constexpr std::size_t Most = 64; ///< files open at a time: two descriptors each
+
+    platform::FileSystem &m_fileSystem;
+    const platform::CopyWatch m_watch;
+    const platform::CopyCheck m_check;
+    std::list<Pending> m_pending; ///< a list: workers hold addresses of its elements
+    platform::Workers m_workers;  ///< last, so that it ends first
+};
+
+/// Copies one folder with all that is in it into an empty folder that is there already, all or nothing.
+class FolderCopy
+{
+public:
+    FolderCopy(platform::FileSystem &fileSystem, CopyQueue &queue, std::stop_token stop)
+        : m_fileSystem(fileSystem), m_queue(queue), m_stop(std::move(stop))
+    {
+    }
+
+    /// Also gives the folders their attributes and syncs them. The caller throws the target away after an error.
+    Result<void> copy(const CopiedNode &folder);
+    /// Deletes the source, as far as it is what was copied.
+    Result<void> removeSource();
+
+private:
+    Result<void> fill(const CopiedNode &folder);
+    Result<void> take(const CopiedNode &entry);
+    Result<void> settle();
+    Result<void> finishFolders();
+
+    platform::FileSystem &m_fileSystem;
+    CopyQueue &m_queue;
+    const std::stop_token m_stop;
+    std::deque<CopiedNode> m_folders; ///< the innermost first: each behind those in it
+    std::vector<CopiedNode> m_others; ///< files and links
+};
+
+/// Deletes a file or link that was copied; ChangedMeanwhile when it is not any more what was copied.
+Result<void> removeCopied(platform::FileSystem &fileSystem, const CopiedNode &copied);
+
+} // namespace ravlin

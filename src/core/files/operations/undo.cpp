@@ -1,0 +1,287 @@
+#include "core/files/operations/undo.h"
+
+#include "core/storage/leftovers.h"
+
+namespace ravlin {
+
+namespace {
+
+/// What was done last is undone first.
+template <typename Item>
+std::vector<Item> reversed(const std::vector<Item> &items)
+{
+    return {items.rbegin(), items.rend()};
+}
+
+Result<void> refusal(const QString &path, const QString &detail)
+{
+    return tl::unexpected(Error{ErrorCode::Unsupported, path, detail});
+}
+
+/// Undoes the steps of one operation and keeps account of them.
+class Undoing
+{
+public:
+    Undoing(platform::FileSystem &fileSystem, const TransferOptions &options)
+        : m_fileSystem(fileSystem), m_options(options)
+    {
+    }
+
+    /// Calls work() unless a stop was requested; path is what failures are told for. False: a stop kept it from being
+    /// tried, or from being finished; then all is as before.
+    template <typename Work>
+    bool step(const QString &path, const QString &undonePath, Work work)
+    {
+        if (m_options.stop.stop_requested()) {
+            m_report.notDone.append(path);
+            return false;
+        }
+        m_progress.path = path;
+        if (m_options.progress)
+            m_options.progress(m_progress);
+        const Result<void> undone = work();
+        ++m_progress.itemsDone;
+        if (!undone && undone.error().code == ErrorCode::Cancelled) {
+            m_report.notDone.append(path);
+            return false;
+        }
+        if (undone)
+            m_report.undone.append(undonePath);
+        else
+            m_report.failures.push_back({path, undone.error()});
+        return true;
+    }
+
+    Result<void> moveBack(const TransferStep &step);
+    Result<void> removeCopy(const TransferStep &step);
+
+    UndoReport m_report;
+    TransferProgress m_progress;
+
+private:
+    Result<void> makeFolder(const QString &path);
+
+    platform::FileSystem &m_fileSystem;
+    const TransferOptions &m_options;
+};
+
+Result<void> Undoing::makeFolder(const QString &path)
+{
+    if (platform::isTaken(path))
+        return {};
+    const QString above = platform::folderOf(path);
+    if (above == path)
+        return tl::unexpected(Error{ErrorCode::NotFound, path, QStringLiteral("this drive is not there")});
+    return makeFolder(above).and_then([&] { return m_fileSystem.createFolder(path); });
+}
+
+Result<void> Undoing::moveBack(const TransferStep &step)
+{
+    // Folders that were merged into others went away when they were empty.
+    const QString folder = platform::folderOf(step.source);
+    const auto made = makeFolder(folder);
+    if (!made)
+        return made;
+    const auto plan = makeTransferPlan(
+        m_fileSystem, {TransferKind::Move, {step.target}, folder, platform::nameOf(step.source)}, m_options.stop);
+    if (!plan)
+        return tl::unexpected(plan.error());
+    const TransferReport report = runTransfer(m_fileSystem, *plan, {{}, m_options.stop});
+    if (!report.failures.empty())
+        return tl::unexpected(report.failures.front().error);
+    if (!report.skipped.isEmpty())
+        return tl::unexpected(Error{ErrorCode::AlreadyExists, step.source, {}});
+    if (!report.notDone.isEmpty())
+        return tl::unexpected(Error{ErrorCode::Cancelled, step.source, {}});
+    if (step.replaced)
+        m_report.lost.append(step.target);
+    return {};
+}
+
+Result<void> Undoing::removeCopy(const TransferStep &step)
+{
+    if (step.replaced)
+        return refusal(step.target, QStringLiteral("it has taken the place of another file"));
+    const auto node = platform::nodeAt(step.target);
+    if (!node)
+        return tl::unexpected(node.error());
+    const bool isUnchanged =
+        step.isFolder || (node->info.size == step.made.size && node->info.modified == step.made.modified);
+    if (!isUnchanged)
+        return tl::unexpected(Error{ErrorCode::ChangedMeanwhile, step.target, {}});
+    return platform::moveToTrash(step.target).map([](const platform::TrashedItem &) {});
+}
+
+/// A batch tells its rows; an undo shows them as its own.
+class RenameProgress final : public BatchProgress
+{
+public:
+    RenameProgress(const TransferOptions &options, qsizetype total) : m_options(options) { m_now.itemsTotal = total; }
+
+    void advance(const QString &path) override
+    {
+        m_now.path = path;
+        if (m_options.progress)
+            m_options.progress(m_now);
+        ++m_now.itemsDone;
+    }
+
+private:
+    const TransferOptions &m_options;
+    TransferProgress m_now;
+};
+
+UndoReport reportOf(const RenamingOutcome &outcome)
+{
+    UndoReport report;
+    for (const RenameRow &row : outcome.rows) {
+        switch (row.state) {
+        case RenameState::Rename:
+        case RenameState::Untouched:
+            report.undone.append(row.path);
+            break;
+        case RenameState::Stopped:
+        case RenameState::NotTaken:
+            report.notDone.append(row.from);
+            break;
+        case RenameState::Clash:
+        case RenameState::Skipped:
+            report.failures.push_back({row.from, Error{ErrorCode::AlreadyExists, row.wanted, {}}});
+            break;
+        case RenameState::Refused:
+        case RenameState::Failed:
+            report.failures.push_back({row.from, row.error.value_or(Error{ErrorCode::InvalidArgument, row.from, {}})});
+            break;
+        }
+    }
+    report.wasStopped = outcome.wasStopped;
+    return report;
+}
+
+bool isLeftByStop(const RenameRow &row)
+{
+    return row.state == RenameState::Stopped || row.state == RenameState::NotTaken;
+}
+
+} // namespace
+
+void UndoHistory::add(Operation operation)
+{
+    m_operations.push_back(std::move(operation));
+    if (m_operations.size() > Most)
+        m_operations.pop_front();
+}
+
+void UndoHistory::addTransfer(TransferKind kind, const TransferReport &report)
+{
+    if (!report.done.empty())
+        add(Transfers{kind, report.done});
+}
+
+void UndoHistory::addDeletion(const DeletionReport &report)
+{
+    if (!report.trashed.empty() || !report.deleted.isEmpty())
+        add(Deletions{report.trashed, report.deleted});
+}
+
+void UndoHistory::addRenames(const std::vector<RenameDone> &renames, const QStringList &foldersMade)
+{
+    if (!renames.empty())
+        add(Renames{renames, foldersMade});
+}
+
+UndoSubject UndoHistory::subjectOf(const Operation &operation)
+{
+    if (const auto *const transfers = std::get_if<Transfers>(&operation)) {
+        const auto kind = transfers->kind == TransferKind::Copy ? OperationKind::Copy : OperationKind::Move;
+        return {kind, static_cast<qsizetype>(transfers->steps.size()), transfers->steps.front().source,
+            transfers->steps.front().source};
+    }
+    if (const auto *const deletions = std::get_if<Deletions>(&operation)) {
+        const auto count = static_cast<qsizetype>(deletions->trashed.size()) + deletions->deleted.size();
+        return deletions->trashed.empty()
+                   ? UndoSubject{OperationKind::DeleteForGood, count, deletions->deleted.front()}
+                   : UndoSubject{OperationKind::Trash, count, deletions->trashed.front().original};
+    }
+    const auto &renames = std::get<Renames>(operation).renames;
+    return {OperationKind::Rename, static_cast<qsizetype>(renames.size()), renames.front().to, renames.front().from};
+}
+
+std::optional<UndoSubject> UndoHistory::next() const
+{
+    return m_operations.empty() ? std::nullopt : std::optional(subjectOf(m_operations.back()));
+}
+
+UndoReport UndoHistory::undo(platform::FileSystem &fileSystem, const TransferOptions &options)
+{
+    if (m_operations.empty())
+        return {};
+    const Operation operation = std::move(m_operations.back());
+    m_operations.pop_back();
+    UndoReport report = std::visit([&](const auto &one) { return take(fileSystem, one, options); }, operation);
+    report.kind = subjectOf(operation).kind;
+    report.wasStopped = report.wasStopped || !report.notDone.isEmpty();
+    return report;
+}
+
+UndoReport UndoHistory::take(
+    platform::FileSystem &fileSystem, const Transfers &transfers, const TransferOptions &options)
+{
+    Undoing undoing(fileSystem, options);
+    undoing.m_progress.itemsTotal = static_cast<qsizetype>(transfers.steps.size());
+    Transfers left{transfers.kind, {}};
+    for (const TransferStep &step : reversed(transfers.steps)) {
+        const QString &undonePath = step.isMove ? step.source : step.target;
+        const bool isTaken = undoing.step(step.target, undonePath, [&]() -> Result<void> {
+            if (step.isMove)
+                return undoing.moveBack(step);
+            // The source could not be deleted, or not all of it: what is gone of it is here alone.
+            if (transfers.kind == TransferKind::Move)
+                return refusal(step.target, QStringLiteral("it was not moved in full: look in both places"));
+            return undoing.removeCopy(step);
+        });
+        if (!isTaken)
+            left.steps.push_back(step);
+    }
+    left.steps = reversed(left.steps);
+    if (!left.steps.empty())
+        add(std::move(left));
+    return std::move(undoing.m_report);
+}
+
+UndoReport UndoHistory::take(
+    platform::FileSystem &fileSystem, const Deletions &deletions, const TransferOptions &options)
+{
+    Undoing undoing(fileSystem, options);
+    undoing.m_progress.itemsTotal = static_cast<qsizetype>(deletions.trashed.size()) + deletions.deleted.size();
+    Deletions left;
+    for (const platform::TrashedItem &item : reversed(deletions.trashed)) {
+        if (!undoing.step(item.original, item.original, [&] { return platform::restoreFromTrash(item); }))
+            left.trashed.push_back(item);
+    }
+    left.trashed = reversed(left.trashed);
+    for (const QString &path : deletions.deleted) {
+        if (!undoing.step(path, path, [&] { return refusal(path, QStringLiteral("it was deleted for good")); }))
+            left.deleted.append(path);
+    }
+    if (!left.trashed.empty() || !left.deleted.isEmpty())
+        add(std::move(left));
+    return std::move(undoing.m_report);
+}
+
+UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Renames &renames, const TransferOptions &options)
+{
+    RenameProgress progress(options, static_cast<qsizetype>(renames.renames.size()));
+    const RenamingOutcome outcome =
+        undoRenaming(fileSystem, renames.renames, renames.foldersMade, progress, options.stop);
+    Renames left{{}, renames.foldersMade};
+    for (const RenameRow &row : outcome.rows) {
+        if (isLeftByStop(row))
+            left.renames.push_back({row.wanted, row.from});
+    }
+    if (!left.renames.empty())
+        add(std::move(left));
+    return reportOf(outcome);
+}
+
+} // namespace ravlin

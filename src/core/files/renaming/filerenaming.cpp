@@ -1,0 +1,25 @@
+#include "core/files/renaming/filerenaming.h"
+
+#include "core/files/renaming/renamefromtags.h"
+#include "core/naming/filename.h"
+#include "core/tags/store/tagstore.h"
+
+namespace ravlin {
+
+FileRenaming planFileRenaming(const QStringList &paths, const NamingRule &rule, const TagStore &store,
+    platform::FileSystem &fileSystem, BatchProgress &progress)
+{
+    std::vector<PreviewRow> rows = previewRenaming(paths, rule, store, progress);
+    std::vector<RenameWish> wishes = renameWishes(rows, rule);
+    return {std::move(rows), RenamingPlan(fileSystem, std::move(wishes))};
+}
+
+QString newNameOf(const PreviewRow &preview, const RenameRow &row)
+{
+    if (!row.renames())
+        return preview.name;
+    const QString folder = folderPart(row.from);
+    return row.path.startsWith(folder) ? row.path.mid(folder.size()) : row.path;
+}
+
+} // namespace ravlin

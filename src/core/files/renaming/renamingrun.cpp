@@ -1,0 +1,198 @@
+#include "core/storage/asidename.h"
+#include "core/files/operations/clsfilefunc.h"
+#include "core/files/renaming/renaming.h"
+#include "core/files/renaming/renamingdraft.h"
+
+#include <algorithm>
+#include <set>
+
+namespace ravlin {
+
+/// Carries one plan out. Rows are taken in order; a row whose new name is still borne by another row's file has that
+/// one taken first.
+class RenamingRun
+{
+public:
+    RenamingRun(platform::FileSystem &fileSystem, const RenamingPlan &plan)
+        : m_fileSystem(fileSystem), m_fileFunc(fileSystem), m_draft(*plan.m_draft), m_isDone(m_draft.rows.size(), false)
+    {
+        m_outcome.rows = m_draft.rows;
+    }
+
+    RenamingOutcome run(BatchProgress &progress, const std::stop_token &stop)
+    {
+        for (std::size_t row = 0; row < m_outcome.rows.size(); ++row) {
+            if (m_outcome.rows[row].renames() && !m_isDone[row] && stop.stop_requested()) {
+                notTaken(row);
+                continue;
+            }
+            progress.advance(m_outcome.rows[row].from);
+            if (m_outcome.rows[row].renames() && !m_isDone[row])
+                take(row, stop);
+        }
+        for (RenameRow &row : m_outcome.rows) {
+            if (row.state == RenameState::Clash)
+                row.state = RenameState::Skipped;
+            if (row.renames())
+                m_outcome.renames.push_back({row.from, row.path});
+        }
+        return std::move(m_outcome);
+    }
+
+private:
+    void notTaken(std::size_t row)
+    {
+        m_isDone[row] = true;
+        m_outcome.wasStopped = true;
+        m_outcome.rows[row].state = RenameState::NotTaken;
+        m_outcome.rows[row].path = m_outcome.rows[row].from;
+    }
+
+    void fail(std::size_t row, const Error &error)
+    {
+        m_outcome.rows[row].state = RenameState::Failed;
+        m_outcome.rows[row].error = error;
+        m_outcome.rows[row].path = m_outcome.rows[row].from;
+    }
+
+    /// The row and those that have to go first, which come behind it.
+    void take(std::size_t row, const std::stop_token &stop)
+    {
+        std::vector<std::size_t> chain{row};
+        int occupant = m_draft.occupantOf(row);
+        while (occupant != RenamingPlan::Draft::None && static_cast<std::size_t>(occupant) != row) {
+            if (m_isDone[static_cast<std::size_t>(occupant)])
+                break;
+            chain.push_back(static_cast<std::size_t>(occupant));
+            occupant = m_draft.occupantOf(chain.back());
+        }
+        if (occupant == static_cast<int>(row)) {
+            takeRing(chain);
+            return;
+        }
+        for (std::size_t i = chain.size(); i > 0; --i) {
+            if (i < chain.size() && stop.stop_requested())
+                notTaken(chain[i - 1]);
+            else
+                takeOne(chain[i - 1]);
+        }
+    }
+
+    void takeOne(std::size_t row)
+    {
+        m_isDone[row] = true;
+        if (const Result<void> renamed = rename(row, m_outcome.rows[row].from); !renamed)
+            fail(row, renamed.error());
+    }
+
+    /// Gives the row its new path; its file is at the given one.
+    Result<void> rename(std::size_t row, const QString &from)
+    {
+        const RenameRow &planned = m_outcome.rows[row];
+        if (planned.makesFolder) {
+            if (Result<void> made = makeFolderOf(planned.path); !made)
+                return made;
+        }
+        return m_fileFunc.RenameFile(from, planned.path);
+    }
+
+    /// The first row's file goes aside, the others follow from the last on, then the first one gets its name. When one
+    /// of them can't be renamed, all get back to where they were.
+    void takeRing(const std::vector<std::size_t> &ring)
+    {
+        for (const std::size_t row : ring)
+            m_isDone[row] = true;
+        const QString first = m_outcome.rows[ring.front()].from;
+        const QString aside = asidePath(first);
+        const auto lock = lockAside(m_fileSystem, first);
+        if (const Result<void> moved = m_fileFunc.RenameFile(first, aside); !moved) {
+            for (const std::size_t row : ring)
+                fail(row, moved.error());
+            return;
+        }
+        std::vector<std::size_t> renamed;
+        std::optional<Error> error;
+        for (std::size_t i = ring.size(); i > 0 && !error; --i) {
+            const std::size_t row = ring[i - 1];
+            const Result<void> done = rename(row, i == 1 ? aside : m_outcome.rows[row].from);
+            if (done)
+                renamed.push_back(row);
+            else
+                error = done.error();
+        }
+        if (error)
+            takeBack(ring, renamed, aside, *error);
+    }
+
+    void takeBack(const std::vector<std::size_t> &ring, std::vector<std::size_t> renamed, const QString &aside,
+        const Error &error)
+    {
+        while (!renamed.empty()) {
+            RenameRow &row = m_outcome.rows[renamed.back()];
+            if (!m_fileFunc.RenameFile(row.path, row.from))
+                break; // those that are left have got their names
+            renamed.pop_back();
+        }
+        for (const std::size_t row : ring) {
+            if (std::ranges::find(renamed, row) == renamed.end())
+                fail(row, error);
+        }
+        // Else it stays under a name that tells what it was.
+        RenameRow &first = m_outcome.rows[ring.front()];
+        if (!m_fileFunc.RenameFile(aside, first.from))
+            first.path = aside;
+    }
+
+    Result<void> makeFolderOf(const QString &path)
+    {
+        const QString folder = path.first(path.lastIndexOf(platform::Separator));
+        if (!m_foldersThere.insert(folder).second)
+            return {};
+        QStringList missing;
+        for (QString above = folder; !above.isEmpty() && !m_fileSystem.info(above);) {
+            missing.prepend(above);
+            above = above.first(std::max<qsizetype>(above.lastIndexOf(platform::Separator), 0));
+        }
+        for (const QString &next : missing) {
+            const Result<void> made = m_fileSystem.createFolder(next);
+            if (!made && made.error().code != ErrorCode::AlreadyExists) {
+                m_foldersThere.erase(folder);
+                return made;
+            }
+            if (made)
+                m_outcome.foldersMade.push_back(next);
+        }
+        return {};
+    }
+
+    platform::FileSystem &m_fileSystem;
+    clsFileFunc m_fileFunc;
+    const RenamingPlan::Draft &m_draft;
+    RenamingOutcome m_outcome;
+    std::vector<bool> m_isDone;
+    std::set<QString> m_foldersThere;
+};
+
+RenamingOutcome runRenaming(
+    platform::FileSystem &fileSystem, const RenamingPlan &plan, BatchProgress &progress, const std::stop_token &stop)
+{
+    return RenamingRun(fileSystem, plan).run(progress, stop);
+}
+
+RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector<RenameDone> &renames,
+    const QStringList &foldersMade, BatchProgress &progress, const std::stop_token &stop)
+{
+    std::vector<RenameWish> wishes;
+    wishes.reserve(renames.size());
+    for (const RenameDone &done : renames)
+        wishes.push_back({done.to, done.from});
+    RenamingPlan plan(fileSystem, std::move(wishes));
+    plan.answerAll(ClashAnswer::KeepBoth);
+    RenamingOutcome outcome = runRenaming(fileSystem, plan, progress, stop);
+    QStringList folders = foldersMade;
+    while (!folders.isEmpty())
+        static_cast<void>(fileSystem.removeFolder(folders.takeLast())); // what is in it by now is not ours
+    return outcome;
+}
+
+} // namespace ravlin

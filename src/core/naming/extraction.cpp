@@ -1,0 +1,105 @@
+#include "core/naming/extraction.h"
+
+#include "core/naming/filename.h"
+#include "core/naming/placeholders.h"
+#include "core/tags/store/tagstore.h"
+
+namespace ravlin {
+
+namespace {
+
+/// What one placeholder of a pattern asks for.
+struct Step
+{
+    QStringView literal;                 ///< before the placeholder, behind the one before it
+    QString TagRecord::*field = nullptr; ///< nullptr: the value is skipped
+    QStringView separator;               ///< ends the value
+    bool takesRest = false;              ///< there is no separator: the value runs to the end
+};
+
+/// Units of the code point that the text starts with; 0 for an empty text.
+qsizetype firstSize(QStringView text)
+{
+    if (text.size() > 1 && text[0].isHighSurrogate() && text[1].isLowSurrogate())
+        return 2;
+    return text.isEmpty() ? 0 : 1;
+}
+
+char32_t firstCharacter(QStringView text)
+{
+    if (text.isEmpty())
+        return 0;
+    return firstSize(text) == 2 ? QChar::surrogateToUcs4(text[0], text[1]) : char32_t(text[0].unicode());
+}
+
+/// The step at the pattern's next placeholder, which stands at an index, and what is left of the pattern behind it.
+Step takeStep(QStringView &pattern, qsizetype percent)
+{
+    Step step;
+    step.literal = pattern.first(percent);
+    const QStringView behind = pattern.sliced(percent + 1);
+    step.field = extractionField(firstCharacter(behind));
+    pattern = behind.sliced(firstSize(behind));
+    step.takesRest = pattern.isEmpty();
+    const qsizetype next = pattern.indexOf(u'%');
+    step.separator = pattern.first(next >= 0 ? next : firstSize(pattern));
+    return step;
+}
+
+} // namespace
+
+bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &record)
+{
+    QStringView patternLeft = pattern;
+    QStringView nameLeft = name;
+    for (qsizetype percent = patternLeft.indexOf(u'%'); percent >= 0; percent = patternLeft.indexOf(u'%')) {
+        const Step step = takeStep(patternLeft, percent);
+        // An empty text does not start with an empty one in the eyes of Qt where it is a null text as well.
+        if (!step.literal.isEmpty() && !nameLeft.startsWith(step.literal))
+            return false;
+        nameLeft = nameLeft.sliced(step.literal.size());
+        qsizetype end = nameLeft.size();
+        if (!step.takesRest)
+            end = step.separator.isEmpty() ? 0 : nameLeft.indexOf(step.separator);
+        if (end < 0)
+            return false;
+        if (step.field)
+            record.*(step.field) = nameLeft.first(end).toString();
+        nameLeft = nameLeft.sliced(end);
+    }
+    return true;
+}
+
+Result<Extraction> prepareExtraction(const QString &path, const QString &pattern, const TagStore &store)
+{
+    Extraction extraction;
+    if (Result<void> read = readTagForNaming(store, path, extraction.record); !read)
+        return tl::unexpected(read.error());
+    extraction.isMatched = MatchNameToPattern(nameAsText(bareName(path)), pattern, extraction.record);
+    return extraction;
+}
+
+ExtractionOutcome runExtraction(const QStringList &paths, const QString &pattern, TagStore &store,
+    const ProgramState &state, BatchProgress &progress, const RecordSaved &saved)
+{
+    constexpr BatchPolicy PassingOverFailures{OnFailure::GoOn, OnCancelled::StopTaking};
+    std::vector<bool> isWritten;
+    const auto extract = [&](const QString &path) -> Result<void> {
+        isWritten.push_back(false);
+        const Result<Extraction> extraction = prepareExtraction(path, pattern, store);
+        if (!extraction)
+            return tl::unexpected(extraction.error());
+        if (!extraction->isMatched)
+            return {};
+        if (Result<void> save = store.SaveTag(path, extraction->record); !save)
+            return save;
+        isWritten.back() = true;
+        if (saved)
+            saved(path, extraction->record);
+        return {};
+    };
+    BatchOutcome rows = runBatch(paths, state, progress, extract, PassingOverFailures);
+    return {std::move(rows), std::move(isWritten)};
+}
+
+} // namespace ravlin

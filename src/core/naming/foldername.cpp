@@ -1,0 +1,67 @@
+#include "core/naming/foldername.h"
+
+#include "core/app/settings.h"
+#include "core/naming/filename.h"
+#include "core/naming/placeholders.h"
+#include "core/naming/texttransforms.h"
+#include "core/storage/leftovers.h"
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin {
+
+namespace {
+
+constexpr QStringView ArtistAlbumText = u"1";
+constexpr QStringView PatternText = u"2";
+
+QString filledPattern(const QString &pattern, const TagRecord &record)
+{
+    QString name = platform::withNativeSeparators(pattern);
+    for (const Placeholder &placeholder : folderPlaceholders()) {
+        const QString &value = record.*(placeholder.field);
+        if (!value.isEmpty())
+            name = SubstitutePlaceholder(name, placeholder.token(), CleanFileName(value));
+    }
+    return name;
+}
+
+/// Empty when neither is there.
+QString artistAndAlbum(const TagRecord &record)
+{
+    const bool hasBoth = !record.Artist.isEmpty() && !record.Album.isEmpty();
+    return record.Artist + (hasBoth ? u" - "_s : QString()) + record.Album;
+}
+
+} // namespace
+
+FolderRule FolderRule::restored(const Settings &settings)
+{
+    const QString stored = settings.read(settingskey::DirRename);
+    return {stored == ArtistAlbumText, stored == PatternText, settings.read(settingskey::DirRenameVar)};
+}
+
+void FolderRule::store(Settings &settings) const
+{
+    const QStringView chosen = artistAlbum ? ArtistAlbumText : QStringView();
+    settings.write(settingskey::DirRename, (pattern ? PatternText : chosen).toString());
+    settings.write(settingskey::DirRenameVar, patternText);
+}
+
+std::optional<QString> newFolderPath(const QString &folder, const TagRecord &record, const FolderRule &rule)
+{
+    QString path = folder;
+    while (path.endsWith(platform::Separator))
+        path.chop(1);
+    const QString parent = folderPart(path);
+    if (parent.isEmpty())
+        return std::nullopt;
+    QString name = rule.artistAlbum ? artistAndAlbum(record) : QString();
+    if (name.isEmpty() && rule.pattern)
+        name = filledPattern(rule.patternText, record);
+    if (name.isEmpty())
+        return std::nullopt;
+    return parent + name;
+}
+
+} // namespace ravlin

@@ -1,0 +1,93 @@
+#include "core/naming/previewrows.h"
+
+#include "core/naming/extraction.h"
+#include "core/naming/filename.h"
+#include "core/tags/record/genres.h"
+#include "core/tags/store/tagstore.h"
+
+namespace ravlin {
+
+namespace {
+
+PreviewRow unreadableRow(const QString &path, const Error &error)
+{
+    PreviewRow row;
+    row.path = path;
+    row.name = fileName(path);
+    row.isLongName = isLongName(row.name);
+    row.isUntouched = true;
+    row.problem = error;
+    return row;
+}
+
+template <typename MakeRow>
+std::vector<PreviewRow> rowsOf(const QStringList &paths, BatchProgress &progress, MakeRow makeRow)
+{
+    std::vector<PreviewRow> rows;
+    rows.reserve(static_cast<std::size_t>(paths.size()));
+    for (const QString &path : paths) {
+        progress.advance(path);
+        rows.push_back(makeRow(path));
+    }
+    return rows;
+}
+
+} // namespace
+
+PreviewRow previewExtraction(const QString &path, const QString &pattern, const TagStore &store)
+{
+    Result<Extraction> extraction = prepareExtraction(path, pattern, store);
+    if (!extraction)
+        return unreadableRow(path, extraction.error());
+    PreviewRow row;
+    row.path = path;
+    row.name = fileName(path);
+    row.record = std::move(extraction->record);
+    row.isLongName = isLongName(row.name);
+    row.isUntouched = !extraction->isMatched;
+    return row;
+}
+
+PreviewRow previewRenaming(const QString &path, const NamingRule &rule, const TagStore &store)
+{
+    Result<NewName> renaming = BuildNewName(path, rule, store);
+    if (!renaming) {
+        PreviewRow row = unreadableRow(path, renaming.error());
+        row.newPath = path;
+        return row;
+    }
+    PreviewRow row;
+    row.path = path;
+    row.isUntouched = renaming->isUnchanged();
+    row.name = std::move(renaming->name);
+    row.record = std::move(renaming->record);
+    row.isLongName = isLongName(row.name);
+    row.newPath = std::move(renaming->newPath);
+    return row;
+}
+
+std::vector<PreviewRow> previewExtraction(
+    const QStringList &paths, const QString &pattern, const TagStore &store, BatchProgress &progress)
+{
+    return rowsOf(paths, progress, [&](const QString &path) { return previewExtraction(path, pattern, store); });
+}
+
+std::vector<PreviewRow> previewRenaming(
+    const QStringList &paths, const NamingRule &rule, const TagStore &store, BatchProgress &progress)
+{
+    return rowsOf(paths, progress, [&](const QString &path) { return previewRenaming(path, rule, store); });
+}
+
+TagRecord asSaved(const TagRecord &record)
+{
+    TagRecord saved = record;
+    if (!isWritableYear(saved.Year))
+        saved.Year.clear();
+    const int track = isWritableTrack(saved.Track) ? saved.Track.toInt() : 0;
+    saved.Track = track > 0 ? QString::number(track) : QString();
+    const int genre = GenreNameToNumber(saved.Genre);
+    saved.Genre = genre == GenreNone ? QString() : genreName(genre);
+    return saved;
+}
+
+} // namespace ravlin

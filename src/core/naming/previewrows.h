@@ -1,0 +1,49 @@
+#pragma once
+
+#include "core/app/batch.h"
+#include "core/naming/newname.h"
+#include "core/tags/record/tagrecord.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+/// What an extraction or a renaming would do, row by row, for a window or the command line to show. It runs the code of
+/// the real thing up to where that would write, and touches no file.
+namespace ravlin {
+
+class TagStore;
+
+struct PreviewRow
+{
+    QString path; ///< the file
+    /// Extraction: the file's name. Renaming: its new name with the extension; the present one if that stays because
+    /// the tag cannot be read. Not for finding a file: show it by shownName().
+    QString name;
+    /// Extraction: the file's tag with what was taken from its name, also where the match failed half way. Renaming:
+    /// the file's tag. Of a file that cannot be read all texts are empty.
+    TagRecord record;
+    bool isLongName = false;      ///< name has 65 characters or more
+    bool isUntouched = false;     ///< the run would leave the file as it is: nothing fits, or the name stays
+    QString newPath;              ///< renaming: where the file would be; path itself where it stays. Else empty
+    std::optional<Error> problem; ///< the file cannot be read, and why
+
+    bool isUnreadable() const { return problem.has_value(); }
+};
+
+PreviewRow previewExtraction(const QString &path, const QString &pattern, const TagStore &store);
+PreviewRow previewRenaming(const QString &path, const NamingRule &rule, const TagStore &store);
+
+/// One row a file, in their order. May run on any thread that has the store to itself.
+std::vector<PreviewRow> previewExtraction(
+    const QStringList &paths, const QString &pattern, const TagStore &store, BatchProgress &progress);
+std::vector<PreviewRow> previewRenaming(
+    const QStringList &paths, const NamingRule &rule, const TagStore &store, BatchProgress &progress);
+
+/// The tag as a read gives it after a save: without a year, track or genre that no save writes, the track as a number,
+/// the genre as the table spells it.
+TagRecord asSaved(const TagRecord &record);
+
+} // namespace ravlin

@@ -1,0 +1,97 @@
+#include "core/online/update/updateaddress.h"
+
+#include "core/platform/namecheck.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin {
+
+namespace {
+
+constexpr QStringView VersionFilePath = u"/ravlin/app/ravlin.ver";
+
+UpdateFailure failure(UpdateFailureKind kind, const QString &detail)
+{
+    UpdateFailure made;
+    made.kind = kind;
+    made.detail = detail;
+    return made;
+}
+
+bool isWebAddress(const QUrl &url)
+{
+    return url.isValid() && (url.scheme() == u"https"_s || url.scheme() == u"http"_s) && !url.host().isEmpty() &&
+           url.userInfo().isEmpty();
+}
+
+/// What no system or no reader takes for what it is.
+bool isOdd(QChar character)
+{
+    return QStringView(u"/\\:*?\"<>|").contains(character) || character.category() == QChar::Other_Control ||
+           character.category() == QChar::Other_Format || character.category() == QChar::Separator_Line ||
+           character.category() == QChar::Separator_Paragraph;
+}
+
+bool isTextWhole(const QString &text)
+{
+    return QString::fromUtf8(text.toUtf8()) == text; // no half characters
+}
+
+} // namespace
+
+QString updateAddress()
+{
+    const QString told = qEnvironmentVariable("RAVLIN_UPDATE_URL");
+    return told.isEmpty() ? QStringLiteral(RAVLIN_UPDATE_URL) : told;
+}
+
+UpdateResult<QUrl> versionFileUrl(const QString &baseAddress)
+{
+    QUrl url(baseAddress.trimmed(), QUrl::StrictMode);
+    if (!isWebAddress(url) || url.hasQuery() || url.hasFragment())
+        return tl::unexpected(failure(UpdateFailureKind::BadAddress, baseAddress));
+    QString path = url.path(QUrl::FullyEncoded);
+    while (path.endsWith(u'/'))
+        path.chop(1);
+    url.setPath(path + VersionFilePath.toString(), QUrl::TolerantMode);
+    return url;
+}
+
+UpdateResult<QUrl> downloadUrl(const QUrl &versionFile, const VersionRecord &record)
+{
+    QUrl url = versionFile.resolved(QUrl(record.location.trimmed()));
+    if (record.location.trimmed().isEmpty())
+        url = versionFile.resolved(QUrl(u"./"_s));
+    url.setFragment({});
+    const bool isLessSecure = versionFile.scheme() == u"https"_s && url.scheme() != u"https"_s;
+    if (!isWebAddress(url) || isLessSecure)
+        return tl::unexpected(failure(UpdateFailureKind::BadLocation, record.location));
+    const QString path = url.path(QUrl::FullyEncoded);
+    if (path.isEmpty() || path.endsWith(u'/')) {
+        const QString name = QString::fromLatin1(QUrl::toPercentEncoding(record.fileName));
+        url.setPath((path.isEmpty() ? u"/"_s : path) + name, QUrl::TolerantMode);
+    }
+    return url;
+}
+
+QUrl checksumUrl(const QUrl &file)
+{
+    QUrl url = file;
+    url.setPath(file.path(QUrl::FullyEncoded) + u".sha256"_s, QUrl::TolerantMode);
+    return url;
+}
+
+UpdateResult<QString> safeFileName(const QString &name)
+{
+    const platform::CheckedName checked = platform::checkName(name, platform::NameKind::File);
+    const bool isPlain = !checked.problem && !checked.isAdjusted && isTextWhole(name) &&
+                         std::none_of(name.begin(), name.end(), isOdd) && !name.endsWith(u'.') &&
+                         !name.front().isSpace() && !name.back().isSpace();
+    if (!isPlain)
+        return tl::unexpected(failure(UpdateFailureKind::BadName, name));
+    return name;
+}
+
+} // namespace ravlin

@@ -1,0 +1,87 @@
+#include "core/online/update/updatefailure.h"
+
+#include "core/online/cddb/lookupfailure.h"
+
+using namespace Qt::StringLiterals;
+
+namespace ravlin {
+
+namespace {
+
+QString sentenceOf(const Captions &captions, const UpdateFailure &failure)
+{
+    switch (failure.kind) {
+    case UpdateFailureKind::Web:
+        return lookupFailureText(captions, lookupFailureOf({failure.web, {}}));
+    case UpdateFailureKind::File:
+        return captions.errorText(failure.file);
+    case UpdateFailureKind::BadAddress:
+        return captions.text(Text::UpdateBadAddress);
+    case UpdateFailureKind::BadVersionFile:
+        return captions.text(Text::UpdateBadVersionFile);
+    case UpdateFailureKind::BadName:
+        return captions.text(Text::UpdateBadName);
+    case UpdateFailureKind::BadLocation:
+        return captions.text(Text::UpdateBadLocation);
+    case UpdateFailureKind::BadChecksum:
+        return captions.text(Text::UpdateBadChecksum);
+    case UpdateFailureKind::WrongChecksum:
+        return captions.text(Text::UpdateWrongChecksum);
+    }
+    Q_UNREACHABLE();
+    return {};
+}
+
+bool isOfOneAddress(WebFailureKind kind)
+{
+    return kind == WebFailureKind::HttpStatus || kind == WebFailureKind::TooLarge ||
+           kind == WebFailureKind::TooManyRedirects || kind == WebFailureKind::InsecureRedirect;
+}
+
+} // namespace
+
+UpdateFailure UpdateFailure::ofWeb(const WebFailure &failure)
+{
+    UpdateFailure made;
+    made.kind = UpdateFailureKind::Web;
+    made.web = failure.kind;
+    made.detail = failure.detail;
+    return made;
+}
+
+UpdateFailure UpdateFailure::ofFile(const Error &error)
+{
+    UpdateFailure made;
+    made.kind = UpdateFailureKind::File;
+    made.file = error.code;
+    made.detail = error.path;
+    return made;
+}
+
+bool UpdateFailure::isOfOneFile() const
+{
+    switch (kind) {
+    case UpdateFailureKind::Web:
+        return isOfOneAddress(web);
+    case UpdateFailureKind::File:
+        return file == ErrorCode::AlreadyExists || file == ErrorCode::NotAFile;
+    case UpdateFailureKind::BadAddress:
+    case UpdateFailureKind::BadVersionFile:
+        return false;
+    case UpdateFailureKind::BadName:
+    case UpdateFailureKind::BadLocation:
+    case UpdateFailureKind::BadChecksum:
+    case UpdateFailureKind::WrongChecksum:
+        return true;
+    }
+    Q_UNREACHABLE();
+    return false;
+}
+
+QString updateFailureText(const Captions &captions, const UpdateFailure &failure)
+{
+    const QString sentence = sentenceOf(captions, failure);
+    return failure.detail.isEmpty() ? sentence : sentence + u" ("_s + failure.detail + u')';
+}
+
+} // namespace ravlin

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "core/platform/filesystem.h"
+
+#include <optional>
+
+struct stat;
+
+/// A plain file behind a descriptor.
+namespace ravlin::platform {
+
+FileInfo fileInfo(const struct stat &status);
+
+class PosixFile final : public File
+{
+public:
+    /// Owns the descriptor. atOpening: its state, which info() gives away once without asking the
+    /// system again.
+    PosixFile(int descriptor, QString path, const FileInfo &atOpening);
+    ~PosixFile() override;
+    PosixFile(const PosixFile &) = delete;
+    PosixFile &operator=(const PosixFile &) = delete;
+
+    Result<qint64> readAt(std::span<char> buffer, qint64 offset) override;
+    Result<qint64> writeAt(std::span<const char> bytes, qint64 offset) override;
+    Result<void> truncate(qint64 size) override;
+    Result<void> sync() override;
+    Result<FileInfo> info() override;
+    Result<qint64> copyFrom(File &source, qint64 sourceOffset, qint64 offset, qint64 length) override;
+    Result<void> takeMetadata(File &source) override;
+    Result<void> setModified(qint64 nanoseconds) override;
+    Result<bool> tryLock() override;
+
+private:
+    Result<qint64> copyThroughMemory(File &source, qint64 sourceOffset, qint64 offset, qint64 length);
+
+    const int m_descriptor;
+    const QString m_path; ///< for error values only
+    std::optional<FileInfo> m_atOpening;
+};
+
+/// The second half of PosixFile::takeMetadata (metadata_posix.cpp): both are open descriptors, path
+/// is the one of to.
+Result<void> copyMetadata(int from, int to, const QString &path);
+
+} // namespace ravlin::platform

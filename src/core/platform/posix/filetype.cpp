@@ -1,0 +1,143 @@
+#include "core/platform/filetype.h"
+
+#include "core/platform/filesystem.h"
+#include "core/storage/leftovers.h"
+
+#include <QDir>
+#include <QFile>
+#include <QMimeDatabase>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace ravlin::platform {
+namespace {
+
+tl::unexpected<Error> failure(ErrorCode code, const QString &path, const QString &detail)
+{
+    return tl::unexpected(Error{code, path, detail});
+}
+
+bool isPlainCharacter(QChar c)
+{
+    return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || (c >= u'0' && c <= u'9') || c == u'-' || c == u'_' ||
+           c == u'.';
+}
+
+bool isClassName(const QString &name)
+{
+    return !name.isEmpty() && !name.startsWith(u'.') && std::all_of(name.begin(), name.end(), isPlainCharacter);
+}
+
+bool hasControlCharacter(const QString &text)
+{
+    return std::any_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x20 || c.unicode() == 0x7f; });
+}
+
+/// The value of a desktop entry's key: backslashes are doubled.
+QByteArray entryValue(QByteArray text)
+{
+    return text.replace('\\', "\\\\");
+}
+
+/// A program's path in a desktop entry's command line: quoted, and what quotes do not cover escaped.
+QByteArray quotedProgram(const QString &path)
+{
+    QByteArray quoted = "\"";
+    for (const char byte : encodePath(path)) {
+        if (byte == '"' || byte == '`' || byte == '$' || byte == '\\')
+            quoted += '\\';
+        quoted += byte;
+        if (byte == '%')
+            quoted += byte;
+    }
+    return entryValue(quoted + '"');
+}
+
+/// Complete under its name or not at all; a symbolic link stays one.
+Result<void> writeSafely(const QString &path, const QByteArray &content)
+{
+    if (!QDir().mkpath(folderOf(path)))
+        return failure(ErrorCode::AccessDenied, folderOf(path), QStringLiteral("the folder can't be made"));
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit())
+        return failure(ErrorCode::Io, path, file.errorString());
+    return {};
+}
+
+QByteArray desktopEntry(const FileType &type, const QByteArray &kind)
+{
+    const QString name = type.description.isEmpty() ? type.className : type.description;
+    return "[Desktop Entry]\nType=Application\nName=" + entryValue(name.toUtf8()) +
+           "\nExec=" + quotedProgram(type.programPath) + " %f\nMimeType=" + kind +
+           ";\nTerminal=false\nNoDisplay=true\n";
+}
+
+/// The user's choices with one set; all other lines stay as they are.
+QByteArray withDefault(const QByteArray &choices, const QByteArray &kind, const QByteArray &entry)
+{
+    static constexpr char Group[] = "[Default Applications]";
+    const QByteArray chosen = kind + '=' + entry + ';';
+    QList<QByteArray> lines = choices.isEmpty() ? QList<QByteArray>() : choices.split('\n');
+    if (!lines.isEmpty() && lines.back().isEmpty())
+        lines.removeLast();
+    const auto isGroup = [](const QByteArray &line) { return line.trimmed() == Group; };
+    auto group = std::find_if(lines.begin(), lines.end(), isGroup);
+    if (group == lines.end()) {
+        lines.append(Group);
+        lines.append(chosen);
+        return lines.join('\n') + '\n';
+    }
+    const auto end = std::find_if(group + 1, lines.end(), [](const QByteArray &line) { return line.startsWith('['); });
+    const auto present = std::find_if(group + 1, end,
+        [&](const QByteArray &line) { return line.left(std::max<qsizetype>(line.indexOf('='), 0)).trimmed() == kind; });
+    if (present != end)
+        *present = chosen;
+    else
+        lines.insert(group + 1, chosen);
+    return lines.join('\n') + '\n';
+}
+
+Result<void> chooseDefault(const QByteArray &kind, const QByteArray &entry)
+{
+    const QString path = inFolder(
+        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation), QStringLiteral("mimeapps.list"));
+    QFile file(path);
+    QByteArray choices;
+    if (file.exists()) {
+        if (!file.open(QIODevice::ReadOnly))
+            return failure(ErrorCode::AccessDenied, path, file.errorString());
+        choices = file.readAll();
+        if (file.error() != QFileDevice::NoError)
+            return failure(ErrorCode::Io, path, file.errorString());
+    }
+    const QByteArray wanted = withDefault(choices, kind, entry);
+    return wanted == choices ? Result<void>() : writeSafely(path, wanted);
+}
+
+} // namespace
+
+Result<void> makeFileDefault(const FileType &type)
+{
+    if (!isClassName(type.className))
+        return failure(ErrorCode::InvalidArgument, type.className, QStringLiteral("not a class name"));
+    if (type.programPath.isEmpty() || hasControlCharacter(type.programPath) || hasControlCharacter(type.description))
+        return failure(ErrorCode::InvalidArgument, type.programPath, QStringLiteral("not a program's path"));
+    const QString extension = type.extension.startsWith(u'.') ? type.extension : u'.' + type.extension;
+    if (extension.size() < 2 || extension.contains(Separator))
+        return failure(ErrorCode::InvalidArgument, type.extension, QStringLiteral("not an extension"));
+    const QList<QMimeType> kinds = QMimeDatabase().mimeTypesForFileName(QStringLiteral("x") + extension);
+    if (kinds.isEmpty())
+        return failure(ErrorCode::Unsupported, extension, QStringLiteral("the system knows no such kind of file"));
+
+    const QByteArray kind = kinds.front().name().toLatin1();
+    const QString entry = type.className + QStringLiteral(".desktop");
+    const QString folder =
+        inFolder(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation), QStringLiteral("applications"));
+    return writeSafely(inFolder(folder, entry), desktopEntry(type, kind)).and_then([&] {
+        return chooseDefault(kind, entry.toLatin1());
+    });
+}
+
+} // namespace ravlin::platform

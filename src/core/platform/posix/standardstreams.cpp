@@ -1,0 +1,88 @@
+#include "core/platform/standardstreams.h"
+
+#include "core/platform/posix/systemerror.h"
+#include "core/platform/filesystem.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <csignal>
+#include <cwchar>
+
+namespace ravlin::platform {
+namespace {
+
+int descriptorOf(StandardStream stream)
+{
+    return stream == StandardStream::Output ? STDOUT_FILENO : STDERR_FILENO;
+}
+
+/// Waits until a stream that somebody else has made non-blocking takes bytes again.
+void waitUntilWritable(int descriptor)
+{
+    constexpr int ForEver = -1;
+    pollfd request{descriptor, POLLOUT, 0};
+    uninterrupted([&request] { return ::poll(&request, 1, ForEver); });
+}
+
+} // namespace
+
+QStringList programArguments(int argc, char **argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments += decodePath(QByteArray(argv[i]));
+    return arguments;
+}
+
+QString commandLineText(int argc, char **argv)
+{
+    return argc > 1 ? decodePath(QByteArray(argv[1])) : QString();
+}
+
+void prepareStandardStreams()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    // open() takes the lowest free number. Opened for reading only, so that writing still fails as it should.
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (::fcntl(descriptor, F_GETFD) == -1 && errno == EBADF && ::open("/dev/null", O_RDONLY) != descriptor)
+            return;
+    }
+    // For displayWidth: the language does not matter, that characters are Unicode does.
+    if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr)
+        std::setlocale(LC_CTYPE, "");
+}
+
+bool isTerminal(StandardStream stream)
+{
+    return ::isatty(descriptorOf(stream)) == 1;
+}
+
+int displayWidth(char32_t character)
+{
+    static_assert(sizeof(wchar_t) == sizeof(char32_t), "wchar_t holds any character");
+    return ::wcwidth(static_cast<wchar_t>(character));
+}
+
+Result<bool> writeTo(StandardStream stream, QByteArrayView bytes)
+{
+    const int descriptor = descriptorOf(stream);
+    while (!bytes.isEmpty()) {
+        const ssize_t written =
+            uninterrupted([&] { return ::write(descriptor, bytes.data(), static_cast<size_t>(bytes.size())); });
+        if (written >= 0) {
+            bytes = bytes.sliced(written);
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            waitUntilWritable(descriptor);
+        } else if (errno == EPIPE) {
+            return false;
+        } else {
+            return systemError(errno, {}, "write");
+        }
+    }
+    return true;
+}
+
+} // namespace ravlin::platform

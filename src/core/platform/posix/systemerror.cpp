@@ -1,0 +1,55 @@
+#include "core/platform/posix/systemerror.h"
+
+#include <system_error>
+
+namespace ravlin::platform {
+namespace {
+
+ErrorCode codeFor(int number)
+{
+    switch (number) {
+    case ENOENT:
+    case ENOTDIR:
+        return ErrorCode::NotFound;
+    case EISDIR:
+    case ELOOP:
+    case ENXIO:
+    case ENODEV:
+        return ErrorCode::NotAFile;
+    case EACCES:
+    case EPERM:
+    case ETXTBSY:
+        return ErrorCode::AccessDenied;
+    case EROFS:
+        return ErrorCode::ReadOnly;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG: // the user's limit on file sizes: a quota by another name
+        return ErrorCode::NoSpace;
+    case EEXIST:
+    case ENOTEMPTY:
+        return ErrorCode::AlreadyExists;
+    case EINVAL:
+    case ENAMETOOLONG:
+        return ErrorCode::InvalidArgument;
+    case EXDEV:
+    case ENOSYS:
+    case ENOLCK:
+    case EOPNOTSUPP:
+        return ErrorCode::Unsupported;
+    default:
+        return ErrorCode::Io;
+    }
+}
+
+} // namespace
+
+tl::unexpected<Error> systemError(int number, const QString &path, const char *call)
+{
+    // std::generic_category instead of strerror, which threads must not share.
+    const std::string text = std::generic_category().message(number);
+    return tl::unexpected(
+        Error{codeFor(number), path, QString::fromLatin1(call) + QStringLiteral(": ") + QString::fromStdString(text)});
+}
+
+} // namespace ravlin::platform

@@ -1,0 +1,166 @@
+#include "core/platform/windows/file.h"
+
+#include <algorithm>
+
+#include <winioctl.h>
+
+namespace ravlin::platform {
+namespace {
+
+constexpr qint64 HundredNanoseconds = 100;
+constexpr qint64 EpochDifference = 116'444'736'000'000'000; ///< from 1601 to 1970 in steps of 100 ns
+constexpr qint64 CopyBufferSize = 1024 * 1024;
+constexpr size_t LargestTransfer = 0x4000'0000; ///< bytes in one call, which counts them in 32 bits
+constexpr unsigned HalfBits = 32;
+/// Where the lock lies: beyond the end of any file, since the system keeps others from reading and writing there.
+constexpr DWORD LockOffsetHigh = 0x7fff'fff0;
+
+OVERLAPPED position(qint64 offset)
+{
+    OVERLAPPED place{};
+    place.Offset = static_cast<DWORD>(static_cast<quint64>(offset));
+    place.OffsetHigh = static_cast<DWORD>(static_cast<quint64>(offset) >> HalfBits);
+    return place;
+}
+
+} // namespace
+
+WindowsFile::WindowsFile(Handle handle, QString path, const FileInfo &atOpening)
+    : m_handle(std::move(handle)), m_path(std::move(path)), m_atOpening(atOpening)
+{
+}
+
+Result<qint64> WindowsFile::readAt(std::span<char> buffer, qint64 offset)
+{
+    m_atOpening.reset();
+    size_t done = 0;
+    while (done < buffer.size()) {
+        OVERLAPPED place = position(offset + static_cast<qint64>(done));
+        const auto wanted = static_cast<DWORD>(std::min(buffer.size() - done, LargestTransfer));
+        DWORD got = 0;
+        if (!::ReadFile(m_handle.get(), buffer.data() + done, wanted, &got, &place)) {
+            if (::GetLastError() == ERROR_HANDLE_EOF)
+                break;
+            return lastError(m_path, "ReadFile");
+        }
+        if (got == 0)
+            break;
+        done += got;
+    }
+    return static_cast<qint64>(done);
+}
+
+Result<qint64> WindowsFile::writeAt(std::span<const char> bytes, qint64 offset)
+{
+    m_atOpening.reset();
+    if (bytes.empty())
+        return 0;
+    OVERLAPPED place = position(offset);
+    const auto wanted = static_cast<DWORD>(std::min(bytes.size(), LargestTransfer));
+    DWORD written = 0;
+    if (!::WriteFile(m_handle.get(), bytes.data(), wanted, &written, &place))
+        return lastError(m_path, "WriteFile");
+    if (written == 0)
+        return systemError(ERROR_WRITE_FAULT, m_path, "WriteFile");
+    return written;
+}
+
+Result<void> WindowsFile::truncate(qint64 size)
+{
+    m_atOpening.reset();
+    FILE_END_OF_FILE_INFO end{};
+    end.EndOfFile.QuadPart = size;
+    if (!::SetFileInformationByHandle(m_handle.get(), FileEndOfFileInfo, &end, sizeof end))
+        return lastError(m_path, "SetFileInformationByHandle");
+    return {};
+}
+
+Result<void> WindowsFile::sync()
+{
+    if (!::FlushFileBuffers(m_handle.get()))
+        return lastError(m_path, "FlushFileBuffers");
+    return {};
+}
+
+Result<FileInfo> WindowsFile::info()
+{
+    if (m_atOpening) {
+        const FileInfo atOpening = *m_atOpening;
+        m_atOpening.reset();
+        return atOpening;
+    }
+    return infoOf(m_handle.get(), m_path);
+}
+
+Result<qint64> WindowsFile::copyFrom(File &source, qint64 sourceOffset, qint64 offset, qint64 length)
+{
+    m_atOpening.reset();
+    const qint64 wanted = std::clamp<qint64>(length, 0, CopyBufferSize);
+    const auto buffer = std::make_unique_for_overwrite<char[]>(static_cast<size_t>(wanted));
+    const auto got = source.readAt({buffer.get(), static_cast<size_t>(wanted)}, sourceOffset);
+    if (!got || *got == 0)
+        return got;
+    return writeAt({buffer.get(), static_cast<size_t>(*got)}, offset);
+}
+
+Result<void> WindowsFile::takeMetadata(File &source)
+{
+    m_atOpening.reset();
+    const auto *const native = dynamic_cast<WindowsFile *>(&source);
+    if (native == nullptr)
+        return systemError(ERROR_INVALID_PARAMETER, m_path, "takeMetadata");
+    return copyStreams(native->m_path, m_path)
+        .and_then([&] { return copyAccessList(native->m_handle.get(), m_handle.get(), m_path); })
+        .and_then([&] { return copyBasics(native->m_handle.get(), m_handle.get(), TakeTimes::Creation, m_path); });
+}
+
+Result<void> WindowsFile::setModified(qint64 nanoseconds)
+{
+    m_atOpening.reset();
+    FILE_BASIC_INFO basic{}; // zero leaves a time, or the attributes, as they are
+    basic.LastWriteTime.QuadPart = nanoseconds / HundredNanoseconds + EpochDifference;
+    if (!::SetFileInformationByHandle(m_handle.get(), FileBasicInfo, &basic, sizeof basic))
+        return lastError(m_path, "SetFileInformationByHandle");
+    return {};
+}
+
+Result<bool> WindowsFile::tryLock()
+{
+    OVERLAPPED place{};
+    place.OffsetHigh = LockOffsetHigh;
+    if (::LockFileEx(m_handle.get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place))
+        return true;
+    const DWORD number = ::GetLastError();
+    if (number == ERROR_LOCK_VIOLATION || number == ERROR_IO_PENDING)
+        return false;
+    return systemError(number, m_path, "LockFileEx");
+}
+
+Result<std::unique_ptr<File>> openPlainFile(const QString &path, OpenMode mode, LinkAtEnd link)
+{
+    const NativePath native(path);
+    if (!native.isValid())
+        return systemError(ERROR_INVALID_NAME, path, "CreateFileW");
+    const DWORD access = mode == OpenMode::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
+    if (link == LinkAtEnd::Refuse) {
+        const Handle looked = openExisting(native, FILE_READ_ATTRIBUTES, FILE_FLAG_OPEN_REPARSE_POINT);
+        if (looked && isLink(looked.get()))
+            return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("a link")});
+    }
+    Handle handle = openExisting(native, access);
+    if (!handle) {
+        const DWORD number = ::GetLastError();
+        // A folder can't be opened for writing, and some not for reading: it is a folder all the same.
+        const Handle looked = openExisting(native, FILE_READ_ATTRIBUTES);
+        const auto info = looked ? infoOf(looked.get(), path) : lastError(path, "CreateFileW");
+        if (info && info->isFolder)
+            return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a plain file")});
+        return systemError(number, path, "CreateFileW");
+    }
+    const auto info = infoOf(handle.get(), path);
+    if (!info || !info->isFile)
+        return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a plain file")});
+    return std::make_unique<WindowsFile>(std::move(handle), path, *info);
+}
+
+} // namespace ravlin::platform

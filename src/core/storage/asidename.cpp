@@ -1,0 +1,106 @@
+#include "core/storage/asidename.h"
+
+#include "core/platform/namecheck.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+
+namespace ravlin {
+
+namespace {
+
+constexpr QStringView Opening = u" (ravlin-";
+constexpr qsizetype HexDigits = 16; ///< of 64 bits
+constexpr qsizetype MarkSize = Opening.size() + HexDigits + 1;
+
+bool isHexDigit(QChar c)
+{
+    return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f');
+}
+
+/// Where the extension starts, dot included: only a short one counts, for folders have full stops anywhere.
+qsizetype extensionStart(QStringView name)
+{
+    return name.endsWith(u".mp3", Qt::CaseInsensitive) ? name.size() - 4 : name.size();
+}
+
+/// The path of a file that got its former name back, or another that is like it.
+std::optional<QString> bringBack(
+    platform::FileSystem &fileSystem, const QString &folder, const QString &name, const QString &former)
+{
+    const QString path = folder + name;
+    if (const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read)) {
+        // Held until the file has its name, so that two programs don't both bring it back.
+        const Result<bool> locked = (*file)->tryLock();
+        if (locked && !*locked)
+            return std::nullopt;
+    }
+    constexpr int LastNumber = 1000;
+    const auto kind =
+        former.endsWith(u".mp3", Qt::CaseInsensitive) ? platform::NameKind::File : platform::NameKind::Folder;
+    for (int number = 1; number <= LastNumber; ++number) {
+        const QString wanted = number == 1 ? former : platform::numberedName(former, number, kind);
+        const Result<void> renamed = fileSystem.renameNew(path, folder + wanted);
+        if (renamed)
+            return folder + wanted;
+        if (renamed.error().code != ErrorCode::AlreadyExists)
+            break;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+QString asideName(const QString &name, quint64 number)
+{
+    const qsizetype extension = extensionStart(name);
+    const QString digits = QString::number(number, 16).rightJustified(HexDigits, u'0');
+    const QString end = Opening.toString() + digits + u')' + name.sliced(extension);
+    return platform::shortened(name.first(extension), platform::MaxNameLength - platform::nameLength(end)) + end;
+}
+
+std::optional<QString> nameBeforeAside(const QString &name)
+{
+    const qsizetype extension = extensionStart(name);
+    if (extension <= MarkSize || name.at(extension - 1) != u')')
+        return std::nullopt;
+    const QStringView mark = QStringView(name).sliced(extension - MarkSize, MarkSize);
+    const QStringView digits = mark.sliced(Opening.size(), HexDigits);
+    if (!mark.startsWith(Opening) || !mark.endsWith(u')') || !std::all_of(digits.begin(), digits.end(), isHexDigit))
+        return std::nullopt;
+    return name.first(extension - MarkSize) + name.sliced(extension);
+}
+
+QString asidePath(const QString &path)
+{
+    const qsizetype nameStart = path.lastIndexOf(platform::Separator) + 1;
+    return path.first(nameStart) + asideName(path.sliced(nameStart), QRandomGenerator::system()->generate64());
+}
+
+std::unique_ptr<platform::File> lockAside(platform::FileSystem &fileSystem, const QString &path)
+{
+    Result<std::unique_ptr<platform::File>> file = fileSystem.openUnlinked(path, platform::OpenMode::Read);
+    if (!file || !(*file)->tryLock().value_or(false))
+        return nullptr;
+    return std::move(*file);
+}
+
+Result<std::vector<std::pair<QString, QString>>> bringBackAside(platform::FileSystem &fileSystem, const QString &folder)
+{
+    const Result<std::vector<QString>> names = fileSystem.names(folder);
+    if (!names)
+        return tl::unexpected(names.error());
+    const QString prefix = folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
+    std::vector<std::pair<QString, QString>> done;
+    for (const QString &name : *names) {
+        const std::optional<QString> former = nameBeforeAside(name);
+        if (!former)
+            continue;
+        if (const std::optional<QString> path = bringBack(fileSystem, prefix, name, *former))
+            done.emplace_back(prefix + name, *path);
+    }
+    return done;
+}
+
+} // namespace ravlin

@@ -1,0 +1,122 @@
+#include "core/storage/copyfile.h"
+
+#include "core/platform/fileio.h"
+#include "core/platform/nodes.h"
+
+#include <algorithm>
+
+namespace ravlin::platform {
+namespace {
+
+constexpr qint64 Step = 4 * 1024 * 1024; ///< between two looks whether to stop
+constexpr qint64 EndLength = 64 * 1024;
+
+tl::unexpected<Error> failure(ErrorCode code, const QString &path, const QString &detail)
+{
+    return tl::unexpected(Error{code, path, detail});
+}
+
+bool isSameState(const FileInfo &one, const FileInfo &other)
+{
+    return one.size == other.size && one.modified == other.modified && one.changed == other.changed;
+}
+
+Error withPath(Error error, const QString &path)
+{
+    if (error.path.isEmpty())
+        error.path = path;
+    return error;
+}
+
+} // namespace
+
+FileCopy::FileCopy(QString from, std::unique_ptr<File> source, FileInfo before, TemporaryFile temporary)
+    : m_from(std::move(from)), m_source(std::move(source)), m_before(before), m_temporary(std::move(temporary))
+{
+}
+
+Result<FileCopy> FileCopy::prepare(
+    FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch)
+{
+    auto source = fileSystem.openUnlinked(from, OpenMode::Read);
+    if (!source)
+        return tl::unexpected(source.error());
+    const auto before = (*source)->info();
+    if (!before)
+        return tl::unexpected(withPath(before.error(), from));
+    auto temporary = TemporaryFile::create(fileSystem, folder);
+    if (!temporary)
+        return tl::unexpected(temporary.error());
+    FileCopy copy(from, std::move(*source), *before, std::move(*temporary));
+    if (const auto filled = copy.fill(watch); !filled)
+        return tl::unexpected(withPath(filled.error(), from));
+    return copy;
+}
+
+Result<void> FileCopy::fill(const CopyWatch &watch)
+{
+    for (qint64 done = 0; done < m_before.size;) {
+        if (watch.stop.stop_requested())
+            return failure(ErrorCode::Cancelled, m_from, QStringLiteral("stopped"));
+        const qint64 length = std::min(Step, m_before.size - done);
+        if (auto copied = copyAll(*m_source, done, m_temporary.file(), done, length); !copied)
+            return copied;
+        done += length;
+        if (watch.advanced)
+            watch.advanced(length);
+    }
+    return takeAttributes(m_from, m_temporary.path()).map([&] {
+        // Windows sets the time anew when the handle that has written is closed, unless that was given it too.
+        static_cast<void>(m_temporary.file().setModified(m_before.modified));
+    });
+}
+
+Result<void> FileCopy::secure(CopyCheck check)
+{
+    auto secured = m_temporary.file().sync().and_then([&] { return compare(check); });
+    if (!secured)
+        return tl::unexpected(withPath(secured.error(), m_from));
+    return {};
+}
+
+Result<void> FileCopy::compare(CopyCheck check)
+{
+    const auto now = m_source->info();
+    if (!now)
+        return tl::unexpected(now.error());
+    // One more look by path: the file that bears the name is the one that may be deleted.
+    const auto named = nodeAt(m_from);
+    if (!named)
+        return tl::unexpected(named.error());
+    if (!isSameState(*now, m_before) || named->info.inode != now->inode || named->info.device != now->device)
+        return failure(
+            ErrorCode::ChangedMeanwhile, m_from, QStringLiteral("the source was changed while it was copied"));
+    const auto made = m_temporary.file().info();
+    if (!made)
+        return tl::unexpected(made.error());
+
+    Result<bool> same = made->size == m_before.size;
+    if (check == CopyCheck::Everything) {
+        forgetCached(m_temporary.path());
+        if (*same)
+            same = sameBytes(*m_source, 0, m_temporary.file(), 0, m_before.size);
+    } else if (*same) {
+        const qint64 length = std::min(EndLength, m_before.size);
+        const qint64 tail = m_before.size - length;
+        same = sameBytes(*m_source, 0, m_temporary.file(), 0, length);
+        if (same && *same)
+            same = sameBytes(*m_source, tail, m_temporary.file(), tail, length);
+    }
+    if (!same)
+        return tl::unexpected(same.error());
+    if (!*same)
+        return failure(ErrorCode::VerifyFailed, m_from, QStringLiteral("the copy reads back differently"));
+    return {};
+}
+
+Result<void> FileCopy::place(const QString &to, Placing placing)
+{
+    return placing == Placing::New ? m_temporary.moveToNew(to) : m_temporary.moveTo(to);
+}
+
+} // namespace ravlin::platform

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "core/platform/filesystem.h"
+#include "core/storage/leftovers.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+
+namespace ravlin::platform {
+
+/// What a copy tells while bytes are moved, and what ends it.
+struct CopyWatch
+{
+    std::function<void(qint64 bytes)> advanced = {}; ///< that many more; on the copying thread
+    std::stop_token stop = {};
+};
+
+/// Whether all of a copy is compared with its source once it is on the disk, or its two ends.
+enum class CopyCheck
+{
+    Ends,
+    Everything ///< for a source that is to be deleted
+};
+
+enum class Placing
+{
+    New,      ///< AlreadyExists when the name is taken
+    InPlaceOf ///< takes the place of the file or link of that name, in one step
+};
+
+/// A file on its way to another place: the content goes into a temporary file of the folder meant, which is synced,
+/// compared and only then given the final name. Under that name the copy is complete or absent, whatever happens; a
+/// killed program leaves a file that isTemporaryName knows and cleanLeftovers removes.
+///
+/// Blocks are shared with the source on file systems that can. Attributes and times go with the content, as far as the
+/// target's file system keeps them.
+class FileCopy
+{
+public:
+    /// Copies the content and the attributes. A symbolic link at from is NotAFile. Errors: Cancelled, ChangedMeanwhile
+    /// (the source), NoSpace and those of reading and writing; nothing is left then.
+    static Result<FileCopy> prepare(
+        FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch);
+
+    /// Waits until the copy is on the disk and compares it with the source. May run on another thread than prepare.
+    Result<void> secure(CopyCheck check);
+    /// Gives the copy its final name; to lies in the folder that prepare was told. Only after secure.
+    Result<void> place(const QString &to, Placing placing);
+
+private:
+    FileCopy(QString from, std::unique_ptr<File> source, FileInfo before, TemporaryFile temporary);
+    Result<void> fill(const CopyWatch &watch);
+    Result<void> compare(CopyCheck check);
+
+    QString m_from;
+    std::unique_ptr<File> m_source;
+    FileInfo m_before; ///< of the source when it was opened
+    TemporaryFile m_temporary;
+};
+
+} // namespace ravlin::platform

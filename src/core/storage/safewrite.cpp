@@ -1,0 +1,255 @@
+#include "core/storage/safewrite.h"
+
+#include "core/platform/fileio.h"
+#include "core/storage/leftovers.h"
+#include "core/storage/redofile.h"
+#include "core/storage/writeplan.h"
+
+#include <optional>
+
+namespace ravlin::platform {
+namespace {
+
+tl::unexpected<Error> failure(ErrorCode code, const QString &detail)
+{
+    return tl::unexpected(Error{code, {}, detail});
+}
+
+bool isSameState(const FileInfo &one, const FileInfo &other)
+{
+    return one.size == other.size && one.modified == other.modified && one.inode == other.inode &&
+           one.device == other.device;
+}
+
+Result<FileInfo> expectState(const Result<FileInfo> &now, const FileInfo &before)
+{
+    if (now && !isSameState(*now, before))
+        return failure(ErrorCode::ChangedMeanwhile, QStringLiteral("the file was changed since it was read"));
+    return now;
+}
+
+/// The file to be rewritten. It may be open for reading only as long as it is not known whether
+/// anything is to be written: to find that out must work on read-only files too.
+struct Original
+{
+    std::unique_ptr<File> file;
+    FileInfo info;
+    bool isWritable = false;      ///< open for writing
+    std::optional<Error> refusal; ///< why it could not be opened for writing
+};
+
+Result<Original> openAs(FileSystem &fileSystem, const QString &path, OpenMode mode, const FileInfo &before)
+{
+    auto file = fileSystem.open(path, mode);
+    if (!file)
+        return tl::unexpected(file.error());
+    const auto info = expectState((*file)->info(), before);
+    if (!info)
+        return tl::unexpected(info.error());
+    return Original{std::move(*file), *info, mode == OpenMode::ReadWrite, std::nullopt};
+}
+
+Result<Original> openOriginal(FileSystem &fileSystem, const QString &path, const FileInfo &before)
+{
+    if (before.isReadOnly())
+        return openAs(fileSystem, path, OpenMode::Read, before);
+    auto original = openAs(fileSystem, path, OpenMode::ReadWrite, before);
+    if (original)
+        return original;
+    const Error refusal = original.error();
+    if (refusal.code != ErrorCode::AccessDenied && refusal.code != ErrorCode::ReadOnly)
+        return original;
+    original = openAs(fileSystem, path, OpenMode::Read, before);
+    if (original)
+        original->refusal = refusal;
+    return original;
+}
+
+/// Opens the original for writing if it is not; deals with the read-only attribute.
+Result<void> makeWritable(FileSystem &fileSystem, const QString &path, Original &original, const WriteOptions &options)
+{
+    if (original.info.isReadOnly()) {
+        if (options.readOnlyFile == ReadOnlyFile::Refuse)
+            return failure(ErrorCode::ReadOnly, QStringLiteral("the file is read-only"));
+        constexpr quint32 OwnerMayWrite = 0200;
+        const auto permitted = fileSystem.setPermissions(path, original.info.permissions | OwnerMayWrite);
+        if (!permitted)
+            return permitted;
+    } else if (original.isWritable) {
+        return {};
+    } else if (original.refusal) {
+        return tl::unexpected(*original.refusal);
+    }
+    auto reopened = openAs(fileSystem, path, OpenMode::ReadWrite, original.info);
+    if (!reopened)
+        return tl::unexpected(reopened.error());
+    original = std::move(*reopened);
+    return {};
+}
+
+/// The time is a courtesy: that it may not be set is no reason to undo a save that worked.
+void restoreModified(File &file, const FileInfo &before, const WriteOptions &options)
+{
+    if (options.keepModified)
+        static_cast<void>(file.setModified(before.modified));
+}
+
+/// The one write of an in-place change, taken back when it fails.
+Result<void> writeBlock(File &file, const FileInfo &before, const Change &change)
+{
+    auto written = writeAll(file, change.newBytes, change.offset);
+    if (written) {
+        const auto same = sameBytes(file, change.offset, change.newBytes);
+        if (same && *same)
+            return {};
+        written = same ? failure(ErrorCode::VerifyFailed, QStringLiteral("what was written reads back differently"))
+                       : tl::unexpected(same.error());
+    }
+    const auto undone =
+        change.oldBytes.isEmpty() ? file.truncate(before.size) : writeAll(file, change.oldBytes, change.offset);
+    if (!undone)
+        written.error().detail += QStringLiteral("; undoing it failed: ") + undone.error().detail;
+    else
+        static_cast<void>(file.setModified(before.modified)); // a courtesy only
+    return written;
+}
+
+/// Everything that makes the new file ready to take the place of the original.
+Result<void> prepareReplacement(
+    TemporaryFile &temporary, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
+{
+    File &file = temporary.file();
+    return writeContent(file, 0, target.file, content)
+        .and_then([&] { return file.takeMetadata(target.file); })
+        .and_then([&] {
+            restoreModified(file, target.info, options);
+            return file.sync();
+        })
+        .and_then([&] { return file.info(); })
+        .and_then([&](const FileInfo &info) -> Result<bool> {
+            if (info.size != content.size)
+                return false;
+            return holdsContent(file, 0, target.file, content);
+        })
+        .and_then([](bool same) -> Result<void> {
+            if (!same)
+                return failure(ErrorCode::VerifyFailed, QStringLiteral("the new file reads back differently"));
+            return {};
+        });
+}
+
+/// Whether a new file can be given the original's owner; asked before anything is copied.
+Result<bool> canTakeOwner(TemporaryFile &temporary, const RewriteTarget &target)
+{
+    if (temporary.info().owner == target.info.owner && temporary.info().group == target.info.group)
+        return true;
+    const auto taken = temporary.file().takeMetadata(target.file);
+    if (!taken && taken.error().code != ErrorCode::AccessDenied)
+        return tl::unexpected(taken.error());
+    return taken.has_value();
+}
+
+/// False, with nothing done, when the new file could not be given the original's owner. The original is closed before
+/// it is replaced: some of Windows' file systems refuse that to an open file.
+Result<bool> tryReplace(FileSystem &fileSystem, const RewriteTarget &target, std::unique_ptr<File> &original,
+    const NewContent &content, const WriteOptions &options)
+{
+    auto temporary = TemporaryFile::create(fileSystem, folderOf(target.path));
+    if (!temporary)
+        return tl::unexpected(temporary.error());
+    if (const auto can = canTakeOwner(*temporary, target); !can || !*can)
+        return can;
+    const auto prepared = prepareReplacement(*temporary, target, content, options);
+    if (!prepared)
+        return tl::unexpected(prepared.error());
+    // By path: what bears the name now is what would be lost.
+    const auto now = expectState(fileSystem.info(target.path), target.info);
+    if (!now)
+        return tl::unexpected(now.error());
+    original.reset();
+    // The folder is not synced: after a power cut it names the old file or the new one, both of
+    // them whole.
+    return temporary->moveTo(target.path).map([] { return true; });
+}
+
+Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path, Original &original,
+    const NewContent &content, const WriteOptions &options)
+{
+    const auto canonical = fileSystem.canonicalPath(path);
+    if (!canonical)
+        return tl::unexpected(canonical.error());
+    const RewriteTarget target{*canonical, *original.file, original.info};
+    if (original.info.linkCount <= 1) {
+        const auto replaced = tryReplace(fileSystem, target, original.file, content, options);
+        if (!replaced)
+            return tl::unexpected(replaced.error());
+        if (*replaced)
+            return WriteOutcome::Replaced;
+    }
+    return rewriteUnderRedo(fileSystem, target, content, options).map([] { return WriteOutcome::Rewritten; });
+}
+
+Result<WriteOutcome> rewrite(FileSystem &fileSystem, const QString &path, const FileInfo &before,
+    const std::vector<Segment> &segments, const WriteOptions &options)
+{
+    const auto content = makeContent(segments, before.size);
+    if (!content)
+        return tl::unexpected(content.error());
+    auto original = openOriginal(fileSystem, path, before);
+    if (!original)
+        return tl::unexpected(original.error());
+    const auto change = findChange(*original->file, before.size, *content);
+    if (!change)
+        return tl::unexpected(change.error());
+    if (change->kind == Change::None)
+        return WriteOutcome::Unchanged;
+
+    if (auto opened = makeWritable(fileSystem, path, *original, options); !opened)
+        return tl::unexpected(opened.error());
+    File &file = *original->file;
+    if (change->kind == Change::Elsewhere)
+        return writeElsewhere(fileSystem, path, *original, *content, options);
+    const auto written =
+        change->kind == Change::Cut ? file.truncate(content->size) : writeBlock(file, original->info, *change);
+    if (!written)
+        return tl::unexpected(written.error());
+    restoreModified(file, original->info, options);
+    return WriteOutcome::InPlace;
+}
+
+} // namespace
+
+Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, const FileInfo &before,
+    const std::vector<Segment> &segments, const WriteOptions &options)
+{
+    auto outcome = rewrite(fileSystem, path, before, segments, options);
+    if (!outcome && outcome.error().path.isEmpty())
+        outcome.error().path = path;
+    return outcome;
+}
+
+bool mayNeedRecovery(FileSystem &fileSystem, const FileInfo &info)
+{
+    // Any other file is replaced instead, for a new one can be given its owner and group.
+    return info.isFile &&
+           (info.linkCount > 1 || info.owner != fileSystem.currentUser() || info.group != fileSystem.currentGroup());
+}
+
+Result<void> recoverFile(FileSystem &fileSystem, const QString &path)
+{
+    const auto info = fileSystem.info(path);
+    if (!info)
+        return tl::unexpected(info.error());
+    if (!mayNeedRecovery(fileSystem, *info))
+        return {};
+    const auto canonical = fileSystem.canonicalPath(path);
+    if (!canonical)
+        return tl::unexpected(canonical.error());
+    const QString redoPath = inFolder(folderOf(*canonical), redoName(info->inode));
+    const auto finished = finishRedo(fileSystem, redoPath, *canonical);
+    if (!finished)
+        return tl::unexpected(finished.error());
+    return {};
+}
+
+} // namespace ravlin::platform

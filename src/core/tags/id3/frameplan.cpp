@@ -1,0 +1,137 @@
+#include "core/tags/id3/frameplan.h"
+
+#include "core/tags/id3/id3values.h"
+
+#include <QtEndian>
+
+#include <array>
+
+namespace ravlin::id3 {
+
+namespace {
+
+constexpr quint16 V24UnsynchronisedFrame = 0x02;
+
+/// The order of the frames of a new tag.
+constexpr std::array<FrameKind, 7> NewFrameOrder{FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album,
+    FrameKind::Year, FrameKind::ContentType, FrameKind::Comment, FrameKind::TrackNumber};
+
+/// True when the frame's value, as the program shows it, is that of the edit.
+bool hasValue(const Frame &frame, const FieldEdit &edit)
+{
+    switch (frame.kind) {
+    case FrameKind::TrackNumber:
+        return trackNumber(frame.text) == edit.number;
+    case FrameKind::ContentType:
+        return genreNumber(frame.text) == edit.number;
+    case FrameKind::Year:
+        return yearOf(frame.text) == edit.text;
+    default:
+        return frame.text == edit.text;
+    }
+}
+
+QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, int majorVersion)
+{
+    switch (kind) {
+    case FrameKind::Comment:
+        return encodeCommentBody(
+            {old ? old->language : QByteArrayLiteral("eng"), old ? old->description : QString(), edit.text},
+            majorVersion);
+    case FrameKind::TrackNumber:
+        return encodeTextBody({trackText(old ? old->text : QString(), edit.number)}, majorVersion);
+    case FrameKind::ContentType:
+        return encodeTextBody({genreText(edit.number, majorVersion)}, majorVersion);
+    default:
+        break;
+    }
+    const bool several = old && old->valueCount > 1 && kind != FrameKind::Year;
+    return encodeTextBody(several ? edit.text.split(ValueSeparator.toString()) : QStringList{edit.text}, majorVersion);
+}
+
+/// A whole frame with that value. Of the frame in whose place it comes the status flags and a comment's language and
+/// description stay.
+Result<QByteArray> buildFrame(FrameKind kind, QByteArray body, const Frame *old, const TagHeader &tag)
+{
+    quint16 flags = old ? old->header.flags & 0xFF00 : 0;
+    if (tag.majorVersion == 4 && (tag.flags & TagHeader::Unsynchronisation) != 0) {
+        body = applyUnsynchronisation({body.constData(), static_cast<size_t>(body.size())});
+        flags |= V24UnsynchronisedFrame;
+    }
+    if (body.size() > (tag.majorVersion == 2 ? (1 << 24) - 1 : MaximumBodySize))
+        return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the text is too long for a frame")});
+
+    const std::string_view id = frameIdentifier(kind, tag.majorVersion);
+    QByteArray frame(id.data(), static_cast<qsizetype>(id.size()));
+    std::array<char, 4> size{};
+    if (tag.majorVersion == 4)
+        writeSyncsafe(size.data(), body.size(), 4);
+    else
+        qToBigEndian(static_cast<quint32>(body.size()), size.data());
+    if (tag.majorVersion == 2) {
+        frame.append(size.data() + 1, 3);
+    } else {
+        frame.append(size.data(), 4);
+        frame += static_cast<char>(flags >> 8);
+        frame += static_cast<char>(flags & 0xFF);
+    }
+    return frame + body;
+}
+
+/// Whether the frame shows already what that body would: not every text can be stored as it is, and one that can't
+/// would else be written anew by each save.
+bool readsAs(const Frame &frame, FrameKind kind, const QByteArray &body)
+{
+    const std::string_view bytes(body.constData(), static_cast<size_t>(body.size()));
+    CommentBody comment;
+    if (kind == FrameKind::Comment)
+        return decodeCommentBody(bytes, comment) && comment.text == frame.text;
+    return decodeTextBody(bytes).text == frame.text;
+}
+
+/// Adds to the plan what one edit does.
+Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, FrameKind kind, const FieldEdit &edit)
+{
+    const Frame *shown = tag ? tag->programFrame(kind) : nullptr;
+    if (!edit.remove && shown && hasValue(*shown, edit))
+        return {};
+    // A track that reads as none ("A1", "0") is not what a removal is about.
+    if (edit.remove && kind == FrameKind::TrackNumber && shown && trackNumber(shown->text) == 0)
+        return {};
+    const QByteArray body = edit.remove ? QByteArray() : frameBody(kind, edit, shown, header.majorVersion);
+    if (!edit.remove && shown && readsAs(*shown, kind, body))
+        return {};
+    if (tag && (edit.remove || kind != FrameKind::Comment)) {
+        for (const Frame &frame : tag->frames()) {
+            if (frame.kind == kind && !frame.isPrivateComment())
+                plan.replaced[&frame] = QByteArray();
+        }
+    }
+    if (edit.remove)
+        return {};
+    Result<QByteArray> frame = buildFrame(kind, body, shown, header);
+    if (!frame)
+        return tl::unexpected(frame.error());
+    if (shown)
+        plan.replaced[shown] = *frame;
+    else
+        plan.appended += *frame;
+    return {};
+}
+
+} // namespace
+
+Result<FramePlan> planFrames(const TagHeader &header, const Tag *tag, const FieldEdits &edits)
+{
+    FramePlan plan;
+    for (const FrameKind kind : NewFrameOrder) {
+        const auto edit = edits.find(kind);
+        if (edit == edits.end())
+            continue;
+        if (Result<void> planned = planEdit(plan, header, tag, kind, edit->second); !planned)
+            return tl::unexpected(planned.error());
+    }
+    return plan;
+}
+
+} // namespace ravlin::id3

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/tags/id3/id3v2.h"
+
+#include <map>
+
+/// What edits of the seven frame kinds make of the frames of an ID3v2 tag. Putting the result into a file is
+/// id3v2writer.h's.
+namespace ravlin::id3 {
+
+/// What becomes of the frames of one kind. Comments that programs keep for themselves are never touched.
+struct FieldEdit
+{
+    bool remove = false;
+    QString text;   ///< the value: title, artist, album, comment, year
+    int number = 0; ///< the value of ContentType (a genre number) and TrackNumber
+
+    bool operator==(const FieldEdit &) const = default;
+};
+
+using FieldEdits = std::map<FrameKind, FieldEdit>;
+
+/// What the edits make of a tag's frames.
+struct FramePlan
+{
+    std::map<const Frame *, QByteArray> replaced; ///< an empty replacement drops the frame
+    QByteArray appended;                          ///< new frames, behind the last one
+
+    bool isEmpty() const { return replaced.empty() && appended.isEmpty(); }
+};
+
+/// The plan for a tag with that header; tag is nullptr for a new one. A value that the tag shows already leaves its
+/// frame as it stands. Errors: TooLarge.
+Result<FramePlan> planFrames(const TagHeader &header, const Tag *tag, const FieldEdits &edits);
+
+} // namespace ravlin::id3

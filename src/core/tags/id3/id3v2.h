@@ -1,0 +1,148 @@
+#pragma once
+
+#include "core/platform/filesystem.h"
+#include "core/tags/id3/bytewindow.h"
+#include "core/tags/id3/framekind.h"
+#include "core/tags/id3/id3text.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <array>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+/// Reading of the ID3v2 tag at the start of a file: ID3v2.2, 2.3 and 2.4 (id3.org: id3v2-00, id3v2.3.0,
+/// id3v2.4.0-structure), with unsynchronisation, extended headers, footers, compressed frames and the common faults of
+/// other programs. The frame directory is kept, the frames' own bytes stay in the file, so that what nobody edits is
+/// never decoded and encoded again. Writing is in id3v2writer.h.
+namespace ravlin::id3 {
+
+inline constexpr qint64 TagHeaderSize = 10;
+/// The largest body that a tag header can tell: 28 bits.
+inline constexpr qint64 MaximumBodySize = (1 << 28) - 1;
+/// Text frames with a larger body are carried along, not read.
+inline constexpr qint64 MaximumTextFrameSize = 1 << 20;
+/// Of the frames of one kind no more than this many bytes are read, decompressed, in one tag; what is beyond is carried
+/// along too. It bounds the memory that many small compressed frames can ask for.
+inline constexpr qint64 MaximumTextSizePerKind = 4 * MaximumTextFrameSize;
+
+struct TagHeader
+{
+    int majorVersion = 3; ///< 2, 3, 4; others exist and are not read
+    quint8 revision = 0;
+    quint8 flags = 0;
+    qint64 bodySize = 0; ///< bytes after the header, without a footer
+
+    static constexpr quint8 Unsynchronisation = 0x80;
+    static constexpr quint8 ExtendedHeader = 0x40; ///< in ID3v2.2: the whole tag is compressed
+    static constexpr quint8 Footer = 0x10;         ///< ID3v2.4
+
+    bool hasFooter() const { return majorVersion == 4 && (flags & Footer) != 0; }
+    /// Header, body and footer, in bytes.
+    qint64 regionSize() const { return TagHeaderSize + bodySize + (hasFooter() ? TagHeaderSize : 0); }
+};
+
+/// True for what can be a frame's identifier, three or four bytes long.
+bool isIdentifier(std::string_view id);
+
+/// Whether those bytes, the next ten of a tag's body or all that are left of it, are what comes behind a frame: another
+/// one, padding, or the end.
+bool canFollowFrame(std::string_view next);
+
+/// The tag header that those bytes (at least ten) are, or nothing.
+std::optional<TagHeader> parseTagHeader(std::string_view bytes);
+
+/// A number of 7 bits a byte (ID3v2.4 structure §6.2), size bytes long; -1 when a top bit is set.
+qint64 readSyncsafe(std::string_view bytes);
+void writeSyncsafe(char *out, qint64 value, int size);
+qint64 readBigEndian(std::string_view bytes);
+
+/// The unsynchronisation scheme (ID3v2.3 §5): a zero byte after each 0xFF that the scheme asks one for.
+QByteArray removeUnsynchronisation(std::string_view bytes);
+QByteArray applyUnsynchronisation(std::string_view bytes);
+
+struct FrameHeader
+{
+    std::array<char, 4> id{};
+    int headerSize = 10; ///< 6 in ID3v2.2
+    qint64 offset = 0;   ///< of the header, from the start of the tag
+    qint64 bodySize = 0;
+    quint16 flags = 0; ///< as stored; their meaning depends on the version
+    /// The size is stored in the form of the other version; what follows the frame tells that.
+    bool hasForeignSize = false;
+
+    std::string_view identifier() const { return {id.data(), headerSize == 6 ? size_t{3} : size_t{4}}; }
+    qint64 size() const { return headerSize + bodySize; }
+};
+
+/// One frame of the directory. Text and comment are there for the kinds that the program edits only.
+struct Frame
+{
+    FrameHeader header;
+    FrameKind kind = FrameKind::Other; ///< Other too for frames that can't be read here (encrypted, damaged, huge)
+    QString text;
+    QString description; ///< comments only
+    QByteArray language; ///< comments only
+    int valueCount = 0;  ///< of a text frame
+
+    /// A comment that a program keeps for itself (gains, gapless data, disc identifiers): no comment to the user.
+    bool isPrivateComment() const;
+};
+
+/// How much of a tag to read.
+enum class Detail
+{
+    ListFields, ///< title, artist, album, year and track; stops as soon as they are known
+    Everything, ///< the whole directory
+};
+
+class Tag
+{
+public:
+    /// Parses the tag at the start of a file, in which it must end by end: the file's size less an ID3v1 tag. Nothing
+    /// when there is none. Errors are those of reading; a damaged tag is no error: what can be read is there and
+    /// isWritable() tells the rest.
+    static Result<std::optional<Tag>> parse(platform::File &file, qint64 end, Detail detail);
+
+    const TagHeader &header() const { return m_header; }
+    const std::vector<Frame> &frames() const { return m_frames; }
+    /// The frame whose value the program shows for that kind: the first one that has a text; among those the comment
+    /// without description and the year frame of the tag's own version come first. nullptr when there is no frame.
+    const Frame *programFrame(FrameKind kind) const;
+
+    /// False when the tag claims more than the file holds, is of an unknown kind or has too many frames: it can't be
+    /// written without loss.
+    bool isWritable() const { return m_writable; }
+    /// True when the frames' offsets are those in the file; false when they are offsets into decoded() because
+    /// the whole tag is unsynchronised.
+    bool isPlain() const { return m_decoded.isEmpty(); }
+    const QByteArray &decoded() const { return m_decoded; }
+    /// Where the extended header (if any) begins and ends, and where the last frame ends: offsets like the frames'.
+    qint64 framesBegin() const { return m_framesBegin; }
+    qint64 framesEnd() const { return m_framesEnd; }
+    /// Where the body ends.
+    qint64 bodyEnd() const { return m_bodyEnd; }
+
+private:
+    bool walk(ByteWindow &window, Detail detail);
+    void walkUnsynchronised(ByteWindow &window, Detail detail);
+    qint64 skipExtendedHeader(ByteWindow &window) const;
+    std::optional<FrameHeader> frameHeaderAt(ByteWindow &window, qint64 offset) const;
+    qint64 frameSize(ByteWindow &window, std::string_view sizeBytes, qint64 bodyOffset) const;
+    bool plausibleFrameStart(ByteWindow &window, qint64 offset) const;
+    void readFrame(ByteWindow &window, Frame &frame, qint64 &room) const;
+    bool frameContent(
+        ByteWindow &window, const FrameHeader &frame, std::string_view &content, QByteArray &scratch) const;
+
+    TagHeader m_header;
+    std::vector<Frame> m_frames;
+    QByteArray m_decoded;
+    qint64 m_framesBegin = TagHeaderSize;
+    qint64 m_framesEnd = TagHeaderSize;
+    qint64 m_bodyEnd = TagHeaderSize;
+    bool m_writable = true;
+};
+
+} // namespace ravlin::id3

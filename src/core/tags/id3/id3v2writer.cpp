@@ -1,0 +1,428 @@
+#include "core/tags/id3/id3v2writer.h"
+
+#include "core/tags/id3/composedcontent.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+
+namespace ravlin::id3 {
+
+using platform::Segment;
+
+namespace {
+
+/// Room left behind the frames of a tag that had to grow, at least, so that the next edits fit.
+constexpr qint64 MinimumFreshPadding = 2048;
+/// The audio keeps its place within a block, so that file systems that share blocks between files can do so.
+constexpr qint64 BlockSize = 4096;
+
+constexpr quint8 V24ExtendedCrc = 0x20;
+
+Error brokenTag()
+{
+    return {ErrorCode::BrokenTag, {}, QStringLiteral("the ID3v2 tag is damaged and can't be written without loss")};
+}
+
+qint64 lengthOf(const std::vector<Segment> &segments)
+{
+    qint64 length = 0;
+    for (const Segment &segment : segments)
+        length += segment.length;
+    return length;
+}
+
+/// The header of a frame that stays, with its size in the form of the tag's version: in the other form it would be read
+/// by what follows, which is going to change.
+QByteArray headerInOwnForm(const FrameHeader &frame, int majorVersion)
+{
+    QByteArray header(frame.id.data(), 4);
+    header.resize(frame.headerSize);
+    if (majorVersion == 4)
+        writeSyncsafe(header.data() + 4, frame.bodySize, 4);
+    else
+        qToBigEndian(static_cast<quint32>(frame.bodySize), header.data() + 4);
+    qToBigEndian(frame.flags, header.data() + 8);
+    return header;
+}
+
+/// The frames after the plan, as pieces of the bytes that the tag's offsets count in.
+std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
+{
+    std::vector<Segment> segments;
+    qint64 keptFrom = tag.framesBegin();
+    const auto keepUpTo = [&](qint64 end) {
+        if (end > keptFrom)
+            segments.push_back(Segment::kept(keptFrom, end - keptFrom));
+    };
+    for (const Frame &frame : tag.frames()) {
+        const auto change = plan.replaced.find(&frame);
+        const bool stays = change == plan.replaced.end();
+        if (stays && !frame.header.hasForeignSize)
+            continue;
+        keepUpTo(frame.header.offset);
+        if (stays) {
+            segments.push_back(Segment::fresh(headerInOwnForm(frame.header, tag.header().majorVersion)));
+            keptFrom = frame.header.offset + frame.header.headerSize;
+            continue;
+        }
+        keptFrom = frame.header.offset + frame.header.size();
+        if (!change->second.isEmpty())
+            segments.push_back(Segment::fresh(change->second));
+    }
+    keepUpTo(tag.framesEnd());
+    if (!plan.appended.isEmpty())
+        segments.push_back(Segment::fresh(plan.appended));
+    return segments;
+}
+
+/// The region of a tag that must grow: room for the content and fresh padding.
+qint64 grownRegionSize(qint64 contentSize, qint64 oldRegionSize)
+{
+    const qint64 needed = contentSize + MinimumFreshPadding;
+    const qint64 phase = oldRegionSize % BlockSize;
+    const qint64 blocks = (std::max<qint64>(needed - phase, 0) + BlockSize - 1) / BlockSize;
+    return phase + blocks * BlockSize;
+}
+
+QByteArray headerBytes(const TagHeader &header, qint64 regionSize)
+{
+    QByteArray bytes("ID3");
+    bytes += static_cast<char>(header.majorVersion);
+    bytes += static_cast<char>(header.revision);
+    bytes += static_cast<char>(header.flags & ~TagHeader::Footer);
+    bytes.resize(TagHeaderSize);
+    writeSyncsafe(bytes.data() + 6, regionSize - TagHeaderSize, 4);
+    return bytes;
+}
+
+/// The extended header for changed frames: its checksum, which would no longer be right, is left out, and what it says
+/// of the padding is made right (ID3v2.3 §3.2, ID3v2.4 structure §3.2). padding: all of the tag behind the frames,
+/// whatever it is; so it is the same number whichever way the tag is written.
+QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 padding)
+{
+    if (old.isEmpty())
+        return old;
+    if (header.majorVersion == 3) {
+        QByteArray bytes(10, '\0');
+        bytes[3] = 6;
+        qToBigEndian(static_cast<quint32>(padding), bytes.data() + 6);
+        return bytes;
+    }
+    if (old.size() < 6 || (old[5] & V24ExtendedCrc) == 0)
+        return old;
+    // Behind the flags come their data in the flags' order: "update" has a length byte only, the checksum length and
+    // five.
+    const qsizetype crcAt = 6 + ((old[5] & 0x40) != 0 ? 1 : 0);
+    old[5] = static_cast<char>(old[5] & ~V24ExtendedCrc);
+    old.remove(crcAt, 6);
+    writeSyncsafe(old.data(), old.size(), 4);
+    return old;
+}
+
+/// The first byte that is not zero in [offset, end); end when there is none; -1 when reading fails (see
+/// ByteWindow::failed).
+qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
+{
+    while (offset < end) {
+        const qint64 size = std::min<qint64>(end - offset, 4096);
+        const std::string_view block = bytes.at(offset, size);
+        if (block.empty())
+            return -1;
+        const size_t found = block.find_first_not_of('\0');
+        if (found != std::string_view::npos)
+            return offset + static_cast<qint64>(found);
+        offset += size;
+    }
+    return end;
+}
+
+/// Whether the frames will be found to end at framesEnd when everything behind the old ones stays in its place. What
+/// follows a frame decides how its size is read (ID3v2.3 and ID3v2.4 store sizes in different forms).
+bool showsItsEnd(ByteWindow &bytes, const Tag &tag, qint64 framesEnd)
+{
+    if (framesEnd > tag.framesEnd() && firstNonZero(bytes, tag.framesEnd(), framesEnd) != framesEnd)
+        return false;
+    const qint64 room = std::min(tag.bodyEnd() - framesEnd, TagHeaderSize);
+    const qint64 freed = std::clamp<qint64>(tag.framesEnd() - framesEnd, 0, room);
+    QByteArray next(freed, '\0');
+    if (freed < room) {
+        const std::string_view kept = bytes.at(framesEnd + freed, room - freed);
+        next.append(kept.data(), static_cast<qsizetype>(kept.size()));
+    }
+    return tag.header().majorVersion == 2 || canFollowFrame({next.constData(), static_cast<size_t>(next.size())});
+}
+
+/// Behind the last byte that is not zero in [offset, end); offset when there is none; -1 when reading fails.
+qint64 endOfNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
+{
+    while (offset < end) {
+        const qint64 size = std::min<qint64>(end - offset, 4096);
+        const std::string_view block = bytes.at(end - size, size);
+        if (block.empty())
+            return -1;
+        const size_t found = block.find_last_not_of('\0');
+        if (found != std::string_view::npos)
+            return end - size + static_cast<qint64>(found) + 1;
+        end -= size;
+    }
+    return offset;
+}
+
+/// True when something without a proper identifier follows the last frame at once. Other programs may be able to read
+/// it and what comes behind, so it must not be parted from the frames: padding ends a tag. A frame whose size lies is
+/// another matter, in a tag that grew it would swallow what it never held.
+bool isFollowedByUnknown(ByteWindow &bytes, const Tag &tag)
+{
+    const qint64 room = std::max<qint64>(tag.bodyEnd() - tag.framesEnd(), 0);
+    const std::string_view next =
+        bytes.at(tag.framesEnd(), std::min<qint64>(tag.header().majorVersion == 2 ? 3 : 4, room));
+    return next.size() >= 3 && next[0] != '\0' && !isIdentifier(next);
+}
+
+Result<QByteArray> bytesAt(ByteWindow &window, qint64 offset, qint64 size)
+{
+    if (size == 0)
+        return QByteArray();
+    const std::string_view bytes = window.at(offset, size);
+    if (bytes.empty())
+        return tl::unexpected(window.failed() ? window.failure() : brokenTag());
+    return QByteArray(bytes.data(), size);
+}
+
+std::vector<Segment> assemble(QByteArray head, std::vector<Segment> frames, qint64 padding)
+{
+    std::vector<Segment> segments;
+    segments.reserve(frames.size() + 4);
+    segments.push_back(Segment::fresh(std::move(head)));
+    std::move(frames.begin(), frames.end(), std::back_inserter(segments));
+    if (padding > 0)
+        segments.push_back(Segment::fresh(QByteArray(padding, '\0')));
+    return segments;
+}
+
+/// Small frames that move become new bytes, so that a change within one block of the file can be written in place.
+Result<void> materialiseMoved(ByteWindow &window, std::vector<Segment> &segments)
+{
+    qint64 offset = 0;
+    for (Segment &segment : segments) {
+        if (segment.oldOffset >= 0 && segment.oldOffset != offset && segment.length <= BlockSize) {
+            const Result<QByteArray> bytes = bytesAt(window, segment.oldOffset, segment.length);
+            if (!bytes)
+                return tl::unexpected(bytes.error());
+            segment = Segment::fresh(*bytes);
+        }
+        offset += segment.length;
+    }
+    return {};
+}
+
+tl::unexpected<Error> tooLarge()
+{
+    return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
+}
+
+/// Checks that the frames of a new content will be found to end there (an offset as Tag::framesEnd). What follows the
+/// last one at once may make its size look like one in the other version's form; then nothing is written.
+Result<void> checkFramesEnd(platform::File &old, const std::vector<Segment> &segments, qint64 framesEnd)
+{
+    ComposedContent content(old, segments);
+    const Result<std::optional<Tag>> tag = Tag::parse(content, content.size(), Detail::Everything);
+    if (!tag)
+        return tl::unexpected(tag.error());
+    if (!*tag || (*tag)->framesEnd() != framesEnd)
+        return tl::unexpected(brokenTag());
+    return {};
+}
+
+/// A tag with something at once behind its frames that is carried along as one piece, the padding behind it.
+Result<std::vector<Segment>> composeBeforeUnknown(platform::File &file, ByteWindow &window, const Tag &tag,
+    std::vector<Segment> frames, const QByteArray &oldExtended)
+{
+    const TagHeader &header = tag.header();
+    const qint64 region = header.regionSize();
+    const qint64 unknownEnd = endOfNonZero(window, tag.framesEnd(), tag.bodyEnd());
+    if (window.failed())
+        return tl::unexpected(window.failure());
+    frames.push_back(Segment::kept(tag.framesEnd(), unknownEnd - tag.framesEnd()));
+    const qint64 contentEnd = TagHeaderSize + extendedHeader(header, oldExtended, 0).size() + lengthOf(frames);
+    const bool fits = contentEnd <= tag.bodyEnd() && !header.hasFooter();
+    const qint64 newRegion = fits ? region : grownRegionSize(contentEnd, region);
+    if (newRegion - TagHeaderSize > MaximumBodySize)
+        return tooLarge();
+    const qint64 padding = newRegion - contentEnd;
+    std::vector<Segment> segments = assemble(
+        headerBytes(header, newRegion) + extendedHeader(header, oldExtended, padding), std::move(frames), padding);
+    segments.push_back(Segment::kept(region, window.end() - region));
+    if (Result<void> checked = checkFramesEnd(file, segments, contentEnd - (unknownEnd - tag.framesEnd())); !checked)
+        return tl::unexpected(checked.error());
+    if (fits) {
+        if (Result<void> materialised = materialiseMoved(window, segments); !materialised)
+            return tl::unexpected(materialised.error());
+    }
+    return segments;
+}
+
+/// A tag whose frames' offsets are those in the file.
+Result<std::vector<Segment>> composePlain(
+    platform::File &file, ByteWindow &window, const Tag &tag, const FramePlan &plan)
+{
+    const TagHeader &header = tag.header();
+    std::vector<Segment> frames = frameSegments(tag, plan);
+    const auto oldExtended = bytesAt(window, TagHeaderSize, tag.framesBegin() - TagHeaderSize);
+    if (!oldExtended)
+        return tl::unexpected(oldExtended.error());
+    if (isFollowedByUnknown(window, tag))
+        return composeBeforeUnknown(file, window, tag, std::move(frames), *oldExtended);
+    const qint64 extendedSize = extendedHeader(header, *oldExtended, 0).size();
+    const qint64 framesEnd = TagHeaderSize + extendedSize + lengthOf(frames);
+    const qint64 region = header.regionSize();
+    const bool fits = framesEnd <= tag.bodyEnd() && !header.hasFooter() && showsItsEnd(window, tag, framesEnd);
+    if (fits) {
+        // It fits: what is left of the padding stays where it is, and so does all behind it.
+        const qint64 keptFrom = std::max(framesEnd, tag.framesEnd());
+        std::vector<Segment> segments =
+            assemble(headerBytes(header, region) + extendedHeader(header, *oldExtended, tag.bodyEnd() - framesEnd),
+                std::move(frames), keptFrom - framesEnd);
+        segments.push_back(Segment::kept(keptFrom, window.end() - keptFrom));
+        if (Result<void> materialised = materialiseMoved(window, segments); !materialised)
+            return tl::unexpected(materialised.error());
+        return segments;
+    }
+
+    const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
+    if (window.failed())
+        return tl::unexpected(window.failure());
+    const qint64 tailSize = tag.bodyEnd() - tailBegin;
+    const qint64 newRegion = grownRegionSize(framesEnd + tailSize, region);
+    if (newRegion - TagHeaderSize > MaximumBodySize)
+        return tooLarge();
+    const qint64 padding = newRegion - framesEnd - tailSize;
+    std::vector<Segment> segments =
+        assemble(headerBytes(header, newRegion) + extendedHeader(header, *oldExtended, newRegion - framesEnd),
+            std::move(frames), padding);
+    segments.push_back(Segment::kept(tailBegin, tailSize));
+    segments.push_back(Segment::kept(region, window.end() - region));
+    return segments;
+}
+
+/// A tag that is unsynchronised as a whole: put together in memory and unsynchronised again.
+Result<std::vector<Segment>> composeUnsynchronised(
+    platform::File &file, const Tag &tag, const FramePlan &plan, qint64 fileSize)
+{
+    const TagHeader &header = tag.header();
+    const std::string_view decoded(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size()));
+    ByteWindow window(decoded);
+    const QByteArray oldExtended = tag.decoded().mid(TagHeaderSize, tag.framesBegin() - TagHeaderSize);
+    QByteArray frames;
+    for (const Segment &segment : frameSegments(tag, plan))
+        frames += segment.oldOffset < 0 ? segment.bytes : tag.decoded().mid(segment.oldOffset, segment.length);
+    const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
+    const qint64 tailEnd = endOfNonZero(window, tailBegin, tag.bodyEnd());
+    const bool isBeforeUnknown = isFollowedByUnknown(window, tag);
+    const qsizetype framesSize = frames.size();
+    if (tailBegin < tailEnd && !isBeforeUnknown)
+        frames.append(TagHeaderSize, '\0');
+    frames += tag.decoded().mid(tailBegin, tailEnd - tailBegin);
+
+    const auto encoded = [&](qint64 padding) {
+        const QByteArray plain = extendedHeader(header, oldExtended, padding) + frames;
+        return applyUnsynchronisation({plain.constData(), static_cast<size_t>(plain.size())});
+    };
+    QByteArray content = encoded(0);
+    const qint64 region = header.regionSize();
+    const qint64 newRegion =
+        TagHeaderSize + content.size() <= region ? region : grownRegionSize(TagHeaderSize + content.size(), region);
+    if (newRegion - TagHeaderSize > MaximumBodySize)
+        return tooLarge();
+    // The padding is told in the extended header, whose size in turn may depend on it: then it stays at none.
+    const QByteArray withPadding = encoded(newRegion - TagHeaderSize - content.size());
+    if (withPadding.size() == content.size())
+        content = withPadding;
+    QByteArray bytes = headerBytes(header, newRegion) + content;
+    bytes.resize(newRegion, '\0');
+    std::vector<Segment> segments{Segment::fresh(bytes), Segment::kept(region, fileSize - region)};
+    const qint64 framesEnd = TagHeaderSize + extendedHeader(header, oldExtended, 0).size() + framesSize;
+    if (isBeforeUnknown) {
+        if (Result<void> checked = checkFramesEnd(file, segments, framesEnd); !checked)
+            return tl::unexpected(checked.error());
+    }
+    return segments;
+}
+
+std::vector<Segment> composeNew(const TagHeader &header, const FramePlan &plan, qint64 fileSize)
+{
+    const qint64 region = grownRegionSize(TagHeaderSize + plan.appended.size(), 0);
+    QByteArray bytes = headerBytes(header, region) + plan.appended;
+    bytes.append(region - bytes.size(), '\0');
+    return {Segment::fresh(bytes), Segment::kept(0, fileSize)};
+}
+
+/// True when nothing but padding would be left of the tag's body.
+bool leavesNothing(ByteWindow &file, const Tag &tag, const FramePlan &plan)
+{
+    if (!plan.appended.isEmpty())
+        return false;
+    ByteWindow decoded(std::string_view(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size())));
+    if (firstNonZero(tag.isPlain() ? file : decoded, tag.framesEnd(), tag.bodyEnd()) != tag.bodyEnd())
+        return false;
+    return std::all_of(tag.frames().begin(), tag.frames().end(), [&plan](const Frame &frame) {
+        const auto change = plan.replaced.find(&frame);
+        return change != plan.replaced.end() && change->second.isEmpty();
+    });
+}
+
+/// True when another tag follows the one at the start.
+bool anotherTagFollows(ByteWindow &window, const Tag &tag)
+{
+    return parseTagHeader(window.at(tag.header().regionSize(), TagHeaderSize)).has_value();
+}
+
+} // namespace
+
+Result<std::optional<std::vector<Segment>>> composeSave(
+    platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion)
+{
+    const TagHeader header = tag ? tag->header() : TagHeader{.majorVersion = newVersion};
+    const Result<FramePlan> plan = planFrames(header, tag ? &*tag : nullptr, edits);
+    if (!plan)
+        return tl::unexpected(plan.error());
+    if (plan->isEmpty())
+        return std::nullopt;
+    if (!tag)
+        return composeNew(header, *plan, fileSize);
+    if (!tag->isWritable())
+        return tl::unexpected(brokenTag());
+
+    ByteWindow window(file, fileSize);
+    // A tag must have a frame (ID3v2.3 §3.3): one without is taken away, unless that would bring another one to light.
+    const qint64 region = tag->header().regionSize();
+    if (leavesNothing(window, *tag, *plan) && !anotherTagFollows(window, *tag))
+        return std::vector<Segment>{Segment::kept(region, fileSize - region)};
+    Result<std::vector<Segment>> segments =
+        tag->isPlain() ? composePlain(file, window, *tag, *plan) : composeUnsynchronised(file, *tag, *plan, fileSize);
+    if (!segments)
+        return tl::unexpected(segments.error());
+    return std::move(*segments);
+}
+
+Result<std::optional<std::vector<Segment>>> composeStrip(platform::File &file, qint64 fileSize, qint64 tagsEnd)
+{
+    ByteWindow window(file, fileSize);
+    qint64 audio = 0;
+    while (const std::optional<TagHeader> header = parseTagHeader(window.at(audio, TagHeaderSize))) {
+        if (header->regionSize() > tagsEnd - audio) {
+            if (audio == 0)
+                return tl::unexpected(brokenTag());
+            break;
+        }
+        audio += header->regionSize();
+    }
+    if (window.failed())
+        return tl::unexpected(window.failure());
+    if (audio == 0)
+        return std::nullopt;
+    return std::vector<Segment>{Segment::kept(audio, fileSize - audio)};
+}
+
+} // namespace ravlin::id3

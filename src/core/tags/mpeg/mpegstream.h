@@ -1,0 +1,57 @@
+#pragma once
+
+#include "core/tags/mpeg/mpegheader.h"
+#include "core/tags/mpeg/mpegsource.h"
+
+#include <optional>
+
+namespace ravlin {
+
+/// What the MPEG audio stream of a file is, measured frame by frame over the whole file.
+struct StreamInfo
+{
+    mpeg::Version version = mpeg::Version::Mpeg1; ///< of the first audio frame, like the next three
+    int layer = 0;                                ///< 1 to 3
+    int sampleRate = 0;                           ///< hertz
+    mpeg::ChannelMode channelMode = mpeg::ChannelMode::Stereo;
+    bool hasChecksum = false;  ///< of the first audio frame: a CRC protects its header
+    bool hasInfoFrame = false; ///< a Xing, Info or VBRI frame stands first
+    bool isVariable = false;   ///< the audio frames have different bit rates
+
+    qint64 frames = 0;        ///< whole audio frames; the info frame is none
+    qint64 audioBytes = 0;    ///< bytes of these frames
+    qint64 samples = 0;       ///< per channel: all that a decoder without trimming gives
+    qint64 playedSamples = 0; ///< those that a player without gaps plays: without the encoder's delay and padding
+    std::optional<int> encoderDelay;   ///< samples before the music, 0 to 4095, where the info frame tells it
+    std::optional<int> encoderPadding; ///< samples after it, told together with the delay
+    int bitRate = 0;                   ///< kilobits per second: the bit rate of every frame, or their average, rounded
+    qint64 milliseconds = 0;           ///< playing time of playedSamples, rounded down
+
+    qint64 firstFrame = -1;     ///< offset of the first frame, the info frame included; -1 when there is none
+    int resynchronisations = 0; ///< times that frames did not follow each other
+    bool isTruncated = false;   ///< the last frame is cut off; it is not counted
+    qint64 bytesSearched = 0;   ///< bytes looked at for the first frame
+    bool hasFrame() const { return firstFrame >= 0; }
+    /// Whether something is wrong with the stream, though its values hold for what there is.
+    bool isDamaged() const { return resynchronisations > 0 || isTruncated; }
+};
+
+namespace mpeg {
+
+/// Walks all frames of a source: MPEG-1, 2 and 2.5, Layers I to III, free format. Tags before, between and after frames
+/// are stepped over, as is unknown matter before the first frame (up to 64 MiB of it) and zeros behind the last one;
+/// other unknown matter is lost sync.
+///
+/// What counts is what decoders make of it. Where mpg123 and FFmpeg differ:
+/// - A frame cut off by the end is none (mpg123), though FFmpeg decodes the part. When tags follow, mpg123 takes them
+///   for the rest of the frame; here it stays cut off.
+/// - An info frame behind unknown matter is no audio (mpg123), and neither is a VBRI frame (FFmpeg). A second info
+///   frame, of files joined, is audio (both).
+/// - A frame that something else than a frame follows is audio (mpg123); FFmpeg leaves out one or two there.
+///
+/// buffer: memory for reading, kept by the caller so that many files share it. Fails only when reading does. A source
+/// without frames gives a StreamInfo whose hasFrame() is false.
+Result<StreamInfo> analyseStream(ByteSource &source, std::vector<char> &buffer);
+
+} // namespace mpeg
+} // namespace ravlin

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "core/tags/mpeg/mpegheader.h"
+#include "core/tags/mpeg/mpegsource.h"
+
+/// Telling real frames from bytes that look like a header by chance: a frame counts as found when
+/// headers of the same stream follow it where its length says.
+namespace ravlin::mpeg {
+
+/// A frame found, with what is needed to step from frame to frame behind it.
+struct SyncPoint
+{
+    qint64 offset = 0;
+    FrameHeader header;
+    int freeLength = 0; ///< bytes of an unpadded frame in free format, 0 else
+};
+
+/// Finds frames in a window. Every check looks at most LookAhead bytes ahead, so that a search
+/// costs time in proportion to the bytes searched, whatever they are.
+class Synchroniser
+{
+public:
+    /// Longest frame in free format, in bytes; the highest bit rate that LAME makes (640 kbps)
+    /// needs 5,760.
+    static constexpr int MaximumFreeLength = 8192;
+    /// Bytes that one search goes over before it gives up.
+    static constexpr qint64 MaximumSearch = 64 * 1024 * 1024;
+    /// Headers that must follow and agree; fewer where the stream ends before.
+    static constexpr int Followers = 2;
+
+    explicit Synchroniser(ByteWindow &window) : m_window(window) {}
+
+    /// The frame at offset, when followers agreeing headers follow or the audio ends with fewer.
+    std::optional<SyncPoint> frameAt(qint64 offset, int followers = Followers);
+    /// The first such frame from offset on.
+    std::optional<SyncPoint> search(qint64 offset, int followers = Followers);
+
+private:
+    /// Bytes of one to three frames, and of the header behind them.
+    static constexpr qsizetype LookAhead = 4 * (MaximumFreeLength + HeaderSize);
+    static_assert(LookAhead <= ByteWindow::MaximumWanted);
+
+    std::optional<FrameHeader> headerAt(qint64 offset);
+    bool isConfirmed(const SyncPoint &point, int followers);
+    bool endsAt(qint64 offset);
+    int freeLengthAt(qint64 offset, const FrameHeader &header);
+    bool repeats(qint64 second, const FrameHeader &first, int freeLength);
+
+    ByteWindow &m_window;
+};
+
+} // namespace ravlin::mpeg

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "core/platform/filesystem.h"
+#include "core/tags/mpeg/mpegstream.h"
+
+/// The stream analysis library `xanalyze`: what the MPEG audio stream of a file is, by walking all
+/// of its frames.
+///
+/// Two ways in: XAnalyzer for everything that is known of the stream, and the three xanalyzer_
+/// operations with their record of eight integers. An analyser reads one file at a time and keeps
+/// its reading buffer from file to file; threads use one each.
+namespace ravlin {
+
+/// Outcome of an analysis.
+enum XAnalyzeCode : qint32
+{
+    XAnalyzeOk = 0,
+    XAnalyzeInternalError = -2, ///< reading failed
+    XAnalyzeNoMemory = -3,
+    XAnalyzeNotFound = -4,   ///< no file of that name
+    XAnalyzeCannotOpen = -5, ///< no access, or not a file
+    XAnalyzeDamaged = -8,    ///< ends in a cut frame or lost sync on the way; the values hold for what there is
+    XAnalyzeNoFrame = -9,    ///< no frame was found
+};
+
+/// Bits of XAnalyzeRecord::flags.
+enum XAnalyzeFlag : quint32
+{
+    XAnalyzeHasChecksum = 1,  ///< frames are protected by a CRC
+    XAnalyzeHasInfoFrame = 2, ///< a Xing, Info or VBRI frame tells of the stream
+    XAnalyzeVariable = 4,     ///< variable bit rate: the frames have different ones
+};
+
+/// The result in numbers. After a code other than 0 and -8 only the fields that its description
+/// names are filled, the others are 0.
+struct XAnalyzeRecord
+{
+    qint32 version = 0;      ///< 0 MPEG-2.5, 1 MPEG-1, 2 MPEG-2
+    qint32 bitRate = 0;      ///< kilobits per second: that of all frames, else their average, rounded to nearest
+    qint32 frequency = 0;    ///< sampling rate in hertz
+    qint32 layer = 0;        ///< 1 to 3
+    qint32 channelMode = 0;  ///< 0 stereo, 1 joint stereo, 2 dual channel, 3 mono
+    qint32 frames = 0;       ///< whole audio frames; after -9 the number of bytes looked at
+    qint32 milliseconds = 0; ///< playing time, rounded down
+    quint32 flags = 0;       ///< XAnalyzeFlag bits
+};
+
+/// Analyses files.
+class XAnalyzer
+{
+public:
+    struct Outcome
+    {
+        XAnalyzeCode code = XAnalyzeOk;
+        StreamInfo stream; ///< with 0 and -8; with -9 only bytesSearched
+        /// The record for it. Counts beyond 2^31 - 1 become that.
+        XAnalyzeRecord record() const;
+    };
+
+    explicit XAnalyzer(platform::FileSystem &fileSystem) : m_fileSystem(fileSystem) {}
+
+    Outcome analyse(const QString &path);
+    /// The same for bytes from elsewhere.
+    Outcome analyse(mpeg::ByteSource &source);
+
+private:
+    Outcome analyseFile(const QString &path);
+
+    platform::FileSystem &m_fileSystem;
+    std::vector<char> m_buffer; ///< for reading, kept from file to file
+};
+
+/// Makes an analyser for the caller to release; nullptr when there is no memory for it.
+XAnalyzer *xanalyzer_new(platform::FileSystem &fileSystem = platform::FileSystem::native());
+/// Analyses a file and fills the record. Returns an XAnalyzeCode. Paths hold any character: no
+/// short form is needed.
+qint32 xanalyzer_process_file(XAnalyzer *handle, const QString &path, XAnalyzeRecord *record);
+/// Releases an analyser; nothing happens for nullptr.
+void xanalyzer_delete(XAnalyzer *handle);
+
+} // namespace ravlin

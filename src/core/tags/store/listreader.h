@@ -1,0 +1,25 @@
+#pragma once
+
+#include "core/platform/filesystem.h"
+
+#include <QString>
+
+namespace ravlin {
+
+/// What the file list shows of a file's tags; the values are those that TagStore::ReadTag gives.
+struct ListTag
+{
+    QString title;
+    QString artist;
+    QString album;
+    QString year;
+    QString track; ///< empty: none
+    bool hasV1 = false;
+    bool hasV2 = false;
+};
+
+/// Reads them with as little input as possible: the tag's frame headers up to the last field that the list shows, those
+/// fields' bytes, and the last 128 bytes of the file. Pictures are never read. Errors are those of reading.
+Result<ListTag> readListTag(platform::File &file);
+
+} // namespace ravlin

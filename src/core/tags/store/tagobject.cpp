@@ -1,0 +1,214 @@
+#include "core/tags/store/tagobject.h"
+
+#include "core/tags/id3/id3values.h"
+
+namespace ravlin {
+
+using platform::Segment;
+using platform::WriteOptions;
+using platform::WriteOutcome;
+
+namespace {
+
+using Content = Result<std::optional<std::vector<Segment>>>;
+
+Error withPath(Error error, const QString &path)
+{
+    if (error.path.isEmpty())
+        error.path = path;
+    return error;
+}
+
+QString v1Text(const id3::V1Fields &fields, FrameKind kind)
+{
+    switch (kind) {
+    case FrameKind::Title:
+        return fields.title;
+    case FrameKind::LeadArtist:
+        return fields.artist;
+    case FrameKind::Album:
+        return fields.album;
+    case FrameKind::Year:
+        return fields.year;
+    case FrameKind::Comment:
+        return fields.comment;
+    default:
+        return {};
+    }
+}
+
+/// The frame whose value counts: ID3v2 has the frame and the frame has a value.
+const id3::Frame *valueFrame(const std::optional<id3::Tag> &tag, FrameKind kind)
+{
+    const id3::Frame *frame = tag ? tag->programFrame(kind) : nullptr;
+    return frame && !frame->text.isEmpty() ? frame : nullptr;
+}
+
+} // namespace
+
+Result<void> TagObject::Link(const QString &path)
+{
+    Close();
+    auto file = m_fileSystem.open(path, platform::OpenMode::Read);
+    if (!file)
+        return tl::unexpected(file.error());
+    auto info = (*file)->info();
+    if (info && platform::mayNeedRecovery(m_fileSystem, *info)) {
+        if (Result<void> recovered = platform::recoverFile(m_fileSystem, path); !recovered)
+            return recovered;
+        file = m_fileSystem.open(path, platform::OpenMode::Read);
+        if (!file)
+            return tl::unexpected(file.error());
+        info = (*file)->info();
+    }
+    if (!info)
+        return tl::unexpected(info.error());
+    m_path = path;
+    m_file = std::move(*file);
+    m_info = *info;
+    if (Result<void> parsed = parse(); !parsed) {
+        Close();
+        return tl::unexpected(withPath(parsed.error(), path));
+    }
+    return {};
+}
+
+void TagObject::Close()
+{
+    m_path.clear();
+    m_file.reset();
+    m_info = {};
+    m_v2.reset();
+    m_v1.reset();
+    m_v1Fields = {};
+    m_edits.clear();
+}
+
+Result<void> TagObject::parse()
+{
+    auto v1 = id3::readV1Block(*m_file, m_info.size);
+    if (!v1)
+        return tl::unexpected(v1.error());
+    auto v2 = id3::Tag::parse(*m_file, m_info.size - (*v1 ? id3::V1Size : 0), id3::Detail::Everything);
+    if (!v2)
+        return tl::unexpected(v2.error());
+    m_v2 = std::move(*v2);
+    m_v1 = std::move(*v1);
+    m_v1Fields = m_v1 ? id3::parseV1({m_v1->constData(), static_cast<size_t>(m_v1->size())}) : id3::V1Fields{};
+    return {};
+}
+
+const id3::FieldEdit *TagObject::edit(FrameKind kind) const
+{
+    const auto found = m_edits.find(kind);
+    return found == m_edits.end() ? nullptr : &found->second;
+}
+
+QString TagObject::text(FrameKind kind) const
+{
+    if (const id3::FieldEdit *edited = edit(kind))
+        return edited->text;
+    const id3::Frame *frame = valueFrame(m_v2, kind);
+    if (!frame)
+        return v1Text(m_v1Fields, kind);
+    return kind == FrameKind::Year ? id3::yearOf(frame->text) : frame->text;
+}
+
+int TagObject::Genre() const
+{
+    if (const id3::FieldEdit *edited = edit(FrameKind::ContentType))
+        return edited->remove ? id3::NoGenre : edited->number;
+    const id3::Frame *frame = valueFrame(m_v2, FrameKind::ContentType);
+    return frame ? id3::genreNumber(frame->text) : m_v1Fields.genre;
+}
+
+int TagObject::Track() const
+{
+    if (const id3::FieldEdit *edited = edit(FrameKind::TrackNumber))
+        return edited->number;
+    const id3::Frame *frame = valueFrame(m_v2, FrameKind::TrackNumber);
+    return frame ? id3::trackNumber(frame->text) : m_v1Fields.track;
+}
+
+const std::vector<id3::Frame> &TagObject::frames() const
+{
+    static const std::vector<id3::Frame> None;
+    return m_v2 ? m_v2->frames() : None;
+}
+
+Result<WriteOutcome> TagObject::SaveV1Tag(const WriteOptions &options)
+{
+    const id3::V1Fields fields{Title(), Artist(), Album(), Year(), Comment(), Track() <= 255 ? Track() : 0, Genre()};
+    const QByteArray block = id3::buildV1(fields, m_v1.value_or(QByteArray()));
+    const qint64 audioEnd = m_info.size - (m_v1 ? id3::V1Size : 0);
+    if (m_v1 && block == *m_v1)
+        return write(Content(std::nullopt), options);
+    return write(std::vector<Segment>{Segment::kept(0, audioEnd), Segment::fresh(block)}, options);
+}
+
+Result<WriteOutcome> TagObject::StripV1Tag(const WriteOptions &options)
+{
+    // One behind another, as careless programs leave them, would come to light: all of them go.
+    qint64 end = m_info.size;
+    for (std::optional<QByteArray> block = m_v1; block;) {
+        end -= id3::V1Size;
+        Result<std::optional<QByteArray>> before = id3::readV1Block(*m_file, end);
+        if (!before)
+            return tl::unexpected(withPath(before.error(), m_path));
+        block = std::move(*before);
+    }
+    if (end == m_info.size)
+        return write(Content(std::nullopt), options);
+    return write(std::vector<Segment>{Segment::kept(0, end)}, options);
+}
+
+Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVersion)
+{
+    if (!m_file)
+        return write(Content(std::nullopt), options);
+    // What only ID3v1 has goes into ID3v2 too: every property is put, a put of the same value changes nothing.
+    id3::FieldEdits edits = m_edits;
+    for (const FrameKind kind : {FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album, FrameKind::Year,
+             FrameKind::Comment, FrameKind::TrackNumber, FrameKind::ContentType}) {
+        if (edits.contains(kind) || valueFrame(m_v2, kind))
+            continue;
+        const id3::FieldEdit value{
+            false, v1Text(m_v1Fields, kind), kind == FrameKind::TrackNumber ? m_v1Fields.track : m_v1Fields.genre};
+        const bool none = kind == FrameKind::TrackNumber   ? value.number == 0
+                          : kind == FrameKind::ContentType ? value.number == id3::NoGenre
+                                                           : value.text.isEmpty();
+        if (!none)
+            edits[kind] = value;
+    }
+    return write(id3::composeSave(*m_file, m_info.size, m_v2, edits, newVersion), options);
+}
+
+Result<WriteOutcome> TagObject::StripV2Tag(const WriteOptions &options)
+{
+    if (!m_file)
+        return write(Content(std::nullopt), options);
+    return write(id3::composeStrip(*m_file, m_info.size, m_info.size - (m_v1 ? id3::V1Size : 0)), options);
+}
+
+Result<WriteOutcome> TagObject::write(const Content &content, const WriteOptions &options)
+{
+    if (!m_file)
+        return tl::unexpected(Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no file is linked")});
+    if (!content)
+        return tl::unexpected(withPath(content.error(), m_path));
+    if (!*content)
+        return WriteOutcome::Unchanged;
+    m_file.reset(); // some of Windows' file systems don't replace a file that is open
+    Result<WriteOutcome> outcome = platform::rewriteFile(m_fileSystem, m_path, m_info, **content, options);
+    if (outcome && *outcome != WriteOutcome::Unchanged) {
+        Close(); // what was parsed is no longer what the file holds
+        return outcome;
+    }
+    if (auto reopened = m_fileSystem.open(m_path, platform::OpenMode::Read); reopened)
+        m_file = std::move(*reopened);
+    else
+        Close();
+    return outcome;
+}
+
+} // namespace ravlin

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "core/storage/safewrite.h"
+#include "core/tags/id3/id3v1.h"
+#include "core/tags/id3/id3v2.h"
+#include "core/tags/id3/id3v2writer.h"
+
+#include <QString>
+
+#include <optional>
+#include <vector>
+
+namespace ravlin {
+
+/// The tags of one MP3 file, ID3v1 and ID3v2 seen as one: a property has ID3v2's value where that tag has the frame,
+/// else ID3v1's. Puts and removals are collected and written by SaveV1Tag or SaveV2Tag, which take all properties
+/// into the tag kind that they write; whatever no put or removal touches stays byte for byte as it is.
+///
+/// Made for one operation: Link, read or put, save or strip, Close. A save that wrote closes the object, since the file
+/// is no longer what was parsed. Not for use by two threads at once.
+class TagObject
+{
+public:
+    explicit TagObject(platform::FileSystem &fileSystem) : m_fileSystem(fileSystem) {}
+
+    /// Attaches to a file and parses its tags. Errors: NotFound, NotAFile, AccessDenied, Io.
+    Result<void> Link(const QString &path);
+    void Close();
+
+    bool HasV1Tag() const { return m_v1.has_value(); }
+    bool HasV2Tag() const { return m_v2.has_value(); }
+
+    QString Artist() const { return text(FrameKind::LeadArtist); }
+    QString Album() const { return text(FrameKind::Album); }
+    QString Title() const { return text(FrameKind::Title); }
+    /// The comment without description, else the first; never one that a program keeps for itself.
+    QString Comment() const { return text(FrameKind::Comment); }
+    /// 0 to 254 as the tag has it, 255: none or a free text.
+    int Genre() const;
+    QString Year() const { return text(FrameKind::Year); }
+    /// 0: none.
+    int Track() const;
+
+    /// An empty text is a removal.
+    void setArtist(const QString &text) { put(FrameKind::LeadArtist, {text.isEmpty(), text, 0}); }
+    void setAlbum(const QString &text) { put(FrameKind::Album, {text.isEmpty(), text, 0}); }
+    void setTitle(const QString &text) { put(FrameKind::Title, {text.isEmpty(), text, 0}); }
+    void setComment(const QString &text) { put(FrameKind::Comment, {text.isEmpty(), text, 0}); }
+    void setGenre(int number) { put(FrameKind::ContentType, {false, {}, number}); }
+    void setYear(const QString &text) { put(FrameKind::Year, {text.isEmpty(), text, 0}); }
+    void setTrack(int number) { put(FrameKind::TrackNumber, {false, {}, number}); }
+    /// Removes every frame of that kind, and the field from ID3v1.
+    void removeFrames(FrameKind kind) { put(kind, {true, {}, 0}); }
+
+    /// The parsed ID3v2 frames in the tag's order; a Frame's text is the text field. Empty without ID3v2.
+    const std::vector<id3::Frame> &frames() const;
+
+    /// Writes the properties into one tag kind, or takes one away: ID3v2 tags all that stand one behind the other at
+    /// the start of the file, ID3v1 tags all at its end. Errors: BrokenTag, TooLarge, and those of
+    /// platform::rewriteFile; the file is as it was then.
+    Result<platform::WriteOutcome> SaveV1Tag(const platform::WriteOptions &options = {});
+    Result<platform::WriteOutcome> StripV1Tag(const platform::WriteOptions &options = {});
+    /// newVersion: of an ID3v2 tag where the file has none, 3 or 4 for ID3v2.3 or 2.4; a tag that is there keeps its
+    /// own.
+    Result<platform::WriteOutcome> SaveV2Tag(const platform::WriteOptions &options = {}, int newVersion = 3);
+    Result<platform::WriteOutcome> StripV2Tag(const platform::WriteOptions &options = {});
+
+private:
+    void put(FrameKind kind, const id3::FieldEdit &edit) { m_edits[kind] = edit; }
+    const id3::FieldEdit *edit(FrameKind kind) const;
+    QString text(FrameKind kind) const;
+    Result<void> parse();
+    Result<platform::WriteOutcome> write(
+        const Result<std::optional<std::vector<platform::Segment>>> &content, const platform::WriteOptions &options);
+
+    platform::FileSystem &m_fileSystem;
+    QString m_path;
+    std::unique_ptr<platform::File> m_file;
+    platform::FileInfo m_info;
+    std::optional<id3::Tag> m_v2;
+    std::optional<QByteArray> m_v1;
+    id3::V1Fields m_v1Fields;
+    id3::FieldEdits m_edits;
+};
+
+} // namespace ravlin

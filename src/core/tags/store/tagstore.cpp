@@ -1,0 +1,182 @@
+#include "core/tags/store/tagstore.h"
+
+#include "core/tags/record/genres.h"
+#include "core/tags/store/tagobject.h"
+
+namespace ravlin {
+
+using platform::WriteOptions;
+using platform::WriteOutcome;
+
+namespace {
+
+/// The text of the last content-type frame.
+QString contentTypeText(const TagObject &object)
+{
+    QString text;
+    for (const id3::Frame &frame : object.frames()) {
+        if (frame.kind == FrameKind::ContentType)
+            text = frame.text;
+    }
+    return text;
+}
+
+/// Puts a text, or removes the kind's frames when there is none.
+void putText(TagObject &object, FrameKind kind, void (TagObject::*set)(const QString &), const QString &text)
+{
+    if (text.isEmpty())
+        object.removeFrames(kind);
+    else
+        (object.*set)(text);
+}
+
+void putRecord(TagObject &object, const TagRecord &record)
+{
+    putText(object, FrameKind::LeadArtist, &TagObject::setArtist, record.Artist);
+    putText(object, FrameKind::Album, &TagObject::setAlbum, record.Album);
+    putText(object, FrameKind::Year, &TagObject::setYear, isWritableYear(record.Year) ? record.Year : QString());
+    const int genre = GenreNameToNumber(record.Genre);
+    if (genre == GenreNone)
+        object.removeFrames(FrameKind::ContentType);
+    else
+        object.setGenre(genre);
+    putText(object, FrameKind::Title, &TagObject::setTitle, record.Title);
+    putText(object, FrameKind::Comment, &TagObject::setComment, record.Comment);
+    if (isWritableTrack(record.Track))
+        object.setTrack(record.Track.toInt());
+    else
+        object.removeFrames(FrameKind::TrackNumber);
+}
+
+Result<WriteOutcome> writeKind(TagObject &object, QChar kind, const WriteOptions &options, int newVersion)
+{
+    switch (kind.unicode()) {
+    case u'1':
+        return object.SaveV1Tag(options);
+    case u'2':
+        return object.SaveV2Tag(options, newVersion);
+    case u'4':
+        return object.StripV1Tag(options);
+    case u'5':
+        return object.StripV2Tag(options);
+    default:
+        return tl::unexpected(Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no such tag kind")});
+    }
+}
+
+/// The passes of a tag-save mode, in their order.
+QString kindsOfMode(int mode)
+{
+    switch (mode) {
+    case 1:
+        return QStringLiteral("1");
+    case 2:
+        return QStringLiteral("2");
+    case 3:
+        return QStringLiteral("12");
+    case 4:
+        return QStringLiteral("15");
+    case 5:
+        return QStringLiteral("24");
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+Result<void> TagStore::ReadTag(const QString &path, TagRecord &record) const
+{
+    record = TagRecord{};
+    TagObject object(m_fileSystem);
+    if (Result<void> linked = object.Link(path); !linked)
+        return linked;
+    record.HasV1 = object.HasV1Tag();
+    record.HasV2 = object.HasV2Tag();
+    record.Artist = object.Artist();
+    record.Album = object.Album();
+    record.Year = object.Year();
+    const int genre = object.Genre();
+    record.Title = object.Title();
+    record.Track = QString::number(object.Track());
+    record.Comment = object.Comment();
+    if (genre == GenreNone) {
+        record.Genre = contentTypeText(object);
+    } else if (genre < genreNames().size()) {
+        record.Genre = genreName(genre);
+    } else {
+        record.Genre = QString::number(genre);
+        return tl::unexpected(Error{ErrorCode::GenreOutOfRange, path,
+            QStringLiteral("the genre number %1 is beyond the genre table").arg(genre)});
+    }
+    if (object.Track() == 0)
+        record.Track.clear();
+    return {};
+}
+
+Result<void> TagStore::checkFreeSpace(const QString &path)
+{
+    const Result<platform::FileInfo> info = m_fileSystem.info(path);
+    if (!info)
+        return tl::unexpected(info.error());
+    constexpr double BytesPerMegabyte = 1024.0 * 1024.0;
+    constexpr double Reserve = 5.0;
+    const double needed = static_cast<double>(info->size) / BytesPerMegabyte + Reserve;
+    m_state.cancelled = !(needed < static_cast<double>(m_state.freeMegabytes));
+    if (m_state.cancelled)
+        return tl::unexpected(Error{ErrorCode::LowSpace, path, QStringLiteral("low disk space")});
+    return {};
+}
+
+Result<void> TagStore::SaveTag(const QString &path, const TagRecord &record)
+{
+    if (Result<void> space = checkFreeSpace(path); !space)
+        return space;
+    for (const QChar kind : kindsOfMode(m_state.tagSaveMode)) {
+        if (Result<WriteOutcome> written = WriteTagKind(path, record, kind); !written)
+            return tl::unexpected(written.error());
+    }
+    return {};
+}
+
+Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord &record, QChar kind)
+{
+    const Result<platform::FileInfo> info = m_fileSystem.info(path);
+    if (!info)
+        return tl::unexpected(info.error());
+    TagObject object(m_fileSystem);
+    if (Result<void> linked = object.Link(path); !linked)
+        return tl::unexpected(linked.error());
+    putRecord(object, record);
+    WriteOptions options = writeOptions();
+    options.readOnlyFile = platform::ReadOnlyFile::MakeWritable;
+    Result<WriteOutcome> written = writeKind(object, kind, options, m_state.options.newTagVersion);
+    if (written && *written != WriteOutcome::Unchanged && info->isReadOnly()) {
+        if (Result<void> restored = m_fileSystem.setPermissions(path, info->permissions); !restored)
+            return tl::unexpected(restored.error());
+    }
+    return written;
+}
+
+WriteOptions TagStore::writeOptions() const
+{
+    return {.keepModified = m_state.options.keepFileTimes};
+}
+
+Result<void> TagStore::RemoveV1(const QString &path)
+{
+    TagObject object(m_fileSystem);
+    if (Result<void> linked = object.Link(path); !linked)
+        return linked;
+    return object.StripV1Tag(writeOptions()).map([](WriteOutcome) {});
+}
+
+Result<void> TagStore::RemoveV2(const QString &path)
+{
+    TagObject object(m_fileSystem);
+    if (Result<void> linked = object.Link(path); !linked)
+        return linked;
+    return object.StripV2Tag(writeOptions()).map([](WriteOutcome) {});
+}
+
+} // namespace ravlin

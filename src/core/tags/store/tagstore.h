@@ -1,0 +1,48 @@
+#pragma once
+
+#include "core/app/programstate.h"
+#include "core/storage/safewrite.h"
+#include "core/tags/record/tagrecord.h"
+
+#include <QString>
+
+namespace ravlin {
+
+class TagObject;
+
+/// The program's only way into the tags of MP3 files: reads a file's tag into a TagRecord, writes a TagRecord by the
+/// tag-save mode, removes one tag kind. Each operation opens the file anew and ends at its first error; what it had
+/// done by then stays done. Showing an error, or saying nothing, is the caller's part.
+class TagStore
+{
+public:
+    /// state gives the tag-save mode, the options for writing (version of new ID3v2 tags, whether files keep their time
+    /// of modification) and the free space of the current drive, and takes the cancelled flag.
+    TagStore(ProgramState &state, platform::FileSystem &fileSystem) : m_state(state), m_fileSystem(fileSystem) {}
+
+    /// Fills the whole record from the file. On an error of opening or reading all texts are empty. GenreOutOfRange:
+    /// the genre number is above 125; all fields are filled then, Genre holds the number in digits, and a missing track
+    /// is "0".
+    Result<void> ReadTag(const QString &path, TagRecord &record) const;
+
+    /// Writes the record into the tag kinds that the tag-save mode asks for. LowSpace (and the cancelled flag set):
+    /// less than the file's size and 5 MB are free on the drive, nothing was written. Any mode but 1 to 5 writes
+    /// nothing. A read-only file is written and read-only afterwards; when the write fails it may stay writable.
+    Result<void> SaveTag(const QString &path, const TagRecord &record);
+
+    /// One pass of SaveTag: "1" saves ID3v1, "2" saves ID3v2, "4" removes ID3v1, "5" removes ID3v2.
+    Result<platform::WriteOutcome> WriteTagKind(const QString &path, const TagRecord &record, QChar kind);
+
+    /// Strip one tag kind. ReadOnly: the file bears the read-only attribute.
+    Result<void> RemoveV1(const QString &path);
+    Result<void> RemoveV2(const QString &path);
+
+private:
+    platform::WriteOptions writeOptions() const;
+    Result<void> checkFreeSpace(const QString &path);
+
+    ProgramState &m_state;
+    platform::FileSystem &m_fileSystem;
+};
+
+} // namespace ravlin

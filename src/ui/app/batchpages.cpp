@@ -1,0 +1,66 @@
+#include "ui/app/batchpages.h"
+
+#include "ui/app/modetabs.h"
+#include "ui/app/program.h"
+#include "ui/files/filelist.h"
+#include "ui/naming/extractpage.h"
+#include "ui/naming/patternbox.h"
+#include "ui/naming/renamepage.h"
+#include "ui/tags/multifilepage.h"
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionMultiFile = 40;
+constexpr int CaptionMultiFileTip = 43;
+constexpr int CaptionExtract = 41;
+constexpr int CaptionExtractTip = 44;
+constexpr int CaptionRename = 45; ///< text and tooltip
+
+NamingContext namingContext(Program &program, PageOwner &owner)
+{
+    return {owner, program.state, program.tagStore, program.captions, program.settings, program.fileSystem,
+        &program.undoHistory};
+}
+
+} // namespace
+
+BatchPages::BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const FileList &list, QObject *parent)
+    : QObject(parent), m_program(program),
+      m_multiFilePage(new MultiFilePage({owner, program.state, program.tagStore, program.captions}, &tabs)),
+      m_extractPage(new ExtractPage(namingContext(program, owner), &tabs)),
+      m_renamePage(new RenamePage(namingContext(program, owner), &tabs))
+{
+    const auto add = [&](auto *page, int caption, int tip) {
+        using Page = std::remove_pointer_t<decltype(page)>;
+        tabs.addPage(page, caption, tip, [page] { page->applyCaptions(); });
+        connect(page, &Page::finished, this, &BatchPages::finished);
+        connect(list.selectionModel(), &QItemSelectionModel::selectionChanged, page, &Page::selectionChanged);
+    };
+    add(m_multiFilePage, CaptionMultiFile, CaptionMultiFileTip);
+    add(m_extractPage, CaptionExtract, CaptionExtractTip);
+    add(m_renamePage, CaptionRename, CaptionRename);
+}
+
+void BatchPages::showChoices()
+{
+    m_multiFilePage->showChoices(m_program.choices);
+    m_renamePage->showChoices(m_program.choices);
+}
+
+void BatchPages::refreshPatterns()
+{
+    for (QWidget *page : {static_cast<QWidget *>(m_extractPage), static_cast<QWidget *>(m_renamePage)}) {
+        for (PatternBox *box : page->findChildren<PatternBox *>())
+            box->refresh();
+    }
+}
+
+void BatchPages::storeChoices() const
+{
+    m_multiFilePage->storeChoices(m_program.choices);
+    m_renamePage->storeChoices(m_program.choices);
+}
+
+} // namespace ravlin

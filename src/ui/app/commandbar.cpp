@@ -1,0 +1,288 @@
+#include "ui/app/commandbar.h"
+
+#include "ui/app/filecommands.h"
+#include "ui/app/foldercommand.h"
+#include "ui/app/listcontroller.h"
+#include "ui/app/lookupcommand.h"
+#include "ui/app/program.h"
+#include "ui/controls/icons.h"
+#include "ui/files/filelist.h"
+#include "ui/files/foldertree.h"
+#include "ui/naming/patterneditor.h"
+
+#include <QDir>
+#include <QMenu>
+#include <QToolButton>
+
+namespace ravlin {
+
+namespace {
+
+// The buttons' places.
+constexpr int Lookup = 1;
+constexpr int Playlist = 3;
+constexpr int Play = 5;
+constexpr int Folder = 7;
+constexpr int Files = 9;
+constexpr int Selection = 12;
+constexpr int Patterns = 14;
+
+constexpr int CaptionLookup = 25;
+constexpr int CaptionWritePlaylist = 26;
+constexpr int CaptionPlay = 27;
+constexpr int CaptionRenameFolder = 28;
+constexpr int CaptionDeleteFiles = 29;
+constexpr int CaptionSelectAll = 30;
+constexpr int CaptionDeletePlaylists = 34;
+constexpr int CaptionDeleteFolder = 35;
+constexpr int CaptionSelectNone = 36;
+constexpr int CaptionMoveFiles = 37;
+constexpr int CaptionCopyFiles = 38;
+constexpr int CaptionMoveFolder = 56;
+constexpr int CaptionCopyFolder = 57;
+
+/// A command whose key the list or the tree sees to: elsewhere the key means something else, such as a letter.
+ToolbarCommand withKeyOfAView(int caption, const char *icon, const QKeySequence &key)
+{
+    return {caption, QLatin1String(icon), key, Qt::WidgetShortcut};
+}
+
+ToolbarCommand withKey(int caption, const char *icon, const QKeySequence &key)
+{
+    return {caption, QLatin1String(icon), key};
+}
+
+} // namespace
+
+CommandBar::CommandBar(
+    const CommandBarContext &context, FileCommands &files, FolderCommand &folder, LookupCommand &lookup)
+    : QObject(context.window), m_context(context), m_listMenu(new QMenu(&context.list)),
+      m_treeMenu(new QMenu(&context.tree))
+{
+    addLookupButton(lookup);
+    addPlaylistButtons(files);
+    addFolderButton(files, folder);
+    addFilesButton(files);
+    addSelectionButton();
+    addPatternsButton();
+    addFurtherActions(files);
+    connectKeys(files);
+    makeMenus();
+    connect(&context.lister, &ListController::listed, this, &CommandBar::updateEnabling);
+    connect(&files, &FileCommands::ended, this, &CommandBar::updateEnabling);
+    connect(context.list.selectionModel(), &QItemSelectionModel::selectionChanged, this, &CommandBar::updateEnabling);
+    updateEnabling();
+}
+
+void CommandBar::addLookupButton(LookupCommand &lookup)
+{
+    const ToolbarCommand command = withKey(CaptionLookup, "disc-3", Qt::Key_F3);
+    m_lookup = m_context.toolbar.addButton(Lookup, command);
+    m_lookupEntry = m_context.toolbar.addMenuEntry(Lookup, QStringLiteral("freedb"),
+        {command.caption, command.icon, command.shortcut, Qt::WidgetShortcut}); // the button has the key
+    for (QAction *action : {m_lookup, m_lookupEntry})
+        connect(action, &QAction::triggered, &lookup, &LookupCommand::openForm);
+}
+
+void CommandBar::addPlaylistButtons(FileCommands &files)
+{
+    const QKeySequence writeKey(Qt::SHIFT | Qt::Key_L);
+    const QKeySequence playKey(Qt::SHIFT | Qt::Key_P);
+    Toolbar &tb = m_context.toolbar;
+    m_writePlaylist = tb.addButton(Playlist, withKeyOfAView(CaptionWritePlaylist, "list-music", writeKey));
+    m_writeEntry = tb.addMenuEntry(
+        Playlist, QStringLiteral("lista"), withKeyOfAView(CaptionWritePlaylist, "list-music", writeKey));
+    m_deletePlaylists = tb.addMenuEntry(Playlist, QStringLiteral("blistas"),
+        withKeyOfAView(CaptionDeletePlaylists, "list-minus", QKeySequence(Qt::SHIFT | Qt::Key_B)));
+    m_play = tb.addButton(Play, withKeyOfAView(CaptionPlay, "play", playKey));
+    m_playEntry = tb.addMenuEntry(Play, QStringLiteral("play"), withKeyOfAView(CaptionPlay, "play", playKey));
+    for (QAction *action : {m_writePlaylist, m_writeEntry})
+        connect(action, &QAction::triggered, &files, &FileCommands::writePlaylist);
+    for (QAction *action : {m_play, m_playEntry})
+        connect(action, &QAction::triggered, &files, &FileCommands::playSelection);
+    connect(m_deletePlaylists, &QAction::triggered, &files, &FileCommands::deletePlaylists);
+}
+
+void CommandBar::addFolderButton(FileCommands &files, FolderCommand &folder)
+{
+    Toolbar &tb = m_context.toolbar;
+    m_renameFolder = tb.addButton(Folder, withKey(CaptionRenameFolder, "folder-pen", Qt::Key_F8));
+    m_moveFolder = tb.addMenuEntry(Folder, QStringLiteral("mcarpeta"),
+        withKey(CaptionMoveFolder, "folder-output", QKeySequence(Qt::SHIFT | Qt::Key_F6)));
+    m_copyFolder = tb.addMenuEntry(Folder, QStringLiteral("ccarpeta"),
+        withKey(CaptionCopyFolder, "folders", QKeySequence(Qt::SHIFT | Qt::Key_F7)));
+    connect(m_renameFolder, &QAction::triggered, &folder, &FolderCommand::openDialog);
+    connect(m_moveFolder, &QAction::triggered, &files, &FileCommands::moveFolder);
+    connect(m_copyFolder, &QAction::triggered, &files, &FileCommands::copyFolder);
+}
+
+void CommandBar::addFilesButton(FileCommands &files)
+{
+    Toolbar &tb = m_context.toolbar;
+    m_deleteFiles = tb.addButton(Files, withKeyOfAView(CaptionDeleteFiles, "trash-2", QKeySequence::Delete));
+    m_moveFiles =
+        tb.addMenuEntry(Files, QStringLiteral("mover"), withKey(CaptionMoveFiles, "folder-input", Qt::Key_F6));
+    m_copyFiles = tb.addMenuEntry(Files, QStringLiteral("copiar"), withKey(CaptionCopyFiles, "copy", Qt::Key_F7));
+    m_deleteFolder = tb.addMenuEntry(Files, QStringLiteral("bcarpeta"),
+        withKey(CaptionDeleteFolder, "folder-x", QKeySequence(Qt::SHIFT | Qt::Key_F8)));
+    connect(m_deleteFiles, &QAction::triggered, &files, &FileCommands::deleteFiles);
+    connect(m_moveFiles, &QAction::triggered, &files, &FileCommands::moveFiles);
+    connect(m_copyFiles, &QAction::triggered, &files, &FileCommands::copyFiles);
+    connect(m_deleteFolder, &QAction::triggered, &files, &FileCommands::deleteFolder);
+}
+
+void CommandBar::addSelectionButton()
+{
+    Toolbar &tb = m_context.toolbar;
+    m_selectAll = tb.addButton(Selection, withKey(CaptionSelectAll, "list-checks", QKeySequence::SelectAll));
+    m_selectNone = tb.addMenuEntry(Selection, QStringLiteral("none"),
+        withKey(CaptionSelectNone, "list-x", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)));
+    connect(m_selectAll, &QAction::triggered, &m_context.list, &FileList::selectAllRows);
+    connect(m_selectNone, &QAction::triggered, &m_context.list, &FileList::selectNone);
+}
+
+void CommandBar::addPatternsButton()
+{
+    m_patterns = m_context.toolbar.addButton(
+        Patterns, {Text::TitlePatterns, QStringLiteral("bookmark"), QKeySequence(Qt::Key_F9)});
+    connect(m_patterns, &QAction::triggered, this, &CommandBar::editPatterns);
+}
+
+/// Commands that have no place on the toolbar.
+void CommandBar::addFurtherActions(FileCommands &files)
+{
+    m_undo = furtherAction(QStringLiteral("undo"), QStringLiteral("undo-2"), QKeySequence::Undo);
+    m_listTree = furtherAction(QStringLiteral("listTree"), QStringLiteral("folder-tree"), Qt::Key_F2);
+    m_refreshTree = furtherAction(QStringLiteral("refreshTree"), QStringLiteral("refresh-cw"), Qt::Key_F5);
+    for (QAction *ofTheTree : {m_listTree, m_refreshTree})
+        ofTheTree->setShortcutContext(Qt::WidgetShortcut); // the tree sees to these keys
+    connect(m_undo, &QAction::triggered, &files, &FileCommands::undo);
+    connect(m_listTree, &QAction::triggered, &m_context.lister, &ListController::ListFolderTree);
+    connect(m_refreshTree, &QAction::triggered, &m_context.tree, &FolderTree::refresh);
+}
+
+QAction *CommandBar::furtherAction(const QString &name, const QString &icon, const QKeySequence &shortcut)
+{
+    auto *action = new QAction(this);
+    action->setObjectName(name);
+    action->setShortcut(shortcut);
+    action->setIcon(themedIcon(icon, m_context.window->palette()));
+    m_context.window->addAction(action);
+    return action;
+}
+
+void CommandBar::connectKeys(FileCommands &files)
+{
+    const FileList &list = m_context.list;
+    connect(&list, &FileList::deleteRequested, &files, &FileCommands::deleteFiles);
+    connect(&list, &FileList::writePlaylistRequested, &files, &FileCommands::writePlaylist);
+    connect(&list, &FileList::playRequested, &files, &FileCommands::playSelection);
+    connect(&list, &FileList::deletePlaylistsRequested, &files, &FileCommands::deletePlaylists);
+    connect(&m_context.tree, &FolderTree::deleteRequested, m_deleteFolder, &QAction::trigger);
+}
+
+void CommandBar::makeMenus()
+{
+    m_listMenu->setObjectName(QStringLiteral("listMenu"));
+    m_listMenu->addActions({m_playEntry, m_writeEntry, m_deletePlaylists});
+    m_listMenu->addSeparator();
+    m_listMenu->addAction(m_lookupEntry);
+    m_listMenu->addSeparator();
+    m_listMenu->addActions({m_moveFiles, m_copyFiles, m_deleteFiles});
+    m_listMenu->addSeparator();
+    m_listMenu->addActions({m_undo, m_selectAll, m_selectNone});
+    m_listMenu->addSeparator();
+    m_listMenu->addAction(m_patterns);
+    m_treeMenu->setObjectName(QStringLiteral("treeMenu"));
+    m_treeMenu->addActions({m_listTree, m_refreshTree});
+    m_treeMenu->addSeparator();
+    m_treeMenu->addActions({m_renameFolder, m_moveFolder, m_copyFolder, m_deleteFolder, m_deletePlaylists});
+    m_treeMenu->addSeparator();
+    m_treeMenu->addAction(m_undo);
+
+    connect(&m_context.list, &FileList::menuRequested, m_listMenu, [this](const QPoint &at) { m_listMenu->popup(at); });
+    m_context.tree.setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(&m_context.tree, &QWidget::customContextMenuRequested, m_treeMenu,
+        [this](const QPoint &at) { m_treeMenu->popup(m_context.tree.viewport()->mapToGlobal(at)); });
+    for (QMenu *menu : {m_listMenu, m_treeMenu, m_context.toolbar.button(Playlist)->menu()})
+        connect(menu, &QMenu::aboutToShow, this, &CommandBar::updatePlaylists);
+}
+
+void CommandBar::addToListMenu(QAction *action)
+{
+    m_listMenu->addAction(action);
+}
+
+void CommandBar::updateEnabling()
+{
+    const QString &folder = m_context.program.state.currentFolder;
+    const bool hasFolder = !folder.isEmpty();
+    const bool canChangeFolder = hasFolder && !QDir(folder).isRoot();
+    const bool hasRows = m_context.list.rowCount() > 0;
+    const bool hasSelection = m_context.list.selectionModel()->hasSelection();
+    for (QAction *action : {m_writePlaylist, m_play, m_selectAll})
+        action->setEnabled(hasRows);
+    for (QAction *action : {m_lookup, m_lookupEntry, m_deleteFiles, m_moveFiles, m_copyFiles, m_selectNone})
+        action->setEnabled(hasSelection);
+    // A list without files is a list, too.
+    for (QAction *action : {m_writeEntry, m_playEntry, m_deletePlaylists, m_listTree})
+        action->setEnabled(hasFolder);
+    for (QAction *action : {m_renameFolder, m_moveFolder, m_copyFolder, m_deleteFolder})
+        action->setEnabled(canChangeFolder);
+    m_undo->setEnabled(m_context.program.undoHistory.next().has_value());
+    applyCaptions();
+}
+
+/// Asked only for a menu that is about to be seen: it takes a look at the whole folder.
+void CommandBar::updatePlaylists()
+{
+    const QString &folder = m_context.program.state.currentFolder;
+    m_deletePlaylists->setEnabled(!folder.isEmpty() && !playlistsIn(folder).isEmpty());
+}
+
+Text CommandBar::undoText() const
+{
+    const std::optional<UndoSubject> subject = m_context.program.undoHistory.next();
+    if (!subject)
+        return Text::CommandUndo;
+    switch (subject->kind) {
+    case OperationKind::Copy:
+        return Text::CommandUndoCopy;
+    case OperationKind::Move:
+        return Text::CommandUndoMove;
+    case OperationKind::Trash:
+    case OperationKind::DeleteForGood:
+        return Text::CommandUndoDelete;
+    case OperationKind::Rename:
+        return Text::CommandUndoRename;
+    case OperationKind::Undo:
+        break;
+    }
+    return Text::CommandUndo;
+}
+
+void CommandBar::applyCaptions()
+{
+    const Captions &captions = m_context.program.captions;
+    m_undo->setText(captions.text(undoText()));
+    m_listTree->setText(captions.text(Text::CommandListTree));
+    m_refreshTree->setText(captions.text(Text::CommandRefresh));
+    for (QAction *action : {m_undo, m_listTree, m_refreshTree})
+        action->setToolTip(tooltipOf(action->text(), action->shortcut()));
+}
+
+void CommandBar::editPatterns()
+{
+    if (m_patternEditor != nullptr) {
+        m_patternEditor->raise();
+        m_patternEditor->activateWindow();
+        return;
+    }
+    auto *editor = new PatternEditor(m_context.program.settings, m_context.program.captions, m_context.window);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    connect(editor, &QDialog::accepted, this, &CommandBar::patternsEdited);
+    m_patternEditor = editor;
+    editor->open();
+}
+
+} // namespace ravlin

@@ -1,0 +1,123 @@
+#include "ui/app/listcontroller.h"
+
+#include "ui/app/program.h"
+#include "ui/app/statuspanels.h"
+#include "ui/controls/busy.h"
+#include "core/files/list/currentfolder.h"
+#include "ui/files/filelist.h"
+
+#include <QScrollBar>
+
+#include <tuple>
+#include <utility>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionFiles = 10;
+
+} // namespace
+
+ListController::ListController(Program &program, FileList &list, StatusPanels &panels, Busy &busy, QObject *parent)
+    : QObject(parent), m_program(program), m_list(list), m_panels(panels), m_busy(busy)
+{
+}
+
+void ListController::openFolder(const QString &path)
+{
+    list(path, &ravlin::RefreshList);
+}
+
+void ListController::RefreshList()
+{
+    list(m_program.state.currentFolderAsChosen, &ravlin::RefreshList);
+}
+
+void ListController::RefreshListAt(const QString &rowText)
+{
+    m_nextCurrent = rowText;
+    RefreshList();
+    m_nextCurrent.clear();
+}
+
+void ListController::ListFolderTree()
+{
+    list(m_program.state.currentFolderAsChosen, &RefreshListTree);
+}
+
+void ListController::list(const QString &folder, Listing (*scan)(const QString &, const ScanOptions &))
+{
+    if (folder.isEmpty() || m_busy.isRunning())
+        return;
+    ProgramState &state = m_program.state;
+    const QString formerFolder = state.currentFolder;
+    enterFolder(state, folder, m_program.fileSystem);
+    Listing listing;
+    std::ignore =
+        m_busy.run(0, [&](BusyProgress &progress) { listing = scan(state.currentFolder, optionsWith(progress)); });
+    if (state.currentFolder == formerFolder)
+        fillAgain(std::move(listing.rows));
+    else
+        m_list.setRows(std::move(listing.rows));
+    showCurrentRow();
+    m_list.selectAllRows();
+    Q_EMIT listed();
+}
+
+/// The same folder's rows: who works down a list stays at the file and the place where they are.
+void ListController::fillAgain(std::vector<ListRow> rows)
+{
+    const QString currentText = m_nextCurrent.isEmpty() ? m_list.currentRowText() : m_nextCurrent;
+    const int place = m_list.verticalScrollBar()->value();
+    m_list.setRows(std::move(rows));
+    const int row = m_list.rowOf(currentText);
+    if (row < 0)
+        return;
+    m_list.verticalScrollBar()->setValue(place);
+    m_list.setCurrentRow(row, FileList::Selection::Keep);
+}
+
+/// Reading through the cache, told to the wait window file by file.
+ScanOptions ListController::optionsWith(BusyProgress &progress) const
+{
+    ScanOptions options;
+    options.cache = &m_program.tagCache;
+    options.progress = [&progress, told = std::size_t{0}](const ScanProgress &scanned) mutable {
+        progress.setSteps(static_cast<int>(scanned.total));
+        for (; told < scanned.done; ++told)
+            progress.step(scanned.name);
+    };
+    return options;
+}
+
+void ListController::RefreshListTags()
+{
+    const QStringList texts = m_list.rowTexts();
+    std::vector<std::optional<ListedFile>> tags;
+    const bool ran = m_busy.run(static_cast<int>(texts.size()), [&](BusyProgress &progress) {
+        tags = readListTags(m_program.state.currentFolder, texts, optionsWith(progress));
+    });
+    if (ran)
+        m_list.setTags(tags);
+}
+
+const QString &ListController::currentFolder() const
+{
+    return m_program.state.currentFolder;
+}
+
+QString ListController::pathOfRow(int row) const
+{
+    return row < 0 ? QString() : currentFolder() + m_list.rowText(row);
+}
+
+void ListController::showCurrentRow()
+{
+    const int row = m_list.currentRow();
+    const StatusTexts texts = statusTexts(m_list.rowCount(), m_program.captions.text(CaptionFiles),
+        m_program.state.currentFolder, row < 0 ? QString() : m_list.rowText(row));
+    m_panels.setTexts(texts.panel1, texts.panel2);
+}
+
+} // namespace ravlin

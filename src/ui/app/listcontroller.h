@@ -1,0 +1,61 @@
+#pragma once
+
+#include "core/files/list/folderscan.h"
+
+#include <QObject>
+#include <QString>
+
+#include <vector>
+
+namespace ravlin {
+
+class Busy;
+class BusyProgress;
+class FileList;
+class StatusPanels;
+struct Program;
+
+/// Keeps the file list, the current folder and the status panels together: lists folders, with the wait window while it
+/// takes long, and shows the file that the list's current row stands for.
+class ListController : public QObject
+{
+    Q_OBJECT
+
+public:
+    ListController(Program &program, FileList &list, StatusPanels &panels, Busy &busy, QObject *parent);
+
+    /// Makes a folder the current one and lists it.
+    void openFolder(const QString &path);
+    /// Lists the current folder again, without the folders below it. The current row stays the one of the same file.
+    void RefreshList();
+    /// The same after files were renamed: the current row becomes the one of that text, where there is one.
+    void RefreshListAt(const QString &rowText);
+    /// Lists the current folder with all folders below it.
+    void ListFolderTree();
+    /// Reads the tags of all rows again; the rows and their order stay.
+    void RefreshListTags();
+
+    /// With the separator at its end.
+    const QString &currentFolder() const;
+    /// The file of a row: current folder and row text; empty for no row.
+    QString pathOfRow(int row) const;
+    /// Shows the current row's file in the status panels.
+    void showCurrentRow();
+
+Q_SIGNALS:
+    /// The list was filled anew; all rows are selected.
+    void listed();
+
+private:
+    void list(const QString &folder, Listing (*scan)(const QString &currentFolder, const ScanOptions &options));
+    void fillAgain(std::vector<ListRow> rows);
+    ScanOptions optionsWith(BusyProgress &progress) const;
+
+    Program &m_program;
+    FileList &m_list;
+    StatusPanels &m_panels;
+    Busy &m_busy;
+    QString m_nextCurrent; ///< the row that becomes current with the next filling; empty: the one that is
+};
+
+} // namespace ravlin

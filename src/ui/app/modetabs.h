@@ -1,0 +1,43 @@
+#pragma once
+
+#include "core/app/texttable.h"
+
+#include <QTabWidget>
+
+#include <functional>
+#include <vector>
+
+namespace ravlin {
+
+class Captions;
+
+/// The strip of working modes at the foot of the main window. Each mode is a page with a tab, whose text and tooltip
+/// are captions; pages are made by whoever adds them, in the order of the tabs.
+class ModeTabs : public QTabWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ModeTabs(QWidget *parent);
+
+    /// page: becomes the tabs' own. The numbers are those of captions; applyPageCaptions puts the current language's
+    /// texts on the page itself.
+    void addPage(QWidget *page, int textCaption, int tipCaption, std::function<void()> applyPageCaptions);
+
+    /// Puts the current language's texts on the tabs and pages.
+    void applyCaptions(const Captions &captions);
+
+private:
+    struct Page
+    {
+        int textCaption;
+        int tipCaption;
+        std::function<void()> applyCaptions;
+    };
+
+    void nameArrows(const Captions &captions);
+
+    std::vector<Page> m_pages; ///< by the tabs' indices
+};
+
+} // namespace ravlin

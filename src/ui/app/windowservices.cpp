@@ -1,0 +1,106 @@
+#include "ui/app/windowservices.h"
+
+#include "ui/app/listcontroller.h"
+#include "ui/controls/busy.h"
+#include "ui/files/filelist.h"
+
+#include <QMessageBox>
+
+namespace ravlin {
+
+namespace {
+
+class ForwardedProgress final : public BatchProgress
+{
+public:
+    explicit ForwardedProgress(BusyProgress &progress) : m_progress(progress) {}
+    void advance(const QString &path) override { m_progress.step(path); }
+
+private:
+    BusyProgress &m_progress;
+};
+
+} // namespace
+
+WindowServices::WindowServices(
+    ProgramState &state, FileList &list, ListController &controller, Busy &busy, QWidget *window)
+    : QObject(window), m_state(state), m_list(list), m_controller(controller), m_busy(busy), m_window(window)
+{
+}
+
+QString WindowServices::currentPath() const
+{
+    return m_controller.pathOfRow(m_list.currentRow());
+}
+
+QStringList WindowServices::selectedPaths() const
+{
+    QStringList paths = m_list.selectedRowTexts();
+    for (QString &path : paths)
+        path.prepend(m_controller.currentFolder());
+    return paths;
+}
+
+qsizetype WindowServices::selectedCount() const
+{
+    qsizetype count = 0;
+    for (const QItemSelectionRange &range : m_list.selectionModel()->selection())
+        count += range.height();
+    return count;
+}
+
+bool WindowServices::moveCurrent(qsizetype step)
+{
+    const QModelIndex current = m_list.currentIndex();
+    const QModelIndex next = current.siblingAtRow(static_cast<int>(current.row() + step));
+    if (!current.isValid() || !next.isValid())
+        return false;
+    QItemSelectionModel *selection = m_list.selectionModel();
+    selection->select(current, QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+    m_list.setCurrentRow(next.row(), FileList::Selection::Keep);
+    selection->select(next, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    m_controller.showCurrentRow();
+    return true;
+}
+
+void WindowServices::refreshList()
+{
+    m_controller.RefreshList();
+}
+
+void WindowServices::refreshListAt(const QString &path)
+{
+    const QString &folder = m_controller.currentFolder();
+    m_controller.RefreshListAt(path.startsWith(folder) ? path.mid(folder.size()) : QString());
+}
+
+bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work)
+{
+    if (m_busy.isRunning())
+        return false;
+    // A refusal for want of space holds for the batch that it ended. Left standing it would make every later save in
+    // this folder do nothing without a word; each has its own check and its own message.
+    m_state.cancelled = false;
+    return m_busy.run(static_cast<int>(rowCount), [&work](BusyProgress &progress) {
+        ForwardedProgress forwarded(progress);
+        work(forwarded);
+    });
+}
+
+bool WindowServices::ask(const QString &question)
+{
+    QMessageBox box(QMessageBox::Question, QString(), question, QMessageBox::Yes | QMessageBox::No, m_window);
+    box.setObjectName(QStringLiteral("question"));
+    box.setTextFormat(Qt::PlainText);
+    return box.exec() == QMessageBox::Yes;
+}
+
+void WindowServices::showError(const QString &text)
+{
+    QMessageBox box(QMessageBox::Critical, QString(), text, QMessageBox::Ok, m_window);
+    box.setObjectName(QStringLiteral("error"));
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}
+
+} // namespace ravlin

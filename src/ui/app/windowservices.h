@@ -1,0 +1,43 @@
+#pragma once
+
+#include "core/app/pageowner.h"
+
+#include <QObject>
+
+class QWidget;
+
+namespace ravlin {
+
+class Busy;
+class Captions;
+class FileList;
+class ListController;
+struct ProgramState;
+
+/// What the pages of the tab strip ask of the window: the list's rows, long work with the wait window, and boxes.
+class WindowServices : public QObject, public PageOwner
+{
+    Q_OBJECT
+
+public:
+    WindowServices(ProgramState &state, FileList &list, ListController &controller, Busy &busy, QWidget *window);
+
+    QString currentPath() const override;
+    QStringList selectedPaths() const override;
+    qsizetype selectedCount() const override;
+    bool moveCurrent(qsizetype step) override;
+    void refreshList() override;
+    void refreshListAt(const QString &path) override;
+    bool runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) override;
+    bool ask(const QString &question) override;
+    void showError(const QString &text) override;
+
+private:
+    ProgramState &m_state;
+    FileList &m_list;
+    ListController &m_controller;
+    Busy &m_busy;
+    QWidget *m_window;
+};
+
+} // namespace ravlin

@@ -1,0 +1,53 @@
+#include "ui/controls/elidedlabel.h"
+
+#include <QEvent>
+
+namespace ravlin {
+
+ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void ElidedLabel::setFullText(const QString &text, const QString &detail)
+{
+    m_fullText = text;
+    m_detail = detail;
+    setAccessibleName(text);
+    elide();
+    updateGeometry();
+}
+
+QSize ElidedLabel::sizeHint() const
+{
+    return {fontMetrics().horizontalAdvance(m_fullText) + 2 * margin(), minimumSizeHint().height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const
+{
+    constexpr int FewLetters = 8;
+    return {fontMetrics().averageCharWidth() * FewLetters, fontMetrics().height() + 2 * margin()};
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent *event)
+{
+    QLabel::resizeEvent(event);
+    elide();
+}
+
+void ElidedLabel::changeEvent(QEvent *event)
+{
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        elide();
+}
+
+void ElidedLabel::elide()
+{
+    setText(fontMetrics().elidedText(m_fullText, Qt::ElideMiddle, contentsRect().width()));
+    const QString told = m_detail.isEmpty() && text() != m_fullText ? m_fullText : m_detail;
+    setToolTip(told.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(told.toHtmlEscaped()));
+}
+
+} // namespace ravlin

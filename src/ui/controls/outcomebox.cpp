@@ -1,0 +1,58 @@
+#include "ui/controls/outcomebox.h"
+
+#include "core/app/idiomas.h"
+
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QStyle>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionOk = 59;
+constexpr int LineLetters = 70; ///< width of the list in average letters
+constexpr qsizetype MostLines = 12;
+
+} // namespace
+
+OutcomeBox::OutcomeBox(const Captions &captions, const QString &headline, const QStringList &lines, QWidget *parent)
+    : QDialog(parent)
+{
+    setObjectName(QStringLiteral("outcome"));
+    setWindowTitle(QStringLiteral("ravlin!"));
+    auto *sign = new QLabel(this);
+    const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
+    sign->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, this).pixmap(size, size));
+    auto *head = new QLabel(headline, this);
+    head->setObjectName(QStringLiteral("outcomeHeadline"));
+    head->setTextFormat(Qt::PlainText);
+    auto *list = new QListWidget(this);
+    list->setObjectName(QStringLiteral("outcomeLines"));
+    list->setAccessibleName(captions.text(Text::NameOutcome));
+    list->addItems(lines);
+    list->setWordWrap(true);
+    list->setMinimumWidth(fontMetrics().averageCharWidth() * LineLetters);
+    const auto height = std::clamp<qsizetype>(2 * list->count(), 3, MostLines);
+    list->setMinimumHeight(static_cast<int>(height) * fontMetrics().lineSpacing());
+    auto *ok = new QPushButton(captions.text(CaptionOk), this);
+    ok->setObjectName(QStringLiteral("outcomeOk"));
+    ok->setDefault(true);
+    ok->setFocus();
+    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+
+    auto *top = new QHBoxLayout;
+    top->addWidget(sign);
+    top->addWidget(head, 1);
+    auto *rows = new QVBoxLayout(this);
+    rows->addLayout(top);
+    rows->addWidget(list, 1);
+    rows->addWidget(ok, 0, Qt::AlignRight);
+    setAccessibleDescription(headline);
+}
+
+} // namespace ravlin

@@ -1,0 +1,119 @@
+#include "ui/files/operationdialogs.h"
+
+#include "core/app/idiomas.h"
+#include "ui/controls/busy.h"
+#include "core/files/list/listcolumns.h"
+#include "ui/files/outcomedialog.h"
+#include "ui/files/takennamedialog.h"
+#include "core/storage/leftovers.h"
+
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <algorithm>
+#include <utility>
+
+namespace ravlin {
+
+namespace {
+
+constexpr qsizetype NamedInQuestion = 8; ///< files that a question names one by one
+
+bool isFolder(const QString &path)
+{
+    const auto node = platform::nodeAt(path);
+    return node && node->kind == platform::NodeKind::Folder;
+}
+
+QString nameIn(const QString &path)
+{
+    return shownName(platform::nameOf(path));
+}
+
+} // namespace
+
+OperationDialogs::OperationDialogs(const Captions &captions, Busy &busy, QWidget *window)
+    : m_captions(captions), m_busy(busy), m_window(window)
+{
+}
+
+bool OperationDialogs::takeHasWorked()
+{
+    return std::exchange(m_hasWorked, false);
+}
+
+std::optional<ClashDecision> OperationDialogs::askClash(const Clash &clash)
+{
+    TakenNameDialog dialog(m_captions, clash, m_window);
+    const std::optional<ClashDecision> decision = dialog.decide();
+    if (!decision)
+        m_hasWorked = false; // all that was done is to look
+    return decision;
+}
+
+QString OperationDialogs::questionAbout(const QStringList &paths, const Question &question) const
+{
+    if (paths.size() != 1)
+        return m_captions.text(question.manyFiles).arg(paths.size());
+    const QString &path = paths.front();
+    return m_captions.text(isFolder(path) ? question.folder : question.oneFile).arg(nameIn(path));
+}
+
+bool OperationDialogs::confirmTrash(const QStringList &paths)
+{
+    return ask(questionAbout(paths, {Text::AskTrashFile, Text::AskTrashFiles, Text::AskTrashFolder}), paths, false);
+}
+
+bool OperationDialogs::confirmDeleteForGood(const QStringList &paths)
+{
+    return ask(questionAbout(paths, {Text::AskDeleteFile, Text::AskDeleteFiles, Text::AskDeleteFolder}), paths, true);
+}
+
+/// The trash gives back what a hasty Enter puts there; nothing gives back what is deleted for good.
+bool OperationDialogs::ask(const QString &question, const QStringList &paths, bool isForGood)
+{
+    QMessageBox box(isForGood ? QMessageBox::Warning : QMessageBox::Question, QString(), question,
+        QMessageBox::Yes | QMessageBox::No, m_window);
+    box.setObjectName(QStringLiteral("question"));
+    box.setTextFormat(Qt::PlainText);
+    box.setDefaultButton(isForGood ? QMessageBox::No : QMessageBox::Yes);
+    box.setEscapeButton(QMessageBox::No);
+    if (paths.size() > 1) {
+        QStringList names;
+        const qsizetype named = std::min(paths.size(), NamedInQuestion);
+        for (const QString &path : paths.first(named))
+            names << nameIn(path);
+        if (paths.size() > named)
+            names << m_captions.text(Text::AndMore).arg(paths.size() - named);
+        box.setInformativeText(names.join(u'\n'));
+    }
+    return box.exec() == QMessageBox::Yes;
+}
+
+bool OperationDialogs::runLong(OperationKind /*kind*/, const std::function<void(const TransferOptions &)> &work)
+{
+    std::stop_source stop;
+    const bool ran = m_busy.run(0, stop, [&](BusyProgress &shown) {
+        TransferOptions options;
+        options.stop = stop.get_token();
+        options.progress = [&shown, told = qsizetype{0}](const TransferProgress &progress) mutable {
+            if (progress.bytesTotal > 0) {
+                shown.setBytes(progress.bytesDone, progress.bytesTotal, shownName(progress.path));
+                return;
+            }
+            shown.setSteps(static_cast<int>(progress.itemsTotal));
+            for (; told < progress.itemsDone; ++told)
+                shown.step(shownName(progress.path));
+        };
+        work(options);
+    });
+    m_hasWorked = m_hasWorked || ran;
+    return ran;
+}
+
+void OperationDialogs::tell(const OperationReport &report)
+{
+    OutcomeDialog(m_captions, report, m_window).exec();
+}
+
+} // namespace ravlin

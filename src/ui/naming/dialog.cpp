@@ -1,0 +1,178 @@
+#include "ui/naming/dialog.h"
+
+#include "core/app/idiomas.h"
+#include "core/app/settings.h"
+#include "ui/controls/making.h"
+#include "core/files/list/listcolumns.h"
+#include "core/files/renaming/renamefromtags.h"
+#include "core/naming/filename.h"
+#include "core/naming/namingrecord.h"
+#include "core/naming/placeholders.h"
+#include "ui/naming/patternbox.h"
+#include "ui/naming/placeholderbox.h"
+#include "ui/naming/problemtext.h"
+#include "core/tags/store/tagstore.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <tuple>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionAlbum = 15;
+constexpr int CaptionArtist = 16;
+constexpr int CaptionVariables = 19;
+constexpr int CaptionRename = 20;
+constexpr int CaptionAdvanced = 21;
+constexpr int CaptionTitle = 28;
+constexpr int CaptionCancel = 60;
+constexpr int LabelsInARow = 4;
+constexpr int NameLetters = 50; ///< width of a usual folder name in average letters
+
+} // namespace
+
+Dialog::Dialog(const DialogContext &context, const QString &folder, const QString &firstFile, QWidget *parent)
+    : QDialog(parent), m_context(context), m_folder(folder)
+{
+    setObjectName(QStringLiteral("Dialog"));
+    setWindowModality(Qt::WindowModal);
+    TagRecord record;
+    if (!firstFile.isEmpty() && readTagForNaming(m_context.tagStore, firstFile, record))
+        m_record = record;
+    createControls();
+    arrange();
+    applyCaptions();
+    showRule(FolderRule::restored(m_context.settings));
+    connectControls();
+    showNewName();
+    avanzado->setFocus();
+}
+
+void Dialog::createControls()
+{
+    Check1 = made<QCheckBox>("Check1", this);
+    Check2 = made<QCheckBox>("Check2", this);
+    avanzado = new PatternBox(QStringLiteral("avanzado"), PatternHistory::Folder, m_context.settings, this);
+    m_placeholders = new PlaceholderBox(CaptionVariables, folderPlaceholders(), LabelsInARow, this);
+    m_newNameLabel = made<QLabel>("newNameLabel", this);
+    m_newName = made<QLabel>("newName", this);
+    OKButton = made<QPushButton>("OKButton", this);
+    CancelButton = made<QPushButton>("CancelButton", this);
+    OKButton->setDefault(true);
+    CancelButton->setAutoDefault(false);
+    m_newName->setTextFormat(Qt::PlainText);
+    m_newName->setWordWrap(true);
+    m_newName->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_newName->setMinimumWidth(fontMetrics().averageCharWidth() * NameLetters);
+}
+
+void Dialog::arrange()
+{
+    auto *rows = new QVBoxLayout(this);
+    auto *advanced = new QHBoxLayout;
+    advanced->addWidget(Check2);
+    advanced->addWidget(avanzado, 1);
+    auto *name = new QHBoxLayout;
+    name->addWidget(m_newNameLabel, 0, Qt::AlignTop);
+    name->addWidget(m_newName, 1);
+    auto *foot = new QHBoxLayout;
+    foot->addStretch();
+    foot->addWidget(OKButton);
+    foot->addWidget(CancelButton);
+    rows->addWidget(Check1);
+    rows->addLayout(advanced);
+    rows->addWidget(m_placeholders);
+    rows->addLayout(name);
+    rows->addStretch();
+    rows->addLayout(foot);
+}
+
+void Dialog::connectControls()
+{
+    connect(Check1, &QCheckBox::toggled, this, [this](bool on) {
+        if (on)
+            Check2->setChecked(false);
+        showNewName();
+    });
+    connect(Check2, &QCheckBox::toggled, this, [this](bool on) {
+        if (on)
+            Check1->setChecked(false);
+        showNewName();
+    });
+    connect(avanzado, &PatternBox::editTextChanged, this, &Dialog::showNewName);
+    connect(m_placeholders, &PlaceholderBox::clicked, avanzado, &PatternBox::append);
+    connect(OKButton, &QPushButton::clicked, this, &Dialog::accept);
+    connect(CancelButton, &QPushButton::clicked, this, &Dialog::reject);
+}
+
+void Dialog::applyCaptions()
+{
+    const Captions &captions = m_context.captions;
+    setWindowTitle(captions.text(CaptionTitle));
+    Check1->setText(QStringLiteral("%1 - %2").arg(captions.text(CaptionArtist), captions.text(CaptionAlbum)));
+    Check2->setText(captions.text(CaptionAdvanced));
+    avanzado->setName(captions.text(CaptionAdvanced));
+    avanzado->setToolTip(captions.text(Text::TipFolderPattern));
+    for (QCheckBox *check : {Check1, Check2})
+        check->setToolTip(captions.text(Text::TipFolderRule));
+    m_placeholders->applyCaptions(captions);
+    m_newNameLabel->setText(captions.text(Text::LabelNewName));
+    OKButton->setText(captions.text(CaptionRename));
+    CancelButton->setText(captions.text(CaptionCancel));
+}
+
+void Dialog::showRule(const FolderRule &rule)
+{
+    Check1->setChecked(rule.artistAlbum);
+    Check2->setChecked(rule.pattern);
+    avanzado->setText(rule.patternText);
+}
+
+FolderRule Dialog::rule() const
+{
+    return {Check1->isChecked(), Check2->isChecked(), avanzado->text()};
+}
+
+std::optional<RenameWish> Dialog::wish() const
+{
+    return m_record ? folderRenameWish(m_folder, *m_record, rule()) : std::nullopt;
+}
+
+void Dialog::showNewName()
+{
+    const Captions &captions = m_context.captions;
+    QString shown;
+    if (!m_record) {
+        shown = captions.text(Text::NoFirstTag);
+    } else if (const std::optional<RenameWish> wanted = wish()) {
+        shown = shownName(wanted->to.mid(folderPart(wanted->from).size()));
+        if (wanted->problem)
+            shown += QStringLiteral("\n") + problemText(captions, *wanted->problem);
+    } else {
+        shown = captions.text(Text::NoNewName);
+    }
+    m_newName->setText(shown);
+    m_newName->setAccessibleName(m_newNameLabel->text());
+    m_newName->setAccessibleDescription(shown);
+}
+
+void Dialog::done(int result)
+{
+    rule().store(m_context.settings);
+    if (result == Accepted && Check2->isChecked())
+        avanzado->remember();
+    // The values count for this run all the same; the file is tried again at the end of the program.
+    std::ignore = m_context.settings.save();
+    const std::optional<RenameWish> wanted = wish();
+    QDialog::done(result);
+    if (result == Accepted && wanted)
+        Q_EMIT renameRequested(*wanted);
+}
+
+} // namespace ravlin

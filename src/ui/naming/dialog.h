@@ -1,0 +1,81 @@
+#pragma once
+
+#include "core/files/renaming/renamewish.h"
+#include "core/naming/foldername.h"
+#include "core/platform/error.h"
+#include "core/platform/filesystem.h"
+#include "core/tags/record/tagrecord.h"
+
+#include <QDialog>
+
+#include <optional>
+
+class QCheckBox;
+class QLabel;
+class QPushButton;
+
+namespace ravlin {
+
+class Captions;
+class PatternBox;
+class PlaceholderBox;
+class Settings;
+class TagStore;
+
+/// What the dialog works with. All of it outlives the dialog.
+struct DialogContext
+{
+    Settings &settings;
+    const Captions &captions;
+    const TagStore &tagStore;
+    platform::FileSystem &fileSystem;
+};
+
+/// The dialog that renames a folder after the tag of its first file: by artist and album, or by a pattern. It shows the
+/// new name while the rule is being made up.
+///
+/// Its settings are read when it is made and written whenever it is closed. It renames nothing itself: whoever opens it
+/// does, when it has been accepted.
+class Dialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// folder: its path, with or without a separator at the end. firstFile: the file whose tag is taken; empty when the
+    /// folder's list is.
+    Dialog(const DialogContext &context, const QString &folder, const QString &firstFile, QWidget *parent = nullptr);
+
+    /// What the chosen rule asks for; nothing when no rule is chosen, it makes no name, or there is no file whose tag
+    /// could be read.
+    std::optional<RenameWish> wish() const;
+
+    void done(int result) override;
+
+Q_SIGNALS:
+    /// The user wants the folder to be renamed so; the dialog is closed by then.
+    void renameRequested(const RenameWish &wish);
+
+private:
+    void createControls();
+    void arrange();
+    void connectControls();
+    void applyCaptions();
+    void showRule(const FolderRule &rule);
+    FolderRule rule() const;
+    void showNewName();
+
+    DialogContext m_context;
+    QString m_folder;
+    std::optional<TagRecord> m_record; ///< of the first file; none when there is none, or it can't be read
+
+    QCheckBox *Check1 = nullptr;
+    QCheckBox *Check2 = nullptr;
+    PatternBox *avanzado = nullptr;
+    PlaceholderBox *m_placeholders = nullptr; ///< lt_0 to lt_3
+    QLabel *m_newNameLabel = nullptr;
+    QLabel *m_newName = nullptr;
+    QPushButton *OKButton = nullptr;
+    QPushButton *CancelButton = nullptr;
+};
+
+} // namespace ravlin

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "ui/controls/pagearea.h"
+#include "ui/naming/namingcontext.h"
+
+class QLabel;
+class QPushButton;
+
+namespace ravlin {
+
+class PatternBox;
+class PlaceholderBox;
+
+/// The page that fills tags from file names: the pattern of the names, the labels of its placeholders, the run and its
+/// preview.
+///
+/// The window that holds it calls selectionChanged() whenever rows were selected or unselected, and applyCaptions() at
+/// a change of the language.
+class ExtractPage : public PageArea
+{
+    Q_OBJECT
+
+public:
+    explicit ExtractPage(const NamingContext &context, QWidget *parent = nullptr);
+
+    /// Says how many files a run would write.
+    void selectionChanged();
+    void applyCaptions();
+
+Q_SIGNALS:
+    /// A run has ended and the list was filled again: the current row is to be shown again.
+    void finished();
+
+protected:
+    void applyIcons() override;
+
+private:
+    QWidget *createContent();
+    void connectControls();
+    void run();
+    void showPreview();
+
+    NamingContext m_context;
+    QLabel *m_patternLabel;
+    PatternBox *tpatron;
+    PlaceholderBox *m_placeholders; ///< lt_9 to lt_15, lt_17
+    QLabel *m_hint;
+    QPushButton *m_preview;
+    QPushButton *extrae;
+};
+
+} // namespace ravlin

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/naming/placeholders.h"
+
+#include <QGroupBox>
+
+#include <vector>
+
+namespace ravlin {
+
+class Captions;
+class PlaceholderLabel;
+
+/// A frame with the clickable labels `lt` of a pattern's placeholders.
+class PlaceholderBox : public QGroupBox
+{
+    Q_OBJECT
+
+public:
+    /// titleCaption: the frame's caption number. The labels stand in rows of that many, in the order of the table.
+    PlaceholderBox(int titleCaption, std::span<const Placeholder> table, int columns, QWidget *parent);
+
+    void applyCaptions(const Captions &captions);
+    /// In the order of the table.
+    const std::vector<PlaceholderLabel *> &labels() const { return m_labels; }
+
+Q_SIGNALS:
+    void clicked(const QString &placeholder);
+
+private:
+    int m_titleCaption;
+    std::span<const Placeholder> m_table;
+    std::vector<PlaceholderLabel *> m_labels;
+};
+
+} // namespace ravlin

@@ -1,0 +1,178 @@
+#include "ui/naming/preview.h"
+
+#include "core/app/idiomas.h"
+#include "core/app/pageowner.h"
+#include "ui/controls/icons.h"
+#include "ui/naming/previewlines.h"
+#include "core/tags/store/tagstore.h"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionOk = 59;
+constexpr QSize StartSize(940, 520);
+
+} // namespace
+
+void preview::open(const NamingContext &context, const PreviewRequest &request, QWidget *parent)
+{
+    auto *window = new preview(context, parent);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    if (!window->load(request)) {
+        delete window;
+        return;
+    }
+    window->show();
+}
+
+preview::preview(const NamingContext &context, QWidget *parent)
+    : QDialog(parent), m_context(context), m_model(new PreviewModel(this)), ListView1(new QTreeView(this)),
+      m_remark(new QLabel(this)), m_summary(new QLabel(this)), m_close(new QPushButton(this))
+{
+    setObjectName(QStringLiteral("preview"));
+    setWindowTitle(QStringLiteral("preview"));
+    setWindowModality(Qt::WindowModal);
+    setSizeGripEnabled(true);
+    createControls();
+    applyCaptions();
+    applyIcons();
+    resize(StartSize.boundedTo(screen()->availableSize() * 9 / 10));
+}
+
+void preview::createControls()
+{
+    ListView1->setObjectName(QStringLiteral("ListView1"));
+    ListView1->setModel(m_model);
+    ListView1->setRootIsDecorated(false);
+    ListView1->setItemsExpandable(false);
+    ListView1->setUniformRowHeights(true);
+    ListView1->setAlternatingRowColors(true);
+    ListView1->setAllColumnsShowFocus(true);
+    ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    ListView1->setSelectionMode(QAbstractItemView::NoSelection); // a selected row would lose its mark's colour
+    ListView1->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    ListView1->header()->setStretchLastSection(false);
+    ListView1->header()->setHighlightSections(false);
+    ListView1->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    m_remark->setObjectName(QStringLiteral("remark"));
+    m_remark->setTextFormat(Qt::PlainText);
+    m_remark->setWordWrap(true);
+    m_summary->setObjectName(QStringLiteral("summary"));
+    m_close->setObjectName(QStringLiteral("close"));
+    m_close->setDefault(true);
+
+    auto *foot = new QHBoxLayout;
+    foot->addWidget(m_remark, 1);
+    foot->addWidget(m_summary);
+    foot->addWidget(m_close);
+    auto *rows = new QVBoxLayout(this);
+    rows->addWidget(ListView1);
+    rows->addLayout(foot);
+    connect(m_close, &QPushButton::clicked, this, &preview::close);
+    connect(ListView1->selectionModel(), &QItemSelectionModel::currentChanged, this, &preview::showRemark);
+    ListView1->setFocus();
+}
+
+void preview::applyCaptions()
+{
+    const Captions &captions = m_context.captions;
+    constexpr std::array<int, 6> HeaderCaptions{55, 13, 54, 16, 15, 12};
+    QStringList texts;
+    for (const int caption : HeaderCaptions)
+        texts << captions.text(caption);
+    m_model->setHeaderTexts(texts << QStringLiteral("id3v1") << QStringLiteral("id3v2"));
+    ListView1->setAccessibleName(windowTitle());
+    m_close->setText(captions.text(CaptionOk));
+}
+
+void preview::applyIcons()
+{
+    m_model->setMarkIcons(
+        themedIcon(QStringLiteral("equal"), palette()), themedIcon(QStringLiteral("triangle-alert"), palette()));
+}
+
+void preview::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && m_model != nullptr)
+        applyIcons();
+}
+
+std::vector<PreviewLine> preview::linesFor(const PreviewRequest &request, BatchProgress &progress) const
+{
+    const NamingContext &context = m_context;
+    switch (context.state.previewMode) {
+    case PreviewMode::Extrae:
+        return extractionLines(
+            previewExtraction(request.paths, request.pattern, context.tagStore, progress), context.captions);
+    case PreviewMode::Rename:
+        return renamingLines(
+            planFileRenaming(request.paths, request.rule, context.tagStore, context.fileSystem, progress),
+            context.captions);
+    case PreviewMode::None:
+        break;
+    }
+    return {};
+}
+
+bool preview::load(const PreviewRequest &request)
+{
+    std::vector<PreviewLine> lines;
+    const bool ran = m_context.owner.runWithProgress(
+        request.paths.size(), [&](BatchProgress &progress) { lines = linesFor(request, progress); });
+    if (!ran)
+        return false;
+    m_model->setLines(std::move(lines));
+    fitColumns();
+    const int marked = m_model->markedCount();
+    m_summary->setText(
+        marked == 0 ? QString() : m_context.captions.text(Text::PreviewMarked).arg(marked).arg(m_model->rowCount()));
+    ListView1->setCurrentIndex(m_model->index(0, 0));
+    showRemark();
+    return true;
+}
+
+/// As wide as the texts; where that is too much for the window, the columns of names share what the others leave.
+void preview::fitColumns()
+{
+    constexpr std::array<int, 4> NameColumns{0, 2, 3, 4};
+    QHeaderView *header = ListView1->header();
+    const QMargins margins = layout()->contentsMargins();
+    const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 2 * ListView1->frameWidth();
+    int tooMuch = margins.left() + margins.right() + bar - width();
+    int ofNames = 0;
+    for (int column = 0; column < PreviewModel::ColumnCount; ++column) {
+        ListView1->resizeColumnToContents(column);
+        tooMuch += header->sectionSize(column);
+        if (std::ranges::find(NameColumns, column) != NameColumns.end())
+            ofNames += header->sectionSize(column);
+    }
+    if (tooMuch <= 0)
+        return;
+    for (const int column : NameColumns) {
+        const int size = header->sectionSize(column);
+        header->resizeSection(
+            column, std::max(header->sectionSizeHint(column), size - (tooMuch * size + ofNames - 1) / ofNames));
+    }
+}
+
+void preview::showRemark()
+{
+    const QModelIndex current = ListView1->currentIndex();
+    m_remark->setText(
+        current.isValid() ? m_model->lineAt(current.row()).remarks.join(QStringLiteral("; ")) : QString());
+}
+
+} // namespace ravlin

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "core/naming/newname.h"
+#include "ui/naming/namingcontext.h"
+#include "ui/naming/previewmodel.h"
+
+#include <QDialog>
+#include <QStringList>
+
+class QLabel;
+class QPushButton;
+class QTreeView;
+
+namespace ravlin {
+
+/// What is to be previewed.
+struct PreviewRequest
+{
+    QStringList paths; ///< the files, in list order
+    QString pattern;   ///< for the extraction
+    NamingRule rule;   ///< for the renaming
+};
+
+/// The window that shows what the extraction or the renaming would do to the selected files, before anything is
+/// written. Which of the two, the program's preview mode says.
+///
+/// It keeps the main window waiting, so that what it shows stays true, and deletes itself when it is closed.
+class preview : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// Computes the rows, with progress, and shows the window. Nothing happens while other work is under way.
+    static void open(const NamingContext &context, const PreviewRequest &request, QWidget *parent);
+
+    explicit preview(const NamingContext &context, QWidget *parent = nullptr);
+
+    /// Fills the list. False, and the list stays as it was, while other work is under way.
+    bool load(const PreviewRequest &request);
+
+protected:
+    void changeEvent(QEvent *event) override;
+
+private:
+    void createControls();
+    void applyCaptions();
+    void applyIcons();
+    void fitColumns();
+    void showRemark();
+    std::vector<PreviewLine> linesFor(const PreviewRequest &request, BatchProgress &progress) const;
+
+    NamingContext m_context;
+    PreviewModel *m_model;
+    QTreeView *ListView1;
+    QLabel *m_remark;
+    QLabel *m_summary;
+    QPushButton *m_close;
+};
+
+} // namespace ravlin

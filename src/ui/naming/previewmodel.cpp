@@ -1,0 +1,145 @@
+#include "ui/naming/previewmodel.h"
+
+#include "core/files/list/listcolumns.h"
+
+#include <QBrush>
+#include <QColor>
+#include <QFont>
+
+#include <algorithm>
+#include <utility>
+
+namespace ravlin {
+
+namespace {
+
+constexpr QColor LongNameColour(255, 0, 0);
+
+/// The same words in every language.
+QString yesOrNo(bool value)
+{
+    return value ? QStringLiteral("yes") : QStringLiteral("no");
+}
+
+QString cell(const PreviewRow &row, int column)
+{
+    switch (column) {
+    case 0:
+        return shownName(row.name);
+    case 1:
+        return row.record.Track;
+    case 2:
+        return row.record.Title;
+    case 3:
+        return row.record.Artist;
+    case 4:
+        return row.record.Album;
+    case 5:
+        return row.record.Year;
+    case 6:
+        return yesOrNo(row.record.HasV1);
+    default:
+        return yesOrNo(row.record.HasV2);
+    }
+}
+
+/// The whole text of the cell, which may be too narrow for it, and what is to be said about the row.
+QString toolTip(const QString &cellText, const QStringList &remarks)
+{
+    QStringList lines;
+    for (const QString &line : QStringList(cellText) + remarks) {
+        if (!line.isEmpty())
+            lines << line.toHtmlEscaped();
+    }
+    return lines.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(lines.join(QStringLiteral("<br>")));
+}
+
+} // namespace
+
+void PreviewModel::setLines(std::vector<PreviewLine> lines)
+{
+    beginResetModel();
+    m_lines = std::move(lines);
+    endResetModel();
+}
+
+int PreviewModel::markedCount() const
+{
+    return static_cast<int>(std::ranges::count_if(m_lines, &PreviewLine::isMarked));
+}
+
+void PreviewModel::setHeaderTexts(const QStringList &texts)
+{
+    m_headerTexts = texts;
+    Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
+}
+
+void PreviewModel::setMarkIcons(const QIcon &untouched, const QIcon &trouble)
+{
+    m_untouched = untouched;
+    m_trouble = trouble;
+    if (!m_lines.empty())
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0), {Qt::DecorationRole});
+}
+
+int PreviewModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_lines.size());
+}
+
+int PreviewModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant PreviewModel::icon(const PreviewLine &line) const
+{
+    switch (line.mark) {
+    case PreviewMark::Untouched:
+        return m_untouched;
+    case PreviewMark::Trouble:
+        return m_trouble;
+    case PreviewMark::None:
+        break;
+    }
+    return {};
+}
+
+QVariant PreviewModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const PreviewLine &line = lineAt(index.row());
+    const bool isName = index.column() == 0;
+    switch (role) {
+    case Qt::DisplayRole:
+        return cell(line.row, index.column());
+    case Qt::AccessibleTextRole:
+        return isName ? (QStringList(cell(line.row, 0)) + line.remarks).join(QStringLiteral("; "))
+                      : cell(line.row, index.column());
+    case Qt::ToolTipRole:
+        return toolTip(cell(line.row, index.column()), line.remarks);
+    case Qt::DecorationRole:
+        return isName ? icon(line) : QVariant();
+    case Qt::FontRole:
+        if (line.row.isLongName) {
+            QFont bold; // the view fills in what is not set
+            bold.setBold(true);
+            return bold;
+        }
+        return {};
+    case Qt::ForegroundRole:
+        return line.row.isLongName ? QVariant(QBrush(LongNameColour)) : QVariant();
+    default:
+        return {};
+    }
+}
+
+QVariant PreviewModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    return m_headerTexts.value(section);
+}
+
+} // namespace ravlin

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "core/platform/namecheck.h"
+
+namespace ravlin {
+
+class Captions;
+
+/// One sentence for the user about why a name can't be given.
+QString problemText(const Captions &captions, platform::NameProblem problem);
+
+} // namespace ravlin

@@ -1,0 +1,269 @@
+#include "ui/naming/renamepage.h"
+
+#include "core/app/idiomas.h"
+#include "core/app/pageowner.h"
+#include "core/app/selectionhint.h"
+#include "ui/controls/conversionbox.h"
+#include "ui/controls/icons.h"
+#include "ui/controls/making.h"
+#include "core/files/renaming/filerenaming.h"
+#include "core/files/operations/undo.h"
+#include "core/naming/filename.h"
+#include "core/naming/placeholders.h"
+#include "core/naming/sessionchoices.h"
+#include "ui/naming/clashdialog.h"
+#include "ui/naming/patternbox.h"
+#include "ui/naming/placeholderbox.h"
+#include "ui/naming/placeholderlabel.h"
+#include "ui/naming/preview.h"
+#include "core/tags/store/tagstore.h"
+
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include <algorithm>
+#include <optional>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionTrack = 13;
+constexpr int CaptionArtist = 16;
+constexpr int CaptionVariables = 19;
+constexpr int CaptionRename = 20;
+constexpr int CaptionAdvanced = 21;
+constexpr int CaptionPreview = 53;
+constexpr int CaptionTitle = 54;
+constexpr int LabelsInARow = 4;
+
+/// Where a file is after the run.
+QString placeOf(const QString &path, const RenamingOutcome &outcome)
+{
+    const auto row = std::ranges::find(outcome.rows, path, &RenameRow::from);
+    return row == outcome.rows.end() ? path : row->path;
+}
+
+} // namespace
+
+RenamePage::RenamePage(const NamingContext &context, QWidget *parent) : PageArea(parent), m_context(context)
+{
+    setObjectName(QStringLiteral("renamePage"));
+    createControls();
+    setContent(createContent());
+    setTabOrder();
+    connectControls();
+    applyIcons();
+    applyCaptions();
+    showChoices({});
+}
+
+void RenamePage::createControls()
+{
+    op1 = made<QRadioButton>("op1", this);
+    op2 = made<QRadioButton>("op2", this);
+    op3 = made<QRadioButton>("op3", this);
+    tavanzado = new PatternBox(QStringLiteral("tavanzado"), PatternHistory::Renaming, m_context.settings, this);
+    m_placeholders = new PlaceholderBox(CaptionVariables, renamePlaceholders(), LabelsInARow, this);
+    m_caseConversion = new ConversionBox(ConversionPairs[RenameCasePair], this);
+    m_replaceConversion = new ConversionBox(ConversionPairs[RenameReplacePair], this);
+    m_hint = made<QLabel>("renameHint", this);
+    m_preview = made<QPushButton>("renamePreview", this);
+    Command2 = made<QPushButton>("Command2", this);
+    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+}
+
+QWidget *RenamePage::createContent()
+{
+    auto *content = new QWidget(this);
+    auto *rows = new QVBoxLayout(content);
+
+    auto *advanced = new QHBoxLayout;
+    advanced->addWidget(op3);
+    advanced->addWidget(tavanzado, 1);
+    auto *rules = new QHBoxLayout;
+    rules->addWidget(op1);
+    rules->addWidget(op2);
+    rules->addStretch();
+
+    auto *upper = new QGridLayout;
+    upper->addLayout(rules, 0, 0);
+    upper->addLayout(advanced, 1, 0);
+    upper->addWidget(m_caseConversion, 0, 1);
+    upper->addWidget(m_replaceConversion, 1, 1);
+    upper->setColumnStretch(0, 1);
+    upper->setHorizontalSpacing(fontMetrics().averageCharWidth() * 2);
+
+    auto *foot = new QHBoxLayout;
+    foot->addWidget(m_hint, 1);
+    foot->addWidget(m_preview);
+    foot->addWidget(Command2);
+
+    rows->addLayout(upper);
+    rows->addWidget(m_placeholders);
+    rows->addLayout(foot);
+    rows->addStretch();
+    return content;
+}
+
+void RenamePage::setTabOrder()
+{
+    QList<QWidget *> controls = {op1, op2, op3, tavanzado};
+    controls << m_caseConversion->controls() << m_replaceConversion->controls();
+    for (PlaceholderLabel *label : m_placeholders->labels())
+        controls << label;
+    tabThrough(controls << m_preview << Command2);
+}
+
+void RenamePage::connectControls()
+{
+    connect(op3, &QRadioButton::toggled, this, &RenamePage::updateEnabling);
+    connect(m_placeholders, &PlaceholderBox::clicked, tavanzado, &PatternBox::append);
+    connect(Command2, &QPushButton::clicked, this, &RenamePage::run);
+    connect(m_preview, &QPushButton::clicked, this, &RenamePage::showPreview);
+}
+
+/// The advanced pattern counts under its own rule only.
+void RenamePage::updateEnabling()
+{
+    tavanzado->setEnabled(op3->isChecked());
+    m_placeholders->setEnabled(op3->isChecked());
+}
+
+int RenamePage::chosenRule() const
+{
+    return op1->isChecked() ? 1 : op2->isChecked() ? 2 : op3->isChecked() ? 3 : 0;
+}
+
+void RenamePage::showChoices(const SessionChoices &choices)
+{
+    int number = 0;
+    for (QRadioButton *option : {op1, op2, op3}) {
+        // One of a group can't be unchecked by itself.
+        option->setAutoExclusive(false);
+        option->setChecked(++number == choices.renameMode);
+    }
+    for (QRadioButton *option : {op1, op2, op3})
+        option->setAutoExclusive(true);
+    if (!choices.renamePattern.isEmpty())
+        tavanzado->setText(choices.renamePattern);
+    m_caseConversion->setChoice(choices.conversions[RenameCasePair]);
+    m_replaceConversion->setChoice(choices.conversions[RenameReplacePair]);
+    updateEnabling();
+}
+
+void RenamePage::storeChoices(SessionChoices &choices) const
+{
+    choices.renameMode = chosenRule();
+    choices.renamePattern = tavanzado->text();
+    choices.conversions[RenameCasePair] = m_caseConversion->choice();
+    choices.conversions[RenameReplacePair] = m_replaceConversion->choice();
+}
+
+void RenamePage::selectionChanged()
+{
+    m_hint->setText(selectionHint(m_context.captions, m_context.owner.selectedCount(), Text::HintRenameFiles));
+}
+
+void RenamePage::applyCaptions()
+{
+    const Captions &captions = m_context.captions;
+    const QString title = captions.text(CaptionTitle);
+    op1->setText(QStringLiteral("%1 - %2").arg(captions.text(CaptionArtist), title));
+    op2->setText(QStringLiteral("%1 - %2").arg(captions.text(CaptionTrack), title));
+    op3->setText(captions.text(CaptionAdvanced));
+    tavanzado->setName(captions.text(CaptionAdvanced));
+    m_placeholders->applyCaptions(captions);
+    m_caseConversion->applyCaptions(captions);
+    m_replaceConversion->applyCaptions(captions);
+    m_preview->setText(captions.text(CaptionPreview));
+    Command2->setText(captions.text(CaptionRename));
+    for (QPushButton *button : {m_preview, Command2})
+        makeRoomy(button);
+    applyToolTips();
+    selectionChanged();
+    contentChanged();
+}
+
+void RenamePage::applyToolTips()
+{
+    const Captions &captions = m_context.captions;
+    for (QRadioButton *option : {op1, op2, op3})
+        option->setToolTip(captions.text(Text::TipNamingRule));
+    tavanzado->setToolTip(captions.text(Text::TipAdvancedPattern));
+    for (ConversionBox *pair : {m_caseConversion, m_replaceConversion})
+        pair->setPairToolTip(captions.text(Text::TipConvertNames));
+    m_preview->setToolTip(captions.text(Text::TipPreview));
+    Command2->setToolTip(captions.text(Text::TipRename));
+    for (QPushButton *button : {m_preview, Command2})
+        button->setAccessibleDescription(button->toolTip());
+}
+
+void RenamePage::applyIcons()
+{
+    m_preview->setIcon(themedIcon(QStringLiteral("eye"), palette()));
+    Command2->setIcon(themedIcon(QStringLiteral("file-pen"), palette()));
+}
+
+NamingRule RenamePage::rule() const
+{
+    return {chosenRule(), tavanzado->text(), m_caseConversion->choice(), m_replaceConversion->choice()};
+}
+
+/// Asks about every name that is taken. Nothing has been renamed by then.
+void RenamePage::answerClashes(RenamingPlan &plan)
+{
+    while (const std::optional<std::size_t> row = plan.nextClash()) {
+        const RenameRow &clash = plan.rows()[*row];
+        ClashDialog dialog(m_context.captions, fileName(clash.wanted), fileName(clash.from), window());
+        const ClashDialog::Decision decision = dialog.decide();
+        if (decision.forAll)
+            plan.answerAll(decision.answer);
+        else
+            plan.answer(*row, decision.answer);
+    }
+}
+
+void RenamePage::run()
+{
+    const QStringList paths = m_context.owner.selectedPaths();
+    const QString current = m_context.owner.currentPath();
+    const NamingRule chosen = rule();
+    rememberPattern();
+    std::optional<FileRenaming> renaming;
+    const bool planned = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+        renaming = planFileRenaming(paths, chosen, m_context.tagStore, m_context.fileSystem, progress);
+    });
+    if (!planned || !renaming)
+        return;
+    answerClashes(renaming->plan);
+    RenamingOutcome outcome;
+    const bool ran = m_context.owner.runWithProgress(paths.size(),
+        [&](BatchProgress &progress) { outcome = runRenaming(m_context.fileSystem, renaming->plan, progress); });
+    if (!ran)
+        return;
+    if (m_context.undoHistory != nullptr)
+        m_context.undoHistory->addRenames(outcome.renames, outcome.foldersMade);
+    m_context.owner.refreshListAt(placeOf(current, outcome));
+    Q_EMIT finished();
+    const std::size_t renamed = outcome.count(RenameState::Rename);
+    m_hint->setText(m_context.captions.text(Text::HintRenamed).arg(renamed).arg(outcome.rows.size() - renamed));
+}
+
+void RenamePage::showPreview()
+{
+    rememberPattern();
+    m_context.state.previewMode = PreviewMode::Rename;
+    preview::open(m_context, {m_context.owner.selectedPaths(), {}, rule()}, window());
+}
+
+void RenamePage::rememberPattern()
+{
+    if (op3->isChecked())
+        tavanzado->remember();
+}
+
+} // namespace ravlin

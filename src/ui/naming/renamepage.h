@@ -1,0 +1,73 @@
+#pragma once
+
+#include "ui/controls/pagearea.h"
+#include "ui/naming/namingcontext.h"
+
+class QLabel;
+class QPushButton;
+class QRadioButton;
+
+namespace ravlin {
+
+class ConversionBox;
+class PatternBox;
+class PlaceholderBox;
+class RenamingPlan;
+struct NamingRule;
+struct SessionChoices;
+
+/// The page that names files after their tags: the three rules, the advanced one's pattern, the conversions of the new
+/// name, the run and its preview.
+///
+/// The window that holds it calls selectionChanged() whenever rows were selected or unselected, and applyCaptions() at
+/// a change of the language.
+class RenamePage : public PageArea
+{
+    Q_OBJECT
+
+public:
+    explicit RenamePage(const NamingContext &context, QWidget *parent = nullptr);
+
+    /// What the settings remember of the page.
+    void showChoices(const SessionChoices &choices);
+    void storeChoices(SessionChoices &choices) const;
+
+    /// Says how many files a run would rename.
+    void selectionChanged();
+    void applyCaptions();
+
+Q_SIGNALS:
+    /// A run has ended and the list was filled again: the current row is to be shown again.
+    void finished();
+
+protected:
+    void applyIcons() override;
+
+private:
+    void createControls();
+    QWidget *createContent();
+    void setTabOrder();
+    void connectControls();
+    void updateEnabling();
+    void applyToolTips();
+    int chosenRule() const;
+    NamingRule rule() const;
+    void answerClashes(RenamingPlan &plan);
+    void run();
+    void showPreview();
+    void rememberPattern();
+
+    NamingContext m_context;
+    QRadioButton *op1 = nullptr;
+    QRadioButton *op2 = nullptr;
+    QRadioButton *op3 = nullptr;
+    PatternBox *tavanzado = nullptr;
+    PlaceholderBox *m_placeholders = nullptr;     ///< lt_0 to lt_7
+    ConversionBox *m_caseConversion = nullptr;    ///< op4_0, ccase_0
+    ConversionBox *m_replaceConversion = nullptr; ///< op4_3, ccase_3
+    QLabel *m_hint = nullptr;
+    QPushButton *m_preview = nullptr;
+    QPushButton *Command2 = nullptr;
+};
+
+} // namespace ravlin

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "core/online/cddb/discapply.h"
+
+#include <QStringList>
+#include <QWidget>
+
+class QLabel;
+class QLineEdit;
+
+namespace ravlin {
+
+class Captions;
+
+/// The text boxes for what all files of a disc get.
+class DiscFieldsBox : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit DiscFieldsBox(QWidget *parent);
+
+    void setFields(const DiscFields &fields);
+    DiscFields fields() const;
+    /// What would become of the boxes' texts that can't be saved, a sentence each.
+    QStringList remarks(const Captions &captions) const;
+    /// The last one in the order of Tab.
+    QWidget *lastBox() const;
+    void applyCaptions(const Captions &captions);
+
+Q_SIGNALS:
+    void edited();
+
+private:
+    QLabel *label1;
+    QLineEdit *tartista;
+    QLabel *label2;
+    QLineEdit *talbum;
+    QLabel *Label5;
+    QLineEdit *ta_o;
+    QLabel *Label6;
+    QLineEdit *testilo;
+};
+
+} // namespace ravlin

@@ -1,0 +1,96 @@
+#include "ui/online/discsaving.h"
+
+#include "core/app/idiomas.h"
+#include "core/app/pageowner.h"
+#include "ui/controls/outcomebox.h"
+
+#include <QMessageBox>
+
+#include <functional>
+#include <utility>
+
+namespace ravlin {
+
+namespace {
+
+/// Tells the window, from the thread that saves, how far it has come.
+class ForwardedProgress final : public BatchProgress
+{
+public:
+    ForwardedProgress(BatchProgress &progress, std::function<void(int)> tell)
+        : m_progress(progress), m_tell(std::move(tell))
+    {
+    }
+    void advance(const QString &path) override
+    {
+        m_progress.advance(path);
+        m_tell(++m_done);
+    }
+
+private:
+    BatchProgress &m_progress;
+    std::function<void(int)> m_tell;
+    int m_done = 0;
+};
+
+} // namespace
+
+DiscSaving::DiscSaving(
+    PageOwner &owner, TagStore &tagStore, const ProgramState &state, const Captions &captions, QWidget *window)
+    : QObject(window), m_owner(owner), m_tagStore(tagStore), m_state(state), m_captions(captions), m_window(window)
+{
+}
+
+std::optional<qsizetype> DiscSaving::save(const std::vector<DiscFile> &files, const DiscFields &disc)
+{
+    BatchOutcome outcome;
+    m_isUnderWay = true;
+    const bool ran = run(files, disc, outcome);
+    m_isUnderWay = false;
+    if (!ran)
+        return {};
+    m_owner.refreshList();
+    tellOutcome(outcome, files);
+    return outcome.doneCount();
+}
+
+bool DiscSaving::run(const std::vector<DiscFile> &files, const DiscFields &disc, BatchOutcome &outcome)
+{
+    const int count = static_cast<int>(files.size());
+    return m_owner.runWithProgress(count, [&](BatchProgress &progress) {
+        ForwardedProgress forwarded(progress, [this, count](int done) {
+            QMetaObject::invokeMethod(
+                this, [this, done, count] { tellAdvance(done, count); }, Qt::QueuedConnection);
+        });
+        outcome = saveDisc(files, disc, m_tagStore, m_state, forwarded);
+    });
+}
+
+/// What is told after the end comes too late.
+void DiscSaving::tellAdvance(int done, int count)
+{
+    if (m_isUnderWay)
+        Q_EMIT advanced(done, count);
+}
+
+void DiscSaving::tellOutcome(const BatchOutcome &outcome, const std::vector<DiscFile> &files)
+{
+    const QStringList lines = notSavedLines(m_captions, outcome, files);
+    if (lines.isEmpty())
+        return;
+    const QString headline = m_captions.text(Text::OutcomeSave).arg(outcome.doneCount()).arg(lines.size());
+    QDialog *box = nullptr;
+    if (outcome.hasError(ErrorCode::LowSpace)) {
+        auto *refusal = new QMessageBox(QMessageBox::Critical, m_window->windowTitle(),
+            m_captions.errorText(ErrorCode::LowSpace), QMessageBox::Ok, m_window);
+        refusal->setObjectName(QStringLiteral("error"));
+        refusal->setInformativeText(headline);
+        box = refusal;
+    } else {
+        box = new OutcomeBox(m_captions, headline, lines, m_window);
+    }
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+} // namespace ravlin

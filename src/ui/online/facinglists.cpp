@@ -1,0 +1,187 @@
+#include "ui/online/facinglists.h"
+
+#include "core/app/idiomas.h"
+#include "core/files/list/listcolumns.h"
+#include "core/online/cddb/disccomparison.h"
+#include "core/online/cddb/discshown.h"
+#include "ui/online/rowlist.h"
+
+#include <QIcon>
+
+#include <algorithm>
+
+namespace ravlin {
+
+namespace {
+
+constexpr int CaptionFiles = 10;
+constexpr int CaptionTrack = 13;
+constexpr int CaptionTime = 48;
+constexpr int CaptionTitle = 54;
+constexpr int CaptionFile = 55;
+
+constexpr int SmallestPanel = 3000; ///< in twips; the titles stay readable
+
+enum FileColumn
+{
+    Name,
+    PlayingTime
+};
+
+enum TrackColumn
+{
+    Track,
+    Title,
+    Time
+};
+
+void setLines(RowList *list, std::vector<ListedLine> lines)
+{
+    list->rows().setLines(std::move(lines));
+    list->setCurrentIndex(list->model()->index(0, 0));
+    list->clearSelection();
+}
+
+} // namespace
+
+FacingLists::FacingLists(const Captions &captions, QWidget *parent)
+    : SplitPanel(parent), m_captions(captions), archivo(new RowList("archivo", Name, this)),
+      correlacion(new RowList("correlacion", Title, this))
+{
+    setMinPanelSize(SmallestPanel);
+    setFirstPanel(archivo);
+    setSecondPanel(correlacion);
+    archivo->rows().setRightAligned({PlayingTime});
+    correlacion->rows().setRightAligned({Track, Time});
+    correlacion->rows().setEditableColumn(Title);
+    for (const RowList *list : {archivo, correlacion}) {
+        connect(list, &RowList::orderChanged, this, [this] {
+            compareLengths();
+            Q_EMIT orderChanged();
+        });
+    }
+    connect(archivo, &RowList::selectionEdited, this, &FacingLists::fileSelectionEdited);
+    RowList::scrollTogether(archivo, correlacion);
+}
+
+void FacingLists::applyCaptions()
+{
+    archivo->setHeaderTexts({m_captions.text(CaptionFile), m_captions.text(CaptionTime)});
+    archivo->setAccessibleName(m_captions.text(CaptionFiles));
+    correlacion->setHeaderTexts(
+        {m_captions.text(CaptionTrack), m_captions.text(CaptionTitle), m_captions.text(CaptionTime)});
+    correlacion->setAccessibleName(m_captions.text(Text::NameTracks));
+    for (RowList *list : {archivo, correlacion}) {
+        list->setToolTip(m_captions.text(Text::TipMoveRow));
+        list->setAccessibleDescription(list->toolTip());
+    }
+    setBarAccessibleName(m_captions.text(Text::NameDiscSplitter));
+}
+
+void FacingLists::setRemarkIcon(const QIcon &icon)
+{
+    for (RowList *list : {archivo, correlacion})
+        list->rows().setRemarkIcon(icon);
+}
+
+void FacingLists::setFiles(const QStringList &paths, const QString &folder)
+{
+    m_paths = paths;
+    m_fileFrames.assign(static_cast<std::size_t>(paths.size()), std::nullopt);
+    std::vector<ListedLine> lines;
+    lines.reserve(m_fileFrames.size());
+    for (const QString &path : paths) {
+        const QString name = path.startsWith(folder) ? path.sliced(folder.size()) : path;
+        lines.push_back({static_cast<int>(lines.size()), {shownName(name), {}}, {}});
+    }
+    setLines(archivo, std::move(lines));
+}
+
+int FacingLists::rowOf(int file) const
+{
+    const std::vector<ListedLine> &lines = archivo->rows().lines();
+    return static_cast<int>(std::ranges::find(lines, file, &ListedLine::id) - lines.begin());
+}
+
+QString FacingLists::fileName(int file) const
+{
+    return archivo->rows().lines()[static_cast<std::size_t>(rowOf(file))].cells[Name];
+}
+
+std::vector<int> FacingLists::fileOrder() const
+{
+    std::vector<int> order;
+    for (const ListedLine &line : archivo->rows().lines())
+        order.push_back(line.id);
+    return order;
+}
+
+void FacingLists::setPlayed(int file, const PlayedAudio &played)
+{
+    m_fileFrames[static_cast<std::size_t>(file)] = played.frames();
+    archivo->rows().setCell(file, PlayingTime, shownTime(played.frames()));
+}
+
+void FacingLists::setFileRemark(int file, const QString &remark)
+{
+    archivo->rows().setRemark(rowOf(file), remark);
+}
+
+void FacingLists::setDisc(const DiscRecord &disc)
+{
+    m_disc = disc;
+    std::vector<ListedLine> lines;
+    for (const DiscTrack &track : disc.tracks) {
+        const int index = static_cast<int>(lines.size());
+        lines.push_back(
+            {index, {QString::number(index + 1), shownTitle(track), shownTime(trackFrames(disc, index))}, {}});
+    }
+    setLines(correlacion, std::move(lines));
+}
+
+void FacingLists::compareLengths()
+{
+    if (!m_disc)
+        return;
+    Lengths files;
+    for (const ListedLine &line : archivo->rows().lines())
+        files.push_back(m_fileFrames[static_cast<std::size_t>(line.id)]);
+    Lengths tracks;
+    for (const ListedLine &line : correlacion->rows().lines())
+        tracks.push_back(trackFrames(*m_disc, line.id));
+    const std::vector<qint64> differences = notableDifferences(files, tracks);
+    for (std::size_t row = 0; row < differences.size(); ++row)
+        correlacion->rows().setRemark(static_cast<int>(row), differenceRemark(m_captions, differences[row]));
+    m_differing = static_cast<int>(differences.size() - std::ranges::count(differences, 0));
+}
+
+QStringList FacingLists::remarks() const
+{
+    if (!m_disc)
+        return {};
+    return comparisonRemarks(m_captions, archivo->rows().rowCount(), correlacion->rows().rowCount(), m_differing);
+}
+
+bool FacingLists::hasFiles(bool onlySelected) const
+{
+    return !m_paths.isEmpty() && (!onlySelected || archivo->selectionModel()->hasSelection());
+}
+
+std::vector<DiscFile> FacingLists::pairedFiles(bool onlySelected) const
+{
+    const std::vector<bool> selected = archivo->selectionFlags();
+    const std::vector<ListedLine> &files = archivo->rows().lines();
+    const std::vector<ListedLine> &tracks = correlacion->rows().lines();
+    std::vector<DiscFile> paired;
+    for (std::size_t row = 0; row < files.size(); ++row) {
+        if (onlySelected && !selected[row])
+            continue;
+        DiscFile file{m_paths[files[row].id], {}};
+        if (row < tracks.size())
+            file.row = {tracks[row].cells[Track], tracks[row].cells[Title]};
+        paired.push_back(std::move(file));
+    }
+    return paired;
+}
+
+} // namespace ravlin

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "ui/controls/splitpanel.h"
+#include "core/online/cddb/discapply.h"
+#include "core/online/cddb/disccontents.h"
+#include "core/online/cddb/xmcdrecord.h"
+
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+class QIcon;
+
+namespace ravlin {
+
+class Captions;
+class RowList;
+
+/// The files (`archivo`) and a disc's tracks (`correlacion`) side by side, both in the order that the user gives them.
+/// What stands in the same row belongs together; a track that does not play as long as its file has a remark. A file is
+/// told by its place among the paths, from 0, wherever its row is.
+class FacingLists : public SplitPanel
+{
+    Q_OBJECT
+
+public:
+    FacingLists(const Captions &captions, QWidget *parent);
+
+    RowList *files() const { return archivo; }
+    RowList *tracks() const { return correlacion; }
+    void applyCaptions();
+    void setRemarkIcon(const QIcon &icon);
+
+    /// The names are shown without the folder, which ends with a separator.
+    void setFiles(const QStringList &paths, const QString &folder);
+    QString fileName(int file) const;
+    std::vector<int> fileOrder() const;
+    void setPlayed(int file, const PlayedAudio &played);
+    void setFileRemark(int file, const QString &remark);
+    void setDisc(const DiscRecord &disc);
+    bool hasDisc() const { return m_disc.has_value(); }
+
+    /// To be called when playing times have come; done by itself when rows have.
+    void compareLengths();
+    /// What is odd about the whole: sentences, none without a disc.
+    QStringList remarks() const;
+
+    bool hasFiles(bool onlySelected) const;
+    /// In their order, each with the track beside it.
+    std::vector<DiscFile> pairedFiles(bool onlySelected) const;
+
+Q_SIGNALS:
+    /// Rows stand in another order, or are others, and have been compared.
+    void orderChanged();
+    void fileSelectionEdited();
+
+private:
+    int rowOf(int file) const;
+
+    const Captions &m_captions;
+    QStringList m_paths;
+    std::vector<std::optional<qint64>> m_fileFrames; ///< by file, as far as known
+    std::optional<DiscRecord> m_disc;
+    int m_differing = 0; ///< rows whose playing times differ
+    RowList *archivo;
+    RowList *correlacion;
+};
+
+} // namespace ravlin

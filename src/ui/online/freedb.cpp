@@ -1,0 +1,371 @@
+#include "ui/online/freedb.h"
+
+#include "core/app/options.h"
+#include "core/app/pageowner.h"
+#include "core/app/settings.h"
+#include "ui/online/buscaweb.h"
+#include "ui/controls/icons.h"
+#include "ui/controls/making.h"
+#include "core/online/cddb/disclookup.h"
+#include "ui/online/discfieldsbox.h"
+#include "ui/online/discsaving.h"
+#include "ui/online/facinglists.h"
+#include "ui/online/matchdialog.h"
+#include "ui/online/rowlist.h"
+
+#include <QCheckBox>
+#include <QEvent>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QShowEvent>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <tuple>
+
+namespace ravlin {
+
+namespace {
+
+constexpr QStringView GeometryKey = u"freedb geometry";
+constexpr QStringView SplitterPositionKey = u"freedb splitter Position";
+
+constexpr int CaptionSave = 18;
+constexpr int CaptionCancel = 60;
+constexpr int CaptionSearchAgain = 61;
+constexpr int CaptionNotFound = 74;
+constexpr int CaptionOnlySelected = 85;
+
+constexpr QSize StartSize(920, 600);
+constexpr int StartPosition = 6700; ///< of the splitter, in twips
+constexpr int TickInterval = 100;   ///< milliseconds
+constexpr int TickStep = 5;         ///< of the progress bar while the database is asked
+constexpr int WholeProgress = 100;
+
+} // namespace
+
+freedb::freedb(const FreedbContext &context, QWidget *parent) : QDialog(parent), m_context(context)
+{
+    setObjectName(QStringLiteral("freedb"));
+    setWindowTitle(QStringLiteral("freedb"));
+    setWindowModality(Qt::WindowModal);
+    setSizeGripEnabled(true);
+    createControls();
+    arrange();
+    applyCaptions();
+    applyIcons();
+    loadFiles();
+    connectControls();
+    connectLookup();
+    restorePlaces();
+    updateEnabling();
+    sp->files()->setFocus();
+}
+
+freedb::~freedb() = default;
+
+void freedb::createControls()
+{
+    m_fields = new DiscFieldsBox(this);
+    sp = made<FacingLists>("sp", this, m_context.captions);
+    m_statusLine = made<QLabel>("status", this);
+    m_statusLine->setTextFormat(Qt::PlainText);
+    m_statusLine->setWordWrap(true);
+    m_statusLine->setTextInteractionFlags(Qt::TextSelectableByMouse); // to be copied into a report
+    pb = made<QProgressBar>("pb", this);
+    pb->setTextVisible(false);
+    pb->setRange(0, WholeProgress);
+    pb->setValue(0);
+    sel = made<QCheckBox>("sel", this);
+    Pic = made<QPushButton>("Pic", this);
+    Command2 = made<QPushButton>("Command2", this);
+    Command2->setDefault(true);
+    m_close = made<QPushButton>("cancel", this);
+    timer1 = new QTimer(this);
+    timer1->setObjectName(QStringLiteral("timer1"));
+    timer1->setInterval(TickInterval);
+    m_lookup = new DiscLookup(m_context.settings, m_context.fileSystem, this);
+    m_saving = new DiscSaving(m_context.owner, m_context.tagStore, m_context.state, m_context.captions, this);
+}
+
+void freedb::arrange()
+{
+    auto *foot = new QHBoxLayout;
+    foot->addWidget(Pic);
+    foot->addStretch();
+    foot->addWidget(sel);
+    foot->addWidget(Command2);
+    foot->addWidget(m_close);
+    auto *rows = new QVBoxLayout(this);
+    rows->addWidget(m_fields);
+    rows->addWidget(sp, 1);
+    rows->addWidget(m_statusLine);
+    rows->addWidget(pb);
+    rows->addLayout(foot);
+    tabThrough({m_fields->lastBox(), sp->files(), sp->findChild<QWidget *>(QStringLiteral("pbSplit")), sp->tracks(),
+        Pic, sel, Command2, m_close});
+}
+
+void freedb::connectControls()
+{
+    connect(Command2, &QPushButton::clicked, this, &freedb::save);
+    connect(Pic, &QPushButton::clicked, this, &freedb::openSearch);
+    connect(m_close, &QPushButton::clicked, this, &QDialog::reject);
+    connect(sel, &QCheckBox::toggled, this, &freedb::updateEnabling);
+    connect(sp, &FacingLists::fileSelectionEdited, this, &freedb::updateEnabling);
+    connect(m_fields, &DiscFieldsBox::edited, this, &freedb::showStatus);
+    connect(sp, &FacingLists::orderChanged, this, [this] {
+        m_lookup->setOrder(sp->fileOrder());
+        showStatus();
+    });
+    connect(m_saving, &DiscSaving::advanced, this, &freedb::showProgress);
+}
+
+void freedb::connectLookup()
+{
+    connect(timer1, &QTimer::timeout, this, &freedb::tick);
+    connect(m_lookup, &DiscLookup::measured, sp, &FacingLists::setPlayed);
+    connect(m_lookup, &DiscLookup::notMeasured, sp,
+        [this](int file, const Error &error) { sp->setFileRemark(file, m_context.captions.errorText(error.code)); });
+    connect(m_lookup, &DiscLookup::measuring, this, &freedb::showMeasuring);
+    connect(m_lookup, &DiscLookup::measuringEnded, this, &freedb::endMeasuring);
+    connect(m_lookup, &DiscLookup::askingBegan, this, &freedb::beginAsking);
+    connect(m_lookup, &DiscLookup::incomplete, this, &freedb::tellIncomplete);
+    connect(m_lookup, &DiscLookup::notFound, this, &freedb::tellNotFound);
+    connect(m_lookup, &DiscLookup::choiceOffered, this, &freedb::offerChoice);
+    // While the user chooses among several discs, they are read for the window of the choice.
+    connect(m_lookup, &DiscLookup::recordRead, this, [this](const DiscRecord &record) {
+        if (m_choice == nullptr)
+            showRecord(record);
+    });
+    connect(m_lookup, &DiscLookup::failed, this, [this](const LookupFailure &failure) {
+        if (m_choice == nullptr)
+            tellFailure(failure);
+    });
+}
+
+void freedb::applyCaptions()
+{
+    const Captions &captions = m_context.captions;
+    m_fields->applyCaptions(captions);
+    sp->applyCaptions();
+    pb->setAccessibleName(captions.text(Text::NameProgress));
+    sel->setText(captions.text(CaptionOnlySelected));
+    sel->setToolTip(captions.text(Text::TipOnlySelected));
+    Pic->setText(captions.text(CaptionSearchAgain));
+    Pic->setToolTip(captions.text(Text::TipSearchAgain));
+    Command2->setText(captions.text(CaptionSave));
+    Command2->setToolTip(captions.text(Text::TipSaveDisc));
+    m_close->setText(captions.text(CaptionCancel));
+}
+
+void freedb::applyIcons()
+{
+    Pic->setIcon(themedIcon(QStringLiteral("search"), palette()));
+    Command2->setIcon(themedIcon(QStringLiteral("save"), palette()));
+    sp->setRemarkIcon(themedIcon(QStringLiteral("triangle-alert"), palette()));
+}
+
+void freedb::restorePlaces()
+{
+    const Settings &settings = m_context.settings;
+    if (!restoreGeometry(QByteArray::fromBase64(settings.read(GeometryKey).toLatin1())))
+        resize(StartSize.boundedTo(screen()->availableSize() * 9 / 10));
+    bool isNumber = false;
+    const int position = settings.read(SplitterPositionKey).toInt(&isNumber);
+    sp->setPosition(isNumber ? position : StartPosition);
+}
+
+void freedb::loadFiles()
+{
+    const QStringList paths = m_context.owner.selectedPaths();
+    sp->setFiles(paths, m_context.state.currentFolder);
+    m_lookup->setFiles(paths);
+}
+
+void freedb::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    if (!event->spontaneous() && !m_hasBegun)
+        timer1->start();
+}
+
+void freedb::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && m_lookup != nullptr)
+        applyIcons();
+}
+
+void freedb::done(int result)
+{
+    if (m_saving->isUnderWay())
+        return;
+    timer1->stop();
+    m_lookup->cancel();
+    Settings &settings = m_context.settings;
+    settings.write(GeometryKey, QString::fromLatin1(saveGeometry().toBase64()));
+    settings.write(SplitterPositionKey, QString::number(sp->position()));
+    // The values count for this run all the same; the file is tried again at the end of the program.
+    std::ignore = settings.save();
+    QDialog::done(result);
+}
+
+// Looking up
+
+/// The first tick begins; the others show that the database is being asked.
+void freedb::tick()
+{
+    if (!m_hasBegun)
+        begin();
+    else if (m_lookup->isAsking())
+        pb->setValue(pb->value() >= WholeProgress ? 0 : pb->value() + TickStep);
+}
+
+void freedb::begin()
+{
+    m_hasBegun = true;
+    if (sp->hasFiles(false))
+        m_lookup->begin();
+    else
+        endLookup(m_context.captions.text(Text::HintNoFile));
+}
+
+void freedb::showMeasuring(int done, int count)
+{
+    showProgress(done, count);
+    setStatus(m_context.captions.text(Text::LookupMeasuring).arg(done).arg(count));
+}
+
+void freedb::endMeasuring()
+{
+    sp->compareLengths();
+    showStatus();
+    if (!m_lookup->isAsking())
+        timer1->stop();
+}
+
+void freedb::beginAsking()
+{
+    pb->setValue(0);
+    timer1->start();
+    setStatus(m_context.captions.text(Text::LookupAsking).arg(cdServer(m_context.settings)));
+    updateEnabling();
+}
+
+void freedb::endLookup(const QString &status)
+{
+    if (m_hasBegun) // else its first tick is still wanted
+        timer1->stop();
+    pb->setValue(0);
+    setStatus(status);
+    updateEnabling();
+}
+
+void freedb::tellIncomplete(int file, const Error &error)
+{
+    const QString reason = m_context.captions.errorText(error.code);
+    tellFailure({LookupFailureKind::BadContents, sp->fileName(file) + QStringLiteral(": ") + reason});
+}
+
+void freedb::tellNotFound()
+{
+    const Captions &captions = m_context.captions;
+    endLookup(captions.text(CaptionNotFound) + QStringLiteral("; ") + captions.text(Text::LookupHintSearch));
+    auto *box =
+        new QMessageBox(QMessageBox::Information, windowTitle(), captions.text(CaptionNotFound), QMessageBox::Ok, this);
+    box->setObjectName(QStringLiteral("notFound"));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+void freedb::tellFailure(const LookupFailure &failure)
+{
+    endLookup(lookupFailureText(m_context.captions, failure));
+}
+
+void freedb::offerChoice()
+{
+    endLookup(m_context.captions.text(Text::MatchTitle));
+    m_choice = new MatchDialog(m_context.captions, m_lookup->database(), m_lookup->contents(), this);
+    m_choice->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_choice, &QDialog::finished, this, &freedb::endChoice);
+    updateEnabling();
+    m_choice->open();
+}
+
+void freedb::endChoice(int result)
+{
+    const MatchDialog *choice = m_choice;
+    m_choice = nullptr;
+    if (result == QDialog::Accepted)
+        showRecord(choice->chosen());
+    else
+        endLookup(m_context.captions.text(Text::LookupNoneChosen));
+}
+
+void freedb::showRecord(const DiscRecord &record)
+{
+    m_fields->setFields({record.artist, record.album, record.year, record.genre});
+    sp->setDisc(record);
+    endLookup(m_context.captions.text(Text::LookupFound).arg(record.tracks.size()));
+}
+
+void freedb::openSearch()
+{
+    auto *window = new buscaweb(m_context.captions, m_context.firstArtist(), this);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    connect(window, &buscaweb::searchRequested, m_lookup, &DiscLookup::search);
+    window->open();
+}
+
+// Saving
+
+void freedb::save()
+{
+    const std::vector<DiscFile> files = sp->pairedFiles(sel->isChecked());
+    const QString statusBefore = m_status;
+    setStatus(m_context.captions.text(Text::LookupSaving));
+    pb->setValue(0);
+    const std::optional<qsizetype> saved = m_saving->save(files, m_fields->fields());
+    if (!saved) {
+        endLookup(statusBefore);
+        return;
+    }
+    setStatus(m_context.captions.text(Text::LookupSaved).arg(*saved));
+    pb->setValue(WholeProgress);
+}
+
+// What is shown
+
+void freedb::showProgress(int done, int count)
+{
+    pb->setValue(count > 0 ? WholeProgress * done / count : 0);
+}
+
+void freedb::setStatus(const QString &status)
+{
+    m_status = status;
+    showStatus();
+}
+
+void freedb::showStatus()
+{
+    QStringList lines;
+    if (!m_status.isEmpty())
+        lines << m_status;
+    if (sp->hasDisc())
+        lines << sp->remarks() << m_fields->remarks(m_context.captions);
+    m_statusLine->setText(lines.join(u'\n'));
+}
+
+void freedb::updateEnabling()
+{
+    const bool isIdle = !m_lookup->isAsking() && m_choice == nullptr && !m_saving->isUnderWay();
+    Command2->setEnabled(sp->hasDisc() && isIdle && sp->hasFiles(sel->isChecked()));
+}
+
+} // namespace ravlin

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "core/platform/error.h"
+#include "core/platform/filesystem.h"
+
+#include <QDialog>
+#include <QPointer>
+
+#include <functional>
+
+class QCheckBox;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QTimer;
+
+namespace ravlin {
+
+class Captions;
+class DiscFieldsBox;
+class DiscLookup;
+class DiscSaving;
+class FacingLists;
+class MatchDialog;
+class PageOwner;
+class Settings;
+class TagStore;
+struct DiscRecord;
+struct LookupFailure;
+struct ProgramState;
+
+/// What the window works with. All of it outlives the window.
+struct FreedbContext
+{
+    PageOwner &owner;
+    const ProgramState &state;
+    TagStore &tagStore;
+    const Captions &captions;
+    Settings &settings;
+    std::function<QString()> firstArtist; ///< what the main list shows as its first row's artist
+    platform::FileSystem &fileSystem = platform::FileSystem::native();
+};
+
+/// The window that looks the selected files up in a CD database, lets the user put files and tracks side by side, and
+/// writes album, track numbers and titles into the files' tags.
+///
+/// Once it is shown it measures the files' playing times and asks the database for the disc that they make; all of that
+/// happens while the window can be used, and ends when it is closed. Nothing is written but by `Command2`, which is
+/// enabled once a disc has been found: row by row the files get the tracks that stand beside them.
+class freedb : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// The files are those that are selected in the main window now, in its order.
+    explicit freedb(const FreedbContext &context, QWidget *parent = nullptr);
+    ~freedb() override;
+
+    /// Does nothing while tags are being saved.
+    void done(int result) override;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void createControls();
+    void arrange();
+    void connectControls();
+    void connectLookup();
+    void applyCaptions();
+    void applyIcons();
+    void restorePlaces();
+    void loadFiles();
+
+    void tick();
+    void begin();
+    void showMeasuring(int done, int count);
+    void endMeasuring();
+    void beginAsking();
+    void endLookup(const QString &status);
+    void tellIncomplete(int file, const Error &error);
+    void tellNotFound();
+    void tellFailure(const LookupFailure &failure);
+    void offerChoice();
+    void endChoice(int result);
+    void showRecord(const DiscRecord &record);
+    void openSearch();
+
+    void save();
+    void showProgress(int done, int count);
+    void setStatus(const QString &status);
+    void showStatus();
+    void updateEnabling();
+
+    FreedbContext m_context;
+    bool m_hasBegun = false; ///< the first tick has come
+    QString m_status;
+
+    DiscFieldsBox *m_fields = nullptr; ///< tartista, talbum, ta_o, testilo
+    FacingLists *sp = nullptr;         ///< archivo, correlacion
+    QLabel *m_statusLine = nullptr;
+    QProgressBar *pb = nullptr;
+    QCheckBox *sel = nullptr;
+    QPushButton *Pic = nullptr;
+    QPushButton *Command2 = nullptr;
+    QPushButton *m_close = nullptr;
+    QTimer *timer1 = nullptr;
+    DiscLookup *m_lookup = nullptr;
+    DiscSaving *m_saving = nullptr;
+    QPointer<MatchDialog> m_choice;
+};
+
+} // namespace ravlin

@@ -1,0 +1,127 @@
+#pragma once
+
+#include "core/online/update/downloadqueue.h"
+#include "core/online/update/updateaddress.h"
+#include "core/online/update/versioncheck.h"
+
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QMessageBox>
+#include <QTimer>
+
+#include <functional>
+
+class QGroupBox;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QStatusBar;
+class QTreeWidget;
+
+namespace ravlin {
+
+class ElidedLabel;
+class Settings;
+
+struct UpdateContext
+{
+    Settings &settings;
+    const Captions &captions;
+    platform::FileSystem &fileSystem;
+    QString address = updateAddress();
+    QString version = runningVersion(); ///< of this program
+};
+
+/// The window that looks for a newer version when it comes up, lists the files of the newest one, and downloads those
+/// that are selected into a folder of the user's choice. It never runs any of them.
+///
+/// The network is waited for on the event loop: the window answers meanwhile. Its button cancel ends what is under way
+/// and closes the window when nothing is; closing it ends everything and leaves nothing half done behind.
+class mainform : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// Asks the user for a folder; empty for none. The title, and the folder to begin with.
+    using ChooseFolder = std::function<QString(const QString &title, const QString &start)>;
+
+    /// context's members outlive the window.
+    explicit mainform(const UpdateContext &context, QWidget *parent = nullptr);
+
+    void setChooseFolder(ChooseFolder choose) { m_chooseFolder = std::move(choose); }
+
+    /// Takes an update descriptor. Nothing is made of it but the title; nobody hands one over.
+    void autoupdate(const QString &descriptor);
+
+    void done(int result) override;
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void createControls();
+    void createLayout();
+    QGroupBox *statusFrame();
+    void connectControls();
+    void applyCaptions();
+    void restorePlace();
+
+    void check();
+    void showVersions(const VersionFile &file);
+    void showState(ConnectionState state);
+    void showStatus(const QString &text);
+
+    void download();
+    QString chooseFolder();
+    void showBegun(int row, const QString &fileName, const QString &path);
+    void showSize();
+    void showProgress();
+    void showEstimate();
+    void showDownloaded(const QString &path, bool isChecked);
+    void showFinished(bool hasReachedEnd);
+    void abort();
+    void enableControls();
+
+    using Then = std::function<void(int)>;
+    void openBox(
+        QMessageBox::Icon icon, const char *name, const QString &text, const QString &reason, const Then &then);
+    void tellFailure(const QString &fileName, const UpdateFailure &failure, const std::function<void()> &goOn);
+    void askToReplace(const QString &path, const std::function<void(bool)> &answer);
+
+    UpdateContext m_context;
+    ChooseFolder m_chooseFolder;
+    VersionCheck m_check;
+    InetRetreive m_download;
+    DownloadQueue m_queue;
+    QUrl m_versionFileUrl;
+    VersionFile m_versionFile;
+    bool m_hasChecked = false;
+    int m_row = -1; ///< of the file that is downloaded
+    QString m_fileName;
+    QStringList m_checkedNames;   ///< of this run, by their checksums
+    QStringList m_uncheckedNames; ///< without one
+    TransferRate m_rate;
+    QElapsedTimer m_clock; ///< since the file's size was told
+
+    QLabel *labeltitle = nullptr;
+    QGroupBox *frame1 = nullptr;
+    QGroupBox *frame2 = nullptr;
+    ElidedLabel *labelstatus1 = nullptr;
+    ElidedLabel *labelfname = nullptr;
+    QLabel *label1 = nullptr;
+    QLabel *labelfs = nullptr;
+    ElidedLabel *labeldest = nullptr;
+    ElidedLabel *labelst = nullptr;
+    QLabel *m_estimate = nullptr;    ///< estimate
+    ElidedLabel *m_checks = nullptr; ///< checks: which files had a checksum
+    QProgressBar *progressbar1 = nullptr;
+    QTreeWidget *filelist = nullptr;
+    QPushButton *cmdget = nullptr;
+    QPushButton *m_cancel = nullptr; ///< cancel
+    QStatusBar *autoupdst = nullptr;
+    ElidedLabel *m_state = nullptr; ///< state, in autoupdst
+    QTimer *timer1 = nullptr;
+    QTimer *timertimeout = nullptr;
+};
+
+} // namespace ravlin

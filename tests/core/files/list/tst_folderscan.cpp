@@ -1,0 +1,247 @@
+// The folder scan: which names get a row, in which order the folders of a tree come, what a row shows, and that nothing
+// on the disk (hidden files, links in a circle, odd names, unreadable files) stops it.
+
+#include "core/files/list/folderscan.h"
+#include "core/platform/filesystem.h"
+#include "support/links.h"
+#include "support/mp3builder.h"
+#include "support/nativepath.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <thread>
+
+#ifndef _WIN32
+#include <sys/stat.h>
+#endif
+
+using namespace ravlin;
+using namespace ravlin::test;
+
+class TestFolderScan : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+
+    QString root() const { return native(m_folder->path() + u'/'); }
+    void make(const QString &name, const QByteArray &content = audio(1)) const
+    {
+        QDir(root()).mkpath(QFileInfo(root() + name).path());
+        writeFile(m_folder->path(), name, content);
+    }
+    static QStringList texts(const Listing &listing)
+    {
+        QStringList texts;
+        for (const ListRow &row : listing.rows)
+            texts += row.text();
+        return texts;
+    }
+    static QStringList sorted(QStringList texts)
+    {
+        texts.sort();
+        return texts;
+    }
+
+private Q_SLOTS:
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    void onlyPlainVisibleMp3FilesHaveRows()
+    {
+        make(QStringLiteral("a.mp3"));
+        make(QStringLiteral("B.MP3"));
+        make(QStringLiteral("c.Mp3"));
+        make(QStringLiteral("d.mp3.txt"));
+        make(QStringLiteral("e.ogg"));
+        make(QStringLiteral("mp3"));
+        make(QStringLiteral(".hidden.mp3"));
+        QDir(root()).mkdir(QStringLiteral("folder.mp3"));
+        const Listing listing = ListFolder(root(), QString()).value();
+        QCOMPARE(sorted(texts(listing)),
+            QStringList({QStringLiteral("B.MP3"), QStringLiteral("a.mp3"), QStringLiteral("c.Mp3")}));
+        QVERIFY(listing.failures.empty());
+    }
+
+    void aPipeHasNoRow()
+    {
+#ifdef _WIN32
+        QSKIP("Windows keeps its pipes in no folder");
+#else
+        QCOMPARE(::mkfifo(qPrintable(root() + QStringLiteral("pipe.mp3")), 0600), 0);
+        const Listing listing = ListFolder(root(), QString()).value();
+        QVERIFY(listing.rows.empty());
+        QVERIFY(listing.failures.empty());
+#endif
+    }
+
+    void aLinkHasTheRowOfItsFileIfItLeadsToOne()
+    {
+        make(QStringLiteral("a.mp3"));
+        if (!symbolicLink(QStringLiteral("a.mp3"), root() + QStringLiteral("link.mp3")))
+            QSKIP("no symbolic links here");
+        QVERIFY(symbolicLink(QStringLiteral("nowhere"), root() + QStringLiteral("dangling.mp3")));
+        const Listing listing = ListFolder(root(), QString()).value();
+        QCOMPARE(sorted(texts(listing)), QStringList({QStringLiteral("a.mp3"), QStringLiteral("link.mp3")}));
+        QVERIFY(listing.failures.empty());
+    }
+
+    void aRowShowsPrefixNameAndTags()
+    {
+        make(QStringLiteral("tema.mp3"),
+            id3v2(3, textFrame(3, "TIT2", QStringLiteral("Título")) + textFrame(3, "TPE1", QStringLiteral("日本"), 1) +
+                         textFrame(3, "TALB", QStringLiteral("Al")) + textFrame(3, "TYER", QStringLiteral("1999")) +
+                         textFrame(3, "TRCK", QStringLiteral("9/12"))) +
+                audio());
+        const Listing listing = ListFolder(root(), QStringLiteral("cd1/")).value();
+        QCOMPARE(listing.rows.size(), size_t{1});
+        const ListRow &row = listing.rows.front();
+        QCOMPARE(row.text(), QStringLiteral("cd1/tema.mp3"));
+        QCOMPARE(row.file.title(), QStringLiteral("Título"));
+        QCOMPARE(row.file.artist(), QStringLiteral("日本"));
+        QCOMPARE(row.file.album(), QStringLiteral("Al"));
+        QCOMPARE(row.file.year(), QStringLiteral("1999"));
+        QVERIFY(row.file.hasV2() && !row.file.hasV1());
+        QCOMPARE(row.trackColumn(), QStringLiteral("09"));
+    }
+
+    void track9Shows09And10Shows10()
+    {
+        const auto shown = [](const QString &track) {
+            ListTag tag;
+            tag.track = track;
+            return ListRow{{}, ListedFile(u"a.mp3", tag)}.trackColumn();
+        };
+        QCOMPARE(shown(QStringLiteral("9")), QStringLiteral("09"));
+        QCOMPARE(shown(QStringLiteral("10")), QStringLiteral("10"));
+        QCOMPARE(shown({}), QString());
+    }
+
+    void subfoldersAreOrderedWithoutRegardToCase()
+    {
+        for (const char *name : {"b", "A", "c", "Á", ".hidden"})
+            QDir(root()).mkdir(QString::fromUtf8(name));
+        make(QStringLiteral("d")); // a plain file named like a folder is none
+        const QStringList found = GetSubfolders(root()).value();
+        const auto expected = {root() + QStringLiteral(".hidden/"), root() + QStringLiteral("A/"),
+            root() + QStringLiteral("b/"), root() + QStringLiteral("c/"), root() + QStringLiteral("Á/")};
+        QCOMPARE(found, native(QStringList(expected)));
+    }
+
+    void aFolderThatIsBeingCopiedIsNotThereYet()
+    {
+        make(QStringLiteral("cd/a.mp3"));
+        make(QStringLiteral(".ravlin-0123456789abcdef.tmp/a.mp3"));
+        make(QStringLiteral("cd/.ravlin-fedcba9876543210.tmp/sub/b.mp3"));
+        make(QStringLiteral(".ravlin-mine.tmp/c.mp3")); // not quite a name that the program gives
+        QCOMPARE(GetSubfolders(root()).value(),
+            native(QStringList({root() + QStringLiteral(".ravlin-mine.tmp/"), root() + QStringLiteral("cd/")})));
+        const Listing listing = ListFolderTree(root()).value();
+        QCOMPARE(texts(listing), native({QStringLiteral(".ravlin-mine.tmp/c.mp3"), QStringLiteral("cd/a.mp3")}));
+        QVERIFY(listing.failures.empty());
+    }
+
+    void aTreeIsListedLevelByLevelBelowEachSubfolder()
+    {
+        for (const char *name :
+            {"0.mp3", "x/1.mp3", "y/2.mp3", "x/b/3.mp3", "x/a/4.mp3", "y/z/5.mp3", "x/a/deep/6.mp3"})
+            make(QString::fromUtf8(name));
+        QCOMPARE(texts(ListFolderTree(root()).value()),
+            native({QStringLiteral("0.mp3"), QStringLiteral("x/1.mp3"), QStringLiteral("y/2.mp3"),
+                QStringLiteral("x/a/4.mp3"), QStringLiteral("x/b/3.mp3"), QStringLiteral("x/a/deep/6.mp3"),
+                QStringLiteral("y/z/5.mp3")}));
+        // The separator at the end of the path may be missing.
+        QCOMPARE(texts(ListFolderTree(m_folder->path()).value()).size(), 7);
+    }
+
+    void linksInACircleEnd()
+    {
+        make(QStringLiteral("x/1.mp3"));
+        if (!symbolicLink(QStringLiteral(".."), root() + QStringLiteral("x/up")))
+            QSKIP("no symbolic links here");
+        QVERIFY(symbolicLink(QStringLiteral("."), root() + QStringLiteral("x/self")));
+        QCOMPARE(texts(ListFolderTree(root()).value()), QStringList(QStringLiteral("x/1.mp3")));
+    }
+
+    void namesThatAreNoUnicodeAreListedAndFoundAgain()
+    {
+        const QByteArray native = QFile::encodeName(root()) + "caf\xE9.mp3";
+        const QString made = writeFile(m_folder->path(), QStringLiteral("x.mp3"), audio(1) + id3v1({.title = "T"}));
+        QCOMPARE(::rename(qPrintable(made), native.constData()), 0);
+        const Listing listing = ListFolder(root(), QString()).value();
+        QCOMPARE(listing.rows.size(), size_t{1});
+        QCOMPARE(listing.rows.front().file.title(), QStringLiteral("T"));
+        QCOMPARE(platform::encodePath(root() + listing.rows.front().text()), native);
+    }
+
+    void aGenreNumberAbove125StillHasItsRow()
+    {
+        make(QStringLiteral("a.mp3"), audio() + id3v1({.title = "T", .genre = 191}));
+        QCOMPARE(ListFolder(root(), QString()).value().rows.front().file.title(), QStringLiteral("T"));
+    }
+
+    void progressTellsEveryFolderAndTheLastFile()
+    {
+        for (const char *name : {"0.mp3", "x/1.mp3", "x/y/2.mp3"})
+            make(QString::fromUtf8(name));
+        std::vector<ScanProgress> told;
+        const std::thread::id caller = std::this_thread::get_id();
+        bool isByCaller = true;
+        const auto note = [&](const ScanProgress &progress) {
+            told.push_back(progress);
+            isByCaller = isByCaller && std::this_thread::get_id() == caller;
+        };
+        QCOMPARE(ListFolderTree(root(), {.progress = note})->rows.size(), size_t{3});
+        QVERIFY(isByCaller);
+        QVERIFY(told.size() >= 4);
+        QCOMPARE(told[1].name, native(root() + QStringLiteral("x/")));
+        QCOMPARE(told[1].done, size_t{0});
+        QCOMPARE(told[1].total, size_t{2});
+        QCOMPARE(told.back().done, size_t{3});
+        QCOMPARE(told.back().total, size_t{3});
+        QCOMPARE(told.back().name, native(QStringLiteral("x/y/2.mp3")));
+    }
+
+    void aStopEndsTheWalkAndTheSearchForSubfolders()
+    {
+        for (const char *name : {"a/1.mp3", "b/2.mp3", "c/3.mp3"})
+            make(QString::fromUtf8(name));
+        std::stop_source stop;
+        int folders = 0;
+        const auto stopAtTheSecondFolder = [&](const ScanProgress &) {
+            if (++folders == 2)
+                stop.request_stop();
+        };
+        const Listing listing =
+            ListFolderTree(root(), {.progress = stopAtTheSecondFolder, .stop = stop.get_token()}).value();
+        QCOMPARE(folders, 2);
+        QVERIFY(!listing.isComplete);
+        QVERIFY(listing.rows.empty());
+        QVERIFY(GetSubfolders(root(), stop.get_token())->isEmpty());
+        QCOMPARE(GetSubfolders(root())->size(), 3);
+    }
+
+    void aFolderThatCannotBeListedIsAnError()
+    {
+        QCOMPARE(ListFolder(root() + QStringLiteral("none/"), QString()).error().code, ErrorCode::NotFound);
+        make(QStringLiteral("a.mp3"));
+        QCOMPARE(ListFolderTree(root() + QStringLiteral("a.mp3")).error().code, ErrorCode::NotAFile);
+    }
+
+    void manyFilesKeepTheOrderOfTheFileSystem()
+    {
+        for (int i = 0; i < 500; ++i)
+            make(QStringLiteral("%1.mp3").arg(i), audio(1) + id3v1({.title = QByteArray::number(i)}));
+        const Listing first = ListFolder(root(), QString()).value();
+        QCOMPARE(first.rows.size(), size_t{500});
+        for (const ListRow &row : first.rows)
+            QCOMPARE(row.text(), row.file.title() + QStringLiteral(".mp3"));
+        QCOMPARE(texts(ListFolder(root(), QString()).value()), texts(first));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFolderScan)
+#include "tst_folderscan.moc"

@@ -1,0 +1,343 @@
+// Contract: whatever call fails, whatever disk is full and whoever interferes, each source is whole or its copy is;
+// nothing half-written bears a final name, and a source is deleted only when its copy reads back the same.
+
+#include "core/files/operations/transfer.h"
+#include "core/storage/safewrite.h"
+
+#include "support/faultyfilesystem.h"
+#include "support/mounteddrive.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <sys/wait.h>
+
+using namespace ravlin;
+using namespace ravlin::test;
+using namespace Qt::StringLiterals;
+
+class TransferFaultsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void anyCallFails_data();
+    void anyCallFails();
+    void aWrongByteKeepsTheSource();
+    void theSourceChangesMeanwhile();
+    void aFileComesIntoTheFolderMeanwhile();
+    void aFullDisk_data();
+    void aFullDisk();
+    void anInjectedFullDisk();
+    void aReadOnlyTarget();
+    void killedAtAnyMoment_data();
+    void killedAtAnyMoment();
+    void aLeftoverFolderIsCleanedUnlessInUse();
+
+private:
+    static constexpr int FileCount = 6;
+
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
+    QString source(int number) const { return in(u"from/%1.mp3"_s.arg(number)); }
+    static QByteArray content(int number) { return pattern(70'000 + number, quint32(number)); }
+    void makeSources() const;
+    void emptyTarget() const;
+    QStringList sources() const;
+    void checkNothingLost(const TransferReport *report, bool isMove) const;
+    TransferReport transfer(
+        platform::FileSystem &fileSystem, TransferKind kind, const QStringList &what, const QString &to) const
+    {
+        const auto plan = makeTransferPlan(platform::FileSystem::native(), {kind, what, to});
+        return plan ? runTransfer(fileSystem, *plan) : TransferReport();
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<OtherDrive> m_drive;
+    QString m_to;
+};
+
+void TransferFaultsTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_drive = std::make_unique<OtherDrive>();
+    m_to = m_drive->isOther() ? m_drive->path() : in(u"to"_s);
+    QDir().mkpath(m_to);
+}
+
+void TransferFaultsTest::makeSources() const
+{
+    for (int number = 0; number < FileCount; ++number)
+        writeFile(source(number), content(number));
+    writeFile(in(u"from/cd/sub/x.mp3"_s), content(100));
+    writeFile(in(u"from/cd/y.mp3"_s), content(101));
+}
+
+void TransferFaultsTest::emptyTarget() const
+{
+    for (const QString &name : QDir(m_to).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)) {
+        const QString path = m_to + u'/' + name;
+        QVERIFY(QFileInfo(path).isDir() ? QDir(path).removeRecursively() : QFile::remove(path));
+    }
+}
+
+QStringList TransferFaultsTest::sources() const
+{
+    QStringList all;
+    for (int number = 0; number < FileCount; ++number)
+        all.append(source(number));
+    return all << in(u"from/cd"_s);
+}
+
+void TransferFaultsTest::checkNothingLost(const TransferReport *report, bool isMove) const
+{
+    const Snapshot from = snapshotOf(in(u"from"_s));
+    const Snapshot to = snapshotOf(m_to);
+    Snapshot expected;
+    for (int number = 0; number < FileCount; ++number)
+        expected.insert(u"%1.mp3"_s.arg(number), "file " + content(number));
+    expected.insert(u"cd"_s, "folder");
+    expected.insert(u"cd/sub"_s, "folder");
+    expected.insert(u"cd/sub/x.mp3"_s, "file " + content(100));
+    expected.insert(u"cd/y.mp3"_s, "file " + content(101));
+    for (auto entry = expected.cbegin(); entry != expected.cend(); ++entry) {
+        const QByteArray there = to.value(entry.key());
+        QVERIFY2(there.isEmpty() || there == *entry, qPrintable(u"half-written: "_s + entry.key()));
+        QVERIFY2(
+            from.value(entry.key()) == *entry || (isMove && there == *entry), qPrintable(u"lost: "_s + entry.key()));
+    }
+    // A folder is there in full or not at all.
+    QCOMPARE(to.contains(u"cd"_s), to.contains(u"cd/y.mp3"_s) && to.contains(u"cd/sub/x.mp3"_s));
+    for (const QString &name : to.keys()) {
+        const QString top = name.section(u'/', 0, 0);
+        QVERIFY2(expected.contains(name) || platform::isLeftoverName(top), qPrintable(u"stray: "_s + name));
+    }
+    if (!report)
+        return;
+    QCOMPARE(report->done.size() >= size_t(1) || !report->failures.empty(), true);
+    for (const TransferStep &step : report->done)
+        QCOMPARE(platform::isTaken(step.source), !step.isMove);
+}
+
+void TransferFaultsTest::anyCallFails_data()
+{
+    QTest::addColumn<TransferKind>("kind");
+    QTest::addColumn<Fault>("fault");
+    QTest::newRow("copy, failing") << TransferKind::Copy << Fault::Fail;
+    QTest::newRow("copy, failing half-way") << TransferKind::Copy << Fault::FailLater;
+    QTest::newRow("copy, short") << TransferKind::Copy << Fault::Short;
+    QTest::newRow("move, failing") << TransferKind::Move << Fault::Fail;
+    QTest::newRow("move, failing half-way") << TransferKind::Move << Fault::FailLater;
+}
+
+void TransferFaultsTest::anyCallFails()
+{
+    QFETCH(TransferKind, kind);
+    QFETCH(Fault, fault);
+    bool fired = true;
+    int at = 0;
+    for (; fired && at < 2000; ++at) {
+        makeSources();
+        FaultyFileSystem faulty;
+        faulty.setPlan({.fault = fault, .at = at});
+        const TransferReport report = transfer(faulty, kind, sources(), m_to);
+        fired = faulty.hasFired();
+        checkNothingLost(&report, kind == TransferKind::Move);
+        if (QTest::currentTestFailed())
+            return;
+        if (!fired) {
+            QVERIFY(report.isComplete());
+            QCOMPARE(report.done.size(), std::size_t(FileCount + 1));
+        }
+        QVERIFY(QDir(in(u"from"_s)).removeRecursively());
+        emptyTarget();
+    }
+    QVERIFY2(at > 50, qPrintable(QString::number(at))); // it did go through the calls
+}
+
+void TransferFaultsTest::aWrongByteKeepsTheSource()
+{
+    if (!m_drive->isOther())
+        QSKIP("there is no second file system to write to");
+    makeSources();
+    FaultyFileSystem faulty;
+    faulty.setPlan({.fault = Fault::Corrupt, .at = 2, .only = Call::Copy});
+    const TransferReport report = transfer(faulty, TransferKind::Move, sources(), m_to);
+    QVERIFY(faulty.hasFired());
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::VerifyFailed);
+    QCOMPARE(report.failures[0].path, source(2));
+    checkNothingLost(&report, true);
+    QVERIFY(readFile(source(2)) == content(2));
+    QVERIFY(!platform::isTaken(m_to + u"/2.mp3"_s));
+}
+
+void TransferFaultsTest::theSourceChangesMeanwhile()
+{
+    if (!m_drive->isOther())
+        QSKIP("there is no second file system to write to");
+    makeSources();
+    FaultyFileSystem faulty;
+    bool isChanged = false;
+    faulty.beforeCall = [&](Call call) {
+        if (call == Call::Sync && !isChanged) {
+            isChanged = true;
+            writeFile(source(0), "somebody's new version");
+        }
+    };
+    const TransferReport report = transfer(faulty, TransferKind::Move, {source(0)}, m_to);
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::ChangedMeanwhile);
+    QCOMPARE(readFile(source(0)), QByteArray("somebody's new version"));
+    QVERIFY(snapshotOf(m_to).isEmpty());
+}
+
+void TransferFaultsTest::aFileComesIntoTheFolderMeanwhile()
+{
+    if (!m_drive->isOther())
+        QSKIP("there is no second file system to write to");
+    makeSources();
+    FaultyFileSystem faulty;
+    faulty.beforeCall = [&](Call call) {
+        if (call == Call::RemoveFolder)
+            writeFile(in(u"from/cd/sub/late.mp3"_s), "late");
+    };
+    const TransferReport report = transfer(faulty, TransferKind::Move, {in(u"from/cd"_s)}, m_to);
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(readFile(in(u"from/cd/sub/late.mp3"_s)), QByteArray("late"));
+    QVERIFY(readFile(m_to + u"/cd/sub/x.mp3"_s) == content(100));
+    QVERIFY(!report.done[0].isMove); // not all of it is gone
+}
+
+void TransferFaultsTest::aFullDisk_data()
+{
+    QTest::addColumn<TransferKind>("kind");
+    QTest::newRow("copy") << TransferKind::Copy;
+    QTest::newRow("move") << TransferKind::Move;
+}
+
+void TransferFaultsTest::aFullDisk()
+{
+    QFETCH(TransferKind, kind);
+    const MountedDrive small(in(u"small"_s), "3m");
+    if (!small.isMounted())
+        QSKIP("mounting a drive is not permitted");
+    QStringList all;
+    for (int number = 0; number < 5; ++number) {
+        all.append(source(number));
+        writeFile(all.back(), pattern(1'000'000, quint32(number)));
+    }
+    writeFile(in(u"from/cd/big.mp3"_s), pattern(2'900'000, 9));
+    all.append(in(u"from/cd"_s));
+    const TransferReport report = transfer(platform::FileSystem::native(), kind, all, small.path());
+    QVERIFY(!report.failures.empty());
+    QCOMPARE(report.failures[0].error.code, ErrorCode::NoSpace);
+    QVERIFY(!report.done.empty());
+    QCOMPARE(report.done.size() + report.failures.size() + size_t(report.notDone.size()), size_t(all.size()));
+    QVERIFY(report.notDone.contains(in(u"from/cd"_s))); // none is tried once the drive is full
+    QCOMPARE(snapshotOf(small.path()).size(), qsizetype(report.done.size()));
+    for (int number = 0; number < 5; ++number) {
+        const QByteArray expected = pattern(1'000'000, quint32(number));
+        const QByteArray there = readFile(small.path() + u"/%1.mp3"_s.arg(number));
+        QVERIFY(there == expected || (there == "(none)" && readFile(source(number)) == expected));
+    }
+    // A folder that does not fit leaves nothing behind.
+    const TransferReport folder = transfer(platform::FileSystem::native(), kind, {in(u"from/cd"_s)}, small.path());
+    QCOMPARE(folder.failures[0].error.code, ErrorCode::NoSpace);
+    QCOMPARE(snapshotOf(small.path()).size(), qsizetype(report.done.size()));
+    QVERIFY(readFile(in(u"from/cd/big.mp3"_s)) == pattern(2'900'000, 9));
+}
+
+void TransferFaultsTest::anInjectedFullDisk()
+{
+    if (!m_drive->isOther())
+        QSKIP("there is no second file system to write to");
+    makeSources();
+    FaultyFileSystem faulty;
+    faulty.setPlan({.fault = Fault::Fail, .at = 3, .only = Call::Copy, .forEver = true});
+    const TransferReport report = transfer(faulty, TransferKind::Move, sources(), m_to);
+    QCOMPARE(report.done.size(), std::size_t(3));
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::NoSpace);
+    QCOMPARE(report.notDone.size(), FileCount + 1 - 4);
+    checkNothingLost(&report, true);
+}
+
+void TransferFaultsTest::aReadOnlyTarget()
+{
+    MountedDrive drive(in(u"drive"_s), "1m");
+    if (!drive.isMounted() || !drive.makeReadOnly())
+        QSKIP("mounting a drive is not permitted");
+    makeSources();
+    const TransferReport report = transfer(platform::FileSystem::native(), TransferKind::Move, sources(), drive.path());
+    QCOMPARE(report.failures.size(), std::size_t(FileCount + 1));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::ReadOnly);
+    for (int number = 0; number < FileCount; ++number)
+        QVERIFY(readFile(source(number)) == content(number));
+}
+
+void TransferFaultsTest::killedAtAnyMoment_data()
+{
+    QTest::addColumn<TransferKind>("kind");
+    QTest::addColumn<Fault>("fault");
+    QTest::newRow("copy, before a call") << TransferKind::Copy << Fault::Die;
+    QTest::newRow("copy, after a call") << TransferKind::Copy << Fault::DieAfter;
+    QTest::newRow("move, before a call") << TransferKind::Move << Fault::Die;
+    QTest::newRow("move, after a call") << TransferKind::Move << Fault::DieAfter;
+}
+
+void TransferFaultsTest::killedAtAnyMoment()
+{
+    QFETCH(TransferKind, kind);
+    QFETCH(Fault, fault);
+    int status = FaultyFileSystem::DeathStatus;
+    int at = 0;
+    for (; status == FaultyFileSystem::DeathStatus && at < 2000; at += 3) {
+        makeSources();
+        const pid_t child = ::fork();
+        QVERIFY(child >= 0);
+        if (child == 0) {
+            FaultyFileSystem faulty;
+            faulty.setPlan({.fault = fault, .at = at});
+            transfer(faulty, kind, sources(), m_to);
+            std::_Exit(0);
+        }
+        int waited = 0;
+        QCOMPARE(::waitpid(child, &waited, 0), child);
+        QVERIFY(WIFEXITED(waited));
+        status = WEXITSTATUS(waited);
+        checkNothingLost(nullptr, kind == TransferKind::Move);
+        if (QTest::currentTestFailed())
+            return;
+        // The next start clears away what was left, and nothing else.
+        QVERIFY(platform::cleanLeftovers(platform::FileSystem::native(), m_to));
+        const Snapshot left = snapshotOf(m_to);
+        QVERIFY(std::none_of(left.keyBegin(), left.keyEnd(), platform::isLeftoverName));
+        checkNothingLost(nullptr, kind == TransferKind::Move);
+        QDir(in(u"from"_s)).removeRecursively();
+        emptyTarget();
+    }
+    QCOMPARE(status, 0);
+    QVERIFY2(at > 50, qPrintable(QString::number(at)));
+}
+
+void TransferFaultsTest::aLeftoverFolderIsCleanedUnlessInUse()
+{
+    platform::FileSystem &native = platform::FileSystem::native();
+    auto used = platform::TemporaryFolder::create(native, m_to);
+    QVERIFY(used);
+    writeFile(used->path() + u"/a.mp3"_s, "a");
+    const QString stale = m_to + u"/.ravlin-0123456789abcdef.tmp"_s;
+    writeFile(stale + u"/sub/b.mp3"_s, "b");
+    const QString link = m_to + u"/.ravlin-0123456789abcdee.tmp"_s;
+    writeFile(in(u"precious/c.mp3"_s), "c");
+    makeLink(QFile::encodeName(in(u"precious"_s)), link);
+    QCOMPARE(platform::cleanLeftovers(native, m_to).value(), 1);
+    QVERIFY(!platform::isTaken(stale));
+    QCOMPARE(readFile(used->path() + u"/a.mp3"_s), QByteArray("a"));
+    QCOMPARE(readFile(in(u"precious/c.mp3"_s)), QByteArray("c"));
+}
+
+QTEST_GUILESS_MAIN(TransferFaultsTest)
+
+#include "tst_transferfaults.moc"

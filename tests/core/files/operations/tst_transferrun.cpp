@@ -1,0 +1,150 @@
+// Contract: a transfer can be stopped at any moment, inside a long file too, tells how far it is, and takes any number
+// of files; what was not done in full leaves its source whole and nothing at the target.
+
+#include "core/files/operations/transfer.h"
+
+#include "support/filetree.h"
+
+#include <QDir>
+#include <QTest>
+
+using namespace ravlin;
+using namespace ravlin::test;
+using namespace Qt::StringLiterals;
+
+class TransferRunTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void stopped_data() { drives(); }
+    void stopped();
+    void tellsProgressInBytes();
+    void ofManyFiles_data() { drives(); }
+    void ofManyFiles();
+
+private:
+    static void drives();
+    QString target() const;
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
+    TransferReport run(
+        TransferKind kind, const QStringList &sources, const QString &folder, const TransferOptions &options = {});
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<OtherDrive> m_drive;
+    platform::FileSystem &m_fileSystem = platform::FileSystem::native();
+};
+
+void TransferRunTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_drive = std::make_unique<OtherDrive>();
+    QDir().mkpath(in(u"to"_s));
+}
+
+void TransferRunTest::drives()
+{
+    QTest::addColumn<TransferKind>("kind");
+    QTest::addColumn<bool>("toOtherDrive");
+    QTest::newRow("copy") << TransferKind::Copy << false;
+    QTest::newRow("move") << TransferKind::Move << false;
+    QTest::newRow("copy to another drive") << TransferKind::Copy << true;
+    QTest::newRow("move to another drive") << TransferKind::Move << true;
+}
+
+/// Where the row's files go; empty without another drive.
+QString TransferRunTest::target() const
+{
+    QFETCH(bool, toOtherDrive);
+    if (!toOtherDrive)
+        return in(u"to"_s);
+    return m_drive->isOther() ? m_drive->path() : QString();
+}
+
+TransferReport TransferRunTest::run(
+    TransferKind kind, const QStringList &sources, const QString &folder, const TransferOptions &options)
+{
+    const auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
+    return plan ? runTransfer(m_fileSystem, *plan, options) : TransferReport();
+}
+
+void TransferRunTest::stopped()
+{
+    QFETCH(TransferKind, kind);
+    const QString to = target();
+    if (to.isEmpty())
+        QSKIP("there is no second file system to write to");
+    QStringList sources;
+    for (int i = 0; i < 5; ++i) {
+        sources.append(in(u"%1.mp3"_s.arg(i)));
+        writeFile(sources.back(), pattern(10'000'000, quint32(i))); // longer than a step
+    }
+    writeFile(in(u"cd/a.mp3"_s), "a");
+    sources.append(in(u"cd"_s));
+    std::stop_source stop;
+    const TransferReport report = run(kind, sources, to,
+        {[&](const TransferProgress &progress) {
+             if (progress.bytesDone > 12'000'000)
+                 stop.request_stop();
+         },
+            stop.get_token()});
+    QVERIFY(report.wasStopped);
+    QVERIFY(!report.notDone.isEmpty());
+    QVERIFY(report.failures.empty());
+    QCOMPARE(report.done.size() + size_t(report.notDone.size()), size_t(sources.size()));
+    for (const QString &source : report.notDone) {
+        QVERIFY(platform::isTaken(source));
+        QVERIFY(!platform::isTaken(to + u'/' + platform::nameOf(source)));
+    }
+    for (const TransferStep &step : report.done) {
+        const quint32 seed = platform::nameOf(step.target).left(1).toUInt();
+        QVERIFY(readFile(step.target) == pattern(10'000'000, seed));
+    }
+    QCOMPARE(snapshotOf(to).size(), qsizetype(report.done.size())); // no leftovers
+}
+
+void TransferRunTest::tellsProgressInBytes()
+{
+    writeFile(in(u"a.mp3"_s), pattern(9'000'000, 1));
+    writeFile(in(u"cd/b.mp3"_s), pattern(1'000'000, 2));
+    QList<qint64> told;
+    TransferProgress last;
+    run(TransferKind::Copy, {in(u"a.mp3"_s), in(u"cd"_s)}, in(u"to"_s), {[&](const TransferProgress &progress) {
+        told.append(progress.bytesDone);
+        last = progress;
+    }});
+    QVERIFY(std::is_sorted(told.begin(), told.end()));
+    QVERIFY(std::any_of(told.begin(), told.end(), [](qint64 bytes) { return bytes > 0 && bytes < 9'000'000; }));
+    QCOMPARE(last.bytesTotal, 10'000'000);
+    QCOMPARE(last.bytesDone, 10'000'000);
+    QCOMPARE(last.itemsDone, 2);
+    QCOMPARE(last.itemsTotal, 2);
+}
+
+void TransferRunTest::ofManyFiles()
+{
+    QFETCH(TransferKind, kind);
+    const QString to = target();
+    if (to.isEmpty())
+        QSKIP("there is no second file system to write to");
+    QStringList sources;
+    for (int i = 0; i < 300; ++i) {
+        sources.append(in(u"many/%1.mp3"_s.arg(i)));
+        writeFile(sources.back(), pattern(1000 + i, quint32(i)));
+        writeFile(in(u"folder/%1.mp3"_s.arg(i)), pattern(500 + i, quint32(i)));
+    }
+    const Snapshot many = snapshotOf(in(u"many"_s));
+    const Snapshot folder = snapshotOf(in(u"folder"_s));
+    const TransferReport report = run(kind, sources + QStringList{in(u"folder"_s)}, to);
+    QVERIFY(report.isComplete());
+    QCOMPARE(report.done.size(), std::size_t(301));
+    QVERIFY(snapshotOf(to + u"/folder"_s) == folder);
+    for (const QString &source : sources)
+        QVERIFY(readFile(to + u'/' + platform::nameOf(source)) == many.value(platform::nameOf(source)).sliced(5));
+    QCOMPARE(snapshotOf(in(u"many"_s)).size(), kind == TransferKind::Copy ? 300 : 0);
+}
+
+QTEST_GUILESS_MAIN(TransferRunTest)
+
+#include "tst_transferrun.moc"

@@ -1,0 +1,337 @@
+// Contract: the last operations are undone one by one, the last one first, without overwriting or losing anything; what
+// can't be undone any more says why.
+
+#include "core/files/operations/undo.h"
+
+#include "support/filetree.h"
+#include "support/trash.h"
+
+#include <QDir>
+#include <QTest>
+
+using namespace ravlin;
+using namespace ravlin::test;
+using namespace Qt::StringLiterals;
+
+class UndoTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void oneByOne();
+    void aMove_data();
+    void aMove();
+    void aMoveWhoseOldNameIsTaken();
+    void aMoveThatReplaced();
+    void aMergedMove();
+    void aCopyGoesIntoTheTrash();
+    void aCopyThatWasEditedStays();
+    void aCopyThatReplacedStays();
+    void aDeletionComesBack();
+    void aDeletionForGoodSaysWhy();
+    void aBatchOfRenames();
+    void whatIsGoneSaysSo();
+    void aMoveThatWasNotFinishedStays();
+    void aStopLeavesTheRestForTheNextUndo_data();
+    void aStopLeavesTheRestForTheNextUndo();
+    void nothingDoneIsNothingToUndo();
+
+private:
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
+    TransferReport transfer(
+        TransferKind kind, const QStringList &sources, const QString &folder, ClashReply reply = ClashReply::Skip);
+    UndoReport undo() { return m_history->undo(m_fileSystem); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<UndoHistory> m_history;
+    platform::FileSystem &m_fileSystem = platform::FileSystem::native();
+};
+
+void UndoTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_history = std::make_unique<UndoHistory>();
+    qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
+    emptyTrash();
+    QDir().mkpath(in(u"to"_s));
+}
+
+TransferReport UndoTest::transfer(
+    TransferKind kind, const QStringList &sources, const QString &folder, ClashReply reply)
+{
+    auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
+    answerClashes(*plan, [reply](const Clash &) { return ClashDecision{reply, true}; });
+    const TransferReport report = runTransfer(m_fileSystem, *plan);
+    m_history->addTransfer(kind, report);
+    return report;
+}
+
+void UndoTest::oneByOne()
+{
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    writeFile(in(u"a.mp3"_s), "a");
+    writeFile(in(u"b.mp3"_s), "b");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s));
+    m_history->addDeletion(putIntoTrash({in(u"b.mp3"_s)}));
+    QVERIFY(m_fileSystem.renameNew(in(u"to/a.mp3"_s), in(u"to/c.mp3"_s)));
+    m_history->addRenames({{in(u"to/a.mp3"_s), in(u"to/c.mp3"_s)}});
+
+    QCOMPARE(m_history->next()->kind, OperationKind::Rename);
+    QCOMPARE(undo().undone, QStringList{in(u"to/a.mp3"_s)});
+    QCOMPARE(m_history->next()->kind, OperationKind::Trash);
+    QCOMPARE(m_history->next()->count, 1);
+    QCOMPARE(undo().undone, QStringList{in(u"b.mp3"_s)});
+    QCOMPARE(m_history->next()->kind, OperationKind::Move);
+    QCOMPARE(undo().undone, QStringList{in(u"a.mp3"_s)});
+    QVERIFY(!m_history->next());
+    QVERIFY(undo().undone.isEmpty());
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b"));
+}
+
+void UndoTest::aMove_data()
+{
+    QTest::addColumn<bool>("toOtherDrive");
+    QTest::newRow("on one drive") << false;
+    QTest::newRow("from another drive") << true;
+}
+
+void UndoTest::aMove()
+{
+    QFETCH(bool, toOtherDrive);
+    const OtherDrive drive;
+    if (toOtherDrive && !drive.isOther())
+        QSKIP("there is no second file system to write to");
+    writeFile(in(u"from/cd/a.mp3"_s), "a");
+    writeFile(in(u"from/b.mp3"_s), "b");
+    const Snapshot before = snapshotOf(in(u"from"_s));
+    const QString to = toOtherDrive ? drive.path() : in(u"to"_s);
+    transfer(TransferKind::Move, {in(u"from/cd"_s), in(u"from/b.mp3"_s)}, to);
+    QVERIFY(snapshotOf(in(u"from"_s)).isEmpty());
+    QVERIFY(QDir().rmdir(in(u"from"_s))); // made again
+    const UndoReport report = undo();
+    QVERIFY(report.failures.empty());
+    QCOMPARE(report.undone.size(), 2);
+    QCOMPARE(snapshotOf(in(u"from"_s)), before);
+    QVERIFY(snapshotOf(to).isEmpty());
+}
+
+void UndoTest::aMoveWhoseOldNameIsTaken()
+{
+    writeFile(in(u"a.mp3"_s), "mine");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s));
+    writeFile(in(u"a.mp3"_s), "another");
+    const UndoReport report = undo();
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::AlreadyExists);
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("another"));
+    QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("mine"));
+}
+
+void UndoTest::aMoveThatReplaced()
+{
+    writeFile(in(u"a.mp3"_s), "mine");
+    writeFile(in(u"to/a.mp3"_s), "replaced");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), ClashReply::Replace);
+    const UndoReport report = undo();
+    QCOMPARE(report.undone, QStringList{in(u"a.mp3"_s)});
+    QCOMPARE(report.lost, QStringList{in(u"to/a.mp3"_s)});
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("mine"));
+}
+
+void UndoTest::aMergedMove()
+{
+    writeFile(in(u"cd/sub/a.mp3"_s), "a");
+    writeFile(in(u"cd/b.mp3"_s), "b");
+    writeFile(in(u"to/cd/z.mp3"_s), "z");
+    const Snapshot before = snapshotOf(m_folder->path());
+    transfer(TransferKind::Move, {in(u"cd"_s)}, in(u"to"_s), ClashReply::Replace);
+    QVERIFY(!platform::isTaken(in(u"cd"_s)));
+    QVERIFY(undo().failures.empty());
+    QCOMPARE(snapshotOf(m_folder->path()), before);
+}
+
+void UndoTest::aCopyGoesIntoTheTrash()
+{
+    writeFile(in(u"cd/a.mp3"_s), "a");
+    transfer(TransferKind::Copy, {in(u"cd"_s), in(u"cd/a.mp3"_s)}, in(u"to"_s));
+    QVERIFY(undo().failures.empty());
+    QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
+    QCOMPARE(readFile(in(u"cd/a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(readFile(inTrash(u"cd/a.mp3"_s)), QByteArray("a"));
+}
+
+void UndoTest::aCopyThatWasEditedStays()
+{
+    writeFile(in(u"a.mp3"_s), "a");
+    transfer(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s));
+    writeFile(in(u"to/a.mp3"_s), "edited");
+    const UndoReport report = undo();
+    QCOMPARE(report.failures[0].error.code, ErrorCode::ChangedMeanwhile);
+    QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("edited"));
+}
+
+void UndoTest::aCopyThatReplacedStays()
+{
+    writeFile(in(u"a.mp3"_s), "new");
+    writeFile(in(u"to/a.mp3"_s), "old");
+    transfer(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), ClashReply::Replace);
+    const UndoReport report = undo();
+    QCOMPARE(report.failures[0].error.code, ErrorCode::Unsupported);
+    QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("new"));
+}
+
+void UndoTest::aDeletionComesBack()
+{
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    writeFile(in(u"cd/a.mp3"_s), "a");
+    writeFile(in(u"b.mp3"_s), "b");
+    m_history->addDeletion(putIntoTrash({in(u"cd"_s), in(u"b.mp3"_s)}));
+    QVERIFY(!platform::isTaken(in(u"cd"_s)));
+    QVERIFY(undo().failures.empty());
+    QCOMPARE(readFile(in(u"cd/a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b"));
+}
+
+void UndoTest::aDeletionForGoodSaysWhy()
+{
+    writeFile(in(u"cd/sub/a.mp3"_s), "a");
+    writeFile(in(u"kept/b.mp3"_s), "b");
+    writeFile(in(u"link"_s), "no link");
+    if (MakesLinks) {
+        QFile::remove(in(u"link"_s));
+        makeLink("cd", in(u"link"_s));
+        makeLink("../../kept", in(u"cd/sub/outside"_s));
+    }
+    const DeletionReport deleted = deleteForGood(m_fileSystem, {in(u"link"_s), in(u"cd"_s)});
+    QCOMPARE(deleted.deleted.size(), 2);
+    QVERIFY(!platform::isTaken(in(u"cd"_s)));
+    QCOMPARE(readFile(in(u"kept/b.mp3"_s)), QByteArray("b")); // links are deleted, not followed
+    m_history->addDeletion(deleted);
+    QCOMPARE(m_history->next()->kind, OperationKind::DeleteForGood);
+    const UndoReport report = undo();
+    QCOMPARE(report.failures.size(), std::size_t(2));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::Unsupported);
+    QVERIFY(!m_history->next());
+}
+
+void UndoTest::aBatchOfRenames()
+{
+    // Two names that were swapped: undone as a batch they swap back.
+    writeFile(in(u"a.mp3"_s), "was b");
+    writeFile(in(u"b.mp3"_s), "was a");
+    m_history->addRenames({{in(u"a.mp3"_s), in(u"b.mp3"_s)}, {in(u"b.mp3"_s), in(u"a.mp3"_s)}});
+    const UndoReport report = undo();
+    QVERIFY(report.failures.empty());
+    QCOMPARE(report.kind, OperationKind::Rename);
+    QCOMPARE(report.undone.size(), 2);
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("was a"));
+    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("was b"));
+}
+
+void UndoTest::whatIsGoneSaysSo()
+{
+    writeFile(in(u"a.mp3"_s), "a");
+    writeFile(in(u"b.mp3"_s), "b");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s), in(u"b.mp3"_s)}, in(u"to"_s));
+    QFile::remove(in(u"to/a.mp3"_s));
+    const UndoReport report = undo();
+    QCOMPARE(report.undone, QStringList{in(u"b.mp3"_s)});
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(report.failures[0].path, in(u"to/a.mp3"_s));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::NotFound);
+}
+
+void UndoTest::aMoveThatWasNotFinishedStays()
+{
+    // A folder was copied to another drive, but not all of it could be deleted afterwards: b.mp3 is at the target
+    // alone.
+    writeFile(in(u"cd/a.mp3"_s), "a");
+    writeFile(in(u"to/cd/a.mp3"_s), "a");
+    writeFile(in(u"to/cd/b.mp3"_s), "b");
+    TransferStep step;
+    step.source = in(u"cd"_s);
+    step.target = in(u"to/cd"_s);
+    step.isFolder = true;
+    TransferReport moved;
+    moved.done.push_back(step);
+    m_history->addTransfer(TransferKind::Move, moved);
+    const UndoReport report = undo();
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::Unsupported);
+    QCOMPARE(readFile(in(u"to/cd/b.mp3"_s)), QByteArray("b"));
+}
+
+void UndoTest::aStopLeavesTheRestForTheNextUndo_data()
+{
+    QTest::addColumn<OperationKind>("kind");
+    QTest::newRow("copies") << OperationKind::Copy;
+    QTest::newRow("moves") << OperationKind::Move;
+    QTest::newRow("deletions") << OperationKind::Trash;
+    QTest::newRow("renames") << OperationKind::Rename;
+}
+
+void UndoTest::aStopLeavesTheRestForTheNextUndo()
+{
+    QFETCH(OperationKind, kind);
+    if (kind == OperationKind::Trash && !givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    const QStringList files{in(u"1.mp3"_s), in(u"2.mp3"_s), in(u"3.mp3"_s), in(u"4.mp3"_s)};
+    for (const QString &file : files)
+        writeFile(file, file.toUtf8());
+    QDir().mkpath(in(u"data"_s));
+    const auto state = [this] {
+        Snapshot all = snapshotOf(m_folder->path());
+        all.removeIf([](const auto &entry) { return entry.key().startsWith(u"data/"_s); });
+        return all;
+    };
+    const Snapshot before = state();
+    if (kind == OperationKind::Trash) {
+        m_history->addDeletion(putIntoTrash(files));
+    } else if (kind == OperationKind::Rename) {
+        std::vector<RenameDone> renames;
+        for (const QString &file : files) {
+            renames.push_back({file, file + u".mp3"_s});
+            QVERIFY(m_fileSystem.renameNew(file, renames.back().to));
+        }
+        m_history->addRenames(renames);
+    } else {
+        transfer(kind == OperationKind::Copy ? TransferKind::Copy : TransferKind::Move, files, in(u"to"_s));
+    }
+    QVERIFY(state() != before);
+
+    std::stop_source stop;
+    const auto stopSoon = [&](const TransferProgress &progress) {
+        if (progress.itemsDone == 2)
+            stop.request_stop();
+    };
+    const UndoReport first = m_history->undo(m_fileSystem, {stopSoon, stop.get_token()});
+    QVERIFY(first.wasStopped);
+    QVERIFY(first.failures.empty());
+    QVERIFY(!first.undone.isEmpty() && !first.notDone.isEmpty());
+    QVERIFY(m_history->next().has_value());
+    QCOMPARE(m_history->next()->kind, kind);
+    QCOMPARE(m_history->next()->count, first.notDone.size());
+    QCOMPARE(first.undone.size() + first.notDone.size(), files.size());
+
+    const UndoReport second = undo();
+    QVERIFY(second.failures.empty());
+    QCOMPARE(second.undone.size(), first.notDone.size());
+    QCOMPARE(state(), before);
+    QVERIFY(!m_history->next());
+}
+
+void UndoTest::nothingDoneIsNothingToUndo()
+{
+    m_history->addTransfer(TransferKind::Copy, {});
+    m_history->addDeletion({});
+    m_history->addRenames({});
+    QVERIFY(!m_history->next());
+}
+
+QTEST_GUILESS_MAIN(UndoTest)
+
+#include "tst_undo.moc"

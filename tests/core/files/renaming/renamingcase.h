@@ -1,0 +1,69 @@
+#pragma once
+
+#include "core/files/renaming/renaming.h"
+#include "core/platform/scratchfolder.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QMap>
+
+#include <cstring>
+#include <utility>
+
+/// What the tests of renaming share: folders whose files hold their first names, and batches said in few words.
+namespace ravlin::test {
+
+class NoProgress final : public BatchProgress
+{
+public:
+    void advance(const QString &path) override { told += path; }
+    QStringList told;
+};
+
+/// A folder in which each file's content is the name that it had at first.
+class RenamingCase
+{
+public:
+    explicit RenamingCase(const QStringList &names = {})
+    {
+        for (const QString &name : names)
+            add(name);
+    }
+
+    void add(const QString &name) const
+    {
+        const QFileInfo file(path(name));
+        QDir().mkpath(file.path());
+        m_folder.write(name, "audio of " + name.toUtf8());
+    }
+    QString path(const QString &name) const { return m_folder.path(name); }
+    QString path() const { return QDir::toNativeSeparators(m_folder.path()); }
+
+    /// Present names with the first ones of the files that bear them; names in folders with their folder.
+    QMap<QString, QString> files() const
+    {
+        QMap<QString, QString> found;
+        QDirIterator iterator(m_folder.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (iterator.hasNext()) {
+            const QString file = iterator.next();
+            const QByteArray content = ScratchFolder::read(file);
+            found.insert(
+                file.mid(m_folder.path().size() + 1), QString::fromUtf8(content.mid(int(std::strlen("audio of ")))));
+        }
+        return found;
+    }
+
+    using Pairs = QList<std::pair<QString, QString>>;
+    std::vector<RenameWish> wishes(const Pairs &pairs) const
+    {
+        std::vector<RenameWish> made;
+        for (const auto &[from, to] : pairs)
+            made.push_back(wishForFile(path(from), QDir::toNativeSeparators(to)));
+        return made;
+    }
+
+private:
+    ScratchFolder m_folder;
+};
+
+} // namespace ravlin::test

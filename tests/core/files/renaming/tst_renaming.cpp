@@ -1,0 +1,554 @@
+// Contract: a batch gives all new names as if at once; nothing is overwritten and no file is lost; a taken name is
+// settled by the answers; every row has an outcome, and the plan tells it beforehand.
+
+#include "core/files/renaming/renaming.h"
+#include "core/files/renaming/renamingcase.h"
+#include "support/caselessfilesystem.h"
+#include "support/faultyfilesystem.h"
+#include "support/filetree.h"
+
+#include <QtTest>
+
+using namespace ravlin;
+using namespace ravlin::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Pairs = RenamingCase::Pairs;
+using Files = QMap<QString, QString>;
+
+platform::FileSystem &native()
+{
+    return platform::FileSystem::native();
+}
+
+/// A plan and its run; the plan's rows must be what came true.
+RenamingOutcome runAsPlanned(platform::FileSystem &fileSystem, const RenamingPlan &plan)
+{
+    NoProgress progress;
+    RenamingOutcome outcome = runRenaming(fileSystem, plan, progress);
+    for (std::size_t row = 0; row < outcome.rows.size(); ++row) {
+        const RenameRow &planned = plan.rows()[row];
+        const bool isOpen = planned.state == RenameState::Clash;
+        if (outcome.rows[row].state != (isOpen ? RenameState::Skipped : planned.state) ||
+            outcome.rows[row].path != planned.path)
+            qFatal("row %d was not done as planned", int(row));
+        if (progress.told.at(int(row)) != planned.from)
+            qFatal("row %d was not told in order", int(row));
+    }
+    return outcome;
+}
+
+RenamingOutcome renameAll(
+    const RenamingCase &folder, const Pairs &pairs, std::optional<ClashAnswer> answer = {}, bool caseless = false)
+{
+    CaselessFileSystem ignoring;
+    platform::FileSystem &fileSystem = caseless ? static_cast<platform::FileSystem &>(ignoring) : native();
+    RenamingPlan plan(fileSystem, folder.wishes(pairs));
+    if (answer)
+        plan.answerAll(*answer);
+    return runAsPlanned(fileSystem, plan);
+}
+
+QList<int> statesOf(const std::vector<RenameRow> &rows)
+{
+    QList<int> states;
+    for (const RenameRow &row : rows)
+        states += static_cast<int>(row.state);
+    return states;
+}
+
+QList<int> states(std::initializer_list<RenameState> expected)
+{
+    QList<int> made;
+    for (const RenameState state : expected)
+        made += static_cast<int>(state);
+    return made;
+}
+
+constexpr auto Rename = RenameState::Rename;
+constexpr auto Untouched = RenameState::Untouched;
+constexpr auto Skipped = RenameState::Skipped;
+
+} // namespace
+
+class tst_renaming : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void swaps();
+    void chainsInBothDirections();
+    void ringsAndChainsTogether();
+    void unchangedRowsAskNothingOfTheDisk();
+    void anExistingFileIsAClash();
+    void twoRowsWithOneName();
+    void skippedRowsKeepTheirNamesFromOthers();
+    void keepBothNumbers();
+    void keepBothTwiceChangesNothing();
+    void keepBothOfManyIsNotQuadratic();
+    void numbersLeaveWantedNamesAlone();
+    void stopEndsTheBatch();
+    void stopTakesBackWhatDependsOnIt();
+    void asksOnlyWhatNeedsAnAnswer();
+    void anAnswerCanSettleOtherRows();
+    void caseAloneWhereCaseCounts();
+    void caseAloneWhereCaseIsIgnored();
+    void ringsWhereCaseIsIgnored();
+    void namesInOtherCaseAreTakenWhereCaseIsIgnored();
+    void refusedNames();
+    void adjustedNames();
+    void aSeparatorLeadsIntoAFolder();
+    void valuesLeadNowhereElse();
+    void aFileInTheWayOfAFolder();
+    void oneFolderBySeveralSpellings();
+    void missingFilesAndDoubleOnes();
+    void namesThatAreNoText();
+    void aTargetThatAppearsAfterThePlan();
+    void aStopBetweenRows();
+    void failureAtAnyRenameLosesNothing();
+    void failureForEverLosesNothing();
+    void undoing();
+    void longChainsAreNotQuadratic();
+};
+
+void tst_renaming::swaps()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
+    const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"b.mp3"_s}, {u"b.mp3"_s, u"a.mp3"_s}});
+    QCOMPARE(folder.files(), (Files{{u"a.mp3"_s, u"b.mp3"_s}, {u"b.mp3"_s, u"a.mp3"_s}}));
+    QCOMPARE(outcome.renames.size(), std::size_t(2));
+    QCOMPARE(outcome.renames[0].from, folder.path(u"a.mp3"_s));
+    QCOMPARE(outcome.renames[0].to, folder.path(u"b.mp3"_s));
+}
+
+void tst_renaming::chainsInBothDirections()
+{
+    const QStringList names{u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s};
+    const RenamingCase up(names);
+    renameAll(up, {{u"1.mp3"_s, u"2.mp3"_s}, {u"2.mp3"_s, u"3.mp3"_s}, {u"3.mp3"_s, u"4.mp3"_s}});
+    QCOMPARE(up.files(), (Files{{u"2.mp3"_s, u"1.mp3"_s}, {u"3.mp3"_s, u"2.mp3"_s}, {u"4.mp3"_s, u"3.mp3"_s}}));
+    const RenamingCase down(names);
+    renameAll(down, {{u"1.mp3"_s, u"0.mp3"_s}, {u"2.mp3"_s, u"1.mp3"_s}, {u"3.mp3"_s, u"2.mp3"_s}});
+    QCOMPARE(down.files(), (Files{{u"0.mp3"_s, u"1.mp3"_s}, {u"1.mp3"_s, u"2.mp3"_s}, {u"2.mp3"_s, u"3.mp3"_s}}));
+}
+
+void tst_renaming::ringsAndChainsTogether()
+{
+    const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"x"_s, u"y"_s});
+    const auto outcome =
+        renameAll(folder, {{u"x"_s, u"y"_s}, {u"a"_s, u"b"_s}, {u"y"_s, u"z"_s}, {u"b"_s, u"c"_s}, {u"c"_s, u"a"_s}});
+    QCOMPARE(folder.files(),
+        (Files{{u"a"_s, u"c"_s}, {u"b"_s, u"a"_s}, {u"c"_s, u"b"_s}, {u"y"_s, u"x"_s}, {u"z"_s, u"y"_s}}));
+    QCOMPARE(outcome.count(Rename), std::size_t(5));
+}
+
+void tst_renaming::unchangedRowsAskNothingOfTheDisk()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
+    FaultyFileSystem counting;
+    const RenamingPlan plan(counting, folder.wishes({{u"a.mp3"_s, u"a.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}));
+    const auto outcome = runAsPlanned(counting, plan);
+    QCOMPARE(statesOf(outcome.rows), states({Untouched, Untouched}));
+    QCOMPARE(counting.count(), 0);
+    QVERIFY(outcome.renames.empty());
+}
+
+void tst_renaming::anExistingFileIsAClash()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
+    RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"b.mp3"_s}}));
+    QCOMPARE(plan.nextClash(), std::optional<std::size_t>(0));
+    QVERIFY(plan.rows()[0].state == RenameState::Clash && plan.rows()[0].isCollision);
+    // Left without an answer it is skipped.
+    const auto outcome = runAsPlanned(native(), plan);
+    QCOMPARE(statesOf(outcome.rows), states({Skipped}));
+    QCOMPARE(folder.files(), (Files{{u"a.mp3"_s, u"a.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}));
+    // So is one that keeps its name within the batch.
+    QCOMPARE(statesOf(renameAll(folder, {{u"a.mp3"_s, u"b.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}, ClashAnswer::Skip).rows),
+        states({Skipped, Untouched}));
+}
+
+void tst_renaming::twoRowsWithOneName()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
+    const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"x.mp3"_s}}, ClashAnswer::Skip);
+    QCOMPARE(statesOf(outcome.rows), states({Rename, Skipped}));
+    QCOMPARE(folder.files(), (Files{{u"x.mp3"_s, u"a.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}));
+}
+
+void tst_renaming::skippedRowsKeepTheirNamesFromOthers()
+{
+    const RenamingCase folder({u"1"_s, u"2"_s, u"3"_s, u"4"_s});
+    const auto outcome = renameAll(folder, {{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}, {u"3"_s, u"4"_s}}, ClashAnswer::Skip);
+    QCOMPARE(statesOf(outcome.rows), states({Skipped, Skipped, Skipped}));
+    QCOMPARE(folder.files().size(), 4);
+}
+
+void tst_renaming::keepBothNumbers()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s, u"x.mp3"_s, u"x (3).mp3"_s});
+    const auto outcome = renameAll(
+        folder, {{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"x.mp3"_s}, {u"c.mp3"_s, u"x.mp3"_s}}, ClashAnswer::KeepBoth);
+    QCOMPARE(statesOf(outcome.rows), states({Rename, Rename, Rename}));
+    QVERIFY(outcome.rows[0].isNumbered && outcome.rows[0].isCollision);
+    QCOMPARE(
+        folder.files(), (Files{{u"x.mp3"_s, u"x.mp3"_s}, {u"x (2).mp3"_s, u"a.mp3"_s}, {u"x (3).mp3"_s, u"x (3).mp3"_s},
+                            {u"x (4).mp3"_s, u"b.mp3"_s}, {u"x (5).mp3"_s, u"c.mp3"_s}}));
+}
+
+void tst_renaming::keepBothTwiceChangesNothing()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s});
+    renameAll(
+        folder, {{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"x.mp3"_s}, {u"c.mp3"_s, u"x.mp3"_s}}, ClashAnswer::KeepBoth);
+    const Files once = folder.files();
+    QCOMPARE(once.size(), 3);
+    const auto again = renameAll(folder,
+        {{u"x.mp3"_s, u"x.mp3"_s}, {u"x (2).mp3"_s, u"x.mp3"_s}, {u"x (3).mp3"_s, u"x.mp3"_s}}, ClashAnswer::KeepBoth);
+    QCOMPARE(statesOf(again.rows), states({Untouched, Untouched, Untouched}));
+    QCOMPARE(folder.files(), once);
+}
+
+void tst_renaming::keepBothOfManyIsNotQuadratic()
+{
+    constexpr int Count = 2'000;
+    const RenamingCase folder;
+    FaultyFileSystem counting;
+    std::vector<RenameWish> wishes;
+    for (int i = 0; i < Count; ++i) {
+        folder.add(QString::number(i));
+        wishes.push_back(wishForFile(folder.path(QString::number(i)), u"x.mp3"_s));
+    }
+    RenamingPlan plan(counting, std::move(wishes));
+    plan.answerAll(ClashAnswer::KeepBoth);
+    QVERIFY(!plan.nextClash());
+    QCOMPARE(plan.rows().back().path, folder.path(u"x (%1).mp3"_s.arg(Count)));
+    // A listing, a look at the folder; nothing for each file.
+    QVERIFY2(counting.count() < 10, qPrintable(QString::number(counting.count())));
+}
+
+void tst_renaming::numbersLeaveWantedNamesAlone()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s});
+    renameAll(folder, {{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"x.mp3"_s}, {u"c.mp3"_s, u"x (2).mp3"_s}},
+        ClashAnswer::KeepBoth);
+    QCOMPARE(
+        folder.files(), (Files{{u"x.mp3"_s, u"a.mp3"_s}, {u"x (3).mp3"_s, u"b.mp3"_s}, {u"x (2).mp3"_s, u"c.mp3"_s}}));
+}
+
+void tst_renaming::stopEndsTheBatch()
+{
+    const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"taken"_s});
+    const auto outcome = renameAll(
+        folder, {{u"a"_s, u"1"_s}, {u"b"_s, u"taken"_s}, {u"c"_s, u"3"_s}, {u"d"_s, u"d"_s}}, ClashAnswer::Stop);
+    QCOMPARE(statesOf(outcome.rows), states({Rename, RenameState::Stopped, RenameState::NotTaken, Untouched}));
+    QCOMPARE(folder.files().keys(), (QStringList{u"1"_s, u"b"_s, u"c"_s, u"d"_s, u"taken"_s}));
+}
+
+void tst_renaming::stopTakesBackWhatDependsOnIt()
+{
+    // Row 0 wants the name of row 3, which is not taken any more since row 2 stops.
+    const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"taken"_s});
+    const auto outcome = renameAll(
+        folder, {{u"b"_s, u"1"_s}, {u"a"_s, u"d"_s}, {u"c"_s, u"taken"_s}, {u"d"_s, u"2"_s}}, ClashAnswer::Stop);
+    QCOMPARE(
+        statesOf(outcome.rows), states({Rename, RenameState::Stopped, RenameState::NotTaken, RenameState::NotTaken}));
+    QCOMPARE(folder.files().size(), 5);
+}
+
+void tst_renaming::asksOnlyWhatNeedsAnAnswer()
+{
+    const RenamingCase folder({u"1"_s, u"2"_s, u"3"_s});
+    // Row 0 clashes only while row 1 does.
+    RenamingPlan plan(native(), folder.wishes({{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}}));
+    QCOMPARE(plan.count(RenameState::Clash), std::size_t(2));
+    QCOMPARE(plan.nextClash(), std::optional<std::size_t>(1));
+    plan.answer(1, ClashAnswer::KeepBoth);
+    QVERIFY(!plan.nextClash());
+    const auto outcome = runAsPlanned(native(), plan);
+    QCOMPARE(statesOf(outcome.rows), states({Rename, Rename}));
+    QCOMPARE(folder.files(), (Files{{u"2"_s, u"1"_s}, {u"3"_s, u"3"_s}, {u"3 (2)"_s, u"2"_s}}));
+}
+
+void tst_renaming::anAnswerCanSettleOtherRows()
+{
+    const RenamingCase folder({u"1"_s, u"2"_s, u"3"_s});
+    RenamingPlan plan(native(), folder.wishes({{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}}));
+    plan.answer(1, ClashAnswer::Skip);
+    QCOMPARE(plan.nextClash(), std::optional<std::size_t>(0));
+    plan.answer(0, ClashAnswer::KeepBoth);
+    const auto outcome = runAsPlanned(native(), plan);
+    QCOMPARE(statesOf(outcome.rows), states({Rename, Skipped}));
+    QCOMPARE(folder.files().keys(), (QStringList{u"2"_s, u"2 (2)"_s, u"3"_s}));
+}
+
+void tst_renaming::caseAloneWhereCaseCounts()
+{
+    const RenamingCase folder({u"song.mp3"_s, u"Ñ.mp3"_s});
+    renameAll(folder, {{u"song.mp3"_s, u"SONG.mp3"_s}, {u"Ñ.mp3"_s, u"ñ.mp3"_s}});
+    QCOMPARE(folder.files(), (Files{{u"SONG.mp3"_s, u"song.mp3"_s}, {u"ñ.mp3"_s, u"Ñ.mp3"_s}}));
+}
+
+void tst_renaming::caseAloneWhereCaseIsIgnored()
+{
+    const RenamingCase folder({u"song.mp3"_s, u"Ñ.mp3"_s});
+    const auto outcome =
+        renameAll(folder, {{u"song.mp3"_s, u"SONG.mp3"_s}, {u"Ñ.mp3"_s, u"ñ.mp3"_s}}, ClashAnswer::Skip, true);
+    QCOMPARE(statesOf(outcome.rows), states({Rename, Rename}));
+    QCOMPARE(folder.files(), (Files{{u"SONG.mp3"_s, u"song.mp3"_s}, {u"ñ.mp3"_s, u"Ñ.mp3"_s}}));
+}
+
+void tst_renaming::ringsWhereCaseIsIgnored()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
+    const auto outcome =
+        renameAll(folder, {{u"a.mp3"_s, u"B.mp3"_s}, {u"b.mp3"_s, u"A.mp3"_s}}, ClashAnswer::Skip, true);
+    QCOMPARE(outcome.count(Rename), std::size_t(2));
+    QCOMPARE(folder.files(), (Files{{u"A.mp3"_s, u"b.mp3"_s}, {u"B.mp3"_s, u"a.mp3"_s}}));
+}
+
+void tst_renaming::namesInOtherCaseAreTakenWhereCaseIsIgnored()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"X.mp3"_s});
+    const auto outcome =
+        renameAll(folder, {{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"New.mp3"_s}}, ClashAnswer::KeepBoth, true);
+    QCOMPARE(
+        folder.files(), (Files{{u"X.mp3"_s, u"X.mp3"_s}, {u"x (2).mp3"_s, u"a.mp3"_s}, {u"New.mp3"_s, u"b.mp3"_s}}));
+    const auto both =
+        renameAll(folder, {{u"x (2).mp3"_s, u"z.mp3"_s}, {u"New.mp3"_s, u"Z.mp3"_s}}, ClashAnswer::Skip, true);
+    QCOMPARE(statesOf(both.rows), states({Rename, Skipped}));
+}
+
+void tst_renaming::refusedNames()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s, u"d.mp3"_s, u"e.mp3"_s});
+    const auto outcome = renameAll(folder,
+        {{u"a.mp3"_s, u".mp3"_s}, {u"b.mp3"_s, u"CON.mp3"_s}, {u"c.mp3"_s, QString(300, u'x') + u".mp3"_s},
+            {u"d.mp3"_s, u"...mp3"_s}, {u"e.mp3"_s, u"a.mp3"_s}},
+        ClashAnswer::Skip);
+    using platform::NameProblem;
+    const std::array problems{NameProblem::Empty, NameProblem::Reserved, NameProblem::TooLong, NameProblem::Dots};
+    for (std::size_t row = 0; row < problems.size(); ++row) {
+        QVERIFY(outcome.rows[row].state == RenameState::Refused);
+        QVERIFY(outcome.rows[row].problem == problems[row]);
+    }
+    // A refused file keeps its name, so that is taken.
+    QVERIFY(outcome.rows[4].state == Skipped);
+    QCOMPARE(folder.files().size(), 5);
+}
+
+void tst_renaming::adjustedNames()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
+    const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"...x\n.mp3"_s}, {u"b.mp3"_s, u"Band. /y.mp3"_s}});
+    QVERIFY(outcome.rows[0].isAdjusted && outcome.rows[1].isAdjusted);
+    QCOMPARE(folder.files(), (Files{{u"_..x.mp3"_s, u"a.mp3"_s}, {u"Band/y.mp3"_s, u"b.mp3"_s}}));
+}
+
+void tst_renaming::aSeparatorLeadsIntoAFolder()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"Band/c.mp3"_s, u"top/d.mp3"_s});
+    RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"Band/Live/a.mp3"_s}, {u"b.mp3"_s, u"//Band/./b.mp3"_s},
+                                    {u"Band/c.mp3"_s, u"Live/a.mp3"_s}}));
+    QVERIFY(plan.rows()[0].makesFolder && !plan.rows()[1].makesFolder);
+    QVERIFY(plan.rows()[2].state == RenameState::Clash); // the same file by another way
+    const auto outcome = runAsPlanned(native(), plan);
+    QCOMPARE(outcome.foldersMade, QStringList{folder.path(u"Band/Live"_s)});
+    QCOMPARE(folder.files(), (Files{{u"Band/Live/a.mp3"_s, u"a.mp3"_s}, {u"Band/b.mp3"_s, u"b.mp3"_s},
+                                 {u"Band/c.mp3"_s, u"Band/c.mp3"_s}, {u"top/d.mp3"_s, u"top/d.mp3"_s}}));
+    // The pattern's own text may lead out.
+    RenamingPlan out(native(),
+        {wishForFile(folder.path(u"top/d.mp3"_s), QDir::toNativeSeparators(u"../d.mp3"_s), stepsUpIn(u"../%3"_s))});
+    QCOMPARE(out.rows()[0].path, folder.path(u"d.mp3"_s));
+    QCOMPARE(runAsPlanned(native(), out).count(Rename), std::size_t(1));
+    QVERIFY(folder.files().contains(u"d.mp3"_s));
+}
+
+void tst_renaming::valuesLeadNowhereElse()
+{
+    const RenamingCase folder({u"in/a.mp3"_s});
+    // The pattern was ‘%2/%3’ and the album is "..".
+    const RenameWish wish =
+        wishForFile(folder.path(u"in/a.mp3"_s), QDir::toNativeSeparators(u"../x.mp3"_s), stepsUpIn(u"%2/%3"_s));
+    QVERIFY(wish.problem == platform::NameProblem::LeadsOutside);
+    const auto outcome = runAsPlanned(native(), RenamingPlan(native(), {wish}));
+    QCOMPARE(statesOf(outcome.rows), states({RenameState::Refused}));
+    QCOMPARE(folder.files().keys(), QStringList{u"in/a.mp3"_s});
+}
+
+void tst_renaming::aFileInTheWayOfAFolder()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b"_s, u"c.mp3"_s});
+    const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"b/c/x.mp3"_s}, {u"c.mp3"_s, u"b/x.mp3"_s}});
+    for (const RenameRow &row : outcome.rows) {
+        QVERIFY(row.state == RenameState::Refused);
+        QVERIFY(row.error->code == ErrorCode::NotAFile);
+    }
+    QCOMPARE(folder.files().size(), 3);
+}
+
+void tst_renaming::oneFolderBySeveralSpellings()
+{
+    if (!MakesLinks)
+        QSKIP("no symbolic links can be made here");
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"sub/s.mp3"_s});
+    QVERIFY(QFile::link(folder.path(), folder.path(u"sub/link"_s)));
+    RenamingPlan plan(native(), {{folder.path(u"a.mp3"_s), folder.path(u"x.mp3"_s)},
+                                    {folder.path(u"sub/../b.mp3"_s), folder.path(u"sub/link/x.mp3"_s)}});
+    QVERIFY(plan.rows()[1].state == RenameState::Clash);
+    // Its own name by another way is no rename.
+    RenamingPlan same(native(), {{folder.path(u"a.mp3"_s), folder.path(u"sub/link/a.mp3"_s)}});
+    QVERIFY(same.rows()[0].state == Untouched);
+}
+
+void tst_renaming::missingFilesAndDoubleOnes()
+{
+    const RenamingCase folder({u"a.mp3"_s});
+    const auto outcome =
+        renameAll(folder, {{u"none.mp3"_s, u"x.mp3"_s}, {u"a.mp3"_s, u"none.mp3"_s}, {u"a.mp3"_s, u"y.mp3"_s}});
+    QCOMPARE(statesOf(outcome.rows), states({RenameState::Refused, Rename, RenameState::Refused}));
+    QVERIFY(outcome.rows[0].error->code == ErrorCode::NotFound);
+    QVERIFY(outcome.rows[2].error->code == ErrorCode::InvalidArgument);
+    QCOMPARE(folder.files().keys(), QStringList{u"none.mp3"_s});
+}
+
+void tst_renaming::namesThatAreNoText()
+{
+    const ScratchFolder folder;
+    const QString odd = folder.path() + u'/' + platform::decodePath(QByteArray("caf\xe9.mp3"));
+    const auto file = native().createNew(odd);
+    if (!file)
+        QSKIP("this file system takes Unicode names only");
+    const QString wanted = folder.path() + u'/' + platform::decodePath(QByteArray("t\xe9 \xff.mp3"));
+    const auto outcome = runAsPlanned(native(), RenamingPlan(native(), {{odd, wanted}}));
+    QCOMPARE(statesOf(outcome.rows), states({Rename}));
+    QVERIFY(!native().info(odd));
+    QVERIFY(native().remove(wanted)); // Qt can't
+}
+
+void tst_renaming::aTargetThatAppearsAfterThePlan()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
+    const RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"y.mp3"_s}}));
+    folder.add(u"x.mp3"_s);
+    NoProgress progress;
+    const auto outcome = runRenaming(native(), plan, progress);
+    QCOMPARE(statesOf(outcome.rows), states({RenameState::Failed, Rename}));
+    QVERIFY(outcome.rows[0].error->code == ErrorCode::AlreadyExists);
+    QCOMPARE(outcome.rows[0].path, folder.path(u"a.mp3"_s));
+    QCOMPARE(folder.files(), (Files{{u"a.mp3"_s, u"a.mp3"_s}, {u"x.mp3"_s, u"x.mp3"_s}, {u"y.mp3"_s, u"b.mp3"_s}}));
+}
+
+void tst_renaming::aStopBetweenRows()
+{
+    class StopAt final : public BatchProgress
+    {
+    public:
+        void advance(const QString &path) override
+        {
+            if (path.endsWith(u"c"_s))
+                source.request_stop();
+        }
+        std::stop_source source;
+    };
+    const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s});
+    const RenamingPlan plan(native(),
+        folder.wishes({{u"a"_s, u"1"_s}, {u"c"_s, u"d"_s}, {u"d"_s, u"c"_s}, {u"b"_s, u"2"_s}, {u"e"_s, u"e"_s}}));
+    StopAt progress;
+    const auto outcome = runRenaming(native(), plan, progress, progress.source.get_token());
+    QVERIFY(outcome.wasStopped);
+    // The swap that was begun is finished.
+    QCOMPARE(statesOf(outcome.rows), states({Rename, Rename, Rename, RenameState::NotTaken, Untouched}));
+    QCOMPARE(folder.files(),
+        (Files{{u"1"_s, u"a"_s}, {u"b"_s, u"b"_s}, {u"c"_s, u"d"_s}, {u"d"_s, u"c"_s}, {u"e"_s, u"e"_s}}));
+}
+
+namespace {
+
+/// Renames in a ring, in a chain and into a new folder, with the chosen fault. False: it came to no fault.
+bool survivesFault(int at, bool forEver)
+{
+    const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"x"_s, u"y"_s, u"z"_s});
+    FaultyFileSystem faulty;
+    const RenamingPlan plan(faulty, folder.wishes({{u"a"_s, u"b"_s}, {u"x"_s, u"y"_s}, {u"b"_s, u"c"_s},
+                                        {u"y"_s, u"w"_s}, {u"c"_s, u"a"_s}, {u"z"_s, u"new/z"_s}}));
+    faulty.setPlan({.fault = Fault::Fail, .at = at, .forEver = forEver});
+    NoProgress progress;
+    const RenamingOutcome outcome = runRenaming(faulty, plan, progress);
+    if (!faulty.hasFired())
+        return false;
+    // Each row tells where its file is.
+    const Files files = folder.files();
+    if (files.size() != 6)
+        qFatal("fault %d: a file is lost", at);
+    for (const RenameRow &row : outcome.rows) {
+        const QString firstName = row.from.mid(folder.path().size() + 1);
+        if (files.value(QDir::fromNativeSeparators(row.path.mid(folder.path().size() + 1))) != firstName)
+            qFatal("fault %d: %s is not where its row says", at, qPrintable(firstName));
+        if (row.state != Rename && (row.state != RenameState::Failed || !row.error))
+            qFatal("fault %d: %s has a wrong outcome", at, qPrintable(firstName));
+    }
+    for (const RenameDone &done : outcome.renames) {
+        if (!QFileInfo::exists(done.to))
+            qFatal("fault %d: %s was not done", at, qPrintable(done.to));
+    }
+    return true;
+}
+
+} // namespace
+
+void tst_renaming::failureAtAnyRenameLosesNothing()
+{
+    int call = 0;
+    while (survivesFault(call, false))
+        ++call;
+    QVERIFY(call >= 7);
+}
+
+void tst_renaming::failureForEverLosesNothing()
+{
+    int call = 0;
+    while (survivesFault(call, true))
+        ++call;
+    QVERIFY(call >= 7);
+}
+
+void tst_renaming::undoing()
+{
+    const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s});
+    const Files before = folder.files();
+    const auto outcome = renameAll(
+        folder, {{u"a"_s, u"b"_s}, {u"b"_s, u"a"_s}, {u"c"_s, u"x/y/c"_s}, {u"d"_s, u"e"_s}, {u"e"_s, u"f"_s}});
+    QVERIFY(folder.files() != before);
+    NoProgress progress;
+    const auto undone = undoRenaming(native(), outcome.renames, outcome.foldersMade, progress);
+    QCOMPARE(undone.count(Rename), std::size_t(5));
+    QCOMPARE(folder.files(), before);
+    QVERIFY(!QFileInfo::exists(folder.path(u"x"_s)));
+}
+
+void tst_renaming::longChainsAreNotQuadratic()
+{
+    constexpr int Count = 2'000;
+    const RenamingCase folder({u"last"_s});
+    std::vector<RenameWish> wishes;
+    for (int i = 0; i < Count; ++i) {
+        folder.add(QString::number(i));
+        const QString next = i + 1 < Count ? QString::number(i + 1) : u"last"_s;
+        wishes.push_back({folder.path(QString::number(i)), folder.path(next)});
+    }
+    // The last name is taken, so each row takes its name from the one before.
+    RenamingPlan plan(native(), wishes);
+    for (const ClashAnswer answer : {ClashAnswer::Stop, ClashAnswer::Skip, ClashAnswer::KeepBoth})
+        plan.answerAll(answer);
+    QCOMPARE(plan.count(Rename), std::size_t(Count));
+    const auto outcome = runAsPlanned(native(), plan);
+    QCOMPARE(outcome.count(Rename), std::size_t(Count));
+    QCOMPARE(ScratchFolder::read(folder.path(u"last (2)"_s)), "audio of " + QByteArray::number(Count - 1));
+    QCOMPARE(ScratchFolder::read(folder.path(u"1"_s)), QByteArray("audio of 0"));
+}
+
+QTEST_GUILESS_MAIN(tst_renaming)
+#include "tst_renaming.moc"

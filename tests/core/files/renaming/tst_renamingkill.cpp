@@ -1,0 +1,132 @@
+// Contract: a program that is killed (SIGKILL) at any moment while it renames files in rings loses and hides none: each
+// can be seen under a name of the batch or one that holds its own, and the next listing gives the latter their names
+// back.
+
+#include "core/storage/asidename.h"
+#include "core/files/list/currentfolder.h"
+#include "core/files/renaming/renaming.h"
+#include "core/files/renaming/renamingcase.h"
+
+#include <QtTest>
+
+#include <csignal>
+#include <random>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace ravlin;
+using namespace ravlin::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Kills = 250;
+constexpr int LongestLifeMicroseconds = 8'000;
+const int RingSizes[] = {2, 3, 5};
+
+/// The files go round and round until the program is killed.
+[[noreturn]] void renameForEver(const RenamingCase &folder, const QList<QStringList> &rings)
+{
+    platform::FileSystem &native = platform::FileSystem::native();
+    NoProgress progress;
+    while (true) {
+        RenamingCase::Pairs pairs;
+        for (const QStringList &ring : rings) {
+            for (qsizetype i = 0; i < ring.size(); ++i)
+                pairs.push_back({ring[i], ring[(i + 1) % ring.size()]});
+        }
+        const RenamingPlan plan(native, folder.wishes(pairs));
+        const RenamingOutcome outcome = runRenaming(native, plan, progress);
+        if (outcome.count(RenameState::Rename) != outcome.rows.size())
+            ::_exit(1);
+    }
+}
+
+} // namespace
+
+class tst_renamingkill : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void noFileIsLostOrHidden();
+};
+
+void tst_renamingkill::noFileIsLostOrHidden()
+{
+    QList<QStringList> rings;
+    QStringList names;
+    for (const int size : RingSizes) {
+        QStringList ring;
+        for (int i = 0; i < size; ++i)
+            ring += u"%1 of %2 夜.mp3"_s.arg(i).arg(size);
+        names += ring;
+        rings += ring;
+    }
+    names.sort();
+    const RenamingCase folder(names);
+    std::mt19937 random(4);
+    std::uniform_int_distribution<useconds_t> life(0, LongestLifeMicroseconds);
+    int interrupted = 0;
+    int moved = 0;
+    for (int kill = 0; kill < Kills; ++kill) {
+        const auto before = folder.files();
+        const pid_t child = ::fork();
+        if (child == 0)
+            renameForEver(folder, rings);
+        ::usleep(life(random));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        QVERIFY2(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, "a rename failed");
+
+        // Every content is there once, under a name that is no secret.
+        const auto left = folder.files();
+        QStringList contents = left.values();
+        contents.sort();
+        QCOMPARE(contents, names);
+        int aside = 0;
+        for (auto file = left.begin(); file != left.end(); ++file) {
+            const std::optional<QString> former = nameBeforeAside(file.key());
+            QVERIFY2(names.contains(former.value_or(file.key())), qPrintable(file.key()));
+            QVERIFY(!file.key().startsWith(u'.'));
+            aside += former ? 1 : 0;
+        }
+        QVERIFY(aside <= 1);
+        interrupted += aside;
+        moved += left != before ? 1 : 0;
+
+        // A listing brings back what was put aside; when its name is another one's by now, with a number.
+        const Listing listing = RefreshList(folder.path() + u'/');
+        QCOMPARE(qsizetype(listing.rows.size()), names.size());
+        const auto back = folder.files();
+        contents = back.values();
+        contents.sort();
+        QCOMPARE(contents, names);
+        for (auto file = back.begin(); file != back.end(); ++file)
+            QVERIFY2(!nameBeforeAside(file.key()), qPrintable(file.key()));
+        if (back.keys() == names)
+            continue;
+        // It got a number; for the next round it gets the free name.
+        RenamingCase::Pairs pairs;
+        QStringList free = names;
+        for (const QString &name : back.keys())
+            free.removeOne(name);
+        QCOMPARE(free.size(), 1);
+        for (const QString &name : back.keys()) {
+            if (!names.contains(name))
+                pairs.push_back({name, free.front()});
+        }
+        NoProgress progress;
+        platform::FileSystem &native = platform::FileSystem::native();
+        runRenaming(native, RenamingPlan(native, folder.wishes(pairs)), progress);
+        QCOMPARE(folder.files().keys(), names);
+    }
+    qInfo("%d kills: %d with the files elsewhere than before, %d with one under a name for the time being", Kills,
+        moved, interrupted);
+    QVERIFY(moved > 0);
+}
+
+QTEST_GUILESS_MAIN(tst_renamingkill)
+#include "tst_renamingkill.moc"

@@ -1,0 +1,69 @@
+// Files and tracks side by side: a track that plays more than two seconds longer or shorter than the file beside it is
+// told of, and so are numbers of rows that differ; what is not known is no difference.
+#include "core/app/idiomas.h"
+#include "core/online/cddb/disccomparison.h"
+#include "core/online/cddb/disccontents.h"
+
+#include <QTest>
+
+using namespace ravlin;
+using namespace Qt::StringLiterals;
+
+class tst_disccomparison : public QObject
+{
+    Q_OBJECT
+
+private:
+    Captions m_captions;
+
+    using Differences = std::vector<qint64>;
+
+private Q_SLOTS:
+    void initTestCase() { m_captions.fill(); }
+
+    void twoSecondsMoreOrLessAreNothing()
+    {
+        QCOMPARE(notableDifferences({1150, 1151, 850, 849}, {1000, 1000, 1000, 1000}), (Differences{0, 151, 0, -151}));
+    }
+
+    void whatIsNotKnownIsNoDifference()
+    {
+        QCOMPARE(notableDifferences({std::nullopt, 5000, std::nullopt}, {1000, std::nullopt, std::nullopt}),
+            (Differences{0, 0, 0}));
+    }
+
+    void rowsWithoutACounterpartAreNoDifference()
+    {
+        QCOMPARE(notableDifferences({5000}, {1000, 1000}), (Differences{4000, 0}));
+        QCOMPARE(notableDifferences({1000, 5000}, {1000}), Differences{0});
+        QCOMPARE(notableDifferences({}, {}), Differences());
+    }
+
+    void theRemarkTellsWhichOfThemIsLonger()
+    {
+        QCOMPARE(differenceRemark(m_captions, 5000), u"the file is 66.7 s longer than the track"_s);
+        QCOMPARE(differenceRemark(m_captions, -5000), u"the file is 66.7 s shorter than the track"_s);
+        QCOMPARE(differenceRemark(m_captions, 0), QString());
+    }
+
+    void theWholeIsRemarkedOnWhereItDiffers()
+    {
+        QCOMPARE(comparisonRemarks(m_captions, 3, 3, 0), QStringList());
+        QCOMPARE(comparisonRemarks(m_captions, 3, 2, 0),
+            QStringList{u"files: 3, tracks: 2; the files left over lose their track number and title when saved"_s});
+        QCOMPARE(comparisonRemarks(m_captions, 2, 3, 1),
+            (QStringList{u"files: 2, tracks: 3; the tracks left over are not used"_s,
+                u"files that do not play as long as the track beside them: 1"_s}));
+    }
+
+    void playingTimesAreRoundedToFrames()
+    {
+        QCOMPARE((PlayedAudio{44100, 44100, true}).frames(), FramesPerSecond);
+        QCOMPARE((PlayedAudio{588 + 293, 44100, true}).frames(), 1);
+        QCOMPARE((PlayedAudio{588 + 295, 44100, true}).frames(), 2);
+        QCOMPARE(PlayedAudio().frames(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_disccomparison)
+#include "tst_disccomparison.moc"

@@ -1,0 +1,90 @@
+// Contract: each way of renaming refuses a taken name and leaves both files as they are; the ways that need it fall
+// back on the next one.
+
+#include "core/platform/posix/exclusiverename.h"
+#include "core/platform/scratchfolder.h"
+
+#include <QtTest>
+
+#include <cerrno>
+
+using namespace ravlin::platform;
+using namespace ravlin::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Way = int (*)(const char *, const char *);
+
+} // namespace
+
+Q_DECLARE_METATYPE(Way)
+
+class tst_exclusiverename : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void neverOverwrites_data();
+    void neverOverwrites();
+    void foldersAreNotLinked();
+    void aFolderCannotGoBelowItself();
+};
+
+void tst_exclusiverename::neverOverwrites_data()
+{
+    QTest::addColumn<Way>("way");
+    QTest::newRow("best") << Way(renameExclusively);
+    QTest::newRow("by linking") << Way(renameByLinking);
+    QTest::newRow("after looking") << Way(renameAfterLooking);
+}
+
+void tst_exclusiverename::neverOverwrites()
+{
+    QFETCH(Way, way);
+    const ScratchFolder folder;
+    const QByteArray a = folder.write(u"a"_s, "one").toUtf8();
+    const QByteArray b = folder.write(u"b"_s, "two").toUtf8();
+    const QByteArray c = folder.path(u"c"_s).toUtf8();
+    QVERIFY(QFile::link(u"nowhere"_s, folder.path(u"link"_s)));
+    QVERIFY(QDir().mkdir(folder.path(u"folder"_s)));
+    QCOMPARE(way(a.constData(), b.constData()), EEXIST);
+    QCOMPARE(way(a.constData(), folder.path(u"link"_s).toUtf8().constData()), EEXIST);
+    QCOMPARE(way(a.constData(), folder.path(u"folder"_s).toUtf8().constData()), EEXIST);
+    QCOMPARE(way(a.constData(), c.constData()), 0);
+    QCOMPARE(folder.names(), (QStringList{u"b"_s, u"c"_s, u"folder"_s, u"link"_s}));
+    QCOMPARE(ScratchFolder::read(folder.path(u"b"_s)), QByteArray("two"));
+    QCOMPARE(ScratchFolder::read(folder.path(u"c"_s)), QByteArray("one"));
+    QCOMPARE(infoOf(folder.path(u"c"_s)).linkCount, 1U);
+    QCOMPARE(way(a.constData(), b.constData()) == 0, false); // it is gone
+    QCOMPARE(way(a.constData(), folder.path(u"d"_s).toUtf8().constData()), ENOENT);
+    // A link is renamed itself.
+    QCOMPARE(way(folder.path(u"link"_s).toUtf8().constData(), folder.path(u"link2"_s).toUtf8().constData()), 0);
+    QVERIFY(QFileInfo(folder.path(u"link2"_s)).isSymLink());
+}
+
+void tst_exclusiverename::foldersAreNotLinked()
+{
+    const ScratchFolder folder;
+    QVERIFY(QDir().mkdir(folder.path(u"one"_s)));
+    QVERIFY(QDir().mkdir(folder.path(u"two"_s)));
+    const QByteArray one = folder.path(u"one"_s).toUtf8();
+    QCOMPARE(renameByLinking(one.constData(), folder.path(u"new"_s).toUtf8().constData()), EPERM);
+    for (const Way way : {Way(renameExclusively), Way(renameAfterLooking)})
+        QCOMPARE(way(one.constData(), folder.path(u"two"_s).toUtf8().constData()), EEXIST);
+    QCOMPARE(renameAfterLooking(one.constData(), folder.path(u"new"_s).toUtf8().constData()), 0);
+    QCOMPARE(folder.names(), (QStringList{u"new"_s, u"two"_s}));
+}
+
+void tst_exclusiverename::aFolderCannotGoBelowItself()
+{
+    const ScratchFolder folder;
+    QVERIFY(QDir().mkpath(folder.path(u"one/two"_s)));
+    QCOMPARE(renameExclusively(
+                 folder.path(u"one"_s).toUtf8().constData(), folder.path(u"one/two/three"_s).toUtf8().constData()),
+        EINVAL);
+    QVERIFY(QFileInfo(folder.path(u"one/two"_s)).isDir());
+}
+
+QTEST_GUILESS_MAIN(tst_exclusiverename)
+#include "tst_exclusiverename.moc"

@@ -1,0 +1,210 @@
+// Contract: a program becomes the one that opens files of an extension for this user; all other choices of the user's
+// stay as they are; what can't be registered says so and changes nothing. The folders of a purpose are found by number.
+
+#include "core/files/operations/clsfilefunc.h"
+#include "core/platform/systemfolders.h"
+
+#include "support/filetree.h"
+
+#include <QDir>
+#include <QStandardPaths>
+#include <QTest>
+
+using namespace ravlin;
+using namespace ravlin::test;
+using namespace Qt::StringLiterals;
+
+class FileTypeTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void aProgramBecomesTheDefault_data();
+    void aProgramBecomesTheDefault();
+    void otherChoicesStay_data();
+    void otherChoicesStay();
+    void againChangesNothing();
+    void aLinkedFileOfChoicesStaysALink();
+    void strangePathsAreQuoted();
+    void whatCannotBeRegistered_data();
+    void whatCannotBeRegistered();
+    void aFolderThatMayNotBeMade();
+    void specialFolders_data();
+    void specialFolders();
+    void foldersOfWindows();
+
+private:
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder.filePath(name)); }
+    QString choicesPath() const { return in(u"config/mimeapps.list"_s); }
+    QString entryPath() const { return in(u"data/applications/Ravlin.Song.desktop"_s); }
+    static Result<void> registerSong(
+        const QString &extension = u".ravlinsong"_s, const QString &program = u"/opt/ravlin/ravlin"_s)
+    {
+        return clsFileFunc::MakeFileDefault(u"Ravlin.Song"_s, u"A \\ song"_s, program, extension);
+    }
+
+    QTemporaryDir m_folder;
+};
+
+void FileTypeTest::initTestCase()
+{
+    qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(in(u"config"_s)));
+    writeFile(in(u"data/mime/packages/ravlin-test.xml"_s),
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
+        "<mime-type type=\"audio/x-ravlin-song\"><comment>song</comment><glob pattern=\"*.ravlinsong\"/></mime-type>\n"
+        "</mime-info>\n");
+}
+
+void FileTypeTest::init()
+{
+    QVERIFY(QDir(in(u"config"_s)).removeRecursively());
+    QDir(in(u"data/applications"_s)).removeRecursively();
+    QFile::remove(in(u"data/applications"_s));
+}
+
+void FileTypeTest::aProgramBecomesTheDefault_data()
+{
+    QTest::addColumn<QString>("extension");
+    QTest::newRow("with a full stop") << u".ravlinsong"_s;
+    QTest::newRow("without one") << u"ravlinsong"_s;
+}
+
+void FileTypeTest::aProgramBecomesTheDefault()
+{
+    QFETCH(QString, extension);
+    const auto made = registerSong(extension);
+    QVERIFY2(made.has_value(), qPrintable(made ? QString() : made.error().detail));
+    QCOMPARE(readFile(entryPath()),
+        QByteArray("[Desktop Entry]\nType=Application\nName=A \\\\ song\nExec=\"/opt/ravlin/ravlin\" %f\n"
+                   "MimeType=audio/x-ravlin-song;\nTerminal=false\nNoDisplay=true\n"));
+    QCOMPARE(readFile(choicesPath()), QByteArray("[Default Applications]\naudio/x-ravlin-song=Ravlin.Song.desktop;\n"));
+}
+
+void FileTypeTest::otherChoicesStay_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+    const QByteArray mine = "audio/x-ravlin-song=Ravlin.Song.desktop;\n";
+    QTest::newRow("another kind") << QByteArray("[Default Applications]\naudio/mpeg=x.desktop;\n")
+                                  << "[Default Applications]\n" + mine + "audio/mpeg=x.desktop;\n";
+    QTest::newRow("this kind, in the middle")
+        << QByteArray("# mine\n\n[Default Applications]\na/b=x.desktop\naudio/x-ravlin-song = y.desktop;z.desktop\n"
+                      "c/d=x.desktop\n\n[Other]\nq=1\n")
+        << "# mine\n\n[Default Applications]\na/b=x.desktop\n" + mine + "c/d=x.desktop\n\n[Other]\nq=1\n";
+    QTest::newRow("this kind, in another group")
+        << QByteArray("[Default Applications]\n[Added Associations]\naudio/x-ravlin-song=y.desktop;\n")
+        << "[Default Applications]\n" + mine + "[Added Associations]\naudio/x-ravlin-song=y.desktop;\n";
+    QTest::newRow("no such group") << QByteArray("[Added Associations]\na/b=y.desktop;")
+                                   << "[Added Associations]\na/b=y.desktop;\n[Default Applications]\n" + mine;
+}
+
+void FileTypeTest::otherChoicesStay()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    writeFile(choicesPath(), before);
+    QVERIFY(registerSong());
+    QCOMPARE(readFile(choicesPath()), after);
+}
+
+void FileTypeTest::againChangesNothing()
+{
+    writeFile(choicesPath(), "[Default Applications]\na/b=x.desktop\n");
+    QVERIFY(registerSong());
+    const Snapshot once = snapshotOf(m_folder.path());
+    QVERIFY(registerSong());
+    QCOMPARE(snapshotOf(m_folder.path()), once);
+}
+
+void FileTypeTest::aLinkedFileOfChoicesStaysALink()
+{
+    writeFile(in(u"config/kept/list"_s), "[Default Applications]\na/b=x.desktop\n");
+    makeLink("kept/list", choicesPath());
+    QVERIFY(registerSong());
+    QCOMPARE(QFileInfo(choicesPath()).symLinkTarget(), in(u"config/kept/list"_s));
+    QVERIFY(readFile(in(u"config/kept/list"_s)).contains("audio/x-ravlin-song=Ravlin.Song.desktop;\na/b=x.desktop\n"));
+}
+
+void FileTypeTest::strangePathsAreQuoted()
+{
+    QVERIFY(registerSong(u"ravlinsong"_s, u"/opt/my \"$x\" 100%/é\\r"_s));
+    QVERIFY2(readFile(entryPath()).contains("\nExec=\"/opt/my \\\\\"\\\\$x\\\\\" 100%%/é\\\\\\\\r\" %f\n"),
+        readFile(entryPath()).constData());
+}
+
+void FileTypeTest::whatCannotBeRegistered_data()
+{
+    QTest::addColumn<QString>("className");
+    QTest::addColumn<QString>("program");
+    QTest::addColumn<QString>("extension");
+    QTest::addColumn<ErrorCode>("error");
+    const QString program = u"/opt/ravlin"_s;
+    QTest::newRow("no class") << QString() << program << u"ravlinsong"_s << ErrorCode::InvalidArgument;
+    QTest::newRow("class leads elsewhere") << u"../x"_s << program << u"ravlinsong"_s << ErrorCode::InvalidArgument;
+    QTest::newRow("no program") << u"x"_s << QString() << u"ravlinsong"_s << ErrorCode::InvalidArgument;
+    QTest::newRow("two lines") << u"x"_s << u"/opt/a\nExec=b"_s << u"ravlinsong"_s << ErrorCode::InvalidArgument;
+    QTest::newRow("no extension") << u"x"_s << program << u"."_s << ErrorCode::InvalidArgument;
+    QTest::newRow("unknown extension") << u"x"_s << program << u"no-such-thing"_s << ErrorCode::Unsupported;
+}
+
+void FileTypeTest::whatCannotBeRegistered()
+{
+    QFETCH(QString, className);
+    QFETCH(QString, program);
+    QFETCH(QString, extension);
+    QFETCH(ErrorCode, error);
+    const Snapshot before = snapshotOf(m_folder.path());
+    const auto made = clsFileFunc::MakeFileDefault(className, u"x"_s, program, extension);
+    QVERIFY(!made);
+    QCOMPARE(made.error().code, error);
+    QCOMPARE(snapshotOf(m_folder.path()), before);
+}
+
+void FileTypeTest::aFolderThatMayNotBeMade()
+{
+    writeFile(in(u"data/applications"_s), "a file where a folder would have to be");
+    const auto made = registerSong();
+    QVERIFY(!made);
+    QCOMPARE(made.error().code, ErrorCode::AccessDenied);
+    QVERIFY(!platform::isTaken(choicesPath()));
+}
+
+void FileTypeTest::specialFolders_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("home") << 40 << QDir::homePath();
+    QTest::newRow("settings") << 26 << in(u"config"_s);
+    QTest::newRow("data") << 28 << in(u"data"_s);
+    QTest::newRow("menu entries") << 2 << in(u"data/applications"_s);
+    QTest::newRow("desktop") << 0 << QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+    QTest::newRow("desktop files") << 16 << QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+    QTest::newRow("documents") << 5 << QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    QTest::newRow("music") << 13 << QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
+    QTest::newRow("none of that number") << 4711 << QString();
+    QTest::newRow("one that only Windows has") << 37 << QString();
+}
+
+void FileTypeTest::specialFolders()
+{
+    QFETCH(int, number);
+    QFETCH(QString, path);
+    const QString found = clsFileFunc::GetSpecialFolder(0, number);
+    QCOMPARE(found, path);
+    QVERIFY(found.isEmpty() || QDir::isAbsolutePath(found));
+    QVERIFY(!found.endsWith(u'/'));
+}
+
+void FileTypeTest::foldersOfWindows()
+{
+    QCOMPARE(clsFileFunc::GetWinPath(), QString());
+    QCOMPARE(clsFileFunc::GetSysPath(), QString());
+}
+
+QTEST_GUILESS_MAIN(FileTypeTest)
+
+#include "tst_filetype.moc"

@@ -1,0 +1,259 @@
+// Contract: what is deleted goes into the trash of its own drive, laid out as freedesktop.org's trash specification 1.0
+// has it, and comes back from there. Where there is no safe trash nothing is touched.
+
+#include "core/platform/trash.h"
+
+#include "support/mounteddrive.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace ravlin;
+using namespace ravlin::platform;
+using namespace ravlin::test;
+using namespace Qt::StringLiterals;
+
+class TrashTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void aFileGoesIntoTheHomeTrash();
+    void aFolderAndALink();
+    void aSecondOneOfTheSameName();
+    void aNameThatADesktopHasTaken();
+    void namesAreEncoded();
+    void comesBack();
+    void neverComesBackOverAnother();
+    void fromAnotherDrive();
+    void theSharedTrashOfADrive_data();
+    void theSharedTrashOfADrive();
+    void noTrashNothingTouched();
+    void aPlantedTrashIsNotUsed();
+    void aVanishedFile();
+    void aLongName();
+
+private:
+    QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
+    QString trash() const { return in(u"data/Trash"_s); }
+    QByteArray info(const QString &name) const { return readFile(trash() + u"/info/"_s + name + u".trashinfo"_s); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TrashTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
+}
+
+void TrashTest::aFileGoesIntoTheHomeTrash()
+{
+    writeFile(in(u"music/a.mp3"_s), "audio");
+    QVERIFY(hasTrash(in(u"music/a.mp3"_s)));
+    QVERIFY(!isTaken(trash())); // asking makes nothing
+    const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
+    const auto item = moveToTrash(in(u"music/a.mp3"_s));
+    QVERIFY2(item.has_value(), qPrintable(item ? QString() : item.error().detail));
+    QVERIFY(!isTaken(in(u"music/a.mp3"_s)));
+    QCOMPARE(readFile(trash() + u"/files/a.mp3"_s), QByteArray("audio"));
+    QCOMPARE(item->file, trash() + u"/files/a.mp3"_s);
+
+    const QList<QByteArray> lines = info(u"a.mp3"_s).split('\n');
+    QCOMPARE(lines.size(), 4); // the last one is empty
+    QCOMPARE(lines[0], QByteArray("[Trash Info]"));
+    QCOMPARE(lines[1], "Path=" + QFile::encodeName(QFileInfo(in(u"music"_s)).canonicalFilePath()) + "/a.mp3");
+    QVERIFY(lines[2].startsWith("DeletionDate="));
+    const QByteArray date = lines[2].sliced(13);
+    QCOMPARE(date.size(), 19); // local time without a zone
+    const QDateTime told = QDateTime::fromString(QString::fromLatin1(date), Qt::ISODate);
+    QVERIFY(told.isValid() && told >= before && told <= QDateTime::currentDateTime());
+    struct stat status = {};
+    QCOMPARE(::stat(QFile::encodeName(trash()).constData(), &status), 0);
+    QCOMPARE(status.st_mode & 07777U, 0700U);
+}
+
+void TrashTest::aFolderAndALink()
+{
+    writeFile(in(u"music/cd/a.mp3"_s), "audio");
+    makeLink("cd", in(u"music/link"_s));
+    QVERIFY(moveToTrash(in(u"music/link"_s)));
+    QCOMPARE(readFile(in(u"music/cd/a.mp3"_s)), QByteArray("audio"));
+    QVERIFY(moveToTrash(in(u"music/cd"_s)));
+    QCOMPARE(snapshotOf(trash() + u"/files"_s),
+        (Snapshot{{u"cd"_s, "folder"}, {u"cd/a.mp3"_s, "file audio"}, {u"link"_s, "link cd"}}));
+    QVERIFY(snapshotOf(in(u"music"_s)).isEmpty());
+}
+
+void TrashTest::aSecondOneOfTheSameName()
+{
+    for (const char *content : {"one", "two", "three"}) {
+        writeFile(in(u"a.mp3"_s), content);
+        QVERIFY(moveToTrash(in(u"a.mp3"_s)));
+    }
+    QCOMPARE(snapshotOf(trash() + u"/files"_s),
+        (Snapshot{{u"a.mp3"_s, "file one"}, {u"a (2).mp3"_s, "file two"}, {u"a (3).mp3"_s, "file three"}}));
+    QCOMPARE(snapshotOf(trash() + u"/info"_s).keys(),
+        (QStringList{u"a (2).mp3.trashinfo"_s, u"a (3).mp3.trashinfo"_s, u"a.mp3.trashinfo"_s}));
+}
+
+void TrashTest::aNameThatADesktopHasTaken()
+{
+    // A file in the trash without its info file: it must not be overwritten, and the info file not be another's.
+    writeFile(trash() + u"/files/a.mp3"_s, "orphan");
+    QDir().mkpath(trash() + u"/info"_s);
+    writeFile(in(u"a.mp3"_s), "mine");
+    const auto item = moveToTrash(in(u"a.mp3"_s));
+    QVERIFY(item);
+    QCOMPARE(readFile(trash() + u"/files/a.mp3"_s), QByteArray("orphan"));
+    QCOMPARE(readFile(item->file), QByteArray("mine"));
+    QVERIFY(!isTaken(trash() + u"/info/a.mp3.trashinfo"_s));
+    QVERIFY(isTaken(item->info));
+}
+
+void TrashTest::namesAreEncoded()
+{
+    const QString name = u"ñ 50% [#1]?\n.mp3"_s;
+    writeFile(in(name), "x");
+    QVERIFY(moveToTrash(in(name)));
+    QVERIFY2(info(name).contains("/%C3%B1%2050%25%20%5B%231%5D%3F%0A.mp3\n"), info(name).constData());
+    const QString bytes = decodePath(QByteArray("caf\xe9.mp3"));
+    if (!FileSystem::native().createNew(in(bytes)))
+        QSKIP("this file system takes Unicode names only");
+    const auto item = moveToTrash(in(bytes));
+    QVERIFY(item);
+    const auto file = FileSystem::native().open(item->info, OpenMode::Read);
+    QByteArray content(2000, '\0');
+    static_cast<void>((*file)->readAt({content.data(), 2000}, 0));
+    QVERIFY(content.contains("/caf%E9.mp3\n"));
+    QVERIFY(restoreFromTrash(*item));
+    QVERIFY(FileSystem::native().remove(in(bytes))); // QTemporaryDir can't
+}
+
+void TrashTest::comesBack()
+{
+    writeFile(in(u"music/cd/a.mp3"_s), "audio");
+    const Snapshot before = snapshotOf(in(u"music"_s));
+    const auto item = moveToTrash(in(u"music/cd"_s));
+    QVERIFY(restoreFromTrash(*item));
+    QCOMPARE(snapshotOf(in(u"music"_s)), before);
+    QCOMPARE(snapshotOf(trash()), (Snapshot{{u"files"_s, "folder"}, {u"info"_s, "folder"}}));
+    const auto again = restoreFromTrash(*item); // it is not in the trash any more
+    QVERIFY(!again);
+    QCOMPARE(again.error().code, ErrorCode::NotFound);
+    QCOMPARE(snapshotOf(in(u"music"_s)), before);
+}
+
+void TrashTest::neverComesBackOverAnother()
+{
+    writeFile(in(u"a.mp3"_s), "old");
+    const auto item = moveToTrash(in(u"a.mp3"_s));
+    writeFile(in(u"a.mp3"_s), "new");
+    QCOMPARE(restoreFromTrash(*item).error().code, ErrorCode::AlreadyExists);
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("new"));
+    QCOMPARE(readFile(item->file), QByteArray("old"));
+    QVERIFY(isTaken(item->info));
+}
+
+void TrashTest::fromAnotherDrive()
+{
+    const OtherDrive drive;
+    if (!drive.isOther())
+        QSKIP("there is no second file system to write to");
+    const QString path = drive.path() + u"/ñ.mp3"_s;
+    writeFile(path, "audio");
+    QVERIFY(hasTrash(path));
+    const auto item = moveToTrash(path);
+    QVERIFY2(item.has_value(), qPrintable(item ? QString() : item.error().detail));
+    const QString own = u"/dev/shm/.Trash-%1"_s.arg(::geteuid());
+    QVERIFY2(item->file.startsWith(own + u"/files/"_s), qPrintable(item->file));
+    QVERIFY(item->info.startsWith(own + u"/info/"_s));
+    // Told from the top of the drive on, so that it holds wherever that is mounted.
+    QVERIFY(readFile(item->info).contains("\nPath=" + QFile::encodeName(drive.path().sliced(9)) + "/%C3%B1.mp3\n"));
+    QVERIFY(!isTaken(trash()));
+    QVERIFY(restoreFromTrash(*item));
+    QCOMPARE(readFile(path), QByteArray("audio"));
+}
+
+void TrashTest::theSharedTrashOfADrive_data()
+{
+    QTest::addColumn<uint>("permissions");
+    QTest::addColumn<bool>("isLink");
+    QTest::addColumn<bool>("isUsed");
+    QTest::newRow("as an administrator makes it") << 01777U << false << true;
+    QTest::newRow("anybody may remove from it") << 0777U << false << false;
+    QTest::newRow("a link") << 01777U << true << false;
+}
+
+void TrashTest::theSharedTrashOfADrive()
+{
+    QFETCH(uint, permissions);
+    QFETCH(bool, isLink);
+    QFETCH(bool, isUsed);
+    const MountedDrive drive(in(u"drive"_s), "1m");
+    if (!drive.isMounted())
+        QSKIP("mounting a drive is not permitted");
+    const QString shared = in(isLink ? u"drive/elsewhere"_s : u"drive/.Trash"_s);
+    QDir().mkpath(shared);
+    QCOMPARE(::chmod(QFile::encodeName(shared).constData(), permissions), 0);
+    if (isLink)
+        makeLink("elsewhere", in(u"drive/.Trash"_s));
+    writeFile(in(u"drive/cd/a.mp3"_s), "audio");
+    const auto item = moveToTrash(in(u"drive/cd/a.mp3"_s));
+    QVERIFY(item);
+    const QString expected = isUsed ? u"drive/.Trash/%1/files/a.mp3"_s : u"drive/.Trash-%1/files/a.mp3"_s;
+    QCOMPARE(item->file, QFileInfo(in(u"drive"_s)).canonicalFilePath().chopped(5) + expected.arg(::geteuid()));
+    QVERIFY(readFile(item->info).contains("\nPath=cd/a.mp3\n"));
+}
+
+void TrashTest::noTrashNothingTouched()
+{
+    writeFile(in(u"a.mp3"_s), "audio");
+    writeFile(in(u"data"_s), "a file where the trash would have to be");
+    QVERIFY(!hasTrash(in(u"a.mp3"_s)));
+    QCOMPARE(moveToTrash(in(u"a.mp3"_s)).error().code, ErrorCode::NoTrash);
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("audio"));
+}
+
+void TrashTest::aPlantedTrashIsNotUsed()
+{
+    QDir().mkpath(in(u"data"_s));
+    QDir().mkpath(in(u"elsewhere"_s));
+    makeLink("../elsewhere", in(u"data/Trash"_s));
+    writeFile(in(u"a.mp3"_s), "audio");
+    QVERIFY(!hasTrash(in(u"a.mp3"_s)));
+    QCOMPARE(moveToTrash(in(u"a.mp3"_s)).error().code, ErrorCode::NoTrash);
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("audio"));
+}
+
+void TrashTest::aVanishedFile()
+{
+    QCOMPARE(moveToTrash(in(u"gone.mp3"_s)).error().code, ErrorCode::NotFound);
+    QCOMPARE(moveToTrash(in(u"x/.."_s)).error().code, ErrorCode::NotFound);
+    QDir().mkpath(in(u"x"_s));
+    QCOMPARE(moveToTrash(in(u"x/.."_s)).error().code, ErrorCode::InvalidArgument);
+    QVERIFY(!isTaken(trash() + u"/info/gone.mp3.trashinfo"_s));
+}
+
+void TrashTest::aLongName()
+{
+    const QString name = QString(251, u'x') + u".mp3"_s;
+    for (int i = 0; i < 3; ++i) {
+        writeFile(in(name), QByteArray::number(i));
+        const auto item = moveToTrash(in(name));
+        QVERIFY2(item.has_value(), qPrintable(item ? QString() : item.error().detail));
+        QCOMPARE(readFile(item->file), QByteArray::number(i));
+        QVERIFY(item->file.endsWith(u".mp3"_s));
+        QVERIFY(isTaken(item->info));
+        QVERIFY(restoreFromTrash(*item));
+        QVERIFY(moveToTrash(in(name)));
+    }
+}
+
+QTEST_GUILESS_MAIN(TrashTest)
+
+#include "tst_trash.moc"

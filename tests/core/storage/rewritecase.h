@@ -1,0 +1,127 @@
+#pragma once
+
+#include "core/storage/safewrite.h"
+#include "core/platform/scratchfolder.h"
+
+#include <unistd.h>
+
+/// A file, its old and its new content, for tests that disturb the change from one to the other.
+namespace ravlin::test {
+
+/// The ways in which rewriteFile writes.
+enum class Way
+{
+    InPlace,
+    Appended,
+    Cut,
+    Replaced,
+    Rewritten
+};
+
+inline constexpr Way AllWays[] = {Way::InPlace, Way::Appended, Way::Cut, Way::Replaced, Way::Rewritten};
+
+inline const char *nameOf(Way way)
+{
+    constexpr const char *Names[] = {"in place", "appended", "cut", "replaced", "rewritten"};
+    return Names[static_cast<int>(way)];
+}
+
+class RewriteCase
+{
+public:
+    explicit RewriteCase(Way way) : m_way(way)
+    {
+        if (way == Way::Rewritten)
+            static_cast<void>(::link(
+                platform::encodePath(path()), platform::encodePath(m_folder.path(QStringLiteral("second name.mp3")))));
+        m_names = m_folder.names();
+    }
+
+    const ScratchFolder &folder() const { return m_folder; }
+    QString path() const { return m_path; }
+    const QByteArray &oldContent() const { return m_old; }
+    QByteArray newContent() const
+    {
+        switch (m_way) {
+        case Way::InPlace:
+            return m_old.left(100) + QByteArray(3000, 'n') + m_old.mid(3100);
+        case Way::Appended:
+            return m_old + QByteArray(128, 'n');
+        case Way::Cut:
+            return m_old.chopped(128);
+        case Way::Replaced:
+        case Way::Rewritten:
+            break;
+        }
+        return QByteArray(7000, 'n') + m_old;
+    }
+
+    /// The way from the old content to the new.
+    std::vector<platform::Segment> forward() const
+    {
+        using platform::Segment;
+        switch (m_way) {
+        case Way::InPlace:
+            return {
+                Segment::kept(0, 100), Segment::fresh(QByteArray(3000, 'n')), Segment::kept(3100, m_old.size() - 3100)};
+        case Way::Appended:
+            return {Segment::kept(0, m_old.size()), Segment::fresh(QByteArray(128, 'n'))};
+        case Way::Cut:
+            return {Segment::kept(0, m_old.size() - 128)};
+        case Way::Replaced:
+        case Way::Rewritten:
+            break;
+        }
+        return {Segment::fresh(QByteArray(7000, 'n')), Segment::kept(0, m_old.size())};
+    }
+    /// And back again.
+    std::vector<platform::Segment> backward() const
+    {
+        using platform::Segment;
+        switch (m_way) {
+        case Way::InPlace:
+            return {Segment::fresh(m_old.left(3100)), Segment::kept(3100, m_old.size() - 3100)};
+        case Way::Appended:
+            return {Segment::kept(0, m_old.size())};
+        case Way::Cut:
+            return {Segment::kept(0, m_old.size() - 128), Segment::fresh(m_old.last(128))};
+        case Way::Replaced:
+        case Way::Rewritten:
+            break;
+        }
+        return {Segment::kept(7000, m_old.size())};
+    }
+
+    Result<platform::WriteOutcome> rewriteForward(platform::FileSystem &fileSystem) const
+    {
+        return platform::rewriteFile(fileSystem, m_path, infoOf(m_path), forward());
+    }
+    /// No file but those of the beginning.
+    bool isClean() const { return m_folder.names() == m_names; }
+    bool hasOnlyLeftovers() const
+    {
+        const QStringList names = m_folder.names();
+        return std::all_of(names.begin(), names.end(),
+            [this](const QString &name) { return m_names.contains(name) || platform::isLeftoverName(name); });
+    }
+
+private:
+    static QByteArray makeOld()
+    {
+        QByteArray bytes(21'000, Qt::Uninitialized);
+        quint32 state = 1;
+        for (char &byte : bytes) {
+            state = state * 1664525U + 1013904223U;
+            byte = static_cast<char>(state >> 24);
+        }
+        return bytes;
+    }
+
+    Way m_way;
+    ScratchFolder m_folder;
+    QByteArray m_old = makeOld();
+    QString m_path = m_folder.write(QStringLiteral("song.mp3"), m_old);
+    QStringList m_names;
+};
+
+} // namespace ravlin::test

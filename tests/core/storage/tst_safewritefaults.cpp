@@ -1,0 +1,433 @@
+// Contract: whichever system call of a save fails, does half its work or is the program's last one,
+// the file holds the old content or the new one, the caller hears of a failure, and what stays
+// behind is known by its name and goes away.
+
+#include "core/storage/leftovers.h"
+#include "core/storage/redofile.h"
+#include "core/storage/redoformat.h"
+#include "core/storage/rewritecase.h"
+#include "support/faultyfilesystem.h"
+
+#include <QtTest>
+
+#include <sys/wait.h>
+
+using namespace ravlin;
+using namespace ravlin::platform;
+using namespace ravlin::test;
+
+Q_DECLARE_METATYPE(ravlin::test::Way)
+Q_DECLARE_METATYPE(ravlin::test::Fault)
+
+namespace {
+
+constexpr int MostSteps = 500; ///< no save takes so many calls: the loops end before
+
+FileSystem &native()
+{
+    return FileSystem::native();
+}
+
+void addWays()
+{
+    QTest::addColumn<Way>("way");
+    for (const Way way : AllWays)
+        QTest::newRow(nameOf(way)) << way;
+}
+
+void addWaysAndFaults(std::initializer_list<std::pair<const char *, Fault>> faults)
+{
+    QTest::addColumn<Way>("way");
+    QTest::addColumn<Fault>("fault");
+    for (const Way way : AllWays) {
+        for (const auto &[name, fault] : faults)
+            QTest::addRow("%s, %s", nameOf(way), name) << way << fault;
+    }
+}
+
+/// A hard-linked file whose rewriting ended after its redo file was in place.
+void leaveRedo(const RewriteCase &rewriteCase)
+{
+    FaultyFileSystem faulty;
+    // What fails is the first copy after the commit, and all undoing with it.
+    faulty.beforeCall = [&](Call call) {
+        if (call == Call::SyncFolder)
+            faulty.setPlan({.fault = Fault::Short, .at = 1, .forEver = true});
+    };
+    if (rewriteCase.rewriteForward(faulty))
+        qFatal("the fault did not come");
+}
+
+QString redoPathOf(const RewriteCase &rewriteCase)
+{
+    return rewriteCase.folder().path(redoName(infoOf(rewriteCase.path()).inode));
+}
+
+} // namespace
+
+class tst_safewritefaults : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyStepFails_data() { addWaysAndFaults({{"fails", Fault::Fail}, {"fails half-way", Fault::FailLater}}); }
+    void everyStepFails();
+    void everythingFailsFromStepOn_data() { addWays(); }
+    void everythingFailsFromStepOn();
+    void shortTransfersAreContinued_data() { addWays(); }
+    void shortTransfersAreContinued();
+    void corruptionIsNoticed_data() { addWays(); }
+    void corruptionIsNoticed();
+    void diesAtEveryStep_data() { addWaysAndFaults({{"before", Fault::Die}, {"after", Fault::DieAfter}}); }
+    void diesAtEveryStep();
+    void changedWhileBeingCopied_data();
+    void changedWhileBeingCopied();
+    void ownerMayNotBeGiven();
+
+    void recoveringIsItselfSafe();
+    void redoIsFinishedByCleaning();
+    void redoOfRenamedFileIsFinished();
+    void redoOfChangedFileIsDropped();
+    void damagedRedoIsDropped();
+    void redoInUseIsLeftAlone();
+    void redoOfAStrangerIsIgnored();
+    void redoCannotLeaveItsFolder_data();
+    void redoCannotLeaveItsFolder();
+};
+
+void tst_safewritefaults::everyStepFails()
+{
+    QFETCH(Way, way);
+    QFETCH(Fault, fault);
+    int failures = 0;
+    for (int step = 0; step < MostSteps; ++step) {
+        const RewriteCase rewriteCase(way);
+        const qint64 modified = infoOf(rewriteCase.path()).modified;
+        FaultyFileSystem faulty;
+        faulty.setPlan({.fault = fault, .at = step});
+        const auto result = rewriteCase.rewriteForward(faulty);
+        const QByteArray present = ScratchFolder::read(rewriteCase.path());
+        QVERIFY(rewriteCase.hasOnlyLeftovers());
+        if (result) {
+            QCOMPARE(present, rewriteCase.newContent());
+        } else {
+            ++failures;
+            QVERIFY(faulty.hasFired());
+            QCOMPARE(result.error().detail.left(8), QStringLiteral("injected"));
+            QCOMPARE(present, rewriteCase.oldContent());
+            // A time that changes where the content did not would have the file read again for
+            // nothing.
+            QCOMPARE(infoOf(rewriteCase.path()).modified, modified);
+        }
+        QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
+        QVERIFY(rewriteCase.isClean());
+        QCOMPARE(ScratchFolder::read(rewriteCase.path()), present);
+        if (!faulty.hasFired()) {
+            QVERIFY(result);
+            QVERIFY(failures >= 3);
+            return;
+        }
+    }
+    QFAIL("never went through");
+}
+
+void tst_safewritefaults::everythingFailsFromStepOn()
+{
+    QFETCH(Way, way);
+    for (int step = 0; step < MostSteps; ++step) {
+        const RewriteCase rewriteCase(way);
+        FaultyFileSystem faulty;
+        faulty.setPlan({.fault = Fault::Fail, .at = step, .forEver = true});
+        const auto result = rewriteCase.rewriteForward(faulty);
+        QVERIFY(rewriteCase.hasOnlyLeftovers());
+        QVERIFY(recoverFile(native(), rewriteCase.path()));
+        const QByteArray present = ScratchFolder::read(rewriteCase.path());
+        // Reading back and undoing failed too: for one block nothing but the new content can stand
+        // there then.
+        const bool mayBeNew = result || way != Way::Replaced;
+        QVERIFY(present == rewriteCase.oldContent() || (mayBeNew && present == rewriteCase.newContent()));
+        QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
+        QVERIFY(rewriteCase.isClean());
+        if (!faulty.hasFired()) {
+            QVERIFY(result);
+            return;
+        }
+    }
+    QFAIL("never went through");
+}
+
+void tst_safewritefaults::shortTransfersAreContinued()
+{
+    QFETCH(Way, way);
+    for (int step = 0; step < MostSteps; ++step) {
+        const RewriteCase rewriteCase(way);
+        FaultyFileSystem faulty;
+        faulty.setPlan({.fault = Fault::Short, .at = step});
+        const auto result = rewriteCase.rewriteForward(faulty);
+        QVERIFY2(result, qPrintable(result ? QString() : result.error().detail));
+        QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+        QVERIFY(rewriteCase.isClean());
+        if (!faulty.hasFired())
+            return;
+    }
+    QFAIL("never went through");
+}
+
+void tst_safewritefaults::corruptionIsNoticed()
+{
+    QFETCH(Way, way);
+    int noticed = 0;
+    for (int step = 0; step < MostSteps; ++step) {
+        const RewriteCase rewriteCase(way);
+        FaultyFileSystem faulty;
+        faulty.setPlan({.fault = Fault::Corrupt, .at = step});
+        const auto result = rewriteCase.rewriteForward(faulty);
+        if (result) {
+            QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+        } else {
+            QCOMPARE(result.error().code, ErrorCode::VerifyFailed);
+            QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.oldContent());
+            ++noticed;
+        }
+        QVERIFY(rewriteCase.isClean());
+        if (!faulty.hasFired()) {
+            QVERIFY(noticed > 0 || way == Way::Cut);
+            return;
+        }
+    }
+    QFAIL("never went through");
+}
+
+void tst_safewritefaults::diesAtEveryStep()
+{
+    QFETCH(Way, way);
+    QFETCH(Fault, fault);
+    for (int step = 0; step < MostSteps; ++step) {
+        const RewriteCase rewriteCase(way);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            FaultyFileSystem faulty;
+            faulty.setPlan({.fault = fault, .at = step});
+            ::_exit(rewriteCase.rewriteForward(faulty) ? 0 : 1);
+        }
+        int status = 0;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        QVERIFY(WIFEXITED(status));
+        QVERIFY(rewriteCase.hasOnlyLeftovers());
+        QVERIFY(recoverFile(native(), rewriteCase.path()));
+        const QByteArray present = ScratchFolder::read(rewriteCase.path());
+        QVERIFY(present == rewriteCase.oldContent() || present == rewriteCase.newContent());
+        QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
+        QVERIFY(rewriteCase.isClean());
+        QCOMPARE(ScratchFolder::read(rewriteCase.path()), present);
+        if (WEXITSTATUS(status) == 0) {
+            QCOMPARE(present, rewriteCase.newContent());
+            QVERIFY(step >= 3);
+            return;
+        }
+        QCOMPARE(WEXITSTATUS(status), FaultyFileSystem::DeathStatus);
+    }
+    QFAIL("never went through");
+}
+
+void tst_safewritefaults::changedWhileBeingCopied_data()
+{
+    QTest::addColumn<Way>("way");
+    QTest::newRow("replaced") << Way::Replaced;
+    QTest::newRow("rewritten") << Way::Rewritten;
+}
+
+void tst_safewritefaults::changedWhileBeingCopied()
+{
+    QFETCH(Way, way);
+    const RewriteCase rewriteCase(way);
+    FaultyFileSystem faulty;
+    faulty.beforeCall = [&](Call call) {
+        if (call == Call::Sync)
+            rewriteCase.folder().write(QStringLiteral("song.mp3"), "somebody else's");
+    };
+    const auto result = rewriteCase.rewriteForward(faulty);
+    QVERIFY(!result);
+    // Read back against the changed file, or noticed by its state: either way nothing is lost.
+    QVERIFY(result.error().code == ErrorCode::ChangedMeanwhile || result.error().code == ErrorCode::VerifyFailed);
+    QCOMPARE(ScratchFolder::read(rewriteCase.path()), "somebody else's");
+    QVERIFY(rewriteCase.isClean());
+}
+
+void tst_safewritefaults::ownerMayNotBeGiven()
+{
+    if (::geteuid() != 0)
+        QSKIP("only root can make a file of somebody else's");
+    const RewriteCase rewriteCase(Way::Replaced);
+    QCOMPARE(::chown(encodePath(rewriteCase.path()), 12345, 23456), 0);
+    const quint64 inode = infoOf(rewriteCase.path()).inode;
+    FaultyFileSystem faulty;
+    faulty.setPlan({.only = Call::TakeMetadata, .forEver = true, .code = ErrorCode::AccessDenied});
+    QCOMPARE(rewriteCase.rewriteForward(faulty).value(), WriteOutcome::Rewritten);
+    QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+    QCOMPARE(infoOf(rewriteCase.path()).inode, inode);
+    QCOMPARE(infoOf(rewriteCase.path()).owner, 12345U);
+    QVERIFY(rewriteCase.isClean());
+}
+
+void tst_safewritefaults::recoveringIsItselfSafe()
+{
+    // It may fail or die at any step and be begun again.
+    for (const Fault fault : {Fault::Fail, Fault::FailLater, Fault::Die, Fault::DieAfter}) {
+        bool wentThrough = false;
+        for (int step = 0; step < MostSteps && !wentThrough; ++step) {
+            const RewriteCase rewriteCase(Way::Rewritten);
+            leaveRedo(rewriteCase);
+            QVERIFY(!rewriteCase.isClean());
+            const pid_t child = ::fork();
+            if (child == 0) {
+                FaultyFileSystem faulty;
+                faulty.setPlan({.fault = fault, .at = step});
+                static_cast<void>(recoverFile(faulty, rewriteCase.path()));
+                ::_exit(faulty.hasFired() ? 1 : 0);
+            }
+            int status = 0;
+            QCOMPARE(::waitpid(child, &status, 0), child);
+            QVERIFY(WIFEXITED(status));
+            wentThrough = WEXITSTATUS(status) == 0;
+            QVERIFY(recoverFile(native(), rewriteCase.path()));
+            QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+            QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
+            QVERIFY(rewriteCase.isClean());
+        }
+        QVERIFY(wentThrough);
+    }
+}
+
+void tst_safewritefaults::redoIsFinishedByCleaning()
+{
+    const RewriteCase rewriteCase(Way::Rewritten);
+    leaveRedo(rewriteCase);
+    QVERIFY(QFile::exists(redoPathOf(rewriteCase)));
+    QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 1);
+    QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+    QVERIFY(rewriteCase.isClean());
+}
+
+void tst_safewritefaults::redoOfRenamedFileIsFinished()
+{
+    const RewriteCase rewriteCase(Way::Rewritten);
+    leaveRedo(rewriteCase);
+    const QString renamed = rewriteCase.folder().path(QStringLiteral("renamed.mp3"));
+    QVERIFY(QFile::rename(rewriteCase.path(), renamed));
+    QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 1);
+    QCOMPARE(ScratchFolder::read(renamed), rewriteCase.newContent());
+}
+
+void tst_safewritefaults::redoOfChangedFileIsDropped()
+{
+    // Somebody else saved the file after the crash: his content is not to be lost.
+    const RewriteCase rewriteCase(Way::Rewritten);
+    leaveRedo(rewriteCase);
+    const QByteArray theirs(25'000, 'z');
+    rewriteCase.folder().write(QStringLiteral("song.mp3"), theirs);
+    QVERIFY(recoverFile(native(), rewriteCase.path()));
+    QCOMPARE(ScratchFolder::read(rewriteCase.path()), theirs);
+    QVERIFY(rewriteCase.isClean());
+}
+
+void tst_safewritefaults::damagedRedoIsDropped()
+{
+    const RewriteCase rewriteCase(Way::Rewritten);
+    leaveRedo(rewriteCase);
+    const QString redoPath = redoPathOf(rewriteCase);
+    const QByteArray valid = ScratchFolder::read(redoPath);
+    const QByteArray before = ScratchFolder::read(rewriteCase.path());
+    std::vector<QByteArray> damaged{{}, valid.left(100), valid.left(4096), valid.chopped(1), valid + '\0',
+        QByteArray(valid.size(), '\0'), QByteArray(valid.size(), '\xFF')};
+    for (qsizetype at = 0; at < valid.size(); at += at < 120 || at > valid.size() - 50 ? 1 : 997) {
+        damaged.push_back(valid);
+        damaged.back()[at] = static_cast<char>(valid.at(at) ^ 0x40);
+    }
+    for (const QByteArray &content : damaged) {
+        rewriteCase.folder().write(QFileInfo(redoPath).fileName(), content);
+        QVERIFY(recoverFile(native(), rewriteCase.path()));
+        QVERIFY(!QFile::exists(redoPath));
+        QCOMPARE(ScratchFolder::read(rewriteCase.path()), before);
+    }
+    rewriteCase.folder().write(QFileInfo(redoPath).fileName(), valid);
+    QVERIFY(recoverFile(native(), rewriteCase.path()));
+    QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+}
+
+void tst_safewritefaults::redoInUseIsLeftAlone()
+{
+    const RewriteCase rewriteCase(Way::Rewritten);
+    leaveRedo(rewriteCase);
+    const QString redoPath = redoPathOf(rewriteCase);
+    auto writer = native().open(redoPath, OpenMode::ReadWrite).value();
+    QVERIFY(writer->tryLock().value());
+    QCOMPARE(recoverFile(native(), rewriteCase.path()).error().code, ErrorCode::ChangedMeanwhile);
+    QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 0);
+    QVERIFY(QFile::exists(redoPath));
+    QVERIFY(!rewriteCase.rewriteForward(native()));
+    writer.reset();
+    QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 1);
+}
+
+void tst_safewritefaults::redoOfAStrangerIsIgnored()
+{
+    if (::geteuid() != 0)
+        QSKIP("only root can make a file of somebody else's");
+    const RewriteCase rewriteCase(Way::Rewritten);
+    leaveRedo(rewriteCase);
+    const QByteArray before = ScratchFolder::read(rewriteCase.path());
+    const QString redoPath = redoPathOf(rewriteCase);
+    QCOMPARE(::chown(encodePath(redoPath), 12345, 0), 0);
+    QVERIFY(recoverFile(native(), rewriteCase.path()));
+    QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 0);
+    QCOMPARE(ScratchFolder::read(rewriteCase.path()), before);
+    QVERIFY(QFile::exists(redoPath));
+    // It is taken from the file's own owner.
+    QCOMPARE(::chown(encodePath(rewriteCase.path()), 12345, 0), 0);
+    QVERIFY(recoverFile(native(), rewriteCase.path()));
+    QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+}
+
+void tst_safewritefaults::redoCannotLeaveItsFolder_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("parent") << QStringLiteral("../victim.mp3");
+    QTest::newRow("absolute") << QStringLiteral("/victim.mp3");
+    QTest::newRow("dots") << QStringLiteral("..");
+    QTest::newRow("folder inside") << QStringLiteral("inner/victim.mp3");
+    QTest::newRow("symbolic link") << QStringLiteral("link.mp3");
+    QTest::newRow("empty") << QString();
+    QTest::newRow("zero") << QStringLiteral("victim.mp3") + QChar(0);
+}
+
+void tst_safewritefaults::redoCannotLeaveItsFolder()
+{
+    QFETCH(QString, name);
+    const ScratchFolder folder;
+    QVERIFY(QDir(folder.path()).mkpath(QStringLiteral("here/inner")));
+    const QByteArray content("precious");
+    const QString victim = folder.write(QStringLiteral("victim.mp3"), content);
+    const QString inner = folder.write(QStringLiteral("here/inner/victim.mp3"), content);
+    const QString here = folder.path(QStringLiteral("here"));
+    QVERIFY(QFile::link(QStringLiteral("../victim.mp3"), here + QStringLiteral("/link.mp3")));
+    for (const QString &target : {victim, inner}) {
+        // Complete and with a right digest: made by somebody who knows how.
+        const RedoHeader header{infoOf(target).inode, 6, content.size(), 0, false, name};
+        const QString redoPath = here + Separator + redoName(header.inode);
+        {
+            const auto redo = native().createNew(redoPath).value();
+            QVERIFY(writeRedoHeader(*redo, header));
+            const QByteArray evil("hacked");
+            QVERIFY(redo->writeAt({evil.constData(), size_t(evil.size())}, header.newOffset()));
+            QVERIFY(redo->writeAt({content.constData(), size_t(content.size())}, header.oldOffset()));
+            QVERIFY(writeRedoTrailer(*redo, header));
+        }
+        QVERIFY(cleanLeftovers(native(), here));
+        QCOMPARE(ScratchFolder::read(target), content);
+        QVERIFY(!QFile::exists(redoPath));
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_safewritefaults)
+#include "tst_safewritefaults.moc"

@@ -1,0 +1,102 @@
+// What the texts of genre, track and year frames mean, and how a new number is written into such a text.
+
+#include "core/tags/id3/id3values.h"
+
+#include <QTest>
+
+using namespace ravlin::id3;
+
+class TestId3Values : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void genreNumbers_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("number");
+        const auto row = [](const char *text, int number) {
+            QTest::addRow("\"%s\"", text) << QString::fromUtf8(text) << number;
+        };
+        row("(17)", 17);
+        row("17", 17);
+        row(" 17 ", 17);
+        row("(17)Rock", 17);
+        row("(4)Eurodisco", 4);
+        row("(51)(39)", 51);
+        row("(0)", 0);
+        row("(254)", 254);
+        row("(255)", NoGenre);
+        row("255", NoGenre);
+        row("1000", NoGenre);
+        row("(RX)", NoGenre);
+        row("(CR)", NoGenre);
+        row("((17) is no number", NoGenre);
+        row("(17", NoGenre);
+        row("()", NoGenre);
+        row("", NoGenre);
+        row("Rock", 17);
+        row("hip hop", 7);
+        row("Hip-Hop", 7);
+        row("17 / 4", 17);
+        row("Rock / Pop", 17);
+        row("Something else", NoGenre);
+        row("17th century", NoGenre);
+        row("-1", NoGenre);
+        row("١٧", NoGenre);
+    }
+    void genreNumbers()
+    {
+        QFETCH(QString, text);
+        QTEST(genreNumber(text), "number");
+    }
+
+    void genreTexts()
+    {
+        QCOMPARE(genreText(17, 2), QStringLiteral("(17)"));
+        QCOMPARE(genreText(17, 3), QStringLiteral("(17)"));
+        QCOMPARE(genreText(17, 4), QStringLiteral("17"));
+    }
+
+    void trackNumbers()
+    {
+        QCOMPARE(trackNumber(QStringLiteral("3/12")), 3);
+        QCOMPARE(trackNumber(QStringLiteral(" 07 ")), 7);
+        QCOMPARE(trackNumber(QStringLiteral("123")), 123);
+        QCOMPARE(trackNumber(QStringLiteral("/12")), 0);
+        QCOMPARE(trackNumber(QStringLiteral("A1")), 0);
+        QCOMPARE(trackNumber(QString()), 0);
+        QCOMPARE(trackNumber(QStringLiteral("99999999999999999999")), 0);
+        QCOMPARE(trackNumber(QStringLiteral("-3")), 0);
+    }
+
+    void aNewTrackKeepsTheTotalAndTheWidth()
+    {
+        QCOMPARE(trackText(QStringLiteral("3/12"), 4), QStringLiteral("4/12"));
+        QCOMPARE(trackText(QStringLiteral("03/12"), 4), QStringLiteral("04/12"));
+        QCOMPARE(trackText(QStringLiteral("09"), 10), QStringLiteral("10"));
+        QCOMPARE(trackText(QStringLiteral("9"), 10), QStringLiteral("10"));
+        QCOMPARE(trackText(QStringLiteral("/12"), 4), QStringLiteral("4/12"));
+        QCOMPARE(trackText(QStringLiteral("A1"), 4), QStringLiteral("4"));
+        QCOMPARE(trackText(QString(), 4), QStringLiteral("4"));
+        QCOMPARE(trackText(QStringLiteral("0000000000003"), 4), QStringLiteral("0004"));
+    }
+
+    void years()
+    {
+        QCOMPARE(yearOf(QStringLiteral("1999")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral(" 1999 ")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral("1999-05-01")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral("1999-05-01T10:00")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral("1999/05")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral("1999, 2001")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral("19990506")), QStringLiteral("1999"));
+        QCOMPARE(yearOf(QStringLiteral("1999a")), QStringLiteral("1999a"));
+        QCOMPARE(yearOf(QStringLiteral("19995")), QStringLiteral("19995"));
+        QCOMPARE(yearOf(QStringLiteral("99")), QStringLiteral("99"));
+        QCOMPARE(yearOf(QStringLiteral("   ")), QString());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestId3Values)
+#include "tst_id3values.moc"

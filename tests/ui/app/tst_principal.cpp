@@ -1,0 +1,314 @@
+// The main window at work on real files: what a listing shows, what a click, a key, a save and a drop lead to.
+
+#include "ui/app/principalfixture.h"
+#include "ui/controls/busy.h"
+
+#include <QDesktopServices>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QScrollBar>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+using namespace ravlin;
+using namespace ravlin::test;
+
+class tst_principal : public PrincipalFixture
+{
+    Q_OBJECT
+
+private:
+    QUrl m_openedUrl;
+
+    void addThree() const
+    {
+        for (const QString &name : {u"a"_s, u"b"_s, u"c"_s})
+            addFile(name + u".mp3"_s, titled(u"title "_s + name));
+    }
+    /// Sends a drag with this address over the widget and drops it there; tells whether it was taken, and as what.
+    static Qt::DropAction drop(QWidget *target, const QUrl &url, Qt::DropActions possible = Qt::CopyAction)
+    {
+        QMimeData data;
+        data.setUrls({url});
+        QDragEnterEvent enter(target->rect().center(), possible, &data, Qt::LeftButton, {});
+        enter.ignore();
+        QApplication::sendEvent(target, &enter);
+        if (!enter.isAccepted())
+            return Qt::IgnoreAction;
+        QDropEvent dropped(target->rect().center(), possible, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(target, &dropped);
+        QCoreApplication::processEvents();
+        return dropped.dropAction();
+    }
+
+public Q_SLOTS:
+    void noteUrl(const QUrl &url) { m_openedUrl = url; }
+
+private Q_SLOTS:
+    void init() { startAfresh(); }
+    void cleanup() { closeWindow(); }
+
+    void aListingShowsItsFilesWithAllRowsSelectedAndThePageEmpty()
+    {
+        addThree();
+        open(path());
+        QCOMPARE(list()->rowTexts(), (QStringList{u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s}));
+        QCOMPARE(list()->selectedRows(), (std::vector<int>{0, 1, 2}));
+        QCOMPARE(panel(1), u"3 files"_s);
+        QCOMPARE(panel(2), at(u"a.mp3"_s));
+        QVERIFY(!control(u"edita"_s)->isEnabled());
+        QVERIFY(!control(u"nfile"_s)->isEnabled());
+        QCOMPARE(field(u"Ttitulo"_s), QString());
+    }
+
+    void aFolderWithoutFilesLeavesBothPanelsEmpty()
+    {
+        addThree();
+        QDir(path()).mkdir(u"empty"_s);
+        open(path());
+        clickRow(1);
+        tree()->setPath(at(u"empty"_s));
+        QCOMPARE(list()->rowCount(), 0);
+        QCOMPARE(panel(1), QString());
+        QCOMPARE(panel(2), QString());
+        QCOMPARE(field(u"Ttitulo"_s), QString());
+        QVERIFY(!control(u"edita"_s)->isEnabled());
+    }
+
+    void aClickOnARowShowsItsFile()
+    {
+        addThree();
+        open(path());
+        clickRow(1);
+        QCOMPARE(field(u"Ttitulo"_s), u"title b"_s);
+        QCOMPARE(panel(1), u"3 files"_s);
+        QCOMPARE(panel(2), at(u"b.mp3"_s));
+        QCOMPARE(list()->selectedRows(), std::vector<int>{1});
+        QVERIFY(control(u"edita"_s)->isEnabled());
+        QTRY_COMPARE(control<QLabel>(u"mode"_s)->text(), u"128 kbps"_s);
+    }
+
+    void anyOtherKeyReleasedOnTheListShowsTheRowThatItLeadsTo()
+    {
+        addThree();
+        open(path());
+        QTest::keyClick(list(), Qt::Key_Down);
+        QCOMPARE(field(u"Ttitulo"_s), u"title b"_s);
+        QTest::keyClick(list(), Qt::Key_B); // without Shift it is a key like any other
+        QCOMPARE(field(u"Ttitulo"_s), u"title b"_s);
+    }
+
+    void rightClickSelectsTheFirstTab()
+    {
+        addThree();
+        open(path());
+        tabs()->addTab(new QWidget, u"another"_s);
+        tabs()->setCurrentIndex(1);
+        clickRow(2);
+        QCOMPARE(field(u"Ttitulo"_s), QString()); // the page is not in sight
+        clickRow(1, Qt::RightButton);
+        QCOMPARE(tabs()->currentIndex(), 0);
+        QCOMPARE(field(u"Ttitulo"_s), u"title b"_s);
+    }
+
+    void aPageThatComesBackIntoSightShowsTheRowThatWasClickedMeanwhile()
+    {
+        addThree();
+        open(path());
+        tabs()->addTab(new QWidget, u"another"_s);
+        clickRow(0);
+        control<QLineEdit>(u"Ttitulo"_s)->setText(u"not saved yet"_s);
+        tabs()->setCurrentIndex(1);
+        tabs()->setCurrentIndex(0);
+        QCOMPARE(field(u"Ttitulo"_s), u"not saved yet"_s);
+        tabs()->setCurrentIndex(1);
+        clickRow(2);
+        tabs()->setCurrentIndex(0);
+        QCOMPARE(field(u"Ttitulo"_s), u"title c"_s);
+    }
+
+    void doubleClickOpensTheFileWithTheSystemsPlayer()
+    {
+        addThree();
+        open(path());
+        QDesktopServices::setUrlHandler(u"file"_s, this, "noteUrl");
+        const QModelIndex index = list()->model()->index(1, 0);
+        QTest::mouseDClick(list()->viewport(), Qt::LeftButton, {}, list()->visualRect(index).center());
+        QDesktopServices::unsetUrlHandler(u"file"_s);
+        QCOMPARE(m_openedUrl, QUrl::fromLocalFile(at(u"b.mp3"_s)));
+    }
+
+    void savingRefreshesTheListAndShowsTheCurrentRowAgain()
+    {
+        addThree();
+        open(path());
+        clickRow(1);
+        control<QLineEdit>(u"Ttitulo"_s)->setText(u"new"_s);
+        control<QPushButton>(u"edita"_s)->click();
+        QCOMPARE(titleOf(u"b.mp3"_s), u"new"_s);
+        QCOMPARE(titleOf(u"a.mp3"_s), u"title a"_s);
+        QCOMPARE(cell(1, 2), u"new"_s);
+        QCOMPARE(field(u"Ttitulo"_s), u"new"_s);
+        QCOMPARE(list()->currentRowText(), u"b.mp3"_s);
+        QCOMPARE(panel(2), at(u"b.mp3"_s));
+        QCOMPARE(list()->selectedRows().size(), std::size_t{3});
+        QVERIFY(control(u"edita"_s)->isEnabled());
+    }
+
+    void aRefreshedListStaysAtItsPlace()
+    {
+        for (int i = 0; i < 200; ++i)
+            addFile(u"%1.mp3"_s.arg(i, 3, 10, QChar(u'0')));
+        open(path());
+        clickRow(150);
+        const int place = list()->verticalScrollBar()->value();
+        QVERIFY(place > 0);
+        control<QPushButton>(u"edita"_s)->click();
+        QCOMPARE(list()->currentRowText(), u"150.mp3"_s);
+        QCOMPARE(list()->verticalScrollBar()->value(), place);
+    }
+
+    void aSaveRefusedForWantOfSpaceDoesNotBlockTheNextOne()
+    {
+        addThree();
+        open(path());
+        clickRow(0);
+        m_program->state.freeMegabytes = 1;
+        control<QLineEdit>(u"Ttitulo"_s)->setText(u"new"_s);
+        QString message;
+        QTimer::singleShot(0, this, [&] {
+            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            message = box ? box->text() : u"no box"_s;
+            if (box)
+                box->accept();
+        });
+        control<QPushButton>(u"edita"_s)->click();
+        QCOMPARE(message, u"low disk space, operation cancelled"_s);
+        QCOMPARE(titleOf(u"a.mp3"_s), u"title a"_s);
+
+        m_program->state.freeMegabytes = 100000; // room was made
+        clickRow(0);
+        control<QLineEdit>(u"Ttitulo"_s)->setText(u"new"_s);
+        control<QPushButton>(u"edita"_s)->click();
+        QCOMPARE(titleOf(u"a.mp3"_s), u"new"_s);
+    }
+
+    void anotherFolderClearsTheCancelledFlag()
+    {
+        addThree();
+        addFile(u"other/d.mp3"_s);
+        open(path());
+        m_program->state.cancelled = true;
+        tree()->setPath(at(u"other"_s));
+        QVERIFY(!m_program->state.cancelled);
+    }
+
+    void f2ListsTheTreeWithPrefixes()
+    {
+        for (const QString &name : {u"start.mp3"_s, u"x/name.mp3"_s, u"x/y/name.mp3"_s})
+            addFile(name);
+        open(path());
+        QCOMPARE(list()->rowCount(), 1);
+        QTest::keyClick(tree(), Qt::Key_F2);
+        QCOMPARE(list()->rowTexts(), (QStringList{u"start.mp3"_s, QDir::toNativeSeparators(u"x/name.mp3"_s),
+                                         QDir::toNativeSeparators(u"x/y/name.mp3"_s)}));
+        QCOMPARE(panel(1), u"3 files"_s);
+        clickRow(2);
+        QCOMPARE(panel(2), at(u"x/y/name.mp3"_s));
+    }
+
+    void aNameOf64CharactersIsPlainAndOneOf65BoldAndRed()
+    {
+        addFile(QString(60, u'a') + u".mp3"_s);
+        addFile(QString(61, u'b') + u".mp3"_s);
+        open(path());
+        const auto font = [this](int row) { return list()->model()->index(row, 0).data(Qt::FontRole).value<QFont>(); };
+        const auto colour = [this](int row) {
+            return list()->model()->index(row, 0).data(Qt::ForegroundRole).value<QBrush>().color();
+        };
+        QVERIFY(!font(0).bold());
+        QVERIFY(colour(0) != QColor(255, 0, 0));
+        QVERIFY(font(1).bold());
+        QCOMPARE(colour(1), QColor(255, 0, 0));
+    }
+
+    void track9Shows09AndTrack10Shows10()
+    {
+        addFile(u"a.mp3"_s, id3v2(3, textFrame(3, "TRCK", u"9"_s)) + audio());
+        addFile(u"b.mp3"_s, id3v2(3, textFrame(3, "TRCK", u"10"_s)) + audio());
+        open(path());
+        QCOMPARE(cell(0, 1), u"09"_s);
+        QCOMPARE(cell(1, 1), u"10"_s);
+        QCOMPARE(cell(0, 6), u"no"_s);
+        QCOMPARE(cell(0, 7), u"yes"_s);
+    }
+
+    void selectAllAndNoneByTheToolbar()
+    {
+        addThree();
+        open(path());
+        clickRow(0);
+        control<QAbstractButton>(u"tb_12"_s)->click();
+        QCOMPARE(list()->selectedRows().size(), std::size_t{3});
+        m_window->findChild<QAction *>(u"tb_none"_s)->trigger();
+        QVERIFY(list()->selectedRows().empty());
+    }
+
+    void aFolderDroppedOnTheWindowIsOpened_data()
+    {
+        QTest::addColumn<QString>("target");
+        for (const char *target : {"ListView1", "folder", "tabs", "Ttitulo", "Tpista", "sbStatusBar", "tb"})
+            QTest::newRow(target) << QString::fromLatin1(target);
+    }
+    void aFolderDroppedOnTheWindowIsOpened()
+    {
+        QFETCH(QString, target);
+        addThree();
+        addFile(u"other/d.mp3"_s);
+        open(path());
+        QCOMPARE(drop(control(target), QUrl::fromLocalFile(at(u"other"_s))), Qt::CopyAction);
+        QCOMPARE(list()->rowTexts(), QStringList{u"d.mp3"_s});
+        QCOMPARE(field(u"Ttitulo"_s), QString());
+    }
+
+    void aDroppedFileOpensItsFolderAndIsNeverMoved()
+    {
+        addThree();
+        const QString file = addFile(u"other/d.mp3"_s);
+        open(path());
+        QCOMPARE(drop(list(), QUrl::fromLocalFile(file), Qt::MoveAction), Qt::IgnoreAction);
+        QCOMPARE(list()->rowCount(), 3);
+        QCOMPARE(drop(list(), QUrl::fromLocalFile(file), Qt::MoveAction | Qt::CopyAction), Qt::CopyAction);
+        QCOMPARE(list()->rowTexts(), QStringList{u"d.mp3"_s});
+    }
+
+    void anAddressOfTheNetIsNotTaken()
+    {
+        open(path());
+        QCOMPARE(drop(list(), QUrl(u"https://example.org/a.mp3"_s)), Qt::IgnoreAction);
+    }
+
+    void closingWhileWorkIsUnderWayWaitsForItsEnd()
+    {
+        addThree();
+        open(path());
+        auto *busy = m_window->findChild<Busy *>();
+        QVERIFY(busy);
+        bool visibleAtWork = false;
+        const bool ran = busy->run(1, [&](BusyProgress &) {
+            QMetaObject::invokeMethod(m_window.get(), [&] {
+                m_window->close();
+                visibleAtWork = m_window->isVisible();
+            });
+            QTest::qSleep(100);
+        });
+        QVERIFY(ran);
+        QVERIFY(visibleAtWork);
+        QTRY_VERIFY(!m_window->isVisible());
+        QCOMPARE(stored(u"ruta"), path() + QDir::separator());
+    }
+};
+
+QTEST_MAIN(tst_principal)
+#include "tst_principal.moc"

@@ -1,0 +1,570 @@
+// Busy: the caller gets a plain call, the windows go on painting, the user's input is dropped and not kept, and the
+// wait window's state is what the work reported.
+
+#include "ui/controls/busy.h"
+#include "ui/controls/esperate.h"
+
+#include <QCloseEvent>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QShortcut>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+#include <QWindow>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace ravlin;
+
+namespace {
+
+class MainWindow : public QWidget
+{
+public:
+    int paints = 0;
+    int closes = 0;
+
+protected:
+    void paintEvent(QPaintEvent *) override { ++paints; }
+    void closeEvent(QCloseEvent *event) override
+    {
+        ++closes;
+        event->accept();
+    }
+};
+
+} // namespace
+
+class tst_busy : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<MainWindow> m_main;
+    QPushButton *m_button = nullptr;
+    QLineEdit *m_field = nullptr;
+    esperate *m_wait = nullptr;
+    std::unique_ptr<Busy> m_busy;
+
+    /// Runs work that lasts until the given doings on the interface thread are over.
+    template <typename Doings>
+    void during(Doings doings)
+    {
+        std::atomic<bool> over{false};
+        QTimer::singleShot(30ms, m_main.get(), [&] {
+            doings();
+            over = true;
+        });
+        QVERIFY(m_busy->run(1, [&](BusyProgress &) {
+            while (!over)
+                std::this_thread::sleep_for(1ms);
+        }));
+    }
+    QPoint middleOfTheButton() const { return m_button->geometry().center(); }
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void returnsWhenTheWorkHasEnded();
+    void worksOnAnotherThread();
+    void stateIsWhatTheWorkReported();
+    void stepsFromManyThreads();
+    void stepsBecomeKnownOnTheWay();
+    void endsWithTheFinalStateAndAClosedWindow();
+    void longWorkShowsWindowFileAndCursor();
+    void closingTheWaitWindowDoesNotStopTheWork();
+    void workThatCanBeStoppedIsStopped_data();
+    void workThatCanBeStoppedIsStopped();
+    void otherWorkHasNoButtonToStopIt();
+    void bytesAreShownInsteadOfSteps();
+
+    void clicksAreDroppedForGood();
+    void nativeClicksAreDroppedForGood();
+    void clicksLeftInTheQueueAreDropped();
+    void keysAndShortcutsAreDropped();
+    void buttonHeldBeforeIsReleasedAfterwards();
+    void waitWindowTakesInput();
+    void paintsMeanwhile();
+    void closingTheMainWindowWaits();
+    void closingAnotherWindowIsRefused();
+    void inputWorksAgainAfterwards();
+
+    void nestedRunIsRefused();
+    void manyRunsInARow();
+    void exceptionsReachTheCaller();
+    void quitMeanwhileDoesNotCutTheWorkShort();
+    void shortWorkIsNotSlowedDown();
+    void stepsAreCheap();
+};
+
+void tst_busy::init()
+{
+    m_main = std::make_unique<MainWindow>();
+    m_main->setGeometry(50, 50, 500, 300);
+    m_button = new QPushButton(m_main.get());
+    m_button->setGeometry(20, 20, 120, 40);
+    m_field = new QLineEdit(m_main.get());
+    m_field->setGeometry(20, 80, 200, 30);
+    m_main->show();
+    m_main->activateWindow();
+    QVERIFY(QTest::qWaitForWindowExposed(m_main.get()));
+    m_field->setFocus();
+    m_wait = new esperate(m_main.get());
+    m_busy = std::make_unique<Busy>(*m_wait, m_main.get());
+}
+
+void tst_busy::cleanup()
+{
+    m_busy.reset();
+    m_main.reset();
+}
+
+void tst_busy::returnsWhenTheWorkHasEnded()
+{
+    bool ended = false;
+    QVERIFY(m_busy->run(1, [&](BusyProgress &) {
+        std::this_thread::sleep_for(60ms);
+        ended = true;
+    }));
+    QVERIFY(ended);
+    QVERIFY(!m_busy->isRunning());
+}
+
+void tst_busy::worksOnAnotherThread()
+{
+    QThread *thread = nullptr;
+    m_busy->run(1, [&](BusyProgress &) { thread = QThread::currentThread(); });
+    QVERIFY(thread != QThread::currentThread());
+}
+
+void tst_busy::stateIsWhatTheWorkReported()
+{
+    int seen = -1;
+    int seenMaximum = -1;
+    std::atomic<bool> look{false};
+    std::atomic<bool> looked{false};
+    QTimer poll;
+    poll.callOnTimeout([&] {
+        if (look && m_wait->value() == 4) {
+            seen = m_wait->value();
+            seenMaximum = m_wait->maximum();
+            looked = true;
+        }
+    });
+    poll.start(5ms);
+    QVERIFY(m_busy->run(9, [&](BusyProgress &progress) {
+        for (int i = 0; i < 4; ++i)
+            progress.step(u"file %1.mp3"_s.arg(i));
+        look = true;
+        for (int i = 0; i < 1000 && !looked; ++i)
+            std::this_thread::sleep_for(2ms);
+    }));
+    QCOMPARE(seen, 4);
+    QCOMPARE(seenMaximum, 9);
+}
+
+void tst_busy::stepsFromManyThreads()
+{
+    QVERIFY(m_busy->run(4000, [](BusyProgress &progress) {
+        std::vector<std::jthread> threads;
+        for (int t = 0; t < 4; ++t) {
+            threads.emplace_back([&] {
+                for (int i = 0; i < 1000; ++i)
+                    progress.step(u"x.mp3"_s);
+            });
+        }
+    }));
+    QCOMPARE(m_wait->value(), 4000);
+}
+
+void tst_busy::stepsBecomeKnownOnTheWay()
+{
+    QVERIFY(m_busy->run(0, [](BusyProgress &progress) {
+        progress.setSteps(7);
+        for (int i = 0; i < 5; ++i)
+            progress.step();
+    }));
+    QCOMPARE(m_wait->maximum(), 7);
+    QCOMPARE(m_wait->value(), 5);
+}
+
+void tst_busy::endsWithTheFinalStateAndAClosedWindow()
+{
+    QVERIFY(m_busy->run(3, [](BusyProgress &progress) {
+        for (int i = 0; i < 4; ++i)
+            progress.step();
+    }));
+    QCOMPARE(m_wait->value(), 3);
+    QCOMPARE(m_wait->maximum(), 3);
+    QVERIFY(!m_wait->isVisible());
+    QTest::qWait(int(esperate::ShowDelay.count()) + 50);
+    QVERIFY(!m_wait->isVisible());
+}
+
+void tst_busy::longWorkShowsWindowFileAndCursor()
+{
+    bool shown = false;
+    bool cursor = false;
+    QString file;
+    std::atomic<bool> seenAll{false};
+    QTimer poll;
+    poll.callOnTimeout([&] {
+        shown = shown || m_wait->isVisible();
+        cursor = cursor ||
+                 (QGuiApplication::overrideCursor() && QGuiApplication::overrideCursor()->shape() == Qt::BusyCursor);
+        file = m_wait->findChild<QLabel *>(u"file"_s)->text();
+        seenAll = shown && cursor && !file.isEmpty();
+    });
+    poll.start(10ms);
+    QVERIFY(m_busy->run(100, [&](BusyProgress &progress) {
+        progress.step(u"song.mp3"_s);
+        for (int i = 0; i < 1500 && !seenAll; ++i)
+            std::this_thread::sleep_for(2ms);
+    }));
+    QVERIFY(shown);
+    QVERIFY(cursor);
+    QCOMPARE(file, u"song.mp3"_s);
+    QVERIFY(!m_wait->isVisible());
+    QVERIFY(!QGuiApplication::overrideCursor());
+}
+
+void tst_busy::closingTheWaitWindowDoesNotStopTheWork()
+{
+    bool closed = false;
+    QTimer poll;
+    poll.callOnTimeout([&] {
+        if (m_wait->isVisible()) {
+            QTest::mouseClick(m_wait->windowHandle(), Qt::LeftButton, {}, m_wait->rect().center());
+            closed = !m_wait->isVisible();
+        }
+    });
+    poll.start(10ms);
+    bool ended = false;
+    QVERIFY(m_busy->run(2, [&](BusyProgress &progress) {
+        std::this_thread::sleep_for(600ms);
+        progress.step();
+        progress.step();
+        ended = true;
+    }));
+    QVERIFY(closed);
+    QVERIFY(ended);
+    QCOMPARE(m_wait->value(), 2);
+}
+
+void tst_busy::workThatCanBeStoppedIsStopped_data()
+{
+    QTest::addColumn<QString>("way");
+    QTest::newRow("button") << u"button"_s;
+    QTest::newRow("escape") << u"escape"_s;
+    QTest::newRow("closing") << u"closing"_s;
+}
+
+void tst_busy::workThatCanBeStoppedIsStopped()
+{
+    QFETCH(QString, way);
+    std::stop_source stop;
+    bool stayed = false;
+    QTimer poll;
+    poll.callOnTimeout([&] {
+        if (!m_wait->isVisible() || stop.stop_requested())
+            return;
+        auto *button = m_wait->findChild<QPushButton *>(u"stop"_s);
+        if (way == u"button"_s)
+            QTest::mouseClick(button, Qt::LeftButton);
+        else if (way == u"escape"_s)
+            QTest::keyClick(m_wait, Qt::Key_Escape);
+        else
+            m_wait->close();
+        stayed = m_wait->isVisible() && !button->isEnabled();
+    });
+    poll.start(10ms);
+    QVERIFY(m_busy->run(1, stop, [&](BusyProgress &) {
+        for (int i = 0; i < 15000 && !stop.stop_requested(); ++i)
+            std::this_thread::sleep_for(2ms);
+    }));
+    QVERIFY(stop.stop_requested());
+    QVERIFY(stayed); // until the work has ended
+    QVERIFY(!m_wait->isVisible());
+}
+
+void tst_busy::otherWorkHasNoButtonToStopIt()
+{
+    std::stop_source stop;
+    m_busy->run(1, stop, [](BusyProgress &) {});
+    QVERIFY(!m_wait->findChild<QPushButton *>(u"stop"_s)->isHidden());
+    m_busy->run(1, [](BusyProgress &) {});
+    QVERIFY(m_wait->findChild<QPushButton *>(u"stop"_s)->isHidden());
+    QVERIFY(!stop.stop_requested());
+}
+
+void tst_busy::bytesAreShownInsteadOfSteps()
+{
+    QVERIFY(m_busy->run(0, [](BusyProgress &progress) { progress.setBytes(1024, 4096, u"a.mp3"_s); }));
+    QCOMPARE(4 * m_wait->value(), m_wait->maximum());
+    const QLocale locale;
+    QCOMPARE(m_wait->findChild<QLabel *>(u"count"_s)->text(),
+        locale.formattedDataSize(1024, 1) + u" / "_s + locale.formattedDataSize(4096, 1));
+    QCOMPARE(m_wait->findChild<QLabel *>(u"file"_s)->text(), u"a.mp3"_s);
+}
+
+void tst_busy::clicksAreDroppedForGood()
+{
+    QSignalSpy clicked(m_button, &QPushButton::clicked);
+    during([&] { QTest::mouseClick(m_button, Qt::LeftButton); });
+    QCOMPARE(clicked.count(), 0);
+    QTest::qWait(50);
+    QCOMPARE(clicked.count(), 0);
+}
+
+void tst_busy::nativeClicksAreDroppedForGood()
+{
+    QSignalSpy clicked(m_button, &QPushButton::clicked);
+    during([&] { QTest::mouseClick(m_main->windowHandle(), Qt::LeftButton, {}, middleOfTheButton()); });
+    QTest::qWait(50);
+    QCOMPARE(clicked.count(), 0);
+    QVERIFY(!m_button->isDown());
+    QTest::mouseClick(m_main->windowHandle(), Qt::LeftButton, {}, middleOfTheButton());
+    QCOMPARE(clicked.count(), 1);
+}
+
+void tst_busy::clicksLeftInTheQueueAreDropped()
+{
+    // The click comes while the windows stand still for a moment, in which the work ends.
+    QSignalSpy clicked(m_button, &QPushButton::clicked);
+    std::atomic<bool> over{false};
+    QTimer::singleShot(30ms, m_main.get(), [&] {
+        over = true;
+        std::this_thread::sleep_for(50ms);
+        const QPointF place = middleOfTheButton();
+        for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+            const Qt::MouseButtons down = type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
+            QCoreApplication::postEvent(m_main->windowHandle(),
+                new QMouseEvent(type, place, place, m_main->mapToGlobal(place), Qt::LeftButton, down, {}));
+        }
+    });
+    QVERIFY(m_busy->run(1, [&](BusyProgress &) {
+        while (!over)
+            std::this_thread::sleep_for(1ms);
+    }));
+    QTest::qWait(50);
+    QCOMPARE(clicked.count(), 0);
+}
+
+void tst_busy::keysAndShortcutsAreDropped()
+{
+    QShortcut shortcut(QKeySequence(Qt::CTRL | Qt::Key_K), m_main.get());
+    QSignalSpy activated(&shortcut, &QShortcut::activated);
+    QTest::keyClick(m_main->windowHandle(), Qt::Key_K, Qt::ControlModifier);
+    QCOMPARE(activated.count(), 1);
+    QTest::keyClicks(m_field, u"before"_s);
+    during([&] {
+        QTest::keyClicks(m_field, u"typed"_s);
+        QTest::keyClick(m_main->windowHandle(), Qt::Key_X);
+        QTest::keyClick(m_main->windowHandle(), Qt::Key_K, Qt::ControlModifier);
+    });
+    QTest::qWait(50);
+    QCOMPARE(m_field->text(), u"before"_s);
+    QCOMPARE(activated.count(), 1);
+}
+
+void tst_busy::buttonHeldBeforeIsReleasedAfterwards()
+{
+    // What acts at the press has its release come during the work.
+    QSignalSpy clicked(m_button, &QPushButton::clicked);
+    int clickedMeanwhile = -1;
+    connect(m_button, &QPushButton::pressed, this, [&] {
+        during([&] {
+            QTest::mouseRelease(m_main->windowHandle(), Qt::LeftButton, {}, middleOfTheButton());
+            clickedMeanwhile = int(clicked.count());
+        });
+    });
+    QTest::mousePress(m_main->windowHandle(), Qt::LeftButton, {}, middleOfTheButton());
+    QCOMPARE(clickedMeanwhile, 0);
+    QTRY_COMPARE(clicked.count(), 1);
+    QVERIFY(!m_button->isDown());
+}
+
+void tst_busy::waitWindowTakesInput()
+{
+    auto *inside = new QPushButton(m_wait);
+    QSignalSpy clicked(inside, &QPushButton::clicked);
+    during([&] {
+        QTest::mouseClick(inside, Qt::LeftButton);
+        QTest::keyClick(inside, Qt::Key_Space);
+    });
+    QCOMPARE(clicked.count(), 2);
+}
+
+void tst_busy::paintsMeanwhile()
+{
+    QTRY_VERIFY(m_main->paints > 0);
+    int painted = 0;
+    during([&] {
+        const int before = m_main->paints;
+        m_main->update();
+        QCoreApplication::processEvents();
+        painted = m_main->paints - before;
+    });
+    QVERIFY(painted > 0);
+    // The same without any help: only the loop inside run() paints.
+    const int before = m_main->paints;
+    QTimer::singleShot(20ms, m_main.get(), [&] { m_main->update(); });
+    int afterwards = 0;
+    QVERIFY(m_busy->run(1, [&](BusyProgress &) { std::this_thread::sleep_for(200ms); }));
+    afterwards = m_main->paints;
+    QVERIFY(afterwards > before);
+}
+
+void tst_busy::closingTheMainWindowWaits()
+{
+    during([&] {
+        QVERIFY(!m_main->close());
+        QVERIFY(m_main->isVisible());
+        m_main->windowHandle()->close();
+        QVERIFY(m_main->isVisible());
+    });
+    QCOMPARE(m_main->closes, 0);
+    QVERIFY(m_main->isVisible()); // whoever ran the work may still use it
+    QTRY_COMPARE(m_main->closes, 1);
+    QVERIFY(!m_main->isVisible());
+    QTest::qWait(20);
+    QCOMPARE(m_main->closes, 1);
+}
+
+void tst_busy::closingAnotherWindowIsRefused()
+{
+    MainWindow other;
+    other.show();
+    during([&] { QVERIFY(!other.close()); });
+    QTest::qWait(20);
+    QVERIFY(other.isVisible());
+    QCOMPARE(other.closes, 0);
+    QVERIFY(other.close());
+}
+
+void tst_busy::inputWorksAgainAfterwards()
+{
+    during([] {});
+    QSignalSpy clicked(m_button, &QPushButton::clicked);
+    QTest::mouseClick(m_button, Qt::LeftButton);
+    QTest::keyClicks(m_field, u"again"_s);
+    QCOMPARE(clicked.count(), 1);
+    QCOMPARE(m_field->text(), u"again"_s);
+}
+
+void tst_busy::nestedRunIsRefused()
+{
+    bool nestedRan = false;
+    bool refused = false;
+    bool running = false;
+    during([&] {
+        running = m_busy->isRunning();
+        refused = !m_busy->run(5, [&](BusyProgress &) { nestedRan = true; });
+    });
+    QVERIFY(running);
+    QVERIFY(refused);
+    QVERIFY(!nestedRan);
+    QCOMPARE(m_wait->maximum(), 1); // the refused one has left the state alone
+}
+
+void tst_busy::manyRunsInARow()
+{
+    for (int i = 0; i < 300; ++i) {
+        QVERIFY(m_busy->run(1, [&](BusyProgress &progress) {
+            if (i % 50 == 0)
+                std::this_thread::sleep_for(15ms);
+            progress.step();
+        }));
+        QCOMPARE(m_wait->value(), 1);
+    }
+}
+
+void tst_busy::exceptionsReachTheCaller()
+{
+    for (const auto lasting : {0ms, 400ms}) {
+        bool caught = false;
+        try {
+            m_busy->run(1, [&](BusyProgress &) {
+                std::this_thread::sleep_for(lasting);
+                throw std::bad_alloc();
+            });
+        } catch (const std::bad_alloc &) {
+            caught = true;
+        }
+        QVERIFY(caught);
+        QVERIFY(!m_busy->isRunning());
+        QVERIFY(!m_wait->isVisible());
+        QVERIFY(!QGuiApplication::overrideCursor());
+    }
+    inputWorksAgainAfterwards();
+}
+
+void tst_busy::quitMeanwhileDoesNotCutTheWorkShort()
+{
+    bool ended = false;
+    bool paintedAfterTheQuit = false;
+    QTimer::singleShot(0, m_main.get(), [&] {
+        QTimer::singleShot(20ms, m_main.get(), [&] {
+            QCoreApplication::exit(0);
+            QTimer::singleShot(50ms, m_main.get(), [&] { paintedAfterTheQuit = true; });
+        });
+        m_busy->run(1, [&](BusyProgress &) {
+            std::this_thread::sleep_for(200ms);
+            ended = true;
+        });
+    });
+    QCoreApplication::exec();
+    QVERIFY(ended);
+    QVERIFY(paintedAfterTheQuit);
+}
+
+void tst_busy::shortWorkIsNotSlowedDown()
+{
+    qint64 fastest = std::numeric_limits<qint64>::max();
+    for (int i = 0; i < 50; ++i) {
+        qint64 workItself = 0;
+        QElapsedTimer whole;
+        whole.start();
+        QVERIFY(m_busy->run(1, [&](BusyProgress &progress) {
+            QElapsedTimer timer;
+            timer.start();
+            while (timer.nsecsElapsed() < 1'000'000)
+                std::this_thread::yield();
+            progress.step();
+            workItself = timer.nsecsElapsed();
+        }));
+        fastest = std::min(fastest, whole.nsecsElapsed() - workItself);
+    }
+    qInfo("overhead of one run: %lld µs", static_cast<long long>(fastest / 1000));
+    QVERIFY(fastest < 1'000'000);
+}
+
+void tst_busy::stepsAreCheap()
+{
+    constexpr int Steps = 100'000;
+    const QString file = u"folder/file.mp3"_s;
+    qint64 nanoseconds = 0;
+    QVERIFY(m_busy->run(Steps, [&](BusyProgress &progress) {
+        QElapsedTimer timer;
+        timer.start();
+        for (int i = 0; i < Steps; ++i)
+            progress.step(file);
+        nanoseconds = timer.nsecsElapsed();
+    }));
+    QCOMPARE(m_wait->value(), Steps);
+    qInfo("one step: %lld ns", static_cast<long long>(nanoseconds / Steps));
+    QVERIFY(nanoseconds / Steps < 20'000); // a painted step would take more
+}
+
+QTEST_MAIN(tst_busy)
+#include "tst_busy.moc"

@@ -1,0 +1,233 @@
+// What the window asks and tells about file operations: each question by what it is about, the safe answer at hand, and
+// every thing that was not done with its reason.
+
+#include "core/app/idiomas.h"
+#include "ui/controls/busy.h"
+#include "ui/controls/esperate.h"
+#include "ui/files/operationdialogs.h"
+#include "ui/files/outcomedialog.h"
+#include "ui/files/takennamedialog.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace ravlin;
+
+class tst_operationdialogs : public QObject
+{
+    Q_OBJECT
+
+private:
+    Captions m_captions;
+    QWidget m_window;
+    esperate *m_wait = new esperate(&m_window);
+    Busy m_busy{*m_wait, &m_window};
+    std::unique_ptr<OperationDialogs> m_dialogs;
+    QStringList m_said;
+    QString m_default; ///< text of the button that Enter presses
+
+    /// What the next question says, answered by that button.
+    void answerNext(QMessageBox::StandardButton button)
+    {
+        auto *poll = new QTimer(this);
+        connect(poll, &QTimer::timeout, this, [this, button, poll] {
+            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            if (box == nullptr)
+                return;
+            m_said = QStringList{box->text(), box->informativeText()};
+            m_default = box->defaultButton()->text().remove(u'&');
+            poll->deleteLater();
+            box->button(button)->click();
+        });
+        poll->start(10);
+    }
+    static QString native(const QString &path) { return QDir::toNativeSeparators(path); }
+    static Clash clash()
+    {
+        Clash clash;
+        clash.source = native(u"/from/a.mp3"_s);
+        clash.target = native(u"/somewhere/to/a.mp3"_s);
+        clash.sourceNode.kind = platform::NodeKind::File;
+        clash.sourceNode.info.size = 2048;
+        clash.targetNode.kind = platform::NodeKind::File;
+        clash.targetNode.info.size = 100;
+        return clash;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_captions.fill();
+        m_dialogs = std::make_unique<OperationDialogs>(m_captions, m_busy, &m_window);
+        m_said.clear();
+    }
+
+    void aQuestionNamesWhatItIsAbout()
+    {
+        const QTemporaryDir folder;
+        answerNext(QMessageBox::Yes);
+        QVERIFY(m_dialogs->confirmTrash({native(u"/music/a.mp3"_s)}));
+        QCOMPARE(m_said, (QStringList{u"put “a.mp3” into the trash?"_s, QString()}));
+        answerNext(QMessageBox::No);
+        QVERIFY(!m_dialogs->confirmTrash({native(folder.path())}));
+        QCOMPARE(m_said.front(),
+            u"put the folder “%1” into the trash, with all that is in it?"_s.arg(QDir(folder.path()).dirName()));
+        QStringList many;
+        for (int i = 1; i <= 10; ++i)
+            many << native(u"/music/%1.mp3"_s.arg(i));
+        answerNext(QMessageBox::Yes);
+        QVERIFY(m_dialogs->confirmTrash(many));
+        QCOMPARE(m_said.front(), u"put 10 files into the trash?"_s);
+        QCOMPARE(m_said.back(), u"1.mp3\n2.mp3\n3.mp3\n4.mp3\n5.mp3\n6.mp3\n7.mp3\n8.mp3\nand 2 more"_s);
+    }
+
+    void aNameIsShownAsItIs()
+    {
+        answerNext(QMessageBox::No);
+        m_dialogs->confirmTrash({native(u"/music/<b>%1<br>.mp3"_s)});
+        QCOMPARE(m_said.front(), u"put “<b>%1<br>.mp3” into the trash?"_s);
+    }
+
+    void enterPutsIntoTheTrashButDeletesNothingForGood()
+    {
+        answerNext(QMessageBox::Yes);
+        QVERIFY(m_dialogs->confirmTrash({native(u"/music/a.mp3"_s)}));
+        QCOMPARE(m_default, u"Yes"_s);
+        answerNext(QMessageBox::Yes);
+        QVERIFY(m_dialogs->confirmDeleteForGood({native(u"/music/a.mp3"_s)}));
+        QCOMPARE(m_default, u"No"_s);
+        QCOMPARE(m_said.front(), u"this drive has no trash. delete “a.mp3” for good?"_s);
+        answerNext(QMessageBox::No);
+        QVERIFY(!m_dialogs->confirmDeleteForGood({u"/a"_s, u"/b"_s}));
+        QCOMPARE(m_said.front(), u"this drive has no trash. delete 2 files for good?"_s);
+    }
+
+    void theQuestionAboutATakenNameTellsBothFiles()
+    {
+        TakenNameDialog dialog(m_captions, clash(), nullptr);
+        const QString text = dialog.findChild<QLabel *>(u"takenNameQuestion"_s)->text();
+        QVERIFY2(text.startsWith(u"“a.mp3” exists already in “to”"_s), qPrintable(text));
+        QVERIFY2(text.contains(u"in place: "_s + QLocale().formattedDataSize(100)), qPrintable(text));
+        QVERIFY2(text.contains(u"coming: "_s + QLocale().formattedDataSize(2048)), qPrintable(text));
+        QVERIFY(dialog.findChild<QPushButton *>(u"takenNameSkip"_s)->isDefault());
+    }
+
+    void foldersAreMergedAndWhatCanNotBeReplacedIsNotOffered()
+    {
+        Clash folders = clash();
+        folders.isMerge = true;
+        const TakenNameDialog merging(m_captions, folders, nullptr);
+        QCOMPARE(merging.findChild<QPushButton *>(u"takenNameReplace"_s)->text(), u"&merge"_s);
+        folders.canReplace = false;
+        const TakenNameDialog neither(m_captions, folders, nullptr);
+        QVERIFY(neither.findChild<QPushButton *>(u"takenNameReplace"_s) == nullptr);
+    }
+
+    void anAnswerIsWhatTheButtonSays_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<int>("reply");
+        QTest::newRow("replace") << u"takenNameReplace"_s << static_cast<int>(ClashReply::Replace);
+        QTest::newRow("skip") << u"takenNameSkip"_s << static_cast<int>(ClashReply::Skip);
+        QTest::newRow("keep both") << u"takenNameKeepBoth"_s << static_cast<int>(ClashReply::KeepBoth);
+        QTest::newRow("cancel") << u"takenNameCancel"_s << -1;
+    }
+    void anAnswerIsWhatTheButtonSays()
+    {
+        QFETCH(QString, button);
+        QFETCH(int, reply);
+        TakenNameDialog dialog(m_captions, clash(), nullptr);
+        QTimer::singleShot(0, &dialog, [&] {
+            dialog.findChild<QCheckBox *>(u"takenNameForAll"_s)->setChecked(true);
+            dialog.findChild<QPushButton *>(button)->click();
+        });
+        const std::optional<ClashDecision> decision = dialog.decide();
+        QCOMPARE(decision ? static_cast<int>(decision->reply) : -1, reply);
+        QVERIFY(!decision || decision->forAll);
+    }
+
+    void everythingThatWasNotDoneIsToldWithItsReason()
+    {
+        OperationReport report;
+        report.kind = OperationKind::Move;
+        report.doneCount = 3;
+        report.failures.push_back({u"/m/full.mp3"_s, Error{ErrorCode::NoSpace, u"/m/full.mp3"_s, {}}});
+        report.failures.push_back({u"/m/cd"_s, Error{ErrorCode::AccessDenied, u"/m/cd/secret.mp3"_s, {}}});
+        report.notDone = QStringList{u"/m/later.mp3"_s};
+        report.skipped = QStringList{u"/m/there.mp3"_s};
+        report.lost = QStringList{u"/m/gone.mp3"_s};
+        QCOMPARE(outcomeHeadline(report, m_captions), u"moved: 3; not moved: 4"_s);
+        QCOMPARE(outcomeLines(report, m_captions),
+            (QStringList{u"/m/full.mp3: the disk is full"_s,
+                u"/m/cd: the system refuses access to the file (/m/cd/secret.mp3)"_s,
+                u"/m/later.mp3: not begun, it is as it was"_s, u"/m/there.mp3: skipped"_s,
+                u"/m/gone.mp3: moved back; the file that it had replaced is lost"_s}));
+        report.wasStopped = true;
+        QVERIFY(outcomeLines(report, m_captions).contains(u"/m/later.mp3: stopped before it was done"_s));
+    }
+
+    void whatCanNotBeUndoneForAllTimeSaysSo()
+    {
+        OperationReport report;
+        report.kind = OperationKind::Undo;
+        report.failures.push_back({u"/m/a.mp3"_s, Error{ErrorCode::Unsupported, u"/m/a.mp3"_s, {}}});
+        QCOMPARE(outcomeLines(report, m_captions),
+            QStringList{u"/m/a.mp3: it was deleted for good or has replaced another file"_s});
+    }
+
+    void longWorkShowsBytesAndCanBeStopped()
+    {
+        QTimer poll;
+        QString count;
+        poll.callOnTimeout([&] {
+            if (!m_wait->isVisible())
+                return;
+            count = m_wait->findChild<QLabel *>(u"count"_s)->text();
+            m_wait->findChild<QPushButton *>(u"stop"_s)->click();
+        });
+        poll.start(10);
+        bool stopped = false;
+        QVERIFY(m_dialogs->runLong(OperationKind::Copy, [&](const TransferOptions &options) {
+            options.progress({1024, 4096, 0, 1, u"/m/a.mp3"_s});
+            for (int i = 0; i < 15000 && !options.stop.stop_requested(); ++i)
+                QThread::msleep(2);
+            stopped = options.stop.stop_requested();
+        }));
+        QVERIFY(stopped);
+        QVERIFY2(count.contains(u" / "_s), qPrintable(count));
+        QVERIFY(m_dialogs->takeHasWorked());
+        QVERIFY(!m_dialogs->takeHasWorked());
+    }
+
+    void noWorkBeginsWhileOtherWorkIsUnderWay()
+    {
+        bool began = false;
+        bool ran = true;
+        std::atomic<bool> tried{false};
+        QTimer::singleShot(0, this, [&] {
+            ran = m_dialogs->runLong(OperationKind::Move, [&](const TransferOptions &) { began = true; });
+            tried = true;
+        });
+        QVERIFY(m_busy.run(1, [&](BusyProgress &) {
+            while (!tried)
+                QThread::msleep(1);
+        }));
+        QVERIFY(!ran && !began);
+        QVERIFY(!m_dialogs->takeHasWorked());
+    }
+};
+
+QTEST_MAIN(tst_operationdialogs)
+#include "tst_operationdialogs.moc"

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "core/app/pageowner.h"
+
+#include <QList>
+#include <QSet>
+#include <QStringList>
+
+#include <functional>
+#include <thread>
+
+namespace ravlin::test {
+
+/// Stands for the window around a page: a list of files, and a record of what the page asked for. Work runs on a thread
+/// of its own, as it does in the window.
+class FakePageOwner final : public PageOwner
+{
+public:
+    QStringList rows;
+    qsizetype current = -1;
+    QSet<qsizetype> selected;
+    bool answer = true; ///< to questions
+    bool isBusy = false;
+    std::function<void()> onRefresh = [] {};
+
+    QStringList events; ///< every call that is more than a question about the rows, in order
+    QStringList advanced;
+    QList<qsizetype> rowCounts;
+
+    /// As a click on a row does.
+    void click(qsizetype row)
+    {
+        current = row;
+        selected = {row};
+    }
+    void selectAll()
+    {
+        for (qsizetype row = 0; row < rows.size(); ++row)
+            selected.insert(row);
+    }
+
+    QString currentPath() const override { return current < 0 ? QString() : rows.at(current); }
+    QStringList selectedPaths() const override
+    {
+        QStringList paths;
+        for (qsizetype row = 0; row < rows.size(); ++row) {
+            if (selected.contains(row))
+                paths.append(rows.at(row));
+        }
+        return paths;
+    }
+    qsizetype selectedCount() const override { return selected.size(); }
+    bool moveCurrent(qsizetype step) override
+    {
+        const qsizetype next = current + step;
+        if (current < 0 || next < 0 || next >= rows.size())
+            return false;
+        selected.remove(current);
+        selected.insert(next);
+        current = next;
+        return true;
+    }
+    void refreshList() override
+    {
+        events << QStringLiteral("refresh");
+        onRefresh();
+    }
+    void refreshListAt(const QString &path) override
+    {
+        events << QStringLiteral("refresh at ") + path;
+        onRefresh();
+    }
+    bool runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) override
+    {
+        if (isBusy)
+            return false;
+        events << QStringLiteral("run");
+        rowCounts << rowCount;
+        struct Progress final : BatchProgress
+        {
+            QStringList paths;
+            void advance(const QString &path) override { paths << path; }
+        } progress;
+        std::jthread([&] { work(progress); }).join();
+        advanced = progress.paths;
+        return true;
+    }
+    bool ask(const QString &question) override
+    {
+        events << QStringLiteral("ask ") + question;
+        return answer;
+    }
+    void showError(const QString &text) override { events << QStringLiteral("error ") + text; }
+};
+
+} // namespace ravlin::test

@@ -1,0 +1,303 @@
+// The page that edits one file's tag, by its real controls over real files: what it saves into which files, removing
+// tags, and what happens when a file fails or space runs out.
+
+#include "ui/tags/singlefilepagefixture.h"
+
+#include <QFile>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace ravlin;
+using namespace ravlin::test;
+
+class tst_singlefilepagesave : public SingleFilePageFixture
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { start(); }
+
+    void withThreeRowsSelectedEditaGivesAllThreeFilesTheSameTitleArtistAndTrack()
+    {
+        addFile(u"1.mp3"_s, tagged(u"one"_s));
+        addFile(u"2.mp3"_s, tagged(u"two"_s));
+        addFile(u"3.mp3"_s);
+        const QByteArray untouched = tagged(u"four"_s);
+        addFile(u"4.mp3"_s, untouched);
+        clickRow(1);
+        m_owner.selected = {2, 0, 1};
+        setText("Ttitulo", u"Title"_s);
+        setText("tartista", u"Artist"_s);
+        setText("Tpista", u"7"_s);
+        press("edita");
+        for (int row = 0; row < 3; ++row) {
+            const TagRecord record = read(m_owner.rows.at(row));
+            QCOMPARE(record.Title, u"Title"_s);
+            QCOMPARE(record.Artist, u"Artist"_s);
+            QCOMPARE(record.Track, u"7"_s);
+        }
+        QCOMPARE(readFile(m_owner.rows.at(3)), untouched);
+        QCOMPARE(m_owner.advanced, m_owner.rows.mid(0, 3)); // in list order
+        QCOMPARE(m_owner.rowCounts, QList<qsizetype>{3});
+        QCOMPARE(m_owner.events, (QStringList{u"run"_s, u"refresh"_s}));
+    }
+
+    void allFieldsAreWrittenAndEmptyOnesRemoved()
+    {
+        const QString path =
+            addFile(u"a.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"old"_s) + textFrame(3, "TYER", u"1990"_s) +
+                                             textFrame(3, "TALB", u"album"_s)) +
+                                    audio());
+        clickRow(0);
+        setText("Ttitulo", u"new"_s);
+        setText("talbum", QString());
+        setText("tcomentarios", u"note"_s);
+        control<QComboBox>("cestilo")->setCurrentText(u"Ska"_s);
+        press("edita");
+        const TagRecord record = read(path);
+        QCOMPARE(record.Title, u"new"_s);
+        QCOMPARE(record.Album, QString());
+        QCOMPARE(record.Year, u"1990"_s);
+        QCOMPARE(record.Comment, u"note"_s);
+        QCOMPARE(record.Genre, u"Ska"_s);
+        QVERIFY(!readFile(path).contains("TALB"));
+    }
+
+    void afterSavingTheCurrentRowIsShownAgain()
+    {
+        addFile(u"a.mp3"_s);
+        clickRow(0);
+        setText("Tpista", u"107"_s); // three digits are not written
+        setText("ta_o", u"99"_s);
+        setText("Ttitulo", u"x"_s);
+        m_owner.onRefresh = [this] { m_page->reset(); };
+        press("edita");
+        QCOMPARE(text("Tpista"), QString());
+        QCOMPARE(text("ta_o"), QString());
+        QCOMPARE(text("Ttitulo"), u"x"_s);
+        QVERIFY(isEnabled("edita"));
+        QVERIFY(isEnabled("eliminav2"));
+    }
+
+    void withTheConversionTickedTheBoxesShowTheConvertedTextAfterSaving()
+    {
+        const QString path = addFile(u"a.mp3"_s);
+        clickRow(0);
+        setText("Ttitulo", u"hello world (live)"_s);
+        setText("tartista", u"o'neil"_s);
+        setText("talbum", u"ROCK-N-ROLL"_s);
+        setText("tcomentarios", u"don't stop"_s);
+        convertBy(2);
+        press("edita");
+        QCOMPARE(text("Ttitulo"), u"Hello World (Live)"_s);
+        QCOMPARE(text("tartista"), u"O'neil"_s);
+        QCOMPARE(text("talbum"), u"Rock-N-Roll"_s);
+        QCOMPARE(text("tcomentarios"), u"Don't Stop"_s);
+        QCOMPARE(read(path).Title, u"Hello World (Live)"_s);
+    }
+
+    void laterRowsGetTheAlreadyConvertedText()
+    {
+        addFile(u"1.mp3"_s);
+        addFile(u"2.mp3"_s);
+        clickRow(0);
+        m_owner.selectAll();
+        setText("Ttitulo", u"mIxEd tExt"_s);
+        convertBy(2);
+        press("edita");
+        QCOMPARE(read(m_owner.rows.at(0)).Title, u"Mixed Text"_s);
+        QCOMPARE(read(m_owner.rows.at(1)).Title, u"Mixed Text"_s);
+    }
+
+    void aConversionThatIsNotTickedChangesNothing()
+    {
+        const QString path = addFile(u"a.mp3"_s);
+        clickRow(0);
+        setText("Ttitulo", u"MiXed"_s);
+        control<QComboBox>("ccase_2")->setCurrentIndex(0);
+        press("edita");
+        QCOMPARE(read(path).Title, u"MiXed"_s);
+    }
+
+    void aFreeTextGenreIsShownEmptyAndRemovedBySaving()
+    {
+        const QString path = addFile(
+            u"a.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"x"_s) + textFrame(3, "TCON", u"Chamber Ska"_s)) + audio());
+        clickRow(0);
+        QCOMPARE(control<QComboBox>("cestilo")->currentText(), QString());
+        press("edita");
+        QVERIFY(!readFile(path).contains("TCON"));
+        QCOMPARE(read(path).Title, u"x"_s);
+    }
+
+    void textsOfAnyLengthAndWithLineBreaksComeThroughUnchanged()
+    {
+        const QString comment = QString(40000, u'x') + u"\nsecond line"_s;
+        const QString path =
+            addFile(u"a.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"x"_s) + commentFrame(3, comment)) + audio());
+        clickRow(0);
+        setText("Ttitulo", u"y"_s);
+        press("edita");
+        QCOMPARE(read(path).Comment, comment);
+        QCOMPARE(read(path).Title, u"y"_s);
+    }
+
+    void aFailingFileEndsTheLoopSilentlyAndTheListIsRefilledAllTheSame()
+    {
+        addFile(u"1.mp3"_s);
+        m_owner.rows << m_folder->filePath(u"missing.mp3"_s);
+        const QByteArray untouched = tagged(u"three"_s);
+        addFile(u"3.mp3"_s, untouched);
+        clickRow(0);
+        m_owner.selectAll();
+        setText("Ttitulo", u"x"_s);
+        press("edita");
+        QCOMPARE(read(m_owner.rows.at(0)).Title, u"x"_s);
+        QCOMPARE(readFile(m_owner.rows.at(2)), untouched);
+        QCOMPARE(m_owner.events, (QStringList{u"run"_s, u"refresh"_s}));
+    }
+
+    void a10MegabyteFileWith15FreeMegabytesIsRefusedOnceAndTheRestSkipped()
+    {
+        const qint64 tenMegabytes = 10 * 1024 * 1024;
+        for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s}) {
+            const QString path = addFile(name, tagged(u"old"_s));
+            QVERIFY(QFile::resize(path, tenMegabytes));
+        }
+        m_state.freeMegabytes = 15;
+        clickRow(0);
+        m_owner.selectAll();
+        setText("Ttitulo", u"new"_s);
+        press("edita");
+        QCOMPARE(m_owner.events, (QStringList{u"run"_s, u"error low disk space, operation cancelled"_s, u"refresh"_s}));
+        QCOMPARE(m_owner.advanced.size(), 1);
+        QVERIFY(m_state.cancelled);
+        for (const QString &path : m_owner.rows)
+            QCOMPARE(read(path).Title, u"old"_s);
+    }
+
+    void theRefusalSpeaksTheCurrentLanguage()
+    {
+        addFile(u"a.mp3"_s);
+        m_captions.setLanguageName(u"french"_s);
+        m_captions.fill();
+        m_state.freeMegabytes = 1;
+        clickRow(0);
+        press("edita");
+        QCOMPARE(m_owner.events.at(1), u"error espace disque faible, opération annulée"_s);
+    }
+
+    void onceCancelledNoRowIsTaken()
+    {
+        const QByteArray content = tagged(u"old"_s);
+        const QString path = addFile(u"a.mp3"_s, content);
+        m_state.cancelled = true;
+        clickRow(0);
+        setText("Ttitulo", u"new"_s);
+        press("edita");
+        QCOMPARE(readFile(path), content);
+        QCOMPARE(m_owner.advanced, QStringList());
+    }
+
+    void whileOtherWorkIsUnderWayNothingIsDoneAndWhatWasTypedStays()
+    {
+        const QByteArray content = audio() + id3v1({.title = "x"});
+        addFile(u"a.mp3"_s, content);
+        clickRow(0);
+        setText("Ttitulo", u"typed"_s);
+        m_owner.isBusy = true;
+        press("edita");
+        press("eliminav1");
+        QCOMPARE(text("Ttitulo"), u"typed"_s);
+        QCOMPARE(readFile(m_owner.rows.at(0)), content);
+        QCOMPARE(m_owner.events, QStringList(u"ask remove id3v1 tag?"_s));
+    }
+
+    void thePageTellsHowManyFilesASaveWrites()
+    {
+        addFile(u"1.mp3"_s);
+        addFile(u"2.mp3"_s);
+        addFile(u"3.mp3"_s);
+        clickRow(0);
+        QCOMPARE(label("saveHint"), QString());
+        m_owner.selectAll();
+        m_page->selectionChanged();
+        QCOMPARE(label("saveHint"), u"goes into 3 files"_s);
+        QVERIFY(control<QPushButton>("edita")->toolTip().contains(u"all 3 selected files"_s));
+        m_owner.selected.clear();
+        m_page->selectionChanged();
+        QCOMPARE(label("saveHint"), u"no file is selected"_s);
+        m_page->reset();
+        QCOMPARE(label("saveHint"), QString());
+    }
+
+    void theQuestionIsTheButtonsCaptionAndAnythingButYesEndsTheCommand()
+    {
+        const QByteArray content = tagged(u"x"_s) + id3v1({.title = "x"});
+        const QString path = addFile(u"a.mp3"_s, content);
+        m_owner.answer = false;
+        clickRow(0);
+        press("eliminav1");
+        press("eliminav2");
+        QCOMPARE(m_owner.events, (QStringList{u"ask remove id3v1 tag?"_s, u"ask remove id3v2 tag?"_s}));
+        QCOMPARE(readFile(path), content);
+    }
+
+    void aTagKindIsRemovedFromEverySelectedFileInListOrder()
+    {
+        for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s})
+            addFile(name, tagged(u"x"_s) + id3v1({.title = "x"}));
+        clickRow(2);
+        m_owner.selected = {2, 0};
+        press("eliminav1");
+        QCOMPARE(m_owner.events, (QStringList{u"ask remove id3v1 tag?"_s, u"run"_s, u"refresh"_s}));
+        QCOMPARE(m_owner.rowCounts, QList<qsizetype>{2});
+        QCOMPARE(m_owner.advanced, (QStringList{m_owner.rows.at(0), m_owner.rows.at(2)}));
+        QCOMPARE(readFile(m_owner.rows.at(0)), tagged(u"x"_s));
+        QCOMPARE(readFile(m_owner.rows.at(2)), tagged(u"x"_s));
+        QVERIFY(read(m_owner.rows.at(1)).HasV1);
+        QVERIFY(!isEnabled("eliminav1")); // the current row is shown again
+        QVERIFY(isEnabled("eliminav2"));
+        press("eliminav2");
+        QCOMPARE(readFile(m_owner.rows.at(0)), audio());
+        QVERIFY(!isEnabled("eliminav2"));
+    }
+
+    void aReadOnlyFileIsNotStrippedAndTheOthersAre()
+    {
+        const QByteArray content = tagged(u"x"_s) + id3v1({.title = "x"});
+        for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s})
+            addFile(name, content);
+        QVERIFY(QFile::setPermissions(m_owner.rows.at(1), QFile::ReadOwner));
+        clickRow(0);
+        m_owner.selectAll();
+        press("eliminav1");
+        QVERIFY(!read(m_owner.rows.at(0)).HasV1);
+        QCOMPARE(readFile(m_owner.rows.at(1)), content);
+        QVERIFY(!read(m_owner.rows.at(2)).HasV1);
+        QCOMPARE(m_owner.events.size(), 3); // no message
+    }
+
+    void aReadOnlyFileCanBeTaggedAndStaysReadOnly()
+    {
+        const QString path = addFile(u"a.mp3"_s);
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
+        clickRow(0);
+        setText("Ttitulo", u"x"_s);
+        press("edita");
+        QCOMPARE(read(path).Title, u"x"_s);
+        QVERIFY(!(QFile::permissions(path) & QFile::WriteOwner));
+    }
+
+    void theFlagOfARefusedSaveDoesNotKeepTagsFromBeingRemoved()
+    {
+        addFile(u"a.mp3"_s, audio() + id3v1({.title = "x"}));
+        clickRow(0);
+        m_state.cancelled = true;
+        press("eliminav1");
+        QCOMPARE(readFile(m_owner.rows.at(0)), audio());
+    }
+};
+
+QTEST_MAIN(tst_singlefilepagesave)
+#include "tst_singlefilepagesave.moc"
