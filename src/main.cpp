@@ -1,9 +1,9 @@
 #include "core/app/commandline.h"
+#include "core/platform/standardstreams.h"
 #include "ui/app/principal.h"
 #include "ui/app/program.h"
 #include "ui/controls/contextmenukey.h"
 #include "ui/controls/icons.h"
-#include "core/platform/standardstreams.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "cli/arguments.h"
 
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 #include <algorithm>
 

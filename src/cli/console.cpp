@@ -1,7 +1,7 @@
 #include "cli/console.h"
 
-#include "core/app/idiomas.h"
 #include "cli/text.h"
+#include "core/app/idiomas.h"
 
 using namespace Qt::StringLiterals;
 

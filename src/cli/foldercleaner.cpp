@@ -1,6 +1,6 @@
 #include "cli/foldercleaner.h"
 
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 #include "core/storage/safewrite.h"
 
 #include <tuple>
@@ -17,7 +17,7 @@ void FolderCleaner::cleanFolderOf(const QString &path)
         return;
     m_done.insert(folder);
     // Nobody asked for it, so nobody is told when it can't be done; what is left is harmless and never listed.
-    std::ignore = platform::cleanLeftovers(m_fileSystem, folder);
+    std::ignore = storage::cleanLeftovers(m_fileSystem, folder);
 }
 
 } // namespace ravlin::cli

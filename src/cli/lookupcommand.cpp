@@ -1,10 +1,10 @@
-#include "core/app/options.h"
-#include "core/app/settings.h"
 #include "cli/cddbdialogue.h"
 #include "cli/command.h"
 #include "cli/discfiles.h"
 #include "cli/recordwriter.h"
 #include "cli/tagsaving.h"
+#include "core/app/options.h"
+#include "core/app/settings.h"
 #include "core/online/cddb/discapply.h"
 
 #include <algorithm>

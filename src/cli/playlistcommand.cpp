@@ -1,6 +1,6 @@
-#include "core/app/programstate.h"
 #include "cli/command.h"
 #include "cli/foldercleaner.h"
+#include "core/app/programstate.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/operations/playlist.h"
 #include "core/tags/store/tagstore.h"

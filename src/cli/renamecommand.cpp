@@ -2,9 +2,9 @@
 #include "cli/conversionoptions.h"
 #include "cli/renaming.h"
 #include "cli/tagsaving.h"
-#include "core/storage/asidename.h"
 #include "core/files/renaming/renamefromtags.h"
 #include "core/naming/filename.h"
+#include "core/storage/saferename.h"
 
 #include <QHash>
 
@@ -60,7 +60,7 @@ QStringList broughtBack(platform::FileSystem &fileSystem, const QStringList &pat
         const QString folder = folderPart(path);
         if (!folders.insert(folder).second)
             continue;
-        const auto done = bringBackAside(fileSystem, folder.isEmpty() ? u"."_s : folder);
+        const auto done = storage::bringBackAside(fileSystem, folder.isEmpty() ? u"."_s : folder);
         if (!done)
             continue; // the rename itself tells
         for (const auto &[aside, former] : *done)

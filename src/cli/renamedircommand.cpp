@@ -5,7 +5,7 @@
 #include "core/files/renaming/renamefromtags.h"
 #include "core/naming/filename.h"
 #include "core/naming/namingrecord.h"
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 #include <algorithm>
 

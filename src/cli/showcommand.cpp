@@ -1,6 +1,6 @@
-#include "core/app/programstate.h"
 #include "cli/command.h"
 #include "cli/recordwriter.h"
+#include "core/app/programstate.h"
 #include "core/tags/store/tagstore.h"
 
 namespace ravlin::cli {

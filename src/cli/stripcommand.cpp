@@ -1,6 +1,6 @@
-#include "core/app/programstate.h"
 #include "cli/command.h"
 #include "cli/foldercleaner.h"
+#include "core/app/programstate.h"
 #include "core/tags/store/tagstore.h"
 
 using namespace Qt::StringLiterals;

@@ -1,7 +1,7 @@
-#include "core/app/programstate.h"
 #include "cli/command.h"
 #include "cli/foldercleaner.h"
 #include "cli/tagsaving.h"
+#include "core/app/programstate.h"
 #include "core/tags/store/tagstore.h"
 
 #include <algorithm>

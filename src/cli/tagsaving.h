@@ -1,11 +1,11 @@
 #pragma once
 
-#include "core/app/batch.h"
-#include "core/app/programstate.h"
 #include "cli/arguments.h"
 #include "cli/console.h"
 #include "cli/foldercleaner.h"
 #include "cli/recordwriter.h"
+#include "core/app/batch.h"
+#include "core/app/programstate.h"
 #include "core/tags/record/tagrecord.h"
 #include "core/tags/store/tagstore.h"
 

@@ -1,7 +1,7 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
 #include "core/files/operations/transfer.h"
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 #include "core/storage/safewrite.h"
 
 #include <algorithm>
@@ -84,7 +84,7 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
 
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     if (!isDry) // nobody asked for it: what can't be cleared away is harmless
-        std::ignore = platform::cleanLeftovers(fileSystem, folder);
+        std::ignore = storage::cleanLeftovers(fileSystem, folder);
     auto plan = makeTransferPlan(fileSystem, {kind, arguments.paths(), folder});
     if (!plan) {
         console.fail(folder, plan.error());

@@ -3,8 +3,8 @@
 //
 // Without arguments 24 files of about 5 MB are made; RAVLIN_BENCH_FOLDER names a folder of others (MPEG-1 Layer III
 // without tags in front, or the bare walks have nothing to walk).
-#include "support/mpegbuilder.h"
 #include "core/tags/mpeg/xanalyze.h"
+#include "support/mpegbuilder.h"
 
 #include <QDir>
 #include <QFile>

@@ -4,8 +4,8 @@
 
 #include "core/files/list/folderscan.h"
 #include "core/files/list/tagcache.h"
-#include "ui/files/filelist.h"
 #include "support/mp3builder.h"
+#include "ui/files/filelist.h"
 
 #include <benchmark/benchmark.h>
 

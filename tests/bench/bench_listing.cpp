@@ -5,8 +5,8 @@
 
 #include "core/files/list/folderscan.h"
 #include "core/platform/folder.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/listreader.h"
+#include "support/mp3builder.h"
 
 #include <benchmark/benchmark.h>
 

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 using namespace ravlin::platform;
+using namespace ravlin::storage;
 
 namespace {
 

@@ -2,8 +2,8 @@
 // plain copy that is synced and renamed. Compare the ratios within one run.
 
 #include "core/platform/filesystem.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 
 #include <benchmark/benchmark.h>
 

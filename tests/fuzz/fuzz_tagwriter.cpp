@@ -7,8 +7,8 @@
 #include "../support/memoryfilesystem.h"
 #include "core/tags/id3/id3text.h"
 #include "core/tags/id3/id3values.h"
-#include "core/tags/store/tagobject.h"
 #include "core/tags/id3/transliterate.h"
+#include "core/tags/store/tagobject.h"
 
 #include <array>
 #include <cstdint>
@@ -18,7 +18,7 @@
 using ravlin::FrameKind;
 using ravlin::Result;
 using ravlin::TagObject;
-using ravlin::platform::WriteOutcome;
+using ravlin::storage::WriteOutcome;
 using ravlin::test::foreignParts;
 using ravlin::test::MemoryFileSystem;
 

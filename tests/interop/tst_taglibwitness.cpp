@@ -1,8 +1,8 @@
 // Over thousands of generated well-formed tags our title, artist, album, comment, year and track are TagLib's. Where
 // the two differ on purpose, expected() says why.
 
-#include "support/mp3builder.h"
 #include "core/tags/store/tagobject.h"
+#include "support/mp3builder.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "support/mpegbuilder.h"
 #include "core/tags/mpeg/xanalyze.h"
+#include "support/mpegbuilder.h"
 
 namespace ravlin::test {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/storage/leftovers.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
 
 #include <QDir>
 #include <QFile>

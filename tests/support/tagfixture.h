@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/app/batch.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 #include "core/platform/trash.h"
 
 #include <QDir>

@@ -1,12 +1,13 @@
-#include "core/storage/copyfile.h"
 #include "core/platform/fileio.h"
 #include "core/platform/folder.h"
 #include "core/platform/folderlock.h"
-#include "core/storage/leftovers.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
+#include "core/platform/scratchfolder.h"
+#include "core/storage/copyfile.h"
+#include "core/storage/leftovers.h"
 #include "core/storage/removetree.h"
 #include "core/storage/safewrite.h"
-#include "core/platform/scratchfolder.h"
 
 #include <QDir>
 #include <QTest>

@@ -1,6 +1,6 @@
-#include "core/storage/leftovers.h"
-#include "core/storage/safewrite.h"
+#include "core/platform/path.h"
 #include "core/platform/scratchfolder.h"
+#include "core/storage/safewrite.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -3,14 +3,14 @@
 
 #include "core/files/operations/deletion.h"
 #include "core/files/operations/fileoperations.h"
+#include "core/files/operations/undo.h"
 #include "core/files/renaming/filerenaming.h"
 #include "core/files/renaming/renamefromtags.h"
-#include "core/files/operations/undo.h"
 #include "core/platform/scratchfolder.h"
+#include "core/tags/store/tagstore.h"
 #include "support/filetree.h"
 #include "support/mp3builder.h"
 #include "support/trash.h"
-#include "core/tags/store/tagstore.h"
 
 #include <QDir>
 #include <QTest>

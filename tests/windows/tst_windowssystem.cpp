@@ -3,12 +3,13 @@
 #include "core/platform/codepage.h"
 #include "core/platform/filetype.h"
 #include "core/platform/fixedfiles.h"
-#include "core/storage/leftovers.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
 #include "core/platform/scratchfolder.h"
 #include "core/platform/standardstreams.h"
 #include "core/platform/systemfolders.h"
 #include "core/platform/trash.h"
+#include "core/storage/leftovers.h"
 
 #include <QDir>
 #include <QFileInfo>

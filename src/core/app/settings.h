@@ -11,8 +11,8 @@
 
 namespace ravlin {
 
-/// Every key of the settings, but for those of the lists of patterns used (core/naming/patternhistory.h). All values are
-/// texts, numbers as decimal digits.
+/// Every key of the settings, but for those of the lists of patterns used (core/naming/patternhistory.h). All values
+/// are texts, numbers as decimal digits.
 namespace settingskey {
 
 inline constexpr QStringView Ruta = u"ruta";            ///< path of the folder that was shown last

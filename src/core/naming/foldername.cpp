@@ -4,7 +4,7 @@
 #include "core/naming/filename.h"
 #include "core/naming/placeholders.h"
 #include "core/naming/texttransforms.h"
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 using namespace Qt::StringLiterals;
 

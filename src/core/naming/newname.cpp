@@ -5,7 +5,7 @@
 #include "core/naming/placeholders.h"
 #include "core/naming/sessionchoices.h"
 #include "core/naming/texttransforms.h"
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/platform/error.h"
+#include "core/platform/path.h"
 
 #include <QByteArray>
 #include <QString>
@@ -12,31 +13,10 @@
 /// The operating system's files behind one interface: FileSystem::native() is the real one
 /// (filesystem_posix.cpp, filesystem_windows.cpp); tests put one in its place that fails on purpose.
 ///
-/// Paths are QString with the platform's separator. Names on disk need not be valid Unicode: on systems whose
-/// names are bytes, a byte that is not part of valid UTF-8 becomes the lone low surrogate U+DC80 + (byte - 0x80)
-/// and comes back as that byte, so that any name survives the round trip (see encodePath).
+/// Paths are those of path.h.
 ///
 /// Thread-safety: a FileSystem may be used by several threads at once, a File by one at a time.
 namespace ravlin::platform {
-
-#ifdef _WIN32
-inline constexpr QChar Separator = u'\\';
-/// Whether names that differ in case alone are one name, as far as that can be told without asking the disk.
-inline constexpr Qt::CaseSensitivity NameCase = Qt::CaseInsensitive;
-#else
-inline constexpr QChar Separator = u'/';
-inline constexpr Qt::CaseSensitivity NameCase = Qt::CaseSensitive;
-#endif
-
-/// The bytes of a path as the system's calls take them; undoes decodePath exactly. Surrogates that decodePath
-/// never makes become U+FFFD.
-QByteArray encodePath(const QString &path);
-/// The path or name for bytes from the system, whatever they are.
-QString decodePath(const char *bytes, qsizetype size);
-inline QString decodePath(const QByteArray &bytes)
-{
-    return decodePath(bytes.constData(), bytes.size());
-}
 
 struct FileInfo
 {

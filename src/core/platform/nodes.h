@@ -41,7 +41,4 @@ Result<void> takeAttributes(const QString &from, const QString &to);
 /// Lets the system forget what it keeps of a synced file in memory, so that reading it comes from the disk.
 void forgetCached(const QString &path);
 
-/// Whether a name leads out of its folder or is none: empty, ".", "..", or with a separator in it.
-bool isPlainName(const QString &name);
-
 } // namespace ravlin::platform

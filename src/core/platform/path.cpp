@@ -1,4 +1,6 @@
-#include "core/platform/filesystem.h"
+#include "core/platform/path.h"
+
+#include <algorithm>
 
 namespace ravlin::platform {
 namespace {
@@ -89,6 +91,19 @@ char *appendUtf8(char *out, char32_t codePoint)
     return out;
 }
 
+/// How much of a path is the root of its drive, or of what a network shares: what has no folder above it.
+qsizetype rootSize(const QString &path)
+{
+    if (Separator != u'\\')
+        return 1;
+    if (path.startsWith(QStringLiteral(R"(\\)"))) { // \\server\share
+        const qsizetype server = path.indexOf(Separator, 2);
+        const qsizetype share = server < 0 ? -1 : path.indexOf(Separator, server + 1);
+        return share < 0 ? path.size() : share;
+    }
+    return path.size() > 2 && path.at(1) == u':' && path.at(2) == Separator ? 3 : 1;
+}
+
 } // namespace
 
 QString decodePath(const char *bytes, qsizetype size)
@@ -142,6 +157,41 @@ QByteArray encodePath(const QString &path)
     }
     bytes.truncate(out - bytes.constData());
     return bytes;
+}
+
+QString folderOf(const QString &path)
+{
+    return path.left(std::max(path.lastIndexOf(Separator), rootSize(path)));
+}
+
+QString withoutEndSeparator(QString path)
+{
+    while (path.size() > rootSize(path) && path.endsWith(Separator))
+        path.chop(1);
+    return path;
+}
+
+QString withNativeSeparators(QString path)
+{
+    return Separator == u'/' ? path : path.replace(u'/', Separator);
+}
+
+QString nameOf(const QString &path)
+{
+    return path.mid(path.lastIndexOf(Separator) + 1);
+}
+
+QString inFolder(const QString &folder, const QString &name)
+{
+    return folder.endsWith(Separator) ? folder + name : folder + Separator + name;
+}
+
+bool isPlainName(const QString &name)
+{
+    // On Windows a colon would name a drive or a stream of the file.
+    return !name.isEmpty() && name != QStringLiteral(".") && name != QStringLiteral("..") &&
+           !name.contains(Separator) && !name.contains(u'/') && !name.contains(QChar(0)) &&
+           (Separator == u'/' || !name.contains(u':'));
 }
 
 } // namespace ravlin::platform

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace ravlin::platform {
+namespace ravlin::storage {
 namespace {
 
 constexpr qint64 Step = 4 * 1024 * 1024; ///< between two looks whether to stop
@@ -16,7 +16,7 @@ tl::unexpected<Error> failure(ErrorCode code, const QString &path, const QString
     return tl::unexpected(Error{code, path, detail});
 }
 
-bool isSameState(const FileInfo &one, const FileInfo &other)
+bool isSameState(const platform::FileInfo &one, const platform::FileInfo &other)
 {
     return one.size == other.size && one.modified == other.modified && one.changed == other.changed;
 }
@@ -30,15 +30,16 @@ Error withPath(Error error, const QString &path)
 
 } // namespace
 
-FileCopy::FileCopy(QString from, std::unique_ptr<File> source, FileInfo before, TemporaryFile temporary)
+FileCopy::FileCopy(
+    QString from, std::unique_ptr<platform::File> source, platform::FileInfo before, TemporaryFile temporary)
     : m_from(std::move(from)), m_source(std::move(source)), m_before(before), m_temporary(std::move(temporary))
 {
 }
 
 Result<FileCopy> FileCopy::prepare(
-    FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch)
+    platform::FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch)
 {
-    auto source = fileSystem.openUnlinked(from, OpenMode::Read);
+    auto source = fileSystem.openUnlinked(from, platform::OpenMode::Read);
     if (!source)
         return tl::unexpected(source.error());
     const auto before = (*source)->info();
@@ -59,13 +60,13 @@ Result<void> FileCopy::fill(const CopyWatch &watch)
         if (watch.stop.stop_requested())
             return failure(ErrorCode::Cancelled, m_from, QStringLiteral("stopped"));
         const qint64 length = std::min(Step, m_before.size - done);
-        if (auto copied = copyAll(*m_source, done, m_temporary.file(), done, length); !copied)
+        if (auto copied = platform::copyAll(*m_source, done, m_temporary.file(), done, length); !copied)
             return copied;
         done += length;
         if (watch.advanced)
             watch.advanced(length);
     }
-    return takeAttributes(m_from, m_temporary.path()).map([&] {
+    return platform::takeAttributes(m_from, m_temporary.path()).map([&] {
         // Windows sets the time anew when the handle that has written is closed, unless that was given it too.
         static_cast<void>(m_temporary.file().setModified(m_before.modified));
     });
@@ -85,7 +86,7 @@ Result<void> FileCopy::compare(CopyCheck check)
     if (!now)
         return tl::unexpected(now.error());
     // One more look by path: the file that bears the name is the one that may be deleted.
-    const auto named = nodeAt(m_from);
+    const auto named = platform::nodeAt(m_from);
     if (!named)
         return tl::unexpected(named.error());
     if (!isSameState(*now, m_before) || named->info.inode != now->inode || named->info.device != now->device)
@@ -97,15 +98,15 @@ Result<void> FileCopy::compare(CopyCheck check)
 
     Result<bool> same = made->size == m_before.size;
     if (check == CopyCheck::Everything) {
-        forgetCached(m_temporary.path());
+        platform::forgetCached(m_temporary.path());
         if (*same)
-            same = sameBytes(*m_source, 0, m_temporary.file(), 0, m_before.size);
+            same = platform::sameBytes(*m_source, 0, m_temporary.file(), 0, m_before.size);
     } else if (*same) {
         const qint64 length = std::min(EndLength, m_before.size);
         const qint64 tail = m_before.size - length;
-        same = sameBytes(*m_source, 0, m_temporary.file(), 0, length);
+        same = platform::sameBytes(*m_source, 0, m_temporary.file(), 0, length);
         if (same && *same)
-            same = sameBytes(*m_source, tail, m_temporary.file(), tail, length);
+            same = platform::sameBytes(*m_source, tail, m_temporary.file(), tail, length);
     }
     if (!same)
         return tl::unexpected(same.error());
@@ -119,4 +120,4 @@ Result<void> FileCopy::place(const QString &to, Placing placing)
     return placing == Placing::New ? m_temporary.moveToNew(to) : m_temporary.moveTo(to);
 }
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

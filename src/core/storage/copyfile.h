@@ -8,7 +8,7 @@
 #include <optional>
 #include <stop_token>
 
-namespace ravlin::platform {
+namespace ravlin::storage {
 
 /// What a copy tells while bytes are moved, and what ends it.
 struct CopyWatch
@@ -42,7 +42,7 @@ public:
     /// Copies the content and the attributes. A symbolic link at from is NotAFile. Errors: Cancelled, ChangedMeanwhile
     /// (the source), NoSpace and those of reading and writing; nothing is left then.
     static Result<FileCopy> prepare(
-        FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch);
+        platform::FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch);
 
     /// Waits until the copy is on the disk and compares it with the source. May run on another thread than prepare.
     Result<void> secure(CopyCheck check);
@@ -50,14 +50,14 @@ public:
     Result<void> place(const QString &to, Placing placing);
 
 private:
-    FileCopy(QString from, std::unique_ptr<File> source, FileInfo before, TemporaryFile temporary);
+    FileCopy(QString from, std::unique_ptr<platform::File> source, platform::FileInfo before, TemporaryFile temporary);
     Result<void> fill(const CopyWatch &watch);
     Result<void> compare(CopyCheck check);
 
     QString m_from;
-    std::unique_ptr<File> m_source;
-    FileInfo m_before; ///< of the source when it was opened
+    std::unique_ptr<platform::File> m_source;
+    platform::FileInfo m_before; ///< of the source when it was opened
     TemporaryFile m_temporary;
 };
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace ravlin::platform {
+namespace ravlin::storage {
 namespace {
 
 constexpr QStringView Prefix = u".ravlin-";
@@ -37,25 +37,12 @@ bool isNumbered(QStringView name, QStringView suffix)
     return std::all_of(number.begin(), number.end(), isHexDigit);
 }
 
-/// How much of a path is the root of its drive, or of what a network shares: what has no folder above it.
-qsizetype rootSize(const QString &path)
-{
-    if (Separator != u'\\')
-        return 1;
-    if (path.startsWith(QStringLiteral(R"(\\)"))) { // \\server\share
-        const qsizetype server = path.indexOf(Separator, 2);
-        const qsizetype share = server < 0 ? -1 : path.indexOf(Separator, server + 1);
-        return share < 0 ? path.size() : share;
-    }
-    return path.size() > 2 && path.at(1) == u':' && path.at(2) == Separator ? 3 : 1;
-}
-
 /// Removes a temporary file unless its writer is alive. True when it is gone.
-bool removeIfStale(FileSystem &fileSystem, const QString &path)
+bool removeIfStale(platform::FileSystem &fileSystem, const QString &path)
 {
-    const auto file = fileSystem.openUnlinked(path, OpenMode::Read);
+    const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read);
     if (!file && file.error().code == ErrorCode::NotAFile) { // a link is none of ours: lockFolder refuses it
-        const std::unique_ptr<FolderLock> lock = lockFolder(path);
+        const std::unique_ptr<platform::FolderLock> lock = platform::lockFolder(path);
         return lock && removeTree(fileSystem, path).has_value();
     }
     if (!file)
@@ -65,33 +52,6 @@ bool removeIfStale(FileSystem &fileSystem, const QString &path)
 }
 
 } // namespace
-
-QString folderOf(const QString &path)
-{
-    return path.left(std::max(path.lastIndexOf(Separator), rootSize(path)));
-}
-
-QString withoutEndSeparator(QString path)
-{
-    while (path.size() > rootSize(path) && path.endsWith(Separator))
-        path.chop(1);
-    return path;
-}
-
-QString withNativeSeparators(QString path)
-{
-    return Separator == u'/' ? path : path.replace(u'/', Separator);
-}
-
-QString nameOf(const QString &path)
-{
-    return path.mid(path.lastIndexOf(Separator) + 1);
-}
-
-QString inFolder(const QString &folder, const QString &name)
-{
-    return folder.endsWith(Separator) ? folder + name : folder + Separator + name;
-}
 
 QString redoName(quint64 inode)
 {
@@ -113,7 +73,8 @@ bool isLeftoverName(const QString &fileName)
     return isTemporaryName(fileName) || isRedoName(fileName);
 }
 
-TemporaryFile::TemporaryFile(FileSystem &fileSystem, QString path, std::unique_ptr<File> file, FileInfo info)
+TemporaryFile::TemporaryFile(
+    platform::FileSystem &fileSystem, QString path, std::unique_ptr<platform::File> file, platform::FileInfo info)
     : m_fileSystem(&fileSystem), m_path(std::move(path)), m_file(std::move(file)), m_info(info)
 {
 }
@@ -131,12 +92,12 @@ TemporaryFile::~TemporaryFile()
         static_cast<void>(m_fileSystem->remove(m_path));
 }
 
-Result<TemporaryFile> TemporaryFile::create(FileSystem &fileSystem, const QString &folder)
+Result<TemporaryFile> TemporaryFile::create(platform::FileSystem &fileSystem, const QString &folder)
 {
     constexpr int Attempts = 8;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         const quint64 number = QRandomGenerator::system()->generate64();
-        const QString path = inFolder(folder, leftoverName(number, TemporarySuffix));
+        const QString path = platform::inFolder(folder, leftoverName(number, TemporarySuffix));
         auto file = fileSystem.createNew(path);
         if (!file && file.error().code == ErrorCode::AlreadyExists)
             continue;
@@ -145,7 +106,7 @@ Result<TemporaryFile> TemporaryFile::create(FileSystem &fileSystem, const QStrin
         // A file system without locks has no cleaning either: nothing is taken for stale there.
         const auto locked = (*file)->tryLock();
         const auto info = (*file)->info();
-        TemporaryFile made(fileSystem, path, std::move(*file), info.value_or(FileInfo()));
+        TemporaryFile made(fileSystem, path, std::move(*file), info.value_or(platform::FileInfo()));
         if (!info)
             return tl::unexpected(info.error());
         // Between creation and lock it looked stale: a cleaner may have it, or have removed it.
@@ -172,7 +133,8 @@ Result<void> TemporaryFile::moveToNew(const QString &path)
     return moved;
 }
 
-TemporaryFolder::TemporaryFolder(FileSystem &fileSystem, QString path, std::unique_ptr<FolderLock> lock)
+TemporaryFolder::TemporaryFolder(
+    platform::FileSystem &fileSystem, QString path, std::unique_ptr<platform::FolderLock> lock)
     : m_fileSystem(&fileSystem), m_path(std::move(path)), m_lock(std::move(lock))
 {
 }
@@ -189,23 +151,23 @@ TemporaryFolder::~TemporaryFolder()
         static_cast<void>(removeTree(*m_fileSystem, m_path));
 }
 
-Result<TemporaryFolder> TemporaryFolder::create(FileSystem &fileSystem, const QString &folder)
+Result<TemporaryFolder> TemporaryFolder::create(platform::FileSystem &fileSystem, const QString &folder)
 {
     constexpr quint32 OwnerOnly = 0700;
     constexpr int Attempts = 8;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         const quint64 number = QRandomGenerator::system()->generate64();
-        const QString path = inFolder(folder, leftoverName(number, TemporarySuffix));
+        const QString path = platform::inFolder(folder, leftoverName(number, TemporarySuffix));
         const auto made = fileSystem.createFolder(path);
         if (!made && made.error().code == ErrorCode::AlreadyExists)
             continue;
         if (!made)
             return tl::unexpected(made.error());
         // One without a lock is on a file system without locks: nothing is taken for stale there.
-        TemporaryFolder temporary(fileSystem, path, lockFolder(path));
+        TemporaryFolder temporary(fileSystem, path, platform::lockFolder(path));
         // Between creation and lock it looked stale: a cleaner may have removed it. Not all drives know permissions.
         static_cast<void>(fileSystem.setPermissions(path, OwnerOnly));
-        if (isTaken(path))
+        if (platform::isTaken(path))
             return temporary;
         temporary.m_path.clear();
     }
@@ -220,7 +182,7 @@ Result<void> TemporaryFolder::moveToNew(const QString &path)
     return moved;
 }
 
-Result<int> cleanLeftovers(FileSystem &fileSystem, const QString &folder)
+Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &folder)
 {
     const auto canonical = fileSystem.canonicalPath(folder);
     if (!canonical)
@@ -231,9 +193,9 @@ Result<int> cleanLeftovers(FileSystem &fileSystem, const QString &folder)
     int gone = 0;
     for (const QString &name : *names) {
         if (isTemporaryName(name)) {
-            gone += removeIfStale(fileSystem, inFolder(*canonical, name)) ? 1 : 0;
+            gone += removeIfStale(fileSystem, platform::inFolder(*canonical, name)) ? 1 : 0;
         } else if (isRedoName(name)) {
-            const auto finished = finishRedo(fileSystem, inFolder(*canonical, name));
+            const auto finished = finishRedo(fileSystem, platform::inFolder(*canonical, name));
             // One that cannot be finished now stays for the next time and keeps no other from being
             // finished.
             gone += finished && *finished ? 1 : 0;
@@ -242,4 +204,4 @@ Result<int> cleanLeftovers(FileSystem &fileSystem, const QString &folder)
     return gone;
 }
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

@@ -5,16 +5,7 @@
 
 /// The helper files that a write makes beside its file, and their names. A name says all that a
 /// later start of the program needs to know what to do with it.
-namespace ravlin::platform {
-
-/// The folder part of a path, with its separator where it is a root; a root's is itself. For a canonical path.
-QString folderOf(const QString &path);
-/// Without the separators at its end, but for the one of a root: a drive without it would be the folder in use there.
-QString withoutEndSeparator(QString path);
-/// A path, or a pattern of one, that people may have written with "/", which separates on every system.
-QString withNativeSeparators(QString path);
-QString nameOf(const QString &path);
-QString inFolder(const QString &folder, const QString &name);
+namespace ravlin::storage {
 
 /// A redo file is found by the file it belongs to. Only the inode is in the name: both are in one
 /// folder, and device numbers may be others after the next start of the system.
@@ -27,14 +18,14 @@ bool isRedoName(const QString &fileName);
 class TemporaryFile
 {
 public:
-    static Result<TemporaryFile> create(FileSystem &fileSystem, const QString &folder);
+    static Result<TemporaryFile> create(platform::FileSystem &fileSystem, const QString &folder);
     TemporaryFile(TemporaryFile &&other) noexcept;
     TemporaryFile &operator=(TemporaryFile &&) = delete;
     ~TemporaryFile();
 
-    File &file() { return *m_file; }
+    platform::File &file() { return *m_file; }
     /// Its state after creation.
-    const FileInfo &info() const { return m_info; }
+    const platform::FileInfo &info() const { return m_info; }
     /// Its name until it gets its final one.
     const QString &path() const { return m_path; }
     /// Gives it its final name, in the place of what bears that name.
@@ -42,22 +33,23 @@ public:
     /// Gives it its final name unless that is taken (AlreadyExists).
     Result<void> moveToNew(const QString &path);
     /// The open file, still locked, once it has been moved.
-    std::unique_ptr<File> release() { return std::move(m_file); }
+    std::unique_ptr<platform::File> release() { return std::move(m_file); }
 
 private:
-    TemporaryFile(FileSystem &fileSystem, QString path, std::unique_ptr<File> file, FileInfo info);
+    TemporaryFile(
+        platform::FileSystem &fileSystem, QString path, std::unique_ptr<platform::File> file, platform::FileInfo info);
 
-    FileSystem *m_fileSystem;
+    platform::FileSystem *m_fileSystem;
     QString m_path; ///< empty once the file is not to be removed any more
-    std::unique_ptr<File> m_file;
-    FileInfo m_info;
+    std::unique_ptr<platform::File> m_file;
+    platform::FileInfo m_info;
 };
 
 /// The same for a folder with all that is put into it: removed again unless it gets its final name, and locked so long.
 class TemporaryFolder
 {
 public:
-    static Result<TemporaryFolder> create(FileSystem &fileSystem, const QString &folder);
+    static Result<TemporaryFolder> create(platform::FileSystem &fileSystem, const QString &folder);
     TemporaryFolder(TemporaryFolder &&other) noexcept;
     TemporaryFolder &operator=(TemporaryFolder &&) = delete;
     ~TemporaryFolder();
@@ -67,11 +59,11 @@ public:
     Result<void> moveToNew(const QString &path);
 
 private:
-    TemporaryFolder(FileSystem &fileSystem, QString path, std::unique_ptr<FolderLock> lock);
+    TemporaryFolder(platform::FileSystem &fileSystem, QString path, std::unique_ptr<platform::FolderLock> lock);
 
-    FileSystem *m_fileSystem;
+    platform::FileSystem *m_fileSystem;
     QString m_path; ///< empty once the folder is not to be removed any more
-    std::unique_ptr<FolderLock> m_lock;
+    std::unique_ptr<platform::FolderLock> m_lock;
 };
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

@@ -1,13 +1,14 @@
 #include "core/storage/redofile.h"
 
 #include "core/platform/fileio.h"
+#include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 #include "core/storage/redoformat.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace ravlin::platform {
+namespace ravlin::storage {
 namespace {
 
 tl::unexpected<Error> failure(ErrorCode code, const QString &path, const QString &detail)
@@ -25,16 +26,16 @@ Result<void> expectSame(const Result<bool> &same, const QString &path)
 }
 
 /// Overwrites the file with a range of the redo file and makes sure of it.
-Result<void> overwrite(File &file, const QString &path, File &redo, qint64 offset, qint64 size)
+Result<void> overwrite(platform::File &file, const QString &path, platform::File &redo, qint64 offset, qint64 size)
 {
-    return copyAll(redo, offset, file, 0, size)
+    return platform::copyAll(redo, offset, file, 0, size)
         .and_then([&] { return file.truncate(size); })
         .and_then([&] { return file.sync(); })
-        .and_then([&] { return expectSame(sameBytes(redo, offset, file, 0, size), path); });
+        .and_then([&] { return expectSame(platform::sameBytes(redo, offset, file, 0, size), path); });
 }
 
 /// A redo file that cannot be removed is made void instead.
-Result<void> discard(FileSystem &fileSystem, const QString &redoPath, File &redo)
+Result<void> discard(platform::FileSystem &fileSystem, const QString &redoPath, platform::File &redo)
 {
     const auto removed = fileSystem.remove(redoPath);
     if (removed || removed.error().code == ErrorCode::NotFound)
@@ -43,16 +44,18 @@ Result<void> discard(FileSystem &fileSystem, const QString &redoPath, File &redo
 }
 
 /// Fills the redo file; afterwards it lacks only its name.
-Result<void> fillRedo(File &redo, const RedoHeader &header, const RewriteTarget &target, const NewContent &content)
+Result<void> fillRedo(
+    platform::File &redo, const RedoHeader &header, const RewriteTarget &target, const NewContent &content)
 {
-    File &original = target.file;
+    platform::File &original = target.file;
     const qint64 newOffset = header.newOffset();
     const qint64 oldOffset = header.oldOffset();
     return writeRedoHeader(redo, header)
         .and_then([&] { return writeContent(redo, newOffset, original, content); })
-        .and_then([&] { return copyAll(original, 0, redo, oldOffset, header.oldSize); })
+        .and_then([&] { return platform::copyAll(original, 0, redo, oldOffset, header.oldSize); })
         .and_then([&] { return expectSame(holdsContent(redo, newOffset, original, content), target.path); })
-        .and_then([&] { return expectSame(sameBytes(original, 0, redo, oldOffset, header.oldSize), target.path); })
+        .and_then(
+            [&] { return expectSame(platform::sameBytes(original, 0, redo, oldOffset, header.oldSize), target.path); })
         .and_then([&] { return writeRedoTrailer(redo, header); })
         .and_then([&] { return redo.sync(); });
 }
@@ -70,8 +73,8 @@ Result<void> expectUnchanged(const RewriteTarget &target)
 
 /// Puts the old content back after a failure. The redo file stays where even that fails: then the
 /// new content comes when the file is recovered.
-Result<void> rollBack(
-    FileSystem &fileSystem, const RewriteTarget &target, const RedoHeader &header, const QString &redoPath, File &redo)
+Result<void> rollBack(platform::FileSystem &fileSystem, const RewriteTarget &target, const RedoHeader &header,
+    const QString &redoPath, platform::File &redo)
 {
     const auto restored = overwrite(target.file, target.path, redo, header.oldOffset(), header.oldSize);
     if (!restored)
@@ -96,14 +99,15 @@ bool isOldOrNew(const QByteArray &present, const QByteArray &oldBytes, const QBy
 }
 
 /// The bytes of a content inside the redo file from position on, at most length.
-Result<QByteArray> contentBytes(File &redo, qint64 contentOffset, qint64 contentSize, qint64 position, qint64 length)
+Result<QByteArray> contentBytes(
+    platform::File &redo, qint64 contentOffset, qint64 contentSize, qint64 position, qint64 length)
 {
     const qint64 available = std::clamp<qint64>(contentSize - position, 0, length);
-    return readExactly(redo, contentOffset + position, available);
+    return platform::readExactly(redo, contentOffset + position, available);
 }
 
 /// True when the file is in a state that the interrupted rewriting can have left.
-Result<bool> isInterrupted(File &file, qint64 size, File &redo, const RedoHeader &header)
+Result<bool> isInterrupted(platform::File &file, qint64 size, platform::File &redo, const RedoHeader &header)
 {
     constexpr qint64 Chunk = 256 * 1024;
     const auto [smaller, larger] = std::minmax(header.oldSize, header.newSize);
@@ -111,7 +115,7 @@ Result<bool> isInterrupted(File &file, qint64 size, File &redo, const RedoHeader
         return false;
     for (qint64 at = 0; at < size; at += Chunk) {
         const qint64 length = std::min(Chunk, size - at);
-        const auto present = readExactly(file, at, length);
+        const auto present = platform::readExactly(file, at, length);
         const auto oldBytes = contentBytes(redo, header.oldOffset(), header.oldSize, at, length);
         const auto newBytes = contentBytes(redo, header.newOffset(), header.newSize, at, length);
         for (const auto *bytes : {&present, &oldBytes, &newBytes}) {
@@ -127,13 +131,13 @@ Result<bool> isInterrupted(File &file, qint64 size, File &redo, const RedoHeader
 struct OpenedFile
 {
     QString path;
-    std::unique_ptr<File> file; ///< none when it was not found
-    FileInfo info;
+    std::unique_ptr<platform::File> file; ///< none when it was not found
+    platform::FileInfo info;
 };
 
-Result<OpenedFile> openByInode(FileSystem &fileSystem, const QString &path, quint64 inode, quint64 device)
+Result<OpenedFile> openByInode(platform::FileSystem &fileSystem, const QString &path, quint64 inode, quint64 device)
 {
-    auto file = fileSystem.openUnlinked(path, OpenMode::ReadWrite);
+    auto file = fileSystem.openUnlinked(path, platform::OpenMode::ReadWrite);
     if (!file) {
         const ErrorCode code = file.error().code;
         if (code == ErrorCode::NotFound || code == ErrorCode::NotAFile)
@@ -150,16 +154,17 @@ Result<OpenedFile> openByInode(FileSystem &fileSystem, const QString &path, quin
 
 /// The file that a redo file belongs to: by its name, or, if it was renamed meanwhile, by its
 /// inode.
-Result<OpenedFile> openTarget(FileSystem &fileSystem, const QString &folder, const RedoHeader &header, quint64 device)
+Result<OpenedFile> openTarget(
+    platform::FileSystem &fileSystem, const QString &folder, const RedoHeader &header, quint64 device)
 {
-    auto named = openByInode(fileSystem, inFolder(folder, header.name), header.inode, device);
+    auto named = openByInode(fileSystem, platform::inFolder(folder, header.name), header.inode, device);
     if (!named || named->file)
         return named;
     const auto names = fileSystem.names(folder);
     if (!names)
         return tl::unexpected(names.error());
     for (const QString &name : *names) {
-        const QString path = inFolder(folder, name);
+        const QString path = platform::inFolder(folder, name);
         const auto info = fileSystem.info(path);
         if (info && info->isFile && info->inode == header.inode && info->device == device)
             return openByInode(fileSystem, path, header.inode, device);
@@ -168,14 +173,14 @@ Result<OpenedFile> openTarget(FileSystem &fileSystem, const QString &folder, con
 }
 
 /// Brings the file to its new content if the redo file still applies to it.
-Result<void> rollForward(const OpenedFile &target, File &redo, const RedoHeader &header)
+Result<void> rollForward(const OpenedFile &target, platform::File &redo, const RedoHeader &header)
 {
     const auto interrupted = isInterrupted(*target.file, target.info.size, redo, header);
     if (!interrupted)
         return tl::unexpected(interrupted.error());
     if (!*interrupted)
         return {};
-    const auto done = sameBytes(redo, header.newOffset(), *target.file, 0, header.newSize);
+    const auto done = platform::sameBytes(redo, header.newOffset(), *target.file, 0, header.newSize);
     if (!done)
         return tl::unexpected(done.error());
     if (*done && target.info.size == header.newSize)
@@ -187,9 +192,9 @@ Result<void> rollForward(const OpenedFile &target, File &redo, const RedoHeader 
 }
 
 /// The redo file, locked by us; no file when it is none of our business.
-Result<OpenedFile> openRedo(FileSystem &fileSystem, const QString &redoPath)
+Result<OpenedFile> openRedo(platform::FileSystem &fileSystem, const QString &redoPath)
 {
-    auto file = fileSystem.openUnlinked(redoPath, OpenMode::ReadWrite);
+    auto file = fileSystem.openUnlinked(redoPath, platform::OpenMode::ReadWrite);
     if (!file) {
         const ErrorCode code = file.error().code;
         if (code == ErrorCode::NotFound || code == ErrorCode::NotAFile || code == ErrorCode::AccessDenied)
@@ -212,7 +217,7 @@ Result<OpenedFile> openRedo(FileSystem &fileSystem, const QString &redoPath)
 
 } // namespace
 
-Result<bool> finishRedo(FileSystem &fileSystem, const QString &redoPath, const QString &targetPath)
+Result<bool> finishRedo(platform::FileSystem &fileSystem, const QString &redoPath, const QString &targetPath)
 {
     const auto redo = openRedo(fileSystem, redoPath);
     if (!redo)
@@ -227,7 +232,7 @@ Result<bool> finishRedo(FileSystem &fileSystem, const QString &redoPath, const Q
     if (*header) {
         const RedoHeader &found = **header;
         const quint64 device = redo->info.device;
-        const auto target = targetPath.isEmpty() ? openTarget(fileSystem, folderOf(redoPath), found, device)
+        const auto target = targetPath.isEmpty() ? openTarget(fileSystem, platform::folderOf(redoPath), found, device)
                                                  : openByInode(fileSystem, targetPath, found.inode, device);
         if (!target)
             return tl::unexpected(target.error());
@@ -244,11 +249,11 @@ Result<bool> finishRedo(FileSystem &fileSystem, const QString &redoPath, const Q
     return discard(fileSystem, redoPath, *redo->file).map([] { return true; });
 }
 
-Result<void> rewriteUnderRedo(
-    FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
+Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content,
+    const WriteOptions &options)
 {
-    const QString folder = folderOf(target.path);
-    const QString redoPath = inFolder(folder, redoName(target.info.inode));
+    const QString folder = platform::folderOf(target.path);
+    const QString redoPath = platform::inFolder(folder, redoName(target.info.inode));
     if (auto pending = finishRedo(fileSystem, redoPath, target.path); !pending)
         return tl::unexpected(pending.error());
 
@@ -256,14 +261,14 @@ Result<void> rewriteUnderRedo(
     if (!temporary)
         return tl::unexpected(temporary.error());
     const RedoHeader header{target.info.inode, content.size, target.info.size, target.info.modified,
-        options.keepModified, nameOf(target.path)};
+        options.keepModified, platform::nameOf(target.path)};
     auto prepared = fillRedo(temporary->file(), header, target, content)
                         .and_then([&] { return expectUnchanged(target); })
                         .and_then([&] { return temporary->moveTo(redoPath); });
     if (!prepared)
         return prepared;
 
-    const std::unique_ptr<File> redo = temporary->release();
+    const std::unique_ptr<platform::File> redo = temporary->release();
     if (auto synced = fileSystem.syncFolder(folder); !synced) {
         static_cast<void>(discard(fileSystem, redoPath, *redo)); // nothing was overwritten yet
         return synced;
@@ -282,4 +287,4 @@ Result<void> rewriteUnderRedo(
     return {};
 }
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

@@ -13,19 +13,19 @@
 ///     0                header: magic, version, inode, sizes, modification time, name; padded to
 ///     one block 4096             the new content next block       the old content after it
 ///     trailer: magic and the BLAKE2b-256 digest of all before it
-namespace ravlin::platform {
+namespace ravlin::storage {
 
 /// The file to rewrite, as opened by its canonical path.
 struct RewriteTarget
 {
     QString path;
-    File &file;    ///< open for reading and writing
-    FileInfo info; ///< its state when the content was planned
+    platform::File &file;    ///< open for reading and writing
+    platform::FileInfo info; ///< its state when the content was planned
 };
 
 /// Gives the target the content. On error it has the old one.
-Result<void> rewriteUnderRedo(
-    FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content, const WriteOptions &options);
+Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content,
+    const WriteOptions &options);
 
 /// Finishes what a redo file was made for and removes it. True when a redo file was there and is
 /// gone now; false when there was none that is any of our business. ChangedMeanwhile while another
@@ -36,6 +36,6 @@ Result<void> rewriteUnderRedo(
 /// has to belong to the current user or to the target's owner, the target is a plain file of the
 /// same folder with the recorded inode, and each of its bytes is the old or the new one. A file
 /// that was changed since is left as it is.
-Result<bool> finishRedo(FileSystem &fileSystem, const QString &redoPath, const QString &targetPath = {});
+Result<bool> finishRedo(platform::FileSystem &fileSystem, const QString &redoPath, const QString &targetPath = {});
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

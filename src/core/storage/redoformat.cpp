@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace ravlin::platform {
+namespace ravlin::storage {
 namespace {
 
 constexpr quint64 HeaderMagic = 0x5261766c696e5265;  // "RavlinRe"
@@ -30,16 +30,9 @@ QByteArray encodeHeader(const RedoHeader &header)
     QDataStream out(&block, QIODevice::WriteOnly);
     out.setVersion(QDataStream::Qt_6_0);
     out << HeaderMagic << FormatVersion << header.inode << header.newSize << header.oldSize << header.oldModified
-        << header.keepModified << encodePath(header.name);
+        << header.keepModified << platform::encodePath(header.name);
     block.append(AtomicBlockSize - block.size(), '\0');
     return block;
-}
-
-/// A name that stays in its folder.
-bool isPlainName(const QString &name)
-{
-    return !name.isEmpty() && name != QStringLiteral(".") && name != QStringLiteral("..") &&
-           !name.contains(Separator) && !name.contains(QChar(0)) && !name.contains(u'/');
 }
 
 std::optional<RedoHeader> decodeHeader(const QByteArray &block)
@@ -54,18 +47,18 @@ std::optional<RedoHeader> decodeHeader(const QByteArray &block)
     if (magic != HeaderMagic || version != FormatVersion)
         return std::nullopt;
     in >> header.inode >> header.newSize >> header.oldSize >> header.oldModified >> header.keepModified >> name;
-    header.name = decodePath(name);
-    if (in.status() != QDataStream::Ok || !isPlainName(header.name))
+    header.name = platform::decodePath(name);
+    if (in.status() != QDataStream::Ok || !platform::isPlainName(header.name))
         return std::nullopt;
     return header;
 }
 
-Result<QByteArray> makeTrailer(File &redo, qint64 trailerOffset)
+Result<QByteArray> makeTrailer(platform::File &redo, qint64 trailerOffset)
 {
     QCryptographicHash digest(DigestKind);
     for (qint64 offset = 0; offset < trailerOffset;) {
         const qint64 length = std::min(DigestChunk, trailerOffset - offset);
-        const auto bytes = readExactly(redo, offset, length);
+        const auto bytes = platform::readExactly(redo, offset, length);
         if (!bytes)
             return bytes;
         digest.addData(*bytes);
@@ -94,12 +87,12 @@ qint64 RedoHeader::trailerOffset() const
     return oldOffset() + oldSize;
 }
 
-Result<void> writeRedoHeader(File &redo, const RedoHeader &header)
+Result<void> writeRedoHeader(platform::File &redo, const RedoHeader &header)
 {
-    return writeAll(redo, encodeHeader(header), 0);
+    return platform::writeAll(redo, encodeHeader(header), 0);
 }
 
-Result<void> writeRedoTrailer(File &redo, const RedoHeader &header)
+Result<void> writeRedoTrailer(platform::File &redo, const RedoHeader &header)
 {
     // Without this an old content of no bytes would leave the gap before it outside the file.
     if (auto grown = redo.truncate(header.trailerOffset()); !grown)
@@ -107,17 +100,17 @@ Result<void> writeRedoTrailer(File &redo, const RedoHeader &header)
     const auto trailer = makeTrailer(redo, header.trailerOffset());
     if (!trailer)
         return tl::unexpected(trailer.error());
-    return writeAll(redo, *trailer, header.trailerOffset());
+    return platform::writeAll(redo, *trailer, header.trailerOffset());
 }
 
-Result<std::optional<RedoHeader>> readRedo(File &redo)
+Result<std::optional<RedoHeader>> readRedo(platform::File &redo)
 {
     const auto info = redo.info();
     if (!info)
         return tl::unexpected(info.error());
     if (info->size < AtomicBlockSize + TrailerSize)
         return std::nullopt;
-    const auto block = readExactly(redo, 0, AtomicBlockSize);
+    const auto block = platform::readExactly(redo, 0, AtomicBlockSize);
     if (!block)
         return tl::unexpected(block.error());
     const auto header = decodeHeader(*block);
@@ -126,7 +119,7 @@ Result<std::optional<RedoHeader>> readRedo(File &redo)
         header->oldSize > info->size || header->trailerOffset() + TrailerSize != info->size)
         return std::nullopt;
     const auto wanted = makeTrailer(redo, header->trailerOffset());
-    const auto present = readExactly(redo, header->trailerOffset(), TrailerSize);
+    const auto present = platform::readExactly(redo, header->trailerOffset(), TrailerSize);
     if (!wanted || !present)
         return tl::unexpected(wanted ? present.error() : wanted.error());
     if (*wanted != *present)
@@ -134,4 +127,4 @@ Result<std::optional<RedoHeader>> readRedo(File &redo)
     return header;
 }
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

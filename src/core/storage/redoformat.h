@@ -5,7 +5,7 @@
 #include <optional>
 
 /// The layout of a redo file (see redofile.h), apart from what is done with it.
-namespace ravlin::platform {
+namespace ravlin::storage {
 
 struct RedoHeader
 {
@@ -21,11 +21,11 @@ struct RedoHeader
     qint64 trailerOffset() const;
 };
 
-Result<void> writeRedoHeader(File &redo, const RedoHeader &header);
+Result<void> writeRedoHeader(platform::File &redo, const RedoHeader &header);
 /// Makes the redo file valid: to be called when all else is in it.
-Result<void> writeRedoTrailer(File &redo, const RedoHeader &header);
+Result<void> writeRedoTrailer(platform::File &redo, const RedoHeader &header);
 /// The header of a complete and undamaged redo file, otherwise nothing. An error when it cannot be
 /// read.
-Result<std::optional<RedoHeader>> readRedo(File &redo);
+Result<std::optional<RedoHeader>> readRedo(platform::File &redo);
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

@@ -1,25 +1,25 @@
 #include "core/storage/removetree.h"
 
-#include "core/storage/leftovers.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
 
-namespace ravlin::platform {
+namespace ravlin::storage {
 
-Result<void> removeTree(FileSystem &fileSystem, const QString &path)
+Result<void> removeTree(platform::FileSystem &fileSystem, const QString &path)
 {
-    const Result<Node> node = nodeAt(path);
+    const Result<platform::Node> node = platform::nodeAt(path);
     if (!node)
         return tl::unexpected(node.error());
-    if (node->kind != NodeKind::Folder)
+    if (node->kind != platform::NodeKind::Folder)
         return fileSystem.remove(path);
     const Result<std::vector<QString>> names = fileSystem.names(path);
     if (!names)
         return tl::unexpected(names.error());
     for (const QString &name : *names) {
-        if (auto removed = removeTree(fileSystem, inFolder(path, name)); !removed)
+        if (auto removed = removeTree(fileSystem, platform::inFolder(path, name)); !removed)
             return removed;
     }
     return fileSystem.removeFolder(path);
 }
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

@@ -1,13 +1,14 @@
 #include "core/storage/safewrite.h"
 
 #include "core/platform/fileio.h"
+#include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 #include "core/storage/redofile.h"
 #include "core/storage/writeplan.h"
 
 #include <optional>
 
-namespace ravlin::platform {
+namespace ravlin::storage {
 namespace {
 
 tl::unexpected<Error> failure(ErrorCode code, const QString &detail)
@@ -15,13 +16,13 @@ tl::unexpected<Error> failure(ErrorCode code, const QString &detail)
     return tl::unexpected(Error{code, {}, detail});
 }
 
-bool isSameState(const FileInfo &one, const FileInfo &other)
+bool isSameState(const platform::FileInfo &one, const platform::FileInfo &other)
 {
     return one.size == other.size && one.modified == other.modified && one.inode == other.inode &&
            one.device == other.device;
 }
 
-Result<FileInfo> expectState(const Result<FileInfo> &now, const FileInfo &before)
+Result<platform::FileInfo> expectState(const Result<platform::FileInfo> &now, const platform::FileInfo &before)
 {
     if (now && !isSameState(*now, before))
         return failure(ErrorCode::ChangedMeanwhile, QStringLiteral("the file was changed since it was read"));
@@ -32,13 +33,14 @@ Result<FileInfo> expectState(const Result<FileInfo> &now, const FileInfo &before
 /// anything is to be written: to find that out must work on read-only files too.
 struct Original
 {
-    std::unique_ptr<File> file;
-    FileInfo info;
+    std::unique_ptr<platform::File> file;
+    platform::FileInfo info;
     bool isWritable = false;      ///< open for writing
     std::optional<Error> refusal; ///< why it could not be opened for writing
 };
 
-Result<Original> openAs(FileSystem &fileSystem, const QString &path, OpenMode mode, const FileInfo &before)
+Result<Original> openAs(
+    platform::FileSystem &fileSystem, const QString &path, platform::OpenMode mode, const platform::FileInfo &before)
 {
     auto file = fileSystem.open(path, mode);
     if (!file)
@@ -46,27 +48,28 @@ Result<Original> openAs(FileSystem &fileSystem, const QString &path, OpenMode mo
     const auto info = expectState((*file)->info(), before);
     if (!info)
         return tl::unexpected(info.error());
-    return Original{std::move(*file), *info, mode == OpenMode::ReadWrite, std::nullopt};
+    return Original{std::move(*file), *info, mode == platform::OpenMode::ReadWrite, std::nullopt};
 }
 
-Result<Original> openOriginal(FileSystem &fileSystem, const QString &path, const FileInfo &before)
+Result<Original> openOriginal(platform::FileSystem &fileSystem, const QString &path, const platform::FileInfo &before)
 {
     if (before.isReadOnly())
-        return openAs(fileSystem, path, OpenMode::Read, before);
-    auto original = openAs(fileSystem, path, OpenMode::ReadWrite, before);
+        return openAs(fileSystem, path, platform::OpenMode::Read, before);
+    auto original = openAs(fileSystem, path, platform::OpenMode::ReadWrite, before);
     if (original)
         return original;
     const Error refusal = original.error();
     if (refusal.code != ErrorCode::AccessDenied && refusal.code != ErrorCode::ReadOnly)
         return original;
-    original = openAs(fileSystem, path, OpenMode::Read, before);
+    original = openAs(fileSystem, path, platform::OpenMode::Read, before);
     if (original)
         original->refusal = refusal;
     return original;
 }
 
 /// Opens the original for writing if it is not; deals with the read-only attribute.
-Result<void> makeWritable(FileSystem &fileSystem, const QString &path, Original &original, const WriteOptions &options)
+Result<void> makeWritable(
+    platform::FileSystem &fileSystem, const QString &path, Original &original, const WriteOptions &options)
 {
     if (original.info.isReadOnly()) {
         if (options.readOnlyFile == ReadOnlyFile::Refuse)
@@ -80,7 +83,7 @@ Result<void> makeWritable(FileSystem &fileSystem, const QString &path, Original 
     } else if (original.refusal) {
         return tl::unexpected(*original.refusal);
     }
-    auto reopened = openAs(fileSystem, path, OpenMode::ReadWrite, original.info);
+    auto reopened = openAs(fileSystem, path, platform::OpenMode::ReadWrite, original.info);
     if (!reopened)
         return tl::unexpected(reopened.error());
     original = std::move(*reopened);
@@ -88,25 +91,25 @@ Result<void> makeWritable(FileSystem &fileSystem, const QString &path, Original 
 }
 
 /// The time is a courtesy: that it may not be set is no reason to undo a save that worked.
-void restoreModified(File &file, const FileInfo &before, const WriteOptions &options)
+void restoreModified(platform::File &file, const platform::FileInfo &before, const WriteOptions &options)
 {
     if (options.keepModified)
         static_cast<void>(file.setModified(before.modified));
 }
 
 /// The one write of an in-place change, taken back when it fails.
-Result<void> writeBlock(File &file, const FileInfo &before, const Change &change)
+Result<void> writeBlock(platform::File &file, const platform::FileInfo &before, const Change &change)
 {
-    auto written = writeAll(file, change.newBytes, change.offset);
+    auto written = platform::writeAll(file, change.newBytes, change.offset);
     if (written) {
-        const auto same = sameBytes(file, change.offset, change.newBytes);
+        const auto same = platform::sameBytes(file, change.offset, change.newBytes);
         if (same && *same)
             return {};
         written = same ? failure(ErrorCode::VerifyFailed, QStringLiteral("what was written reads back differently"))
                        : tl::unexpected(same.error());
     }
-    const auto undone =
-        change.oldBytes.isEmpty() ? file.truncate(before.size) : writeAll(file, change.oldBytes, change.offset);
+    const auto undone = change.oldBytes.isEmpty() ? file.truncate(before.size)
+                                                  : platform::writeAll(file, change.oldBytes, change.offset);
     if (!undone)
         written.error().detail += QStringLiteral("; undoing it failed: ") + undone.error().detail;
     else
@@ -118,7 +121,7 @@ Result<void> writeBlock(File &file, const FileInfo &before, const Change &change
 Result<void> prepareReplacement(
     TemporaryFile &temporary, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
 {
-    File &file = temporary.file();
+    platform::File &file = temporary.file();
     return writeContent(file, 0, target.file, content)
         .and_then([&] { return file.takeMetadata(target.file); })
         .and_then([&] {
@@ -126,7 +129,7 @@ Result<void> prepareReplacement(
             return file.sync();
         })
         .and_then([&] { return file.info(); })
-        .and_then([&](const FileInfo &info) -> Result<bool> {
+        .and_then([&](const platform::FileInfo &info) -> Result<bool> {
             if (info.size != content.size)
                 return false;
             return holdsContent(file, 0, target.file, content);
@@ -151,10 +154,10 @@ Result<bool> canTakeOwner(TemporaryFile &temporary, const RewriteTarget &target)
 
 /// False, with nothing done, when the new file could not be given the original's owner. The original is closed before
 /// it is replaced: some of Windows' file systems refuse that to an open file.
-Result<bool> tryReplace(FileSystem &fileSystem, const RewriteTarget &target, std::unique_ptr<File> &original,
-    const NewContent &content, const WriteOptions &options)
+Result<bool> tryReplace(platform::FileSystem &fileSystem, const RewriteTarget &target,
+    std::unique_ptr<platform::File> &original, const NewContent &content, const WriteOptions &options)
 {
-    auto temporary = TemporaryFile::create(fileSystem, folderOf(target.path));
+    auto temporary = TemporaryFile::create(fileSystem, platform::folderOf(target.path));
     if (!temporary)
         return tl::unexpected(temporary.error());
     if (const auto can = canTakeOwner(*temporary, target); !can || !*can)
@@ -172,7 +175,7 @@ Result<bool> tryReplace(FileSystem &fileSystem, const RewriteTarget &target, std
     return temporary->moveTo(target.path).map([] { return true; });
 }
 
-Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path, Original &original,
+Result<WriteOutcome> writeElsewhere(platform::FileSystem &fileSystem, const QString &path, Original &original,
     const NewContent &content, const WriteOptions &options)
 {
     const auto canonical = fileSystem.canonicalPath(path);
@@ -189,7 +192,7 @@ Result<WriteOutcome> writeElsewhere(FileSystem &fileSystem, const QString &path,
     return rewriteUnderRedo(fileSystem, target, content, options).map([] { return WriteOutcome::Rewritten; });
 }
 
-Result<WriteOutcome> rewrite(FileSystem &fileSystem, const QString &path, const FileInfo &before,
+Result<WriteOutcome> rewrite(platform::FileSystem &fileSystem, const QString &path, const platform::FileInfo &before,
     const std::vector<Segment> &segments, const WriteOptions &options)
 {
     const auto content = makeContent(segments, before.size);
@@ -206,7 +209,7 @@ Result<WriteOutcome> rewrite(FileSystem &fileSystem, const QString &path, const 
 
     if (auto opened = makeWritable(fileSystem, path, *original, options); !opened)
         return tl::unexpected(opened.error());
-    File &file = *original->file;
+    platform::File &file = *original->file;
     if (change->kind == Change::Elsewhere)
         return writeElsewhere(fileSystem, path, *original, *content, options);
     const auto written =
@@ -219,8 +222,8 @@ Result<WriteOutcome> rewrite(FileSystem &fileSystem, const QString &path, const 
 
 } // namespace
 
-Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, const FileInfo &before,
-    const std::vector<Segment> &segments, const WriteOptions &options)
+Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, const QString &path,
+    const platform::FileInfo &before, const std::vector<Segment> &segments, const WriteOptions &options)
 {
     auto outcome = rewrite(fileSystem, path, before, segments, options);
     if (!outcome && outcome.error().path.isEmpty())
@@ -228,14 +231,14 @@ Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, co
     return outcome;
 }
 
-bool mayNeedRecovery(FileSystem &fileSystem, const FileInfo &info)
+bool mayNeedRecovery(platform::FileSystem &fileSystem, const platform::FileInfo &info)
 {
     // Any other file is replaced instead, for a new one can be given its owner and group.
     return info.isFile &&
            (info.linkCount > 1 || info.owner != fileSystem.currentUser() || info.group != fileSystem.currentGroup());
 }
 
-Result<void> recoverFile(FileSystem &fileSystem, const QString &path)
+Result<void> recoverFile(platform::FileSystem &fileSystem, const QString &path)
 {
     const auto info = fileSystem.info(path);
     if (!info)
@@ -245,11 +248,11 @@ Result<void> recoverFile(FileSystem &fileSystem, const QString &path)
     const auto canonical = fileSystem.canonicalPath(path);
     if (!canonical)
         return tl::unexpected(canonical.error());
-    const QString redoPath = inFolder(folderOf(*canonical), redoName(info->inode));
+    const QString redoPath = platform::inFolder(platform::folderOf(*canonical), redoName(info->inode));
     const auto finished = finishRedo(fileSystem, redoPath, *canonical);
     if (!finished)
         return tl::unexpected(finished.error());
     return {};
 }
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

@@ -7,7 +7,7 @@
 /// Changes a file so that a killed program, a full disk or a pulled plug leaves the old content or the new one,
 /// never a mixture. Knows nothing of tags: the new content is told as pieces, each either new bytes or a range of
 /// the old file.
-namespace ravlin::platform {
+namespace ravlin::storage {
 
 /// One piece of a file's new content.
 struct Segment
@@ -54,21 +54,21 @@ struct WriteOptions
 /// unless undoing fails as well, which the error's detail tells; with MakeWritable it may have become writable.
 /// Nothing waits for the disk but what the safety of the content needs: a caller that wants the outcome to outlast
 /// a power cut syncs the folder, or the file where it was written in place, once it is through.
-Result<WriteOutcome> rewriteFile(FileSystem &fileSystem, const QString &path, const FileInfo &before,
-    const std::vector<Segment> &segments, const WriteOptions &options = {});
+Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, const QString &path,
+    const platform::FileInfo &before, const std::vector<Segment> &segments, const WriteOptions &options = {});
 
 /// Whether a rewriting under a redo file may have been interrupted on a file of that state: asks nothing of the disk.
-bool mayNeedRecovery(FileSystem &fileSystem, const FileInfo &info);
+bool mayNeedRecovery(platform::FileSystem &fileSystem, const platform::FileInfo &info);
 
 /// Completes a rewriting under a redo file that was interrupted (see WriteOutcome::Rewritten), if one was.
 /// Cheap where there can be none. Call before reading a file that may be written afterwards.
-Result<void> recoverFile(FileSystem &fileSystem, const QString &path);
+Result<void> recoverFile(platform::FileSystem &fileSystem, const QString &path);
 
 /// True for names of files that an interrupted write may leave behind; no listing shows them.
 bool isLeftoverName(const QString &fileName);
 
 /// Removes what interrupted writes left in a folder and completes interrupted rewritings. Files that a running
 /// program is writing are left alone. Returns how many leftovers are gone.
-Result<int> cleanLeftovers(FileSystem &fileSystem, const QString &folder);
+Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &folder);
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

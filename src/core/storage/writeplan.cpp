@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 
-namespace ravlin::platform {
+namespace ravlin::storage {
 namespace {
 
 constexpr qint64 CompareChunk = 256 * 1024;
@@ -72,7 +72,7 @@ struct Extent
 class Comparison
 {
 public:
-    Comparison(File &file, qint64 oldSize) : m_file(file), m_oldSize(oldSize) {}
+    Comparison(platform::File &file, qint64 oldSize) : m_file(file), m_oldSize(oldSize) {}
 
     /// Compares new bytes that come to stand at offset. Leaves early once a second block differs.
     Result<void> add(const QByteArray &bytes, qint64 offset)
@@ -82,7 +82,7 @@ public:
             m_extent.include(offset + common, offset + bytes.size());
         for (qint64 done = 0; done < common && m_extent.isInOneBlock();) {
             const qint64 length = std::min(CompareChunk, common - done);
-            auto old = readExactly(m_file, offset + done, length);
+            auto old = platform::readExactly(m_file, offset + done, length);
             if (!old)
                 return tl::unexpected(old.error());
             compare(*old, bytes.constData() + done, offset + done);
@@ -104,7 +104,7 @@ public:
         const qint64 inLastRead = m_extent.begin - m_lastReadOffset;
         if (inLastRead >= 0 && inLastRead + length <= m_lastRead.size())
             return m_lastRead.mid(static_cast<qsizetype>(inLastRead), static_cast<qsizetype>(length));
-        return readExactly(m_file, m_extent.begin, length);
+        return platform::readExactly(m_file, m_extent.begin, length);
     }
 
 private:
@@ -117,7 +117,7 @@ private:
         m_extent.include(offset + first, offset + end);
     }
 
-    File &m_file;
+    platform::File &m_file;
     const qint64 m_oldSize;
     Extent m_extent;
     QByteArray m_lastRead;
@@ -166,7 +166,7 @@ Result<NewContent> makeContent(const std::vector<Segment> &segments, qint64 oldS
     return content;
 }
 
-Result<Change> findChange(File &file, qint64 oldSize, const NewContent &content)
+Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent &content)
 {
     Change change;
     change.kind = Change::Elsewhere;
@@ -202,19 +202,19 @@ Result<Change> findChange(File &file, qint64 oldSize, const NewContent &content)
     return change;
 }
 
-Result<bool> holdsContent(File &file, qint64 base, File &original, const NewContent &content)
+Result<bool> holdsContent(platform::File &file, qint64 base, platform::File &original, const NewContent &content)
 {
     qint64 offset = base;
     for (const Segment &segment : content.segments) {
         Result<bool> same = true;
         if (!isKept(segment)) {
-            same = sameBytes(file, offset, segment.bytes);
+            same = platform::sameBytes(file, offset, segment.bytes);
         } else {
             const qint64 edge = std::min(AtomicBlockSize, segment.length);
             const qint64 last = segment.length - edge;
-            same = sameBytes(original, segment.oldOffset, file, offset, edge);
+            same = platform::sameBytes(original, segment.oldOffset, file, offset, edge);
             if (same && *same && last > 0)
-                same = sameBytes(original, segment.oldOffset + last, file, offset + last, edge);
+                same = platform::sameBytes(original, segment.oldOffset + last, file, offset + last, edge);
         }
         if (!same || !*same)
             return same;
@@ -223,12 +223,13 @@ Result<bool> holdsContent(File &file, qint64 base, File &original, const NewCont
     return true;
 }
 
-Result<void> writeContent(File &file, qint64 base, File &original, const NewContent &content)
+Result<void> writeContent(platform::File &file, qint64 base, platform::File &original, const NewContent &content)
 {
     qint64 offset = base;
     for (const Segment &segment : content.segments) {
-        const auto written = isKept(segment) ? copyAll(original, segment.oldOffset, file, offset, segment.length)
-                                             : writeAll(file, segment.bytes, offset);
+        const auto written = isKept(segment)
+                                 ? platform::copyAll(original, segment.oldOffset, file, offset, segment.length)
+                                 : platform::writeAll(file, segment.bytes, offset);
         if (!written)
             return written;
         offset += segment.length;
@@ -236,4 +237,4 @@ Result<void> writeContent(File &file, qint64 base, File &original, const NewCont
     return {};
 }
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

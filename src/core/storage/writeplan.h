@@ -4,7 +4,7 @@
 
 /// What rewriteFile has to do: the new content in its simplest form, and where it differs from the
 /// old.
-namespace ravlin::platform {
+namespace ravlin::storage {
 
 /// Kernels copy written bytes into a file's pages one by one and disks write whole blocks of this
 /// many bytes (or more): a write inside one aligned block happens whole or not at all, also when
@@ -41,13 +41,13 @@ struct Change
 };
 
 /// Compares the new content with the file, reading no more of it than needed.
-Result<Change> findChange(File &file, qint64 oldSize, const NewContent &content);
+Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent &content);
 
 /// True when the file has the content at base and after: new bytes are compared all, kept ranges by
 /// their first and last block. original is the file that the kept ranges come from.
-Result<bool> holdsContent(File &file, qint64 base, File &original, const NewContent &content);
+Result<bool> holdsContent(platform::File &file, qint64 base, platform::File &original, const NewContent &content);
 
 /// Writes the content into file from base on.
-Result<void> writeContent(File &file, qint64 base, File &original, const NewContent &content);
+Result<void> writeContent(platform::File &file, qint64 base, platform::File &original, const NewContent &content);
 
-} // namespace ravlin::platform
+} // namespace ravlin::storage

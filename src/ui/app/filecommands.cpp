@@ -1,12 +1,12 @@
 #include "ui/app/filecommands.h"
 
+#include "core/files/list/listcolumns.h"
+#include "core/platform/path.h"
 #include "ui/app/listcontroller.h"
 #include "ui/app/program.h"
 #include "ui/app/statuspanels.h"
-#include "core/files/list/listcolumns.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
-#include "core/storage/leftovers.h"
 
 #include <QDesktopServices>
 #include <QDir>

@@ -1,8 +1,8 @@
 #include "ui/app/foldercommand.h"
 
 #include "core/app/pageowner.h"
-#include "ui/app/program.h"
 #include "core/files/renaming/renaming.h"
+#include "ui/app/program.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
 #include "ui/naming/dialog.h"

@@ -1,8 +1,8 @@
 #include "ui/app/furtheroptions.h"
 
 #include "core/app/idiomas.h"
-#include "ui/controls/wheelguard.h"
 #include "core/files/list/listcolumns.h"
+#include "ui/controls/wheelguard.h"
 
 #include <QCheckBox>
 #include <QComboBox>

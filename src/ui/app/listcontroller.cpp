@@ -1,9 +1,9 @@
 #include "ui/app/listcontroller.h"
 
+#include "core/files/list/currentfolder.h"
 #include "ui/app/program.h"
 #include "ui/app/statuspanels.h"
 #include "ui/controls/busy.h"
-#include "core/files/list/currentfolder.h"
 #include "ui/files/filelist.h"
 
 #include <QScrollBar>

@@ -1,5 +1,6 @@
 #include "ui/app/principal.h"
 
+#include "core/app/windowlayout.h"
 #include "ui/app/batchpages.h"
 #include "ui/app/commandbar.h"
 #include "ui/app/filecommands.h"
@@ -13,7 +14,6 @@
 #include "ui/app/statuspanels.h"
 #include "ui/app/toolbar.h"
 #include "ui/app/windowservices.h"
-#include "core/app/windowlayout.h"
 #include "ui/controls/busy.h"
 #include "ui/controls/esperate.h"
 #include "ui/controls/splitpanel.h"

@@ -1,11 +1,11 @@
 #include "ui/files/operationdialogs.h"
 
 #include "core/app/idiomas.h"
-#include "ui/controls/busy.h"
 #include "core/files/list/listcolumns.h"
+#include "core/platform/path.h"
+#include "ui/controls/busy.h"
 #include "ui/files/outcomedialog.h"
 #include "ui/files/takennamedialog.h"
-#include "core/storage/leftovers.h"
 
 #include <QMessageBox>
 #include <QPushButton>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ui/controls/outcomebox.h"
 #include "core/files/operations/fileoperations.h"
+#include "ui/controls/outcomebox.h"
 
 #include <QStringList>
 

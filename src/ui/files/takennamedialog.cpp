@@ -2,7 +2,7 @@
 
 #include "core/app/idiomas.h"
 #include "core/files/list/listcolumns.h"
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 #include <QCheckBox>
 #include <QDateTime>

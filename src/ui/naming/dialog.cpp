@@ -2,16 +2,16 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/settings.h"
-#include "ui/controls/making.h"
 #include "core/files/list/listcolumns.h"
 #include "core/files/renaming/renamefromtags.h"
 #include "core/naming/filename.h"
 #include "core/naming/namingrecord.h"
 #include "core/naming/placeholders.h"
+#include "core/tags/store/tagstore.h"
+#include "ui/controls/making.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
 #include "ui/naming/problemtext.h"
-#include "core/tags/store/tagstore.h"
 
 #include <QCheckBox>
 #include <QLabel>

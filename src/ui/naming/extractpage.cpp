@@ -3,15 +3,15 @@
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
 #include "core/app/selectionhint.h"
-#include "ui/controls/icons.h"
-#include "ui/controls/making.h"
 #include "core/naming/extraction.h"
 #include "core/naming/placeholders.h"
+#include "core/tags/store/tagstore.h"
+#include "ui/controls/icons.h"
+#include "ui/controls/making.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
 #include "ui/naming/placeholderlabel.h"
 #include "ui/naming/preview.h"
-#include "core/tags/store/tagstore.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

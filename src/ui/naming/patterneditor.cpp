@@ -2,9 +2,9 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/settings.h"
+#include "core/naming/patternhistory.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
-#include "core/naming/patternhistory.h"
 
 #include <QComboBox>
 #include <QGridLayout>

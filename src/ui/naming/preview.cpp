@@ -2,9 +2,9 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
+#include "core/tags/store/tagstore.h"
 #include "ui/controls/icons.h"
 #include "ui/naming/previewlines.h"
-#include "core/tags/store/tagstore.h"
 
 #include <QEvent>
 #include <QHeaderView>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ui/controls/splitpanel.h"
 #include "core/online/cddb/discapply.h"
 #include "core/online/cddb/disccontents.h"
 #include "core/online/cddb/xmcdrecord.h"
+#include "ui/controls/splitpanel.h"
 
 #include <QStringList>
 

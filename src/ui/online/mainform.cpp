@@ -1,9 +1,9 @@
 #include "ui/online/mainform.h"
 
 #include "core/app/settings.h"
+#include "core/online/update/updatedescriptor.h"
 #include "ui/controls/elidedlabel.h"
 #include "ui/controls/making.h"
-#include "core/online/update/updatedescriptor.h"
 
 #include <QDir>
 #include <QFileDialog>

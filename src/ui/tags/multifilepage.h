@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ui/controls/pagearea.h"
 #include "core/naming/conversion.h"
+#include "ui/controls/pagearea.h"
 
 #include <array>
 

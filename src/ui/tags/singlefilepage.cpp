@@ -2,13 +2,13 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
+#include "core/tags/store/tageditor.h"
+#include "core/tags/store/tagstore.h"
 #include "ui/controls/conversionbox.h"
 #include "ui/controls/elidedlabel.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/wheelguard.h"
-#include "core/tags/store/tageditor.h"
-#include "core/tags/store/tagstore.h"
 #include "ui/tags/digitsedit.h"
 #include "ui/tags/streampanel.h"
 

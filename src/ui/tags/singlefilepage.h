@@ -1,10 +1,10 @@
 #pragma once
 
-#include "ui/controls/pagearea.h"
 #include "core/naming/conversion.h"
 #include "core/platform/filesystem.h"
 #include "core/tags/mpeg/streamdetails.h"
 #include "core/tags/record/tagrecord.h"
+#include "ui/controls/pagearea.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/storage/safewrite.h"
 #include "core/platform/scratchfolder.h"
+#include "core/storage/safewrite.h"
 
 #include <unistd.h>
 
@@ -57,9 +57,9 @@ public:
     }
 
     /// The way from the old content to the new.
-    std::vector<platform::Segment> forward() const
+    std::vector<storage::Segment> forward() const
     {
-        using platform::Segment;
+        using storage::Segment;
         switch (m_way) {
         case Way::InPlace:
             return {
@@ -75,9 +75,9 @@ public:
         return {Segment::fresh(QByteArray(7000, 'n')), Segment::kept(0, m_old.size())};
     }
     /// And back again.
-    std::vector<platform::Segment> backward() const
+    std::vector<storage::Segment> backward() const
     {
-        using platform::Segment;
+        using storage::Segment;
         switch (m_way) {
         case Way::InPlace:
             return {Segment::fresh(m_old.left(3100)), Segment::kept(3100, m_old.size() - 3100)};
@@ -92,9 +92,9 @@ public:
         return {Segment::kept(7000, m_old.size())};
     }
 
-    Result<platform::WriteOutcome> rewriteForward(platform::FileSystem &fileSystem) const
+    Result<storage::WriteOutcome> rewriteForward(platform::FileSystem &fileSystem) const
     {
-        return platform::rewriteFile(fileSystem, m_path, infoOf(m_path), forward());
+        return storage::rewriteFile(fileSystem, m_path, infoOf(m_path), forward());
     }
     /// No file but those of the beginning.
     bool isClean() const { return m_folder.names() == m_names; }
@@ -102,7 +102,7 @@ public:
     {
         const QStringList names = m_folder.names();
         return std::all_of(names.begin(), names.end(),
-            [this](const QString &name) { return m_names.contains(name) || platform::isLeftoverName(name); });
+            [this](const QString &name) { return m_names.contains(name) || storage::isLeftoverName(name); });
     }
 
 private:

@@ -2,9 +2,9 @@
 // safe change, touches nothing where nothing differs, and keeps links, owner, permissions,
 // attributes and, when asked, the time.
 
+#include "core/platform/scratchfolder.h"
 #include "core/storage/leftovers.h"
 #include "core/storage/safewrite.h"
-#include "core/platform/scratchfolder.h"
 
 #include <QProcess>
 #include <QStandardPaths>
@@ -21,10 +21,11 @@
 
 using namespace ravlin;
 using namespace ravlin::platform;
+using namespace ravlin::storage;
 using ravlin::test::infoOf;
 using ravlin::test::ScratchFolder;
 
-Q_DECLARE_METATYPE(ravlin::platform::WriteOutcome)
+Q_DECLARE_METATYPE(ravlin::storage::WriteOutcome)
 
 namespace {
 

@@ -2,6 +2,7 @@
 // the file holds the old content or the new one, the caller hears of a failure, and what stays
 // behind is known by its name and goes away.
 
+#include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 #include "core/storage/redofile.h"
 #include "core/storage/redoformat.h"
@@ -14,6 +15,7 @@
 
 using namespace ravlin;
 using namespace ravlin::platform;
+using namespace ravlin::storage;
 using namespace ravlin::test;
 
 Q_DECLARE_METATYPE(ravlin::test::Way)

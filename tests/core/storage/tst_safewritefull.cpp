@@ -1,8 +1,8 @@
 // Contract: where the disk or the user's limit on file sizes is too small for the new content, the file keeps the old
 // one, nothing stays behind, and the caller is told NoSpace.
 
-#include "core/storage/safewrite.h"
 #include "core/platform/scratchfolder.h"
+#include "core/storage/safewrite.h"
 
 #include <QProcess>
 #include <QtTest>
@@ -16,6 +16,7 @@
 
 using namespace ravlin;
 using namespace ravlin::platform;
+using namespace ravlin::storage;
 using ravlin::test::infoOf;
 using ravlin::test::ScratchFolder;
 

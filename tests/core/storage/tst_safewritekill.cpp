@@ -13,6 +13,7 @@
 
 using namespace ravlin;
 using namespace ravlin::platform;
+using namespace ravlin::storage;
 using namespace ravlin::test;
 
 Q_DECLARE_METATYPE(ravlin::test::Way)

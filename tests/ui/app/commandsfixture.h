@@ -1,8 +1,8 @@
 #pragma once
 
+#include "support/trash.h"
 #include "ui/app/filecommands.h"
 #include "ui/app/principalfixture.h"
-#include "support/trash.h"
 
 #include <QAction>
 #include <QApplication>

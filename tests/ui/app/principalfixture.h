@@ -1,12 +1,12 @@
 #pragma once
 
 #include "core/app/settings.h"
+#include "support/mp3builder.h"
+#include "support/nativepath.h"
 #include "ui/app/principal.h"
 #include "ui/app/program.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
-#include "support/mp3builder.h"
-#include "support/nativepath.h"
 
 #include <QCheckBox>
 #include <QComboBox>

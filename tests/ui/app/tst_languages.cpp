@@ -3,21 +3,21 @@
 // texts when it applies its captions; one that is made later has them at once.
 
 #include "core/app/texttable.h"
+#include "core/naming/placeholders.h"
+#include "core/online/cddb/ufreedb.h"
+#include "core/tags/store/tageditor.h"
+#include "ui/app/frmabout.h"
 #include "ui/app/opciones.h"
 #include "ui/app/principalfixture.h"
-#include "ui/online/buscaweb.h"
-#include "ui/app/frmabout.h"
 #include "ui/files/outcomedialog.h"
 #include "ui/files/takennamedialog.h"
-#include "core/naming/placeholders.h"
 #include "ui/naming/clashdialog.h"
 #include "ui/naming/dialog.h"
 #include "ui/naming/patterneditor.h"
-#include "core/online/cddb/ufreedb.h"
+#include "ui/online/buscaweb.h"
 #include "ui/online/freedb.h"
 #include "ui/online/mainform.h"
 #include "ui/online/matchdialog.h"
-#include "core/tags/store/tageditor.h"
 #include "ui/tags/fakepageowner.h"
 
 #include <QAbstractItemView>

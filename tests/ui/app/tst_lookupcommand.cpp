@@ -1,11 +1,11 @@
 // The CD-database window over the main window: it is opened by the toolbar's first button, its menu's entry, the list's
 // context menu and a key, for the files that are selected; the list shows what it saves; it goes with the main window.
 
+#include "support/cddbserver.h"
+#include "support/cddbtest.h"
 #include "ui/app/commandsfixture.h"
 #include "ui/online/freedb.h"
 #include "ui/online/rowlist.h"
-#include "support/cddbserver.h"
-#include "support/cddbtest.h"
 
 #include <QProgressBar>
 

@@ -3,10 +3,10 @@
 
 #include "core/app/options.h"
 #include "core/app/settings.h"
-#include "ui/app/opciones.h"
-#include "ui/app/program.h"
 #include "support/cddbtest.h"
 #include "support/updateserver.h"
+#include "ui/app/opciones.h"
+#include "ui/app/program.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -2,9 +2,9 @@
 // way of the Tab key, and a name for each part.
 
 #include "core/app/texttable.h"
+#include "core/naming/placeholders.h"
 #include "ui/app/principalfixture.h"
 #include "ui/controls/esperate.h"
-#include "core/naming/placeholders.h"
 
 #include <QAbstractScrollArea>
 #include <QAction>

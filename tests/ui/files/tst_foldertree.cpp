@@ -1,9 +1,9 @@
 // The tree of folders: order, arrows, hidden, unreadable and oddly named folders, paths that do not exist, refreshing,
 // and what its keys report.
 
-#include "ui/files/foldertree.h"
 #include "core/platform/filesystem.h"
 #include "support/filetree.h"
+#include "ui/files/foldertree.h"
 
 #include <QAbstractItemModelTester>
 #include <QDir>

@@ -2,9 +2,9 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/settings.h"
-#include "ui/naming/namingcontext.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
+#include "ui/naming/namingcontext.h"
 #include "ui/tags/fakepageowner.h"
 
 #include <QApplication>

@@ -4,12 +4,12 @@
 #include "core/app/options.h"
 #include "core/app/settings.h"
 #include "core/online/cddb/ufreedb.h"
-#include "ui/online/freedb.h"
-#include "ui/online/rowlist.h"
 #include "support/cddbserver.h"
 #include "support/cddbtest.h"
 #include "support/nativepath.h"
 #include "support/tagfixture.h"
+#include "ui/online/freedb.h"
+#include "ui/online/rowlist.h"
 #include "ui/tags/fakepageowner.h"
 
 #include <QApplication>

@@ -3,8 +3,8 @@
 // can be closed at any moment.
 
 #include "core/online/cddb/playingtimes.h"
-#include "ui/online/lookupfixture.h"
 #include "support/gatedfilesystem.h"
+#include "ui/online/lookupfixture.h"
 
 #include <QSignalSpy>
 

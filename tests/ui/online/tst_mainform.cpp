@@ -2,11 +2,11 @@
 // what it shows meanwhile, that every failure is told and that it can be ended at any moment.
 #include "core/app/settings.h"
 #include "core/app/texttable.h"
-#include "ui/controls/elidedlabel.h"
-#include "ui/online/mainform.h"
 #include "core/platform/scratchfolder.h"
 #include "support/cddbtest.h"
 #include "support/updateserver.h"
+#include "ui/controls/elidedlabel.h"
+#include "ui/online/mainform.h"
 
 #include <QAbstractButton>
 #include <QApplication>

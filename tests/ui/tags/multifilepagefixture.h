@@ -2,8 +2,8 @@
 
 #include "core/app/idiomas.h"
 #include "core/naming/sessionchoices.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 #include "ui/tags/fakepageowner.h"
 #include "ui/tags/multifilepage.h"
 

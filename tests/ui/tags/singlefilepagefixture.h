@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/app/idiomas.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 #include "ui/tags/fakepageowner.h"
 #include "ui/tags/singlefilepage.h"
 

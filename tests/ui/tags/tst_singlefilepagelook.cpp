@@ -2,8 +2,8 @@
 // assistive tools, and that nothing is cut at the narrowest usual width.
 
 #include "core/app/idiomas.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 #include "ui/tags/fakepageowner.h"
 #include "ui/tags/singlefilepage.h"
 

@@ -1,7 +1,7 @@
 #include "core/files/list/currentfolder.h"
 
-#include "core/storage/asidename.h"
 #include "core/files/list/listcolumns.h"
+#include "core/storage/saferename.h"
 
 namespace ravlin {
 
@@ -15,7 +15,7 @@ bool broughtBack(const Result<Listing> &listing)
     bool any = false;
     if (listing) {
         for (const QString &folder : listing->interruptedRenames) {
-            const auto done = bringBackAside(platform::FileSystem::native(), folder);
+            const auto done = storage::bringBackAside(platform::FileSystem::native(), folder);
             any = any || (done && !done->empty());
         }
     }

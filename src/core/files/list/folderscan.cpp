@@ -1,8 +1,8 @@
 #include "core/files/list/folderscan.h"
 
-#include "core/storage/asidename.h"
 #include "core/files/list/tagreading.h"
 #include "core/platform/folder.h"
+#include "core/storage/saferename.h"
 #include "core/storage/safewrite.h"
 
 #include <QHash>
@@ -20,7 +20,7 @@ using FolderIdentity = std::pair<quint64, quint64>;
 bool isListed(const platform::FolderEntry &entry)
 {
     return entry.kind == platform::EntryKind::File && !entry.isHidden &&
-           entry.name.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive) && !platform::isLeftoverName(entry.name);
+           entry.name.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive) && !storage::isLeftoverName(entry.name);
 }
 
 QStringList subfolders(
@@ -29,7 +29,7 @@ QStringList subfolders(
     std::vector<std::pair<QString, QString>> found; // upper-case form and path
     for (const platform::FolderEntry &entry : entries) {
         // A folder that is being copied is not there yet.
-        if (entry.kind == platform::EntryKind::Folder && !platform::isLeftoverName(entry.name)) {
+        if (entry.kind == platform::EntryKind::Folder && !storage::isLeftoverName(entry.name)) {
             const QString path = folderPath + entry.name + platform::Separator;
             found.emplace_back(path.toUpper(), path);
         }
@@ -65,7 +65,7 @@ public:
         for (const platform::FolderEntry &entry : *entries) {
             if (isListed(entry))
                 files.names.push_back(entry.name);
-            hasAside = hasAside || nameBeforeAside(entry.name).has_value();
+            hasAside = hasAside || storage::nameBeforeAside(entry.name).has_value();
         }
         if (hasAside)
             m_interruptedRenames.push_back(folderPath);

@@ -28,7 +28,7 @@ struct Listing
     std::vector<ListRow> rows;
     std::vector<ListFailure> failures;
     std::size_t filesRead = 0; ///< files that were opened; the cache knew the others
-    /// Folders in which an interrupted rename left something under a name for the time being (see asidename.h).
+    /// Folders in which an interrupted rename left something under a name for the time being (see saferename.h).
     QStringList interruptedRenames;
     bool isComplete = true; ///< false: a stop was requested meanwhile, files are missing
 };

@@ -32,9 +32,6 @@ public:
     /// works where the file system ignores case.
     Result<void> RenameFile(const QString &source, const QString &newName);
 
-    /// Whether what bears the new path is the source itself, since the file system ignores case.
-    bool isSameButForCase(const QString &source, const QString &newName);
-
     /// Makes a program the one that opens files of an extension, see platform::makeFileDefault.
     static Result<void> MakeFileDefault(
         const QString &className, const QString &description, const QString &programPath, const QString &extension);
@@ -48,7 +45,6 @@ public:
 private:
     int RunFileOperation(
         const QString &source, const QString &destination, FileOperation operation, bool allowUndo, int flags);
-    Result<void> renameInTwoSteps(const QString &source, const QString &newName);
 
     platform::FileSystem &m_fileSystem;
     FileService *m_service = nullptr;

@@ -1,7 +1,7 @@
 #include "core/files/operations/deletion.h"
 
-#include "core/storage/leftovers.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
 #include "core/storage/removetree.h"
 
 #include <algorithm>
@@ -61,7 +61,7 @@ DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList
         if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
             return tl::unexpected(
                 Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
-        return platform::removeTree(fileSystem, path).map([&] { report.deleted.append(path); });
+        return storage::removeTree(fileSystem, path).map([&] { report.deleted.append(path); });
     });
 }
 

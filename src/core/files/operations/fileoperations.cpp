@@ -1,6 +1,8 @@
 #include "core/files/operations/fileoperations.h"
 
-#include "core/storage/leftovers.h"
+#include "core/storage/saferename.h"
+
+#include "core/platform/path.h"
 
 #include <algorithm>
 
@@ -161,7 +163,7 @@ int FileOperations::remove(const FileRequest &request)
 int FileOperations::rename(const FileRequest &request)
 {
     const QString source = sourcePaths(request.source).value(0);
-    const Result<void> renamed = clsFileFunc(m_fileSystem).RenameFile(source, request.destination);
+    const Result<void> renamed = storage::renameFile(m_fileSystem, source, request.destination);
     OperationReport report;
     report.kind = OperationKind::Rename;
     if (renamed) {

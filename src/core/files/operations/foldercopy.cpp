@@ -1,5 +1,5 @@
 #include "core/files/operations/transferrun.h"
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 namespace ravlin {
 
@@ -8,11 +8,11 @@ using platform::NodeKind;
 
 Result<void> CopyQueue::add(const CopiedNode &copied, const QString &tag, bool replaces)
 {
-    auto copy = platform::FileCopy::prepare(m_fileSystem, copied.source, platform::folderOf(copied.target), m_watch);
+    auto copy = storage::FileCopy::prepare(m_fileSystem, copied.source, platform::folderOf(copied.target), m_watch);
     if (!copy)
         return tl::unexpected(copy.error());
     Pending &pending = m_pending.emplace_back(Pending{{copied, tag, replaces, {}}, std::move(*copy)});
-    const auto placing = replaces ? platform::Placing::InPlaceOf : platform::Placing::New;
+    const auto placing = replaces ? storage::Placing::InPlaceOf : storage::Placing::New;
     m_workers.submit([&pending, placing, check = m_check] {
         pending.result.outcome = pending.copy.secure(check).and_then(
             [&] { return pending.copy.place(pending.result.copied.target, placing); });

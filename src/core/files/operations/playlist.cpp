@@ -5,9 +5,10 @@
 #include "core/platform/fileio.h"
 #include "core/platform/fixedfiles.h"
 #include "core/platform/folder.h"
-#include "core/storage/leftovers.h"
 #include "core/platform/namecheck.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
+#include "core/storage/leftovers.h"
 
 #include <algorithm>
 
@@ -33,7 +34,7 @@ Result<void> writeList(platform::FileSystem &fileSystem, const QString &path, co
         return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("a folder has that name")});
     const bool isFile = present && present->kind == platform::NodeKind::File;
     const quint32 permissions = isFile ? present->info.permissions : platform::newFilePermissions();
-    auto temporary = platform::TemporaryFile::create(fileSystem, platform::folderOf(path));
+    auto temporary = storage::TemporaryFile::create(fileSystem, platform::folderOf(path));
     if (!temporary)
         return tl::unexpected(temporary.error());
     return platform::writeAll(temporary->file(), content, 0)

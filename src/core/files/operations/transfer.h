@@ -15,7 +15,7 @@
 /// looks and touches nothing, answerClashes has the names that are taken decided, runTransfer does the work.
 ///
 /// - A file or folder is complete under its final name or absent, also when the program is killed; what it was making
-///   then bears a name that platform::isLeftoverName knows.
+///   then bears a name that storage::isLeftoverName knows.
 /// - A move to another drive deletes the source only after all of it was copied, synced and compared.
 /// - A source of which anything fails, or that is stopped, stays whole, and nothing of it appears at the target.
 /// - Nothing is overwritten without the answer Replace. A folder is never put in the place of a file, nor a file in

@@ -1,7 +1,7 @@
-#include "core/files/operations/clsfilefunc.h"
 #include "core/files/operations/transfer.h"
-#include "core/storage/leftovers.h"
 #include "core/platform/namecheck.h"
+#include "core/platform/path.h"
+#include "core/storage/saferename.h"
 
 namespace ravlin {
 
@@ -159,7 +159,7 @@ std::optional<Clash> Planner::clashOf(const TransferItem &item, bool isTopLevel)
     clash.isMerge = isFolder && ontoFolder;
     const auto place = placeOf(m_fileSystem, item.source);
     const auto aim = placeOf(m_fileSystem, item.target);
-    const bool isOtherCase = place && aim && clsFileFunc(m_fileSystem).isSameButForCase(*place, *aim);
+    const bool isOtherCase = place && aim && storage::isSameButForCase(m_fileSystem, *place, *aim);
     if (isOtherCase && m_plan.kind == TransferKind::Move)
         return std::nullopt; // it bears the name itself
     const bool isItself = isOtherCase || (place && aim && *place == *aim);

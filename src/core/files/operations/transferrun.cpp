@@ -1,6 +1,7 @@
 #include "core/files/operations/transferrun.h"
-#include "core/files/operations/clsfilefunc.h"
+#include "core/storage/saferename.h"
 
+#include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 
 #include <QSet>
@@ -56,7 +57,7 @@ public:
     Runner(platform::FileSystem &fileSystem, const TransferPlan &plan, const TransferOptions &options)
         : m_fileSystem(fileSystem), m_plan(plan), m_stop(options.stop), m_progress(plan, options),
           m_queue(fileSystem, {[this](qint64 bytes) { m_progress.advance(bytes); }, options.stop},
-              moves() ? platform::CopyCheck::Everything : platform::CopyCheck::Ends)
+              moves() ? storage::CopyCheck::Everything : storage::CopyCheck::Ends)
     {
     }
 
@@ -152,7 +153,7 @@ void Runner::merge(const TransferItem &item)
 Result<void> Runner::rename(const TransferItem &item)
 {
     if (!item.replaces())
-        return clsFileFunc(m_fileSystem).RenameFile(item.source, item.target);
+        return storage::renameFile(m_fileSystem, item.source, item.target);
     // Two names of one file: the system's rename does nothing then.
     if (const auto present = platform::nodeAt(item.target); present && present->isSameAs(item.node))
         return m_fileSystem.remove(item.source);
@@ -191,7 +192,7 @@ Result<void> Runner::copyLinkTo(const TransferItem &item)
     }
     // In a folder of its own until it takes the other's place.
     const QString parent = platform::folderOf(item.target);
-    auto temporary = platform::TemporaryFolder::create(m_fileSystem, parent);
+    auto temporary = storage::TemporaryFolder::create(m_fileSystem, parent);
     if (!temporary)
         return tl::unexpected(temporary.error());
     const QString made = platform::inFolder(temporary->path(), QStringLiteral("link"));
@@ -208,7 +209,7 @@ void Runner::copyFolder(const TransferItem &item)
         return;
     }
     const QString parent = platform::folderOf(item.target);
-    auto temporary = platform::TemporaryFolder::create(m_fileSystem, parent);
+    auto temporary = storage::TemporaryFolder::create(m_fileSystem, parent);
     if (!temporary) {
         fail(item.source, temporary.error());
         return;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/files/operations/transfer.h"
-#include "core/storage/copyfile.h"
 #include "core/platform/workers.h"
+#include "core/storage/copyfile.h"
 
 #include <deque>
 #include <list>
@@ -24,7 +24,7 @@ struct CopiedNode
 class CopyQueue
 {
 public:
-    CopyQueue(platform::FileSystem &fileSystem, platform::CopyWatch watch, platform::CopyCheck check)
+    CopyQueue(platform::FileSystem &fileSystem, storage::CopyWatch watch, storage::CopyCheck check)
         : m_fileSystem(fileSystem), m_watch(std::move(watch)), m_check(check), m_workers(WorkerCount)
     {
     }
@@ -47,14 +47,14 @@ private:
     struct Pending
     {
         Settled result;
-        platform::FileCopy copy;
+        storage::FileCopy copy;
     };
     static constexpr std::size_t WorkerCount = 8;
     static constexpr std::size_t Most = 64; ///< files open at a time: two descriptors each
 
     platform::FileSystem &m_fileSystem;
-    const platform::CopyWatch m_watch;
-    const platform::CopyCheck m_check;
+    const storage::CopyWatch m_watch;
+    const storage::CopyCheck m_check;
     std::list<Pending> m_pending; ///< a list: workers hold addresses of its elements
     platform::Workers m_workers;  ///< last, so that it ends first
 };

@@ -1,6 +1,6 @@
 #include "core/files/operations/undo.h"
 
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 namespace ravlin {
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/files/operations/deletion.h"
-#include "core/files/renaming/renaming.h"
 #include "core/files/operations/transfer.h"
+#include "core/files/renaming/renaming.h"
 
 #include <deque>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "core/files/renaming/renamefromtags.h"
 
 #include "core/naming/filename.h"
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 namespace ravlin {
 

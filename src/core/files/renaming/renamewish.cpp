@@ -1,6 +1,6 @@
 #include "core/files/renaming/renamewish.h"
 
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 #include <QStringList>
 

@@ -1,6 +1,6 @@
 #include "core/files/renaming/renamingdraft.h"
 
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 #include <algorithm>
 #include <utility>

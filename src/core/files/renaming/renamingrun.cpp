@@ -1,7 +1,6 @@
-#include "core/storage/asidename.h"
-#include "core/files/operations/clsfilefunc.h"
 #include "core/files/renaming/renaming.h"
 #include "core/files/renaming/renamingdraft.h"
+#include "core/storage/saferename.h"
 
 #include <algorithm>
 #include <set>
@@ -14,7 +13,7 @@ class RenamingRun
 {
 public:
     RenamingRun(platform::FileSystem &fileSystem, const RenamingPlan &plan)
-        : m_fileSystem(fileSystem), m_fileFunc(fileSystem), m_draft(*plan.m_draft), m_isDone(m_draft.rows.size(), false)
+        : m_fileSystem(fileSystem), m_draft(*plan.m_draft), m_isDone(m_draft.rows.size(), false)
     {
         m_outcome.rows = m_draft.rows;
     }
@@ -93,7 +92,7 @@ private:
             if (Result<void> made = makeFolderOf(planned.path); !made)
                 return made;
         }
-        return m_fileFunc.RenameFile(from, planned.path);
+        return storage::renameFile(m_fileSystem, from, planned.path);
     }
 
     /// The first row's file goes aside, the others follow from the last on, then the first one gets its name. When one
@@ -103,9 +102,9 @@ private:
         for (const std::size_t row : ring)
             m_isDone[row] = true;
         const QString first = m_outcome.rows[ring.front()].from;
-        const QString aside = asidePath(first);
-        const auto lock = lockAside(m_fileSystem, first);
-        if (const Result<void> moved = m_fileFunc.RenameFile(first, aside); !moved) {
+        const QString aside = storage::asidePath(first);
+        const auto lock = storage::lockAside(m_fileSystem, first);
+        if (const Result<void> moved = storage::renameFile(m_fileSystem, first, aside); !moved) {
             for (const std::size_t row : ring)
                 fail(row, moved.error());
             return;
@@ -129,7 +128,7 @@ private:
     {
         while (!renamed.empty()) {
             RenameRow &row = m_outcome.rows[renamed.back()];
-            if (!m_fileFunc.RenameFile(row.path, row.from))
+            if (!storage::renameFile(m_fileSystem, row.path, row.from))
                 break; // those that are left have got their names
             renamed.pop_back();
         }
@@ -139,7 +138,7 @@ private:
         }
         // Else it stays under a name that tells what it was.
         RenameRow &first = m_outcome.rows[ring.front()];
-        if (!m_fileFunc.RenameFile(aside, first.from))
+        if (!storage::renameFile(m_fileSystem, aside, first.from))
             first.path = aside;
     }
 
@@ -166,7 +165,6 @@ private:
     }
 
     platform::FileSystem &m_fileSystem;
-    clsFileFunc m_fileFunc;
     const RenamingPlan::Draft &m_draft;
     RenamingOutcome m_outcome;
     std::vector<bool> m_isDone;

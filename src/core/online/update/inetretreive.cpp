@@ -83,7 +83,7 @@ void InetRetreive::start(const Job &job, Done done)
     m_synced = 0;
     m_hash.reset();
     // What a program that was killed left there.
-    std::ignore = platform::cleanLeftovers(m_fileSystem, platform::folderOf(job.path));
+    std::ignore = storage::cleanLeftovers(m_fileSystem, platform::folderOf(job.path));
     m_web.get(job.url);
 }
 
@@ -116,7 +116,7 @@ Result<void> InetRetreive::openFile()
     const auto room = m_fileSystem.freeBytes(folder);
     if (room && m_progress.total() > *room)
         return tl::unexpected(Error{ErrorCode::NoSpace, folder, {}});
-    auto made = platform::TemporaryFile::create(m_fileSystem, folder);
+    auto made = storage::TemporaryFile::create(m_fileSystem, folder);
     if (!made)
         return tl::unexpected(made.error());
     m_file.emplace(std::move(*made));
@@ -234,7 +234,7 @@ void InetRetreive::complete(bool isChecked)
 
 void InetRetreive::failOfFile(Error error)
 {
-    if (error.path.isEmpty() || platform::isLeftoverName(platform::nameOf(error.path)))
+    if (error.path.isEmpty() || storage::isLeftoverName(platform::nameOf(error.path)))
         error.path = m_job.path;
     end(tl::unexpected(UpdateFailure::ofFile(error)));
 }

@@ -87,7 +87,7 @@ private:
     Job m_job;
     Done m_done; ///< empty when there is no download
     DownloadProgress m_progress;
-    std::optional<platform::TemporaryFile> m_file;
+    std::optional<storage::TemporaryFile> m_file;
     qint64 m_written = 0; ///< bytes
     qint64 m_synced = 0;
     QCryptographicHash m_hash{QCryptographicHash::Sha256};

@@ -2,6 +2,7 @@
 
 #include "core/platform/fileio.h"
 #include "core/platform/fixedfiles.h"
+#include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@ namespace {
 
 Result<void> writeWhole(platform::FileSystem &fileSystem, const QString &path, const QByteArray &content)
 {
-    auto temporary = platform::TemporaryFile::create(fileSystem, platform::folderOf(path));
+    auto temporary = storage::TemporaryFile::create(fileSystem, platform::folderOf(path));
     if (!temporary)
         return tl::unexpected(temporary.error());
     return platform::writeAll(temporary->file(), content, 0)

@@ -1,8 +1,8 @@
 #include "core/platform/filesystem.h"
 
-#include "core/platform/posix/systemerror.h"
 #include "core/platform/posix/exclusiverename.h"
 #include "core/platform/posix/file.h"
+#include "core/platform/posix/systemerror.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #include "core/platform/fixedfiles.h"
 
 #include "core/platform/filesystem.h"
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 
 #include <QFile>
 #include <QStandardPaths>

@@ -1,7 +1,7 @@
 #include "core/platform/folder.h"
 
-#include "core/platform/posix/systemerror.h"
 #include "core/platform/posix/file.h"
+#include "core/platform/posix/systemerror.h"
 
 #include <dirent.h>
 #include <fcntl.h>

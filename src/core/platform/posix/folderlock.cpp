@@ -1,7 +1,7 @@
 #include "core/platform/folderlock.h"
 
-#include "core/platform/posix/systemerror.h"
 #include "core/platform/filesystem.h"
+#include "core/platform/posix/systemerror.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

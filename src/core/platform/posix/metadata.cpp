@@ -1,5 +1,5 @@
-#include "core/platform/posix/systemerror.h"
 #include "core/platform/posix/file.h"
+#include "core/platform/posix/systemerror.h"
 
 #include <sys/stat.h>
 #include <sys/xattr.h>

@@ -1,7 +1,7 @@
 #include "core/platform/nodes.h"
 
-#include "core/platform/posix/systemerror.h"
 #include "core/platform/posix/file.h"
+#include "core/platform/posix/systemerror.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -130,11 +130,6 @@ void forgetCached(const QString &path)
         return;
     ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_DONTNEED);
     ::close(descriptor);
-}
-
-bool isPlainName(const QString &name)
-{
-    return !name.isEmpty() && name != QStringLiteral(".") && name != QStringLiteral("..") && !name.contains(Separator);
 }
 
 } // namespace ravlin::platform

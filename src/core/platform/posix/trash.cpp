@@ -1,10 +1,10 @@
 #include "core/platform/trash.h"
 
-#include "core/platform/posix/systemerror.h"
 #include "core/platform/filesystem.h"
-#include "core/storage/leftovers.h"
 #include "core/platform/namecheck.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
+#include "core/platform/posix/systemerror.h"
 
 #include <QDateTime>
 

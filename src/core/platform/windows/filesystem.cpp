@@ -1,8 +1,8 @@
 #include "core/platform/filesystem.h"
 
-#include "core/platform/windows/file.h"
-#include "core/storage/leftovers.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
+#include "core/platform/windows/file.h"
 
 #include <cstddef>
 #include <cstring>

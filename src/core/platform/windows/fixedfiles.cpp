@@ -1,6 +1,6 @@
 #include "core/platform/fixedfiles.h"
 
-#include "core/storage/leftovers.h"
+#include "core/platform/path.h"
 #include "core/platform/windows/native.h"
 
 #include <QDir>

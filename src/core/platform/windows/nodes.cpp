@@ -119,11 +119,4 @@ void forgetCached(const QString &path)
         openExisting(native, GENERIC_READ, FILE_FLAG_NO_BUFFERING);
 }
 
-bool isPlainName(const QString &name)
-{
-    // A colon would name a drive or a stream of the file.
-    return !name.isEmpty() && name != QStringLiteral(".") && name != QStringLiteral("..") &&
-           !name.contains(Separator) && !name.contains(u'/') && !name.contains(u':');
-}
-
 } // namespace ravlin::platform

@@ -1,8 +1,8 @@
 #include "core/platform/trash.h"
 
-#include "core/storage/leftovers.h"
-#include "core/platform/windows/native.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
+#include "core/platform/windows/native.h"
 
 #include <shellapi.h>
 #include <shlobj.h>

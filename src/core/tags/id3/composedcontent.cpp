@@ -7,7 +7,7 @@ namespace ravlin::id3 {
 qint64 ComposedContent::size() const
 {
     qint64 size = 0;
-    for (const platform::Segment &segment : m_segments)
+    for (const storage::Segment &segment : m_segments)
         size += segment.length;
     return size;
 }
@@ -16,7 +16,7 @@ Result<qint64> ComposedContent::readAt(std::span<char> buffer, qint64 offset)
 {
     qint64 done = 0;
     qint64 segmentBegin = 0;
-    for (const platform::Segment &segment : m_segments) {
+    for (const storage::Segment &segment : m_segments) {
         const qint64 within = offset + done - segmentBegin;
         segmentBegin += segment.length;
         const qint64 wanted = std::min<qint64>(std::ssize(buffer) - done, segment.length - within);

@@ -11,7 +11,7 @@ namespace ravlin::id3 {
 class ComposedContent : public platform::File
 {
 public:
-    ComposedContent(platform::File &old, const std::vector<platform::Segment> &segments)
+    ComposedContent(platform::File &old, const std::vector<storage::Segment> &segments)
         : m_old(old), m_segments(segments)
     {
     }
@@ -33,7 +33,7 @@ private:
     static tl::unexpected<Error> unsupported() { return tl::unexpected(Error{ErrorCode::Unsupported, {}, {}}); }
 
     platform::File &m_old;
-    const std::vector<platform::Segment> &m_segments;
+    const std::vector<storage::Segment> &m_segments;
 };
 
 } // namespace ravlin::id3

@@ -8,7 +8,7 @@
 
 namespace ravlin::id3 {
 
-using platform::Segment;
+using storage::Segment;
 
 namespace {
 

@@ -16,13 +16,13 @@ namespace ravlin::id3 {
 /// its version, its region keeps its size where the frames fit; else it grows and gets fresh padding.
 ///
 /// Errors: BrokenTag when the tag can't be written without loss, TooLarge beyond the format's 256 MB, those of reading.
-Result<std::optional<std::vector<platform::Segment>>> composeSave(
+Result<std::optional<std::vector<storage::Segment>>> composeSave(
     platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion = 3);
 
 /// The content of the file without the ID3v2 tags that stand at its start, one right behind the other. tagsEnd: where
 /// they must end, the file's size less an ID3v1 tag. Nothing when there is none. Errors: BrokenTag when the first one
 /// claims more, those of reading.
-Result<std::optional<std::vector<platform::Segment>>> composeStrip(
+Result<std::optional<std::vector<storage::Segment>>> composeStrip(
     platform::File &file, qint64 fileSize, qint64 tagsEnd);
 
 } // namespace ravlin::id3

@@ -4,9 +4,9 @@
 
 namespace ravlin {
 
-using platform::Segment;
-using platform::WriteOptions;
-using platform::WriteOutcome;
+using storage::Segment;
+using storage::WriteOptions;
+using storage::WriteOutcome;
 
 namespace {
 
@@ -53,8 +53,8 @@ Result<void> TagObject::Link(const QString &path)
     if (!file)
         return tl::unexpected(file.error());
     auto info = (*file)->info();
-    if (info && platform::mayNeedRecovery(m_fileSystem, *info)) {
-        if (Result<void> recovered = platform::recoverFile(m_fileSystem, path); !recovered)
+    if (info && storage::mayNeedRecovery(m_fileSystem, *info)) {
+        if (Result<void> recovered = storage::recoverFile(m_fileSystem, path); !recovered)
             return recovered;
         file = m_fileSystem.open(path, platform::OpenMode::Read);
         if (!file)
@@ -199,7 +199,7 @@ Result<WriteOutcome> TagObject::write(const Content &content, const WriteOptions
     if (!*content)
         return WriteOutcome::Unchanged;
     m_file.reset(); // some of Windows' file systems don't replace a file that is open
-    Result<WriteOutcome> outcome = platform::rewriteFile(m_fileSystem, m_path, m_info, **content, options);
+    Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, m_path, m_info, **content, options);
     if (outcome && *outcome != WriteOutcome::Unchanged) {
         Close(); // what was parsed is no longer what the file holds
         return outcome;

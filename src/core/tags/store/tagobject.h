@@ -57,21 +57,21 @@ public:
 
     /// Writes the properties into one tag kind, or takes one away: ID3v2 tags all that stand one behind the other at
     /// the start of the file, ID3v1 tags all at its end. Errors: BrokenTag, TooLarge, and those of
-    /// platform::rewriteFile; the file is as it was then.
-    Result<platform::WriteOutcome> SaveV1Tag(const platform::WriteOptions &options = {});
-    Result<platform::WriteOutcome> StripV1Tag(const platform::WriteOptions &options = {});
+    /// storage::rewriteFile; the file is as it was then.
+    Result<storage::WriteOutcome> SaveV1Tag(const storage::WriteOptions &options = {});
+    Result<storage::WriteOutcome> StripV1Tag(const storage::WriteOptions &options = {});
     /// newVersion: of an ID3v2 tag where the file has none, 3 or 4 for ID3v2.3 or 2.4; a tag that is there keeps its
     /// own.
-    Result<platform::WriteOutcome> SaveV2Tag(const platform::WriteOptions &options = {}, int newVersion = 3);
-    Result<platform::WriteOutcome> StripV2Tag(const platform::WriteOptions &options = {});
+    Result<storage::WriteOutcome> SaveV2Tag(const storage::WriteOptions &options = {}, int newVersion = 3);
+    Result<storage::WriteOutcome> StripV2Tag(const storage::WriteOptions &options = {});
 
 private:
     void put(FrameKind kind, const id3::FieldEdit &edit) { m_edits[kind] = edit; }
     const id3::FieldEdit *edit(FrameKind kind) const;
     QString text(FrameKind kind) const;
     Result<void> parse();
-    Result<platform::WriteOutcome> write(
-        const Result<std::optional<std::vector<platform::Segment>>> &content, const platform::WriteOptions &options);
+    Result<storage::WriteOutcome> write(
+        const Result<std::optional<std::vector<storage::Segment>>> &content, const storage::WriteOptions &options);
 
     platform::FileSystem &m_fileSystem;
     QString m_path;

@@ -5,8 +5,8 @@
 
 namespace ravlin {
 
-using platform::WriteOptions;
-using platform::WriteOutcome;
+using storage::WriteOptions;
+using storage::WriteOutcome;
 
 namespace {
 
@@ -149,7 +149,7 @@ Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord
         return tl::unexpected(linked.error());
     putRecord(object, record);
     WriteOptions options = writeOptions();
-    options.readOnlyFile = platform::ReadOnlyFile::MakeWritable;
+    options.readOnlyFile = storage::ReadOnlyFile::MakeWritable;
     Result<WriteOutcome> written = writeKind(object, kind, options, m_state.options.newTagVersion);
     if (written && *written != WriteOutcome::Unchanged && info->isReadOnly()) {
         if (Result<void> restored = m_fileSystem.setPermissions(path, info->permissions); !restored)

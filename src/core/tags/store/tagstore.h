@@ -31,14 +31,14 @@ public:
     Result<void> SaveTag(const QString &path, const TagRecord &record);
 
     /// One pass of SaveTag: "1" saves ID3v1, "2" saves ID3v2, "4" removes ID3v1, "5" removes ID3v2.
-    Result<platform::WriteOutcome> WriteTagKind(const QString &path, const TagRecord &record, QChar kind);
+    Result<storage::WriteOutcome> WriteTagKind(const QString &path, const TagRecord &record, QChar kind);
 
     /// Strip one tag kind. ReadOnly: the file bears the read-only attribute.
     Result<void> RemoveV1(const QString &path);
     Result<void> RemoveV2(const QString &path);
 
 private:
-    platform::WriteOptions writeOptions() const;
+    storage::WriteOptions writeOptions() const;
     Result<void> checkFreeSpace(const QString &path);
 
     ProgramState &m_state;

@@ -1,9 +1,9 @@
 // Contract: RenameFile gives a file or folder its new path, never in the place of another, also where only the case
 // changes and the file system ignores case; a failure leaves the old name, or one that tells what it was.
 
-#include "core/storage/asidename.h"
 #include "core/files/operations/clsfilefunc.h"
 #include "core/platform/scratchfolder.h"
+#include "core/storage/saferename.h"
 #include "support/caselessfilesystem.h"
 #include "support/faultyfilesystem.h"
 #include "support/links.h"
@@ -175,8 +175,8 @@ void tst_clsfilefunc::failureAtAnyCallLosesNothing()
         QCOMPARE(ScratchFolder::read(folder.path(names.front())), QByteArray("one"));
         if (!renamed) {
             ++failures;
-            QVERIFY(names.front() == u"song.mp3"_s || nameBeforeAside(names.front()) == u"song.mp3"_s);
-            QVERIFY(bringBackAside(caseless, folder.path()));
+            QVERIFY(names.front() == u"song.mp3"_s || storage::nameBeforeAside(names.front()) == u"song.mp3"_s);
+            QVERIFY(storage::bringBackAside(caseless, folder.path()));
             QCOMPARE(folder.names(), QStringList{u"song.mp3"_s});
         }
     }

@@ -2,6 +2,7 @@
 // nothing half-written bears a final name, and a source is deleted only when its copy reads back the same.
 
 #include "core/files/operations/transfer.h"
+#include "core/storage/leftovers.h"
 #include "core/storage/safewrite.h"
 
 #include "support/faultyfilesystem.h"
@@ -110,7 +111,7 @@ void TransferFaultsTest::checkNothingLost(const TransferReport *report, bool isM
     QCOMPARE(to.contains(u"cd"_s), to.contains(u"cd/y.mp3"_s) && to.contains(u"cd/sub/x.mp3"_s));
     for (const QString &name : to.keys()) {
         const QString top = name.section(u'/', 0, 0);
-        QVERIFY2(expected.contains(name) || platform::isLeftoverName(top), qPrintable(u"stray: "_s + name));
+        QVERIFY2(expected.contains(name) || storage::isLeftoverName(top), qPrintable(u"stray: "_s + name));
     }
     if (!report)
         return;
@@ -310,9 +311,9 @@ void TransferFaultsTest::killedAtAnyMoment()
         if (QTest::currentTestFailed())
             return;
         // The next start clears away what was left, and nothing else.
-        QVERIFY(platform::cleanLeftovers(platform::FileSystem::native(), m_to));
+        QVERIFY(storage::cleanLeftovers(platform::FileSystem::native(), m_to));
         const Snapshot left = snapshotOf(m_to);
-        QVERIFY(std::none_of(left.keyBegin(), left.keyEnd(), platform::isLeftoverName));
+        QVERIFY(std::none_of(left.keyBegin(), left.keyEnd(), storage::isLeftoverName));
         checkNothingLost(nullptr, kind == TransferKind::Move);
         QDir(in(u"from"_s)).removeRecursively();
         emptyTarget();
@@ -324,7 +325,7 @@ void TransferFaultsTest::killedAtAnyMoment()
 void TransferFaultsTest::aLeftoverFolderIsCleanedUnlessInUse()
 {
     platform::FileSystem &native = platform::FileSystem::native();
-    auto used = platform::TemporaryFolder::create(native, m_to);
+    auto used = storage::TemporaryFolder::create(native, m_to);
     QVERIFY(used);
     writeFile(used->path() + u"/a.mp3"_s, "a");
     const QString stale = m_to + u"/.ravlin-0123456789abcdef.tmp"_s;
@@ -332,7 +333,7 @@ void TransferFaultsTest::aLeftoverFolderIsCleanedUnlessInUse()
     const QString link = m_to + u"/.ravlin-0123456789abcdee.tmp"_s;
     writeFile(in(u"precious/c.mp3"_s), "c");
     makeLink(QFile::encodeName(in(u"precious"_s)), link);
-    QCOMPARE(platform::cleanLeftovers(native, m_to).value(), 1);
+    QCOMPARE(storage::cleanLeftovers(native, m_to).value(), 1);
     QVERIFY(!platform::isTaken(stale));
     QCOMPARE(readFile(used->path() + u"/a.mp3"_s), QByteArray("a"));
     QCOMPARE(readFile(in(u"precious/c.mp3"_s)), QByteArray("c"));

@@ -125,7 +125,7 @@ bool TransferKillTest::checkNothingLost(TransferKind kind) const
     const bool isAllOrNothing = !m_asFolder || whole == 0 || whole == FileCount;
     const Snapshot all = snapshotOf(m_to);
     const bool noStrays = std::all_of(all.keyBegin(), all.keyEnd(), [&](const QString &name) {
-        return platform::isLeftoverName(name.section(u'/', 0, 0)) || to.contains(name) || name.startsWith(u"from"_s);
+        return storage::isLeftoverName(name.section(u'/', 0, 0)) || to.contains(name) || name.startsWith(u"from"_s);
     });
     return isAllOrNothing && noStrays;
 }
@@ -154,9 +154,9 @@ void TransferKillTest::killed()
         const qint64 moment = static_cast<qint64>(QRandomGenerator::global()->generateDouble() * double(duration));
         killedAtWork += runKilled(kind, moment) ? 1 : 0;
         QVERIFY2(checkNothingLost(kind), qPrintable(u"after %1 ns of %2"_s.arg(moment).arg(duration)));
-        QVERIFY(platform::cleanLeftovers(platform::FileSystem::native(), m_to));
+        QVERIFY(storage::cleanLeftovers(platform::FileSystem::native(), m_to));
         const Snapshot cleaned = snapshotOf(m_to);
-        QVERIFY(std::none_of(cleaned.keyBegin(), cleaned.keyEnd(), platform::isLeftoverName));
+        QVERIFY(std::none_of(cleaned.keyBegin(), cleaned.keyEnd(), storage::isLeftoverName));
     }
     // Once more, on what the last kill has left: nothing of it stands in the way.
     const auto rest = makeTransferPlan(platform::FileSystem::native(), {kind, sources(), m_to});

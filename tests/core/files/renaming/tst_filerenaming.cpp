@@ -1,8 +1,8 @@
 // Renames of files after their tags, made ready: which names are planned, which files stay, and how a new name is told.
 
 #include "core/files/renaming/filerenaming.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 
 #include <QDir>
 #include <QFile>

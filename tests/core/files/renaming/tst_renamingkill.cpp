@@ -2,10 +2,10 @@
 // can be seen under a name of the batch or one that holds its own, and the next listing gives the latter their names
 // back.
 
-#include "core/storage/asidename.h"
 #include "core/files/list/currentfolder.h"
 #include "core/files/renaming/renaming.h"
 #include "core/files/renaming/renamingcase.h"
+#include "core/storage/saferename.h"
 
 #include <QtTest>
 
@@ -88,7 +88,7 @@ void tst_renamingkill::noFileIsLostOrHidden()
         QCOMPARE(contents, names);
         int aside = 0;
         for (auto file = left.begin(); file != left.end(); ++file) {
-            const std::optional<QString> former = nameBeforeAside(file.key());
+            const std::optional<QString> former = storage::nameBeforeAside(file.key());
             QVERIFY2(names.contains(former.value_or(file.key())), qPrintable(file.key()));
             QVERIFY(!file.key().startsWith(u'.'));
             aside += former ? 1 : 0;
@@ -105,7 +105,7 @@ void tst_renamingkill::noFileIsLostOrHidden()
         contents.sort();
         QCOMPARE(contents, names);
         for (auto file = back.begin(); file != back.end(); ++file)
-            QVERIFY2(!nameBeforeAside(file.key()), qPrintable(file.key()));
+            QVERIFY2(!storage::nameBeforeAside(file.key()), qPrintable(file.key()));
         if (back.keys() == names)
             continue;
         // It got a number; for the next round it gets the free name.

@@ -2,8 +2,8 @@
 // keeps its bytes, whatever stands behind the text; the comment gives two bytes to a track.
 
 #include "core/platform/filesystem.h"
-#include "support/mp3builder.h"
 #include "core/tags/id3/id3v1.h"
+#include "support/mp3builder.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,7 +1,7 @@
 // clsXAnalyzer: names for the library's codes, seconds for its milliseconds, texts for its failures; what a failed
 // analysis leaves alone; the display form of times.
-#include "support/mpegbuilder.h"
 #include "core/tags/mpeg/clsxanalyzer.h"
+#include "support/mpegbuilder.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,10 +1,10 @@
 // The labels beside a file's tag: their texts, and that reading them never keeps the caller waiting and never tells of
 // a file that is no longer the one asked for.
 
-#include "support/gatedfilesystem.h"
-#include "support/mp3builder.h"
 #include "core/tags/mpeg/clsxanalyzer.h"
 #include "core/tags/mpeg/streamdetails.h"
+#include "support/gatedfilesystem.h"
+#include "support/mp3builder.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>

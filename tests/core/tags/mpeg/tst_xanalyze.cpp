@@ -1,8 +1,8 @@
 // The stream analysis: every kind of frame is walked and counted exactly, and the operations of the library give the
 // values in their record.
+#include "core/tags/mpeg/xanalyze.h"
 #include "support/analysebytes.h"
 #include "support/mpegbuilder.h"
-#include "core/tags/mpeg/xanalyze.h"
 
 #include <QTemporaryDir>
 #include <QTest>

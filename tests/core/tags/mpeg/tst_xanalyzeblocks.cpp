@@ -1,8 +1,8 @@
 // The stream analysis: the tags around and between frames are stepped over; an info frame is no audio, whatever it
 // claims, but tells the encoder's delay and padding, which the played samples are without.
+#include "core/tags/mpeg/xanalyze.h"
 #include "support/analysebytes.h"
 #include "support/mpegbuilder.h"
-#include "core/tags/mpeg/xanalyze.h"
 
 #include <QTest>
 

@@ -1,9 +1,9 @@
 // Over a folder of odd files (RAVLIN_CORPUS): each is read and saved in all five modes. The audio and the frames that
 // nobody edits stay byte for byte, a second save writes nothing, and a file that can't be written is left as it is.
 
+#include "core/tags/store/tagstore.h"
 #include "support/foreignparts.h"
 #include "support/mp3builder.h"
-#include "core/tags/store/tagstore.h"
 
 #include <QDir>
 #include <QTemporaryDir>

@@ -1,9 +1,9 @@
 // The reader for the list shows what the tag store reads, whatever the tag's form, and reads no picture for it.
 
 #include "core/platform/filesystem.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/listreader.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 
 #include <QDir>
 #include <QRandomGenerator>

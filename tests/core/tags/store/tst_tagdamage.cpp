@@ -2,8 +2,8 @@
 // what is not understood stays where other programs find it.
 
 #include "core/platform/filesystem.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagobject.h"
+#include "support/mp3builder.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,10 +1,10 @@
 // What the tag pages do without their controls: the genre list, the key filter of boxes for digits, and saving one page
 // into file after file with a conversion that works on the page itself.
 
-#include "support/mp3builder.h"
 #include "core/tags/record/genres.h"
 #include "core/tags/store/tageditor.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 
 #include <QTemporaryDir>
 #include <QTest>

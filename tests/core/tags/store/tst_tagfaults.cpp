@@ -1,10 +1,10 @@
 // A save that fails, whatever call of the system fails: the file is the old one, or the new one of a pass that was
 // through, never a mixture; the error is returned. What was interrupted is completed by the next save.
 
+#include "core/tags/store/tagstore.h"
 #include "support/faultyfilesystem.h"
 #include "support/links.h"
 #include "support/mp3builder.h"
-#include "core/tags/store/tagstore.h"
 
 #include <QDir>
 #include <QFile>

@@ -2,8 +2,8 @@
 // save, with all foreign frames and the audio.
 
 #include "core/storage/safewrite.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 
 #include <QDir>
 #include <QRandomGenerator>
@@ -98,7 +98,7 @@ private Q_SLOTS:
             QVERIFY(titles().contains(record.Title));
         }
         // What the kills left behind is recognisable, and goes.
-        QVERIFY(platform::cleanLeftovers(platform::FileSystem::native(), m_folder.path()));
+        QVERIFY(storage::cleanLeftovers(platform::FileSystem::native(), m_folder.path()));
         QCOMPARE(QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList(QStringLiteral("a.mp3")));
     }
 };

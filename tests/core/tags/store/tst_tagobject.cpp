@@ -2,15 +2,15 @@
 // junk and audio stay byte for byte; tags of every version and form are read and keep their form.
 
 #include "core/platform/filesystem.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagobject.h"
+#include "support/mp3builder.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
 using namespace ravlin;
 using namespace ravlin::test;
-using platform::WriteOutcome;
+using storage::WriteOutcome;
 
 class TestTagObject : public QObject
 {

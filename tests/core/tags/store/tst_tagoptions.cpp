@@ -2,9 +2,9 @@
 // modification, however they are written.
 
 #include "core/platform/filesystem.h"
+#include "core/tags/store/tagstore.h"
 #include "support/links.h"
 #include "support/mp3builder.h"
-#include "core/tags/store/tagstore.h"
 
 #include <QTemporaryDir>
 #include <QTest>

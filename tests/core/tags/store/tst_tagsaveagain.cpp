@@ -2,8 +2,8 @@
 // stands around the frames.
 
 #include "core/platform/filesystem.h"
-#include "support/mp3builder.h"
 #include "core/tags/store/tagobject.h"
+#include "support/mp3builder.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -12,7 +12,7 @@
 
 using namespace ravlin;
 using namespace ravlin::test;
-using platform::WriteOutcome;
+using storage::WriteOutcome;
 
 class TestTagSaveAgain : public QObject
 {

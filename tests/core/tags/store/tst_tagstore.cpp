@@ -2,9 +2,9 @@
 // as a year, a track and a genre; the free-space check; read-only files.
 
 #include "core/platform/filesystem.h"
-#include "support/mp3builder.h"
 #include "core/tags/record/genres.h"
 #include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,4 +1,4 @@
-#include "core/storage/asidename.h"
+#include "core/storage/saferename.h"
 
 #include "core/platform/namecheck.h"
 
@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace ravlin {
+namespace ravlin::storage {
 
 namespace {
 
@@ -48,6 +48,24 @@ std::optional<QString> bringBack(
             break;
     }
     return std::nullopt;
+}
+
+qsizetype nameStart(const QString &path)
+{
+    return path.lastIndexOf(platform::Separator) + 1;
+}
+
+/// No file system renames to a name that is the file's own already, so it gets another one in between.
+Result<void> renameInTwoSteps(platform::FileSystem &fileSystem, const QString &from, const QString &to)
+{
+    const QString aside = asidePath(from);
+    const auto lock = lockAside(fileSystem, from);
+    if (const Result<void> moved = fileSystem.renameNew(from, aside); !moved)
+        return moved;
+    Result<void> renamed = fileSystem.renameNew(aside, to);
+    if (!renamed)
+        static_cast<void>(fileSystem.renameNew(aside, from)); // else it keeps a name that says what it was
+    return renamed;
 }
 
 } // namespace
@@ -103,4 +121,28 @@ Result<std::vector<std::pair<QString, QString>>> bringBackAside(platform::FileSy
     return done;
 }
 
-} // namespace ravlin
+bool isSameButForCase(platform::FileSystem &fileSystem, const QString &from, const QString &to)
+{
+    const qsizetype start = nameStart(from);
+    if (start != nameStart(to) || from.first(start) != to.first(start) || from.toCaseFolded() != to.toCaseFolded())
+        return false;
+    const Result<platform::FileInfo> one = fileSystem.info(from);
+    const Result<platform::FileInfo> other = fileSystem.info(to);
+    if (!one || !other || one->inode != other->inode || one->device != other->device)
+        return false;
+    // Two names of one file on a file system that heeds case look the same up to here.
+    const Result<std::vector<QString>> names = fileSystem.names(start == 0 ? QStringLiteral(".") : from.first(start));
+    return names && std::ranges::find(*names, to.sliced(start)) == names->end();
+}
+
+Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, const QString &to)
+{
+    if (from.isEmpty() || to.isEmpty() || from == to)
+        return {};
+    Result<void> renamed = fileSystem.renameNew(from, to);
+    if (renamed || renamed.error().code != ErrorCode::AlreadyExists || !isSameButForCase(fileSystem, from, to))
+        return renamed;
+    return renameInTwoSteps(fileSystem, from, to);
+}
+
+} // namespace ravlin::storage

@@ -9,12 +9,19 @@
 #include <utility>
 #include <vector>
 
-/// Names for the time being, for renames that take two steps: rings (a to b and b to a), and names that differ in case
-/// alone where the file system ignores case.
-///
-/// A file under such a name can be seen, listed and played like any other, and the name holds the one that the file
-/// had, so that nothing is lost or hidden when the program is killed between the steps.
-namespace ravlin {
+/// Renaming a file or folder so that it is never lost and takes no other's place. Some renames take two steps: rings (a
+/// to b and b to a), and names that differ in case alone where the file system ignores case. In between the file bears
+/// a temporary name, under which it can be seen, listed and played like any other. The name holds the former one, so
+/// nothing is lost or hidden when the program is killed between the steps.
+namespace ravlin::storage {
+
+/// Gives a file or folder another path on the same file system. Nothing happens when either text is empty or both are
+/// the same. Never overwrites what has the new name already: AlreadyExists. A change of case alone also works where the
+/// file system ignores case.
+Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, const QString &to);
+
+/// Whether what bears the new path is the file itself, because the file system ignores case.
+bool isSameButForCase(platform::FileSystem &fileSystem, const QString &from, const QString &to);
 
 /// "Song.mp3" becomes "Song (ravlin-0123456789abcdef).mp3", with the number's sixteen hexadecimal digits; what does not
 /// fit into platform::MaxNameLength is cut off before the brackets.
@@ -35,4 +42,4 @@ std::unique_ptr<platform::File> lockAside(platform::FileSystem &fileSystem, cons
 Result<std::vector<std::pair<QString, QString>>> bringBackAside(
     platform::FileSystem &fileSystem, const QString &folder);
 
-} // namespace ravlin
+} // namespace ravlin::storage

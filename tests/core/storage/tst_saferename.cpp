@@ -1,13 +1,14 @@
 // Contract: a name for the time being holds the file's own, can be told from every other, and is brought back unless
 // the program that gave it is still at work.
 
-#include "core/storage/asidename.h"
 #include "core/files/renaming/renamingcase.h"
 #include "core/platform/namecheck.h"
+#include "core/storage/saferename.h"
 
 #include <QtTest>
 
 using namespace ravlin;
+using namespace ravlin::storage;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
@@ -20,7 +21,7 @@ platform::FileSystem &native()
 
 } // namespace
 
-class tst_asidename : public QObject
+class tst_saferename : public QObject
 {
     Q_OBJECT
 
@@ -35,7 +36,7 @@ private Q_SLOTS:
     void aMissingFolderIsAnError();
 };
 
-void tst_asidename::holdsTheName_data()
+void tst_saferename::holdsTheName_data()
 {
     QTest::addColumn<QString>("name");
     for (const QString &name : {u"Song.mp3"_s, u"SONG.MP3"_s, u"夜.mp3"_s, u"a (2).mp3"_s, u"Vol. 1"_s, u"Live"_s,
@@ -43,7 +44,7 @@ void tst_asidename::holdsTheName_data()
         QTest::newRow(qPrintable(name)) << name;
 }
 
-void tst_asidename::holdsTheName()
+void tst_saferename::holdsTheName()
 {
     QFETCH(QString, name);
     const QString aside = asideName(name, 0xab);
@@ -57,7 +58,7 @@ void tst_asidename::holdsTheName()
     QVERIFY(asidePath(u"/music/"_s + name) != path);
 }
 
-void tst_asidename::longNamesAreCut()
+void tst_saferename::longNamesAreCut()
 {
     const QString name = QString(83, u'夜') + u".mp3"_s;
     const QString aside = asideName(name, 1);
@@ -67,7 +68,7 @@ void tst_asidename::longNamesAreCut()
     QVERIFY(name.startsWith(former.chopped(4)));
 }
 
-void tst_asidename::othersAreNone()
+void tst_saferename::othersAreNone()
 {
     for (const QString &name : {u"Song.mp3"_s, u"Song (ravlin-0123456789abcde).mp3"_s,
              u"Song (ravlin-0123456789ABCDEF).mp3"_s, u" (ravlin-0123456789abcdef).mp3"_s,
@@ -75,7 +76,7 @@ void tst_asidename::othersAreNone()
         QVERIFY2(!nameBeforeAside(name), qPrintable(name));
 }
 
-void tst_asidename::bringsBack()
+void tst_saferename::bringsBack()
 {
     const RenamingCase folder({asideName(u"a.mp3"_s, 1), asideName(u"b.mp3"_s, 2), u"b.mp3"_s, u"b (2).mp3"_s});
     const auto done = bringBackAside(native(), folder.path());
@@ -88,7 +89,7 @@ void tst_asidename::bringsBack()
     QVERIFY(bringBackAside(native(), folder.path())->empty());
 }
 
-void tst_asidename::leavesAloneWhatIsBeingRenamed()
+void tst_saferename::leavesAloneWhatIsBeingRenamed()
 {
     const QString aside = asideName(u"a.mp3"_s, 1);
     const RenamingCase folder({aside});
@@ -101,18 +102,18 @@ void tst_asidename::leavesAloneWhatIsBeingRenamed()
     QCOMPARE(bringBackAside(native(), folder.path())->size(), std::size_t(1));
 }
 
-void tst_asidename::bringsBackFolders()
+void tst_saferename::bringsBackFolders()
 {
     const RenamingCase folder({asideName(u"Vol. 1"_s, 1) + u"/a.mp3"_s});
     QCOMPARE(bringBackAside(native(), folder.path() + u'/')->size(), std::size_t(1));
     QCOMPARE(folder.files().keys(), QStringList{u"Vol. 1/a.mp3"_s});
 }
 
-void tst_asidename::aMissingFolderIsAnError()
+void tst_saferename::aMissingFolderIsAnError()
 {
     const RenamingCase folder;
     QVERIFY(!bringBackAside(native(), folder.path(u"none"_s)));
 }
 
-QTEST_GUILESS_MAIN(tst_asidename)
-#include "tst_asidename.moc"
+QTEST_GUILESS_MAIN(tst_saferename)
+#include "tst_saferename.moc"
