@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # The user guide is HTML as it lies in docs/guide. The program looks for it from its own folder (src/core/app/guide.h): beside it
 # on Windows, in share/doc elsewhere. The build tree has the same shape, by a link.
 if(WIN32)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # What users get (CMAKE_BUILD_TYPE Release) is built as distributions build their packages: a mistake in memory ends the program
 # instead of serving who made the file. Not for the others: tests are not optimised, which the checks need, and sanitizers
 # see more.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # ravlin_structure: checks at every build that the sources include each other in one direction only (docs/architecture.md).
 # It takes less than a tenth of a second, so it simply runs each time; the core is compiled after it.
 # The system's Python comes first: it is the one for which the package list installs modules.

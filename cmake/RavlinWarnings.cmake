@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Warnings for our own targets: ravlin_warnings(TARGET).
 function(ravlin_warnings target)
     target_compile_options(${target} PRIVATE

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Completion of ravlin-cli for bash. Commands and options are those that the program's own help lists.
 
 _ravlin_cli()

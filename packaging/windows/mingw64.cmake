@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Toolchain: builds for 64-bit Windows on Debian with MinGW-w64 (g++-mingw-w64-x86-64-posix).
 # What it takes from the cache folder, Qt and the headers of tl::expected, packaging/windows/provide-qt puts there.
 set(CMAKE_SYSTEM_NAME Windows)

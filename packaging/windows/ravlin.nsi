@@ -1,3 +1,4 @@
+; SPDX-License-Identifier: GPL-3.0-or-later
 ; The installer: for one user (no administrator needed) or for all, in three languages.
 ; packaging/windows/package tells VERSION, SIZE (KiB), ICON, LICENSE, OUTPUT and LISTS, the folder of install.nsh and
 ; uninstall.nsh.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # ravlin_windows_resources(TARGET DESCRIPTION): what Windows reads in a program's file: version, icon, manifest.
 enable_language(RC)
 find_program(RAVLIN_ICOTOOL icotool NO_CMAKE_FIND_ROOT_PATH)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An empty window: what any program of this toolkit costs at least. startup.py compares with it.
 #include <QApplication>
 #include <QWidget>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How fast the stream analysis is, against its floors: a bare walk over the frame headers of mapped files, the same
 // over files read in blocks, and reading the bytes alone. Files are in the page cache; times are CPU times.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The file list over 10,000 and 100,000 files: the first listing, a listing again after one file has changed, sorting,
 // selecting all rows, and the memory of a row. The floor under a listing again is a bare loop that asks the system for
 // each file's state. Compare the ratios within one run; the time for a row should not grow with their number.

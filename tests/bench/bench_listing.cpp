@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading a folder of MP3 files for the list: ours on one core and on all, against TagLib reading the same fields and
 // against the floor, a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes
 // and closes. One iteration is the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES: how many files

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Ten thousand extractions from file names against the tag writes that they need: the same records saved without
 // reading a tag or a name. Compare the CPU times within one run; an extraction may cost at most 1.5 times its write.
 

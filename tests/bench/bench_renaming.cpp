@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Renaming a folder of files, plan and run together, against the bare system calls for the same names. One iteration
 // renames every file once, there and back in turn; compare the CPU times within one run. RAVLIN_BENCH_FILES: how many
 // files (10000).

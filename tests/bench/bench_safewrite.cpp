@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the safety and the interface cost: reading and saving through platform/ against the bare
 // system calls that any program needs for the same. Files are small and warm in the cache, as in a
 // batch over a collection.

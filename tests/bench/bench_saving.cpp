@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Saving a tag: in place, against the bare system calls that write one block; with a tag that must grow, against a
 // plain copy that is synced and renamed. Compare the ratios within one run.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Usage: copying.py PROGRAM [--files N] [--megabytes N] [--rounds N] [--folder FOLDER]
 
 How long PROGRAM (ravlin-cli) takes to copy a folder's files into another folder of the same drive, compared with "cp -a".

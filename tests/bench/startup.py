@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Measures a start of ravlin: until its window is visible, until a folder's files are listed, and the memory then.
 
 Usage: startup.py BIN_FOLDER [--files N] [--runs R]

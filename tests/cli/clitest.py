@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What the tests of the command line share: running the program, and MP3 files made byte by byte."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: "copy" and "move" overwrite nothing unasked and lose nothing; "trash" puts files into the desktop's trash;
 "playlist" writes a list that other programs read. With --dry-run nothing is done."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: "info" tells the analysis of each file, with an entry for those that fail; "case" and "clean" convert texts."""
 
 import json

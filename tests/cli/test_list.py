@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: "list" gives the eight columns of every MP3 file of a folder, of its subfolders if asked, ordered by name
 inside each folder; as JSON, with tabs, or aligned on a terminal; whatever the names and tags hold."""
 

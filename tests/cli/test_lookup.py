@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: "toc" tells the table of contents that files make up; "lookup" asks a CD database for it or for a text, prints
 what is found beside the files, writes it only with --apply, and says what is wrong with a server without writing. The
 server is one of the tests' own, on this computer."""

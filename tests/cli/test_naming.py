@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: "extract" fills tags from names by a pattern, "multi" sets fields of many files at once and numbers them; both
 change nothing else, and with --dry-run they change nothing at all but print what the run then does."""
 

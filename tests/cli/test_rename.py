@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: "rename" and "renamedir" give files and a folder names made of tags, never overwrite, and with --dry-run change
 nothing but print what the run then does."""
 

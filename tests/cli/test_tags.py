@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: "show" tells all fields; "tag" changes those given, by the mode given or stored, and nothing else; "strip"
 removes tags. A file that fails is named, and the others are dealt with."""
 

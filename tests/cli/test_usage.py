@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: help and version everywhere, in the man page too; what makes no sense ends with status 2 and a hint; results
 that cannot be written end with status 1; a closed stream never lets a message run into a file."""
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 /// Contract: options and operands are told apart as the help says, whatever the operands and values look like; what
 /// makes no sense is refused with a reason.
 #include "cli/arguments.h"

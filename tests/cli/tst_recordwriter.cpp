@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 /// Contract: records come out as JSON, as fields with tabs, as an aligned table or as blocks of lines; large output
 /// goes out in pieces; nothing is written any more once writing failed; a message names the program and the file.
 #include "cli/command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 /// Contract: whatever a file's name or tag holds, JSON is valid UTF-8 and comes back as the same text, a line of fields
 /// stays a line, and a terminal is not commanded.
 #include "cli/text.h"

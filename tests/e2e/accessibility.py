@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The windows as a screen reader sees them: the AT-SPI bus, asked by plain D-Bus calls, so that no answer is an old one
 out of a cache."""
 

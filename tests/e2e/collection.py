@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """MP3 files made for a test, and what is in their tags, written and read by mutagen."""
 
 from typing import NamedTuple

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """A desktop of a test's own: display, window manager, session bus, accessibility bus, home folder."""
 
 import ctypes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What the end-to-end tests share: a desktop, a home folder and a collection for each, and evidence when one fails."""
 
 import functools

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The program as a process in a window, driven by keys and mouse and looked at over the accessibility bus."""
 
 import os

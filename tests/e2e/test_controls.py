@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What a screen reader needs: every control that is shown has a name, and a role that says what it is."""
 
 import unittest

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Files and folders copied, moved, put into the trash, listed for a player and played from the window, and undone."""
 
 import unittest

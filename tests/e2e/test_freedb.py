@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """An album looked up in a CD database on this computer: found by the files' playing times, put in order, saved; not found
 and searched for by a text; and a server that hangs."""
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The main window's daily work, done from outside on real files: open a folder, look at it, edit, save, come back."""
 
 import unittest

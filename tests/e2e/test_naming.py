@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Names and tags, done from outside on real files: tags from names, names from tags, many files at once, folders; with
 accents, Japanese and long names."""
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The very first start and the options, by keys alone: what is chosen holds at once and after a restart."""
 
 import unittest

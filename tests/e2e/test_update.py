@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """New versions, from the button in the options to the files on the disk: found, downloaded, cancelled, cut off."""
 
 import hashlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """A web server with a new version, whose large files go out only as far as the test allows."""
 
 import http.server

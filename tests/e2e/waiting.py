@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Waiting for something to become so: asked again and again, with a limit that no loaded machine reaches."""
 
 import time

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading tags takes any bytes: it ends, keeps to memory that the file's size bounds, and the reader of the file list
 // shows what the tag object reads.
 #include "../support/memoryfilesystem.h"

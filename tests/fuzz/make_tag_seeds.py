@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Makes the starting inputs of fuzz_tagreader and fuzz_tagwriter: small tags of every version and form.
 
 Usage: make_tag_seeds.py FOLDER    (writes FOLDER/tagreader/* and FOLDER/tagwriter/*)

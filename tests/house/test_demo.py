@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: tools/make-demo makes a collection that holds files with an ID3v1 tag, an ID3v2 tag, both and none, makes
 the same one again elsewhere, and never touches one that exists."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: the user guide is whole. Its three languages have the same sections, pictures and links in the same order; every
 link and picture leads somewhere, no picture lies about unused; it needs no network and no script, and a screen reader gets a
 language, headings in order and a text for each picture. What it quotes from the program is checked by app/ui/guidetexts."""

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: what is installed, and the Debian package that is made of it, hold the programs and everything that the desktop,
 the shell and the reader look for, each where it is looked for and well formed; and nothing of the machine that built it."""
 

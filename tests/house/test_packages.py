@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: tools/install-packages installs exactly what is listed and missing, leaves apt alone when nothing is, asks
 for the administrator's rights only when it needs them, and says what to do where it cannot have them. The programs
 that it calls (dpkg-query, apt-get, id, sudo) are replaced by scripts that write down how they were called."""

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: tools/second-chance hands back the verdict of the tests that it runs, gives a few failed ones another try and
 names those that pass then, but lets no finding of a sanitizer, no broken build and no wide failure through. The project's
 ctest is replaced by a script that passes or fails as the test says."""

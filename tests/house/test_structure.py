@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Contract: tools/check-structure accepts the project's own sources and refuses every breach of the rules that
 docs/architecture.md gives for includes, naming the file, the line and the rule."""
 
@@ -23,18 +24,23 @@ class StructureTest(unittest.TestCase):
             self.put(self.qt / header, "")
         # A tree as it should be, which each test spoils in one place.
         self.put(self.source / "core/platform/error.h", "#pragma once\n#include <QString>\n")
-        self.put(self.source / "core/platform/path.cpp", '#include "error.h"\n#ifdef _WIN32\n#endif\n')
-        self.put(self.source / "core/app/settings.h", '#include "core/platform/error.h"\n')
-        self.put(self.source / "tags/record.h", '#include "core/app/settings.h"\n')
-        self.put(self.source / "tags/record.cpp", '#include "tags/record.h"\n#include "record.moc"\n')
-        self.put(self.source / "naming/pattern.h", '#include "tags/record.h"\n')
-        self.put(self.source / "files/model.h", '#include "naming/pattern.h"\n#include <QtConcurrent>\n')
-        self.put(self.source / "online/client.h", '#include "files/model.h"\n#include <QtNetwork/QUrlQuery>\n')
-        self.put(self.source / "controls/split.h", '#include "core/platform/error.h"\n')
-        self.put(self.source / "controls/ui/panel.h", '#include "controls/split.h"\n#include <QWidget>\n')
-        self.put(self.source / "tags/ui/page.h", '#include "tags/record.h"\n#include "controls/ui/panel.h"\n')
-        self.put(self.source / "ui/app/principal.h", '#include "tags/ui/page.h"\n#include <QtWidgets/QWidget>\n')
-        self.put(self.source / "cli/main.cpp", '#include "online/client.h"\n')
+        self.put(self.source / "core/platform/posix/path.cpp", '#include "../error.h"\n#ifdef _WIN32\n#endif\n')
+        self.put(self.source / "core/storage/write.h", '#include "core/platform/error.h"\n')
+        self.put(self.source / "core/app/settings.h", '#include "core/storage/write.h"\n')
+        self.put(self.source / "core/tags/record/record.h", '#include "core/app/settings.h"\n')
+        self.put(self.source / "core/tags/record/record.cpp",
+                 '#include "core/tags/record/record.h"\n#include "record.moc"\n')
+        self.put(self.source / "core/tags/store/store.h", '#include "core/tags/record/record.h"\n')
+        self.put(self.source / "core/naming/pattern.h", '#include "core/tags/record/record.h"\n')
+        self.put(self.source / "core/files/list/model.h", '#include "core/naming/pattern.h"\n#include <QtConcurrent>\n')
+        self.put(self.source / "core/online/web/client.h",
+                 '#include "core/files/list/model.h"\n#include <QtNetwork/QUrlQuery>\n')
+        self.put(self.source / "core/controls/split.h", '#include "core/platform/error.h"\n')
+        self.put(self.source / "ui/controls/panel.h", '#include "core/controls/split.h"\n#include <QWidget>\n')
+        self.put(self.source / "ui/tags/page.h",
+                 '#include "core/tags/record/record.h"\n#include "ui/controls/panel.h"\n')
+        self.put(self.source / "ui/app/principal.h", '#include "ui/tags/page.h"\n#include <QtWidgets/QWidget>\n')
+        self.put(self.source / "cli/main.cpp", '#include "core/online/web/client.h"\n')
         self.put(self.source / "main.cpp", '#include "ui/app/principal.h"\n#include <QColor>\n')
 
     @staticmethod
@@ -42,9 +48,12 @@ class StructureTest(unittest.TestCase):
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text, "utf-8")
 
+    def run_check(self, *options):
+        return subprocess.run([sys.executable, str(CHECK), *options, str(self.source)], capture_output=True, text=True,
+                              check=False)
+
     def check(self):
-        return subprocess.run([sys.executable, str(CHECK), "--qt-headers", str(self.qt), str(self.source)],
-                              capture_output=True, text=True, check=False)
+        return self.run_check("--qt-headers", str(self.qt))
 
     def assert_accepted(self):
         result = self.check()
@@ -68,58 +77,105 @@ class StructureTest(unittest.TestCase):
         result = subprocess.run(command + [str(ROOT / "src")], capture_output=True, text=True, check=False)
         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
-    def test_an_include_against_the_direction_is_refused(self):
-        order = ["platform", "app", "tags", "naming", "files", "online"]
+    def test_an_include_against_the_order_of_the_core_is_refused(self):
+        order = ["platform", "storage", "app", "tags", "naming", "files", "online"]
         for rank, folder in enumerate(order):
-            for above in order[rank + 1:] + ["cli", "controls", "tags/ui"]:
-                with self.subTest(folder=folder, above=above):
-                    self.put(self.source / above / "victim.h", "")
-                    self.put(self.source / folder / "guilty.h", '\n#include "%s/victim.h"\n' % above)
-                    self.assert_refused(folder + "/guilty.h", 2, "layer")
-                    (self.source / folder / "guilty.h").unlink()
-                    (self.source / above / "victim.h").unlink()
+            above = ["core/" + name for name in order[rank + 1:]]
+            for used in above + ["cli", "core/controls", "ui/tags", "ui/controls"]:
+                with self.subTest(folder=folder, used=used):
+                    self.put(self.source / used / "victim.h", "")
+                    self.put(self.source / "core" / folder / "guilty.h", '\n#include "%s/victim.h"\n' % used)
+                    self.assert_refused("core/%s/guilty.h" % folder, 2, "layer")
+                    (self.source / "core" / folder / "guilty.h").unlink()
+                    (self.source / used / "victim.h").unlink()
 
-    def test_every_include_in_the_direction_is_accepted(self):
-        order = ["platform", "app", "tags", "naming", "files", "online"]
+    def test_every_include_in_the_order_of_the_core_is_accepted(self):
+        order = ["platform", "storage", "app", "tags", "naming", "files", "online"]
         for rank, folder in enumerate(order):
             for below in order[:rank]:
-                self.put(self.source / below / ("low_%s.h" % folder), "")
-                self.put(self.source / folder / ("uses_%s.h" % below), '#include "%s/low_%s.h"\n' % (below, folder))
+                self.put(self.source / "core" / below / ("low_%s.h" % folder), "")
+                self.put(self.source / "core" / folder / ("uses_%s.h" % below),
+                         '#include "core/%s/low_%s.h"\n' % (below, folder))
         self.assert_accepted()
 
     def test_the_command_line_must_not_use_the_window(self):
-        self.put(self.source / "cli/guilty.cpp", '#include "tags/ui/page.h"\n')
+        self.put(self.source / "cli/guilty.cpp", '#include "ui/tags/page.h"\n')
         self.assert_refused("cli/guilty.cpp", 1, "layer")
 
     def test_the_window_must_not_use_the_command_line(self):
         self.put(self.source / "cli/output.h", "")
-        self.put(self.source / "tags/ui/guilty.h", '#include "cli/output.h"\n')
-        self.assert_refused("tags/ui/guilty.h", 1, "layer")
+        for folder in ("ui/tags", "ui/app"):
+            with self.subTest(folder=folder):
+                self.put(self.source / folder / "guilty.h", '#include "cli/output.h"\n')
+                self.assert_refused(folder + "/guilty.h", 1, "layer")
+                (self.source / folder / "guilty.h").unlink()
 
     def test_one_page_must_not_use_another_page(self):
-        self.put(self.source / "files/ui/guilty.h", '#include "tags/ui/page.h"\n')
-        self.assert_refused("files/ui/guilty.h", 1, "layer")
+        self.put(self.source / "ui/files/guilty.h", '#include "ui/tags/page.h"\n')
+        self.assert_refused("ui/files/guilty.h", 1, "layer")
+
+    def test_a_page_must_not_use_the_main_window(self):
+        self.put(self.source / "ui/files/guilty.h", '#include "ui/app/principal.h"\n')
+        self.assert_refused("ui/files/guilty.h", 1, "layer")
 
     def test_a_shared_control_must_not_use_a_page(self):
-        self.put(self.source / "controls/ui/guilty.h", '#include "tags/ui/page.h"\n')
-        self.assert_refused("controls/ui/guilty.h", 1, "layer")
+        self.put(self.source / "ui/controls/guilty.h", '#include "ui/tags/page.h"\n')
+        self.assert_refused("ui/controls/guilty.h", 1, "layer")
 
     def test_nobody_uses_main(self):
-        self.put(self.source / "app/ui/guilty.cpp", '#include "main.cpp"\n')
-        self.assert_refused("app/ui/guilty.cpp", 1, "layer")
+        self.put(self.source / "ui/app/guilty.cpp", '#include "main.cpp"\n')
+        self.assert_refused("ui/app/guilty.cpp", 1, "layer")
+
+    def test_two_folders_that_include_each_other_are_refused(self):
+        self.put(self.source / "core/tags/record/guilty.cpp", '\n#include "core/tags/store/store.h"\n')
+        result = self.check()
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("core/tags/record/guilty.cpp:2: error: core/tags/record and core/tags/store", result.stderr)
+        self.assertEqual(result.stderr.count("[ring]"), 2, result.stderr)  # both ends are named
+
+    def test_a_folder_and_one_in_it_that_include_each_other_are_refused(self):
+        self.put(self.source / "core/platform/posix/call.h", "")
+        self.put(self.source / "core/platform/guilty.cpp", '#include "core/platform/posix/call.h"\n')
+        result = self.check()
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("core/platform/guilty.cpp:1: error:", result.stderr)
+
+    def test_a_ring_of_three_folders_is_refused(self):
+        for folder, used in (("id3", "mpeg"), ("mpeg", "record"), ("record", "id3")):
+            self.put(self.source / "core/tags" / folder / "ring.h", "")
+            self.put(self.source / "core/tags" / folder / "ring.cpp", '#include "core/tags/%s/ring.h"\n' % used)
+        result = self.check()
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(result.stderr.count("[ring]"), 3, result.stderr)
+
+    def test_the_graph_shows_each_folder_and_leaves_out_what_follows(self):
+        result = self.run_check("--graph")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        lines = [line.strip() for line in result.stdout.splitlines()]
+        self.assertEqual(lines[0], "graph BT")
+        self.assertIn("core_tags_store[core/tags/store]", lines)
+        self.assertIn("core_tags_store --> core_tags_record", lines)
+        self.assertIn("ui_tags --> ui_controls", lines)
+        self.put(self.source / "core/tags/store/store.cpp", '#include "core/platform/error.h"\n')
+        self.assertEqual(self.run_check("--graph").stdout, result.stdout)
+
+    def test_the_architecture_page_shows_the_graph_of_today(self):
+        graph = subprocess.run([sys.executable, str(CHECK), "--graph", str(ROOT / "src")], capture_output=True, text=True,
+                               check=True).stdout
+        self.assertIn("```mermaid\n%s```" % graph, (ROOT / "docs/architecture.md").read_text("utf-8"))
 
     def test_a_relative_or_angle_include_is_seen_too(self):
-        for include in ('"../online/client.h"', "<online/client.h>"):
+        for include in ('"../../online/web/client.h"', "<core/online/web/client.h>"):
             with self.subTest(include=include):
-                self.put(self.source / "tags/guilty.cpp", "  #  include %s // needed\n" % include)
-                self.assert_refused("tags/guilty.cpp", 1, "layer")
+                self.put(self.source / "core/tags/record/guilty.cpp", "  #  include %s // needed\n" % include)
+                self.assert_refused("core/tags/record/guilty.cpp", 1, "layer")
 
     def test_a_core_file_that_includes_gui_or_widgets_is_refused(self):
         for include in ("<QColor>", "<qcolor.h>", "<QWidget>", "<QtWidgets/QWidget>", "<QtGui/qcolor.h>", "<QtGui>",
                         "<QtWidgets/private/qwidget_p.h>", '"QWidget"', "<QSignalSpy>"):
             if include == "<QtGui>":
                 self.put(self.qt / "QtGui/QtGui", "")
-            for folder in ("tags", "controls", "cli"):
+            for folder in ("core/tags", "core/controls", "cli"):
                 with self.subTest(include=include, folder=folder):
                     guilty = self.source / folder / "guilty.h"
                     self.put(guilty, "#pragma once\n\n#include %s\n" % include)
@@ -127,30 +183,30 @@ class StructureTest(unittest.TestCase):
                     guilty.unlink()
 
     def test_a_cycle_between_files_is_refused(self):
-        self.put(self.source / "tags/one.h", '#include "tags/two.h"\n')
-        self.put(self.source / "tags/two.h", '\n#include "three.h"\n')
-        self.put(self.source / "tags/three.h", '\n\n#include "tags/one.h"\n')
+        self.put(self.source / "core/tags/record/one.h", '#include "core/tags/record/two.h"\n')
+        self.put(self.source / "core/tags/record/two.h", '\n#include "three.h"\n')
+        self.put(self.source / "core/tags/record/three.h", '\n\n#include "core/tags/record/one.h"\n')
         result = self.check()
         self.assertEqual(result.returncode, 1)
-        self.assertIn("tags/one.h", result.stderr)
-        self.assertIn("tags/two.h", result.stderr)
-        self.assertIn("tags/three.h", result.stderr)
+        self.assertIn("core/tags/record/one.h", result.stderr)
+        self.assertIn("core/tags/record/two.h", result.stderr)
+        self.assertIn("core/tags/record/three.h", result.stderr)
         self.assertEqual(result.stderr.count("[cycle]"), 1, result.stderr)
 
     def test_a_file_that_includes_itself_is_refused(self):
-        self.put(self.source / "tags/self.h", '#include "self.h"\n')
-        self.assert_refused("tags/self.h", 1, "cycle")
+        self.put(self.source / "core/tags/record/self.h", '#include "self.h"\n')
+        self.assert_refused("core/tags/record/self.h", 1, "cycle")
 
     def test_a_chain_of_a_thousand_includes_is_no_cycle(self):
         for number in range(1000):
-            self.put(self.source / ("tags/c%04d.h" % number), '#include "c%04d.h"\n' % (number + 1))
-        self.put(self.source / "tags/c1000.h", "")
+            self.put(self.source / ("core/tags/record/c%04d.h" % number), '#include "c%04d.h"\n' % (number + 1))
+        self.put(self.source / "core/tags/record/c1000.h", "")
         self.assert_accepted()
 
     def test_asking_for_the_operating_system_outside_platform_is_refused(self):
         for condition in ("#ifdef Q_OS_WIN", "#ifndef _WIN32", "#if defined(Q_OS_LINUX)", "#elif defined(__APPLE__)",
                           "  # if A || \\\n defined(_WIN32)", "#if __linux__"):
-            for folder in ("tags", "app/ui", "cli"):
+            for folder in ("core/tags", "core/storage", "ui/app", "cli"):
                 with self.subTest(condition=condition, folder=folder):
                     guilty = self.source / folder / "guilty.cpp"
                     self.put(guilty, "int a;\n%s\n#endif\n" % condition)
@@ -158,9 +214,9 @@ class StructureTest(unittest.TestCase):
                     guilty.unlink()
 
     def test_comments_and_literals_are_no_code(self):
-        self.put(self.source / "tags/innocent.cpp", r'''
+        self.put(self.source / "core/tags/record/innocent.cpp", r'''
 // #include <QWidget>
-/* #include "online/client.h"
+/* #include "core/online/web/client.h"
 #ifdef _WIN32
 #endif */
 const char *a = "/*"; const char quote = '"'; // a literal opens no comment
@@ -175,11 +231,11 @@ const char *b = R"x(
         self.assert_accepted()
 
     def test_code_after_a_comment_is_still_code(self):
-        self.put(self.source / "tags/guilty.cpp", '/* a\n*/ // b\nconst char *c = "*/ //";\n#include <QWidget>\n')
-        self.assert_refused("tags/guilty.cpp", 4, "qt")
+        self.put(self.source / "core/tags/record/guilty.cpp", '/* a\n*/ // b\nconst char *c = "*/ //";\n#include <QWidget>\n')
+        self.assert_refused("core/tags/record/guilty.cpp", 4, "qt")
 
     def test_a_file_outside_the_layout_is_refused(self):
-        for file in ("helpers/misc.h", "misc.cpp", "ui/window.h"):
+        for file in ("helpers/misc.h", "misc.cpp", "core/misc.h", "ui/window.h", "core/helpers/misc.h"):
             with self.subTest(file=file):
                 self.put(self.source / file, "")
                 self.assert_refused(file, 1, "folder")

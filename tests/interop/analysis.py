@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The stream analysis counts exactly the samples that decoders give, for every kind of file made by make_streams.py.
 
 Usage: analysis.py PROGRAM, the program being xanalyze_dump. The code 77 says that an encoder or decoder is missing.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # The tests' CD database as a program (tests/cli uses it, too), and whether it speaks the protocol of clients that are not
 # ours: the script says by the exit code 77 that one of them is missing.
 add_executable(cddb_server "${CMAKE_CURRENT_LIST_DIR}/cddb_server.cpp")

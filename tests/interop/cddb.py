@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The tests' CD database against clients that are not ours: libcddb and Perl's CDDB_get calculate the identifiers of its
 discs, find them, read their records and search them by text, at the protocol levels that they speak.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The CD database of the tests as a program, for tests that are scripts.
 //
 // Usage: cddb_server [--level N] [--no-search] [--no-album] [--latin1] [--encrypted] [--fault NAME [--only COMMAND]]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Tests against other programs. Each says by the exit code 77 that a program it needs is not installed.
 # RAVLIN_PYTHON comes from cmake/RavlinStructure.cmake.
 add_executable(xanalyze_dump "${CMAKE_CURRENT_LIST_DIR}/xanalyze_dump.cpp")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Makes MPEG audio files of every kind that the stream analysis has to measure, with lame and ffmpeg."""
 
 import random

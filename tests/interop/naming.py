@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What extraction and the editing of many files leave in the files, as mutagen reads it: the fields that were asked for, all
 others untouched, and the audio byte for byte.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Our playlists as other programs read them: the script says by the exit code 77 that one of them is missing.
 add_test(NAME interop/playlists
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/support/with-own-home" "${RAVLIN_PYTHON}"

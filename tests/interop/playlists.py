@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Whether other programs play what our playlists name: all files, in their order, from whatever folder they are started in.
 
 Usage: playlists.py PROGRAM, the program being ravlin-cli. The exit code 77 says that mpg123 or ffmpeg is missing.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reads and saves tags as the program does, for tests against other programs.
 //     tag_tool read FILE...                       one line of JSON for each file
 //     tag_tool save MODE FILE field=value...      reads the file, sets the fields, saves; "=" alone saves as read

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Tags against other programs: the script says by the exit code 77 that one of them is missing.
 add_executable(tag_tool "${CMAKE_CURRENT_LIST_DIR}/tag_tool.cpp")
 set_target_properties(tag_tool PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")

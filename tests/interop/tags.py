@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Tags between this program, mutagen, id3v2 and exiftool: what we write they read, what they write we read, and our
 saves change nothing but the field that was edited.
 

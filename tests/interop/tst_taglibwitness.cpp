@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Over thousands of generated well-formed tags our title, artist, album, comment, year and track are TagLib's. Where
 // the two differ on purpose, expected() says why.
 

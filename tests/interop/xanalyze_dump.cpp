@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Prints the analysis of each file named on the command line as a line of JSON, for the tests that compare it with
 // decoders.
 #include "core/platform/filesystem.h"

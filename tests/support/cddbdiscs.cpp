@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The discs of the CD database for tests: made up, but shaped as real ones are.
 #include "support/cddbserver.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Carries the precompiled headers (tests/CMakeLists.txt).
 namespace {
 }

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The packed program under Wine, in a window of a virtual desktop: installed, used by mouse and keys, removed; and the
 zip's program used from a folder with blanks and accents.
 

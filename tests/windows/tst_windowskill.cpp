@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/path.h"
 #include "core/platform/scratchfolder.h"
 #include "core/storage/safewrite.h"

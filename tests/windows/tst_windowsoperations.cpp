@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Operations on files and folders where Windows differs: drives and their roots, names that differ in case alone, both
 // separators in a pattern, names that the shell or the file system takes for others.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # The tests of a build for Windows: they run as Windows programs under Wine, in a prefix (a Windows disk with its registry)
 # of the build folder's own. docs/windows.md tells how, and what of Wine to bear in mind.
 

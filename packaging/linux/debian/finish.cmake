@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Run by cpack between installing and packing: gives the files the form that Debian's policy asks for.
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
     return()

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 /// Where a row that is dragged over a list goes: pure functions over rows of equal height, in pixels.

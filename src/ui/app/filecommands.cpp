@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/filecommands.h"
 
 #include "core/files/list/listcolumns.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/listcontroller.h"
 
 #include "core/files/list/currentfolder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/naming/patternbox.h"
 
 #include "core/app/settings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The contract of a batch: rows in list order, progress told before each, what a failure and the cancelled flag mean by
 // policy, and what became of every row.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The command line names a folder, or a file whose folder is meant.
 
 #include "core/app/commandline.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the user guide is found: beside the program or where the system keeps documentation, in the language that is
 // spoken.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The contract of the interface texts: 91 captions letter for letter in three languages, an unknown language changes
 // nothing, the language choice at the start, and a text for every error in every language.
 
@@ -49,7 +50,7 @@ private Q_SLOTS:
 
 void tst_idiomas::everyCaptionLetterForLetter()
 {
-    QFile file(qEnvironmentVariable("RAVLIN_SOURCE_DIR") + u"/tests/app/captions.tsv"_s);
+    QFile file(qEnvironmentVariable("RAVLIN_SOURCE_DIR") + u"/tests/core/app/captions.tsv"_s);
     QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
     const Captions english = filled(u"english"_s);
     const Captions spanish = filled(u"spanish"_s);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The contract of the ini document: a change touches one line, every other byte stays; every text round-trips; a line
 // typed by hand means what it says.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The options' stored texts: defaults where nothing or nothing known is stored, only what changed is written, and what
 // a later version stored is not overwritten with less.
 

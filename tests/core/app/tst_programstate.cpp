@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The contract of the shared state: its values at the start, and that a tag-save mode is exactly one digit from 1 to 5.
 
 #include "core/app/programstate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Qt's own texts follow the language of the interface, back and forth, and nothing is left behind at the end.
 
 #include "core/app/qttexts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The contract of the settings: every text round-trips; a missing key reads as empty; only the keys that were written
 // change in the file, whatever others did to it meanwhile; no state of the file stops the program, and none is
 // overwritten with less.

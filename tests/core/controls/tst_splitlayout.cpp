@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The layout rule of a split panel and the rule for releasing its bar: every case by itself, and for thousands of
 // random rules, states and extents the promises that hold for all of them.
 

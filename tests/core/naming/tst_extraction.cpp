@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a pattern takes from a file's name: the matching, character by character, and the run over many files, which
 // leaves alone what does not fit, passes over what fails and stops when a save was refused for want of space.
 

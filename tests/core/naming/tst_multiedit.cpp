@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The editing of many files: which fields are written, the running track, conversions that work on the boxes as well,
 // and when the run ends.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The list of patterns used: most recent first, none twice, bounded, and the same again after a restart.
 
 #include "core/app/settings.h"

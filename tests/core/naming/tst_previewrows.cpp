@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a preview shows, that it touches nothing, and that it tells the truth: run over random files, tags and patterns,
 // the outcome is what the preview said, and what one pattern put into a name the same pattern takes out again.
 

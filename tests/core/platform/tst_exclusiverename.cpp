@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: each way of renaming refuses a taken name and leaves both files as they are; the ways that need it fall
 // back on the next one.
 

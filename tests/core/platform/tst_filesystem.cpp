@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: the native file system does what filesystem.h promises: errors as values with the right
 // code, no blocking on pipes, full reads, copies and metadata complete, locks seen by others.
 

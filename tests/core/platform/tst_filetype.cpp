@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a program becomes the one that opens files of an extension for this user; all other choices of the user's
 // stay as they are; what can't be registered says so and changes nothing. The folders of a purpose are found by number.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a name that a system can't hold, or that would hide the file, is adjusted or refused, and says which.
 
 #include "core/platform/namecheck.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: every sequence of bytes that can be a file's name comes back from decodePath and
 // encodePath as the same bytes, valid UTF-8 reads as the text it is, and no two names decode to the
 // same path.

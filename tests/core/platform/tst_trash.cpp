@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: what is deleted goes into the trash of its own drive, laid out as freedesktop.org's trash specification 1.0
 // has it, and comes back from there. Where there is no safe trash nothing is touched.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a name for the time being holds the file's own, can be told from every other, and is brought back unless
 // the program that gave it is still at work.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: rewriteFile gives a file exactly the content that the pieces make up, by the smallest
 // safe change, touches nothing where nothing differs, and keeps links, owner, permissions,
 // attributes and, when asked, the time.

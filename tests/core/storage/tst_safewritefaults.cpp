@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: whichever system call of a save fails, does half its work or is the program's last one,
 // the file holds the old content or the new one, the caller hears of a failure, and what stays
 // behind is known by its name and goes away.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: where the disk or the user's limit on file sizes is too small for the new content, the file keeps the old
 // one, nothing stays behind, and the caller is told NoSpace.
 

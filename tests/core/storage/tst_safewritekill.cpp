@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a program that is killed (SIGKILL) at any moment while it saves leaves a file with
 // exactly one of the valid contents; where a file is written over under a redo file, that holds
 // after recoverFile.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The pages that work on many files, and the renaming of the folder, in the main window: their tabs, what a run does to
 // list, page and tree, and the choices from start to start.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The commands' places: every button of the toolbar with its menu, what is disabled when, the context menus, undo, and
 // the saved patterns.
 

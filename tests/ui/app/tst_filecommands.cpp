@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The commands on files and folders in the real window, on real files: what is asked and what an answer leads to, what
 // becomes of the files, and where tree and list go when their folder is gone.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The about box: version, addresses and thanks; each address goes to the system as it should.
 
 #include "core/app/idiomas.h"

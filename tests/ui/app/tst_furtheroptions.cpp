@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The second page of the options: it shows what is stored, and what the user chooses there is saved with the first page
 // and in force at once.
 

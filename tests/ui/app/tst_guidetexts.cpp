@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The user guide says what the program says: each caption that it quotes is in the program's tables in that language,
 // each key is one that the program knows by that name, and its table of keys is that of the commands in the window, all
 // of them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Every window in every language: no text is shown that is not in one of the two tables in the language that is spoken,
 // but for the few that are the same in all languages. A window that is open when the language changes shows the new
 // texts when it applies its captions; one that is made later has them at once.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The CD-database window over the main window: it is opened by the toolbar's first button, its menu's entry, the list's
 // context menu and a key, for the files that are selected; the list shows what it saves; it goes with the main window.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The options dialog: what it shows of the settings, how the language changes at once, what save writes and cancel does
 // not.
 

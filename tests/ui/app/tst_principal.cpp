@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window at work on real files: what a listing shows, what a click, a key, a save and a drop lead to.
 
 #include "ui/app/principalfixture.h"

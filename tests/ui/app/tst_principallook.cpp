@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window as it looks: every text in the language that is spoken, everything in its place at every width, the
 // way of the Tab key, and a name for each part.
 

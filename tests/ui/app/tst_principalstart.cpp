@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Starting and closing the main window: what it takes from the settings and the command line, what it gives back, and
 // in which order it closes.
 

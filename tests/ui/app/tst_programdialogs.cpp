@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The dialogs that the main window opens: by which controls and keys, what the window does once the options are closed,
 // and that no state of the settings file keeps the program from starting or is overwritten with less.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Busy: the caller gets a plain call, the windows go on painting, the user's input is dropped and not kept, and the
 // wait window's state is what the work reported.
 

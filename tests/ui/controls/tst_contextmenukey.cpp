@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: Shift+F10 opens the context menu of the control that has the focus, once, at its cursor; other keys, and
 // the same key with other modifiers, reach the control as ever.
 #include "ui/controls/contextmenukey.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The wait window: its state is there at once and as told, the window itself only where the work lasts, and closing it
 // does nothing to the work.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Icons have the palette's colour, the size that is asked for, and are grey where disabled.
 
 #include "ui/controls/icons.h"

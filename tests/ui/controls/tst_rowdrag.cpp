@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The dragging of a row: it begins with a move of the left button that is more than a click's, shows a mark where the
 // row would go, scrolls beyond the edge, and ends with a drop, or without one by Escape and by another button.
 

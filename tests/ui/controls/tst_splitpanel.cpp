@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // SplitPanel as a widget: its eight properties and how they are kept, what the mouse and the keyboard do, and that the
 // panels lie where the layout rule says.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The list as a widget: what keys and mouse report, how rows look, that selection and current row stay with their rows
 // through sorting and dragging, and that a drag ends with the hand-made order kept.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tree of folders: order, arrows, hidden, unreadable and oddly named folders, paths that do not exist, refreshing,
 // and what its keys report.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the window asks and tells about file operations: each question by what it is about, the safe answer at hand, and
 // every thing that was not done with its reason.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page that names files after their tags, by its real controls over real files: the rules, their captions and what
 // they enable, the names that a run gives, what it asks about names that are taken, and what the settings remember.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window that asks for the text of a new search: it begins with a text that is selected, and the button or Enter
 // hands over what is in the box and closes it, whatever that is.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window that looks the album of files up: what it asks for, and that it does so once it is shown; what it shows of
 // a disc; what it says when there is none, when several match and when the server fails; searching again; and that it
 // can be closed at any moment.

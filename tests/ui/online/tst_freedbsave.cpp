@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the window saves: row by row the files get the tracks that stand beside them, by the tag-save mode of now; which
 // values a file keeps; what is said when a file can't be written; and that the order is the user's.
 

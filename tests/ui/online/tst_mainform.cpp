@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window that looks for a new version: what it asks and tells when it comes up, which files it downloads where and
 // what it shows meanwhile, that every failure is told and that it can be ended at any moment.
 #include "core/app/settings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Choosing among several discs: what matches is listed with the number of tracks and how well the lengths fit, the
 // tracks of the current one stand below with their differences, and the chosen one fills the form.
 

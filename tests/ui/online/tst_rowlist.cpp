@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The lists that face each other: rows are put in order by dragging one, which goes before the row under the pointer,
 // and by Alt and the arrow keys; the selection goes with them; a mark shows where a row would go.
 

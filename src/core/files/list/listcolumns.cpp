@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/list/listcolumns.h"
 
 #include "core/naming/filename.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/operations/clsfilefunc.h"
 
 #include "core/platform/filetype.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/renaming/filerenaming.h"
 
 #include "core/files/renaming/renamefromtags.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/renaming/renamefromtags.h"
 
 #include "core/naming/filename.h"

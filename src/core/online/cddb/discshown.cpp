@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/cddb/discshown.h"
 
 #include "core/tags/mpeg/clsxanalyzer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
 /// Renaming that never takes the place of another file, by whatever the file system knows for it. Paths are as the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/id3/composedcontent.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/id3/id3text.h"
 
 #include <QStringConverter>

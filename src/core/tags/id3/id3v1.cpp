@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/id3/id3v1.h"
 
 #include "core/tags/id3/transliterate.h"

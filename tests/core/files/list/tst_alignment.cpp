@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The elements of a former list are found in a new one that comes mostly in the same order; what is found is the same,
 // and in ascending order.
 #include "core/files/list/alignment.h"

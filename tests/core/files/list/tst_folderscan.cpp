@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The folder scan: which names get a row, in which order the folders of a tree come, what a row shows, and that nothing
 // on the disk (hidden files, links in a circle, odd names, unreadable files) stops it.
 

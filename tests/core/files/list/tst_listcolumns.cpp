@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Which columns of the file list are hidden, as a text and as a set; what becomes of the room that hidden columns
 // leave.
 

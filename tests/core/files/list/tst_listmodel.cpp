@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rows of the list: what each column shows, which names are long, how the columns share the width, that sorting
 // keeps itself up and a row can be moved, what the status bar shows.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Sorting by a column: which order a click on a header chooses, and how texts, numbers and dates compare.
 
 #include "core/files/list/listsort.h"

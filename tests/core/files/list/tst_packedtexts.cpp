@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Texts packed into one piece of memory come back exactly as they were, whatever they hold.
 
 #include "core/files/list/listrow.h"

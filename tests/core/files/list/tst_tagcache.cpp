@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tag cache: a refresh reads only what changed, and never shows what a file held before, also when it changed
 // within the tick of the clock in which it was read, kept its time of modification, or is another file of the same
 // name.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: RenameFile gives a file or folder its new path, never in the place of another, also where only the case
 // changes and the file system ignores case; a failure leaves the old name, or one that tells what it was.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: the service behind clsFileFunc asks before it overwrites, trashes or deletes, does what the answer says,
 // tells what was not done, remembers what was, and gives the result back as a number.
 

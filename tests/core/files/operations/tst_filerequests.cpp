@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: clsFileFunc makes one request of however many paths and hands the service's result back unchanged; an empty
 // source or destination does nothing and returns 0.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: playlists are plain lines ended by CR LF, named after the tag read last, written in one step; played from
 // one fixed file of the user's own; deleted in one request.
 

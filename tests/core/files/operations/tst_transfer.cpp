@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: copying and moving files, links and folders into a folder. Names that are taken are asked about and nothing
 // is overwritten without a yes; a folder never goes into itself; links stay links; attributes and times go along.
 

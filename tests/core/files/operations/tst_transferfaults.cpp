@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: whatever call fails, whatever disk is full and whoever interferes, each source is whole or its copy is;
 // nothing half-written bears a final name, and a source is deleted only when its copy reads back the same.
 

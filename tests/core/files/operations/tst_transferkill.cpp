@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a program that is killed while it copies or moves 500 files, at any of 200 random moments, loses none of
 // them and leaves none half-written under its final name.
 

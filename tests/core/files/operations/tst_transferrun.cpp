@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a transfer can be stopped at any moment, inside a long file too, tells how far it is, and takes any number
 // of files; what was not done in full leaves its source whole and nothing at the target.
 

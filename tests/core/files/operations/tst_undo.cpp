@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: the last operations are undone one by one, the last one first, without overwriting or losing anything; what
 // can't be undone any more says why.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Renames of files after their tags, made ready: which names are planned, which files stay, and how a new name is told.
 
 #include "core/files/renaming/filerenaming.h"

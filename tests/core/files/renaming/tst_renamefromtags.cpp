@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: the names that the rules make become wishes whose paths lead nowhere but where the pattern's own text does;
 // a folder gets its new name by the same batch as files do.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a batch gives all new names as if at once; nothing is overwritten and no file is lost; a taken name is
 // settled by the answers; every row has an outcome, and the plan tells it beforehand.
 

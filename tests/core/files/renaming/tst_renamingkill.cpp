@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a program that is killed (SIGKILL) at any moment while it renames files in rings loses and hides none: each
 // can be seen under a name of the batch or one that holds its own, and the next listing gives the latter their names
 // back.

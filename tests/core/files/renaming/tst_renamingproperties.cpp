@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: whatever the batch, what the plan tells is what the run does; the number of files never falls, no content
 // changes, nothing outside the batch is touched, and undoing it gives every file its name back.
 

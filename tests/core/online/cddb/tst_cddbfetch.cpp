@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An answer is fetched whole or a failure says why: late, too long, sent elsewhere, refused, cut off, without a
 // certificate that is trusted. The system's proxy is used as wanted. Nothing here leaves this computer.
 #include "core/online/cddb/cddbfetch.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The protocol of CD databases: what an address for the server is, how a question is written at each level, and what
 // each answer means, whatever a server sends.
 #include "core/online/cddb/cddbprotocol.h"

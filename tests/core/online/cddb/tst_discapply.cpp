@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A disc's data in a file's tag: track, title, artist and album are the disc's; year and genre only where it has them;
 // the rest stays. Of a batch, a line for each file that was not saved tells why.
 #include "core/app/idiomas.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Files and tracks side by side: a track that plays more than two seconds longer or shorter than the file beside it is
 // told of, and so are numbers of rows that differ; what is not known is no difference.
 #include "core/app/idiomas.h"

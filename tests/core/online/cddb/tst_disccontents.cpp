@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Playing times become a disc's offset text, begun frames counted; the text becomes the disc's table of contents and
 // its identifier. The played samples of a ripped and encoded disc give back the disc's own offsets.
 #include "core/online/cddb/disccontents.h"

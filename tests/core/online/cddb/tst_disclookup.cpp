@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The looking up of files: they are measured, then their disc is asked for in the order that counts at that moment; a
 // search takes the question's place; files that make no disc are told of and nothing is asked.
 #include "core/app/options.h"

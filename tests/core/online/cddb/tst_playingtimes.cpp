@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Playing times are measured in the order of the files on a thread of their own; a file that has none is told of with
 // the reason; a measuring that is cancelled tells nothing more, and one that is left keeps nobody waiting.
 

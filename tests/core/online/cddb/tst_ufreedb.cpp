@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The CD-database component: a disc is looked up by its offsets or by a text, one exact match is read at once, several
 // are offered; older servers are understood; whatever a server does, exactly one signal tells the end, later than the
 // call returns, and what was read before stays.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Records of the xmcd format: repeated keys, escapes, year and genre in both places, artists of several artists' discs,
 // UTF-8 and Latin-1, offsets in comments; nothing that a record says does harm.
 #include "core/online/cddb/cddbtext.h"

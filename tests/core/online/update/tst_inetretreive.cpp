@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A download bears its name only when it is whole, checked and on the disk; whatever goes wrong, and whenever it is
 // cancelled, nothing of it is left behind and an older file of that name stays as it was.
 #include "core/online/update/inetretreive.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A sequential text's fields come out as BASIC's "write" put them in, whatever the line ends; what is wrong or missing
 // ends the reading, and a text that is cut anywhere gives the fields that are whole and nothing else.
 #include "core/online/update/sequentialtext.h"

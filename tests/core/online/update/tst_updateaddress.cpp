@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where new versions are looked for and fetched from: https unless somebody chose otherwise, never less secure than the
 // version file, and under names that stay in the folder that was chosen.
 #include "core/online/update/updateaddress.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the version file tells: its header, up to 51 records, and what is made of a file that is damaged or none.
 // Versions are compared as texts.
 #include "core/online/update/versionfile.h"

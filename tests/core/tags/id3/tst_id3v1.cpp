@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The 128 bytes of ID3v1 and ID3v1.1: fields are read up to their first zero byte; a field that holds the value already
 // keeps its bytes, whatever stands behind the text; the comment gives two bytes to a track.
 

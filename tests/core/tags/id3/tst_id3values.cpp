@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the texts of genre, track and year frames mean, and how a new number is written into such a text.
 
 #include "core/tags/id3/id3values.h"

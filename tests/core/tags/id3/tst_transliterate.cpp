@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Texts for fields that hold Latin-1 only: similar letters, else one '?' for each character that a reader sees; never
 // nothing for something, and nothing cut inside a character.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The labels beside a file's tag: their texts, and that reading them never keeps the caller waiting and never tells of
 // a file that is no longer the one asked for.
 

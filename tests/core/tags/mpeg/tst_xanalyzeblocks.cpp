@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The stream analysis: the tags around and between frames are stepped over; an info frame is no audio, whatever it
 // claims, but tells the encoder's delay and padding, which the played samples are without.
 #include "core/tags/mpeg/xanalyze.h"

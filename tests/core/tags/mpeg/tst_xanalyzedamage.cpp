@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The stream analysis: damage is told and costs no more than the frames it hit; what looks like a header by chance is
 // not taken for one; failing and shrinking files end well; hostile bytes cost time in proportion to their number.
 #include "core/tags/mpeg/xanalyze.h"

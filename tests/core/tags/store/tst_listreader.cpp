@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The reader for the list shows what the tag store reads, whatever the tag's form, and reads no picture for it.
 
 #include "core/platform/filesystem.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A save that fails, whatever call of the system fails: the file is the old one, or the new one of a pass that was
 // through, never a mixture; the error is returned. What was interrupted is completed by the next save.
 

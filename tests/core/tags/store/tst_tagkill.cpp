@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A program that is killed at any moment while it saves tags leaves a file whose tags are those before or those after a
 // save, with all foreign frames and the audio.
 

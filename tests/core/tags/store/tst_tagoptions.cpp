@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the user may choose about the writing of tags: the version of new ID3v2 tags, and that files keep their time of
 // modification, however they are written.
 
