@@ -22,7 +22,7 @@ tl::expected<Arguments, UsageError> parse(const QStringList &words)
 
 } // namespace
 
-class ArgumentsTest : public QObject
+class TestArguments : public QObject
 {
     Q_OBJECT
 
@@ -114,5 +114,5 @@ private Q_SLOTS:
 
 } // namespace ravlin::cli
 
-QTEST_APPLESS_MAIN(ravlin::cli::ArgumentsTest)
+QTEST_APPLESS_MAIN(ravlin::cli::TestArguments)
 #include "tst_arguments.moc"

@@ -46,7 +46,7 @@ const std::vector<Record> Two{{u"夜"_s, qint64(12), true}, {u"a\tb"_s, {}, fals
 
 } // namespace
 
-class RecordWriterTest : public QObject
+class TestRecordWriter : public QObject
 {
     Q_OBJECT
 
@@ -153,5 +153,5 @@ private Q_SLOTS:
 
 } // namespace ravlin::cli
 
-QTEST_APPLESS_MAIN(ravlin::cli::RecordWriterTest)
+QTEST_APPLESS_MAIN(ravlin::cli::TestRecordWriter)
 #include "tst_recordwriter.moc"

@@ -24,7 +24,7 @@ QByteArray json(QStringView text)
 
 } // namespace
 
-class TextTest : public QObject
+class TestText : public QObject
 {
     Q_OBJECT
 
@@ -114,5 +114,5 @@ private Q_SLOTS:
 
 } // namespace ravlin::cli
 
-QTEST_APPLESS_MAIN(ravlin::cli::TextTest)
+QTEST_APPLESS_MAIN(ravlin::cli::TestText)
 #include "tst_text.moc"

@@ -66,7 +66,7 @@ const QByteArray Large(20'000, 'o');
 } // namespace
 
 /// The contracts of FileSystem, Folder, nodes and safe writes, as Windows keeps them.
-class WindowsFiles : public QObject
+class TestWindowsFiles : public QObject
 {
     Q_OBJECT
 
@@ -371,5 +371,5 @@ private Q_SLOTS:
 
 } // namespace ravlin::platform
 
-QTEST_GUILESS_MAIN(ravlin::platform::WindowsFiles)
+QTEST_GUILESS_MAIN(ravlin::platform::TestWindowsFiles)
 #include "tst_windowsfiles.moc"

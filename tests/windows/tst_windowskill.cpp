@@ -41,7 +41,7 @@ int writeForEver(const QString &path)
 } // namespace
 
 /// A program that is killed while it writes leaves the old content or the new one.
-class WindowsKill : public QObject
+class TestWindowsKill : public QObject
 {
     Q_OBJECT
 
@@ -91,7 +91,7 @@ int main(int argc, char **argv)
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.value(1) == u"--write")
         return ravlin::platform::writeForEver(arguments.value(2));
-    ravlin::platform::WindowsKill test;
+    ravlin::platform::TestWindowsKill test;
     return QTest::qExec(&test, argc, argv);
 }
 

@@ -95,7 +95,7 @@ public:
 
 } // namespace
 
-class tst_windowsoperations : public QObject
+class TestWindowsOperations : public QObject
 {
     Q_OBJECT
 
@@ -309,5 +309,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_windowsoperations)
+QTEST_GUILESS_MAIN(TestWindowsOperations)
 #include "tst_windowsoperations.moc"

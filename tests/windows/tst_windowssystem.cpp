@@ -39,7 +39,7 @@ QString classValue(const QString &key)
 } // namespace
 
 /// What the program asks of Windows besides files: recycle bin, registry, code page, special folders, drives.
-class WindowsSystem : public QObject
+class TestWindowsSystem : public QObject
 {
     Q_OBJECT
 
@@ -210,5 +210,5 @@ private Q_SLOTS:
 
 } // namespace ravlin::platform
 
-QTEST_GUILESS_MAIN(ravlin::platform::WindowsSystem)
+QTEST_GUILESS_MAIN(ravlin::platform::TestWindowsSystem)
 #include "tst_windowssystem.moc"

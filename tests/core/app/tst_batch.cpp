@@ -26,7 +26,7 @@ Error failure(ErrorCode code, const QString &path)
 
 } // namespace
 
-class tst_batch : public QObject
+class TestBatch : public QObject
 {
     Q_OBJECT
 
@@ -120,5 +120,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_batch)
+QTEST_GUILESS_MAIN(TestBatch)
 #include "tst_batch.moc"

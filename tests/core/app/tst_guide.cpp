@@ -12,7 +12,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_guide : public QObject
+class TestGuide : public QObject
 {
     Q_OBJECT
 
@@ -80,5 +80,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_guide)
+QTEST_GUILESS_MAIN(TestGuide)
 #include "tst_guide.moc"

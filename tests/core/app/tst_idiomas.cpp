@@ -28,7 +28,7 @@ Captions filled(const QString &language)
 
 } // namespace
 
-class tst_idiomas : public QObject
+class TestIdiomas : public QObject
 {
     Q_OBJECT
 
@@ -48,7 +48,7 @@ private Q_SLOTS:
     void theLowSpaceErrorIsItsCaption();
 };
 
-void tst_idiomas::everyCaptionLetterForLetter()
+void TestIdiomas::everyCaptionLetterForLetter()
 {
     QFile file(qEnvironmentVariable("RAVLIN_SOURCE_DIR") + u"/tests/core/app/captions.tsv"_s);
     QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
@@ -69,7 +69,7 @@ void tst_idiomas::everyCaptionLetterForLetter()
     QCOMPARE(number, 91);
 }
 
-void tst_idiomas::spotValues()
+void TestIdiomas::spotValues()
 {
     const Captions english = filled(u"english"_s);
     const Captions spanish = filled(u"spanish"_s);
@@ -90,7 +90,7 @@ void tst_idiomas::spotValues()
     }
 }
 
-void tst_idiomas::captionsAreEmptyAtFirst()
+void TestIdiomas::captionsAreEmptyAtFirst()
 {
     const Captions captions;
     QCOMPARE(captions.languageName(), u"english"_s);
@@ -98,7 +98,7 @@ void tst_idiomas::captionsAreEmptyAtFirst()
         QCOMPARE(captions.text(number), QString());
 }
 
-void tst_idiomas::anUnknownLanguageChangesNothing()
+void TestIdiomas::anUnknownLanguageChangesNothing()
 {
     for (const QString &unknown : {u"german"_s, u"fr"_s, u"French"_s, QString()}) {
         Captions captions;
@@ -116,7 +116,7 @@ void tst_idiomas::anUnknownLanguageChangesNothing()
     }
 }
 
-void tst_idiomas::aNewLanguageTakesEffectWithTheFill()
+void TestIdiomas::aNewLanguageTakesEffectWithTheFill()
 {
     Captions captions = filled(u"english"_s);
     captions.setLanguageName(u"spanish"_s);
@@ -127,14 +127,14 @@ void tst_idiomas::aNewLanguageTakesEffectWithTheFill()
     QCOMPARE(captions.text(Text::ErrorNoSpace), u"el disco está lleno"_s);
 }
 
-void tst_idiomas::numbersOutsideAreEmpty()
+void TestIdiomas::numbersOutsideAreEmpty()
 {
     const Captions captions = filled(u"english"_s);
     for (const int number : {0, -1, 92, 1000000})
         QCOMPARE(captions.text(number), QString());
 }
 
-void tst_idiomas::codesAndNames()
+void TestIdiomas::codesAndNames()
 {
     QCOMPARE(languageNameFromCode(u"es"), u"spanish"_s);
     QCOMPARE(languageNameFromCode(u"en"), u"english"_s);
@@ -148,7 +148,7 @@ void tst_idiomas::codesAndNames()
     QCOMPARE(languageCodeFromName(u"german"), QString());
 }
 
-void tst_idiomas::languageAtStart_data()
+void TestIdiomas::languageAtStart_data()
 {
     QTest::addColumn<QString>("stored");
     QTest::addColumn<QString>("language");
@@ -162,7 +162,7 @@ void tst_idiomas::languageAtStart_data()
     QTest::newRow("a name is no code: English") << u"french"_s << u"english"_s << u"files"_s;
 }
 
-void tst_idiomas::languageAtStart()
+void TestIdiomas::languageAtStart()
 {
     QFETCH(QString, stored);
     const QTemporaryDir folder;
@@ -176,7 +176,7 @@ void tst_idiomas::languageAtStart()
     QTEST(captions.text(10), "files");
 }
 
-void tst_idiomas::furtherTextsAreThereInEveryLanguage()
+void TestIdiomas::furtherTextsAreThereInEveryLanguage()
 {
     for (const QString &language : LanguageNames) {
         const Captions captions = filled(language);
@@ -191,7 +191,7 @@ void tst_idiomas::furtherTextsAreThereInEveryLanguage()
     QCOMPARE(Captions().text(Text::ErrorNoSpace), u"the disk is full"_s); // before the first fill
 }
 
-void tst_idiomas::noFrenchMarkBeginsALine()
+void TestIdiomas::noFrenchMarkBeginsALine()
 {
     const Captions french = filled(u"french"_s);
     static const QRegularExpression breakable(u"(?<!\u00a0)[;?»]| [:!]|«(?!\u00a0)"_s);
@@ -201,7 +201,7 @@ void tst_idiomas::noFrenchMarkBeginsALine()
     }
 }
 
-void tst_idiomas::everyErrorHasASentenceOfItsOwn()
+void TestIdiomas::everyErrorHasASentenceOfItsOwn()
 {
     for (const QString &language : LanguageNames) {
         const Captions captions = filled(language);
@@ -217,12 +217,12 @@ void tst_idiomas::everyErrorHasASentenceOfItsOwn()
     QCOMPARE(filled(u"french"_s).errorText(ErrorCode::BrokenTag), u"le tag est endommagé et reste tel quel"_s);
 }
 
-void tst_idiomas::theLowSpaceErrorIsItsCaption()
+void TestIdiomas::theLowSpaceErrorIsItsCaption()
 {
     QCOMPARE(filled(u"english"_s).errorText(ErrorCode::LowSpace), u"low disk space, operation cancelled"_s);
     QCOMPARE(filled(u"spanish"_s).errorText(ErrorCode::LowSpace), u"poco espacio en disco, operación cancelada"_s);
     QCOMPARE(filled(u"french"_s).errorText(ErrorCode::LowSpace), u"espace disque faible, opération annulée"_s);
 }
 
-QTEST_GUILESS_MAIN(tst_idiomas)
+QTEST_GUILESS_MAIN(TestIdiomas)
 #include "tst_idiomas.moc"

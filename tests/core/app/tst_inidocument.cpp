@@ -31,7 +31,7 @@ QString value(const IniDocument &document, QStringView key)
 
 } // namespace
 
-class tst_inidocument : public QObject
+class TestIniDocument : public QObject
 {
     Q_OBJECT
 
@@ -49,21 +49,21 @@ private Q_SLOTS:
     void aNewSectionGoesToTheEndOfTheFile();
 };
 
-void tst_inidocument::bytesStayAsTheyAre()
+void TestIniDocument::bytesStayAsTheyAre()
 {
     for (const QByteArray &bytes : {QByteArray(), QByteArray("\n"), QByteArray("\r\n\r\r\n"), QByteArray("[ini"),
              QByteArray("[ini]\ntags=1"), QByteArray("\xEF\xBB\xBF"), QByteArray("\xff\xfe=\x80\n")})
         QCOMPARE(parsed(bytes).toBytes(), bytes);
 }
 
-void tst_inidocument::zeroBytesAreNoText()
+void TestIniDocument::zeroBytesAreNoText()
 {
     QVERIFY(!IniDocument::parse(QByteArray(1, '\0')));
     QVERIFY(!IniDocument::parse(QByteArray("[ini]\ntags=1\n") + '\0'));
     QVERIFY(!IniDocument::parse(QByteArray("\xff\xfe[\0i\0", 6)));
 }
 
-void tst_inidocument::randomValues()
+void TestIniDocument::randomValues()
 {
     const QString alphabet = u" \t\n\r\"\\@,;#=[]()%u0041escapdé🎵\u0085\ufeff"_s + QChar(0xd83d) + QChar(0xde00);
     QRandomGenerator random(4);
@@ -80,7 +80,7 @@ void tst_inidocument::randomValues()
     }
 }
 
-void tst_inidocument::valuesTypedByHand_data()
+void TestIniDocument::valuesTypedByHand_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QString>("value");
@@ -101,7 +101,7 @@ void tst_inidocument::valuesTypedByHand_data()
     QTest::newRow("no equals") << QByteArray("ruta") << QString();
 }
 
-void tst_inidocument::valuesTypedByHand()
+void TestIniDocument::valuesTypedByHand()
 {
     QFETCH(QByteArray, line);
     IniDocument document = parsed("[ini]\n" + line + "\ntags=4\n");
@@ -109,7 +109,7 @@ void tst_inidocument::valuesTypedByHand()
     QCOMPARE(value(document, settingskey::Tags), u"4"_s);
 }
 
-void tst_inidocument::keysTypedByHand()
+void TestIniDocument::keysTypedByHand()
 {
     IniDocument document = parsed(
         "\xEF\xBB\xBF[ ini ] ; ours\r\nrename var=%1 - %2\r\ndir%20rename%20var = %3\r\n[other]\r\nrename var=x\r\n");
@@ -121,7 +121,7 @@ void tst_inidocument::keysTypedByHand()
                                        "[other]\r\nrename var=x\r\n"));
 }
 
-void tst_inidocument::theLastOfEqualKeysCounts()
+void TestIniDocument::theLastOfEqualKeysCounts()
 {
     IniDocument document = parsed("[ini]\ntags=1\n[x]\ntags=5\n[ini]\ntags=2\n");
     QCOMPARE(value(document, settingskey::Tags), u"2"_s);
@@ -130,7 +130,7 @@ void tst_inidocument::theLastOfEqualKeysCounts()
     QCOMPARE(value(document, settingskey::Tags), u"3"_s);
 }
 
-void tst_inidocument::onlyTheLinesOfWrittenKeysChange()
+void TestIniDocument::onlyTheLinesOfWrittenKeysChange()
 {
     const QByteArray before =
         "# head\n\nstray line without meaning\n[foreign]\ntags=9\n; c\n[ini]\n  tags = 1\n"
@@ -143,7 +143,7 @@ void tst_inidocument::onlyTheLinesOfWrittenKeysChange()
     QCOMPARE(document.toBytes(), after);
 }
 
-void tst_inidocument::windowsLineEndsStay()
+void TestIniDocument::windowsLineEndsStay()
 {
     IniDocument document = parsed("[ini]\r\ntags=1\r\nruta=C:\\a\r\n");
     QCOMPARE(value(document, settingskey::Ruta), u"C:\\a"_s);
@@ -152,19 +152,19 @@ void tst_inidocument::windowsLineEndsStay()
     QCOMPARE(document.toBytes(), QByteArray("[ini]\r\ntags=2\r\nruta=C:\\a\r\nidioma=fr\r\n"));
 }
 
-void tst_inidocument::aNewKeyGoesToTheEndOfItsSection()
+void TestIniDocument::aNewKeyGoesToTheEndOfItsSection()
 {
     IniDocument document = parsed("[ini]\ntags=1\n\n\n[other]\na=b");
     document.setValue(Section, settingskey::Idioma, u"es"_s);
     QCOMPARE(document.toBytes(), QByteArray("[ini]\ntags=1\nidioma=es\n\n\n[other]\na=b\n"));
 }
 
-void tst_inidocument::aNewSectionGoesToTheEndOfTheFile()
+void TestIniDocument::aNewSectionGoesToTheEndOfTheFile()
 {
     IniDocument document = parsed("[other]\na=b");
     document.setValue(Section, settingskey::Idioma, u"es"_s);
     QCOMPARE(document.toBytes(), QByteArray("[other]\na=b\n\n[ini]\nidioma=es\n"));
 }
 
-QTEST_GUILESS_MAIN(tst_inidocument)
+QTEST_GUILESS_MAIN(TestIniDocument)
 #include "tst_inidocument.moc"

@@ -12,7 +12,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_options : public QObject
+class TestOptions : public QObject
 {
     Q_OBJECT
 
@@ -108,5 +108,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_options)
+QTEST_GUILESS_MAIN(TestOptions)
 #include "tst_options.moc"

@@ -9,7 +9,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_programstate : public QObject
+class TestProgramState : public QObject
 {
     Q_OBJECT
 
@@ -18,7 +18,7 @@ private Q_SLOTS:
     void modesAreExactlyOneDigit();
 };
 
-void tst_programstate::valuesAtTheStart()
+void TestProgramState::valuesAtTheStart()
 {
     const ProgramState state;
     QCOMPARE(state.tagSaveMode, 2);
@@ -29,7 +29,7 @@ void tst_programstate::valuesAtTheStart()
     QCOMPARE(state.previewMode, PreviewMode::None);
 }
 
-void tst_programstate::modesAreExactlyOneDigit()
+void TestProgramState::modesAreExactlyOneDigit()
 {
     for (int mode = 1; mode <= 5; ++mode)
         QCOMPARE(tagSaveModeFromText(QString::number(mode)), std::optional(mode));
@@ -38,5 +38,5 @@ void tst_programstate::modesAreExactlyOneDigit()
         QVERIFY2(!tagSaveModeFromText(text), qPrintable(text));
 }
 
-QTEST_GUILESS_MAIN(tst_programstate)
+QTEST_GUILESS_MAIN(TestProgramState)
 #include "tst_programstate.moc"

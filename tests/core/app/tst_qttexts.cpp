@@ -9,7 +9,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_qttexts : public QObject
+class TestQtTexts : public QObject
 {
     Q_OBJECT
 
@@ -49,5 +49,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_qttexts)
+QTEST_GUILESS_MAIN(TestQtTexts)
 #include "tst_qttexts.moc"

@@ -21,7 +21,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_settings : public QObject
+class TestSettings : public QObject
 {
     Q_OBJECT
 
@@ -63,18 +63,18 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-void tst_settings::init()
+void TestSettings::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     QVERIFY(m_folder->isValid());
 }
 
-void tst_settings::cleanup()
+void TestSettings::cleanup()
 {
     m_folder.reset();
 }
 
-void tst_settings::put(const QByteArray &bytes, const QString &to) const
+void TestSettings::put(const QByteArray &bytes, const QString &to) const
 {
     QDir().mkpath(QFileInfo(path()).path());
     QFile file(to.isEmpty() ? path() : to);
@@ -82,18 +82,18 @@ void tst_settings::put(const QByteArray &bytes, const QString &to) const
     QCOMPARE(file.write(bytes), bytes.size());
 }
 
-QByteArray tst_settings::got(const QString &from) const
+QByteArray TestSettings::got(const QString &from) const
 {
     QFile file(from.isEmpty() ? path() : from);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
 }
 
-QStringList tst_settings::filesInFolder() const
+QStringList TestSettings::filesInFolder() const
 {
     return QDir(QFileInfo(path()).path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
 }
 
-void tst_settings::defaultPathIsInTheConfigurationFolder()
+void TestSettings::defaultPathIsInTheConfigurationFolder()
 {
     const int number = static_cast<int>(platform::SpecialFolder::RoamingSettings);
     const QString configuration = QDir::fromNativeSeparators(platform::specialFolder(number));
@@ -103,7 +103,7 @@ void tst_settings::defaultPathIsInTheConfigurationFolder()
     QVERIFY(!QFileInfo::exists(configuration + u"/ravlin"_s)); // asking leaves nothing behind
 }
 
-void tst_settings::missingKeysReadAsEmpty()
+void TestSettings::missingKeysReadAsEmpty()
 {
     const Settings settings(path());
     for (const QStringView key : {settingskey::Ruta, settingskey::Tags, settingskey::RenameVar})
@@ -112,7 +112,7 @@ void tst_settings::missingKeysReadAsEmpty()
     QVERIFY(!QFileInfo::exists(path()));
 }
 
-void tst_settings::keysAreExact()
+void TestSettings::keysAreExact()
 {
     const QStringList keys{u"ruta"_s, u"recuerda"_s, u"idioma"_s, u"tags"_s, u"rename"_s, u"rename var"_s,
         u"rename case"_s, u"multi case"_s, u"rename replace"_s, u"multi replace"_s, u"servidor"_s, u"correo"_s,
@@ -136,7 +136,7 @@ void tst_settings::keysAreExact()
         QCOMPARE(Settings(path()).read(key), u"value of "_s + key);
 }
 
-void tst_settings::aSavedValueIsThereAtTheNextStart()
+void TestSettings::aSavedValueIsThereAtTheNextStart()
 {
     {
         Settings settings(path());
@@ -152,7 +152,7 @@ void tst_settings::aSavedValueIsThereAtTheNextStart()
     QCOMPARE(filesInFolder(), QStringList{u"ravlin.ini"_s});
 }
 
-void tst_settings::values_data()
+void TestSettings::values_data()
 {
     QTest::addColumn<QString>("value");
 
@@ -190,7 +190,7 @@ void tst_settings::values_data()
     QTest::newRow("long") << u"path/"_s.repeated(20000);
 }
 
-void tst_settings::values()
+void TestSettings::values()
 {
     QFETCH(QString, value);
     Settings settings(path());
@@ -206,7 +206,7 @@ void tst_settings::values()
     QCOMPARE(next.read(settingskey::Tags), u"after"_s);
 }
 
-void tst_settings::savingTheSameWritesNothing()
+void TestSettings::savingTheSameWritesNothing()
 {
     put("[ini]\ntags = \"1\"");
     const QDateTime old = QDateTime::fromSecsSinceEpoch(1000000000);
@@ -223,7 +223,7 @@ void tst_settings::savingTheSameWritesNothing()
     QCOMPARE(got(), QByteArray("[ini]\ntags = \"1\""));
 }
 
-void tst_settings::interleavedInstancesKeepEachOthersKeys()
+void TestSettings::interleavedInstancesKeepEachOthersKeys()
 {
     Settings first(path());
     Settings second(path());
@@ -245,7 +245,7 @@ void tst_settings::interleavedInstancesKeepEachOthersKeys()
     QCOMPARE(next.read(settingskey::Tags), u"1"_s); // saved last
 }
 
-void tst_settings::anEditByAnotherProgramIsNotLost()
+void TestSettings::anEditByAnotherProgramIsNotLost()
 {
     put("[ini]\ntags=1\nservidor=old.example\n");
     Settings settings(path());
@@ -256,7 +256,7 @@ void tst_settings::anEditByAnotherProgramIsNotLost()
     QCOMPARE(settings.read(settingskey::Servidor), u"new.example"_s);
 }
 
-void tst_settings::reloadKeepsWhatIsNotSaved()
+void TestSettings::reloadKeepsWhatIsNotSaved()
 {
     put("[ini]\ntags=1\nidioma=es\n");
     Settings settings(path());
@@ -267,7 +267,7 @@ void tst_settings::reloadKeepsWhatIsNotSaved()
     QCOMPARE(settings.read(settingskey::Idioma), u"fr"_s);
 }
 
-void tst_settings::instancesInThreadsLoseNothing()
+void TestSettings::instancesInThreadsLoseNothing()
 {
     constexpr int Writers = 6;
     constexpr int Rounds = 25;
@@ -296,7 +296,7 @@ void tst_settings::instancesInThreadsLoseNothing()
     QCOMPARE(filesInFolder(), QStringList{u"ravlin.ini"_s});
 }
 
-void tst_settings::aDamagedFileIsKeptAside()
+void TestSettings::aDamagedFileIsKeptAside()
 {
     const QByteArray damaged = QByteArray("[ini]\ntags=1\n") + QByteArray(4096, '\0');
     put(damaged);
@@ -316,7 +316,7 @@ void tst_settings::aDamagedFileIsKeptAside()
     QVERIFY(!settings.problem());
 }
 
-void tst_settings::aFileDamagedWhileRunningCostsNothing()
+void TestSettings::aFileDamagedWhileRunningCostsNothing()
 {
     put("; mine\n[ini]\ntags=1\n[other]\na=b\n");
     Settings settings(path());
@@ -331,7 +331,7 @@ void tst_settings::aFileDamagedWhileRunningCostsNothing()
     QCOMPARE(got(path() + u".damaged"_s), QByteArray(100, '\0'));
 }
 
-void tst_settings::aSecondDamageKeepsTheFirstCopy()
+void TestSettings::aSecondDamageKeepsTheFirstCopy()
 {
     for (const char digit : {'1', '2', '2'}) {
         put(QByteArray("\0", 1) + digit);
@@ -348,7 +348,7 @@ void tst_settings::aSecondDamageKeepsTheFirstCopy()
     QCOMPARE(filesInFolder().size(), 3); // the same damage is kept once
 }
 
-void tst_settings::aFileTooLargeIsLeftAlone()
+void TestSettings::aFileTooLargeIsLeftAlone()
 {
     const QByteArray large = "[ini]\ntags=1\n" + QByteArray(2 * 1024 * 1024, 'x');
     put(large);
@@ -362,7 +362,7 @@ void tst_settings::aFileTooLargeIsLeftAlone()
     QVERIFY(got() == large);
 }
 
-void tst_settings::aFolderInItsPlaceIsLeftAlone()
+void TestSettings::aFolderInItsPlaceIsLeftAlone()
 {
     QVERIFY(QDir().mkpath(path() + u"/inside"_s));
     Settings settings(path());
@@ -373,7 +373,7 @@ void tst_settings::aFolderInItsPlaceIsLeftAlone()
     QVERIFY(QFileInfo(path() + u"/inside"_s).isDir());
 }
 
-void tst_settings::anUnreadableFileIsLeftAlone()
+void TestSettings::anUnreadableFileIsLeftAlone()
 {
     put("[ini]\ntags=1\n");
     QVERIFY(QFile::setPermissions(path(), QFileDevice::WriteOwner));
@@ -390,7 +390,7 @@ void tst_settings::anUnreadableFileIsLeftAlone()
     QCOMPARE(got(), QByteArray("[ini]\ntags=1\nidioma=es\n"));
 }
 
-void tst_settings::aReadOnlyFileIsLeftAlone()
+void TestSettings::aReadOnlyFileIsLeftAlone()
 {
     put("[ini]\ntags=1\n");
     QVERIFY(QFile::setPermissions(path(), QFileDevice::ReadOwner));
@@ -405,7 +405,7 @@ void tst_settings::aReadOnlyFileIsLeftAlone()
     QCOMPARE(filesInFolder(), QStringList{u"ravlin.ini"_s});
 }
 
-void tst_settings::aReadOnlyFolderIsAnError()
+void TestSettings::aReadOnlyFolderIsAnError()
 {
     // A file in the way of the folder, and on Linux a file system that nobody can write.
     put("not a folder", m_folder->filePath(u"file"_s));
@@ -425,7 +425,7 @@ void tst_settings::aReadOnlyFolderIsAnError()
     QCOMPARE(got(m_folder->filePath(u"file"_s)), QByteArray("not a folder"));
 }
 
-void tst_settings::aLockedFileIsAnErrorAndCanBeSavedLater()
+void TestSettings::aLockedFileIsAnErrorAndCanBeSavedLater()
 {
     put("[ini]\ntags=1\n");
     Settings settings(path());
@@ -440,7 +440,7 @@ void tst_settings::aLockedFileIsAnErrorAndCanBeSavedLater()
     QCOMPARE(got(), QByteArray("[ini]\ntags=2\n"));
 }
 
-void tst_settings::aSymbolicLinkStays()
+void TestSettings::aSymbolicLinkStays()
 {
     const QString target = m_folder->filePath(u"dotfiles.ini"_s);
     put("[ini]\ntags=1\n", target);
@@ -453,7 +453,7 @@ void tst_settings::aSymbolicLinkStays()
     QCOMPARE(got(target), QByteArray("[ini]\ntags=2\n"));
 }
 
-void tst_settings::permissions()
+void TestSettings::permissions()
 {
     const QFileDevice::Permissions everybody =
         QFileDevice::ReadOther | QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::WriteOther;
@@ -469,5 +469,5 @@ void tst_settings::permissions()
     QCOMPARE(QFileInfo(path()).permissions() & everybody, QFileDevice::Permissions(QFileDevice::ReadGroup));
 }
 
-QTEST_GUILESS_MAIN(tst_settings)
+QTEST_GUILESS_MAIN(TestSettings)
 #include "tst_settings.moc"

@@ -7,7 +7,7 @@
 
 using namespace ravlin;
 
-class tst_dropposition : public QObject
+class TestDropPosition : public QObject
 {
     Q_OBJECT
 
@@ -48,5 +48,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_dropposition)
+QTEST_GUILESS_MAIN(TestDropPosition)
 #include "tst_dropposition.moc"

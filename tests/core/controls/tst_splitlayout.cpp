@@ -13,7 +13,7 @@ using namespace ravlin;
 
 Q_DECLARE_METATYPE(ravlin::SnappedPanel)
 
-class tst_splitlayout : public QObject
+class TestSplitLayout : public QObject
 {
     Q_OBJECT
 
@@ -32,7 +32,7 @@ private Q_SLOTS:
     void extremeNumbers();
 };
 
-void tst_splitlayout::correctsThePosition_data()
+void TestSplitLayout::correctsThePosition_data()
 {
     using enum SnappedPanel;
     QTest::addColumn<int>("extent");
@@ -61,7 +61,7 @@ void tst_splitlayout::correctsThePosition_data()
     QTest::newRow("no extent") << 0 << 3000 << None << 0;
 }
 
-void tst_splitlayout::correctsThePosition()
+void TestSplitLayout::correctsThePosition()
 {
     QFETCH(int, extent);
     QFETCH(int, position);
@@ -69,7 +69,7 @@ void tst_splitlayout::correctsThePosition()
     QTEST(layOutSplit(SplitRule(), {position, snapped}, extent).position, "corrected");
 }
 
-void tst_splitlayout::showsWhatIsNotShut()
+void TestSplitLayout::showsWhatIsNotShut()
 {
     const SplitLayout none = layOutSplit({}, {5000, SnappedPanel::None}, 10000);
     QVERIFY(none.firstVisible && none.secondVisible);
@@ -79,7 +79,7 @@ void tst_splitlayout::showsWhatIsNotShut()
     QVERIFY(second.firstVisible && !second.secondVisible);
 }
 
-void tst_splitlayout::panelsFillWhatTheBarLeaves()
+void TestSplitLayout::panelsFillWhatTheBarLeaves()
 {
     const SplitLayout layout = layOutSplit({.splitterWidth = 80}, {3000, SnappedPanel::None}, 10000);
     QCOMPARE(layout.first, (Span{0, 2960}));
@@ -89,7 +89,7 @@ void tst_splitlayout::panelsFillWhatTheBarLeaves()
     QCOMPARE(layout.highest, 8000);
 }
 
-void tst_splitlayout::barStaysInsideWhereAPanelIsShut()
+void TestSplitLayout::barStaysInsideWhereAPanelIsShut()
 {
     const SplitLayout first = layOutSplit({}, {0, SnappedPanel::First}, 10000);
     QCOMPARE(first.position, 0);
@@ -103,7 +103,7 @@ void tst_splitlayout::barStaysInsideWhereAPanelIsShut()
     QCOMPARE(second.highest, 9962);
 }
 
-void tst_splitlayout::centreOfTheBarFollowsThePointer()
+void TestSplitLayout::centreOfTheBarFollowsThePointer()
 {
     const SplitRule rule{.splitterWidth = 80};
     QCOMPARE(draggedBarBegin(2960, 40, rule, 10000), 2960); // taken at its centre: stays
@@ -114,7 +114,7 @@ void tst_splitlayout::centreOfTheBarFollowsThePointer()
     QCOMPARE(draggedBarBegin(0, 1000, SplitRule(), 10000), 962); // 962.5
 }
 
-void tst_splitlayout::releasing_data()
+void TestSplitLayout::releasing_data()
 {
     using enum SnappedPanel;
     QTest::addColumn<bool>("snapToEdge");
@@ -135,7 +135,7 @@ void tst_splitlayout::releasing_data()
     QTest::newRow("at 9600 without SnapToEdge") << false << 9600 << 9600 << None;
 }
 
-void tst_splitlayout::releasing()
+void TestSplitLayout::releasing()
 {
     QFETCH(bool, snapToEdge);
     QFETCH(int, position);
@@ -147,7 +147,7 @@ void tst_splitlayout::releasing()
     QTEST(released.position, "released");
 }
 
-void tst_splitlayout::releasingRoundsToAWholeNumber()
+void TestSplitLayout::releasingRoundsToAWholeNumber()
 {
     QCOMPARE(releasedBar(3000, 0, SplitRule(), 10000).position, 3038); // 3037.5
     QCOMPARE(releasedBar(3001, 0, SplitRule(), 10000).position, 3038); // 3038.5
@@ -156,7 +156,7 @@ void tst_splitlayout::releasingRoundsToAWholeNumber()
     QCOMPARE(releasedBar(300, 0, snapping, 10000), (SplitState{0, SnappedPanel::First}));
 }
 
-void tst_splitlayout::twipsAndPixels()
+void TestSplitLayout::twipsAndPixels()
 {
     QCOMPARE(twipsFromPixels(200), 3000);
     QCOMPARE(pixelsFromTwips(3000), 200);
@@ -169,7 +169,7 @@ void tst_splitlayout::twipsAndPixels()
         QCOMPARE(pixelsFromTwips(twipsFromPixels(pixels)), pixels);
 }
 
-void tst_splitlayout::anyRuleStateAndExtent()
+void TestSplitLayout::anyRuleStateAndExtent()
 {
     QRandomGenerator random(20240229);
     for (int round = 0; round < 200'000; ++round) {
@@ -202,7 +202,7 @@ void tst_splitlayout::anyRuleStateAndExtent()
     }
 }
 
-void tst_splitlayout::extremeNumbers()
+void TestSplitLayout::extremeNumbers()
 {
     constexpr int Least = std::numeric_limits<int>::min();
     constexpr int Greatest = std::numeric_limits<int>::max();
@@ -223,5 +223,5 @@ void tst_splitlayout::extremeNumbers()
                     }
 }
 
-QTEST_GUILESS_MAIN(tst_splitlayout)
+QTEST_GUILESS_MAIN(TestSplitLayout)
 #include "tst_splitlayout.moc"

@@ -11,7 +11,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_conversion : public QObject
+class TestConversion : public QObject
 {
     Q_OBJECT
 
@@ -108,5 +108,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_conversion)
+QTEST_GUILESS_MAIN(TestConversion)
 #include "tst_conversion.moc"

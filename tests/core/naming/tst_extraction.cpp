@@ -92,7 +92,7 @@ QString taken(const QString &name, const QString &pattern)
 
 } // namespace
 
-class tst_extraction : public QObject
+class TestExtraction : public QObject
 {
     Q_OBJECT
 
@@ -359,5 +359,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_extraction)
+QTEST_GUILESS_MAIN(TestExtraction)
 #include "tst_extraction.moc"

@@ -42,7 +42,7 @@ QString renamed(const TagRecord &record, const FolderRule &rule, const QString &
 
 } // namespace
 
-class tst_foldername : public QObject
+class TestFolderName : public QObject
 {
     Q_OBJECT
 
@@ -130,5 +130,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_foldername)
+QTEST_GUILESS_MAIN(TestFolderName)
 #include "tst_foldername.moc"

@@ -26,7 +26,7 @@ QString decomposed(const QString &text)
 
 } // namespace
 
-class tst_lettercase : public QObject
+class TestLetterCase : public QObject
 {
     Q_OBJECT
 
@@ -117,5 +117,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_lettercase)
+QTEST_GUILESS_MAIN(TestLetterCase)
 #include "tst_lettercase.moc"

@@ -38,7 +38,7 @@ TagRecord ownTag(int number)
 
 } // namespace
 
-class tst_multiedit : public QObject
+class TestMultiEdit : public QObject
 {
     Q_OBJECT
 
@@ -359,5 +359,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_multiedit)
+QTEST_GUILESS_MAIN(TestMultiEdit)
 #include "tst_multiedit.moc"

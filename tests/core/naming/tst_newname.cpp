@@ -39,7 +39,7 @@ QString byPattern(const QString &pattern, const TagRecord &record, const QString
 
 } // namespace
 
-class tst_newname : public QObject
+class TestNewName : public QObject
 {
     Q_OBJECT
 
@@ -294,5 +294,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_newname)
+QTEST_GUILESS_MAIN(TestNewName)
 #include "tst_newname.moc"

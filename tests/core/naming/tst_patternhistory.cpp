@@ -10,7 +10,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_patternhistory : public QObject
+class TestPatternHistory : public QObject
 {
     Q_OBJECT
 
@@ -129,5 +129,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_patternhistory)
+QTEST_GUILESS_MAIN(TestPatternHistory)
 #include "tst_patternhistory.moc"

@@ -38,7 +38,7 @@ QList<Field> fieldsByDigit(std::span<const Placeholder> table, char16_t last)
 
 } // namespace
 
-class tst_placeholders : public QObject
+class TestPlaceholders : public QObject
 {
     Q_OBJECT
 
@@ -128,5 +128,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_placeholders)
+QTEST_GUILESS_MAIN(TestPlaceholders)
 #include "tst_placeholders.moc"

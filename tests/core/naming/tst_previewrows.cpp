@@ -110,7 +110,7 @@ TagRecord full()
 
 } // namespace
 
-class tst_previewrows : public QObject
+class TestPreviewRows : public QObject
 {
     Q_OBJECT
 
@@ -343,5 +343,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_previewrows)
+QTEST_GUILESS_MAIN(TestPreviewRows)
 #include "tst_previewrows.moc"

@@ -96,7 +96,7 @@ QString capitalizedByTheRule(const QString &text)
 
 } // namespace
 
-class tst_texttransforms : public QObject
+class TestTextTransforms : public QObject
 {
     Q_OBJECT
 
@@ -129,7 +129,7 @@ private Q_SLOTS:
     void brokenTextIsNoHarm();
 };
 
-void tst_texttransforms::convertCase_data()
+void TestTextTransforms::convertCase_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("mode");
@@ -154,7 +154,7 @@ void tst_texttransforms::convertCase_data()
     QTest::newRow("a negative mode changes nothing") << u"hElLo"_s << -10 << u"hElLo"_s;
 }
 
-void tst_texttransforms::convertCase()
+void TestTextTransforms::convertCase()
 {
     QFETCH(QString, text);
     QFETCH(int, mode);
@@ -163,7 +163,7 @@ void tst_texttransforms::convertCase()
     QTEST(ConvertCase(text, mode, QLocale::c()), "expected");
 }
 
-void tst_texttransforms::theCallersTextStaysAsItIs()
+void TestTextTransforms::theCallersTextStaysAsItIs()
 {
     const QString text = u"a_b c/D"_s;
     QString given = text;
@@ -174,7 +174,7 @@ void tst_texttransforms::theCallersTextStaysAsItIs()
     QCOMPARE(given, text);
 }
 
-void tst_texttransforms::everySeparatorIsFollowedByACapital()
+void TestTextTransforms::everySeparatorIsFollowedByACapital()
 {
     const QString separators = u" ()?¿=¡!/\\_-+&%$#@,."_s;
     QCOMPARE(separators.size(), 20);
@@ -184,13 +184,13 @@ void tst_texttransforms::everySeparatorIsFollowedByACapital()
         QCOMPARE(ConvertCase(u"aB"_s + other + u"cD"_s, 12), u"Ab"_s + other + u"cd"_s);
 }
 
-void tst_texttransforms::theApostropheIsNoSeparator()
+void TestTextTransforms::theApostropheIsNoSeparator()
 {
     QCOMPARE(ConvertCase(u"don't stop"_s, 12), u"Don't Stop"_s);
     QCOMPARE(ConvertCase(u"o'neil"_s, 12), u"O'neil"_s);
 }
 
-void tst_texttransforms::lettersFollowTheLocale()
+void TestTextTransforms::lettersFollowTheLocale()
 {
     QCOMPARE(ConvertCase(u"istanbul izmir"_s, 10, Turkish), u"İSTANBUL İZMİR"_s);
     QCOMPARE(ConvertCase(u"ISPARTA"_s, 11, Turkish), u"ısparta"_s);
@@ -198,7 +198,7 @@ void tst_texttransforms::lettersFollowTheLocale()
     QCOMPARE(ConvertCase(u"istanbul izmir ISI"_s, 12, English), u"Istanbul Izmir Isi"_s);
 }
 
-void tst_texttransforms::lettersBeyondTheBasicPlaneConvertWhole()
+void TestTextTransforms::lettersBeyondTheBasicPlaneConvertWhole()
 {
     QCOMPARE(ConvertCase(u"𐐨𐐩"_s, 10, English), u"𐐀𐐁"_s);
     QCOMPARE(ConvertCase(u"𐐀𐐁"_s, 11, English), u"𐐨𐐩"_s);
@@ -206,7 +206,7 @@ void tst_texttransforms::lettersBeyondTheBasicPlaneConvertWhole()
     QCOMPARE(ConvertCase(u"😀a 😀b"_s, 12, English), u"😀a 😀b"_s);
 }
 
-void tst_texttransforms::lettersThatGrowShiftNoSeparator()
+void TestTextTransforms::lettersThatGrowShiftNoSeparator()
 {
     QCOMPARE(ConvertCase(u"ßa ßb.c"_s, 12, English), u"ßa ßb.C"_s);
     QCOMPARE(ConvertCase(u"ﬁn ﬁn-x"_s, 12, English), u"ﬁn ﬁn-X"_s);
@@ -215,7 +215,7 @@ void tst_texttransforms::lettersThatGrowShiftNoSeparator()
     QCOMPARE(ConvertCase(u"İA İB c"_s, 12, English), u"İa I\u0307b C"_s);
 }
 
-void tst_texttransforms::combiningMarksStayBehindTheirLetter()
+void TestTextTransforms::combiningMarksStayBehindTheirLetter()
 {
     QCOMPARE(ConvertCase(u"e\u0301te\u0301 e\u0301"_s, 12, English), u"E\u0301te\u0301 E\u0301"_s);
     // A mark right behind a separator belongs to it: the mark has no case, and the letter is not
@@ -224,14 +224,14 @@ void tst_texttransforms::combiningMarksStayBehindTheirLetter()
     QCOMPARE(ConvertCase(u"a.\u0345b"_s, 12, English), u"A.\u0345b"_s);
 }
 
-void tst_texttransforms::greekKeepsAccentsAndFinalSigma()
+void TestTextTransforms::greekKeepsAccentsAndFinalSigma()
 {
     QCOMPARE(ConvertCase(u"άνοιξη έρωτας"_s, 12, GreekLocale), u"Άνοιξη Έρωτας"_s);
     QCOMPARE(ConvertCase(u"ΟΔΟΣ ΑΣ"_s, 12, GreekLocale), u"Οδος Ας"_s);
     QCOMPARE(ConvertCase(u"ΑΣ"_s, 12, GreekLocale), u"Ας"_s);
 }
 
-void tst_texttransforms::capitalsEqualTheRuleOnRandomTexts()
+void TestTextTransforms::capitalsEqualTheRuleOnRandomTexts()
 {
     QRandomGenerator random(12);
     QStringList pieces;
@@ -243,7 +243,7 @@ void tst_texttransforms::capitalsEqualTheRuleOnRandomTexts()
     }
 }
 
-void tst_texttransforms::exchangeSpaces_data()
+void TestTextTransforms::exchangeSpaces_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("mode");
@@ -257,14 +257,14 @@ void tst_texttransforms::exchangeSpaces_data()
     QTest::newRow("nothing") << QString() << 10 << QString();
 }
 
-void tst_texttransforms::exchangeSpaces()
+void TestTextTransforms::exchangeSpaces()
 {
     QFETCH(QString, text);
     QFETCH(int, mode);
     QTEST(ExchangeSpaces(text, mode), "expected");
 }
 
-void tst_texttransforms::substitutePlaceholder_data()
+void TestTextTransforms::substitutePlaceholder_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("token");
@@ -282,7 +282,7 @@ void tst_texttransforms::substitutePlaceholder_data()
     QTest::newRow("a shorter token at the end") << u"ab"_s << u"b"_s << u"X"_s << u"aX"_s;
 }
 
-void tst_texttransforms::substitutePlaceholder()
+void TestTextTransforms::substitutePlaceholder()
 {
     QFETCH(QString, text);
     QFETCH(QString, token);
@@ -290,13 +290,13 @@ void tst_texttransforms::substitutePlaceholder()
     QTEST(SubstitutePlaceholder(text, token, value), "expected");
 }
 
-void tst_texttransforms::substituteTakesOutTwoWholeCharacters()
+void TestTextTransforms::substituteTakesOutTwoWholeCharacters()
 {
     QCOMPARE(SubstitutePlaceholder(u"a%😀b"_s, u"%"_s, u"X"_s), u"aXb"_s);
     QCOMPARE(SubstitutePlaceholder(u"😀%1😀"_s, u"%1"_s, u"𐐨"_s), u"😀𐐨😀"_s);
 }
 
-void tst_texttransforms::cleanFileName_data()
+void TestTextTransforms::cleanFileName_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expected");
@@ -319,14 +319,14 @@ void tst_texttransforms::cleanFileName_data()
     QTest::newRow("a mark behind a removed character stays") << u"a?\u0301b"_s << u"a\u0301b"_s;
 }
 
-void tst_texttransforms::cleanFileName()
+void TestTextTransforms::cleanFileName()
 {
     QFETCH(QString, text);
     QTEST(CleanFileName(text), "expected");
     QCOMPARE(CleanFileName(text), cleanedByTheRule(text));
 }
 
-void tst_texttransforms::cleaningEqualsTheRuleOnRandomTexts()
+void TestTextTransforms::cleaningEqualsTheRuleOnRandomTexts()
 {
     QRandomGenerator random(9);
     const QStringList pieces{u"a"_s, u"b"_s, u"\\"_s, u"/"_s, u":"_s, u"*"_s, u"?"_s, u"\""_s, u"<"_s, u">"_s, u">"_s,
@@ -337,7 +337,7 @@ void tst_texttransforms::cleaningEqualsTheRuleOnRandomTexts()
     }
 }
 
-void tst_texttransforms::cleaningALongTextIsQuick()
+void TestTextTransforms::cleaningALongTextIsQuick()
 {
     constexpr int Length = 1024 * 1024;
     const QString bars(Length, u'>');
@@ -352,7 +352,7 @@ void tst_texttransforms::cleaningALongTextIsQuick()
     QVERIFY2(timer.elapsed() < 10000, qPrintable(QString::number(timer.elapsed())));
 }
 
-void tst_texttransforms::validTextStaysValid()
+void TestTextTransforms::validTextStaysValid()
 {
     QRandomGenerator random(77);
     const QStringList pieces = oddPieces() + QStringList{u">"_s, u"|"_s, u"/"_s, u"?"_s};
@@ -371,7 +371,7 @@ void tst_texttransforms::validTextStaysValid()
     }
 }
 
-void tst_texttransforms::brokenTextIsNoHarm()
+void TestTextTransforms::brokenTextIsNoHarm()
 {
     const QString high(QChar(0xd801));
     const QString low(QChar(0xdc28));
@@ -382,5 +382,5 @@ void tst_texttransforms::brokenTextIsNoHarm()
     QCOMPARE(CleanFileName(u">"_s + high), QString());
 }
 
-QTEST_GUILESS_MAIN(tst_texttransforms)
+QTEST_GUILESS_MAIN(TestTextTransforms)
 #include "tst_texttransforms.moc"

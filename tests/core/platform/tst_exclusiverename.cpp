@@ -21,7 +21,7 @@ using Way = int (*)(const char *, const char *);
 
 Q_DECLARE_METATYPE(Way)
 
-class tst_exclusiverename : public QObject
+class TestExclusiveRename : public QObject
 {
     Q_OBJECT
 
@@ -32,7 +32,7 @@ private Q_SLOTS:
     void aFolderCannotGoBelowItself();
 };
 
-void tst_exclusiverename::neverOverwrites_data()
+void TestExclusiveRename::neverOverwrites_data()
 {
     QTest::addColumn<Way>("way");
     QTest::newRow("best") << Way(renameExclusively);
@@ -40,7 +40,7 @@ void tst_exclusiverename::neverOverwrites_data()
     QTest::newRow("after looking") << Way(renameAfterLooking);
 }
 
-void tst_exclusiverename::neverOverwrites()
+void TestExclusiveRename::neverOverwrites()
 {
     QFETCH(Way, way);
     const ScratchFolder folder;
@@ -64,7 +64,7 @@ void tst_exclusiverename::neverOverwrites()
     QVERIFY(QFileInfo(folder.path(u"link2"_s)).isSymLink());
 }
 
-void tst_exclusiverename::foldersAreNotLinked()
+void TestExclusiveRename::foldersAreNotLinked()
 {
     const ScratchFolder folder;
     QVERIFY(QDir().mkdir(folder.path(u"one"_s)));
@@ -77,7 +77,7 @@ void tst_exclusiverename::foldersAreNotLinked()
     QCOMPARE(folder.names(), (QStringList{u"new"_s, u"two"_s}));
 }
 
-void tst_exclusiverename::aFolderCannotGoBelowItself()
+void TestExclusiveRename::aFolderCannotGoBelowItself()
 {
     const ScratchFolder folder;
     QVERIFY(QDir().mkpath(folder.path(u"one/two"_s)));
@@ -87,5 +87,5 @@ void tst_exclusiverename::aFolderCannotGoBelowItself()
     QVERIFY(QFileInfo(folder.path(u"one/two"_s)).isDir());
 }
 
-QTEST_GUILESS_MAIN(tst_exclusiverename)
+QTEST_GUILESS_MAIN(TestExclusiveRename)
 #include "tst_exclusiverename.moc"

@@ -49,7 +49,7 @@ std::span<const char> constSpanOf(const QByteArray &bytes)
 
 } // namespace
 
-class tst_filesystem : public QObject
+class TestFileSystem : public QObject
 {
     Q_OBJECT
 
@@ -76,7 +76,7 @@ private Q_SLOTS:
     void tellsFreeBytes();
 };
 
-void tst_filesystem::opensPlainFilesOnly()
+void TestFileSystem::opensPlainFilesOnly()
 {
     const ScratchFolder folder;
     QCOMPARE(codeOf(native().open(folder.path(QStringLiteral("none")), OpenMode::Read)), ErrorCode::NotFound);
@@ -96,7 +96,7 @@ void tst_filesystem::opensPlainFilesOnly()
     QCOMPARE(error.detail, QStringLiteral("open: No such file or directory"));
 }
 
-void tst_filesystem::symbolicLinks()
+void TestFileSystem::symbolicLinks()
 {
     const ScratchFolder folder;
     const QString file = folder.write(QStringLiteral("file"), "content");
@@ -109,7 +109,7 @@ void tst_filesystem::symbolicLinks()
     QCOMPARE(codeOf(native().canonicalPath(folder.path(QStringLiteral("none")))), ErrorCode::NotFound);
 }
 
-void tst_filesystem::refusesEmbeddedZero()
+void TestFileSystem::refusesEmbeddedZero()
 {
     const ScratchFolder folder;
     const QString file = folder.write(QStringLiteral("file"), "content");
@@ -120,7 +120,7 @@ void tst_filesystem::refusesEmbeddedZero()
     QVERIFY(QFile::exists(file));
 }
 
-void tst_filesystem::createNewNeedsFreeName()
+void TestFileSystem::createNewNeedsFreeName()
 {
     const ScratchFolder folder;
     const QString path = folder.path(QStringLiteral("new"));
@@ -134,7 +134,7 @@ void tst_filesystem::createNewNeedsFreeName()
     QVERIFY(!QFile::exists(folder.path(QStringLiteral("elsewhere"))));
 }
 
-void tst_filesystem::tellsFileInfo()
+void TestFileSystem::tellsFileInfo()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), QByteArray(1234, 'x'));
@@ -155,7 +155,7 @@ void tst_filesystem::tellsFileInfo()
     QVERIFY(native().info(folder.path(QStringLiteral("link"))).value().isFile);
 }
 
-void tst_filesystem::infoAfterUseIsFresh()
+void TestFileSystem::infoAfterUseIsFresh()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), "12345");
@@ -168,7 +168,7 @@ void tst_filesystem::infoAfterUseIsFresh()
     QCOMPARE(second->info().value().size, 3);
 }
 
-void tst_filesystem::readsUntilFullOrEnd()
+void TestFileSystem::readsUntilFullOrEnd()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), "0123456789");
@@ -183,7 +183,7 @@ void tst_filesystem::readsUntilFullOrEnd()
     QCOMPARE(codeOf(file->readAt(spanOf(buffer), -1)), ErrorCode::InvalidArgument);
 }
 
-void tst_filesystem::writesAndTruncates()
+void TestFileSystem::writesAndTruncates()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), "0123456789");
@@ -197,7 +197,7 @@ void tst_filesystem::writesAndTruncates()
     QVERIFY(!readOnly->truncate(0));
 }
 
-void tst_filesystem::copiesRanges()
+void TestFileSystem::copiesRanges()
 {
     const ScratchFolder folder;
     const auto source = native().open(folder.write(QStringLiteral("source"), "0123456789"), OpenMode::Read).value();
@@ -208,7 +208,7 @@ void tst_filesystem::copiesRanges()
     QCOMPARE(ScratchFolder::read(folder.path(QStringLiteral("target"))), "2345689");
 }
 
-void tst_filesystem::copiesBetweenFileSystems()
+void TestFileSystem::copiesBetweenFileSystems()
 {
     const ScratchFolder folder;
     QTemporaryDir other(QStringLiteral("/dev/shm/ravlin-XXXXXX"));
@@ -228,7 +228,7 @@ void tst_filesystem::copiesBetweenFileSystems()
     QCOMPARE(ScratchFolder::read(other.filePath(QStringLiteral("target"))), content);
 }
 
-void tst_filesystem::takesMetadata()
+void TestFileSystem::takesMetadata()
 {
     const ScratchFolder folder;
     const QString from = folder.write(QStringLiteral("from"), "x");
@@ -270,7 +270,7 @@ QByteArray accessList(const QString &path)
 
 } // namespace
 
-void tst_filesystem::takesAccessList()
+void TestFileSystem::takesAccessList()
 {
     if (QStandardPaths::findExecutable(QStringLiteral("setfacl")).isEmpty())
         QSKIP("setfacl is not installed");
@@ -286,7 +286,7 @@ void tst_filesystem::takesAccessList()
     QCOMPARE(infoOf(folder.path(QStringLiteral("to"))).permissions, infoOf(from).permissions);
 }
 
-void tst_filesystem::dropsInheritedAccessList()
+void TestFileSystem::dropsInheritedAccessList()
 {
     if (QStandardPaths::findExecutable(QStringLiteral("setfacl")).isEmpty())
         QSKIP("setfacl is not installed");
@@ -301,7 +301,7 @@ void tst_filesystem::dropsInheritedAccessList()
     QVERIFY(!accessList(folder.path(QStringLiteral("to"))).contains("12345"));
 }
 
-void tst_filesystem::setsModified()
+void TestFileSystem::setsModified()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), "x");
@@ -312,7 +312,7 @@ void tst_filesystem::setsModified()
     }
 }
 
-void tst_filesystem::replacesAndRemoves()
+void TestFileSystem::replacesAndRemoves()
 {
     const ScratchFolder folder;
     const QString from = folder.write(QStringLiteral("from"), "new");
@@ -327,7 +327,7 @@ void tst_filesystem::replacesAndRemoves()
     QCOMPARE(codeOf(native().replace(from, to)), ErrorCode::NotFound);
 }
 
-void tst_filesystem::setsPermissions()
+void TestFileSystem::setsPermissions()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), "x");
@@ -336,7 +336,7 @@ void tst_filesystem::setsPermissions()
     QCOMPARE(codeOf(native().setPermissions(folder.path(QStringLiteral("none")), 0600)), ErrorCode::NotFound);
 }
 
-void tst_filesystem::accessIsDenied()
+void TestFileSystem::accessIsDenied()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), "x");
@@ -358,7 +358,7 @@ void tst_filesystem::accessIsDenied()
     QCOMPARE(status, 0);
 }
 
-void tst_filesystem::listsNamesThatAreNoText()
+void TestFileSystem::listsNamesThatAreNoText()
 {
     const ScratchFolder folder;
     const QByteArray odd = encodePath(folder.path()) + "/caf\xE9 \xED\xA0\x80.mp3";
@@ -377,7 +377,7 @@ void tst_filesystem::listsNamesThatAreNoText()
     QCOMPARE(codeOf(native().names(path)), ErrorCode::NotFound);
 }
 
-void tst_filesystem::locksAreSeenByOthers()
+void TestFileSystem::locksAreSeenByOthers()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), "x");
@@ -390,7 +390,7 @@ void tst_filesystem::locksAreSeenByOthers()
     QVERIFY(second->tryLock().value());
 }
 
-void tst_filesystem::tellsFreeBytes()
+void TestFileSystem::tellsFreeBytes()
 {
     const ScratchFolder folder;
     const qint64 free = native().freeBytes(folder.path()).value();
@@ -400,5 +400,5 @@ void tst_filesystem::tellsFreeBytes()
     QCOMPARE(codeOf(native().freeBytes(folder.path(QStringLiteral("none")))), ErrorCode::NotFound);
 }
 
-QTEST_GUILESS_MAIN(tst_filesystem)
+QTEST_GUILESS_MAIN(TestFileSystem)
 #include "tst_filesystem.moc"

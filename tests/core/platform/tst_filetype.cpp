@@ -15,7 +15,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class FileTypeTest : public QObject
+class TestFileType : public QObject
 {
     Q_OBJECT
 
@@ -49,7 +49,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void FileTypeTest::initTestCase()
+void TestFileType::initTestCase()
 {
     qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(in(u"config"_s)));
@@ -60,21 +60,21 @@ void FileTypeTest::initTestCase()
         "</mime-info>\n");
 }
 
-void FileTypeTest::init()
+void TestFileType::init()
 {
     QVERIFY(QDir(in(u"config"_s)).removeRecursively());
     QDir(in(u"data/applications"_s)).removeRecursively();
     QFile::remove(in(u"data/applications"_s));
 }
 
-void FileTypeTest::aProgramBecomesTheDefault_data()
+void TestFileType::aProgramBecomesTheDefault_data()
 {
     QTest::addColumn<QString>("extension");
     QTest::newRow("with a full stop") << u".ravlinsong"_s;
     QTest::newRow("without one") << u"ravlinsong"_s;
 }
 
-void FileTypeTest::aProgramBecomesTheDefault()
+void TestFileType::aProgramBecomesTheDefault()
 {
     QFETCH(QString, extension);
     const auto made = registerSong(extension);
@@ -85,7 +85,7 @@ void FileTypeTest::aProgramBecomesTheDefault()
     QCOMPARE(readFile(choicesPath()), QByteArray("[Default Applications]\naudio/x-ravlin-song=Ravlin.Song.desktop;\n"));
 }
 
-void FileTypeTest::otherChoicesStay_data()
+void TestFileType::otherChoicesStay_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("after");
@@ -103,7 +103,7 @@ void FileTypeTest::otherChoicesStay_data()
                                    << "[Added Associations]\na/b=y.desktop;\n[Default Applications]\n" + mine;
 }
 
-void FileTypeTest::otherChoicesStay()
+void TestFileType::otherChoicesStay()
 {
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, after);
@@ -112,7 +112,7 @@ void FileTypeTest::otherChoicesStay()
     QCOMPARE(readFile(choicesPath()), after);
 }
 
-void FileTypeTest::againChangesNothing()
+void TestFileType::againChangesNothing()
 {
     writeFile(choicesPath(), "[Default Applications]\na/b=x.desktop\n");
     QVERIFY(registerSong());
@@ -121,7 +121,7 @@ void FileTypeTest::againChangesNothing()
     QCOMPARE(snapshotOf(m_folder.path()), once);
 }
 
-void FileTypeTest::aLinkedFileOfChoicesStaysALink()
+void TestFileType::aLinkedFileOfChoicesStaysALink()
 {
     writeFile(in(u"config/kept/list"_s), "[Default Applications]\na/b=x.desktop\n");
     makeLink("kept/list", choicesPath());
@@ -130,14 +130,14 @@ void FileTypeTest::aLinkedFileOfChoicesStaysALink()
     QVERIFY(readFile(in(u"config/kept/list"_s)).contains("audio/x-ravlin-song=Ravlin.Song.desktop;\na/b=x.desktop\n"));
 }
 
-void FileTypeTest::strangePathsAreQuoted()
+void TestFileType::strangePathsAreQuoted()
 {
     QVERIFY(registerSong(u"ravlinsong"_s, u"/opt/my \"$x\" 100%/é\\r"_s));
     QVERIFY2(readFile(entryPath()).contains("\nExec=\"/opt/my \\\\\"\\\\$x\\\\\" 100%%/é\\\\\\\\r\" %f\n"),
         readFile(entryPath()).constData());
 }
 
-void FileTypeTest::whatCannotBeRegistered_data()
+void TestFileType::whatCannotBeRegistered_data()
 {
     QTest::addColumn<QString>("className");
     QTest::addColumn<QString>("program");
@@ -152,7 +152,7 @@ void FileTypeTest::whatCannotBeRegistered_data()
     QTest::newRow("unknown extension") << u"x"_s << program << u"no-such-thing"_s << ErrorCode::Unsupported;
 }
 
-void FileTypeTest::whatCannotBeRegistered()
+void TestFileType::whatCannotBeRegistered()
 {
     QFETCH(QString, className);
     QFETCH(QString, program);
@@ -165,7 +165,7 @@ void FileTypeTest::whatCannotBeRegistered()
     QCOMPARE(snapshotOf(m_folder.path()), before);
 }
 
-void FileTypeTest::aFolderThatMayNotBeMade()
+void TestFileType::aFolderThatMayNotBeMade()
 {
     writeFile(in(u"data/applications"_s), "a file where a folder would have to be");
     const auto made = registerSong();
@@ -174,7 +174,7 @@ void FileTypeTest::aFolderThatMayNotBeMade()
     QVERIFY(!platform::isTaken(choicesPath()));
 }
 
-void FileTypeTest::specialFolders_data()
+void TestFileType::specialFolders_data()
 {
     QTest::addColumn<int>("number");
     QTest::addColumn<QString>("path");
@@ -190,7 +190,7 @@ void FileTypeTest::specialFolders_data()
     QTest::newRow("one that only Windows has") << 37 << QString();
 }
 
-void FileTypeTest::specialFolders()
+void TestFileType::specialFolders()
 {
     QFETCH(int, number);
     QFETCH(QString, path);
@@ -200,12 +200,12 @@ void FileTypeTest::specialFolders()
     QVERIFY(!found.endsWith(u'/'));
 }
 
-void FileTypeTest::foldersOfWindows()
+void TestFileType::foldersOfWindows()
 {
     QCOMPARE(clsFileFunc::GetWinPath(), QString());
     QCOMPARE(clsFileFunc::GetSysPath(), QString());
 }
 
-QTEST_GUILESS_MAIN(FileTypeTest)
+QTEST_GUILESS_MAIN(TestFileType)
 
 #include "tst_filetype.moc"

@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 Q_DECLARE_METATYPE(std::optional<NameProblem>)
 Q_DECLARE_METATYPE(NameKind)
 
-class tst_namecheck : public QObject
+class TestNameCheck : public QObject
 {
     Q_OBJECT
 
@@ -26,7 +26,7 @@ private Q_SLOTS:
     void neverHalfACharacter();
 };
 
-void tst_namecheck::checks_data()
+void TestNameCheck::checks_data()
 {
     QTest::addColumn<NameKind>("kind");
     QTest::addColumn<QString>("name");
@@ -71,7 +71,7 @@ void tst_namecheck::checks_data()
     row("folder: hidden", folder, u".38 Special"_s, u"_38 Special"_s);
 }
 
-void tst_namecheck::checks()
+void TestNameCheck::checks()
 {
     QFETCH(NameKind, kind);
     QFETCH(QString, name);
@@ -83,7 +83,7 @@ void tst_namecheck::checks()
     QCOMPARE(checked.isAdjusted, !problem && adjusted != name);
 }
 
-void tst_namecheck::lengthIsThatOfTheSystem()
+void TestNameCheck::lengthIsThatOfTheSystem()
 {
     const auto problemOf = [](const QString &name) { return checkName(name, NameKind::File).problem; };
     QVERIFY(!problemOf(QString(251, u'a') + u".mp3"_s));
@@ -97,14 +97,14 @@ void tst_namecheck::lengthIsThatOfTheSystem()
     }
 }
 
-void tst_namecheck::numbersComeBeforeTheExtension()
+void TestNameCheck::numbersComeBeforeTheExtension()
 {
     QCOMPARE(numberedName(u"Song.mp3"_s, 2, NameKind::File), u"Song (2).mp3"_s);
     QCOMPARE(numberedName(u"T.N.T..mp3"_s, 10, NameKind::File), u"T.N.T. (10).mp3"_s);
     QCOMPARE(numberedName(u"Vol. 1"_s, 3, NameKind::Folder), u"Vol. 1 (3)"_s);
 }
 
-void tst_namecheck::numberedNamesFit()
+void TestNameCheck::numberedNamesFit()
 {
     const QString name = numberedName(QString(251, u'a') + u".mp3"_s, 12, NameKind::File);
     QCOMPARE(nameLength(name), qsizetype(MaxNameLength));
@@ -113,7 +113,7 @@ void tst_namecheck::numberedNamesFit()
     QVERIFY(numberedName(u"a."_s + QString(300, u'b'), 2, NameKind::File).startsWith(u" (2)."_s));
 }
 
-void tst_namecheck::neverHalfACharacter()
+void TestNameCheck::neverHalfACharacter()
 {
     const QString notes = u"\U0001F3B5\U0001F3B5"_s;
     for (int length = 0; length <= 8; ++length) {
@@ -124,5 +124,5 @@ void tst_namecheck::neverHalfACharacter()
     QCOMPARE(shortened(notes, nameLength(notes)), notes);
 }
 
-QTEST_GUILESS_MAIN(tst_namecheck)
+QTEST_GUILESS_MAIN(TestNameCheck)
 #include "tst_namecheck.moc"

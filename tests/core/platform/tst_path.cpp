@@ -12,7 +12,7 @@
 
 using namespace ravlin::platform;
 
-class tst_path : public QObject
+class TestPath : public QObject
 {
     Q_OBJECT
 
@@ -29,7 +29,7 @@ private Q_SLOTS:
     void encodesForeignSurrogatesVisibly();
 };
 
-void tst_path::decodesText_data()
+void TestPath::decodesText_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("text");
@@ -43,7 +43,7 @@ void tst_path::decodesText_data()
     QTest::newRow("last code point") << QByteArray("\xF4\x8F\xBF\xBF") << QStringLiteral("\U0010FFFF");
 }
 
-void tst_path::decodesText()
+void TestPath::decodesText()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(QString, text);
@@ -51,7 +51,7 @@ void tst_path::decodesText()
     QCOMPARE(encodePath(text), bytes);
 }
 
-void tst_path::keepsInvalidBytes_data()
+void TestPath::keepsInvalidBytes_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("text");
@@ -83,7 +83,7 @@ void tst_path::keepsInvalidBytes_data()
     row("truncated four-byte form", "\xF0\x9F\x8E");
 }
 
-void tst_path::keepsInvalidBytes()
+void TestPath::keepsInvalidBytes()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(QString, text);
@@ -91,7 +91,7 @@ void tst_path::keepsInvalidBytes()
     QCOMPARE(encodePath(text), bytes);
 }
 
-void tst_path::everyByteRoundTrips()
+void TestPath::everyByteRoundTrips()
 {
     QByteArray all;
     for (int byte = 0; byte < 256; ++byte) {
@@ -102,7 +102,7 @@ void tst_path::everyByteRoundTrips()
     QCOMPARE(encodePath(decodePath(all)), all);
 }
 
-void tst_path::everyPairOfBytesRoundTripsDistinctly()
+void TestPath::everyPairOfBytesRoundTripsDistinctly()
 {
     std::set<QString> texts;
     for (int pair = 0; pair < 0x10000; ++pair) {
@@ -115,7 +115,7 @@ void tst_path::everyPairOfBytesRoundTripsDistinctly()
     QCOMPARE(texts.size(), size_t(0x10000));
 }
 
-void tst_path::everyCodePointRoundTrips()
+void TestPath::everyCodePointRoundTrips()
 {
     for (char32_t codePoint = 0; codePoint <= 0x10FFFF; ++codePoint) {
         if (QChar::isSurrogate(codePoint))
@@ -127,7 +127,7 @@ void tst_path::everyCodePointRoundTrips()
     }
 }
 
-void tst_path::randomBytesRoundTrip()
+void TestPath::randomBytesRoundTrip()
 {
     // Mostly bytes that begin or continue sequences, so that broken sequences of all kinds come up.
     std::mt19937 random(20240229);
@@ -143,7 +143,7 @@ void tst_path::randomBytesRoundTrip()
     }
 }
 
-void tst_path::agreesWithQtOnValidText()
+void TestPath::agreesWithQtOnValidText()
 {
     std::mt19937 random(7);
     for (int round = 0; round < 20'000; ++round) {
@@ -158,7 +158,7 @@ void tst_path::agreesWithQtOnValidText()
     }
 }
 
-void tst_path::encodesForeignSurrogatesVisibly()
+void TestPath::encodesForeignSurrogatesVisibly()
 {
     // Not from decodePath: there is no name on disk that they could stand for.
     const QByteArray replacement("\xEF\xBF\xBD");
@@ -168,5 +168,5 @@ void tst_path::encodesForeignSurrogatesVisibly()
     QCOMPARE(encodePath(QString(QChar(0xD83C)) + u'x'), replacement + "x");
 }
 
-QTEST_APPLESS_MAIN(tst_path)
+QTEST_APPLESS_MAIN(TestPath)
 #include "tst_path.moc"

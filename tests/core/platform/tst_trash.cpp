@@ -17,7 +17,7 @@ using namespace ravlin::platform;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class TrashTest : public QObject
+class TestTrash : public QObject
 {
     Q_OBJECT
 
@@ -46,13 +46,13 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-void TrashTest::init()
+void TestTrash::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
 }
 
-void TrashTest::aFileGoesIntoTheHomeTrash()
+void TestTrash::aFileGoesIntoTheHomeTrash()
 {
     writeFile(in(u"music/a.mp3"_s), "audio");
     QVERIFY(hasTrash(in(u"music/a.mp3"_s)));
@@ -78,7 +78,7 @@ void TrashTest::aFileGoesIntoTheHomeTrash()
     QCOMPARE(status.st_mode & 07777U, 0700U);
 }
 
-void TrashTest::aFolderAndALink()
+void TestTrash::aFolderAndALink()
 {
     writeFile(in(u"music/cd/a.mp3"_s), "audio");
     makeLink("cd", in(u"music/link"_s));
@@ -90,7 +90,7 @@ void TrashTest::aFolderAndALink()
     QVERIFY(snapshotOf(in(u"music"_s)).isEmpty());
 }
 
-void TrashTest::aSecondOneOfTheSameName()
+void TestTrash::aSecondOneOfTheSameName()
 {
     for (const char *content : {"one", "two", "three"}) {
         writeFile(in(u"a.mp3"_s), content);
@@ -102,7 +102,7 @@ void TrashTest::aSecondOneOfTheSameName()
         (QStringList{u"a (2).mp3.trashinfo"_s, u"a (3).mp3.trashinfo"_s, u"a.mp3.trashinfo"_s}));
 }
 
-void TrashTest::aNameThatADesktopHasTaken()
+void TestTrash::aNameThatADesktopHasTaken()
 {
     // A file in the trash without its info file: it must not be overwritten, and the info file not be another's.
     writeFile(trash() + u"/files/a.mp3"_s, "orphan");
@@ -116,7 +116,7 @@ void TrashTest::aNameThatADesktopHasTaken()
     QVERIFY(isTaken(item->info));
 }
 
-void TrashTest::namesAreEncoded()
+void TestTrash::namesAreEncoded()
 {
     const QString name = u"ñ 50% [#1]?\n.mp3"_s;
     writeFile(in(name), "x");
@@ -135,7 +135,7 @@ void TrashTest::namesAreEncoded()
     QVERIFY(FileSystem::native().remove(in(bytes))); // QTemporaryDir can't
 }
 
-void TrashTest::comesBack()
+void TestTrash::comesBack()
 {
     writeFile(in(u"music/cd/a.mp3"_s), "audio");
     const Snapshot before = snapshotOf(in(u"music"_s));
@@ -149,7 +149,7 @@ void TrashTest::comesBack()
     QCOMPARE(snapshotOf(in(u"music"_s)), before);
 }
 
-void TrashTest::neverComesBackOverAnother()
+void TestTrash::neverComesBackOverAnother()
 {
     writeFile(in(u"a.mp3"_s), "old");
     const auto item = moveToTrash(in(u"a.mp3"_s));
@@ -160,7 +160,7 @@ void TrashTest::neverComesBackOverAnother()
     QVERIFY(isTaken(item->info));
 }
 
-void TrashTest::fromAnotherDrive()
+void TestTrash::fromAnotherDrive()
 {
     const OtherDrive drive;
     if (!drive.isOther())
@@ -180,7 +180,7 @@ void TrashTest::fromAnotherDrive()
     QCOMPARE(readFile(path), QByteArray("audio"));
 }
 
-void TrashTest::theSharedTrashOfADrive_data()
+void TestTrash::theSharedTrashOfADrive_data()
 {
     QTest::addColumn<uint>("permissions");
     QTest::addColumn<bool>("isLink");
@@ -190,7 +190,7 @@ void TrashTest::theSharedTrashOfADrive_data()
     QTest::newRow("a link") << 01777U << true << false;
 }
 
-void TrashTest::theSharedTrashOfADrive()
+void TestTrash::theSharedTrashOfADrive()
 {
     QFETCH(uint, permissions);
     QFETCH(bool, isLink);
@@ -211,7 +211,7 @@ void TrashTest::theSharedTrashOfADrive()
     QVERIFY(readFile(item->info).contains("\nPath=cd/a.mp3\n"));
 }
 
-void TrashTest::noTrashNothingTouched()
+void TestTrash::noTrashNothingTouched()
 {
     writeFile(in(u"a.mp3"_s), "audio");
     writeFile(in(u"data"_s), "a file where the trash would have to be");
@@ -220,7 +220,7 @@ void TrashTest::noTrashNothingTouched()
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("audio"));
 }
 
-void TrashTest::aPlantedTrashIsNotUsed()
+void TestTrash::aPlantedTrashIsNotUsed()
 {
     QDir().mkpath(in(u"data"_s));
     QDir().mkpath(in(u"elsewhere"_s));
@@ -231,7 +231,7 @@ void TrashTest::aPlantedTrashIsNotUsed()
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("audio"));
 }
 
-void TrashTest::aVanishedFile()
+void TestTrash::aVanishedFile()
 {
     QCOMPARE(moveToTrash(in(u"gone.mp3"_s)).error().code, ErrorCode::NotFound);
     QCOMPARE(moveToTrash(in(u"x/.."_s)).error().code, ErrorCode::NotFound);
@@ -240,7 +240,7 @@ void TrashTest::aVanishedFile()
     QVERIFY(!isTaken(trash() + u"/info/gone.mp3.trashinfo"_s));
 }
 
-void TrashTest::aLongName()
+void TestTrash::aLongName()
 {
     const QString name = QString(251, u'x') + u".mp3"_s;
     for (int i = 0; i < 3; ++i) {
@@ -255,6 +255,6 @@ void TrashTest::aLongName()
     }
 }
 
-QTEST_GUILESS_MAIN(TrashTest)
+QTEST_GUILESS_MAIN(TestTrash)
 
 #include "tst_trash.moc"

@@ -22,7 +22,7 @@ platform::FileSystem &native()
 
 } // namespace
 
-class tst_saferename : public QObject
+class TestSafeRename : public QObject
 {
     Q_OBJECT
 
@@ -37,7 +37,7 @@ private Q_SLOTS:
     void aMissingFolderIsAnError();
 };
 
-void tst_saferename::holdsTheName_data()
+void TestSafeRename::holdsTheName_data()
 {
     QTest::addColumn<QString>("name");
     for (const QString &name : {u"Song.mp3"_s, u"SONG.MP3"_s, u"夜.mp3"_s, u"a (2).mp3"_s, u"Vol. 1"_s, u"Live"_s,
@@ -45,7 +45,7 @@ void tst_saferename::holdsTheName_data()
         QTest::newRow(qPrintable(name)) << name;
 }
 
-void tst_saferename::holdsTheName()
+void TestSafeRename::holdsTheName()
 {
     QFETCH(QString, name);
     const QString aside = asideName(name, 0xab);
@@ -59,7 +59,7 @@ void tst_saferename::holdsTheName()
     QVERIFY(asidePath(u"/music/"_s + name) != path);
 }
 
-void tst_saferename::longNamesAreCut()
+void TestSafeRename::longNamesAreCut()
 {
     const QString name = QString(83, u'夜') + u".mp3"_s;
     const QString aside = asideName(name, 1);
@@ -69,7 +69,7 @@ void tst_saferename::longNamesAreCut()
     QVERIFY(name.startsWith(former.chopped(4)));
 }
 
-void tst_saferename::othersAreNone()
+void TestSafeRename::othersAreNone()
 {
     for (const QString &name : {u"Song.mp3"_s, u"Song (ravlin-0123456789abcde).mp3"_s,
              u"Song (ravlin-0123456789ABCDEF).mp3"_s, u" (ravlin-0123456789abcdef).mp3"_s,
@@ -77,7 +77,7 @@ void tst_saferename::othersAreNone()
         QVERIFY2(!nameBeforeAside(name), qPrintable(name));
 }
 
-void tst_saferename::bringsBack()
+void TestSafeRename::bringsBack()
 {
     const RenamingCase folder({asideName(u"a.mp3"_s, 1), asideName(u"b.mp3"_s, 2), u"b.mp3"_s, u"b (2).mp3"_s});
     const auto done = bringBackAside(native(), folder.path());
@@ -90,7 +90,7 @@ void tst_saferename::bringsBack()
     QVERIFY(bringBackAside(native(), folder.path())->empty());
 }
 
-void tst_saferename::leavesAloneWhatIsBeingRenamed()
+void TestSafeRename::leavesAloneWhatIsBeingRenamed()
 {
     const QString aside = asideName(u"a.mp3"_s, 1);
     const RenamingCase folder({aside});
@@ -103,18 +103,18 @@ void tst_saferename::leavesAloneWhatIsBeingRenamed()
     QCOMPARE(bringBackAside(native(), folder.path())->size(), std::size_t(1));
 }
 
-void tst_saferename::bringsBackFolders()
+void TestSafeRename::bringsBackFolders()
 {
     const RenamingCase folder({asideName(u"Vol. 1"_s, 1) + u"/a.mp3"_s});
     QCOMPARE(bringBackAside(native(), folder.path() + u'/')->size(), std::size_t(1));
     QCOMPARE(folder.files().keys(), QStringList{u"Vol. 1/a.mp3"_s});
 }
 
-void tst_saferename::aMissingFolderIsAnError()
+void TestSafeRename::aMissingFolderIsAnError()
 {
     const RenamingCase folder;
     QVERIFY(!bringBackAside(native(), folder.path(u"none"_s)));
 }
 
-QTEST_GUILESS_MAIN(tst_saferename)
+QTEST_GUILESS_MAIN(TestSafeRename)
 #include "tst_saferename.moc"

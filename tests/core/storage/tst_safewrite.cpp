@@ -81,7 +81,7 @@ bool inChild(const std::function<bool()> &act)
 
 } // namespace
 
-class tst_safewrite : public QObject
+class TestSafeWrite : public QObject
 {
     Q_OBJECT
 
@@ -109,7 +109,7 @@ private Q_SLOTS:
     void cleaning();
 };
 
-void tst_safewrite::writesContent_data()
+void TestSafeWrite::writesContent_data()
 {
     QTest::addColumn<qsizetype>("oldSize");
     QTest::addColumn<std::vector<Segment>>("segments");
@@ -161,7 +161,7 @@ void tst_safewrite::writesContent_data()
     row("megabytes of new bytes", 20'000, {fresh(sample(3'000'001, 3)), kept(0, 20'000)}, WriteOutcome::Replaced);
 }
 
-void tst_safewrite::writesContent()
+void TestSafeWrite::writesContent()
 {
     QFETCH(qsizetype, oldSize);
     QFETCH(std::vector<Segment>, segments);
@@ -179,7 +179,7 @@ void tst_safewrite::writesContent()
     QCOMPARE(folder.names(), QStringList(QStringLiteral("song.mp3")));
 }
 
-void tst_safewrite::everySmallChangeIsRight()
+void TestSafeWrite::everySmallChangeIsRight()
 {
     // Every begin and end around a block boundary, and appended lengths around one.
     const ScratchFolder folder;
@@ -201,7 +201,7 @@ void tst_safewrite::everySmallChangeIsRight()
     }
 }
 
-void tst_safewrite::refusesInvalidPieces()
+void TestSafeWrite::refusesInvalidPieces()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), "0123456789");
@@ -223,7 +223,7 @@ void tst_safewrite::refusesInvalidPieces()
     QCOMPARE(ScratchFolder::read(path), "0123456789");
 }
 
-void tst_safewrite::unchangedTouchesNothing()
+void TestSafeWrite::unchangedTouchesNothing()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), sample(5000));
@@ -237,7 +237,7 @@ void tst_safewrite::unchangedTouchesNothing()
     QCOMPARE(after.st_ctim.tv_nsec, before.st_ctim.tv_nsec);
 }
 
-void tst_safewrite::unchangedOnReadOnlyFile()
+void TestSafeWrite::unchangedOnReadOnlyFile()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), "0123456789");
@@ -249,7 +249,7 @@ void tst_safewrite::unchangedOnReadOnlyFile()
     }
 }
 
-void tst_safewrite::readOnlyFileIsRefused()
+void TestSafeWrite::readOnlyFileIsRefused()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), "0123456789");
@@ -261,7 +261,7 @@ void tst_safewrite::readOnlyFileIsRefused()
     QCOMPARE(infoOf(path).permissions, quint32(0464));
 }
 
-void tst_safewrite::readOnlyFileIsMadeWritable()
+void TestSafeWrite::readOnlyFileIsMadeWritable()
 {
     const ScratchFolder folder;
     const WriteOptions options{ReadOnlyFile::MakeWritable};
@@ -274,7 +274,7 @@ void tst_safewrite::readOnlyFileIsMadeWritable()
     }
 }
 
-void tst_safewrite::changedMeanwhile()
+void TestSafeWrite::changedMeanwhile()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), "0123456789");
@@ -292,7 +292,7 @@ void tst_safewrite::changedMeanwhile()
     QCOMPARE(ScratchFolder::read(path), "0123456789");
 }
 
-void tst_safewrite::missingFile()
+void TestSafeWrite::missingFile()
 {
     const ScratchFolder folder;
     const QString path = folder.path(QStringLiteral("none.mp3"));
@@ -300,7 +300,7 @@ void tst_safewrite::missingFile()
     QCOMPARE(folder.names(), QStringList());
 }
 
-void tst_safewrite::symbolicLinkStaysLink()
+void TestSafeWrite::symbolicLinkStaysLink()
 {
     const ScratchFolder folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("elsewhere")));
@@ -316,7 +316,7 @@ void tst_safewrite::symbolicLinkStaysLink()
     QCOMPARE(ScratchFolder::read(file), replaced.left(11'990));
 }
 
-void tst_safewrite::hardLinksSeeNewContent()
+void TestSafeWrite::hardLinksSeeNewContent()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), sample(9000));
@@ -340,7 +340,7 @@ void tst_safewrite::hardLinksSeeNewContent()
     QCOMPARE(folder.names().size(), 2);
 }
 
-void tst_safewrite::keepsModified_data()
+void TestSafeWrite::keepsModified_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<bool>("isLinked");
@@ -350,7 +350,7 @@ void tst_safewrite::keepsModified_data()
     QTest::newRow("rewritten") << sample(9000, 2) << true;
 }
 
-void tst_safewrite::keepsModified()
+void TestSafeWrite::keepsModified()
 {
     QFETCH(QByteArray, content);
     QFETCH(bool, isLinked);
@@ -367,7 +367,7 @@ void tst_safewrite::keepsModified()
     QVERIFY(infoOf(path).modified > Time);
 }
 
-void tst_safewrite::keepsOwnerModeAndAttributes()
+void TestSafeWrite::keepsOwnerModeAndAttributes()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), sample(5000));
@@ -387,7 +387,7 @@ void tst_safewrite::keepsOwnerModeAndAttributes()
     }
 }
 
-void tst_safewrite::keepsAccessList()
+void TestSafeWrite::keepsAccessList()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), sample(5000));
@@ -405,7 +405,7 @@ void tst_safewrite::keepsAccessList()
     QCOMPARE(list(), before);
 }
 
-void tst_safewrite::fileOfAnotherOwner()
+void TestSafeWrite::fileOfAnotherOwner()
 {
     if (::geteuid() != 0)
         QSKIP("only root can make a file of somebody else's");
@@ -426,7 +426,7 @@ void tst_safewrite::fileOfAnotherOwner()
     QCOMPARE(folder.names(), QStringList(QStringLiteral("song.mp3")));
 }
 
-void tst_safewrite::folderWithoutWriteAccess()
+void TestSafeWrite::folderWithoutWriteAccess()
 {
     if (::geteuid() != 0)
         QSKIP("needs to become somebody else");
@@ -446,7 +446,7 @@ void tst_safewrite::folderWithoutWriteAccess()
     QCOMPARE(ScratchFolder::read(path), "X" + sample(5000).mid(1));
 }
 
-void tst_safewrite::bigFileIsNotReadIntoMemory()
+void TestSafeWrite::bigFileIsNotReadIntoMemory()
 {
     constexpr qint64 Size = 100LL * 1024 * 1024;
     const ScratchFolder folder;
@@ -464,7 +464,7 @@ void tst_safewrite::bigFileIsNotReadIntoMemory()
     QCOMPARE(file.read(5100), sample(5000, 2) + sample(100));
 }
 
-void tst_safewrite::leftoverNames()
+void TestSafeWrite::leftoverNames()
 {
     QVERIFY(isLeftoverName(QStringLiteral(".ravlin-0123456789abcdef.tmp")));
     QVERIFY(isLeftoverName(QStringLiteral(".ravlin-0000000000000001.redo")));
@@ -474,7 +474,7 @@ void tst_safewrite::leftoverNames()
     QCOMPARE(redoName(0xABC), QStringLiteral(".ravlin-0000000000000abc.redo"));
 }
 
-void tst_safewrite::cleaning()
+void TestSafeWrite::cleaning()
 {
     const ScratchFolder folder;
     const QStringList others{QStringLiteral(".ravlin-notes.tmp"), QStringLiteral("song.mp3")};
@@ -496,5 +496,5 @@ void tst_safewrite::cleaning()
     QCOMPARE(cleanLeftovers(native(), folder.path(QStringLiteral("none"))).error().code, ErrorCode::NotFound);
 }
 
-QTEST_GUILESS_MAIN(tst_safewrite)
+QTEST_GUILESS_MAIN(TestSafeWrite)
 #include "tst_safewrite.moc"

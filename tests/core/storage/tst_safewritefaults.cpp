@@ -68,7 +68,7 @@ QString redoPathOf(const RewriteCase &rewriteCase)
 
 } // namespace
 
-class tst_safewritefaults : public QObject
+class TestSafeWriteFaults : public QObject
 {
     Q_OBJECT
 
@@ -98,7 +98,7 @@ private Q_SLOTS:
     void redoCannotLeaveItsFolder();
 };
 
-void tst_safewritefaults::everyStepFails()
+void TestSafeWriteFaults::everyStepFails()
 {
     QFETCH(Way, way);
     QFETCH(Fault, fault);
@@ -134,7 +134,7 @@ void tst_safewritefaults::everyStepFails()
     QFAIL("never went through");
 }
 
-void tst_safewritefaults::everythingFailsFromStepOn()
+void TestSafeWriteFaults::everythingFailsFromStepOn()
 {
     QFETCH(Way, way);
     for (int step = 0; step < MostSteps; ++step) {
@@ -159,7 +159,7 @@ void tst_safewritefaults::everythingFailsFromStepOn()
     QFAIL("never went through");
 }
 
-void tst_safewritefaults::shortTransfersAreContinued()
+void TestSafeWriteFaults::shortTransfersAreContinued()
 {
     QFETCH(Way, way);
     for (int step = 0; step < MostSteps; ++step) {
@@ -176,7 +176,7 @@ void tst_safewritefaults::shortTransfersAreContinued()
     QFAIL("never went through");
 }
 
-void tst_safewritefaults::corruptionIsNoticed()
+void TestSafeWriteFaults::corruptionIsNoticed()
 {
     QFETCH(Way, way);
     int noticed = 0;
@@ -201,7 +201,7 @@ void tst_safewritefaults::corruptionIsNoticed()
     QFAIL("never went through");
 }
 
-void tst_safewritefaults::diesAtEveryStep()
+void TestSafeWriteFaults::diesAtEveryStep()
 {
     QFETCH(Way, way);
     QFETCH(Fault, fault);
@@ -233,14 +233,14 @@ void tst_safewritefaults::diesAtEveryStep()
     QFAIL("never went through");
 }
 
-void tst_safewritefaults::changedWhileBeingCopied_data()
+void TestSafeWriteFaults::changedWhileBeingCopied_data()
 {
     QTest::addColumn<Way>("way");
     QTest::newRow("replaced") << Way::Replaced;
     QTest::newRow("rewritten") << Way::Rewritten;
 }
 
-void tst_safewritefaults::changedWhileBeingCopied()
+void TestSafeWriteFaults::changedWhileBeingCopied()
 {
     QFETCH(Way, way);
     const RewriteCase rewriteCase(way);
@@ -257,7 +257,7 @@ void tst_safewritefaults::changedWhileBeingCopied()
     QVERIFY(rewriteCase.isClean());
 }
 
-void tst_safewritefaults::ownerMayNotBeGiven()
+void TestSafeWriteFaults::ownerMayNotBeGiven()
 {
     if (::geteuid() != 0)
         QSKIP("only root can make a file of somebody else's");
@@ -273,7 +273,7 @@ void tst_safewritefaults::ownerMayNotBeGiven()
     QVERIFY(rewriteCase.isClean());
 }
 
-void tst_safewritefaults::recoveringIsItselfSafe()
+void TestSafeWriteFaults::recoveringIsItselfSafe()
 {
     // It may fail or die at any step and be begun again.
     for (const Fault fault : {Fault::Fail, Fault::FailLater, Fault::Die, Fault::DieAfter}) {
@@ -302,7 +302,7 @@ void tst_safewritefaults::recoveringIsItselfSafe()
     }
 }
 
-void tst_safewritefaults::redoIsFinishedByCleaning()
+void TestSafeWriteFaults::redoIsFinishedByCleaning()
 {
     const RewriteCase rewriteCase(Way::Rewritten);
     leaveRedo(rewriteCase);
@@ -312,7 +312,7 @@ void tst_safewritefaults::redoIsFinishedByCleaning()
     QVERIFY(rewriteCase.isClean());
 }
 
-void tst_safewritefaults::redoOfRenamedFileIsFinished()
+void TestSafeWriteFaults::redoOfRenamedFileIsFinished()
 {
     const RewriteCase rewriteCase(Way::Rewritten);
     leaveRedo(rewriteCase);
@@ -322,7 +322,7 @@ void tst_safewritefaults::redoOfRenamedFileIsFinished()
     QCOMPARE(ScratchFolder::read(renamed), rewriteCase.newContent());
 }
 
-void tst_safewritefaults::redoOfChangedFileIsDropped()
+void TestSafeWriteFaults::redoOfChangedFileIsDropped()
 {
     // Somebody else saved the file after the crash: his content is not to be lost.
     const RewriteCase rewriteCase(Way::Rewritten);
@@ -334,7 +334,7 @@ void tst_safewritefaults::redoOfChangedFileIsDropped()
     QVERIFY(rewriteCase.isClean());
 }
 
-void tst_safewritefaults::damagedRedoIsDropped()
+void TestSafeWriteFaults::damagedRedoIsDropped()
 {
     const RewriteCase rewriteCase(Way::Rewritten);
     leaveRedo(rewriteCase);
@@ -358,7 +358,7 @@ void tst_safewritefaults::damagedRedoIsDropped()
     QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
 }
 
-void tst_safewritefaults::redoInUseIsLeftAlone()
+void TestSafeWriteFaults::redoInUseIsLeftAlone()
 {
     const RewriteCase rewriteCase(Way::Rewritten);
     leaveRedo(rewriteCase);
@@ -373,7 +373,7 @@ void tst_safewritefaults::redoInUseIsLeftAlone()
     QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 1);
 }
 
-void tst_safewritefaults::redoOfAStrangerIsIgnored()
+void TestSafeWriteFaults::redoOfAStrangerIsIgnored()
 {
     if (::geteuid() != 0)
         QSKIP("only root can make a file of somebody else's");
@@ -392,7 +392,7 @@ void tst_safewritefaults::redoOfAStrangerIsIgnored()
     QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
 }
 
-void tst_safewritefaults::redoCannotLeaveItsFolder_data()
+void TestSafeWriteFaults::redoCannotLeaveItsFolder_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("parent") << QStringLiteral("../victim.mp3");
@@ -404,7 +404,7 @@ void tst_safewritefaults::redoCannotLeaveItsFolder_data()
     QTest::newRow("zero") << QStringLiteral("victim.mp3") + QChar(0);
 }
 
-void tst_safewritefaults::redoCannotLeaveItsFolder()
+void TestSafeWriteFaults::redoCannotLeaveItsFolder()
 {
     QFETCH(QString, name);
     const ScratchFolder folder;
@@ -432,5 +432,5 @@ void tst_safewritefaults::redoCannotLeaveItsFolder()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_safewritefaults)
+QTEST_GUILESS_MAIN(TestSafeWriteFaults)
 #include "tst_safewritefaults.moc"

@@ -65,7 +65,7 @@ bool inChild(const std::function<bool()> &act)
 
 } // namespace
 
-class tst_safewritefull : public QObject
+class TestSafeWriteFull : public QObject
 {
     Q_OBJECT
 
@@ -75,14 +75,14 @@ private Q_SLOTS:
     void fullDiskLeavesOldFile();
 };
 
-void tst_safewritefull::sizeLimitLeavesOldFile_data()
+void TestSafeWriteFull::sizeLimitLeavesOldFile_data()
 {
     QTest::addColumn<bool>("isLinked");
     QTest::newRow("replaced") << false;
     QTest::newRow("rewritten") << true;
 }
 
-void tst_safewritefull::sizeLimitLeavesOldFile()
+void TestSafeWriteFull::sizeLimitLeavesOldFile()
 {
     QFETCH(bool, isLinked);
     const ScratchFolder folder;
@@ -110,7 +110,7 @@ void tst_safewritefull::sizeLimitLeavesOldFile()
     QCOMPARE(ScratchFolder::read(path), sample(30'000, 2));
 }
 
-void tst_safewritefull::fullDiskLeavesOldFile()
+void TestSafeWriteFull::fullDiskLeavesOldFile()
 {
     const ScratchFolder folder;
     const auto mount = [&](const QStringList &arguments) {
@@ -135,5 +135,5 @@ void tst_safewritefull::fullDiskLeavesOldFile()
     QCOMPARE(*rewrite(path, {Segment::fresh("X"), Segment::kept(1, old.size() - 1)}), WriteOutcome::InPlace);
 }
 
-QTEST_GUILESS_MAIN(tst_safewritefull)
+QTEST_GUILESS_MAIN(TestSafeWriteFull)
 #include "tst_safewritefull.moc"

@@ -46,7 +46,7 @@ FileSystem &native()
 
 } // namespace
 
-class tst_safewritekill : public QObject
+class TestSafeWriteKill : public QObject
 {
     Q_OBJECT
 
@@ -55,14 +55,14 @@ private Q_SLOTS:
     void fileIsWhole();
 };
 
-void tst_safewritekill::fileIsWhole_data()
+void TestSafeWriteKill::fileIsWhole_data()
 {
     QTest::addColumn<Way>("way");
     for (const Way way : AllWays)
         QTest::newRow(nameOf(way)) << way;
 }
 
-void tst_safewritekill::fileIsWhole()
+void TestSafeWriteKill::fileIsWhole()
 {
     QFETCH(Way, way);
     const RewriteCase rewriteCase(way);
@@ -95,5 +95,5 @@ void tst_safewritekill::fileIsWhole()
     QVERIFY(newOnes > 0 && newOnes < KillsPerWay);
 }
 
-QTEST_GUILESS_MAIN(tst_safewritekill)
+QTEST_GUILESS_MAIN(TestSafeWriteKill)
 #include "tst_safewritekill.moc"

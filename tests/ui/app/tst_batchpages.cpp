@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_batchpages : public PrincipalFixture
+class TestBatchPages : public PrincipalFixture
 {
     Q_OBJECT
 
@@ -288,5 +288,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_batchpages)
+QTEST_MAIN(TestBatchPages)
 #include "tst_batchpages.moc"

@@ -8,7 +8,7 @@
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_commandbar : public CommandsFixture
+class TestCommandBar : public CommandsFixture
 {
     Q_OBJECT
 
@@ -287,5 +287,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_commandbar)
+QTEST_MAIN(TestCommandBar)
 #include "tst_commandbar.moc"

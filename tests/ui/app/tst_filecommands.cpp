@@ -9,7 +9,7 @@
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_filecommands : public CommandsFixture
+class TestFileCommands : public CommandsFixture
 {
     Q_OBJECT
 
@@ -314,5 +314,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_filecommands)
+QTEST_MAIN(TestFileCommands)
 #include "tst_filecommands.moc"

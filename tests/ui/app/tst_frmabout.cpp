@@ -20,7 +20,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_frmabout : public QObject
+class TestFrmAbout : public QObject
 {
     Q_OBJECT
 
@@ -221,5 +221,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_frmabout)
+QTEST_MAIN(TestFrmAbout)
 #include "tst_frmabout.moc"

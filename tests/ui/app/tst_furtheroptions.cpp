@@ -25,7 +25,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_furtheroptions : public QObject
+class TestFurtherOptions : public QObject
 {
     Q_OBJECT
 
@@ -171,5 +171,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_furtheroptions)
+QTEST_MAIN(TestFurtherOptions)
 #include "tst_furtheroptions.moc"

@@ -104,7 +104,7 @@ bool isKey(const QString &name)
 
 } // namespace
 
-class tst_guidetexts : public PrincipalFixture
+class TestGuideTexts : public PrincipalFixture
 {
     Q_OBJECT
 
@@ -197,5 +197,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_guidetexts)
+QTEST_MAIN(TestGuideTexts)
 #include "tst_guidetexts.moc"

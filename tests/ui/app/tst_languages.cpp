@@ -221,7 +221,7 @@ private:
 
 } // namespace
 
-class tst_languages : public PrincipalFixture
+class TestLanguages : public PrincipalFixture
 {
     Q_OBJECT
 
@@ -383,5 +383,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_languages)
+QTEST_MAIN(TestLanguages)
 #include "tst_languages.moc"

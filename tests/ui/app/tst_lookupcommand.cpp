@@ -13,7 +13,7 @@
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_lookupcommand : public CommandsFixture
+class TestLookupCommand : public CommandsFixture
 {
     Q_OBJECT
 
@@ -154,5 +154,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_lookupcommand)
+QTEST_MAIN(TestLookupCommand)
 #include "tst_lookupcommand.moc"

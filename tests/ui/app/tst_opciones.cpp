@@ -34,7 +34,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_opciones : public QObject
+class TestOpciones : public QObject
 {
     Q_OBJECT
 
@@ -473,5 +473,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_opciones)
+QTEST_MAIN(TestOpciones)
 #include "tst_opciones.moc"

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_principal : public PrincipalFixture
+class TestPrincipal : public PrincipalFixture
 {
     Q_OBJECT
 
@@ -311,5 +311,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_principal)
+QTEST_MAIN(TestPrincipal)
 #include "tst_principal.moc"

@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_principallook : public PrincipalFixture
+class TestPrincipalLook : public PrincipalFixture
 {
     Q_OBJECT
 
@@ -303,5 +303,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_principallook)
+QTEST_MAIN(TestPrincipalLook)
 #include "tst_principallook.moc"

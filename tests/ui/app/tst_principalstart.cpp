@@ -30,7 +30,7 @@ private:
     QStringList &m_closed;
 };
 
-class tst_principalstart : public PrincipalFixture
+class TestPrincipalStart : public PrincipalFixture
 {
     Q_OBJECT
 
@@ -319,5 +319,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_principalstart)
+QTEST_MAIN(TestPrincipalStart)
 #include "tst_principalstart.moc"

@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_programdialogs : public PrincipalFixture
+class TestProgramDialogs : public PrincipalFixture
 {
     Q_OBJECT
 
@@ -229,5 +229,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_programdialogs)
+QTEST_MAIN(TestProgramDialogs)
 #include "tst_programdialogs.moc"

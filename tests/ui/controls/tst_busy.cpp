@@ -45,7 +45,7 @@ protected:
 
 } // namespace
 
-class tst_busy : public QObject
+class TestBusy : public QObject
 {
     Q_OBJECT
 
@@ -108,7 +108,7 @@ private Q_SLOTS:
     void stepsAreCheap();
 };
 
-void tst_busy::init()
+void TestBusy::init()
 {
     m_main = std::make_unique<MainWindow>();
     m_main->setGeometry(50, 50, 500, 300);
@@ -124,13 +124,13 @@ void tst_busy::init()
     m_busy = std::make_unique<Busy>(*m_wait, m_main.get());
 }
 
-void tst_busy::cleanup()
+void TestBusy::cleanup()
 {
     m_busy.reset();
     m_main.reset();
 }
 
-void tst_busy::returnsWhenTheWorkHasEnded()
+void TestBusy::returnsWhenTheWorkHasEnded()
 {
     bool ended = false;
     QVERIFY(m_busy->run(1, [&](BusyProgress &) {
@@ -141,14 +141,14 @@ void tst_busy::returnsWhenTheWorkHasEnded()
     QVERIFY(!m_busy->isRunning());
 }
 
-void tst_busy::worksOnAnotherThread()
+void TestBusy::worksOnAnotherThread()
 {
     QThread *thread = nullptr;
     m_busy->run(1, [&](BusyProgress &) { thread = QThread::currentThread(); });
     QVERIFY(thread != QThread::currentThread());
 }
 
-void tst_busy::stateIsWhatTheWorkReported()
+void TestBusy::stateIsWhatTheWorkReported()
 {
     int seen = -1;
     int seenMaximum = -1;
@@ -174,7 +174,7 @@ void tst_busy::stateIsWhatTheWorkReported()
     QCOMPARE(seenMaximum, 9);
 }
 
-void tst_busy::stepsFromManyThreads()
+void TestBusy::stepsFromManyThreads()
 {
     QVERIFY(m_busy->run(4000, [](BusyProgress &progress) {
         std::vector<std::jthread> threads;
@@ -188,7 +188,7 @@ void tst_busy::stepsFromManyThreads()
     QCOMPARE(m_wait->value(), 4000);
 }
 
-void tst_busy::stepsBecomeKnownOnTheWay()
+void TestBusy::stepsBecomeKnownOnTheWay()
 {
     QVERIFY(m_busy->run(0, [](BusyProgress &progress) {
         progress.setSteps(7);
@@ -199,7 +199,7 @@ void tst_busy::stepsBecomeKnownOnTheWay()
     QCOMPARE(m_wait->value(), 5);
 }
 
-void tst_busy::endsWithTheFinalStateAndAClosedWindow()
+void TestBusy::endsWithTheFinalStateAndAClosedWindow()
 {
     QVERIFY(m_busy->run(3, [](BusyProgress &progress) {
         for (int i = 0; i < 4; ++i)
@@ -212,7 +212,7 @@ void tst_busy::endsWithTheFinalStateAndAClosedWindow()
     QVERIFY(!m_wait->isVisible());
 }
 
-void tst_busy::longWorkShowsWindowFileAndCursor()
+void TestBusy::longWorkShowsWindowFileAndCursor()
 {
     bool shown = false;
     bool cursor = false;
@@ -239,7 +239,7 @@ void tst_busy::longWorkShowsWindowFileAndCursor()
     QVERIFY(!QGuiApplication::overrideCursor());
 }
 
-void tst_busy::closingTheWaitWindowDoesNotStopTheWork()
+void TestBusy::closingTheWaitWindowDoesNotStopTheWork()
 {
     bool closed = false;
     QTimer poll;
@@ -262,7 +262,7 @@ void tst_busy::closingTheWaitWindowDoesNotStopTheWork()
     QCOMPARE(m_wait->value(), 2);
 }
 
-void tst_busy::workThatCanBeStoppedIsStopped_data()
+void TestBusy::workThatCanBeStoppedIsStopped_data()
 {
     QTest::addColumn<QString>("way");
     QTest::newRow("button") << u"button"_s;
@@ -270,7 +270,7 @@ void tst_busy::workThatCanBeStoppedIsStopped_data()
     QTest::newRow("closing") << u"closing"_s;
 }
 
-void tst_busy::workThatCanBeStoppedIsStopped()
+void TestBusy::workThatCanBeStoppedIsStopped()
 {
     QFETCH(QString, way);
     std::stop_source stop;
@@ -298,7 +298,7 @@ void tst_busy::workThatCanBeStoppedIsStopped()
     QVERIFY(!m_wait->isVisible());
 }
 
-void tst_busy::otherWorkHasNoButtonToStopIt()
+void TestBusy::otherWorkHasNoButtonToStopIt()
 {
     std::stop_source stop;
     m_busy->run(1, stop, [](BusyProgress &) {});
@@ -308,7 +308,7 @@ void tst_busy::otherWorkHasNoButtonToStopIt()
     QVERIFY(!stop.stop_requested());
 }
 
-void tst_busy::bytesAreShownInsteadOfSteps()
+void TestBusy::bytesAreShownInsteadOfSteps()
 {
     QVERIFY(m_busy->run(0, [](BusyProgress &progress) { progress.setBytes(1024, 4096, u"a.mp3"_s); }));
     QCOMPARE(4 * m_wait->value(), m_wait->maximum());
@@ -318,7 +318,7 @@ void tst_busy::bytesAreShownInsteadOfSteps()
     QCOMPARE(m_wait->findChild<QLabel *>(u"file"_s)->text(), u"a.mp3"_s);
 }
 
-void tst_busy::clicksAreDroppedForGood()
+void TestBusy::clicksAreDroppedForGood()
 {
     QSignalSpy clicked(m_button, &QPushButton::clicked);
     during([&] { QTest::mouseClick(m_button, Qt::LeftButton); });
@@ -327,7 +327,7 @@ void tst_busy::clicksAreDroppedForGood()
     QCOMPARE(clicked.count(), 0);
 }
 
-void tst_busy::nativeClicksAreDroppedForGood()
+void TestBusy::nativeClicksAreDroppedForGood()
 {
     QSignalSpy clicked(m_button, &QPushButton::clicked);
     during([&] { QTest::mouseClick(m_main->windowHandle(), Qt::LeftButton, {}, middleOfTheButton()); });
@@ -338,7 +338,7 @@ void tst_busy::nativeClicksAreDroppedForGood()
     QCOMPARE(clicked.count(), 1);
 }
 
-void tst_busy::clicksLeftInTheQueueAreDropped()
+void TestBusy::clicksLeftInTheQueueAreDropped()
 {
     // The click comes while the windows stand still for a moment, in which the work ends.
     QSignalSpy clicked(m_button, &QPushButton::clicked);
@@ -361,7 +361,7 @@ void tst_busy::clicksLeftInTheQueueAreDropped()
     QCOMPARE(clicked.count(), 0);
 }
 
-void tst_busy::keysAndShortcutsAreDropped()
+void TestBusy::keysAndShortcutsAreDropped()
 {
     QShortcut shortcut(QKeySequence(Qt::CTRL | Qt::Key_K), m_main.get());
     QSignalSpy activated(&shortcut, &QShortcut::activated);
@@ -378,7 +378,7 @@ void tst_busy::keysAndShortcutsAreDropped()
     QCOMPARE(activated.count(), 1);
 }
 
-void tst_busy::buttonHeldBeforeIsReleasedAfterwards()
+void TestBusy::buttonHeldBeforeIsReleasedAfterwards()
 {
     // What acts at the press has its release come during the work.
     QSignalSpy clicked(m_button, &QPushButton::clicked);
@@ -395,7 +395,7 @@ void tst_busy::buttonHeldBeforeIsReleasedAfterwards()
     QVERIFY(!m_button->isDown());
 }
 
-void tst_busy::waitWindowTakesInput()
+void TestBusy::waitWindowTakesInput()
 {
     auto *inside = new QPushButton(m_wait);
     QSignalSpy clicked(inside, &QPushButton::clicked);
@@ -406,7 +406,7 @@ void tst_busy::waitWindowTakesInput()
     QCOMPARE(clicked.count(), 2);
 }
 
-void tst_busy::paintsMeanwhile()
+void TestBusy::paintsMeanwhile()
 {
     QTRY_VERIFY(m_main->paints > 0);
     int painted = 0;
@@ -426,7 +426,7 @@ void tst_busy::paintsMeanwhile()
     QVERIFY(afterwards > before);
 }
 
-void tst_busy::closingTheMainWindowWaits()
+void TestBusy::closingTheMainWindowWaits()
 {
     during([&] {
         QVERIFY(!m_main->close());
@@ -442,7 +442,7 @@ void tst_busy::closingTheMainWindowWaits()
     QCOMPARE(m_main->closes, 1);
 }
 
-void tst_busy::closingAnotherWindowIsRefused()
+void TestBusy::closingAnotherWindowIsRefused()
 {
     MainWindow other;
     other.show();
@@ -453,7 +453,7 @@ void tst_busy::closingAnotherWindowIsRefused()
     QVERIFY(other.close());
 }
 
-void tst_busy::inputWorksAgainAfterwards()
+void TestBusy::inputWorksAgainAfterwards()
 {
     during([] {});
     QSignalSpy clicked(m_button, &QPushButton::clicked);
@@ -463,7 +463,7 @@ void tst_busy::inputWorksAgainAfterwards()
     QCOMPARE(m_field->text(), u"again"_s);
 }
 
-void tst_busy::nestedRunIsRefused()
+void TestBusy::nestedRunIsRefused()
 {
     bool nestedRan = false;
     bool refused = false;
@@ -478,7 +478,7 @@ void tst_busy::nestedRunIsRefused()
     QCOMPARE(m_wait->maximum(), 1); // the refused one has left the state alone
 }
 
-void tst_busy::manyRunsInARow()
+void TestBusy::manyRunsInARow()
 {
     for (int i = 0; i < 300; ++i) {
         QVERIFY(m_busy->run(1, [&](BusyProgress &progress) {
@@ -490,7 +490,7 @@ void tst_busy::manyRunsInARow()
     }
 }
 
-void tst_busy::exceptionsReachTheCaller()
+void TestBusy::exceptionsReachTheCaller()
 {
     for (const auto lasting : {0ms, 400ms}) {
         bool caught = false;
@@ -510,7 +510,7 @@ void tst_busy::exceptionsReachTheCaller()
     inputWorksAgainAfterwards();
 }
 
-void tst_busy::quitMeanwhileDoesNotCutTheWorkShort()
+void TestBusy::quitMeanwhileDoesNotCutTheWorkShort()
 {
     bool ended = false;
     bool paintedAfterTheQuit = false;
@@ -529,7 +529,7 @@ void tst_busy::quitMeanwhileDoesNotCutTheWorkShort()
     QVERIFY(paintedAfterTheQuit);
 }
 
-void tst_busy::shortWorkIsNotSlowedDown()
+void TestBusy::shortWorkIsNotSlowedDown()
 {
     qint64 fastest = std::numeric_limits<qint64>::max();
     for (int i = 0; i < 50; ++i) {
@@ -550,7 +550,7 @@ void tst_busy::shortWorkIsNotSlowedDown()
     QVERIFY(fastest < 1'000'000);
 }
 
-void tst_busy::stepsAreCheap()
+void TestBusy::stepsAreCheap()
 {
     constexpr int Steps = 100'000;
     const QString file = u"folder/file.mp3"_s;
@@ -567,5 +567,5 @@ void tst_busy::stepsAreCheap()
     QVERIFY(nanoseconds / Steps < 20'000); // a painted step would take more
 }
 
-QTEST_MAIN(tst_busy)
+QTEST_MAIN(TestBusy)
 #include "tst_busy.moc"

@@ -16,7 +16,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_esperate : public QObject
+class TestEsperate : public QObject
 {
     Q_OBJECT
 
@@ -53,7 +53,7 @@ private Q_SLOTS:
     void longFileNamesLeaveTheSizeAlone();
 };
 
-void tst_esperate::init()
+void TestEsperate::init()
 {
     m_main = std::make_unique<QWidget>();
     m_main->setGeometry(100, 100, 600, 400);
@@ -68,7 +68,7 @@ void tst_esperate::init()
     QVERIFY(m_wait->isWindow());
 }
 
-void tst_esperate::threeStepsAndFourStepCalls()
+void TestEsperate::threeStepsAndFourStepCalls()
 {
     m_wait->BeginProgress(3);
     for (int i = 0; i < 4; ++i)
@@ -80,7 +80,7 @@ void tst_esperate::threeStepsAndFourStepCalls()
     QCOMPARE(m_bar->value(), 3);
 }
 
-void tst_esperate::stateIsThereAtOnce()
+void TestEsperate::stateIsThereAtOnce()
 {
     m_wait->BeginProgress(10);
     QCOMPARE(m_bar->minimum(), 0);
@@ -96,7 +96,7 @@ void tst_esperate::stateIsThereAtOnce()
     QCOMPARE(m_count->text(), u"3 / 10"_s);
 }
 
-void tst_esperate::beginStartsAnew()
+void TestEsperate::beginStartsAnew()
 {
     m_wait->BeginProgress(5);
     m_wait->StepProgress();
@@ -106,7 +106,7 @@ void tst_esperate::beginStartsAnew()
     QCOMPARE(m_wait->findChild<QLabel *>(u"file"_s)->text(), QString());
 }
 
-void tst_esperate::advancingIsManySteps()
+void TestEsperate::advancingIsManySteps()
 {
     m_wait->BeginProgress(10);
     m_wait->advance(4);
@@ -118,7 +118,7 @@ void tst_esperate::advancingIsManySteps()
     QCOMPARE(m_wait->value(), 10);
 }
 
-void tst_esperate::stepsBecomeKnownOnTheWay()
+void TestEsperate::stepsBecomeKnownOnTheWay()
 {
     m_wait->BeginProgress(10);
     m_wait->advance(5);
@@ -128,7 +128,7 @@ void tst_esperate::stepsBecomeKnownOnTheWay()
     QCOMPARE(m_count->text(), u"3 / 3"_s);
 }
 
-void tst_esperate::unknownAndExtremeNumbersOfSteps()
+void TestEsperate::unknownAndExtremeNumbersOfSteps()
 {
     for (const int steps : {0, -1, std::numeric_limits<int>::min()}) {
         m_wait->BeginProgress(steps);
@@ -145,7 +145,7 @@ void tst_esperate::unknownAndExtremeNumbersOfSteps()
     QCOMPARE(m_count->text(), u"1 / 100000"_s);
 }
 
-void tst_esperate::shortWorkDoesNotShowIt()
+void TestEsperate::shortWorkDoesNotShowIt()
 {
     m_wait->BeginProgress(2);
     m_wait->StepProgress();
@@ -156,7 +156,7 @@ void tst_esperate::shortWorkDoesNotShowIt()
     QVERIFY(!m_wait->isVisible());
 }
 
-void tst_esperate::longWorkShowsItAndTheEndClosesIt()
+void TestEsperate::longWorkShowsItAndTheEndClosesIt()
 {
     m_wait->BeginProgress(100);
     m_wait->StepProgress();
@@ -167,7 +167,7 @@ void tst_esperate::longWorkShowsItAndTheEndClosesIt()
     QVERIFY(!m_wait->isVisible());
 }
 
-void tst_esperate::workThatIsNearlyDoneDoesNotShowIt()
+void TestEsperate::workThatIsNearlyDoneDoesNotShowIt()
 {
     m_wait->BeginProgress(100);
     m_wait->advance(99);
@@ -176,7 +176,7 @@ void tst_esperate::workThatIsNearlyDoneDoesNotShowIt()
     QTRY_VERIFY_WITH_TIMEOUT(m_wait->isVisible(), LongEnough); // the last step takes its time
 }
 
-void tst_esperate::closingItDoesNotStopTheWork()
+void TestEsperate::closingItDoesNotStopTheWork()
 {
     m_wait->BeginProgress(10);
     QTRY_VERIFY_WITH_TIMEOUT(m_wait->isVisible(), LongEnough);
@@ -192,7 +192,7 @@ void tst_esperate::closingItDoesNotStopTheWork()
     QTRY_VERIFY_WITH_TIMEOUT(m_wait->isVisible(), LongEnough);
 }
 
-void tst_esperate::clickingTheFrameClosesIt()
+void TestEsperate::clickingTheFrameClosesIt()
 {
     m_wait->BeginProgress(10);
     QTRY_VERIFY_WITH_TIMEOUT(m_wait->isVisible(), LongEnough);
@@ -209,7 +209,7 @@ void tst_esperate::clickingTheFrameClosesIt()
     QVERIFY(!m_wait->isVisible());
 }
 
-void tst_esperate::escapeClosesIt()
+void TestEsperate::escapeClosesIt()
 {
     m_wait->BeginProgress(10);
     QTRY_VERIFY_WITH_TIMEOUT(m_wait->isVisible(), LongEnough);
@@ -219,7 +219,7 @@ void tst_esperate::escapeClosesIt()
     QVERIFY(!m_wait->isVisible());
 }
 
-void tst_esperate::stepsAfterTheEndDoNotShowIt()
+void TestEsperate::stepsAfterTheEndDoNotShowIt()
 {
     m_wait->BeginProgress(3);
     m_wait->EndProgress();
@@ -229,7 +229,7 @@ void tst_esperate::stepsAfterTheEndDoNotShowIt()
     m_wait->EndProgress();
 }
 
-void tst_esperate::liesOverTheMiddleOfItsWindow()
+void TestEsperate::liesOverTheMiddleOfItsWindow()
 {
     m_wait->BeginProgress(10);
     QTRY_VERIFY_WITH_TIMEOUT(m_wait->isVisible(), LongEnough);
@@ -237,7 +237,7 @@ void tst_esperate::liesOverTheMiddleOfItsWindow()
     QVERIFY2(away.manhattanLength() <= 4, qPrintable(u"%1, %2"_s.arg(away.x()).arg(away.y())));
 }
 
-void tst_esperate::takesNoFocus()
+void TestEsperate::takesNoFocus()
 {
     auto *field = new QLineEdit(m_main.get());
     field->show();
@@ -250,7 +250,7 @@ void tst_esperate::takesNoFocus()
     QVERIFY(!m_wait->testAttribute(Qt::WA_QuitOnClose));
 }
 
-void tst_esperate::longFileNamesLeaveTheSizeAlone()
+void TestEsperate::longFileNamesLeaveTheSizeAlone()
 {
     m_wait->BeginProgress(10);
     m_wait->setCurrentFile(u"a.mp3"_s);
@@ -263,5 +263,5 @@ void tst_esperate::longFileNamesLeaveTheSizeAlone()
     QVERIFY(m_frame->rect().contains(m_count->geometry()));
 }
 
-QTEST_MAIN(tst_esperate)
+QTEST_MAIN(TestEsperate)
 #include "tst_esperate.moc"

@@ -54,7 +54,7 @@ QMouseEvent mouseEvent(QEvent::Type type, const QPoint &place, Qt::MouseButton b
 
 } // namespace
 
-class tst_rowdrag : public QObject
+class TestRowDrag : public QObject
 {
     Q_OBJECT
 
@@ -175,5 +175,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_rowdrag)
+QTEST_MAIN(TestRowDrag)
 #include "tst_rowdrag.moc"

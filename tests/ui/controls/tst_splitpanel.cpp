@@ -15,7 +15,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_splitpanel : public QObject
+class TestSplitPanel : public QObject
 {
     Q_OBJECT
 
@@ -71,7 +71,7 @@ private Q_SLOTS:
     void assistiveToolsSeeNameAndValue();
 };
 
-void tst_splitpanel::init()
+void TestSplitPanel::init()
 {
     m_split = std::make_unique<SplitPanel>();
     m_first = new QPushButton;
@@ -86,14 +86,14 @@ void tst_splitpanel::init()
 }
 
 /// Both points in the control's coordinates.
-void tst_splitpanel::drag(QPoint from, QPoint to)
+void TestSplitPanel::drag(QPoint from, QPoint to)
 {
     QTest::mousePress(m_bar, Qt::LeftButton, {}, m_bar->mapFromParent(from));
     QTest::mouseMove(m_bar, m_bar->mapFromParent(to));
     QTest::mouseRelease(m_bar, Qt::LeftButton, {}, m_bar->mapFromParent(to));
 }
 
-void tst_splitpanel::propertiesAndDefaults()
+void TestSplitPanel::propertiesAndDefaults()
 {
     const SplitPanel split;
     QCOMPARE(split.property("MinPanelSize").toInt(), 2000);
@@ -106,7 +106,7 @@ void tst_splitpanel::propertiesAndDefaults()
     QCOMPARE(split.property("Snapped").toInt(), 0);
 }
 
-void tst_splitpanel::everySetterNotifies()
+void TestSplitPanel::everySetterNotifies()
 {
     const std::pair<const char *, QVariant> values[] = {{"MinPanelSize", 1500}, {"Horizontal", true},
         {"SnapToEdge", true}, {"SplitterWidth", 90}, {"Position", 2700}, {"BackColor", QColor(Qt::red)},
@@ -121,7 +121,7 @@ void tst_splitpanel::everySetterNotifies()
     }
 }
 
-void tst_splitpanel::colorsFollowThePaletteUntilSet()
+void TestSplitPanel::colorsFollowThePaletteUntilSet()
 {
     QPalette palette;
     palette.setColor(QPalette::Button, Qt::darkGreen);
@@ -143,7 +143,7 @@ void tst_splitpanel::colorsFollowThePaletteUntilSet()
     QCOMPARE(m_split->dragColor(), QColor(Qt::yellow));
 }
 
-void tst_splitpanel::propertiesAreKeptUnderTheirNames()
+void TestSplitPanel::propertiesAreKeptUnderTheirNames()
 {
     m_split->setMinPanelSize(1500);
     m_split->setSnapToEdge(true);
@@ -173,7 +173,7 @@ void tst_splitpanel::propertiesAreKeptUnderTheirNames()
         QCOMPARE(other.property(name.toLatin1().constData()), m_split->property(name.toLatin1().constData()));
 }
 
-void tst_splitpanel::propertiesAreReadFromText()
+void TestSplitPanel::propertiesAreReadFromText()
 {
     m_split->setHorizontal(true);
     m_split->setPosition(2100);
@@ -195,7 +195,7 @@ void tst_splitpanel::propertiesAreReadFromText()
     QCOMPARE(other.minPanelSize(), 2000);
 }
 
-void tst_splitpanel::missingAndBrokenPropertiesTakeTheirDefaults()
+void TestSplitPanel::missingAndBrokenPropertiesTakeTheirDefaults()
 {
     m_split->setPosition(4000);
     m_split->setSnapToEdge(true);
@@ -210,7 +210,7 @@ void tst_splitpanel::missingAndBrokenPropertiesTakeTheirDefaults()
     QCOMPARE(m_split->snapped(), 0);
 }
 
-void tst_splitpanel::panelsLieBesideTheBar()
+void TestSplitPanel::panelsLieBesideTheBar()
 {
     QCOMPARE(m_split->position(), 3000);
     QCOMPARE(m_bar->geometry(), QRect(197, 0, 5, 400)); // 3000 - 37.5 twips
@@ -218,7 +218,7 @@ void tst_splitpanel::panelsLieBesideTheBar()
     QCOMPARE(m_second->geometry(), QRect(202, 0, 598, 400));
 }
 
-void tst_splitpanel::stackedPanels()
+void TestSplitPanel::stackedPanels()
 {
     m_split->setHorizontal(true);
     m_split->resize(500, 700);
@@ -227,14 +227,14 @@ void tst_splitpanel::stackedPanels()
     QCOMPARE(m_second->geometry(), QRect(0, 202, 500, 498));
 }
 
-void tst_splitpanel::notEnoughRoomPutsTheBarInTheMiddle()
+void TestSplitPanel::notEnoughRoomPutsTheBarInTheMiddle()
 {
     m_split->resize(200, 400); // 3000 twips
     QCOMPARE(m_split->position(), 1500);
     QVERIFY(qAbs(barCentre().x() - 100) <= 1);
 }
 
-void tst_splitpanel::positionIsCorrected()
+void TestSplitPanel::positionIsCorrected()
 {
     m_split->setPosition(500);
     QCOMPARE(m_split->position(), 2000);
@@ -242,7 +242,7 @@ void tst_splitpanel::positionIsCorrected()
     QCOMPARE(m_split->position(), 10000);
 }
 
-void tst_splitpanel::settingThePositionUnsnaps()
+void TestSplitPanel::settingThePositionUnsnaps()
 {
     m_split->setSnapped(1);
     QVERIFY(!m_first->isVisible());
@@ -254,7 +254,7 @@ void tst_splitpanel::settingThePositionUnsnaps()
     QVERIFY(m_second->isVisible());
 }
 
-void tst_splitpanel::snappedHidesAPanel()
+void TestSplitPanel::snappedHidesAPanel()
 {
     m_split->setSnapped(2);
     QVERIFY(m_first->isVisible());
@@ -267,7 +267,7 @@ void tst_splitpanel::snappedHidesAPanel()
     QVERIFY(m_second->isVisible());
 }
 
-void tst_splitpanel::resizingCorrectsThePosition()
+void TestSplitPanel::resizingCorrectsThePosition()
 {
     m_split->setPosition(9000);
     QSignalSpy moved(m_split.get(), &SplitPanel::positionChanged);
@@ -276,7 +276,7 @@ void tst_splitpanel::resizingCorrectsThePosition()
     QCOMPARE(moved.count(), 1);
 }
 
-void tst_splitpanel::positionSetBeforeTheFirstSizeIsKept()
+void TestSplitPanel::positionSetBeforeTheFirstSizeIsKept()
 {
     QWidget window;
     auto *split = new SplitPanel(&window);
@@ -291,7 +291,7 @@ void tst_splitpanel::positionSetBeforeTheFirstSizeIsKept()
     QCOMPARE(split->firstPanel()->width(), 251); // 3762 twips
 }
 
-void tst_splitpanel::rightToLeftChangesNothing()
+void TestSplitPanel::rightToLeftChangesNothing()
 {
     const QRect first = m_first->geometry();
     m_split->setLayoutDirection(Qt::RightToLeft);
@@ -302,7 +302,7 @@ void tst_splitpanel::rightToLeftChangesNothing()
     QCOMPARE(m_split->position(), 3150);
 }
 
-void tst_splitpanel::panelsCanBeReplacedAndDeleted()
+void TestSplitPanel::panelsCanBeReplacedAndDeleted()
 {
     auto *other = new QLineEdit;
     m_split->setSecondPanel(other);
@@ -317,7 +317,7 @@ void tst_splitpanel::panelsCanBeReplacedAndDeleted()
     m_split->setSnapped(1);
 }
 
-void tst_splitpanel::emptyPlacesAndOddSizes()
+void TestSplitPanel::emptyPlacesAndOddSizes()
 {
     SplitPanel split;
     split.resize(0, 0);
@@ -332,7 +332,7 @@ void tst_splitpanel::emptyPlacesAndOddSizes()
     QVERIFY(split.minimumSizeHint().isValid());
 }
 
-void tst_splitpanel::dragMovesOnlyTheBar()
+void TestSplitPanel::dragMovesOnlyTheBar()
 {
     const QRect first = m_first->geometry();
     const QRect second = m_second->geometry();
@@ -351,7 +351,7 @@ void tst_splitpanel::dragMovesOnlyTheBar()
     QCOMPARE(m_first->width(), m_bar->x());
 }
 
-void tst_splitpanel::releaseSetsThePosition()
+void TestSplitPanel::releaseSetsThePosition()
 {
     drag({199, 50}, {400, 60});
     // The pointer (6000 twips) plus half of the bar's thickness, rounded.
@@ -364,7 +364,7 @@ void tst_splitpanel::releaseSetsThePosition()
     QCOMPARE(m_split->snapped(), 0);
 }
 
-void tst_splitpanel::dragAlongYWhenHorizontal()
+void TestSplitPanel::dragAlongYWhenHorizontal()
 {
     m_split->setHorizontal(true);
     m_split->resize(400, 800);
@@ -373,7 +373,7 @@ void tst_splitpanel::dragAlongYWhenHorizontal()
     QCOMPARE(m_first->geometry(), QRect(0, 0, 400, m_bar->y()));
 }
 
-void tst_splitpanel::onlyTheLeftButtonDrags()
+void TestSplitPanel::onlyTheLeftButtonDrags()
 {
     QTest::mousePress(m_bar, Qt::RightButton);
     QTest::mouseMove(m_bar, QPoint(100, 0));
@@ -382,7 +382,7 @@ void tst_splitpanel::onlyTheLeftButtonDrags()
     QCOMPARE(m_bar->x(), 197);
 }
 
-void tst_splitpanel::snapsFirstPanelShut()
+void TestSplitPanel::snapsFirstPanelShut()
 {
     m_split->setSnapToEdge(true);
     QSignalSpy snapped(m_split.get(), &SplitPanel::Snapped);
@@ -396,7 +396,7 @@ void tst_splitpanel::snapsFirstPanelShut()
     QCOMPARE(snapped.at(0).at(0).toInt(), 1);
 }
 
-void tst_splitpanel::snapsSecondPanelShut()
+void TestSplitPanel::snapsSecondPanelShut()
 {
     m_split->setSnapToEdge(true);
     QSignalSpy snapped(m_split.get(), &SplitPanel::Snapped);
@@ -412,7 +412,7 @@ void tst_splitpanel::snapsSecondPanelShut()
     QCOMPARE(m_bar->geometry().right(), 699);
 }
 
-void tst_splitpanel::doesNotSnapUnlessTold()
+void TestSplitPanel::doesNotSnapUnlessTold()
 {
     QSignalSpy snapped(m_split.get(), &SplitPanel::Snapped);
     drag({199, 50}, {2, 50});
@@ -421,7 +421,7 @@ void tst_splitpanel::doesNotSnapUnlessTold()
     QCOMPARE(snapped.count(), 0);
 }
 
-void tst_splitpanel::dragsOpenAgain()
+void TestSplitPanel::dragsOpenAgain()
 {
     m_split->setSnapToEdge(true);
     drag({199, 50}, {5, 50});
@@ -432,7 +432,7 @@ void tst_splitpanel::dragsOpenAgain()
     QVERIFY(m_first->isVisible());
 }
 
-void tst_splitpanel::barShowsItsColors()
+void TestSplitPanel::barShowsItsColors()
 {
     m_split->setBackColor(Qt::red);
     m_split->setDragColor(Qt::blue);
@@ -444,14 +444,14 @@ void tst_splitpanel::barShowsItsColors()
     QCOMPARE(shown(), QColor(Qt::red));
 }
 
-void tst_splitpanel::barHasAResizeCursor()
+void TestSplitPanel::barHasAResizeCursor()
 {
     QCOMPARE(m_bar->cursor().shape(), Qt::SplitHCursor);
     m_split->setHorizontal(true);
     QCOMPARE(m_bar->cursor().shape(), Qt::SplitVCursor);
 }
 
-void tst_splitpanel::keysMoveTheBar()
+void TestSplitPanel::keysMoveTheBar()
 {
     QTest::keyClick(m_bar, Qt::Key_Right);
     QCOMPARE(m_split->position(), 3150);
@@ -480,7 +480,7 @@ void tst_splitpanel::keysMoveTheBar()
     QCOMPARE(m_split->position(), 3000);
 }
 
-void tst_splitpanel::keysOpenAShutPanel()
+void TestSplitPanel::keysOpenAShutPanel()
 {
     m_split->setSnapToEdge(true);
     drag({199, 50}, {5, 50});
@@ -496,7 +496,7 @@ void tst_splitpanel::keysOpenAShutPanel()
     QCOMPARE(m_split->position(), 10000);
 }
 
-void tst_splitpanel::wheelLeavesTheBarAlone()
+void TestSplitPanel::wheelLeavesTheBarAlone()
 {
     QWheelEvent wheel(
         QPointF(2, 20), m_bar->mapToGlobal(QPointF(2, 20)), {}, {0, 120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
@@ -504,7 +504,7 @@ void tst_splitpanel::wheelLeavesTheBarAlone()
     QCOMPARE(m_split->position(), 3000);
 }
 
-void tst_splitpanel::focusGoesFirstPanelBarSecondPanel()
+void TestSplitPanel::focusGoesFirstPanelBarSecondPanel()
 {
     m_split->activateWindow();
     m_first->setFocus();
@@ -519,7 +519,7 @@ void tst_splitpanel::focusGoesFirstPanelBarSecondPanel()
     QVERIFY(m_second->hasFocus());
 }
 
-void tst_splitpanel::assistiveToolsSeeNameAndValue()
+void TestSplitPanel::assistiveToolsSeeNameAndValue()
 {
     m_split->setBarAccessibleName(u"folders and files"_s);
     QAccessibleInterface *bar = QAccessible::queryAccessibleInterface(m_bar);
@@ -532,5 +532,5 @@ void tst_splitpanel::assistiveToolsSeeNameAndValue()
     QCOMPARE(m_split->position(), 4500);
 }
 
-QTEST_MAIN(tst_splitpanel)
+QTEST_MAIN(TestSplitPanel)
 #include "tst_splitpanel.moc"

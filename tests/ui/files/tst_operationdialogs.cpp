@@ -26,7 +26,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_operationdialogs : public QObject
+class TestOperationDialogs : public QObject
 {
     Q_OBJECT
 
@@ -230,5 +230,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_operationdialogs)
+QTEST_MAIN(TestOperationDialogs)
 #include "tst_operationdialogs.moc"

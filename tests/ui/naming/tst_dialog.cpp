@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_dialog : public NamingFixture
+class TestDialog : public NamingFixture
 {
     Q_OBJECT
 
@@ -293,5 +293,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_dialog)
+QTEST_MAIN(TestDialog)
 #include "tst_dialog.moc"

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_extractpage : public NamingFixture
+class TestExtractPage : public NamingFixture
 {
     Q_OBJECT
 
@@ -235,5 +235,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_extractpage)
+QTEST_MAIN(TestExtractPage)
 #include "tst_extractpage.moc"

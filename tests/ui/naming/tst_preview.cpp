@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_preview : public NamingFixture
+class TestPreview : public NamingFixture
 {
     Q_OBJECT
 
@@ -295,5 +295,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_preview)
+QTEST_MAIN(TestPreview)
 #include "tst_preview.moc"

@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_renamepage : public NamingFixture
+class TestRenamePage : public NamingFixture
 {
     Q_OBJECT
 
@@ -330,5 +330,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_renamepage)
+QTEST_MAIN(TestRenamePage)
 #include "tst_renamepage.moc"

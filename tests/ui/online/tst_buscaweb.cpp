@@ -12,7 +12,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_buscaweb : public QObject
+class TestBuscaweb : public QObject
 {
     Q_OBJECT
 
@@ -94,5 +94,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_buscaweb)
+QTEST_MAIN(TestBuscaweb)
 #include "tst_buscaweb.moc"

@@ -12,7 +12,7 @@
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_freedb : public LookupFixture
+class TestFreedb : public LookupFixture
 {
     Q_OBJECT
 
@@ -436,5 +436,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_freedb)
+QTEST_MAIN(TestFreedb)
 #include "tst_freedb.moc"

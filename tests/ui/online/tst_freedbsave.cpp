@@ -12,7 +12,7 @@
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_freedbsave : public LookupFixture
+class TestFreedbSave : public LookupFixture
 {
     Q_OBJECT
 
@@ -286,5 +286,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_freedbsave)
+QTEST_MAIN(TestFreedbSave)
 #include "tst_freedbsave.moc"

@@ -10,7 +10,7 @@
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_matchdialog : public LookupFixture
+class TestMatchDialog : public LookupFixture
 {
     Q_OBJECT
 
@@ -164,5 +164,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_matchdialog)
+QTEST_MAIN(TestMatchDialog)
 #include "tst_matchdialog.moc"

@@ -10,7 +10,7 @@
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_rowlist : public LookupFixture
+class TestRowList : public LookupFixture
 {
     Q_OBJECT
 
@@ -185,5 +185,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_rowlist)
+QTEST_MAIN(TestRowList)
 #include "tst_rowlist.moc"

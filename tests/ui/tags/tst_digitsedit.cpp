@@ -12,7 +12,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_digitsedit : public QObject
+class TestDigitsEdit : public QObject
 {
     Q_OBJECT
 
@@ -93,5 +93,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_digitsedit)
+QTEST_MAIN(TestDigitsEdit)
 #include "tst_digitsedit.moc"

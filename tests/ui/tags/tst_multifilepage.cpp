@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_multifilepage : public MultiFilePageFixture
+class TestMultiFilePage : public MultiFilePageFixture
 {
     Q_OBJECT
 
@@ -276,5 +276,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_multifilepage)
+QTEST_MAIN(TestMultiFilePage)
 #include "tst_multifilepage.moc"

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_singlefilepage : public SingleFilePageFixture
+class TestSingleFilePage : public SingleFilePageFixture
 {
     Q_OBJECT
 
@@ -203,5 +203,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_singlefilepage)
+QTEST_MAIN(TestSingleFilePage)
 #include "tst_singlefilepage.moc"

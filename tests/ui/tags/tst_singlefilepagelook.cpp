@@ -24,7 +24,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_singlefilepagelook : public QObject
+class TestSingleFilePageLook : public QObject
 {
     Q_OBJECT
 
@@ -317,5 +317,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_singlefilepagelook)
+QTEST_MAIN(TestSingleFilePageLook)
 #include "tst_singlefilepagelook.moc"

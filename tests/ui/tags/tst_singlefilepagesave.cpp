@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_singlefilepagesave : public SingleFilePageFixture
+class TestSingleFilePageSave : public SingleFilePageFixture
 {
     Q_OBJECT
 
@@ -300,5 +300,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_singlefilepagesave)
+QTEST_MAIN(TestSingleFilePageSave)
 #include "tst_singlefilepagesave.moc"

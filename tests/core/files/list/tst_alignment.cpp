@@ -10,7 +10,7 @@
 using namespace ravlin;
 using namespace Qt::StringLiterals;
 
-class tst_alignment : public QObject
+class TestAlignment : public QObject
 {
     Q_OBJECT
 
@@ -80,5 +80,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_alignment)
+QTEST_GUILESS_MAIN(TestAlignment)
 #include "tst_alignment.moc"

@@ -11,7 +11,7 @@
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 
-class tst_listcolumns : public QObject
+class TestListColumns : public QObject
 {
     Q_OBJECT
 
@@ -100,5 +100,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_listcolumns)
+QTEST_GUILESS_MAIN(TestListColumns)
 #include "tst_listcolumns.moc"

@@ -15,7 +15,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class tst_clsfilefunc : public QObject
+class TestClsFileFunc : public QObject
 {
     Q_OBJECT
 
@@ -33,7 +33,7 @@ private Q_SLOTS:
     void failureAtAnyCallLosesNothing();
 };
 
-void tst_clsfilefunc::renamesFilesAndFolders()
+void TestClsFileFunc::renamesFilesAndFolders()
 {
     const ScratchFolder folder;
     clsFileFunc operations(platform::FileSystem::native());
@@ -46,7 +46,7 @@ void tst_clsfilefunc::renamesFilesAndFolders()
     QCOMPARE(ScratchFolder::read(folder.path(u"New/c.mp3"_s)), QByteArray("one"));
 }
 
-void tst_clsfilefunc::emptyOrSameDoesNothing()
+void TestClsFileFunc::emptyOrSameDoesNothing()
 {
     const ScratchFolder folder;
     FaultyFileSystem counting;
@@ -59,7 +59,7 @@ void tst_clsfilefunc::emptyOrSameDoesNothing()
     QCOMPARE(folder.names(), QStringList{u"a.mp3"_s});
 }
 
-void tst_clsfilefunc::neverOverwrites()
+void TestClsFileFunc::neverOverwrites()
 {
     const ScratchFolder folder;
     clsFileFunc operations(platform::FileSystem::native());
@@ -80,7 +80,7 @@ void tst_clsfilefunc::neverOverwrites()
     QCOMPARE(folder.names().size(), 5);
 }
 
-void tst_clsfilefunc::aMissingFileIsAnError()
+void TestClsFileFunc::aMissingFileIsAnError()
 {
     const ScratchFolder folder;
     clsFileFunc operations(platform::FileSystem::native());
@@ -92,7 +92,7 @@ void tst_clsfilefunc::aMissingFileIsAnError()
     QCOMPARE(folder.names(), QStringList{u"a.mp3"_s});
 }
 
-void tst_clsfilefunc::linksAreRenamedThemselves()
+void TestClsFileFunc::linksAreRenamedThemselves()
 {
     const ScratchFolder folder;
     clsFileFunc operations(platform::FileSystem::native());
@@ -104,7 +104,7 @@ void tst_clsfilefunc::linksAreRenamedThemselves()
     QVERIFY(QFileInfo(folder.path(u"new.mp3"_s)).isSymLink());
 }
 
-void tst_clsfilefunc::caseAloneWhereCaseCounts()
+void TestClsFileFunc::caseAloneWhereCaseCounts()
 {
     const ScratchFolder folder;
     clsFileFunc operations(platform::FileSystem::native());
@@ -113,7 +113,7 @@ void tst_clsfilefunc::caseAloneWhereCaseCounts()
     QCOMPARE(folder.names(), QStringList{u"Song.mp3"_s});
 }
 
-void tst_clsfilefunc::caseAloneWhereCaseIsIgnored()
+void TestClsFileFunc::caseAloneWhereCaseIsIgnored()
 {
     const ScratchFolder folder;
     CaselessFileSystem caseless;
@@ -124,7 +124,7 @@ void tst_clsfilefunc::caseAloneWhereCaseIsIgnored()
     QCOMPARE(ScratchFolder::read(folder.path(u"CANCIÓN.mp3"_s)), QByteArray("one"));
 }
 
-void tst_clsfilefunc::caseAloneOfAFolder()
+void TestClsFileFunc::caseAloneOfAFolder()
 {
     const ScratchFolder folder;
     CaselessFileSystem caseless;
@@ -134,7 +134,7 @@ void tst_clsfilefunc::caseAloneOfAFolder()
     QCOMPARE(folder.names(), QStringList{u"Live"_s});
 }
 
-void tst_clsfilefunc::anotherFileInOtherCaseIsTaken()
+void TestClsFileFunc::anotherFileInOtherCaseIsTaken()
 {
     const ScratchFolder folder;
     CaselessFileSystem caseless;
@@ -146,7 +146,7 @@ void tst_clsfilefunc::anotherFileInOtherCaseIsTaken()
     QCOMPARE(folder.names(), (QStringList{u"B.mp3"_s, u"a.mp3"_s}));
 }
 
-void tst_clsfilefunc::hardLinksInOtherCaseAreTaken()
+void TestClsFileFunc::hardLinksInOtherCaseAreTaken()
 {
     const ScratchFolder folder;
     clsFileFunc operations(platform::FileSystem::native());
@@ -157,7 +157,7 @@ void tst_clsfilefunc::hardLinksInOtherCaseAreTaken()
     QCOMPARE(folder.names().size(), 2);
 }
 
-void tst_clsfilefunc::failureAtAnyCallLosesNothing()
+void TestClsFileFunc::failureAtAnyCallLosesNothing()
 {
     CaselessFileSystem caseless;
     int failures = 0;
@@ -184,5 +184,5 @@ void tst_clsfilefunc::failureAtAnyCallLosesNothing()
     QVERIFY(failures >= 4);
 }
 
-QTEST_GUILESS_MAIN(tst_clsfilefunc)
+QTEST_GUILESS_MAIN(TestClsFileFunc)
 #include "tst_clsfilefunc.moc"

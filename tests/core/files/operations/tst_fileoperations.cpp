@@ -60,7 +60,7 @@ public:
 
 } // namespace
 
-class FileOperationsTest : public QObject
+class TestFileOperations : public QObject
 {
     Q_OBJECT
 
@@ -97,7 +97,7 @@ private:
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
 };
 
-void FileOperationsTest::init()
+void TestFileOperations::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_host = std::make_unique<ScriptedHost>();
@@ -112,7 +112,7 @@ void FileOperationsTest::init()
     writeFile(in(u"cd1/a.mp3"_s), "cd1 a");
 }
 
-void FileOperationsTest::copiesAndMovesIntoAFolder()
+void TestFileOperations::copiesAndMovesIntoAFolder()
 {
     QCOMPARE(m_files->CopyFile(list({u"a.mp3"_s, u"cd1"_s}), in(u"to/"_s)), ResultDone);
     QCOMPARE(m_files->MoveFile(list({u"b.mp3"_s}), in(u"to"_s)), ResultDone);
@@ -123,7 +123,7 @@ void FileOperationsTest::copiesAndMovesIntoAFolder()
     QVERIFY(m_host->told.isEmpty());
 }
 
-void FileOperationsTest::aSingleSourceToAPath()
+void TestFileOperations::aSingleSourceToAPath()
 {
     QCOMPARE(m_files->CopyFile(in(u"a.mp3"_s), in(u"to/new.mp3"_s)), ResultDone);
     QCOMPARE(readFile(in(u"to/new.mp3"_s)), QByteArray("a"));
@@ -132,13 +132,13 @@ void FileOperationsTest::aSingleSourceToAPath()
     QCOMPARE(m_host->told[0].failures[0].error.code, ErrorCode::NotFound);
 }
 
-void FileOperationsTest::rowsOfSubfolders()
+void TestFileOperations::rowsOfSubfolders()
 {
     QCOMPARE(m_files->CopyFile(list({u"cd1/a.mp3"_s}), in(u"to/"_s)), ResultDone);
     QCOMPARE(snapshotOf(in(u"to"_s)), (Snapshot{{u"a.mp3"_s, "file cd1 a"}}));
 }
 
-void FileOperationsTest::clashesAreAsked()
+void TestFileOperations::clashesAreAsked()
 {
     writeFile(in(u"to/a.mp3"_s), "old");
     QCOMPARE(m_files->MoveFile(list({u"a.mp3"_s, u"b.mp3"_s}), in(u"to/"_s)), ResultDone);
@@ -147,7 +147,7 @@ void FileOperationsTest::clashesAreAsked()
     QVERIFY(m_host->told.isEmpty()); // the user knows what he has skipped
 }
 
-void FileOperationsTest::callingOffDoesNothing()
+void TestFileOperations::callingOffDoesNothing()
 {
     writeFile(in(u"to/b.mp3"_s), "old");
     m_host->clashAnswer = std::nullopt;
@@ -157,7 +157,7 @@ void FileOperationsTest::callingOffDoesNothing()
     QVERIFY(!m_history->next());
 }
 
-void FileOperationsTest::deletingAsksOnceAndTrashes()
+void TestFileOperations::deletingAsksOnceAndTrashes()
 {
     m_host->trashAnswer = false;
     QCOMPARE(m_files->DeleteFile(list({u"a.mp3"_s, u"b.mp3"_s})), ResultCancelled);
@@ -168,7 +168,7 @@ void FileOperationsTest::deletingAsksOnceAndTrashes()
     QCOMPARE(snapshotOf(inTrash({})), (Snapshot{{u"a.mp3"_s, "file a"}, {u"b.mp3"_s, "file b"}}));
 }
 
-void FileOperationsTest::withoutTrashAPlainQuestion()
+void TestFileOperations::withoutTrashAPlainQuestion()
 {
     writeFile(in(u"data"_s), "a file where the trash would have to be");
     QCOMPARE(m_files->DeleteFile(list({u"a.mp3"_s, u"cd1"_s})), ResultCancelled);
@@ -180,7 +180,7 @@ void FileOperationsTest::withoutTrashAPlainQuestion()
     QVERIFY(!platform::isTaken(in(u"cd1"_s)));
 }
 
-void FileOperationsTest::aYesToTheTrashIsNoneToLosing()
+void TestFileOperations::aYesToTheTrashIsNoneToLosing()
 {
     // The trash is there but can't be used; that shows only when something is put into it.
     writeFile(in(u"data/Trash/files"_s), "no folder");
@@ -189,7 +189,7 @@ void FileOperationsTest::aYesToTheTrashIsNoneToLosing()
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
 }
 
-void FileOperationsTest::withoutUndoForGood()
+void TestFileOperations::withoutUndoForGood()
 {
     m_host->deleteAnswer = true;
     QCOMPARE(m_files->DeleteFile(in(u"a.mp3"_s), false, FlagNoConfirmation), ResultDone);
@@ -201,7 +201,7 @@ void FileOperationsTest::withoutUndoForGood()
     QCOMPARE(readFile(inTrash(u"b.mp3"_s)), QByteArray("b"));
 }
 
-void FileOperationsTest::renames()
+void TestFileOperations::renames()
 {
     QCOMPARE(m_files->RenameFile(in(u"a.mp3"_s), in(u"c.mp3"_s), true), ResultDone);
     QCOMPARE(readFile(in(u"c.mp3"_s)), QByteArray("a"));
@@ -212,7 +212,7 @@ void FileOperationsTest::renames()
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
 }
 
-void FileOperationsTest::failuresAreTold()
+void TestFileOperations::failuresAreTold()
 {
     QVERIFY(m_files->CopyFile(list({u"gone.mp3"_s, u"a.mp3"_s}), in(u"to"_s)) != ResultDone);
     QCOMPARE(m_host->told.size(), 1);
@@ -224,7 +224,7 @@ void FileOperationsTest::failuresAreTold()
     QCOMPARE(m_host->told[2].failures[0].error.code, ErrorCode::NotFound);
 }
 
-void FileOperationsTest::stoppingIsTold()
+void TestFileOperations::stoppingIsTold()
 {
     m_host->stops = true;
     QCOMPARE(m_files->CopyFile(list({u"a.mp3"_s, u"b.mp3"_s}), in(u"to"_s)), ResultCancelled);
@@ -235,7 +235,7 @@ void FileOperationsTest::stoppingIsTold()
     QVERIFY(platform::isTaken(in(u"a.mp3"_s)));
 }
 
-void FileOperationsTest::busyDoesNothing()
+void TestFileOperations::busyDoesNothing()
 {
     m_host->isBusy = true;
     const Snapshot before = snapshotOf(m_folder->path());
@@ -247,7 +247,7 @@ void FileOperationsTest::busyDoesNothing()
     QVERIFY(m_history->next()); // still to be undone
 }
 
-void FileOperationsTest::undoes()
+void TestFileOperations::undoes()
 {
     const Snapshot before = snapshotOf(m_folder->path());
     m_files->MoveFile(list({u"a.mp3"_s, u"cd1"_s}), in(u"to"_s));
@@ -259,7 +259,7 @@ void FileOperationsTest::undoes()
     QVERIFY(m_host->told.isEmpty());
 }
 
-void FileOperationsTest::theNearestFolderThatIsLeft()
+void TestFileOperations::theNearestFolderThatIsLeft()
 {
     QCOMPARE(nearestFolder(m_fileSystem, in(u"cd1/"_s)), in(u"cd1/"_s));
     QCOMPARE(nearestFolder(m_fileSystem, in(u"cd1/gone/deep/"_s)), in(u"cd1/"_s));
@@ -269,6 +269,6 @@ void FileOperationsTest::theNearestFolderThatIsLeft()
     QCOMPARE(nearestFolder(m_fileSystem, root + QDir::toNativeSeparators(u"none-such-folder/x"_s)), root);
 }
 
-QTEST_GUILESS_MAIN(FileOperationsTest)
+QTEST_GUILESS_MAIN(TestFileOperations)
 
 #include "tst_fileoperations.moc"

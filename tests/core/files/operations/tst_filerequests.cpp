@@ -27,7 +27,7 @@ public:
 
 } // namespace
 
-class FileRequestsTest : public QObject
+class TestFileRequests : public QObject
 {
     Q_OBJECT
 
@@ -42,7 +42,7 @@ private Q_SLOTS:
     void noRowsNoSource();
 };
 
-void FileRequestsTest::deletingThreeRowsIsOneRequest()
+void TestFileRequests::deletingThreeRowsIsOneRequest()
 {
     RecordingService service;
     clsFileFunc files(platform::FileSystem::native(), service);
@@ -57,12 +57,12 @@ void FileRequestsTest::deletingThreeRowsIsOneRequest()
     QCOMPARE(request.flags, 64);
 }
 
-void FileRequestsTest::aRowOfARecursiveListing()
+void TestFileRequests::aRowOfARecursiveListing()
 {
     QCOMPARE(sourcePaths(sourceList(u"/m/"_s, {u"cd1/a.mp3"_s})), QStringList{u"/m/cd1/a.mp3"_s});
 }
 
-void FileRequestsTest::undoIsAddedOnce_data()
+void TestFileRequests::undoIsAddedOnce_data()
 {
     QTest::addColumn<bool>("allowUndo");
     QTest::addColumn<int>("flags");
@@ -75,7 +75,7 @@ void FileRequestsTest::undoIsAddedOnce_data()
     QTest::newRow("not asked for, but there") << false << 64 << 64;
 }
 
-void FileRequestsTest::undoIsAddedOnce()
+void TestFileRequests::undoIsAddedOnce()
 {
     QFETCH(bool, allowUndo);
     QFETCH(int, flags);
@@ -91,7 +91,7 @@ void FileRequestsTest::undoIsAddedOnce()
         QCOMPARE(request.flags, expected);
 }
 
-void FileRequestsTest::eachOperationHasItsNumber()
+void TestFileRequests::eachOperationHasItsNumber()
 {
     RecordingService service;
     clsFileFunc files(platform::FileSystem::native(), service);
@@ -107,7 +107,7 @@ void FileRequestsTest::eachOperationHasItsNumber()
     QCOMPARE(service.requests[3].destination, u"/b"_s);
 }
 
-void FileRequestsTest::emptyTextsDoNothing()
+void TestFileRequests::emptyTextsDoNothing()
 {
     RecordingService service;
     service.result = 7;
@@ -122,7 +122,7 @@ void FileRequestsTest::emptyTextsDoNothing()
     QVERIFY(service.requests.isEmpty());
 }
 
-void FileRequestsTest::theResultIsHandedBack()
+void TestFileRequests::theResultIsHandedBack()
 {
     RecordingService service;
     service.result = 4711;
@@ -133,12 +133,12 @@ void FileRequestsTest::theResultIsHandedBack()
     QCOMPARE(files.DeleteFile(u"/a"_s), 4711);
 }
 
-void FileRequestsTest::noRowsNoSource()
+void TestFileRequests::noRowsNoSource()
 {
     QVERIFY(sourceList(u"/m/"_s, {}).isEmpty());
     QVERIFY(sourcePaths({}).isEmpty());
 }
 
-QTEST_GUILESS_MAIN(FileRequestsTest)
+QTEST_GUILESS_MAIN(TestFileRequests)
 
 #include "tst_filerequests.moc"

@@ -20,7 +20,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class PlaylistTest : public QObject
+class TestPlaylist : public QObject
 {
     Q_OBJECT
 
@@ -59,7 +59,7 @@ private:
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
 };
 
-void PlaylistTest::theName_data()
+void TestPlaylist::theName_data()
 {
     QTest::addColumn<QString>("artist");
     QTest::addColumn<QString>("album");
@@ -75,14 +75,14 @@ void PlaylistTest::theName_data()
     QTest::newRow("line breaks") << QString() << u"A\nB"_s << u"AB.m3u"_s;
 }
 
-void PlaylistTest::theName()
+void TestPlaylist::theName()
 {
     QFETCH(QString, artist);
     QFETCH(QString, album);
     QTEST(playlistName(artist, album), "name");
 }
 
-void PlaylistTest::aLongName()
+void TestPlaylist::aLongName()
 {
     const QString name = playlistName(QString(200, u'ñ'), QString(200, u'x'));
     QVERIFY(platform::nameLength(name) <= 255);
@@ -92,7 +92,7 @@ void PlaylistTest::aLongName()
     QVERIFY(WritePlaylist(m_fileSystem, folder(), {}, record(QString(200, letter), u"x"_s)));
 }
 
-void PlaylistTest::theContent()
+void TestPlaylist::theContent()
 {
     const auto encode = [](const QString &line) { return std::optional(line.toLatin1()); };
     QCOMPARE(playlistContent({u"b.mp3"_s, u"cd1/ñ.mp3"_s, u"#1.mp3"_s}, encode),
@@ -101,7 +101,7 @@ void PlaylistTest::theContent()
     QCOMPARE(playlistContent({u"a\nb.mp3"_s, u"c.mp3"_s}, encode), QByteArray("c.mp3\r\n"));
 }
 
-void PlaylistTest::aLineBeyondTheCodePage()
+void TestPlaylist::aLineBeyondTheCodePage()
 {
     // As Windows-1252 would have it: the whole list becomes UTF-8, not only that line.
     const auto encode = [](const QString &line) -> std::optional<QByteArray> {
@@ -115,7 +115,7 @@ void PlaylistTest::aLineBeyondTheCodePage()
         playlistContent({u"ñ.mp3"_s, u"夜.mp3"_s, u"é.mp3"_s}, encode), QByteArray("ñ.mp3\r\n夜.mp3\r\né.mp3\r\n"));
 }
 
-void PlaylistTest::aNameThatIsNoUnicode()
+void TestPlaylist::aNameThatIsNoUnicode()
 {
     if (platform::Separator != u'/')
         QSKIP("names are no bytes here");
@@ -123,7 +123,7 @@ void PlaylistTest::aNameThatIsNoUnicode()
     QCOMPARE(playlistContent({name}, platform::toCodePage), QByteArray("caf\xe9.mp3\r\n"));
 }
 
-void PlaylistTest::writesTheFoldersList()
+void TestPlaylist::writesTheFoldersList()
 {
     const auto written = WritePlaylist(
         m_fileSystem, folder(), {u"b.mp3"_s, u"a.mp3"_s, u"cd1/ñ.mp3"_s}, record(u"Artista"_s, u"Disco"_s));
@@ -139,13 +139,13 @@ void PlaylistTest::writesTheFoldersList()
 #endif
 }
 
-void PlaylistTest::noRowsAnEmptyList()
+void TestPlaylist::noRowsAnEmptyList()
 {
     QVERIFY(WritePlaylist(m_fileSystem, folder(), {}, {}));
     QCOMPARE(snapshotOf(m_folder->path()), (Snapshot{{u"lista.m3u"_s, "file "}}));
 }
 
-void PlaylistTest::replacesAnOlderList()
+void TestPlaylist::replacesAnOlderList()
 {
     writeFile(in(u"lista.m3u"_s), QByteArray(10'000, 'x'));
 #ifndef Q_OS_WIN
@@ -160,7 +160,7 @@ void PlaylistTest::replacesAnOlderList()
 #endif
 }
 
-void PlaylistTest::neverThroughALinkNorOverAFolder()
+void TestPlaylist::neverThroughALinkNorOverAFolder()
 {
     if (MakesLinks) {
         writeFile(in(u"precious.txt"_s), "precious");
@@ -173,13 +173,13 @@ void PlaylistTest::neverThroughALinkNorOverAFolder()
     QVERIFY(!WritePlaylist(m_fileSystem, folder(), {u"a.mp3"_s}, record({}, u"Disco"_s)));
 }
 
-void PlaylistTest::aFolderThatCannotBeWritten()
+void TestPlaylist::aFolderThatCannotBeWritten()
 {
     const auto written = WritePlaylist(m_fileSystem, in(u"none/"_s), {u"a.mp3"_s}, {});
     QCOMPARE(written.error().code, ErrorCode::NotFound);
 }
 
-void PlaylistTest::playsTheSelection()
+void TestPlaylist::playsTheSelection()
 {
     QStringList opened;
     const QString list = in(u"list.m3u"_s);
@@ -189,7 +189,7 @@ void PlaylistTest::playsTheSelection()
     QCOMPARE(readFile(list), QByteArray("/m/a.mp3\r\n/m/cd1/b.mp3\r\n"));
 }
 
-void PlaylistTest::playsAgain()
+void TestPlaylist::playsAgain()
 {
     const QString list = in(u"list.m3u"_s);
     QByteArray seen;
@@ -202,7 +202,7 @@ void PlaylistTest::playsAgain()
     QCOMPARE(snapshotOf(m_folder->path()).size(), 1);
 }
 
-void PlaylistTest::opensEvenWhenItCannotWrite()
+void TestPlaylist::opensEvenWhenItCannotWrite()
 {
     int opened = 0;
     QVERIFY(!PlaySelection(
@@ -210,7 +210,7 @@ void PlaylistTest::opensEvenWhenItCannotWrite()
     QCOMPARE(opened, 1);
 }
 
-void PlaylistTest::thePlayListIsTheUsersOwn()
+void TestPlaylist::thePlayListIsTheUsersOwn()
 {
 #ifdef Q_OS_WIN
     QSKIP("it is in the root of drive C; tst_windowssystem checks that");
@@ -240,7 +240,7 @@ public:
 
 } // namespace
 
-void PlaylistTest::deletesAllInOneRequest()
+void TestPlaylist::deletesAllInOneRequest()
 {
     QStringList names{u"a.m3u"_s, u"B.M3U"_s, u"c.m3u8"_s, u"d.mp3"_s, u"sub/e.m3u"_s};
     if (platform::Separator == u'/')
@@ -257,7 +257,7 @@ void PlaylistTest::deletesAllInOneRequest()
     QCOMPARE(service.requests[0].flags, FlagAllowUndo);
 }
 
-void PlaylistTest::noPlaylistsNothingDeleted()
+void TestPlaylist::noPlaylistsNothingDeleted()
 {
     CountingService service;
     clsFileFunc files(m_fileSystem, service);
@@ -266,6 +266,6 @@ void PlaylistTest::noPlaylistsNothingDeleted()
     QVERIFY(service.requests.isEmpty());
 }
 
-QTEST_GUILESS_MAIN(PlaylistTest)
+QTEST_GUILESS_MAIN(TestPlaylist)
 
 #include "tst_playlist.moc"

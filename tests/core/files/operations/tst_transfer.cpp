@@ -19,7 +19,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class TransferTest : public QObject
+class TestTransfer : public QObject
 {
     Q_OBJECT
 
@@ -76,14 +76,14 @@ private:
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
 };
 
-void TransferTest::init()
+void TestTransfer::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_drive = std::make_unique<OtherDrive>();
     QDir().mkpath(in(u"to"_s));
 }
 
-void TransferTest::kinds()
+void TestTransfer::kinds()
 {
     QTest::addColumn<TransferKind>("kind");
     QTest::newRow("copy") << TransferKind::Copy;
@@ -91,7 +91,7 @@ void TransferTest::kinds()
 }
 
 /// Moves on one drive are renames; to another one they are copies, then deletions.
-void TransferTest::drives()
+void TestTransfer::drives()
 {
     QTest::addColumn<TransferKind>("kind");
     QTest::addColumn<bool>("toOtherDrive");
@@ -101,7 +101,7 @@ void TransferTest::drives()
     QTest::newRow("move to another drive") << TransferKind::Move << true;
 }
 
-TransferReport TransferTest::run(TransferKind kind, const QStringList &sources, const QString &folder,
+TransferReport TestTransfer::run(TransferKind kind, const QStringList &sources, const QString &folder,
     const ClashChooser &choose, const TransferOptions &options)
 {
     auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
@@ -115,7 +115,7 @@ TransferReport TransferTest::run(TransferKind kind, const QStringList &sources, 
 }
 
 /// Where the row's files go; empty without another drive.
-QString TransferTest::target() const
+QString TestTransfer::target() const
 {
     QFETCH(bool, toOtherDrive);
     if (!toOtherDrive)
@@ -123,7 +123,7 @@ QString TransferTest::target() const
     return m_drive->isOther() ? m_drive->path() : QString();
 }
 
-void TransferTest::copiesFilesAndFolders()
+void TestTransfer::copiesFilesAndFolders()
 {
     QFETCH(TransferKind, kind);
     writeFile(in(u"from/a.mp3"_s), "one");
@@ -141,7 +141,7 @@ void TransferTest::copiesFilesAndFolders()
     QCOMPARE(snapshotOf(in(u"from"_s)), kind == TransferKind::Copy ? before : Snapshot());
 }
 
-void TransferTest::keepsAttributesAndTimes()
+void TestTransfer::keepsAttributesAndTimes()
 {
 #ifdef Q_OS_WIN
     QSKIP("permission bits and extended attributes are POSIX's; tst_windowsfiles knows those of Windows");
@@ -178,7 +178,7 @@ void TransferTest::keepsAttributesAndTimes()
 #endif
 }
 
-void TransferTest::linksStayLinks()
+void TestTransfer::linksStayLinks()
 {
     QFETCH(TransferKind, kind);
     const QString to = target();
@@ -201,7 +201,7 @@ void TransferTest::linksStayLinks()
     QCOMPARE(platform::isTaken(in(u"dangling"_s)), kind == TransferKind::Copy);
 }
 
-void TransferTest::aFolderNeverGoesIntoItself()
+void TestTransfer::aFolderNeverGoesIntoItself()
 {
     QFETCH(TransferKind, kind);
     writeFile(in(u"cd/sub/a.mp3"_s), "a");
@@ -219,7 +219,7 @@ void TransferTest::aFolderNeverGoesIntoItself()
     }
 }
 
-void TransferTest::nothingIsOverwrittenWithoutAYes()
+void TestTransfer::nothingIsOverwrittenWithoutAYes()
 {
     QFETCH(TransferKind, kind);
     writeFile(in(u"a.mp3"_s), "new");
@@ -245,7 +245,7 @@ void TransferTest::nothingIsOverwrittenWithoutAYes()
     QCOMPARE(snapshotOf(m_folder->path()), before);
 }
 
-void TransferTest::replacesAfterAYes()
+void TestTransfer::replacesAfterAYes()
 {
     QFETCH(TransferKind, kind);
     const QString to = target();
@@ -269,7 +269,7 @@ void TransferTest::replacesAfterAYes()
     QCOMPARE(platform::isTaken(in(u"a.mp3"_s)), kind == TransferKind::Copy);
 }
 
-void TransferTest::keepsBoth()
+void TestTransfer::keepsBoth()
 {
     writeFile(in(u"a.mp3"_s), "new");
     writeFile(in(u"to/a.mp3"_s), "old");
@@ -281,7 +281,7 @@ void TransferTest::keepsBoth()
         (Snapshot{{u"a.mp3"_s, "file old"}, {u"a (2).mp3"_s, "file older"}, {u"a (3).mp3"_s, "file new"}}));
 }
 
-void TransferTest::anAnswerForAll()
+void TestTransfer::anAnswerForAll()
 {
     QStringList sources;
     for (const QString &name : {u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s}) {
@@ -299,7 +299,7 @@ void TransferTest::anAnswerForAll()
         (Snapshot{{u"a.mp3"_s, "file old"}, {u"b.mp3"_s, "file new"}, {u"c.mp3"_s, "file new"}}));
 }
 
-void TransferTest::foldersAreMerged()
+void TestTransfer::foldersAreMerged()
 {
     QFETCH(TransferKind, kind);
     const QString to = target();
@@ -325,7 +325,7 @@ void TransferTest::foldersAreMerged()
         QCOMPARE(snapshotOf(in(u"cd"_s)), (Snapshot{{u"a.mp3"_s, "file new a"}}));
 }
 
-void TransferTest::aFileNeverReplacesAFolder()
+void TestTransfer::aFileNeverReplacesAFolder()
 {
     writeFile(in(u"x"_s), "file");
     writeFile(in(u"to/x/precious.mp3"_s), "precious");
@@ -343,7 +343,7 @@ void TransferTest::aFileNeverReplacesAFolder()
     }
 }
 
-void TransferTest::aCopyBesideItself()
+void TestTransfer::aCopyBesideItself()
 {
     writeFile(in(u"to/a.mp3"_s), "a");
     writeFile(in(u"to/cd/b.mp3"_s), "b");
@@ -360,7 +360,7 @@ void TransferTest::aCopyBesideItself()
             {u"cd (2)"_s, "folder"}, {u"cd (2)/b.mp3"_s, "file b"}}));
 }
 
-void TransferTest::aMoveToWhereItIs()
+void TestTransfer::aMoveToWhereItIs()
 {
     writeFile(in(u"to/a.mp3"_s), "a");
     const TransferReport report = run(TransferKind::Move, {in(u"to/a.mp3"_s)}, in(u"to/"_s));
@@ -369,7 +369,7 @@ void TransferTest::aMoveToWhereItIs()
     QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("a"));
 }
 
-void TransferTest::twoSourcesOfOneName()
+void TestTransfer::twoSourcesOfOneName()
 {
     // As rows of a recursive listing may have it.
     writeFile(in(u"cd1/a.mp3"_s), "one");
@@ -385,7 +385,7 @@ void TransferTest::twoSourcesOfOneName()
     QCOMPARE(snapshotOf(in(u"to"_s)), (Snapshot{{u"a.mp3"_s, "file one"}, {u"a (2).mp3"_s, "file two"}}));
 }
 
-void TransferTest::callingOff()
+void TestTransfer::callingOff()
 {
     writeFile(in(u"a.mp3"_s), "new");
     writeFile(in(u"to/a.mp3"_s), "old");
@@ -393,7 +393,7 @@ void TransferTest::callingOff()
     QVERIFY(!answerClashes(*plan, [](const Clash &) { return std::nullopt; }));
 }
 
-void TransferTest::underANewName()
+void TestTransfer::underANewName()
 {
     writeFile(in(u"a.mp3"_s), "a");
     const auto plan = makeTransferPlan(m_fileSystem, {TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), u"b.mp3"_s});
@@ -405,7 +405,7 @@ void TransferTest::underANewName()
     }
 }
 
-void TransferTest::vanishedSource()
+void TestTransfer::vanishedSource()
 {
     writeFile(in(u"b.mp3"_s), "b");
     const TransferReport report = run(TransferKind::Move, {in(u"gone.mp3"_s), in(u"b.mp3"_s)}, in(u"to"_s));
@@ -417,7 +417,7 @@ void TransferTest::vanishedSource()
     QCOMPARE(noTarget.error().code, ErrorCode::NotFound);
 }
 
-void TransferTest::refusedName()
+void TestTransfer::refusedName()
 {
     // Wine tells something else of a long name.
     const QString refused = platform::Separator == u'/' ? QString(300, u'x') : u"a?b"_s;
@@ -429,7 +429,7 @@ void TransferTest::refusedName()
     QCOMPARE(snapshotOf(m_folder->path()), (Snapshot{{u"a.mp3"_s, "file a"}, {u"to"_s, "folder"}}));
 }
 
-void TransferTest::moveOntoAnotherNameOfTheFile()
+void TestTransfer::moveOntoAnotherNameOfTheFile()
 {
     writeFile(in(u"a.mp3"_s), "a");
     std::filesystem::create_hard_link(in(u"a.mp3"_s).toStdU16String(), in(u"to/a.mp3"_s).toStdU16String());
@@ -437,7 +437,7 @@ void TransferTest::moveOntoAnotherNameOfTheFile()
     QCOMPARE(snapshotOf(m_folder->path()), (Snapshot{{u"to"_s, "folder"}, {u"to/a.mp3"_s, "file a"}}));
 }
 
-void TransferTest::moveOntoItsOwnNameInOtherCase()
+void TestTransfer::moveOntoItsOwnNameInOtherCase()
 {
     if (platform::NameCase == Qt::CaseSensitive)
         QSKIP("names that differ in case are two here");
@@ -453,7 +453,7 @@ void TransferTest::moveOntoItsOwnNameInOtherCase()
     QCOMPARE(left, (Snapshot{{u"to"_s, "folder"}}));
 }
 
-void TransferTest::namesInOtherCaseAreOne()
+void TestTransfer::namesInOtherCaseAreOne()
 {
     if (platform::NameCase == Qt::CaseSensitive)
         QSKIP("names that differ in case are two here");
@@ -472,7 +472,7 @@ void TransferTest::namesInOtherCaseAreOne()
         (Snapshot{{u"a.mp3"_s, "file one"}, {u"A (2).mp3"_s, "file two"}, {u"A (3).mp3"_s, "file three"}}));
 }
 
-void TransferTest::namesThatAreNoUnicode()
+void TestTransfer::namesThatAreNoUnicode()
 {
     const QString name = platform::decodePath(QByteArray("caf\xe9 \xff.mp3"));
     const auto made = m_fileSystem.createNew(in(name));
@@ -483,6 +483,6 @@ void TransferTest::namesThatAreNoUnicode()
     QVERIFY(m_fileSystem.remove(in(name)) && m_fileSystem.remove(in(u"to/"_s + name))); // QTemporaryDir can't
 }
 
-QTEST_GUILESS_MAIN(TransferTest)
+QTEST_GUILESS_MAIN(TestTransfer)
 
 #include "tst_transfer.moc"

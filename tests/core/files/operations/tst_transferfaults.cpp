@@ -18,7 +18,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class TransferFaultsTest : public QObject
+class TestTransferFaults : public QObject
 {
     Q_OBJECT
 
@@ -59,7 +59,7 @@ private:
     QString m_to;
 };
 
-void TransferFaultsTest::init()
+void TestTransferFaults::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_drive = std::make_unique<OtherDrive>();
@@ -67,7 +67,7 @@ void TransferFaultsTest::init()
     QDir().mkpath(m_to);
 }
 
-void TransferFaultsTest::makeSources() const
+void TestTransferFaults::makeSources() const
 {
     for (int number = 0; number < FileCount; ++number)
         writeFile(source(number), content(number));
@@ -75,7 +75,7 @@ void TransferFaultsTest::makeSources() const
     writeFile(in(u"from/cd/y.mp3"_s), content(101));
 }
 
-void TransferFaultsTest::emptyTarget() const
+void TestTransferFaults::emptyTarget() const
 {
     for (const QString &name : QDir(m_to).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)) {
         const QString path = m_to + u'/' + name;
@@ -83,7 +83,7 @@ void TransferFaultsTest::emptyTarget() const
     }
 }
 
-QStringList TransferFaultsTest::sources() const
+QStringList TestTransferFaults::sources() const
 {
     QStringList all;
     for (int number = 0; number < FileCount; ++number)
@@ -91,7 +91,7 @@ QStringList TransferFaultsTest::sources() const
     return all << in(u"from/cd"_s);
 }
 
-void TransferFaultsTest::checkNothingLost(const TransferReport *report, bool isMove) const
+void TestTransferFaults::checkNothingLost(const TransferReport *report, bool isMove) const
 {
     const Snapshot from = snapshotOf(in(u"from"_s));
     const Snapshot to = snapshotOf(m_to);
@@ -121,7 +121,7 @@ void TransferFaultsTest::checkNothingLost(const TransferReport *report, bool isM
         QCOMPARE(platform::isTaken(step.source), !step.isMove);
 }
 
-void TransferFaultsTest::anyCallFails_data()
+void TestTransferFaults::anyCallFails_data()
 {
     QTest::addColumn<TransferKind>("kind");
     QTest::addColumn<Fault>("fault");
@@ -132,7 +132,7 @@ void TransferFaultsTest::anyCallFails_data()
     QTest::newRow("move, failing half-way") << TransferKind::Move << Fault::FailLater;
 }
 
-void TransferFaultsTest::anyCallFails()
+void TestTransferFaults::anyCallFails()
 {
     QFETCH(TransferKind, kind);
     QFETCH(Fault, fault);
@@ -157,7 +157,7 @@ void TransferFaultsTest::anyCallFails()
     QVERIFY2(at > 50, qPrintable(QString::number(at))); // it did go through the calls
 }
 
-void TransferFaultsTest::aWrongByteKeepsTheSource()
+void TestTransferFaults::aWrongByteKeepsTheSource()
 {
     if (!m_drive->isOther())
         QSKIP("there is no second file system to write to");
@@ -174,7 +174,7 @@ void TransferFaultsTest::aWrongByteKeepsTheSource()
     QVERIFY(!platform::isTaken(m_to + u"/2.mp3"_s));
 }
 
-void TransferFaultsTest::theSourceChangesMeanwhile()
+void TestTransferFaults::theSourceChangesMeanwhile()
 {
     if (!m_drive->isOther())
         QSKIP("there is no second file system to write to");
@@ -194,7 +194,7 @@ void TransferFaultsTest::theSourceChangesMeanwhile()
     QVERIFY(snapshotOf(m_to).isEmpty());
 }
 
-void TransferFaultsTest::aFileComesIntoTheFolderMeanwhile()
+void TestTransferFaults::aFileComesIntoTheFolderMeanwhile()
 {
     if (!m_drive->isOther())
         QSKIP("there is no second file system to write to");
@@ -211,14 +211,14 @@ void TransferFaultsTest::aFileComesIntoTheFolderMeanwhile()
     QVERIFY(!report.done[0].isMove); // not all of it is gone
 }
 
-void TransferFaultsTest::aFullDisk_data()
+void TestTransferFaults::aFullDisk_data()
 {
     QTest::addColumn<TransferKind>("kind");
     QTest::newRow("copy") << TransferKind::Copy;
     QTest::newRow("move") << TransferKind::Move;
 }
 
-void TransferFaultsTest::aFullDisk()
+void TestTransferFaults::aFullDisk()
 {
     QFETCH(TransferKind, kind);
     const MountedDrive small(in(u"small"_s), "3m");
@@ -250,7 +250,7 @@ void TransferFaultsTest::aFullDisk()
     QVERIFY(readFile(in(u"from/cd/big.mp3"_s)) == pattern(2'900'000, 9));
 }
 
-void TransferFaultsTest::anInjectedFullDisk()
+void TestTransferFaults::anInjectedFullDisk()
 {
     if (!m_drive->isOther())
         QSKIP("there is no second file system to write to");
@@ -265,7 +265,7 @@ void TransferFaultsTest::anInjectedFullDisk()
     checkNothingLost(&report, true);
 }
 
-void TransferFaultsTest::aReadOnlyTarget()
+void TestTransferFaults::aReadOnlyTarget()
 {
     MountedDrive drive(in(u"drive"_s), "1m");
     if (!drive.isMounted() || !drive.makeReadOnly())
@@ -278,7 +278,7 @@ void TransferFaultsTest::aReadOnlyTarget()
         QVERIFY(readFile(source(number)) == content(number));
 }
 
-void TransferFaultsTest::killedAtAnyMoment_data()
+void TestTransferFaults::killedAtAnyMoment_data()
 {
     QTest::addColumn<TransferKind>("kind");
     QTest::addColumn<Fault>("fault");
@@ -288,7 +288,7 @@ void TransferFaultsTest::killedAtAnyMoment_data()
     QTest::newRow("move, after a call") << TransferKind::Move << Fault::DieAfter;
 }
 
-void TransferFaultsTest::killedAtAnyMoment()
+void TestTransferFaults::killedAtAnyMoment()
 {
     QFETCH(TransferKind, kind);
     QFETCH(Fault, fault);
@@ -323,7 +323,7 @@ void TransferFaultsTest::killedAtAnyMoment()
     QVERIFY2(at > 50, qPrintable(QString::number(at)));
 }
 
-void TransferFaultsTest::aLeftoverFolderIsCleanedUnlessInUse()
+void TestTransferFaults::aLeftoverFolderIsCleanedUnlessInUse()
 {
     platform::FileSystem &native = platform::FileSystem::native();
     auto used = storage::TemporaryFolder::create(native, m_to);
@@ -340,6 +340,6 @@ void TransferFaultsTest::aLeftoverFolderIsCleanedUnlessInUse()
     QCOMPARE(readFile(in(u"precious/c.mp3"_s)), QByteArray("c"));
 }
 
-QTEST_GUILESS_MAIN(TransferFaultsTest)
+QTEST_GUILESS_MAIN(TestTransferFaults)
 
 #include "tst_transferfaults.moc"

@@ -19,7 +19,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class TransferKillTest : public QObject
+class TestTransferKill : public QObject
 {
     Q_OBJECT
 
@@ -43,7 +43,7 @@ private:
     QString m_to;
 };
 
-void TransferKillTest::killed_data()
+void TestTransferKill::killed_data()
 {
     QTest::addColumn<TransferKind>("kind");
     QTest::addColumn<bool>("asFolder");
@@ -55,7 +55,7 @@ void TransferKillTest::killed_data()
 }
 
 /// All sources, whole, and an empty target.
-void TransferKillTest::startAnew(const QString &base, const QString &other)
+void TestTransferKill::startAnew(const QString &base, const QString &other)
 {
     m_from = base + u"/from"_s;
     m_to = other + u"/to"_s;
@@ -68,7 +68,7 @@ void TransferKillTest::startAnew(const QString &base, const QString &other)
     }
 }
 
-QStringList TransferKillTest::sources() const
+QStringList TestTransferKill::sources() const
 {
     if (m_asFolder)
         return platform::isTaken(m_from) ? QStringList{m_from} : QStringList();
@@ -80,7 +80,7 @@ QStringList TransferKillTest::sources() const
     return left;
 }
 
-bool TransferKillTest::runKilled(TransferKind kind, qint64 nanoseconds) const
+bool TestTransferKill::runKilled(TransferKind kind, qint64 nanoseconds) const
 {
     const QStringList what = sources();
     const pid_t child = ::fork();
@@ -103,7 +103,7 @@ bool TransferKillTest::runKilled(TransferKind kind, qint64 nanoseconds) const
     return WIFSIGNALED(status);
 }
 
-bool TransferKillTest::checkNothingLost(TransferKind kind) const
+bool TestTransferKill::checkNothingLost(TransferKind kind) const
 {
     const QString target = m_asFolder ? m_to + u"/from"_s : m_to;
     const Snapshot from = snapshotOf(m_from);
@@ -131,7 +131,7 @@ bool TransferKillTest::checkNothingLost(TransferKind kind) const
     return isAllOrNothing && noStrays;
 }
 
-void TransferKillTest::killed()
+void TestTransferKill::killed()
 {
     QFETCH(TransferKind, kind);
     QFETCH(bool, asFolder);
@@ -168,6 +168,6 @@ void TransferKillTest::killed()
     QVERIFY(killedAtWork > 0);
 }
 
-QTEST_GUILESS_MAIN(TransferKillTest)
+QTEST_GUILESS_MAIN(TestTransferKill)
 
 #include "tst_transferkill.moc"

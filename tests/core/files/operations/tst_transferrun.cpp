@@ -13,7 +13,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class TransferRunTest : public QObject
+class TestTransferRun : public QObject
 {
     Q_OBJECT
 
@@ -37,14 +37,14 @@ private:
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
 };
 
-void TransferRunTest::init()
+void TestTransferRun::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_drive = std::make_unique<OtherDrive>();
     QDir().mkpath(in(u"to"_s));
 }
 
-void TransferRunTest::drives()
+void TestTransferRun::drives()
 {
     QTest::addColumn<TransferKind>("kind");
     QTest::addColumn<bool>("toOtherDrive");
@@ -55,7 +55,7 @@ void TransferRunTest::drives()
 }
 
 /// Where the row's files go; empty without another drive.
-QString TransferRunTest::target() const
+QString TestTransferRun::target() const
 {
     QFETCH(bool, toOtherDrive);
     if (!toOtherDrive)
@@ -63,14 +63,14 @@ QString TransferRunTest::target() const
     return m_drive->isOther() ? m_drive->path() : QString();
 }
 
-TransferReport TransferRunTest::run(
+TransferReport TestTransferRun::run(
     TransferKind kind, const QStringList &sources, const QString &folder, const TransferOptions &options)
 {
     const auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
     return plan ? runTransfer(m_fileSystem, *plan, options) : TransferReport();
 }
 
-void TransferRunTest::stopped()
+void TestTransferRun::stopped()
 {
     QFETCH(TransferKind, kind);
     const QString to = target();
@@ -105,7 +105,7 @@ void TransferRunTest::stopped()
     QCOMPARE(snapshotOf(to).size(), qsizetype(report.done.size())); // no leftovers
 }
 
-void TransferRunTest::tellsProgressInBytes()
+void TestTransferRun::tellsProgressInBytes()
 {
     writeFile(in(u"a.mp3"_s), pattern(9'000'000, 1));
     writeFile(in(u"cd/b.mp3"_s), pattern(1'000'000, 2));
@@ -123,7 +123,7 @@ void TransferRunTest::tellsProgressInBytes()
     QCOMPARE(last.itemsTotal, 2);
 }
 
-void TransferRunTest::ofManyFiles()
+void TestTransferRun::ofManyFiles()
 {
     QFETCH(TransferKind, kind);
     const QString to = target();
@@ -146,6 +146,6 @@ void TransferRunTest::ofManyFiles()
     QCOMPARE(snapshotOf(in(u"many"_s)).size(), kind == TransferKind::Copy ? 300 : 0);
 }
 
-QTEST_GUILESS_MAIN(TransferRunTest)
+QTEST_GUILESS_MAIN(TestTransferRun)
 
 #include "tst_transferrun.moc"

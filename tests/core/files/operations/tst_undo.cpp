@@ -14,7 +14,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class UndoTest : public QObject
+class TestUndo : public QObject
 {
     Q_OBJECT
 
@@ -49,7 +49,7 @@ private:
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
 };
 
-void UndoTest::init()
+void TestUndo::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_history = std::make_unique<UndoHistory>();
@@ -58,7 +58,7 @@ void UndoTest::init()
     QDir().mkpath(in(u"to"_s));
 }
 
-TransferReport UndoTest::transfer(
+TransferReport TestUndo::transfer(
     TransferKind kind, const QStringList &sources, const QString &folder, ClashReply reply)
 {
     auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
@@ -68,7 +68,7 @@ TransferReport UndoTest::transfer(
     return report;
 }
 
-void UndoTest::oneByOne()
+void TestUndo::oneByOne()
 {
     if (!givesBackFromTrash())
         QSKIP("the shell does not tell where in the trash a file is");
@@ -92,14 +92,14 @@ void UndoTest::oneByOne()
     QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b"));
 }
 
-void UndoTest::aMove_data()
+void TestUndo::aMove_data()
 {
     QTest::addColumn<bool>("toOtherDrive");
     QTest::newRow("on one drive") << false;
     QTest::newRow("from another drive") << true;
 }
 
-void UndoTest::aMove()
+void TestUndo::aMove()
 {
     QFETCH(bool, toOtherDrive);
     const OtherDrive drive;
@@ -119,7 +119,7 @@ void UndoTest::aMove()
     QVERIFY(snapshotOf(to).isEmpty());
 }
 
-void UndoTest::aMoveWhoseOldNameIsTaken()
+void TestUndo::aMoveWhoseOldNameIsTaken()
 {
     writeFile(in(u"a.mp3"_s), "mine");
     transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s));
@@ -131,7 +131,7 @@ void UndoTest::aMoveWhoseOldNameIsTaken()
     QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("mine"));
 }
 
-void UndoTest::aMoveThatReplaced()
+void TestUndo::aMoveThatReplaced()
 {
     writeFile(in(u"a.mp3"_s), "mine");
     writeFile(in(u"to/a.mp3"_s), "replaced");
@@ -142,7 +142,7 @@ void UndoTest::aMoveThatReplaced()
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("mine"));
 }
 
-void UndoTest::aMergedMove()
+void TestUndo::aMergedMove()
 {
     writeFile(in(u"cd/sub/a.mp3"_s), "a");
     writeFile(in(u"cd/b.mp3"_s), "b");
@@ -154,7 +154,7 @@ void UndoTest::aMergedMove()
     QCOMPARE(snapshotOf(m_folder->path()), before);
 }
 
-void UndoTest::aCopyGoesIntoTheTrash()
+void TestUndo::aCopyGoesIntoTheTrash()
 {
     writeFile(in(u"cd/a.mp3"_s), "a");
     transfer(TransferKind::Copy, {in(u"cd"_s), in(u"cd/a.mp3"_s)}, in(u"to"_s));
@@ -164,7 +164,7 @@ void UndoTest::aCopyGoesIntoTheTrash()
     QCOMPARE(readFile(inTrash(u"cd/a.mp3"_s)), QByteArray("a"));
 }
 
-void UndoTest::aCopyThatWasEditedStays()
+void TestUndo::aCopyThatWasEditedStays()
 {
     writeFile(in(u"a.mp3"_s), "a");
     transfer(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s));
@@ -174,7 +174,7 @@ void UndoTest::aCopyThatWasEditedStays()
     QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("edited"));
 }
 
-void UndoTest::aCopyThatReplacedStays()
+void TestUndo::aCopyThatReplacedStays()
 {
     writeFile(in(u"a.mp3"_s), "new");
     writeFile(in(u"to/a.mp3"_s), "old");
@@ -184,7 +184,7 @@ void UndoTest::aCopyThatReplacedStays()
     QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("new"));
 }
 
-void UndoTest::aDeletionComesBack()
+void TestUndo::aDeletionComesBack()
 {
     if (!givesBackFromTrash())
         QSKIP("the shell does not tell where in the trash a file is");
@@ -197,7 +197,7 @@ void UndoTest::aDeletionComesBack()
     QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b"));
 }
 
-void UndoTest::aDeletionForGoodSaysWhy()
+void TestUndo::aDeletionForGoodSaysWhy()
 {
     writeFile(in(u"cd/sub/a.mp3"_s), "a");
     writeFile(in(u"kept/b.mp3"_s), "b");
@@ -219,7 +219,7 @@ void UndoTest::aDeletionForGoodSaysWhy()
     QVERIFY(!m_history->next());
 }
 
-void UndoTest::aBatchOfRenames()
+void TestUndo::aBatchOfRenames()
 {
     // Two names that were swapped: undone as a batch they swap back.
     writeFile(in(u"a.mp3"_s), "was b");
@@ -233,7 +233,7 @@ void UndoTest::aBatchOfRenames()
     QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("was b"));
 }
 
-void UndoTest::whatIsGoneSaysSo()
+void TestUndo::whatIsGoneSaysSo()
 {
     writeFile(in(u"a.mp3"_s), "a");
     writeFile(in(u"b.mp3"_s), "b");
@@ -246,7 +246,7 @@ void UndoTest::whatIsGoneSaysSo()
     QCOMPARE(report.failures[0].error.code, ErrorCode::NotFound);
 }
 
-void UndoTest::aMoveThatWasNotFinishedStays()
+void TestUndo::aMoveThatWasNotFinishedStays()
 {
     // A folder was copied to another drive, but not all of it could be deleted afterwards: b.mp3 is at the target
     // alone.
@@ -266,7 +266,7 @@ void UndoTest::aMoveThatWasNotFinishedStays()
     QCOMPARE(readFile(in(u"to/cd/b.mp3"_s)), QByteArray("b"));
 }
 
-void UndoTest::aStopLeavesTheRestForTheNextUndo_data()
+void TestUndo::aStopLeavesTheRestForTheNextUndo_data()
 {
     QTest::addColumn<OperationKind>("kind");
     QTest::newRow("copies") << OperationKind::Copy;
@@ -275,7 +275,7 @@ void UndoTest::aStopLeavesTheRestForTheNextUndo_data()
     QTest::newRow("renames") << OperationKind::Rename;
 }
 
-void UndoTest::aStopLeavesTheRestForTheNextUndo()
+void TestUndo::aStopLeavesTheRestForTheNextUndo()
 {
     QFETCH(OperationKind, kind);
     if (kind == OperationKind::Trash && !givesBackFromTrash())
@@ -325,7 +325,7 @@ void UndoTest::aStopLeavesTheRestForTheNextUndo()
     QVERIFY(!m_history->next());
 }
 
-void UndoTest::nothingDoneIsNothingToUndo()
+void TestUndo::nothingDoneIsNothingToUndo()
 {
     m_history->addTransfer(TransferKind::Copy, {});
     m_history->addDeletion({});
@@ -333,6 +333,6 @@ void UndoTest::nothingDoneIsNothingToUndo()
     QVERIFY(!m_history->next());
 }
 
-QTEST_GUILESS_MAIN(UndoTest)
+QTEST_GUILESS_MAIN(TestUndo)
 
 #include "tst_undo.moc"

@@ -26,7 +26,7 @@ struct NoProgress final : BatchProgress
 
 } // namespace
 
-class tst_filerenaming : public QObject
+class TestFileRenaming : public QObject
 {
     Q_OBJECT
 
@@ -102,5 +102,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_filerenaming)
+QTEST_APPLESS_MAIN(TestFileRenaming)
 #include "tst_filerenaming.moc"

@@ -45,7 +45,7 @@ QString separated(const QString &path)
 
 } // namespace
 
-class tst_renamefromtags : public QObject
+class TestRenameFromTags : public QObject
 {
     Q_OBJECT
 
@@ -61,7 +61,7 @@ private Q_SLOTS:
     void aTakenFolderName();
 };
 
-void tst_renamefromtags::filesOfARow()
+void TestRenameFromTags::filesOfARow()
 {
     PreviewRow broken = row(u"m/b.mp3"_s, u"b.mp3"_s);
     broken.problem = Error{ErrorCode::Io, broken.path, {}};
@@ -76,7 +76,7 @@ void tst_renamefromtags::filesOfARow()
     QVERIFY(wishes[3].problem == platform::NameProblem::Empty);
 }
 
-void tst_renamefromtags::patternsLeadOutValuesDoNot()
+void TestRenameFromTags::patternsLeadOutValuesDoNot()
 {
     const auto wish = [](const QString &pattern, const QString &name) {
         const NamingRule rule{NamingRule::Pattern, pattern, {}, {}};
@@ -93,7 +93,7 @@ void tst_renamefromtags::patternsLeadOutValuesDoNot()
     QCOMPARE(wish(u"%2/%3"_s, u"Live. /x.mp3"_s).to, separated(u"m/in/Live/x.mp3"_s));
 }
 
-void tst_renamefromtags::foldersByArtistAndAlbum()
+void TestRenameFromTags::foldersByArtistAndAlbum()
 {
     const QString folder = separated(u"/Music/New"_s);
     const auto to = [&](const QString &artist, const QString &album) {
@@ -106,7 +106,7 @@ void tst_renamefromtags::foldersByArtistAndAlbum()
     QVERIFY(folderRenameWish(folder, tagOf(u"NUL"_s, {}), ArtistAlbum)->problem == platform::NameProblem::Reserved);
 }
 
-void tst_renamefromtags::foldersByPattern()
+void TestRenameFromTags::foldersByPattern()
 {
     const QString folder = separated(u"/Music/New"_s);
     const TagRecord record = tagOf({}, u"Live"_s, u"1999"_s);
@@ -119,7 +119,7 @@ void tst_renamefromtags::foldersByPattern()
             platform::NameProblem::LeadsOutside);
 }
 
-void tst_renamefromtags::aSlashInAnAlbum()
+void TestRenameFromTags::aSlashInAnAlbum()
 {
     const QString folder = separated(u"/Music/New"_s);
     for (const QChar slash : {QChar(u'/'), platform::Separator}) {
@@ -132,14 +132,14 @@ void tst_renamefromtags::aSlashInAnAlbum()
     }
 }
 
-void tst_renamefromtags::noName()
+void TestRenameFromTags::noName()
 {
     const QString folder = separated(u"/Music/New"_s);
     QVERIFY(!folderRenameWish(folder, {}, ArtistAlbum));
     QVERIFY(!folderRenameWish(folder, tagOf({}, u"Live"_s), {}));
 }
 
-void tst_renamefromtags::theFolderIsRenamed()
+void TestRenameFromTags::theFolderIsRenamed()
 {
     const RenamingCase scratch({u"New/a.mp3"_s});
     platform::FileSystem &native = platform::FileSystem::native();
@@ -154,7 +154,7 @@ void tst_renamefromtags::theFolderIsRenamed()
     QVERIFY(again.rows().front().state == RenameState::Untouched);
 }
 
-void tst_renamefromtags::caseAloneOfAFolder()
+void TestRenameFromTags::caseAloneOfAFolder()
 {
     const RenamingCase scratch({u"live/a.mp3"_s});
     CaselessFileSystem caseless;
@@ -165,7 +165,7 @@ void tst_renamefromtags::caseAloneOfAFolder()
     QCOMPARE(scratch.files().keys(), QStringList{u"Live/a.mp3"_s});
 }
 
-void tst_renamefromtags::aTakenFolderName()
+void TestRenameFromTags::aTakenFolderName()
 {
     const RenamingCase scratch({u"New/a.mp3"_s, u"Vol. 1/b.mp3"_s});
     platform::FileSystem &native = platform::FileSystem::native();
@@ -177,5 +177,5 @@ void tst_renamefromtags::aTakenFolderName()
     QCOMPARE(scratch.files().keys(), (QStringList{u"Vol. 1 (2)/a.mp3"_s, u"Vol. 1/b.mp3"_s}));
 }
 
-QTEST_GUILESS_MAIN(tst_renamefromtags)
+QTEST_GUILESS_MAIN(TestRenameFromTags)
 #include "tst_renamefromtags.moc"

@@ -74,7 +74,7 @@ constexpr auto Skipped = RenameState::Skipped;
 
 } // namespace
 
-class tst_renaming : public QObject
+class TestRenaming : public QObject
 {
     Q_OBJECT
 
@@ -114,7 +114,7 @@ private Q_SLOTS:
     void longChainsAreNotQuadratic();
 };
 
-void tst_renaming::swaps()
+void TestRenaming::swaps()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"b.mp3"_s}, {u"b.mp3"_s, u"a.mp3"_s}});
@@ -124,7 +124,7 @@ void tst_renaming::swaps()
     QCOMPARE(outcome.renames[0].to, folder.path(u"b.mp3"_s));
 }
 
-void tst_renaming::chainsInBothDirections()
+void TestRenaming::chainsInBothDirections()
 {
     const QStringList names{u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s};
     const RenamingCase up(names);
@@ -135,7 +135,7 @@ void tst_renaming::chainsInBothDirections()
     QCOMPARE(down.files(), (Files{{u"0.mp3"_s, u"1.mp3"_s}, {u"1.mp3"_s, u"2.mp3"_s}, {u"2.mp3"_s, u"3.mp3"_s}}));
 }
 
-void tst_renaming::ringsAndChainsTogether()
+void TestRenaming::ringsAndChainsTogether()
 {
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"x"_s, u"y"_s});
     const auto outcome =
@@ -145,7 +145,7 @@ void tst_renaming::ringsAndChainsTogether()
     QCOMPARE(outcome.count(Rename), std::size_t(5));
 }
 
-void tst_renaming::unchangedRowsAskNothingOfTheDisk()
+void TestRenaming::unchangedRowsAskNothingOfTheDisk()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     FaultyFileSystem counting;
@@ -156,7 +156,7 @@ void tst_renaming::unchangedRowsAskNothingOfTheDisk()
     QVERIFY(outcome.renames.empty());
 }
 
-void tst_renaming::anExistingFileIsAClash()
+void TestRenaming::anExistingFileIsAClash()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"b.mp3"_s}}));
@@ -171,7 +171,7 @@ void tst_renaming::anExistingFileIsAClash()
         states({Skipped, Untouched}));
 }
 
-void tst_renaming::twoRowsWithOneName()
+void TestRenaming::twoRowsWithOneName()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"x.mp3"_s}}, ClashAnswer::Skip);
@@ -179,7 +179,7 @@ void tst_renaming::twoRowsWithOneName()
     QCOMPARE(folder.files(), (Files{{u"x.mp3"_s, u"a.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}));
 }
 
-void tst_renaming::skippedRowsKeepTheirNamesFromOthers()
+void TestRenaming::skippedRowsKeepTheirNamesFromOthers()
 {
     const RenamingCase folder({u"1"_s, u"2"_s, u"3"_s, u"4"_s});
     const auto outcome = renameAll(folder, {{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}, {u"3"_s, u"4"_s}}, ClashAnswer::Skip);
@@ -187,7 +187,7 @@ void tst_renaming::skippedRowsKeepTheirNamesFromOthers()
     QCOMPARE(folder.files().size(), 4);
 }
 
-void tst_renaming::keepBothNumbers()
+void TestRenaming::keepBothNumbers()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s, u"x.mp3"_s, u"x (3).mp3"_s});
     const auto outcome = renameAll(
@@ -199,7 +199,7 @@ void tst_renaming::keepBothNumbers()
                             {u"x (4).mp3"_s, u"b.mp3"_s}, {u"x (5).mp3"_s, u"c.mp3"_s}}));
 }
 
-void tst_renaming::keepBothTwiceChangesNothing()
+void TestRenaming::keepBothTwiceChangesNothing()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s});
     renameAll(
@@ -212,7 +212,7 @@ void tst_renaming::keepBothTwiceChangesNothing()
     QCOMPARE(folder.files(), once);
 }
 
-void tst_renaming::keepBothOfManyIsNotQuadratic()
+void TestRenaming::keepBothOfManyIsNotQuadratic()
 {
     constexpr int Count = 2'000;
     const RenamingCase folder;
@@ -230,7 +230,7 @@ void tst_renaming::keepBothOfManyIsNotQuadratic()
     QVERIFY2(counting.count() < 10, qPrintable(QString::number(counting.count())));
 }
 
-void tst_renaming::numbersLeaveWantedNamesAlone()
+void TestRenaming::numbersLeaveWantedNamesAlone()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s});
     renameAll(folder, {{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"x.mp3"_s}, {u"c.mp3"_s, u"x (2).mp3"_s}},
@@ -239,7 +239,7 @@ void tst_renaming::numbersLeaveWantedNamesAlone()
         folder.files(), (Files{{u"x.mp3"_s, u"a.mp3"_s}, {u"x (3).mp3"_s, u"b.mp3"_s}, {u"x (2).mp3"_s, u"c.mp3"_s}}));
 }
 
-void tst_renaming::stopEndsTheBatch()
+void TestRenaming::stopEndsTheBatch()
 {
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"taken"_s});
     const auto outcome = renameAll(
@@ -248,7 +248,7 @@ void tst_renaming::stopEndsTheBatch()
     QCOMPARE(folder.files().keys(), (QStringList{u"1"_s, u"b"_s, u"c"_s, u"d"_s, u"taken"_s}));
 }
 
-void tst_renaming::stopTakesBackWhatDependsOnIt()
+void TestRenaming::stopTakesBackWhatDependsOnIt()
 {
     // Row 0 wants the name of row 3, which is not taken any more since row 2 stops.
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"taken"_s});
@@ -259,7 +259,7 @@ void tst_renaming::stopTakesBackWhatDependsOnIt()
     QCOMPARE(folder.files().size(), 5);
 }
 
-void tst_renaming::asksOnlyWhatNeedsAnAnswer()
+void TestRenaming::asksOnlyWhatNeedsAnAnswer()
 {
     const RenamingCase folder({u"1"_s, u"2"_s, u"3"_s});
     // Row 0 clashes only while row 1 does.
@@ -273,7 +273,7 @@ void tst_renaming::asksOnlyWhatNeedsAnAnswer()
     QCOMPARE(folder.files(), (Files{{u"2"_s, u"1"_s}, {u"3"_s, u"3"_s}, {u"3 (2)"_s, u"2"_s}}));
 }
 
-void tst_renaming::anAnswerCanSettleOtherRows()
+void TestRenaming::anAnswerCanSettleOtherRows()
 {
     const RenamingCase folder({u"1"_s, u"2"_s, u"3"_s});
     RenamingPlan plan(native(), folder.wishes({{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}}));
@@ -285,14 +285,14 @@ void tst_renaming::anAnswerCanSettleOtherRows()
     QCOMPARE(folder.files().keys(), (QStringList{u"2"_s, u"2 (2)"_s, u"3"_s}));
 }
 
-void tst_renaming::caseAloneWhereCaseCounts()
+void TestRenaming::caseAloneWhereCaseCounts()
 {
     const RenamingCase folder({u"song.mp3"_s, u"Ñ.mp3"_s});
     renameAll(folder, {{u"song.mp3"_s, u"SONG.mp3"_s}, {u"Ñ.mp3"_s, u"ñ.mp3"_s}});
     QCOMPARE(folder.files(), (Files{{u"SONG.mp3"_s, u"song.mp3"_s}, {u"ñ.mp3"_s, u"Ñ.mp3"_s}}));
 }
 
-void tst_renaming::caseAloneWhereCaseIsIgnored()
+void TestRenaming::caseAloneWhereCaseIsIgnored()
 {
     const RenamingCase folder({u"song.mp3"_s, u"Ñ.mp3"_s});
     const auto outcome =
@@ -301,7 +301,7 @@ void tst_renaming::caseAloneWhereCaseIsIgnored()
     QCOMPARE(folder.files(), (Files{{u"SONG.mp3"_s, u"song.mp3"_s}, {u"ñ.mp3"_s, u"Ñ.mp3"_s}}));
 }
 
-void tst_renaming::ringsWhereCaseIsIgnored()
+void TestRenaming::ringsWhereCaseIsIgnored()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     const auto outcome =
@@ -310,7 +310,7 @@ void tst_renaming::ringsWhereCaseIsIgnored()
     QCOMPARE(folder.files(), (Files{{u"A.mp3"_s, u"b.mp3"_s}, {u"B.mp3"_s, u"a.mp3"_s}}));
 }
 
-void tst_renaming::namesInOtherCaseAreTakenWhereCaseIsIgnored()
+void TestRenaming::namesInOtherCaseAreTakenWhereCaseIsIgnored()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"X.mp3"_s});
     const auto outcome =
@@ -322,7 +322,7 @@ void tst_renaming::namesInOtherCaseAreTakenWhereCaseIsIgnored()
     QCOMPARE(statesOf(both.rows), states({Rename, Skipped}));
 }
 
-void tst_renaming::refusedNames()
+void TestRenaming::refusedNames()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s, u"d.mp3"_s, u"e.mp3"_s});
     const auto outcome = renameAll(folder,
@@ -340,7 +340,7 @@ void tst_renaming::refusedNames()
     QCOMPARE(folder.files().size(), 5);
 }
 
-void tst_renaming::adjustedNames()
+void TestRenaming::adjustedNames()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"...x\n.mp3"_s}, {u"b.mp3"_s, u"Band. /y.mp3"_s}});
@@ -348,7 +348,7 @@ void tst_renaming::adjustedNames()
     QCOMPARE(folder.files(), (Files{{u"_..x.mp3"_s, u"a.mp3"_s}, {u"Band/y.mp3"_s, u"b.mp3"_s}}));
 }
 
-void tst_renaming::aSeparatorLeadsIntoAFolder()
+void TestRenaming::aSeparatorLeadsIntoAFolder()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"Band/c.mp3"_s, u"top/d.mp3"_s});
     RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"Band/Live/a.mp3"_s}, {u"b.mp3"_s, u"//Band/./b.mp3"_s},
@@ -367,7 +367,7 @@ void tst_renaming::aSeparatorLeadsIntoAFolder()
     QVERIFY(folder.files().contains(u"d.mp3"_s));
 }
 
-void tst_renaming::valuesLeadNowhereElse()
+void TestRenaming::valuesLeadNowhereElse()
 {
     const RenamingCase folder({u"in/a.mp3"_s});
     // The pattern was ‘%2/%3’ and the album is "..".
@@ -379,7 +379,7 @@ void tst_renaming::valuesLeadNowhereElse()
     QCOMPARE(folder.files().keys(), QStringList{u"in/a.mp3"_s});
 }
 
-void tst_renaming::aFileInTheWayOfAFolder()
+void TestRenaming::aFileInTheWayOfAFolder()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b"_s, u"c.mp3"_s});
     const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"b/c/x.mp3"_s}, {u"c.mp3"_s, u"b/x.mp3"_s}});
@@ -390,7 +390,7 @@ void tst_renaming::aFileInTheWayOfAFolder()
     QCOMPARE(folder.files().size(), 3);
 }
 
-void tst_renaming::oneFolderBySeveralSpellings()
+void TestRenaming::oneFolderBySeveralSpellings()
 {
     if (!MakesLinks)
         QSKIP("no symbolic links can be made here");
@@ -404,7 +404,7 @@ void tst_renaming::oneFolderBySeveralSpellings()
     QVERIFY(same.rows()[0].state == Untouched);
 }
 
-void tst_renaming::missingFilesAndDoubleOnes()
+void TestRenaming::missingFilesAndDoubleOnes()
 {
     const RenamingCase folder({u"a.mp3"_s});
     const auto outcome =
@@ -415,7 +415,7 @@ void tst_renaming::missingFilesAndDoubleOnes()
     QCOMPARE(folder.files().keys(), QStringList{u"none.mp3"_s});
 }
 
-void tst_renaming::namesThatAreNoText()
+void TestRenaming::namesThatAreNoText()
 {
     const ScratchFolder folder;
     const QString odd = folder.path() + u'/' + platform::decodePath(QByteArray("caf\xe9.mp3"));
@@ -429,7 +429,7 @@ void tst_renaming::namesThatAreNoText()
     QVERIFY(native().remove(wanted)); // Qt can't
 }
 
-void tst_renaming::aTargetThatAppearsAfterThePlan()
+void TestRenaming::aTargetThatAppearsAfterThePlan()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     const RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"y.mp3"_s}}));
@@ -442,7 +442,7 @@ void tst_renaming::aTargetThatAppearsAfterThePlan()
     QCOMPARE(folder.files(), (Files{{u"a.mp3"_s, u"a.mp3"_s}, {u"x.mp3"_s, u"x.mp3"_s}, {u"y.mp3"_s, u"b.mp3"_s}}));
 }
 
-void tst_renaming::aStopBetweenRows()
+void TestRenaming::aStopBetweenRows()
 {
     class StopAt final : public BatchProgress
     {
@@ -500,7 +500,7 @@ bool survivesFault(int at, bool forEver)
 
 } // namespace
 
-void tst_renaming::failureAtAnyRenameLosesNothing()
+void TestRenaming::failureAtAnyRenameLosesNothing()
 {
     int call = 0;
     while (survivesFault(call, false))
@@ -508,7 +508,7 @@ void tst_renaming::failureAtAnyRenameLosesNothing()
     QVERIFY(call >= 7);
 }
 
-void tst_renaming::failureForEverLosesNothing()
+void TestRenaming::failureForEverLosesNothing()
 {
     int call = 0;
     while (survivesFault(call, true))
@@ -516,7 +516,7 @@ void tst_renaming::failureForEverLosesNothing()
     QVERIFY(call >= 7);
 }
 
-void tst_renaming::undoing()
+void TestRenaming::undoing()
 {
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s});
     const Files before = folder.files();
@@ -530,7 +530,7 @@ void tst_renaming::undoing()
     QVERIFY(!QFileInfo::exists(folder.path(u"x"_s)));
 }
 
-void tst_renaming::longChainsAreNotQuadratic()
+void TestRenaming::longChainsAreNotQuadratic()
 {
     constexpr int Count = 2'000;
     const RenamingCase folder({u"last"_s});
@@ -551,5 +551,5 @@ void tst_renaming::longChainsAreNotQuadratic()
     QCOMPARE(ScratchFolder::read(folder.path(u"1"_s)), QByteArray("audio of 0"));
 }
 
-QTEST_GUILESS_MAIN(tst_renaming)
+QTEST_GUILESS_MAIN(TestRenaming)
 #include "tst_renaming.moc"

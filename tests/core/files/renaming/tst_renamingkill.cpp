@@ -46,7 +46,7 @@ const int RingSizes[] = {2, 3, 5};
 
 } // namespace
 
-class tst_renamingkill : public QObject
+class TestRenamingKill : public QObject
 {
     Q_OBJECT
 
@@ -54,7 +54,7 @@ private Q_SLOTS:
     void noFileIsLostOrHidden();
 };
 
-void tst_renamingkill::noFileIsLostOrHidden()
+void TestRenamingKill::noFileIsLostOrHidden()
 {
     QList<QStringList> rings;
     QStringList names;
@@ -129,5 +129,5 @@ void tst_renamingkill::noFileIsLostOrHidden()
     QVERIFY(moved > 0);
 }
 
-QTEST_GUILESS_MAIN(tst_renamingkill)
+QTEST_GUILESS_MAIN(TestRenamingKill)
 #include "tst_renamingkill.moc"

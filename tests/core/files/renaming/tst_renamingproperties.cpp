@@ -83,7 +83,7 @@ private:
 
 } // namespace
 
-class tst_renamingproperties : public QObject
+class TestRenamingProperties : public QObject
 {
     Q_OBJECT
 
@@ -92,14 +92,14 @@ private Q_SLOTS:
     void thePlanIsWhatHappens();
 };
 
-void tst_renamingproperties::thePlanIsWhatHappens_data()
+void TestRenamingProperties::thePlanIsWhatHappens_data()
 {
     QTest::addColumn<bool>("caseless");
     QTest::newRow("case counts") << false;
     QTest::newRow("case is ignored") << true;
 }
 
-void tst_renamingproperties::thePlanIsWhatHappens()
+void TestRenamingProperties::thePlanIsWhatHappens()
 {
     QFETCH(bool, caseless);
     CaselessFileSystem ignoring;
@@ -153,5 +153,5 @@ void tst_renamingproperties::thePlanIsWhatHappens()
     QVERIFY(renames > Batches && collisions > Batches / 4);
 }
 
-QTEST_GUILESS_MAIN(tst_renamingproperties)
+QTEST_GUILESS_MAIN(TestRenamingProperties)
 #include "tst_renamingproperties.moc"

@@ -10,7 +10,7 @@
 using namespace ravlin;
 using namespace Qt::StringLiterals;
 
-class tst_disccomparison : public QObject
+class TestDiscComparison : public QObject
 {
     Q_OBJECT
 
@@ -66,5 +66,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_disccomparison)
+QTEST_GUILESS_MAIN(TestDiscComparison)
 #include "tst_disccomparison.moc"

@@ -17,7 +17,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class tst_disclookup : public QObject
+class TestDiscLookup : public QObject
 {
     Q_OBJECT
 
@@ -162,5 +162,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_disclookup)
+QTEST_GUILESS_MAIN(TestDiscLookup)
 #include "tst_disclookup.moc"

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_playingtimes : public QObject
+class TestPlayingTimes : public QObject
 {
     Q_OBJECT
 
@@ -113,5 +113,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_playingtimes)
+QTEST_GUILESS_MAIN(TestPlayingTimes)
 #include "tst_playingtimes.moc"

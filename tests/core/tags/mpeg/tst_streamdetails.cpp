@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_streamdetails : public QObject
+class TestStreamDetails : public QObject
 {
     Q_OBJECT
 
@@ -148,5 +148,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_streamdetails)
+QTEST_GUILESS_MAIN(TestStreamDetails)
 #include "tst_streamdetails.moc"

@@ -30,7 +30,7 @@ int numberByTheRule(const QString &name)
 
 } // namespace
 
-class tst_genres : public QObject
+class TestGenres : public QObject
 {
     Q_OBJECT
 
@@ -46,7 +46,7 @@ private Q_SLOTS:
     void everyNameIsAStandardSpelling();
 };
 
-void tst_genres::theTableIsWhole()
+void TestGenres::theTableIsWhole()
 {
     QCOMPARE(genreTable().toString().split(u'|').size(), 126);
     QCOMPARE(genreNames().join(u'|'), genreTable().toString());
@@ -55,7 +55,7 @@ void tst_genres::theTableIsWhole()
         QByteArray("ac20fc0b665f3a3e114827eb1663cb0aeaef66fc"));
 }
 
-void tst_genres::namesByNumber()
+void TestGenres::namesByNumber()
 {
     QCOMPARE(genreName(0), u"Blues"_s);
     QCOMPARE(genreName(17), u"Rock"_s);
@@ -69,7 +69,7 @@ void tst_genres::namesByNumber()
     QCOMPARE(genreName(-1), QString());
 }
 
-void tst_genres::nameToNumber_data()
+void TestGenres::nameToNumber_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("number");
@@ -97,14 +97,14 @@ void tst_genres::nameToNumber_data()
     QTest::newRow("from the first on") << u"Blues|ClassicRock"_s << 255;
 }
 
-void tst_genres::nameToNumber()
+void TestGenres::nameToNumber()
 {
     QFETCH(QString, name);
     QTEST(GenreNameToNumber(name), "number");
     QCOMPARE(GenreNameToNumber(name), numberByTheRule(name));
 }
 
-void tst_genres::everyNameButTheFirstAndLastHasItsNumber()
+void TestGenres::everyNameButTheFirstAndLastHasItsNumber()
 {
     for (int number = 1; number < 125; ++number)
         QCOMPARE(GenreNameToNumber(genreName(number)), number);
@@ -112,7 +112,7 @@ void tst_genres::everyNameButTheFirstAndLastHasItsNumber()
     QCOMPARE(GenreNameToNumber(genreName(125)), GenreNone);
 }
 
-void tst_genres::theNumberFollowsTheSearchLiterally()
+void TestGenres::theNumberFollowsTheSearchLiterally()
 {
     const QString table = genreTable().toString();
     for (qsizetype from = 0; from < table.size(); from += 3) {
@@ -124,7 +124,7 @@ void tst_genres::theNumberFollowsTheSearchLiterally()
     }
 }
 
-void tst_genres::standardSpellings_data()
+void TestGenres::standardSpellings_data()
 {
     QTest::addColumn<int>("number");
 
@@ -172,12 +172,12 @@ void tst_genres::standardSpellings_data()
     QTest::newRow("") << -1;
 }
 
-void tst_genres::standardSpellings()
+void TestGenres::standardSpellings()
 {
     QTEST(standardGenreNumber(QString::fromLatin1(QTest::currentDataTag())), "number");
 }
 
-void tst_genres::everyNameIsAStandardSpelling()
+void TestGenres::everyNameIsAStandardSpelling()
 {
     for (int number = 0; number < 126; ++number) {
         QCOMPARE(standardGenreNumber(genreName(number)), number);
@@ -185,5 +185,5 @@ void tst_genres::everyNameIsAStandardSpelling()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_genres)
+QTEST_GUILESS_MAIN(TestGenres)
 #include "tst_genres.moc"

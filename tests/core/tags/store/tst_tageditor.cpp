@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_tageditor : public QObject
+class TestTagEditor : public QObject
 {
     Q_OBJECT
 
@@ -181,5 +181,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_tageditor)
+QTEST_GUILESS_MAIN(TestTagEditor)
 #include "tst_tageditor.moc"

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class tst_tagoptions : public QObject
+class TestTagOptions : public QObject
 {
     Q_OBJECT
 
@@ -179,5 +179,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_tagoptions)
+QTEST_GUILESS_MAIN(TestTagOptions)
 #include "tst_tagoptions.moc"
