@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# The user guide is HTML as it lies in docs/guide. The program looks for it from its own folder (src/core/app/guide.h): beside it
-# on Windows, in share/doc elsewhere. The build tree has the same shape, by a link.
+# Installs the user guide, the HTML files of docs/guide as they are. The program looks for it relative to its own folder:
+# beside itself on Windows, in share/doc elsewhere. A link gives the build tree the same shape.
 if(WIN32)
     set(RAVLIN_GUIDE_DESTINATION "guide")
 else()

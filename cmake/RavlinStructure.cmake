@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# ravlin_structure: checks at every build that the sources include each other in one direction only (docs/architecture.md).
-# It takes less than a tenth of a second, so it simply runs each time; the core is compiled after it.
-# The system's Python comes first: it is the one for which the package list installs modules.
+# ravlin_structure checks the include rules of docs/architecture.md, before the core is compiled. It takes less than a tenth
+# of a second, so it runs at every build.
+# Prefer the system's Python: the package list installs modules for that one.
 find_program(RAVLIN_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH)
 find_program(RAVLIN_PYTHON NAMES python3 python REQUIRED)
 
-# The folder that holds QtCore/, QtGui/ and so on: the script finds out there whose header an include is.
+# The folder of QtCore/, QtGui/ and so on. The script looks up there which module a header belongs to.
 get_target_property(ravlin_qt_includes Qt6::Core INTERFACE_INCLUDE_DIRECTORIES)
 set(RAVLIN_QT_HEADERS "")
 foreach(directory IN LISTS ravlin_qt_includes)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Warnings for our own targets: ravlin_warnings(TARGET).
+# ravlin_warnings(TARGET): the warnings and definitions of our own targets.
 function(ravlin_warnings target)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Completion of ravlin-cli for bash. Commands and options are those that the program's own help lists.
+# Completion of ravlin-cli for bash. Takes the commands and options from the program's own help.
 
 _ravlin_cli()
 {
@@ -25,7 +25,7 @@ _ravlin_cli()
     elif [[ $current == -* && " ${COMP_WORDS[*]:1:COMP_CWORD-1} " != *" -- "* ]]; then
         words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | sed -n 's/^  \(--[a-z][a-z0-9-]*\) .*/\1/p')
     fi
-    # No match leaves it to "-o default": names of files and folders.
+    # Without a match "-o default" completes names of files and folders.
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
 }
 

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Toolchain: builds for 64-bit Windows on Debian with MinGW-w64 (g++-mingw-w64-x86-64-posix).
-# What it takes from the cache folder, Qt and the headers of tl::expected, packaging/windows/provide-qt puts there.
+# Toolchain for 64-bit Windows on Debian, with MinGW-w64 (g++-mingw-w64-x86-64-posix). It takes Qt and the headers of
+# tl::expected from the cache folder, which packaging/windows/provide-qt fills.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
@@ -17,7 +17,7 @@ else()
     set(ravlin_cache "$ENV{HOME}/.cache/ravlin-windows")
 endif()
 set(RAVLIN_WINDOWS_CACHE "${ravlin_cache}" CACHE PATH "Folder that packaging/windows/provide-qt fills")
-# Trials of the compiler run this file again, elsewhere and without the cache.
+# CMake's compiler checks run this file again in a project of their own, which lacks our cache variables.
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES RAVLIN_WINDOWS_CACHE)
 set(RAVLIN_WINDOWS_QT "${RAVLIN_WINDOWS_CACHE}/qt6-mingw")
 
@@ -28,10 +28,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_PREFIX_PATH "${RAVLIN_WINDOWS_QT}" "${RAVLIN_WINDOWS_CACHE}/headers")
 
-# moc, rcc and the like are Debian's own, of the same version.
+# Use Debian's own moc, rcc and so on, which are of the same version.
 set(QT_HOST_PATH /usr)
 set(QT_HOST_PATH_CMAKE_DIR /usr/lib/x86_64-linux-gnu/cmake)
 set(Qt6HostInfo_DIR "${QT_HOST_PATH_CMAKE_DIR}/Qt6HostInfo")
 
-# Unoptimised objects hold more sections than the plain format counts.
+# Unoptimised objects have more sections than the plain object format allows.
 set(CMAKE_CXX_FLAGS_INIT -Wa,-mbig-obj)

@@ -1,10 +1,10 @@
 ; SPDX-License-Identifier: GPL-3.0-or-later
 ; The installer: for one user (no administrator needed) or for all, in three languages.
-; packaging/windows/package tells VERSION, SIZE (KiB), ICON, LICENSE, OUTPUT and LISTS, the folder of install.nsh and
+; packaging/windows/package defines VERSION, SIZE (KiB), ICON, LICENSE, OUTPUT and LISTS, the folder of install.nsh and
 ; uninstall.nsh.
 ;
-; Command line: /S (no questions), /CurrentUser or /AllUsers, /filetypes (also open MP3 files with it), /D=FOLDER (last,
-; without quotes whatever is in it). The uninstaller: /S, /settings (remove the user's settings too).
+; Command line: /S (no questions), /CurrentUser or /AllUsers, /filetypes (open MP3 files with ravlin!), /D=FOLDER (must come
+; last, never in quotes). The uninstaller takes /S and /settings (remove the user's settings too).
 
 Unicode true
 Target amd64-unicode
@@ -17,7 +17,7 @@ BrandingText "ravlin! ${VERSION}"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\ravlin"
 !define PROGRAM_KEY "Software\ravlin"
 !define CLASS "ravlin.mp3"
-!define FORMER "ravlin.former" ; value of the extension's key: the class that it had before
+!define FORMER "ravlin.former" ; value of the extension's key that holds its former class
 
 !define MULTIUSER_EXECUTIONLEVEL Highest
 !define MULTIUSER_MUI
@@ -99,8 +99,8 @@ Section "$(MenuSection)" SectionMenu
     CreateShortcut "$SMPROGRAMS\ravlin!.lnk" "$INSTDIR\ravlin.exe"
 SectionEnd
 
-; As clsFileFunc's MakeFileDefault does it: three default values. What the extension had before comes back when the program
-; is removed.
+; Sets the same three default values as clsFileFunc's MakeFileDefault. The uninstaller gives the extension its former class
+; back.
 Section /o "$(TypesSection)" SectionTypes
     ReadRegStr $0 SHCTX "Software\Classes\.mp3" ""
     ${If} $0 != "${CLASS}"
@@ -121,7 +121,7 @@ SectionEnd
 Var GivenFolder
 
 Function .onInit
-    ; The choice of a mode puts its own folder in the place of the one that /D= names.
+    ; MULTIUSER_INIT replaces the folder given by /D=, so put it back.
     StrCpy $GivenFolder $INSTDIR
     !insertmacro MULTIUSER_INIT
     ${If} $GivenFolder != ""
@@ -140,7 +140,7 @@ Section "un.ravlin!"
     SectionIn RO
     !include "${LISTS}/uninstall.nsh"
     Delete "$INSTDIR\uninstall.exe"
-    ; Only when nothing is left in it: it may be a folder that the user has put other things into.
+    ; Remove the folder only if it is empty: the user may keep other files there.
     RMDir "$INSTDIR"
     Delete "$SMPROGRAMS\ravlin!.lnk"
 

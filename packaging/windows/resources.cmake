@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# ravlin_windows_resources(TARGET DESCRIPTION): what Windows reads in a program's file: version, icon, manifest.
+# ravlin_windows_resources(TARGET DESCRIPTION): adds the version, icon and manifest that Windows reads from a program's file.
 enable_language(RC)
 find_program(RAVLIN_ICOTOOL icotool NO_CMAKE_FIND_ROOT_PATH)
 if(NOT RAVLIN_ICOTOOL)
