@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// An empty window: what any program of this toolkit costs at least. startup.py compares with it.
+// An empty window, the least that a program of this toolkit costs. startup.py compares with it.
 #include <QApplication>
 #include <QWidget>
 

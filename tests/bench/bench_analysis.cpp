@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How fast the stream analysis is, against its floors: a bare walk over the frame headers of mapped files, the same
-// over files read in blocks, and reading the bytes alone. Files are in the page cache; times are CPU times.
+// Speed of the stream analysis, compared with a bare walk over the frame headers of mapped files, the same walk over files
+// read in blocks, and reading the bytes alone. The files are in the page cache; times are CPU times.
 //
-// Without arguments 24 files of about 5 MB are made; RAVLIN_BENCH_FOLDER names a folder of others (MPEG-1 Layer III
-// without tags in front, or the bare walks have nothing to walk).
+// By default it makes 24 files of about 5 MB. RAVLIN_BENCH_FOLDER names a folder of other files, which must be MPEG-1
+// Layer III without tags in front, since the bare walks understand nothing else.
 #include "core/tags/mpeg/xanalyze.h"
 #include "support/mpegbuilder.h"
 
@@ -75,7 +75,7 @@ const Collection &collection()
     return collection;
 }
 
-/// Bytes of an MPEG-1 Layer III frame of 44,100 Hz, 0 when the bytes are no header of one.
+/// Length in bytes of an MPEG-1 Layer III frame at 44,100 Hz, 0 if the bytes are not its header.
 int frameLength(const uchar *bytes)
 {
     static constexpr int Rates[16] = {0, 32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 0};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The file list over 10,000 and 100,000 files: the first listing, a listing again after one file has changed, sorting,
-// selecting all rows, and the memory of a row. The floor under a listing again is a bare loop that asks the system for
-// each file's state. Compare the ratios within one run; the time for a row should not grow with their number.
+// The file list with 10,000 and 100,000 files: the first listing, a refresh after one file has changed, sorting, selecting
+// all rows, and the memory per row. A bare loop that calls stat on each file is the least that a refresh can cost. Compare
+// the ratios within one run; the time per row should not grow with the number of rows.
 
 #include "core/files/list/folderscan.h"
 #include "core/files/list/tagcache.h"
@@ -31,7 +31,7 @@ constexpr int FewFiles = 10'000;
 constexpr int ManyFiles = 100'000;
 constexpr int FilesPerFolder = 10'000;
 
-/// Albums of 12 tracks with tags as usual, in folders of 10,000 files.
+/// Albums of 12 tracks with ordinary tags, in folders of 10,000 files.
 class Collection
 {
 public:
@@ -50,10 +50,10 @@ public:
             writeFile(m_folder.path() + u'/' + folderOf(i),
                 QStringLiteral("Artist %1 - Title of the song %2.mp3").arg(album / 10).arg(i), id3v2(3, frames));
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // or the cache wouldn't trust their time stamps
+        std::this_thread::sleep_for(std::chrono::milliseconds(200)); // the cache does not trust newer time stamps
     }
     QString path() const { return m_folder.path() + u'/'; }
-    /// Gives one file another tag.
+    /// Changes the tag of one file.
     void changeOne() const
     {
         test::writeFile(m_folder.path() + u'/' + folderOf(0), QStringLiteral("Artist 0 - Title of the song 5.mp3"),
@@ -109,7 +109,7 @@ void listingAfterOneChange(benchmark::State &state)
     count(state);
 }
 
-/// On one core: compare the processor's time, not that of the clock.
+/// Runs on one core, so compare the CPU time, not the wall-clock time.
 void bareStates(benchmark::State &state)
 {
     const Collection &files = collection(state);
@@ -134,7 +134,7 @@ void showRows(benchmark::State &state)
     const Listing listing = listed(collection(state), nullptr);
     for (auto _ : state) {
         state.PauseTiming();
-        FileList list; // one that has had other rows would know their order
+        FileList list; // a used list would keep the order of its former rows
         std::vector<ListRow> rows = listing.rows;
         state.ResumeTiming();
         list.setRows(std::move(rows));
@@ -144,7 +144,7 @@ void showRows(benchmark::State &state)
     count(state);
 }
 
-/// What a listing after one change leads to.
+/// Shows the rows of a refresh after one change.
 void showRowsAgain(benchmark::State &state)
 {
     const Collection &files = collection(state);
@@ -199,7 +199,7 @@ void selectAll(benchmark::State &state)
     count(state);
 }
 
-/// What rows, cache and view hold together; measured in the allocator.
+/// Memory of rows, cache and view together, as the allocator counts it.
 void memoryOfARow(benchmark::State &state)
 {
     const Collection &files = collection(state);

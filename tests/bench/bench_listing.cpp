@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Reading a folder of MP3 files for the list: ours on one core and on all, against TagLib reading the same fields and
-// against the floor, a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes
-// and closes. One iteration is the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES: how many files
-// (10000).
+// Reading a folder of MP3 files for the list, on one core and on all cores, compared with TagLib reading the same fields
+// and with a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes and closes.
+// One iteration reads the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES sets the number of files
+// (default 10000).
 
 #include "core/files/list/folderscan.h"
 #include "core/platform/folder.h"
@@ -35,8 +35,8 @@ int fileCount()
     return valid && count > 0 ? count : 10000;
 }
 
-/// A folder of files as collections have them: most with padding, a quarter with a picture, a fifth with UTF-16 texts,
-/// half with ID3v1 besides.
+/// A folder like those of real collections: most files have padding, a quarter a picture, a fifth UTF-16 texts, half an
+/// ID3v1 tag as well.
 class Collection
 {
 public:
@@ -82,7 +82,7 @@ void count(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * fileCount());
 }
 
-/// Walks the frame headers in a buffer. Returns how many text frames there are.
+/// Walks the frame headers in a buffer. Returns the number of text frames.
 int walkFrames(const unsigned char *buffer, ssize_t size)
 {
     if (size < 10 || buffer[0] != 'I')

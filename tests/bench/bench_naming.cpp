@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Ten thousand extractions from file names against the tag writes that they need: the same records saved without
-// reading a tag or a name. Compare the CPU times within one run; an extraction may cost at most 1.5 times its write.
+// Ten thousand extractions from file names, compared with only writing the same tags, without reading a tag or a name.
+// Compare the CPU times within one run; an extraction may cost at most 1.5 times its write.
 
 #include "core/naming/extraction.h"
 #include "core/naming/newname.h"
@@ -19,14 +19,14 @@ namespace {
 
 constexpr int FileCount = 10000;
 
-/// They take title and artist from each other's place, so that each run has something to write.
+/// They swap title and artist, so that each run has something to write.
 const std::array<QString, 2> &patterns()
 {
     static const std::array<QString, 2> both{QStringLiteral("%4 - %1 - %3"), QStringLiteral("%4 - %3 - %1")};
     return both;
 }
 
-/// Files with a tag as another program would have left it, with room for what is written.
+/// Files with a tag as another program might leave it, with room for the new texts.
 class Files
 {
 public:
@@ -52,7 +52,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-/// What the extraction by a pattern saves in each file.
+/// The records that the extraction by a pattern saves.
 std::vector<TagRecord> extracted(const QStringList &paths, const QString &pattern, const TagStore &store)
 {
     std::vector<TagRecord> records;
@@ -62,7 +62,7 @@ std::vector<TagRecord> extracted(const QStringList &paths, const QString &patter
     return records;
 }
 
-/// Whether the last file's tag is the one that was saved last: that the runs compared really write.
+/// Whether the last file holds the tag saved last, which shows that the compared runs really write.
 bool isSaved(const QString &path, const TagRecord &record)
 {
     const TagRecord found = test::readRecord(path);
@@ -108,7 +108,7 @@ void extractions(benchmark::State &state)
 }
 BENCHMARK(extractions)->Unit(benchmark::kMillisecond);
 
-/// The names alone: what a preview of the renaming costs.
+/// Building the names alone, as a preview of the renaming does.
 void newNames(benchmark::State &state)
 {
     const Files files;

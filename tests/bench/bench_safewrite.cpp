@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the safety and the interface cost: reading and saving through platform/ against the bare
-// system calls that any program needs for the same. Files are small and warm in the cache, as in a
-// batch over a collection.
+// The cost of safe writing: reading and saving through core/storage, compared with the bare system calls that any program
+// needs for the same. The files are small and in the page cache, as in a batch over a collection.
 
 #include "core/storage/safewrite.h"
 
@@ -88,7 +87,7 @@ void saveInPlaceBare(benchmark::State &state)
 }
 BENCHMARK(saveInPlaceBare);
 
-/// Each round also asks for the file's state, as whoever reads a tag before saving it has.
+/// Each round also reads the file's state, as a caller does that reads a tag before saving it.
 void saveInPlace(benchmark::State &state)
 {
     const SampleFile file(FileSize);
@@ -107,7 +106,7 @@ void saveInPlace(benchmark::State &state)
 }
 BENCHMARK(saveInPlace);
 
-/// The bare form of the next: copy, sync, rename.
+/// The bare form of the benchmark below: copy, sync, rename.
 void replaceBare(benchmark::State &state)
 {
     const SampleFile file(LargeFileSize);
@@ -138,7 +137,7 @@ void replace(benchmark::State &state)
     for (auto _ : state) {
         letter = letter == 'a' ? 'b' : 'a';
         const FileInfo before = *native.info(file.path());
-        // Two changed blocks, the size stays: what a tag at either end takes.
+        // Two changed blocks at the same size, as for a tag at either end.
         const auto saved = rewriteFile(native, file.path(), before,
             {Segment::fresh(QByteArray(TagSize, letter)), Segment::kept(TagSize, LargeFileSize - TagSize - 128),
                 Segment::fresh(QByteArray(128, letter))});

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Saving a tag: in place, against the bare system calls that write one block; with a tag that must grow, against a
-// plain copy that is synced and renamed. Compare the ratios within one run.
+// Saving a tag. In place it is compared with the bare system calls that write one block; a tag that must grow is compared
+// with a plain copy, synced and renamed. Compare the ratios within one run.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagstore.h"
@@ -114,7 +114,7 @@ void tagLibInPlace(benchmark::State &state)
 BENCHMARK(tagLibInPlace)->Unit(benchmark::kMillisecond);
 #endif
 
-/// What a file without any room costs to rewrite, at the least: a copy within the kernel, synced and renamed.
+/// The least that rewriting a file without room costs: a copy within the kernel, synced and renamed.
 void copySyncRename(benchmark::State &state)
 {
     QTemporaryDir folder;

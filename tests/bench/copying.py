@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Usage: copying.py PROGRAM [--files N] [--megabytes N] [--rounds N] [--folder FOLDER]
 
-How long PROGRAM (ravlin-cli) takes to copy a folder's files into another folder of the same drive, compared with "cp -a".
-The two take turns, each with the source in memory and nothing waiting to be written to the disk. "cp -a" does not wait for
-the disk at the end and PROGRAM does; "cp -a, sync" is what the same safety costs with the system's own tools. The speed is
-that of "cp -a" divided by PROGRAM's time: 1 is as fast, less is slower.
+Measures how long PROGRAM (ravlin-cli) takes to copy a folder's files into another folder of the same drive, compared with
+"cp -a". The two take turns, each with the source in memory and no writes pending. PROGRAM waits for the disk at the end and
+"cp -a" does not; "cp -a, sync" is the same safety with the system's own tools. The speed is the time of "cp -a" divided by
+that of PROGRAM: 1 is as fast, less is slower.
 """
 
 import argparse
@@ -19,7 +19,7 @@ from pathlib import Path
 
 
 def timed(target, *commands):
-    """Seconds that the commands take to fill a new folder."""
+    """Seconds that the commands take to fill a new folder, and the number of files in it."""
     target.mkdir()
     os.sync()
     begin = time.monotonic()

@@ -1,13 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Measures a start of ravlin: until its window is visible, until a folder's files are listed, and the memory then.
+"""Measures the start of ravlin: the time until its window is visible and until a folder is listed, and the memory used.
 
 Usage: startup.py BIN_FOLDER [--files N] [--runs R]
 
-BIN_FOLDER holds ravlin and barewindow (preset bench builds both). Runs on a virtual display of its own (Xvfb, xwininfo)
-with a home of its own, over N small tagged files that it makes. Times differ between machines; so the program is compared
-with a bare window of the same toolkit, started in turns with it, and the medians' ratios are told. CPU time is that of all
-threads.
+BIN_FOLDER holds ravlin and barewindow; the preset bench builds both. Runs on its own virtual display (Xvfb, xwininfo) with
+its own home, over N small tagged files that it makes. Times differ between machines, so the program takes turns with a bare
+window of the same toolkit, and the script prints the ratios of the medians. CPU time is that of all threads.
 """
 import argparse
 import os
@@ -52,7 +51,7 @@ class Display:
 
     def __enter__(self):
         read, write = os.pipe()
-        # Without -noreset the server would start anew when a program ends, under the feet of the next one.
+        # Without -noreset the server resets when a program ends, while the next one starts.
         self.server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"],
             pass_fds=[write], stderr=subprocess.DEVNULL)
@@ -86,13 +85,13 @@ def is_visible(title, environment):
     def ask(*what):
         return subprocess.run(["xwininfo", *what], env=environment, capture_output=True, text=True).stdout
 
-    # Beside its window a program has small ones of the same name that are never shown.
+    # A program also has small windows of the same name that are never shown.
     windows = re.findall(rf'(0x[0-9a-f]+) "{re.escape(title)}".*? (\d+)x\d+\+', ask("-root", "-tree"))
     return any(int(width) > 100 and "IsViewable" in ask("-id", window) for window, width in windows)
 
 
 def until_idle(pid):
-    """Waits until the program has used no CPU time for a while; gives the time since when."""
+    """Waits until the program has used no CPU time for a second. Returns when it last used any."""
     last, since = cpu_seconds(pid), time.monotonic()
     while time.monotonic() - since < 1.0:
         time.sleep(0.02)
@@ -114,7 +113,7 @@ def measure(command, title, environment):
         loaded = until_idle(process.pid) - start
         memory, peak = resident_megabytes(process.pid), peak_megabytes(process.pid)
         process.kill()
-        # Finer than the ticks of /proc, and with the threads that have ended.
+        # Finer than the ticks of /proc, and includes threads that have ended.
         usage = os.wait4(process.pid, 0)[2]
         process.returncode = -signal.SIGKILL
         return {"visible, s": visible, "loaded, s": loaded, "CPU, s": usage.ru_utime + usage.ru_stime,
@@ -135,7 +134,7 @@ def main():
         root = pathlib.Path(scratch)
         home = root / "home"
         home.mkdir(mode=0o700)
-        # The very first start would ask for the options.
+        # Without settings the first start would ask for the options.
         (home / "ravlin").mkdir()
         (home / "ravlin" / "ravlin.ini").write_text("[ini]\ntags=2\n", encoding="utf-8")
         environment = {**os.environ, "DISPLAY": display.name, "QT_QPA_PLATFORM": "xcb", "HOME": str(home),

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Contract: tools/make-demo makes a collection that holds files with an ID3v1 tag, an ID3v2 tag, both and none, makes
-the same one again elsewhere, and never touches one that exists."""
+"""Contract: tools/make-demo makes a collection of files with an ID3v1 tag, an ID3v2 tag, both and none. It makes the same
+files every time and never touches a folder that exists."""
 
 import subprocess
 import sys
@@ -16,7 +16,7 @@ def contents(folder):
     return {path.relative_to(folder).as_posix(): path.read_bytes() for path in sorted(folder.rglob("*.mp3"))}
 
 
-class DemoTest(unittest.TestCase):
+class TestDemo(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -36,12 +36,12 @@ class DemoTest(unittest.TestCase):
         self.assertIn("月と路面電車".encode("utf-16-le"), b"".join(files.values()))
         self.assertEqual([path.name for path in self.folder.iterdir()], ["a demo"])
 
-    def test_it_is_the_same_each_time(self):
+    def test_it_makes_the_same_files_each_time(self):
         self.make(str(self.folder / "one"))
         self.make(str(self.folder / "two"))
         self.assertEqual(contents(self.folder / "one"), contents(self.folder / "two"))
 
-    def test_what_is_there_is_left_alone(self):
+    def test_an_existing_folder_is_left_alone(self):
         target = self.folder / "demo"
         self.make(str(target))
         removed = next(target.rglob("*.mp3"))

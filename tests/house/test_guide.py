@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Contract: the user guide is whole. Its three languages have the same sections, pictures and links in the same order; every
-link and picture leads somewhere, no picture lies about unused; it needs no network and no script, and a screen reader gets a
-language, headings in order and a text for each picture. What it quotes from the program is checked by app/ui/guidetexts."""
+"""Contract: the user guide is complete. Its three languages have the same sections and pictures in the same order. Every link
+and picture leads somewhere, and every picture is used. The guide needs no network and no script, and gives a screen reader a
+language, headings in order and a text for each picture. tests/ui/app/tst_guidetexts.cpp checks what it quotes from the
+program."""
 
 import re
 import struct
@@ -17,7 +18,7 @@ WIDEST = 1200  # pixels
 
 
 class Page(HTMLParser):
-    """What the tests ask of a page, in its order."""
+    """The parts of a page that the tests look at, in the order of the page."""
 
     def __init__(self, text):
         super().__init__()
@@ -50,13 +51,13 @@ def page_of(language):
 
 
 def size_of(picture):
-    """Width and height, from the head of a PNG file."""
+    """Width and height, from the header of a PNG file."""
     data = picture.read_bytes()
     assert data[:8] == b"\x89PNG\r\n\x1a\n" and data[12:16] == b"IHDR", picture
     return struct.unpack(">II", data[16:24])
 
 
-class GuideTest(unittest.TestCase):
+class TestGuide(unittest.TestCase):
     def setUp(self):
         self.pages = {language: page_of(language) for language in LANGUAGES}
 
@@ -127,7 +128,7 @@ class GuideTest(unittest.TestCase):
     def test_no_french_mark_begins_a_line(self):
         page = (GUIDE / "fr" / "index.html").read_text("utf-8")
         text = re.sub(r"<(code|pre)>.*?</\1>", "", page, flags=re.DOTALL)
-        self.assertNotRegex(text, r" [;:!?»]|« ", "it wants a no-break space")
+        self.assertNotRegex(text, r" [;:!?»]|« ", "it needs a no-break space")
         self.assertNotIn("\u00a0", "".join(re.findall(r"<code>(.*?)</code>", page)))
 
     def test_it_runs_nothing_and_fetches_nothing(self):

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Contract: what is installed, and the Debian package that is made of it, hold the programs and everything that the desktop,
-the shell and the reader look for, each where it is looked for and well formed; and nothing of the machine that built it."""
+"""Contract: an installation and the Debian package contain the programs and every file that the desktop, the shell and the
+reader look for, in its place and well formed, and nothing of the machine that built them."""
 
 import configparser
 import os
@@ -39,7 +39,7 @@ def version():
     return run(str(BIN / "ravlin-cli"), "--version").split()[1]
 
 
-class Installation(unittest.TestCase):
+class TestInstallation(unittest.TestCase):
     def test_every_file_has_its_place(self):
         with tempfile.TemporaryDirectory() as folder:
             run("cmake", "--install", str(BUILD), "--prefix", "/usr", env={**os.environ, "DESTDIR": folder})
@@ -47,12 +47,12 @@ class Installation(unittest.TestCase):
                              COMMON | PAGES | {"share/doc/ravlin/LICENSE", "share/doc/ravlin/CHANGELOG.md"})
 
 
-class DebianPackage(unittest.TestCase):
+class TestDebianPackage(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
         place = Path(cls.folder.name)
-        # As a careful user's umask would have it; the package must not care.
+        # The umask of a careful user must not matter.
         run("cpack", "--config", str(BUILD / "CPackConfig.cmake"), "-G", "DEB", "-B", str(place), umask=0o077)
         cls.package = next(place.glob("*.deb"))
         cls.unpacked = place / "unpacked"
@@ -67,13 +67,13 @@ class DebianPackage(unittest.TestCase):
     def tearDownClass(cls):
         cls.folder.cleanup()
 
-    def test_the_name_tells_program_version_and_machine(self):
+    def test_its_name_holds_program_version_and_architecture(self):
         machine = run("dpkg", "--print-architecture").strip()
         self.assertEqual(self.package.name, f"ravlin_{version()}-1_{machine}.deb")
         self.assertEqual((self.fields["Package"], self.fields["Version"], self.fields["Architecture"]),
                          ("ravlin", version() + "-1", machine))
 
-    def test_it_says_whose_and_what_it_is(self):
+    def test_it_names_its_maintainer_and_purpose(self):
         self.assertEqual((self.fields["Section"], self.fields["Priority"]), ("sound", "optional"))
         self.assertRegex(self.fields["Maintainer"], r"^[^<>]+ <[^@ ]+@[^@ ]+>$")
         self.assertRegex(self.fields["Homepage"], r"^https://")
@@ -85,7 +85,7 @@ class DebianPackage(unittest.TestCase):
                               "zlib1g"}, needed)
         self.assertNotIn("qt6-base-dev", needed)
 
-    def test_it_recommends_what_is_asked_for_at_run_time(self):
+    def test_it_recommends_what_the_program_uses_at_run_time(self):
         self.assertEqual({"ca-certificates", "qt6-translations-l10n", "xdg-utils"},
                          set(self.fields["Recommends"].split(", ")))
 
@@ -119,7 +119,7 @@ class DebianPackage(unittest.TestCase):
         self.assertTrue(text.startswith(f"ravlin ({version()}-1) "), text[:60])
 
 
-class DesktopFiles(unittest.TestCase):
+class TestDesktopFiles(unittest.TestCase):
     def setUp(self):
         entry = configparser.ConfigParser(interpolation=None, delimiters=("=",))
         entry.optionxform = str
@@ -145,7 +145,7 @@ class DesktopFiles(unittest.TestCase):
                 with self.assertRaises(AssertionError):
                     run(*command, str(Path(folder) / name))
 
-    def test_both_speak_of_the_same_program(self):
+    def test_both_describe_the_same_program(self):
         self.assertEqual(self.metainfo.findtext("launchable"), "ravlin.desktop")
         self.assertEqual(self.entry["Exec"].split()[0], "ravlin")
         self.assertEqual(self.entry["Icon"], self.metainfo.findtext("icon"))
@@ -168,7 +168,7 @@ class DesktopFiles(unittest.TestCase):
             self.assertEqual(counts[tag, "en"], counts[tag, "es"], tag)
             self.assertEqual(counts[tag, "en"], counts[tag, "fr"], tag)
 
-    def test_the_metainfo_knows_this_version(self):
+    def test_the_metainfo_names_this_version(self):
         self.assertEqual(self.metainfo.find("releases").find("release").get("version"), version())
 
 

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Contract: tools/install-packages installs exactly what is listed and missing, leaves apt alone when nothing is, asks
-for the administrator's rights only when it needs them, and says what to do where it cannot have them. The programs
-that it calls (dpkg-query, apt-get, id, sudo) are replaced by scripts that write down how they were called."""
+"""Contract: tools/install-packages installs exactly the listed packages that are missing and does not call apt if none is.
+It asks for administrator rights only when it needs them, and says what to do where it cannot have them. Scripts that record
+their calls replace the programs that it runs (dpkg-query, apt-get, id, sudo)."""
 
 import os
 import shutil
@@ -18,7 +18,7 @@ run   builder+x
 test  player       # run is only a word here
 """
 DPKG_QUERY = """#!/bin/sh
-# Like the real one: a line for each known package, "not-installed" for what was removed, failure if one is unknown.
+# Like the real one: a line for each known package, "not-installed" for a removed one, failure if one is unknown.
 for package in "$@"; do
     case "$package" in --*) continue ;; esac
     case " $INSTALLED " in *" $package "*) echo "installed $package" ;; *) echo "not-installed $package" ;; esac
@@ -29,7 +29,7 @@ APT_GET = '#!/bin/sh\necho "apt-get $*" >>"$CALLS"\ncase "$* " in *" update "*) 
 SUDO = '#!/bin/sh\necho "sudo" >>"$CALLS"\nexec "$@"\n'
 
 
-class PackagesTest(unittest.TestCase):
+class TestPackages(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -78,7 +78,7 @@ class PackagesTest(unittest.TestCase):
         self.install(installed="player")
         self.assertTrue(self.called()[1].endswith(" compiler builder+x"), self.called())
 
-    def test_an_unreachable_source_does_not_keep_from_the_others(self):
+    def test_an_unreachable_source_does_not_stop_the_others(self):
         result = self.install("run", update_status=100)
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(len(self.called()), 2)

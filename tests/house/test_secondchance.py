@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Contract: tools/second-chance hands back the verdict of the tests that it runs, gives a few failed ones another try and
-names those that pass then, but lets no finding of a sanitizer, no broken build and no wide failure through. The project's
-ctest is replaced by a script that passes or fails as the test says."""
+"""Contract: tools/second-chance returns the verdict of the tests that it runs. It runs a few failed ones again and names
+those that then pass. A finding of a sanitizer, a broken build and many failures fail at once. A script that passes or fails
+as the test says replaces ctest."""
 
 import os
 import shutil
@@ -14,7 +14,7 @@ ROOT = Path(__file__).resolve().parents[2]
 CTEST = '#!/bin/sh\necho "ctest $*" >>calls\nexit "$SECOND_STATUS"\n'
 
 
-class SecondChanceTest(unittest.TestCase):
+class TestSecondChance(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -29,7 +29,7 @@ class SecondChanceTest(unittest.TestCase):
         self.results.mkdir(parents=True)
 
     def run_tests(self, failed=(), log="", status=8, second_status=0):
-        """Runs the script over a command that leaves what ctest leaves."""
+        """Runs the script on a command that leaves the files that ctest leaves."""
         lines = "".join(f"{number}:{name}\\n" for number, name in enumerate(failed, 1))
         command = f"printf '{log}' >{self.results}/LastTest.log;"
         if failed:

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Contract: tools/check-structure accepts the project's own sources and refuses every breach of the rules that
-docs/architecture.md gives for includes, naming the file, the line and the rule."""
+"""Contract: tools/check-structure accepts the project's own sources and refuses every breach of the include rules of
+docs/architecture.md, naming the file, the line and the rule."""
 
 import os
 import subprocess
@@ -13,7 +13,7 @@ ROOT = Path(__file__).resolve().parents[2]
 CHECK = ROOT / "tools" / "check-structure"
 
 
-class StructureTest(unittest.TestCase):
+class TestStructure(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
@@ -22,7 +22,7 @@ class StructureTest(unittest.TestCase):
         for header in ("QtCore/QString", "QtNetwork/QUrlQuery", "QtConcurrent/QtConcurrent", "QtGui/QColor",
                        "QtGui/qcolor.h", "QtWidgets/QWidget", "QtTest/QSignalSpy"):
             self.put(self.qt / header, "")
-        # A tree as it should be, which each test spoils in one place.
+        # A correct tree. Each test breaks it in one place.
         self.put(self.source / "core/platform/error.h", "#pragma once\n#include <QString>\n")
         self.put(self.source / "core/platform/posix/path.cpp", '#include "../error.h"\n#ifdef _WIN32\n#endif\n')
         self.put(self.source / "core/storage/write.h", '#include "core/platform/error.h"\n')

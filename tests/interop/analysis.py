@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The stream analysis counts exactly the samples that decoders give, for every kind of file made by make_streams.py.
+"""Contract: the stream analysis counts exactly the samples that decoders produce, for every kind of file that make_streams.py
+makes.
 
-Usage: analysis.py PROGRAM, the program being xanalyze_dump. The code 77 says that an encoder or decoder is missing.
+Usage: analysis.py PROGRAM, the program being xanalyze_dump. Exits with code 77 if an encoder or decoder is missing.
 """
 
 import json
@@ -30,14 +31,14 @@ def analyse(program, paths):
 
 
 def mpg123_samples(path, gapless=False):
-    """Samples per channel that mpg123 writes; its search after lost sync without the usual limit."""
+    """Samples per channel that mpg123 writes. Its search after lost sync has no limit here."""
     command = ["mpg123", "-q", "--gapless" if gapless else "--no-gapless", "--resync-limit", "-1", "--stereo",
                "-e", "s16", "-s", str(path)]
     return len(subprocess.run(command, capture_output=True).stdout) // 4
 
 
 def ffmpeg_samples(path, gapless=False):
-    """Samples per channel that FFmpeg's decoder gives, counted before any filter."""
+    """Samples per channel from FFmpeg's decoder, counted before any filter."""
     command = ["ffmpeg", "-v", "info", "-nostdin", *([] if gapless else ["-flags2", "+skip_manual"]), "-i",
                str(path), "-map", "0:a", "-af", "ashowinfo", "-f", "null", "-"]
     log = subprocess.run(command, capture_output=True).stderr.decode(errors="replace")
@@ -67,7 +68,7 @@ def check_stream(stream, result):
 
 
 def check_corpus(program):
-    """Odd files from elsewhere: every one is analysed, and what is said of it is possible."""
+    """Odd files from elsewhere: each one is analysed, and the results are plausible."""
     source = Path(os.environ.get("RAVLIN_SOURCE_DIR", "."))
     folder = Path(os.environ.get("RAVLIN_CORPUS", source.parent / "shared" / "corpus"))
     paths = sorted(path for path in folder.glob("*") if path.is_file()) if folder.is_dir() else []

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# The tests' CD database as a program (tests/cli uses it, too), and whether it speaks the protocol of clients that are not
-# ours: the script says by the exit code 77 that one of them is missing.
+# The tests' CD database as a program, which tests/cli uses too, and a test that other clients understand it. The script
+# exits with code 77 if one of them is missing.
 add_executable(cddb_server "${CMAKE_CURRENT_LIST_DIR}/cddb_server.cpp")
 set_target_properties(cddb_server PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
 target_link_libraries(cddb_server PRIVATE ravlin_test_support)

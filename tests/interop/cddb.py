@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The tests' CD database against clients that are not ours: libcddb and Perl's CDDB_get calculate the identifiers of its
-discs, find them, read their records and search them by text, at the protocol levels that they speak.
+"""Contract: other clients understand the tests' CD database. libcddb and Perl's CDDB_get calculate the identifiers of its
+discs, find them, read their records and search them by text, at the protocol levels that they know.
 
-Usage: cddb.py SERVER, the server being cddb_server. The exit code 77 says that a client is missing.
+Usage: cddb.py SERVER, the server being cddb_server. Exits with code 77 if a client is missing.
 """
 
 import ctypes
@@ -22,7 +22,7 @@ if PERL is None or subprocess.run([PERL, "-MCDDB_get", "-e", "1"], capture_outpu
     print("Perl's CDDB_get is missing")
     sys.exit(77)
 
-# Discs of the server: starts of the tracks and their end, in frames, and what it says of them.
+# Discs of the server: the starts of the tracks and the end, in frames, and the texts of their records.
 GAVIOTAS = (175, 18469, 34444, 51154, 70524, 88841, 104824, 124686, 140966, 159454, 177600)
 HIVER = (150, 21834, 43363, 63436, 89772, 115596, 138570, 167224, 190210, 211499)
 FIRST_TAKE = (150, 15000, 30100, 45225)
@@ -175,7 +175,7 @@ print join("\n", $cd{cat}, $cd{artist}, $cd{title}, $cd{year} // "", @{$cd{track
 
 
 def perl(server, level, marks, identifier):
-    """What CDDB_get finds: it asks by way of a proxy, the only way it has to another port, and the proxy is the server."""
+    """What CDDB_get finds. It reaches another port only through a proxy, so the server is its proxy."""
     address = f"http://{server.host}:{server.port}"
     result = subprocess.run([PERL, "-e", PERL_PROGRAM, address, str(level), identifier, *map(str, marks)], check=False,
                             capture_output=True, timeout=60)

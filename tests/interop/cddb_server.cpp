@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The CD database of the tests as a program, for tests that are scripts.
+// The tests' CD database as a program, for tests that are scripts.
 //
 // Usage: cddb_server [--level N] [--no-search] [--no-album] [--latin1] [--encrypted] [--fault NAME [--only COMMAND]]
-// Prints "host:port" and then each address that it is asked for, a line each. Ends when its standard input does.
+// Prints "host:port" and then each requested address on a line of its own. Ends when its standard input does.
 #include "support/cddbserver.h"
 
 #include <QCoreApplication>
@@ -15,7 +15,7 @@ using namespace ravlin::test;
 
 namespace {
 
-/// Takes an option with its value out of the list. The value is empty when the option is not there.
+/// Removes an option and its value from the list. Returns the value, empty if the option is not there.
 QByteArray taken(QStringList &words, QLatin1String option)
 {
     const qsizetype place = words.indexOf(QString(option));

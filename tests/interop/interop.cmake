@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Tests against other programs. Each says by the exit code 77 that a program it needs is not installed.
-# RAVLIN_PYTHON comes from cmake/RavlinStructure.cmake.
+# Tests against other programs. Each exits with code 77 if a program that it needs is not installed.
+# cmake/RavlinStructure.cmake sets RAVLIN_PYTHON.
 add_executable(xanalyze_dump "${CMAKE_CURRENT_LIST_DIR}/xanalyze_dump.cpp")
 set_target_properties(xanalyze_dump PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
 target_link_libraries(xanalyze_dump PRIVATE ravlin_core)

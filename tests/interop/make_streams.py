@@ -12,7 +12,7 @@ SECONDS = 3.3
 
 @dataclass
 class Stream:
-    """A made file and what holds for it."""
+    """A file made here, and what the tests expect of it."""
 
     path: Path
     code: int = 0  # the analyser's code
@@ -31,7 +31,7 @@ def syncsafe(size):
 
 
 def id3v2(size, version=3, footer=False):
-    """A tag with a private frame and padding; size without header and footer."""
+    """A tag with a private frame and padding. The size is without header and footer."""
     frame = b"PRIV" + (syncsafe if version == 4 else (lambda n: struct.pack(">I", n)))(size // 2) + b"\0\0"
     body = (frame + random.Random(size).randbytes(size // 2)).ljust(size, b"\0")
     tail = bytes([version, 0, 0x10 if footer else 0]) + syncsafe(size)
@@ -74,7 +74,7 @@ class Maker:
         self.waves = {}
 
     def wave(self, rate, channels=2):
-        """Noise and a tone, loud and soft in turn so that a variable bit rate varies."""
+        """Noise and a tone, loud and soft in turn, so that a variable bit rate varies."""
         key = (rate, channels)
         if key not in self.waves:
             path = self.folder / f"{rate}-{channels}.wav"
@@ -154,17 +154,17 @@ class Maker:
         junk = bytes(byte % 255 for byte in random.Random(1).randbytes(5000))  # no 0xFF
         self.add("junk-in-front", junk + cbr)
         self.add("zeros-in-front", b"\0" * 5000 + vbr)
-        # mpg123 decodes the frame that Fraunhofer's encoders put in front.
+        # mpg123 decodes the VBRI frame that Fraunhofer's encoders put in front.
         vbri = (cbr[:4] + b"\0" * 32 + b"VBRI\0\1" + b"\0" * 8 + struct.pack(">I", 77)).ljust(417, b"\0")
         self.add("vbri", vbri + vbr, decoders=("ffmpeg",))
-        # FFmpeg takes the info frame for one only at the very start.
+        # FFmpeg recognises an info frame only at the very start.
         self.add("junk-before-info", junk + info, decoders=("mpg123",))
         self.add("starts-inside-a-frame", cbr[10_000:])
         self.add("zeros-behind", cbr + b"\0" * 3000)
-        # mpg123 leaves out a frame that is cut off, as we do; FFmpeg decodes what there is of it.
+        # mpg123 skips a truncated frame, as we do; FFmpeg decodes what is left of it.
         for cut in (1, 100, 400):
             self.add(f"truncated{cut}", cbr[:-cut], code=-8, decoders=("mpg123",))
-        # Decoders take the tag for the rest of the frame.
+        # Decoders take the tag for the rest of the truncated frame.
         self.add("truncated-tagged", cbr[:-100] + id3v1(), code=-8, decoders=())
         self.add("joined", cbr + vbr)
         # Both decoders take a second info frame for audio.
@@ -172,9 +172,9 @@ class Maker:
         self.add("joined-rates", cbr + (self.folder / "rate48000-vbr.mp3").read_bytes()
                  + (self.folder / "rate22050-vbr.mp3").read_bytes())
         self.add("joined-layers", self.layer2.read_bytes() + cbr)
-        # FFmpeg loses the frame behind tags in the middle.
+        # FFmpeg loses the frame after tags in the middle.
         self.add("joined-tagged", id3v2(500) + cbr + id3v1() + id3v2(500) + vbr, decoders=("mpg123",))
-        # Behind a gap FFmpeg leaves out a frame more than mpg123.
+        # After a gap FFmpeg skips one more frame than mpg123.
         self.add("zeros-inside", cbr[:20_000] + b"\0" * 3000 + cbr[20_000:], code=-8, decoders=("mpg123",))
         self.add("junk-inside", cbr[:20_000] + junk[:3000] + cbr[20_000:], code=-8, decoders=("mpg123",))
         self.add("part-missing", cbr[:20_000] + cbr[22_000:], code=-8, decoders=("mpg123",))

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What extraction and the editing of many files leave in the files, as mutagen reads it: the fields that were asked for, all
-others untouched, and the audio byte for byte.
+"""Contract: after extraction and after editing many files, mutagen reads the requested fields, all other frames unchanged, and
+the same audio byte for byte.
 
-Usage: naming.py PROGRAM, the program being ravlin-cli. The exit code 77 says that mutagen is missing.
+Usage: naming.py PROGRAM, the program being ravlin-cli. Exits with code 77 if mutagen is missing.
 """
 
 import hashlib
@@ -33,7 +33,7 @@ def same(got, expected, name):
 
 
 def make(folder, name, version=3, **frames):
-    """A file with those frames, made by mutagen, and frames that the program does not edit."""
+    """A file that mutagen made, with these frames and some that the program does not edit."""
     path = folder / name
     path.write_bytes(AUDIO)
     if frames:
@@ -51,7 +51,7 @@ def make(folder, name, version=3, **frames):
 
 
 def audio(path):
-    """What lies behind the tag, found without mutagen."""
+    """The bytes after the tag, found without mutagen."""
     data = path.read_bytes()
     if data[:3] == b"ID3":
         size = 0
@@ -62,7 +62,7 @@ def audio(path):
 
 
 def fields(path):
-    """What mutagen reads of the fields that the program edits, and the bytes of all other frames."""
+    """The fields that the program edits, as mutagen reads them, and the bytes of all other frames."""
     try:
         tag = ID3(path)
     except ID3NoHeaderError:

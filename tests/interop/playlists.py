@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Whether other programs play what our playlists name: all files, in their order, from whatever folder they are started in.
+"""Contract: other programs play our playlists: all files, in order, whatever folder the program is started in.
 
-Usage: playlists.py PROGRAM, the program being ravlin-cli. The exit code 77 says that mpg123 or ffmpeg is missing.
+Usage: playlists.py PROGRAM, the program being ravlin-cli. Exits with code 77 if mpg123 or ffmpeg is missing.
 """
 
 import os
@@ -37,12 +37,12 @@ def encode(path, frequency):
 
 
 def decoded(source, folder):
-    """The sound, as a checksum."""
+    """A checksum of the decoded sound."""
     return run("ffmpeg", "-nostdin", "-v", "error", "-i", source, "-f", "md5", "-", cwd=folder).stdout
 
 
 def played(playlist, folder):
-    """The files that mpg123 plays, with the paths that it takes them from."""
+    """The paths of the files that mpg123 plays."""
     result = run("mpg123", "-v", "-t", "--list", playlist, cwd=folder, env={**os.environ, "LC_ALL": "C.UTF-8"})
     text = result.stderr.decode()
     titles = re.findall(r"^Playing MPEG stream \d+ of \d+: (.*) \.\.\.$", text, re.MULTILINE)
@@ -54,7 +54,7 @@ def check(program, root):
     folder = root / "música"
     for number, name in enumerate(NAMES):
         encode(folder / name, 220 + 110 * number)
-    # What a decoder makes of all files one after the other, told by us and not by a list.
+    # The expected sound: all files joined into one, without a list.
     joined = root / "joined.mp3"
     joined.write_bytes(b"".join((folder / name).read_bytes() for name in NAMES))
     whole = decoded(joined, root)
@@ -65,7 +65,7 @@ def check(program, root):
     written = run(program, "playlist", "--recursive", folder).stdout
     playlist = Path(os.fsdecode(written.removesuffix(b"\n")))
     same(playlist.read_bytes(), "".join(name + "\r\n" for name in NAMES).encode(), "the list")
-    # mpg123 looks for the files where the list is, ffmpeg in the folder it is started in.
+    # mpg123 looks for the files relative to the list, ffmpeg relative to the folder it is started in.
     same(played(playlist, root), [Path(name).name for name in NAMES], "mpg123")
     same(decoded(f"concatf:{playlist}", folder), whole, "ffmpeg")
 

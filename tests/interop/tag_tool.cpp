@@ -2,7 +2,7 @@
 // Reads and saves tags as the program does, for tests against other programs.
 //     tag_tool read FILE...                       one line of JSON for each file
 //     tag_tool save MODE FILE field=value...      reads the file, sets the fields, saves; "=" alone saves as read
-//     RAVLIN_NEW_TAG_VERSION=4                    in the environment: a new ID3v2 tag is of ID3v2.4
+//     RAVLIN_NEW_TAG_VERSION=4                    in the environment: new ID3v2 tags are ID3v2.4
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagstore.h"
 

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Tags between this program, mutagen, id3v2 and exiftool: what we write they read, what they write we read, and our
-saves change nothing but the field that was edited.
+"""Contract: mutagen, id3v2 and exiftool read what this program writes, this program reads what they write, and a save changes
+nothing but the edited field.
 
-Usage: tags.py PROGRAM, the program being tag_tool. The exit code 77 says that another program is missing.
+Usage: tags.py PROGRAM, the program being tag_tool. Exits with code 77 if another program is missing.
 """
 
 import hashlib
@@ -54,7 +54,7 @@ class Program:
 
 
 def audio_hash(path):
-    """Of what lies between the tags, found without the program and without mutagen."""
+    """The hash of the bytes between the tags, found without the program and without mutagen."""
     data = path.read_bytes()
     if data[:3] == b"ID3":
         size = 0
@@ -74,7 +74,7 @@ TEXTS = {
     "emoji": {"title": "🎵 music 👩‍👩‍👧", "artist": "❤️", "album": "🇫🇷", "comment": "👍🏽"},
 }
 NUMBERS = {"year": "1999", "track": "7", "genre": "Rock"}
-# What ID3v1 holds of them.
+# The titles as ID3v1 holds them.
 V1_TITLES = {"plain": "A title", "accents": "Canción Größe", "cyrillic": "Gruppa krovi", "japanese": "????????",
              "emoji": "? music ?"}
 
@@ -103,7 +103,7 @@ def v1_title(path):
 
 
 def check_written(program, folder):
-    """What we write, they read, in all five modes."""
+    """They read what we write, in all five modes."""
     for name, texts in TEXTS.items():
         for mode in range(1, 6):
             for version in (None, 2, 3, 4):
@@ -111,7 +111,7 @@ def check_written(program, folder):
                 path = folder / "written.mp3"
                 path.write_bytes(AUDIO)
                 if version == 2:
-                    # mutagen writes no 2.2.
+                    # mutagen does not write ID3v2.2.
                     frame = b"TT2\0\0\x04\0old"
                     path.write_bytes(b"ID3\2\0\0\0\0\0" + bytes([len(frame)]) + frame + AUDIO)
                 elif version:
@@ -138,7 +138,7 @@ def check_read_by_others(path, name, fields, mode, version, label):
     if mode in (2, 3, 5):
         same(data[3], version or 3, label + ": the version stays")
         same(mutagen_fields(path), fields, label + ": mutagen")
-        # exiftool shows question marks for what needs two units of UTF-16.
+        # exiftool shows question marks for characters beyond the first 65,536.
         keys = ["genre", "track"] if name == "emoji" and data[3] < 4 else ["title", "artist", "album", "genre", "track"]
         same({key: str(shown.get(key.capitalize())) for key in keys}, {key: fields[key] for key in keys},
              label + ": exiftool")
@@ -175,7 +175,7 @@ def check_new_versions(program, folder):
 
 
 def foreign_frames():
-    """One of each frame that editors like to lose."""
+    """One of each frame that editors often lose."""
     yield id3.APIC(encoding=3, mime="image/png", type=3, desc="cover", data=bytes(range(256)) * 20)
     yield id3.TXXX(encoding=3, desc="REPLAYGAIN_TRACK_GAIN", text="-7.5 dB")
     yield id3.USLT(encoding=1, lang="eng", desc="", text="words\nИ слова")
@@ -195,7 +195,7 @@ def foreign_frames():
 
 
 def snapshot(path, edited):
-    """Every frame but the edited one, as mutagen sees it, and raw for those that it does not know."""
+    """Every frame but the edited one, as mutagen reads it; raw for frames that it does not know."""
     tags = ID3(path, translate=False, load_v1=False)
     frames = {key: repr(frame) for key, frame in tags.items() if not key.startswith(edited)}
     return frames, list(tags.unknown_frames)
@@ -211,7 +211,7 @@ def old_frame(name, body):
 
 
 def add_old_frames(path):
-    """Frames that ID3v2.3 has and 2.4 has not; mutagen writes none of them itself."""
+    """Frames that ID3v2.3 has and ID3v2.4 lacks. mutagen does not write them."""
     data = path.read_bytes()
     size = 0
     for byte in data[6:10]:
@@ -224,7 +224,7 @@ def add_old_frames(path):
 
 
 def check_kept(program, folder):
-    """After our save with one changed field mutagen sees all other frames as before."""
+    """After a save with one changed field mutagen reads all other frames as before."""
     for version in (3, 4):
         for v1 in (0, 2):
             for field, (value, edited) in EDITS.items():
@@ -256,7 +256,7 @@ def check_kept(program, folder):
 
 
 def check_mutagen(program, folder):
-    """What mutagen writes, we read."""
+    """We read what mutagen writes."""
     path = folder / "mutagen.mp3"
     for version in (3, 4):
         for encoding in Encoding.LATIN1, Encoding.UTF16, Encoding.UTF16BE, Encoding.UTF8:
@@ -306,7 +306,7 @@ def check_id3v2(program, folder):
 
 
 def check_encoders(program, folder):
-    """lame's and FFmpeg's own tags."""
+    """We read the tags of lame and FFmpeg."""
     wave = folder / "silence.wav"
     subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anullsrc=r=44100:cl=mono", "-t", "1", wave],
                    check=True)

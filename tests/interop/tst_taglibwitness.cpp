@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Over thousands of generated well-formed tags our title, artist, album, comment, year and track are TagLib's. Where
-// the two differ on purpose, expected() says why.
+// Over thousands of generated well-formed tags we read the same title, artist, album, comment, year and track as TagLib.
+// Where the two differ on purpose, expected() says why.
 
 #include "core/tags/store/tagobject.h"
 #include "support/mp3builder.h"
@@ -23,7 +23,7 @@ QString toQString(const TagLib::String &text)
     return QString::fromStdString(text.to8Bit(true));
 }
 
-/// Makes tags of every version out of random fields.
+/// Makes tags of every version from random fields.
 class Generator
 {
 public:
@@ -124,7 +124,7 @@ private:
         } else if (version == 4 && below(8) == 0) {
             options.padding = 0;
             options.footer = true;
-            // TagLib 1.13 counts the footer as part of the tag's size and loses what the last ten bytes belong to.
+            // TagLib 1.13 counts the footer as part of the tag's size and loses the frame in the last ten bytes.
             frames += frame(4, "PRIV", QByteArray(20, 'p'));
         }
         return id3v2(version, frames, options);
@@ -160,8 +160,8 @@ Fields fieldsOf(const TagLib::Tag &tag)
         static_cast<int>(tag.year()), static_cast<int>(tag.track())};
 }
 
-/// TagLib's fields of both tags, ID3v2's first. TagLib's own union would look at an APE tag as well, and takes an ID3v1
-/// text with the blanks that fill its field, which its own ID3v1 handler leaves to the caller.
+/// TagLib's fields of both tags, ID3v2 first. TagLib's own union would also read an APE tag, and keeps the blanks that pad
+/// an ID3v1 text, which its ID3v1 handler leaves to the caller.
 Fields expected(const QString &path)
 {
     TagLib::MPEG::File file(path.toUtf8().constData(), false);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Prints the analysis of each file named on the command line as a line of JSON, for the tests that compare it with
-// decoders.
+// Prints the analysis of each file on the command line as a line of JSON, for the tests that compare it with decoders.
 #include "core/platform/filesystem.h"
 #include "core/tags/mpeg/xanalyze.h"
 
