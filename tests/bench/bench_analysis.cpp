@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Speed of the stream analysis, compared with a bare walk over the frame headers of mapped files, the same walk over files
-// read in blocks, and reading the bytes alone. The files are in the page cache; times are CPU times.
+// Speed of the stream analysis, compared with a bare walk over the frame headers of mapped files, the same walk over
+// files read in blocks, and reading the bytes alone. The files are in the page cache; times are CPU times.
 //
 // By default it makes 24 files of about 5 MB. RAVLIN_BENCH_FOLDER names a folder of other files, which must be MPEG-1
 // Layer III without tags in front, since the bare walks understand nothing else.

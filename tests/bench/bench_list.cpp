@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The file list with 10,000 and 100,000 files: the first listing, a refresh after one file has changed, sorting, selecting
-// all rows, and the memory per row. A bare loop that calls stat on each file is the least that a refresh can cost. Compare
-// the ratios within one run; the time per row should not grow with the number of rows.
+// The file list with 10,000 and 100,000 files: the first listing, a refresh after one file has changed, sorting,
+// selecting all rows, and the memory per row. A bare loop that calls stat on each file is the least that a refresh can
+// cost. Compare the ratios within one run; the time per row should not grow with the number of rows.
 
 #include "core/files/list/folderscan.h"
 #include "core/files/list/tagcache.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Reading a folder of MP3 files for the list, on one core and on all cores, compared with TagLib reading the same fields
-// and with a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes and closes.
-// One iteration reads the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES sets the number of files
-// (default 10000).
+// Reading a folder of MP3 files for the list, on one core and on all cores, compared with TagLib reading the same
+// fields and with a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes
+// and closes. One iteration reads the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES sets the
+// number of files (default 10000).
 
 #include "core/files/list/folderscan.h"
 #include "core/platform/folder.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Renaming a folder of files, plan and run together, compared with the bare system calls for the same names. One iteration
-// renames every file once, there and back in turn; compare the CPU times within one run. RAVLIN_BENCH_FILES sets the number
-// of files (default 10000).
+// Renaming a folder of files, plan and run together, compared with the bare system calls for the same names. One
+// iteration renames every file once, there and back in turn; compare the CPU times within one run. RAVLIN_BENCH_FILES
+// sets the number of files (default 10000).
 
 #include "core/files/renaming/renaming.h"
 #include "core/platform/filesystem.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The cost of safe writing: reading and saving through core/storage, compared with the bare system calls that any program
-// needs for the same. The files are small and in the page cache, as in a batch over a collection.
+// The cost of safe writing: reading and saving through core/storage, compared with the bare system calls that any
+// program needs for the same. The files are small and in the page cache, as in a batch over a collection.
 
 #include "core/storage/safewrite.h"
 

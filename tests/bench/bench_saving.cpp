@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Saving a tag. In place it is compared with the bare system calls that write one block; a tag that must grow is compared
-// with a plain copy, synced and renamed. Compare the ratios within one run.
+// Saving a tag. In place it is compared with the bare system calls that write one block; a tag that must grow is
+// compared with a plain copy, synced and renamed. Compare the ratios within one run.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagstore.h"

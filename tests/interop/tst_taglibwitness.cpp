@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Over thousands of generated well-formed tags we read the same title, artist, album, comment, year and track as TagLib.
-// Where the two differ on purpose, expected() says why.
+// Over thousands of generated well-formed tags we read the same title, artist, album, comment, year and track as
+// TagLib. Where the two differ on purpose, expected() says why.
 
 #include "core/tags/store/tagobject.h"
 #include "support/mp3builder.h"
@@ -160,8 +160,8 @@ Fields fieldsOf(const TagLib::Tag &tag)
         static_cast<int>(tag.year()), static_cast<int>(tag.track())};
 }
 
-/// TagLib's fields of both tags, ID3v2 first. TagLib's own union would also read an APE tag, and keeps the blanks that pad
-/// an ID3v1 text, which its ID3v1 handler leaves to the caller.
+/// TagLib's fields of both tags, ID3v2 first. TagLib's own union would also read an APE tag, and keeps the blanks that
+/// pad an ID3v1 text, which its ID3v1 handler leaves to the caller.
 Fields expected(const QString &path)
 {
     TagLib::MPEG::File file(path.toUtf8().constData(), false);
