@@ -24,8 +24,6 @@ constexpr std::array<Language, 3> Languages{{
     {u"french", u"fr", &LanguageTexts::french},
 }};
 
-constexpr int LowSpaceCaption = 86;
-
 } // namespace
 
 QString languageNameFromCode(QStringView code)
@@ -63,8 +61,9 @@ void Captions::chooseAtStart(const Settings &settings)
     fill();
 }
 
-QString Captions::text(int number) const
+QString Captions::text(Caption caption) const
 {
+    const int number = static_cast<int>(caption);
     return number >= 1 && number <= CaptionCount ? m_captions[size_t(number) - 1] : QString();
 }
 
@@ -89,7 +88,7 @@ QString Captions::errorText(ErrorCode code) const
     case ErrorCode::NoSpace:
         return text(Text::ErrorNoSpace);
     case ErrorCode::LowSpace:
-        return text(LowSpaceCaption);
+        return text(Caption::LowDiskSpace);
     case ErrorCode::Io:
         return text(Text::ErrorIo);
     case ErrorCode::ChangedMeanwhile:

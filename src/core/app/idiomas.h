@@ -38,8 +38,8 @@ public:
     /// Sets the language that the settings ask for, English where they ask for none that exists, and fills.
     void chooseAtStart(const Settings &settings);
 
-    /// A caption, its number being 1 to 91; empty for any other number. An ampersand marks the accelerator key.
-    QString text(int number) const;
+    /// Empty for a number that the table does not have. An ampersand marks the accelerator key.
+    QString text(Caption caption) const;
     /// A text beyond the captions; in English before the first fill.
     QString text(Text text) const;
     /// One sentence for the user about what went wrong.

@@ -13,14 +13,13 @@ namespace {
 struct Entry
 {
     int mode;
-    int caption;
+    Caption caption;
 };
 
-constexpr std::array<Entry, 3> CaseEntries{{{CaseUpper, 5}, {CaseLower, 6}, {CaseCapitalize, 7}}};
-constexpr std::array<Entry, 2> ReplaceEntries{{{SpacesToUnderscores, 8}, {UnderscoresToSpaces, 9}}};
-
-constexpr int CaseCaption = 3;
-constexpr int ReplaceCaption = 4;
+constexpr std::array<Entry, 3> CaseEntries{
+    {{CaseUpper, Caption::CaseUpper}, {CaseLower, Caption::CaseLower}, {CaseCapitalize, Caption::CaseCapitalize}}};
+constexpr std::array<Entry, 2> ReplaceEntries{
+    {{SpacesToUnderscores, Caption::ReplaceSpaces}, {UnderscoresToSpaces, Caption::ReplaceUnderscores}}};
 
 std::span<const Entry> entriesOf(ConversionKind kind)
 {
@@ -49,14 +48,14 @@ int conversionMode(ConversionKind kind, int index)
     return index >= 0 && index < conversionCount(kind) ? entriesOf(kind)[static_cast<std::size_t>(index)].mode : -1;
 }
 
-int conversionCaption(ConversionKind kind)
+Caption conversionCaption(ConversionKind kind)
 {
-    return kind == ConversionKind::Case ? CaseCaption : ReplaceCaption;
+    return kind == ConversionKind::Case ? Caption::ConvertCase : Caption::ConvertReplace;
 }
 
-QList<int> conversionEntryCaptions(ConversionKind kind)
+QList<Caption> conversionEntryCaptions(ConversionKind kind)
 {
-    QList<int> captions;
+    QList<Caption> captions;
     for (const Entry &entry : entriesOf(kind))
         captions.append(entry.caption);
     return captions;

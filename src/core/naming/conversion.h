@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/app/captiontable.h"
+
 #include <QList>
 #include <QString>
 #include <QStringView>
@@ -51,10 +53,10 @@ extern const std::array<ConversionPair, 5> ConversionPairs;
 int conversionCount(ConversionKind kind);
 /// The mode that the transforms take for the entry at that place; -1 beyond the list.
 int conversionMode(ConversionKind kind, int index);
-/// The caption number of the check box.
-int conversionCaption(ConversionKind kind);
-/// The caption numbers of the list's entries, in list order.
-QList<int> conversionEntryCaptions(ConversionKind kind);
+/// The caption of the check box.
+Caption conversionCaption(ConversionKind kind);
+/// The captions of the list's entries, in list order.
+QList<Caption> conversionEntryCaptions(ConversionKind kind);
 
 /// The text as the choice wants it; as it is while the choice is off.
 QString applyConversion(ConversionKind kind, ConversionChoice choice, const QString &text);

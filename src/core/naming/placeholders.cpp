@@ -9,47 +9,33 @@ namespace ravlin {
 
 namespace {
 
-/// Caption numbers of the fields' words.
-enum Word
-{
-    GenreWord = 11,
-    YearWord = 12,
-    TrackWord = 13,
-    CommentWord = 14,
-    AlbumWord = 15,
-    ArtistWord = 16,
-    SkippedWord = 22,
-    TitleWord = 54,
-    FileWord = 55
-};
-
 constexpr std::array<Placeholder, 8> RenameTable{{
-    {u'1', &TagRecord::Artist, ArtistWord, 0},
-    {u'2', &TagRecord::Album, AlbumWord, 1},
-    {u'3', &TagRecord::Title, TitleWord, 2},
-    {u'4', &TagRecord::Track, TrackWord, 3},
-    {u'5', &TagRecord::Year, YearWord, 4},
-    {u'6', nullptr, FileWord, 5},
-    {u'7', &TagRecord::Genre, GenreWord, 6},
-    {u'8', &TagRecord::Comment, CommentWord, 7},
+    {u'1', &TagRecord::Artist, Caption::Artist, 0},
+    {u'2', &TagRecord::Album, Caption::Album, 1},
+    {u'3', &TagRecord::Title, Caption::Title, 2},
+    {u'4', &TagRecord::Track, Caption::Track, 3},
+    {u'5', &TagRecord::Year, Caption::Year, 4},
+    {u'6', nullptr, Caption::File, 5},
+    {u'7', &TagRecord::Genre, Caption::Genre, 6},
+    {u'8', &TagRecord::Comment, Caption::Comment, 7},
 }};
 
 constexpr std::array<Placeholder, 8> ExtractionTable{{
-    {u'1', &TagRecord::Artist, ArtistWord, 9},
-    {u'2', &TagRecord::Album, AlbumWord, 10},
-    {u'4', &TagRecord::Track, TrackWord, 11},
-    {u'5', &TagRecord::Year, YearWord, 12},
-    {u'0', nullptr, SkippedWord, 13},
-    {u'6', &TagRecord::Genre, GenreWord, 14},
-    {u'7', &TagRecord::Comment, CommentWord, 15},
-    {u'3', &TagRecord::Title, TitleWord, 17},
+    {u'1', &TagRecord::Artist, Caption::Artist, 9},
+    {u'2', &TagRecord::Album, Caption::Album, 10},
+    {u'4', &TagRecord::Track, Caption::Track, 11},
+    {u'5', &TagRecord::Year, Caption::Year, 12},
+    {u'0', nullptr, Caption::SkippedField, 13},
+    {u'6', &TagRecord::Genre, Caption::Genre, 14},
+    {u'7', &TagRecord::Comment, Caption::Comment, 15},
+    {u'3', &TagRecord::Title, Caption::Title, 17},
 }};
 
 constexpr std::array<Placeholder, 4> FolderTable{{
-    {u'1', &TagRecord::Artist, ArtistWord, 0},
-    {u'2', &TagRecord::Album, AlbumWord, 1},
-    {u'3', &TagRecord::Year, YearWord, 2},
-    {u'4', &TagRecord::Genre, GenreWord, 3},
+    {u'1', &TagRecord::Artist, Caption::Artist, 0},
+    {u'2', &TagRecord::Album, Caption::Album, 1},
+    {u'3', &TagRecord::Year, Caption::Year, 2},
+    {u'4', &TagRecord::Genre, Caption::Genre, 3},
 }};
 
 } // namespace

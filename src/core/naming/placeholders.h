@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/app/captiontable.h"
 #include "core/tags/record/tagrecord.h"
 
 #include <QChar>
@@ -19,8 +20,8 @@ struct Placeholder
     /// The field that is filled in or written; nullptr for what is none of the tag: the file's own name, or text that
     /// is skipped.
     QString TagRecord::*field = nullptr;
-    int caption = 0; ///< number of the field's word in the caption table
-    int label = 0;   ///< number of the clickable label `lt` that appends it
+    Caption caption{}; ///< the field's word
+    int label = 0;     ///< number of the clickable label `lt` that appends it
 
     /// The two characters: "%1".
     QString token() const { return QString(u'%') + QChar(digit); }

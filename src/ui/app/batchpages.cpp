@@ -13,12 +13,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionMultiFile = 40;
-constexpr int CaptionMultiFileTip = 43;
-constexpr int CaptionExtract = 41;
-constexpr int CaptionExtractTip = 44;
-constexpr int CaptionRename = 45; ///< text and tooltip
-
 NamingContext namingContext(Program &program, PageOwner &owner)
 {
     return {owner, program.state, program.tagStore, program.captions, program.settings, program.fileSystem,
@@ -33,15 +27,15 @@ BatchPages::BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const
       m_extractPage(new ExtractPage(namingContext(program, owner), &tabs)),
       m_renamePage(new RenamePage(namingContext(program, owner), &tabs))
 {
-    const auto add = [&](auto *page, int caption, int tip) {
+    const auto add = [&](auto *page, Caption caption, Caption tip) {
         using Page = std::remove_pointer_t<decltype(page)>;
         tabs.addPage(page, caption, tip, [page] { page->applyCaptions(); });
         connect(page, &Page::finished, this, &BatchPages::finished);
         connect(list.selectionModel(), &QItemSelectionModel::selectionChanged, page, &Page::selectionChanged);
     };
-    add(m_multiFilePage, CaptionMultiFile, CaptionMultiFileTip);
-    add(m_extractPage, CaptionExtract, CaptionExtractTip);
-    add(m_renamePage, CaptionRename, CaptionRename);
+    add(m_multiFilePage, Caption::MultiFileTab, Caption::MultiFileTip);
+    add(m_extractPage, Caption::ExtractTab, Caption::ExtractTip);
+    add(m_renamePage, Caption::RenameFiles, Caption::RenameFiles);
 }
 
 void BatchPages::showChoices()

@@ -28,27 +28,13 @@ constexpr int Files = 9;
 constexpr int Selection = 12;
 constexpr int Patterns = 14;
 
-constexpr int CaptionLookup = 25;
-constexpr int CaptionWritePlaylist = 26;
-constexpr int CaptionPlay = 27;
-constexpr int CaptionRenameFolder = 28;
-constexpr int CaptionDeleteFiles = 29;
-constexpr int CaptionSelectAll = 30;
-constexpr int CaptionDeletePlaylists = 34;
-constexpr int CaptionDeleteFolder = 35;
-constexpr int CaptionSelectNone = 36;
-constexpr int CaptionMoveFiles = 37;
-constexpr int CaptionCopyFiles = 38;
-constexpr int CaptionMoveFolder = 56;
-constexpr int CaptionCopyFolder = 57;
-
 /// A command whose key the list or the tree sees to: elsewhere the key means something else, such as a letter.
-ToolbarCommand withKeyOfAView(int caption, const char *icon, const QKeySequence &key)
+ToolbarCommand withKeyOfAView(Caption caption, const char *icon, const QKeySequence &key)
 {
     return {caption, QLatin1String(icon), key, Qt::WidgetShortcut};
 }
 
-ToolbarCommand withKey(int caption, const char *icon, const QKeySequence &key)
+ToolbarCommand withKey(Caption caption, const char *icon, const QKeySequence &key)
 {
     return {caption, QLatin1String(icon), key};
 }
@@ -77,7 +63,7 @@ CommandBar::CommandBar(
 
 void CommandBar::addLookupButton(LookupCommand &lookup)
 {
-    const ToolbarCommand command = withKey(CaptionLookup, "disc-3", Qt::Key_F3);
+    const ToolbarCommand command = withKey(Caption::LookUpDisc, "disc-3", Qt::Key_F3);
     m_lookup = m_context.toolbar.addButton(Lookup, command);
     m_lookupEntry = m_context.toolbar.addMenuEntry(Lookup, QStringLiteral("freedb"),
         {command.caption, command.icon, command.shortcut, Qt::WidgetShortcut}); // the button has the key
@@ -90,13 +76,13 @@ void CommandBar::addPlaylistButtons(FileCommands &files)
     const QKeySequence writeKey(Qt::SHIFT | Qt::Key_L);
     const QKeySequence playKey(Qt::SHIFT | Qt::Key_P);
     Toolbar &tb = m_context.toolbar;
-    m_writePlaylist = tb.addButton(Playlist, withKeyOfAView(CaptionWritePlaylist, "list-music", writeKey));
+    m_writePlaylist = tb.addButton(Playlist, withKeyOfAView(Caption::WritePlaylist, "list-music", writeKey));
     m_writeEntry = tb.addMenuEntry(
-        Playlist, QStringLiteral("lista"), withKeyOfAView(CaptionWritePlaylist, "list-music", writeKey));
+        Playlist, QStringLiteral("lista"), withKeyOfAView(Caption::WritePlaylist, "list-music", writeKey));
     m_deletePlaylists = tb.addMenuEntry(Playlist, QStringLiteral("blistas"),
-        withKeyOfAView(CaptionDeletePlaylists, "list-minus", QKeySequence(Qt::SHIFT | Qt::Key_B)));
-    m_play = tb.addButton(Play, withKeyOfAView(CaptionPlay, "play", playKey));
-    m_playEntry = tb.addMenuEntry(Play, QStringLiteral("play"), withKeyOfAView(CaptionPlay, "play", playKey));
+        withKeyOfAView(Caption::DeletePlaylists, "list-minus", QKeySequence(Qt::SHIFT | Qt::Key_B)));
+    m_play = tb.addButton(Play, withKeyOfAView(Caption::PlayFiles, "play", playKey));
+    m_playEntry = tb.addMenuEntry(Play, QStringLiteral("play"), withKeyOfAView(Caption::PlayFiles, "play", playKey));
     for (QAction *action : {m_writePlaylist, m_writeEntry})
         connect(action, &QAction::triggered, &files, &FileCommands::writePlaylist);
     for (QAction *action : {m_play, m_playEntry})
@@ -107,11 +93,11 @@ void CommandBar::addPlaylistButtons(FileCommands &files)
 void CommandBar::addFolderButton(FileCommands &files, FolderCommand &folder)
 {
     Toolbar &tb = m_context.toolbar;
-    m_renameFolder = tb.addButton(Folder, withKey(CaptionRenameFolder, "folder-pen", Qt::Key_F8));
+    m_renameFolder = tb.addButton(Folder, withKey(Caption::RenameFolder, "folder-pen", Qt::Key_F8));
     m_moveFolder = tb.addMenuEntry(Folder, QStringLiteral("mcarpeta"),
-        withKey(CaptionMoveFolder, "folder-output", QKeySequence(Qt::SHIFT | Qt::Key_F6)));
+        withKey(Caption::MoveFolder, "folder-output", QKeySequence(Qt::SHIFT | Qt::Key_F6)));
     m_copyFolder = tb.addMenuEntry(Folder, QStringLiteral("ccarpeta"),
-        withKey(CaptionCopyFolder, "folders", QKeySequence(Qt::SHIFT | Qt::Key_F7)));
+        withKey(Caption::CopyFolder, "folders", QKeySequence(Qt::SHIFT | Qt::Key_F7)));
     connect(m_renameFolder, &QAction::triggered, &folder, &FolderCommand::openDialog);
     connect(m_moveFolder, &QAction::triggered, &files, &FileCommands::moveFolder);
     connect(m_copyFolder, &QAction::triggered, &files, &FileCommands::copyFolder);
@@ -120,12 +106,12 @@ void CommandBar::addFolderButton(FileCommands &files, FolderCommand &folder)
 void CommandBar::addFilesButton(FileCommands &files)
 {
     Toolbar &tb = m_context.toolbar;
-    m_deleteFiles = tb.addButton(Files, withKeyOfAView(CaptionDeleteFiles, "trash-2", QKeySequence::Delete));
+    m_deleteFiles = tb.addButton(Files, withKeyOfAView(Caption::DeleteFiles, "trash-2", QKeySequence::Delete));
     m_moveFiles =
-        tb.addMenuEntry(Files, QStringLiteral("mover"), withKey(CaptionMoveFiles, "folder-input", Qt::Key_F6));
-    m_copyFiles = tb.addMenuEntry(Files, QStringLiteral("copiar"), withKey(CaptionCopyFiles, "copy", Qt::Key_F7));
+        tb.addMenuEntry(Files, QStringLiteral("mover"), withKey(Caption::MoveFiles, "folder-input", Qt::Key_F6));
+    m_copyFiles = tb.addMenuEntry(Files, QStringLiteral("copiar"), withKey(Caption::CopyFiles, "copy", Qt::Key_F7));
     m_deleteFolder = tb.addMenuEntry(Files, QStringLiteral("bcarpeta"),
-        withKey(CaptionDeleteFolder, "folder-x", QKeySequence(Qt::SHIFT | Qt::Key_F8)));
+        withKey(Caption::DeleteFolder, "folder-x", QKeySequence(Qt::SHIFT | Qt::Key_F8)));
     connect(m_deleteFiles, &QAction::triggered, &files, &FileCommands::deleteFiles);
     connect(m_moveFiles, &QAction::triggered, &files, &FileCommands::moveFiles);
     connect(m_copyFiles, &QAction::triggered, &files, &FileCommands::copyFiles);
@@ -135,9 +121,9 @@ void CommandBar::addFilesButton(FileCommands &files)
 void CommandBar::addSelectionButton()
 {
     Toolbar &tb = m_context.toolbar;
-    m_selectAll = tb.addButton(Selection, withKey(CaptionSelectAll, "list-checks", QKeySequence::SelectAll));
+    m_selectAll = tb.addButton(Selection, withKey(Caption::SelectAll, "list-checks", QKeySequence::SelectAll));
     m_selectNone = tb.addMenuEntry(Selection, QStringLiteral("none"),
-        withKey(CaptionSelectNone, "list-x", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)));
+        withKey(Caption::SelectNone, "list-x", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)));
     connect(m_selectAll, &QAction::triggered, &m_context.list, &FileList::selectAllRows);
     connect(m_selectNone, &QAction::triggered, &m_context.list, &FileList::selectNone);
 }

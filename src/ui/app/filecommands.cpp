@@ -21,10 +21,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionMoveFiles = 37;
-constexpr int CaptionCopyFiles = 38;
-constexpr int CaptionMoveFolder = 56;
-constexpr int CaptionCopyFolder = 57;
 /// Key in the settings: the folder that something was copied or moved to last.
 constexpr QStringView DestinationKey = u"destination";
 
@@ -67,25 +63,25 @@ QString FileCommands::folderSource() const
 
 void FileCommands::moveFiles()
 {
-    transfer(&clsFileFunc::MoveFile, CaptionMoveFiles, [this] { return selectedSources(); });
+    transfer(&clsFileFunc::MoveFile, Caption::MoveFiles, [this] { return selectedSources(); });
 }
 
 void FileCommands::copyFiles()
 {
-    transfer(&clsFileFunc::CopyFile, CaptionCopyFiles, [this] { return selectedSources(); });
+    transfer(&clsFileFunc::CopyFile, Caption::CopyFiles, [this] { return selectedSources(); });
 }
 
 void FileCommands::moveFolder()
 {
-    transfer(&clsFileFunc::MoveFile, CaptionMoveFolder, [this] { return folderSource(); });
+    transfer(&clsFileFunc::MoveFile, Caption::MoveFolder, [this] { return folderSource(); });
 }
 
 void FileCommands::copyFolder()
 {
-    transfer(&clsFileFunc::CopyFile, CaptionCopyFolder, [this] { return folderSource(); });
+    transfer(&clsFileFunc::CopyFile, Caption::CopyFolder, [this] { return folderSource(); });
 }
 
-void FileCommands::transfer(Transfer operation, int caption, const std::function<QString()> &sources)
+void FileCommands::transfer(Transfer operation, Caption caption, const std::function<QString()> &sources)
 {
     const QString source = sources();
     if (source.isEmpty())

@@ -75,7 +75,7 @@ private:
 
     QString selectedSources() const;
     QString folderSource() const;
-    void transfer(Transfer operation, int caption, const std::function<QString()> &sources);
+    void transfer(Transfer operation, Caption caption, const std::function<QString()> &sources);
     QString askDestination(const QString &title);
     void remove(const QString &source);
     void showChanges(const QString &formerFolder = {});

@@ -21,8 +21,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionInfo = 32;
-constexpr int CaptionOk = 59;
 constexpr int ProgramIconSize = 96; ///< pixels
 constexpr int LogoSize = 32;
 constexpr int TextLetters = 52; ///< width of the texts in average letters
@@ -141,7 +139,7 @@ void frmAbout::connectControls()
 
 void frmAbout::applyCaptions()
 {
-    setWindowTitle(m_captions.text(CaptionInfo));
+    setWindowTitle(m_captions.text(Caption::Info));
     lblDisclaimer->setText(m_captions.text(Text::AboutAuthors) + u'\n' + m_captions.text(Text::AboutLicence));
     Label1->setAccessibleName(m_captions.text(Text::NameWebSite));
     Label1->setAccessibleDescription(Label1->text());
@@ -152,7 +150,7 @@ void frmAbout::applyCaptions()
     m_libraries->setText(m_captions.text(Text::AboutLibraries) + QStringLiteral(": ") + libraries());
     m_guide->setText(m_captions.text(Text::AboutGuide));
     m_guide->setToolTip(m_captions.text(Text::TipGuide));
-    cmdOK->setText(m_captions.text(CaptionOk));
+    cmdOK->setText(m_captions.text(Caption::Ok));
 }
 
 void frmAbout::applyIcons()

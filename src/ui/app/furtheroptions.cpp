@@ -17,8 +17,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr std::array ColumnCaptions{55, 13, 54, 16, 15, 12};
-constexpr int CaptionFileList = 65;
 constexpr int ColumnsInARow = 4;
 
 template <typename Control>
@@ -115,7 +113,7 @@ void furtheroptions::applyCaptions()
     m_version->setToolTip(m_captions.text(Text::TipNewTagVersion));
     m_keepTimes->setText(m_captions.text(Text::CheckKeepTimes));
     m_keepTimes->setToolTip(m_captions.text(Text::TipKeepTimes));
-    m_list->setTitle(m_captions.text(CaptionFileList));
+    m_list->setTitle(m_captions.text(Caption::FileList));
     m_clickLabel->setText(m_captions.text(Text::LabelDoubleClick));
     m_click->setItemText(0, m_captions.text(Text::ItemOpenFile));
     m_click->setItemText(1, m_captions.text(Text::ItemEditTag));

@@ -14,12 +14,6 @@
 
 namespace ravlin {
 
-namespace {
-
-constexpr int CaptionFiles = 10;
-
-} // namespace
-
 ListController::ListController(Program &program, FileList &list, StatusPanels &panels, Busy &busy, QObject *parent)
     : QObject(parent), m_program(program), m_list(list), m_panels(panels), m_busy(busy)
 {
@@ -116,7 +110,7 @@ QString ListController::pathOfRow(int row) const
 void ListController::showCurrentRow()
 {
     const int row = m_list.currentRow();
-    const StatusTexts texts = statusTexts(m_list.rowCount(), m_program.captions.text(CaptionFiles),
+    const StatusTexts texts = statusTexts(m_list.rowCount(), m_program.captions.text(Caption::Files),
         m_program.state.currentFolder, row < 0 ? QString() : m_list.rowText(row));
     m_panels.setTexts(texts.panel1, texts.panel2);
 }

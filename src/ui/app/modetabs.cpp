@@ -12,7 +12,7 @@ namespace ravlin {
 
 ModeTabs::ModeTabs(QWidget *parent) : QTabWidget(parent) {}
 
-void ModeTabs::addPage(QWidget *page, int textCaption, int tipCaption, std::function<void()> applyPageCaptions)
+void ModeTabs::addPage(QWidget *page, Caption textCaption, Caption tipCaption, std::function<void()> applyPageCaptions)
 {
     page->setFocusPolicy(Qt::NoFocus); // Tab goes on to its first control
     addTab(page, QString());

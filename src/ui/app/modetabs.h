@@ -23,7 +23,7 @@ public:
 
     /// page: becomes the tabs' own. The numbers are those of captions; applyPageCaptions puts the current language's
     /// texts on the page itself.
-    void addPage(QWidget *page, int textCaption, int tipCaption, std::function<void()> applyPageCaptions);
+    void addPage(QWidget *page, Caption textCaption, Caption tipCaption, std::function<void()> applyPageCaptions);
 
     /// Puts the current language's texts on the tabs and pages.
     void applyCaptions(const Captions &captions);
@@ -31,8 +31,8 @@ public:
 private:
     struct Page
     {
-        int textCaption;
-        int tipCaption;
+        Caption textCaption;
+        Caption tipCaption;
         std::function<void()> applyCaptions;
     };
 

@@ -29,16 +29,9 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionOptions = 31;
-constexpr int CaptionCancel = 60;
-constexpr int CaptionUpdate = 62;
-constexpr int CaptionServer = 75;
-constexpr int CaptionLanguage = 76;
-constexpr int CaptionCheck = 77;
-constexpr int CaptionRemember = 78;
-constexpr int CaptionSave = 84;
 /// The texts of the tag-save modes 1 to 5.
-constexpr std::array ModeCaptions{80, 79, 81, 83, 82};
+constexpr std::array ModeCaptions{
+    Caption::SaveV1Only, Caption::SaveV2Only, Caption::SaveBoth, Caption::SaveV1RemoveV2, Caption::SaveV2RemoveV1};
 constexpr int FieldLetters = 34; ///< width of the text boxes in average letters
 
 } // namespace
@@ -162,17 +155,17 @@ void opciones::changeLanguage()
 void opciones::applyCaptions()
 {
     const Captions &captions = m_program.captions;
-    setWindowTitle(captions.text(CaptionOptions));
-    lserver->setText(captions.text(CaptionServer));
-    lidioma->setText(captions.text(CaptionLanguage));
-    opreme->setText(captions.text(CaptionRemember));
-    m_update->setTitle(captions.text(CaptionUpdate));
-    upd->setText(captions.text(CaptionCheck));
-    m_ok->setText(captions.text(CaptionSave));
-    m_cancel->setText(captions.text(CaptionCancel));
+    setWindowTitle(captions.text(Caption::Options));
+    lserver->setText(captions.text(Caption::Server));
+    lidioma->setText(captions.text(Caption::Language));
+    opreme->setText(captions.text(Caption::RememberLastFolder));
+    m_update->setTitle(captions.text(Caption::ProgramUpdate));
+    upd->setText(captions.text(Caption::CheckForNewVersion));
+    m_ok->setText(captions.text(Caption::Save));
+    m_cancel->setText(captions.text(Caption::Cancel));
     for (QPushButton *button : {m_ok, m_cancel})
         makeRoomy(button);
-    m_pages->setTabText(0, captions.text(CaptionOptions));
+    m_pages->setTabText(0, captions.text(Caption::Options));
     m_pages->setTabText(1, captions.text(Text::TabFurtherOptions));
     m_pages->tabBar()->setAccessibleName(captions.text(Text::NameOptionPages));
     for (const QLabel *label : {lidioma, Label1, lserver, lmail})

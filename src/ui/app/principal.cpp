@@ -49,12 +49,6 @@ namespace {
 constexpr QStringView GeometryKey = u"window geometry";
 constexpr QStringView SplitterPositionKey = u"splitter Position";
 
-constexpr int CaptionSingleFile = 39;
-constexpr int CaptionSingleFileTip = 42;
-constexpr int CaptionOptions = 31;
-constexpr int CaptionInfo = 32;
-constexpr int CaptionFileList = 65;
-constexpr int CaptionCancel = 60;
 constexpr int Margin = 6;
 constexpr QSize StartSize(1000, 700);
 
@@ -105,8 +99,10 @@ void principal::createToolbar()
 {
     tb = new Toolbar(this, m_area);
     tb->setObjectName(QStringLiteral("tb"));
-    m_options = tb->addButton(16, {CaptionOptions, QStringLiteral("settings"), QKeySequence(Qt::CTRL | Qt::Key_Comma)});
-    m_info = tb->addEndButton(QStringLiteral("info"), {CaptionInfo, QStringLiteral("info"), QKeySequence(Qt::Key_F1)});
+    m_options =
+        tb->addButton(16, {Caption::Options, QStringLiteral("settings"), QKeySequence(Qt::CTRL | Qt::Key_Comma)});
+    m_info =
+        tb->addEndButton(QStringLiteral("info"), {Caption::Info, QStringLiteral("info"), QKeySequence(Qt::Key_F1)});
 }
 
 void principal::createPanes()
@@ -132,8 +128,8 @@ void principal::createPages()
     tabs->setObjectName(QStringLiteral("tabs"));
     m_singleFilePage = new SingleFilePage(
         {*m_services, m_program.state, m_program.tagStore, m_program.captions, m_program.fileSystem}, tabs);
-    tabs->addPage(
-        m_singleFilePage, CaptionSingleFile, CaptionSingleFileTip, [this] { m_singleFilePage->applyCaptions(); });
+    tabs->addPage(m_singleFilePage, Caption::SingleFileTab, Caption::SingleFileTip,
+        [this] { m_singleFilePage->applyCaptions(); });
     m_batchPages = new BatchPages(m_program, *m_services, *tabs, *ListView1, this);
     m_area->installEventFilter(this);
     for (QLineEdit *edit : tabs->findChildren<QLineEdit *>())
@@ -268,14 +264,13 @@ void principal::catchUpPage()
 void principal::applyCaptions()
 {
     const Captions &captions = m_program.captions;
-    constexpr std::array<int, 6> HeaderCaptions{55, 13, 54, 16, 15, 12};
-    for (size_t column = 0; column < HeaderCaptions.size(); ++column)
-        ListView1->setHeaderText(static_cast<ListColumn>(column), captions.text(HeaderCaptions[column]));
+    for (size_t column = 0; column < ColumnCaptions.size(); ++column)
+        ListView1->setHeaderText(static_cast<ListColumn>(column), captions.text(ColumnCaptions[column]));
     tb->applyCaptions(captions);
     m_commandBar->applyCaptions();
     tabs->applyCaptions(captions);
     m_waitWindow->setWindowTitle(captions.text(Text::TitleWaiting));
-    m_waitWindow->setStopText(captions.text(CaptionCancel));
+    m_waitWindow->setStopText(captions.text(Caption::Cancel));
     m_lister->showCurrentRow();
     applyNames();
 }
@@ -286,7 +281,7 @@ void principal::applyNames()
     const Captions &captions = m_program.captions;
     folder->setAccessibleName(captions.text(Text::NameFolders));
     sp2->setBarAccessibleName(captions.text(Text::NameSplitter));
-    ListView1->setAccessibleName(captions.text(CaptionFileList));
+    ListView1->setAccessibleName(captions.text(Caption::FileList));
     sbStatusBar->setAccessibleName(captions.text(Text::NameStatusBar));
 }
 

@@ -20,9 +20,9 @@ class Captions;
 /// One command of the toolbar: what it is called, drawn and reached by.
 struct ToolbarCommand
 {
-    std::variant<int, Text> caption; ///< a caption's number, 1 to 91, or one of the further texts
-    QString icon;                    ///< a drawing's name (themedIcon())
-    QKeySequence shortcut;           ///< shown in the tooltip
+    std::variant<Caption, Text> caption;
+    QString icon;          ///< a drawing's name (themedIcon())
+    QKeySequence shortcut; ///< shown in the tooltip
     /// Where the shortcut works: in the whole window, or, with WidgetShortcut, only where somebody else sees to it.
     Qt::ShortcutContext shortcutContext = Qt::WindowShortcut;
 };

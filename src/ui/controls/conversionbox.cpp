@@ -34,7 +34,7 @@ void ConversionBox::applyCaptions(const Captions &captions)
     m_checkBox->setText(caption);
     m_list->setAccessibleName(caption);
     m_list->setAccessibleDescription(caption); // some desktops are told the chosen entry as the name of a list
-    const QList<int> entries = conversionEntryCaptions(m_pair.kind);
+    const QList<Caption> entries = conversionEntryCaptions(m_pair.kind);
     for (int index = 0; index < entries.size(); ++index)
         m_list->setItemText(index, captions.text(entries.at(index)));
     // A box of fixed contents does not notice that its entries have grown.

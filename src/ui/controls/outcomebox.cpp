@@ -15,7 +15,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionOk = 59;
 constexpr int LineLetters = 70; ///< width of the list in average letters
 constexpr qsizetype MostLines = 12;
 
@@ -40,7 +39,7 @@ OutcomeBox::OutcomeBox(const Captions &captions, const QString &headline, const 
     list->setMinimumWidth(fontMetrics().averageCharWidth() * LineLetters);
     const auto height = std::clamp<qsizetype>(2 * list->count(), 3, MostLines);
     list->setMinimumHeight(static_cast<int>(height) * fontMetrics().lineSpacing());
-    auto *ok = new QPushButton(captions.text(CaptionOk), this);
+    auto *ok = new QPushButton(captions.text(Caption::Ok), this);
     ok->setObjectName(QStringLiteral("outcomeOk"));
     ok->setDefault(true);
     ok->setFocus();

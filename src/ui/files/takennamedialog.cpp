@@ -17,7 +17,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionCancel = 60;
 constexpr int QuestionLetters = 50; ///< width of the question in average letters
 constexpr qint64 NanosecondsInMillisecond = 1'000'000;
 
@@ -71,7 +70,8 @@ TakenNameDialog::TakenNameDialog(const Captions &captions, const Clash &clash, Q
             ClashReply::Replace);
     addReply("takenNameSkip", captions.text(Text::ClashSkip), ClashReply::Skip);
     addReply("takenNameKeepBoth", captions.text(Text::ClashKeepBoth), ClashReply::KeepBoth);
-    connect(addButton("takenNameCancel", captions.text(CaptionCancel)), &QPushButton::clicked, this, &QDialog::reject);
+    connect(
+        addButton("takenNameCancel", captions.text(Caption::Cancel)), &QPushButton::clicked, this, &QDialog::reject);
     auto *rows = new QVBoxLayout(this);
     rows->addLayout(message);
     rows->addWidget(m_forAll);

@@ -26,13 +26,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionAlbum = 15;
-constexpr int CaptionArtist = 16;
-constexpr int CaptionVariables = 19;
-constexpr int CaptionRename = 20;
-constexpr int CaptionAdvanced = 21;
-constexpr int CaptionTitle = 28;
-constexpr int CaptionCancel = 60;
 constexpr int LabelsInARow = 4;
 constexpr int NameLetters = 50; ///< width of a usual folder name in average letters
 
@@ -60,7 +53,7 @@ void Dialog::createControls()
     Check1 = made<QCheckBox>("Check1", this);
     Check2 = made<QCheckBox>("Check2", this);
     avanzado = new PatternBox(QStringLiteral("avanzado"), PatternHistory::Folder, m_context.settings, this);
-    m_placeholders = new PlaceholderBox(CaptionVariables, folderPlaceholders(), LabelsInARow, this);
+    m_placeholders = new PlaceholderBox(Caption::AdvancedVariables, folderPlaceholders(), LabelsInARow, this);
     m_newNameLabel = made<QLabel>("newNameLabel", this);
     m_newName = made<QLabel>("newName", this);
     OKButton = made<QPushButton>("OKButton", this);
@@ -115,17 +108,17 @@ void Dialog::connectControls()
 void Dialog::applyCaptions()
 {
     const Captions &captions = m_context.captions;
-    setWindowTitle(captions.text(CaptionTitle));
-    Check1->setText(QStringLiteral("%1 - %2").arg(captions.text(CaptionArtist), captions.text(CaptionAlbum)));
-    Check2->setText(captions.text(CaptionAdvanced));
-    avanzado->setName(captions.text(CaptionAdvanced));
+    setWindowTitle(captions.text(Caption::RenameFolder));
+    Check1->setText(QStringLiteral("%1 - %2").arg(captions.text(Caption::Artist), captions.text(Caption::Album)));
+    Check2->setText(captions.text(Caption::Advanced));
+    avanzado->setName(captions.text(Caption::Advanced));
     avanzado->setToolTip(captions.text(Text::TipFolderPattern));
     for (QCheckBox *check : {Check1, Check2})
         check->setToolTip(captions.text(Text::TipFolderRule));
     m_placeholders->applyCaptions(captions);
     m_newNameLabel->setText(captions.text(Text::LabelNewName));
-    OKButton->setText(captions.text(CaptionRename));
-    CancelButton->setText(captions.text(CaptionCancel));
+    OKButton->setText(captions.text(Caption::Rename));
+    CancelButton->setText(captions.text(Caption::Cancel));
 }
 
 void Dialog::showRule(const FolderRule &rule)

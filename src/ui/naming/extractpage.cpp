@@ -22,11 +22,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionSave = 18;
-constexpr int CaptionVariables = 23;
-constexpr int CaptionMask = 24;
-constexpr int CaptionPreview = 53;
-constexpr int CaptionLowSpace = 86;
 constexpr int LabelsInARow = 4;
 
 } // namespace
@@ -34,7 +29,7 @@ constexpr int LabelsInARow = 4;
 ExtractPage::ExtractPage(const NamingContext &context, QWidget *parent)
     : PageArea(parent), m_context(context), m_patternLabel(new QLabel(this)),
       tpatron(new PatternBox(QStringLiteral("tpatron"), PatternHistory::Extraction, context.settings, this)),
-      m_placeholders(new PlaceholderBox(CaptionVariables, extractionPlaceholders(), LabelsInARow, this)),
+      m_placeholders(new PlaceholderBox(Caption::Variables, extractionPlaceholders(), LabelsInARow, this)),
       m_hint(new QLabel(this)), m_preview(new QPushButton(this)), extrae(new QPushButton(this))
 {
     setObjectName(QStringLiteral("extractPage"));
@@ -87,13 +82,13 @@ void ExtractPage::selectionChanged()
 void ExtractPage::applyCaptions()
 {
     const Captions &captions = m_context.captions;
-    m_patternLabel->setText(captions.text(CaptionMask));
-    tpatron->setName(captions.text(CaptionMask));
+    m_patternLabel->setText(captions.text(Caption::FileNameMask));
+    tpatron->setName(captions.text(Caption::FileNameMask));
     tpatron->setToolTip(captions.text(Text::TipMask));
     m_placeholders->applyCaptions(captions);
-    m_preview->setText(captions.text(CaptionPreview));
+    m_preview->setText(captions.text(Caption::Preview));
     m_preview->setToolTip(captions.text(Text::TipPreview));
-    extrae->setText(captions.text(CaptionSave));
+    extrae->setText(captions.text(Caption::SaveTags));
     extrae->setToolTip(captions.text(Text::TipExtract));
     for (QPushButton *button : {m_preview, extrae}) {
         button->setAccessibleDescription(button->toolTip());
@@ -121,7 +116,7 @@ void ExtractPage::run()
     if (!ran)
         return;
     if (outcome.rows.hasError(ErrorCode::LowSpace))
-        m_context.owner.showError(m_context.captions.text(CaptionLowSpace));
+        m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();
     Q_EMIT finished();
 }

@@ -21,13 +21,11 @@ namespace {
 struct PatternList
 {
     QStringView name;
-    int caption = 0; ///< what the patterns are for
+    Caption caption{}; ///< what the patterns are for
 };
 
-constexpr std::array<PatternList, 3> Lists{
-    {{PatternHistory::Extraction, 41}, {PatternHistory::Renaming, 45}, {PatternHistory::Folder, 28}}};
-constexpr int CaptionSave = 84;
-constexpr int CaptionCancel = 60;
+constexpr std::array<PatternList, 3> Lists{{{PatternHistory::Extraction, Caption::ExtractTab},
+    {PatternHistory::Renaming, Caption::RenameFiles}, {PatternHistory::Folder, Caption::RenameFolder}}};
 constexpr int PatternLetters = 40; ///< width of the list in average letters
 
 } // namespace
@@ -64,9 +62,9 @@ void PatternEditor::createControls(const Captions &captions)
     m_up = button("patternUp", captions.text(Text::PatternUp), QStringLiteral("arrow-up"));
     m_down = button("patternDown", captions.text(Text::PatternDown), QStringLiteral("arrow-down"));
     m_delete = button("patternDelete", captions.text(Text::PatternDelete), QStringLiteral("trash-2"));
-    m_save = button("patternSave", captions.text(CaptionSave));
+    m_save = button("patternSave", captions.text(Caption::Save));
     m_save->setDefault(true);
-    m_cancel = button("patternCancel", captions.text(CaptionCancel));
+    m_cancel = button("patternCancel", captions.text(Caption::Cancel));
 
     m_patterns->installEventFilter(this);
     connect(m_choice, &QComboBox::currentIndexChanged, this, &PatternEditor::showList);

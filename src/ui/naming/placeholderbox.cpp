@@ -8,8 +8,8 @@
 
 namespace ravlin {
 
-PlaceholderBox::PlaceholderBox(int titleCaption, std::span<const Placeholder> table, int columns, QWidget *parent)
-    : QGroupBox(parent), m_titleCaption(titleCaption), m_table(table)
+PlaceholderBox::PlaceholderBox(Caption title, std::span<const Placeholder> table, int columns, QWidget *parent)
+    : QGroupBox(parent), m_title(title), m_table(table)
 {
     auto *grid = new QGridLayout(this);
     grid->setVerticalSpacing(0);
@@ -25,7 +25,7 @@ PlaceholderBox::PlaceholderBox(int titleCaption, std::span<const Placeholder> ta
 
 void PlaceholderBox::applyCaptions(const Captions &captions)
 {
-    setTitle(captions.text(m_titleCaption));
+    setTitle(captions.text(m_title));
     for (std::size_t i = 0; i < m_labels.size(); ++i) {
         m_labels[i]->setText(placeholderLabel(m_table[i], captions.text(m_table[i].caption)));
         m_labels[i]->setToolTip(captions.text(Text::TipPlaceholder));

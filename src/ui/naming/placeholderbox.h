@@ -18,8 +18,8 @@ class PlaceholderBox : public QGroupBox
     Q_OBJECT
 
 public:
-    /// titleCaption: the frame's caption number. The labels stand in rows of that many, in the order of the table.
-    PlaceholderBox(int titleCaption, std::span<const Placeholder> table, int columns, QWidget *parent);
+    /// The labels stand in rows of that many, in the order of the table.
+    PlaceholderBox(Caption title, std::span<const Placeholder> table, int columns, QWidget *parent);
 
     void applyCaptions(const Captions &captions);
     /// In the order of the table.
@@ -29,7 +29,7 @@ Q_SIGNALS:
     void clicked(const QString &placeholder);
 
 private:
-    int m_titleCaption;
+    Caption m_title;
     std::span<const Placeholder> m_table;
     std::vector<PlaceholderLabel *> m_labels;
 };

@@ -22,7 +22,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionOk = 59;
 constexpr QSize StartSize(940, 520);
 
 } // namespace
@@ -89,13 +88,12 @@ void preview::createControls()
 void preview::applyCaptions()
 {
     const Captions &captions = m_context.captions;
-    constexpr std::array<int, 6> HeaderCaptions{55, 13, 54, 16, 15, 12};
     QStringList texts;
-    for (const int caption : HeaderCaptions)
+    for (const Caption caption : ColumnCaptions)
         texts << captions.text(caption);
     m_model->setHeaderTexts(texts << QStringLiteral("id3v1") << QStringLiteral("id3v2"));
     ListView1->setAccessibleName(windowTitle());
-    m_close->setText(captions.text(CaptionOk));
+    m_close->setText(captions.text(Caption::Ok));
 }
 
 void preview::applyIcons()

@@ -32,13 +32,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionTrack = 13;
-constexpr int CaptionArtist = 16;
-constexpr int CaptionVariables = 19;
-constexpr int CaptionRename = 20;
-constexpr int CaptionAdvanced = 21;
-constexpr int CaptionPreview = 53;
-constexpr int CaptionTitle = 54;
 constexpr int LabelsInARow = 4;
 
 /// Where a file is after the run.
@@ -68,7 +61,7 @@ void RenamePage::createControls()
     op2 = made<QRadioButton>("op2", this);
     op3 = made<QRadioButton>("op3", this);
     tavanzado = new PatternBox(QStringLiteral("tavanzado"), PatternHistory::Renaming, m_context.settings, this);
-    m_placeholders = new PlaceholderBox(CaptionVariables, renamePlaceholders(), LabelsInARow, this);
+    m_placeholders = new PlaceholderBox(Caption::AdvancedVariables, renamePlaceholders(), LabelsInARow, this);
     m_caseConversion = new ConversionBox(ConversionPairs[RenameCasePair], this);
     m_replaceConversion = new ConversionBox(ConversionPairs[RenameReplacePair], this);
     m_hint = made<QLabel>("renameHint", this);
@@ -172,16 +165,16 @@ void RenamePage::selectionChanged()
 void RenamePage::applyCaptions()
 {
     const Captions &captions = m_context.captions;
-    const QString title = captions.text(CaptionTitle);
-    op1->setText(QStringLiteral("%1 - %2").arg(captions.text(CaptionArtist), title));
-    op2->setText(QStringLiteral("%1 - %2").arg(captions.text(CaptionTrack), title));
-    op3->setText(captions.text(CaptionAdvanced));
-    tavanzado->setName(captions.text(CaptionAdvanced));
+    const QString title = captions.text(Caption::Title);
+    op1->setText(QStringLiteral("%1 - %2").arg(captions.text(Caption::Artist), title));
+    op2->setText(QStringLiteral("%1 - %2").arg(captions.text(Caption::Track), title));
+    op3->setText(captions.text(Caption::Advanced));
+    tavanzado->setName(captions.text(Caption::Advanced));
     m_placeholders->applyCaptions(captions);
     m_caseConversion->applyCaptions(captions);
     m_replaceConversion->applyCaptions(captions);
-    m_preview->setText(captions.text(CaptionPreview));
-    Command2->setText(captions.text(CaptionRename));
+    m_preview->setText(captions.text(Caption::Preview));
+    Command2->setText(captions.text(Caption::Rename));
     for (QPushButton *button : {m_preview, Command2})
         makeRoomy(button);
     applyToolTips();

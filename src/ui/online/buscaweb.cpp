@@ -12,17 +12,15 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionSearch = 58;
-constexpr int CaptionSearchAgain = 61;
 constexpr int TextLetters = 40; ///< width of the text box in average letters
 
 } // namespace
 
 buscaweb::buscaweb(const Captions &captions, const QString &text, QWidget *parent)
-    : QDialog(parent), busca(new QLineEdit(text, this)), buscar(new QPushButton(captions.text(CaptionSearch), this))
+    : QDialog(parent), busca(new QLineEdit(text, this)), buscar(new QPushButton(captions.text(Caption::Search), this))
 {
     setObjectName(QStringLiteral("buscaweb"));
-    setWindowTitle(captions.text(CaptionSearchAgain));
+    setWindowTitle(captions.text(Caption::SearchAgain));
     busca->setObjectName(QStringLiteral("busca"));
     busca->setAccessibleName(captions.text(Text::NameSearchText));
     busca->setPlaceholderText(captions.text(Text::NameSearchText));

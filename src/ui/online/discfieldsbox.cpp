@@ -12,10 +12,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionGenre = 11;
-constexpr int CaptionYear = 12;
-constexpr int CaptionAlbum = 15;
-constexpr int CaptionArtist = 16;
 constexpr int YearLetters = 8;
 
 QLineEdit *textBox(const char *name, QWidget *parent)
@@ -97,10 +93,10 @@ QWidget *DiscFieldsBox::lastBox() const
 
 void DiscFieldsBox::applyCaptions(const Captions &captions)
 {
-    label1->setText(captions.text(CaptionArtist));
-    label2->setText(captions.text(CaptionAlbum));
-    Label5->setText(captions.text(CaptionYear));
-    Label6->setText(captions.text(CaptionGenre));
+    label1->setText(captions.text(Caption::Artist));
+    label2->setText(captions.text(Caption::Album));
+    Label5->setText(captions.text(Caption::Year));
+    Label6->setText(captions.text(Caption::Genre));
     for (QLineEdit *box : {ta_o, testilo})
         box->setToolTip(captions.text(Text::TipKeepsValue));
 }

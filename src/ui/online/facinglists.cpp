@@ -15,12 +15,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionFiles = 10;
-constexpr int CaptionTrack = 13;
-constexpr int CaptionTime = 48;
-constexpr int CaptionTitle = 54;
-constexpr int CaptionFile = 55;
-
 constexpr int SmallestPanel = 3000; ///< in twips; the titles stay readable
 
 enum FileColumn
@@ -67,10 +61,10 @@ FacingLists::FacingLists(const Captions &captions, QWidget *parent)
 
 void FacingLists::applyCaptions()
 {
-    archivo->setHeaderTexts({m_captions.text(CaptionFile), m_captions.text(CaptionTime)});
-    archivo->setAccessibleName(m_captions.text(CaptionFiles));
+    archivo->setHeaderTexts({m_captions.text(Caption::File), m_captions.text(Caption::Time)});
+    archivo->setAccessibleName(m_captions.text(Caption::Files));
     correlacion->setHeaderTexts(
-        {m_captions.text(CaptionTrack), m_captions.text(CaptionTitle), m_captions.text(CaptionTime)});
+        {m_captions.text(Caption::Track), m_captions.text(Caption::Title), m_captions.text(Caption::Time)});
     correlacion->setAccessibleName(m_captions.text(Text::NameTracks));
     for (RowList *list : {archivo, correlacion}) {
         list->setToolTip(m_captions.text(Text::TipMoveRow));

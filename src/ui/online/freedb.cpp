@@ -34,12 +34,6 @@ namespace {
 constexpr QStringView GeometryKey = u"freedb geometry";
 constexpr QStringView SplitterPositionKey = u"freedb splitter Position";
 
-constexpr int CaptionSave = 18;
-constexpr int CaptionCancel = 60;
-constexpr int CaptionSearchAgain = 61;
-constexpr int CaptionNotFound = 74;
-constexpr int CaptionOnlySelected = 85;
-
 constexpr QSize StartSize(920, 600);
 constexpr int StartPosition = 6700; ///< of the splitter, in twips
 constexpr int TickInterval = 100;   ///< milliseconds
@@ -154,13 +148,13 @@ void freedb::applyCaptions()
     m_fields->applyCaptions(captions);
     sp->applyCaptions();
     pb->setAccessibleName(captions.text(Text::NameProgress));
-    sel->setText(captions.text(CaptionOnlySelected));
+    sel->setText(captions.text(Caption::OnlySelected));
     sel->setToolTip(captions.text(Text::TipOnlySelected));
-    Pic->setText(captions.text(CaptionSearchAgain));
+    Pic->setText(captions.text(Caption::SearchAgain));
     Pic->setToolTip(captions.text(Text::TipSearchAgain));
-    Command2->setText(captions.text(CaptionSave));
+    Command2->setText(captions.text(Caption::SaveTags));
     Command2->setToolTip(captions.text(Text::TipSaveDisc));
-    m_close->setText(captions.text(CaptionCancel));
+    m_close->setText(captions.text(Caption::Cancel));
 }
 
 void freedb::applyIcons()
@@ -275,9 +269,9 @@ void freedb::tellIncomplete(int file, const Error &error)
 void freedb::tellNotFound()
 {
     const Captions &captions = m_context.captions;
-    endLookup(captions.text(CaptionNotFound) + QStringLiteral("; ") + captions.text(Text::LookupHintSearch));
-    auto *box =
-        new QMessageBox(QMessageBox::Information, windowTitle(), captions.text(CaptionNotFound), QMessageBox::Ok, this);
+    endLookup(captions.text(Caption::DiscNotFound) + QStringLiteral("; ") + captions.text(Text::LookupHintSearch));
+    auto *box = new QMessageBox(
+        QMessageBox::Information, windowTitle(), captions.text(Caption::DiscNotFound), QMessageBox::Ok, this);
     box->setObjectName(QStringLiteral("notFound"));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();

@@ -28,25 +28,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionFile = 55;
-constexpr int CaptionCancel = 60;
-constexpr int CaptionTitle = 62;
-constexpr int CaptionDownload = 63;
-constexpr int CaptionFileList = 65;
-constexpr int CaptionStatus = 66;
-constexpr int CaptionFileSize = 67;
-constexpr int CaptionFileName = 68;
-constexpr int CaptionDestination = 69;
-constexpr int CaptionEstimate = 70;
-constexpr int CaptionNewVersion = 71;
-constexpr int CaptionSelectDir = 72;
-constexpr int CaptionFinished = 73;
-constexpr int CaptionDownloading = 87;
-constexpr int CaptionPercent = 88;
-constexpr int CaptionDescription = 89;
-constexpr int CaptionVersion = 90;
-constexpr int CaptionLastVersion = 91;
-
 constexpr QStringView PlaceKey = u"update geometry";
 constexpr QStringView FolderKey = u"update folder"; ///< that was downloaded into last
 constexpr std::chrono::milliseconds EstimateTick = std::chrono::seconds(1);
@@ -185,22 +166,22 @@ void mainform::createLayout()
 void mainform::applyCaptions()
 {
     const Captions &captions = m_context.captions;
-    setWindowTitle(captions.text(CaptionTitle));
-    labeltitle->setText(captions.text(CaptionTitle));
-    frame1->setTitle(captions.text(CaptionStatus));
-    frame2->setTitle(captions.text(CaptionFileList));
-    label1->setText(captions.text(CaptionFileSize));
-    labelfname->setFullText(captions.text(CaptionFileName));
-    labeldest->setFullText(captions.text(CaptionDestination));
-    cmdget->setText(captions.text(CaptionDownload));
+    setWindowTitle(captions.text(Caption::ProgramUpdate));
+    labeltitle->setText(captions.text(Caption::ProgramUpdate));
+    frame1->setTitle(captions.text(Caption::UpdateStatus));
+    frame2->setTitle(captions.text(Caption::FileList));
+    label1->setText(captions.text(Caption::FileSize));
+    labelfname->setFullText(captions.text(Caption::FileName));
+    labeldest->setFullText(captions.text(Caption::Destination));
+    cmdget->setText(captions.text(Caption::Download));
     cmdget->setToolTip(captions.text(Text::TipDownload));
-    m_cancel->setText(captions.text(CaptionCancel));
-    filelist->setHeaderLabels({captions.text(CaptionFile), captions.text(CaptionPercent),
-        captions.text(CaptionDescription), captions.text(CaptionVersion)});
-    filelist->setAccessibleName(captions.text(CaptionFileList));
-    progressbar1->setAccessibleName(captions.text(CaptionDownload));
+    m_cancel->setText(captions.text(Caption::Cancel));
+    filelist->setHeaderLabels({captions.text(Caption::File), captions.text(Caption::Percent),
+        captions.text(Caption::Description), captions.text(Caption::Version)});
+    filelist->setAccessibleName(captions.text(Caption::FileList));
+    progressbar1->setAccessibleName(captions.text(Caption::Download));
     autoupdst->setAccessibleName(captions.text(Text::NameStatusBar));
-    m_download.setLeadingText(captions.text(CaptionStatus) + u": "_s);
+    m_download.setLeadingText(captions.text(Caption::UpdateStatus) + u": "_s);
     const int letter = fontMetrics().averageCharWidth();
     constexpr int FileLetters = 28;
     constexpr int PercentLetters = 12;
@@ -294,8 +275,8 @@ void mainform::showVersions(const VersionFile &file)
     enableControls();
     const Captions &captions = m_context.captions;
     const bool isNewer = isNewerVersion(file.version, m_context.version);
-    const QString text = isNewer ? captions.text(CaptionNewVersion) + u": "_s + file.version
-                                 : captions.text(CaptionLastVersion) + u": "_s + m_context.version;
+    const QString text = isNewer ? captions.text(Caption::NewVersion) + u": "_s + file.version
+                                 : captions.text(Caption::LastVersion) + u": "_s + m_context.version;
     openBox(QMessageBox::Information, "version", text, {}, [](int) {});
 }
 
@@ -335,7 +316,7 @@ QString mainform::chooseFolder()
     QString start = m_context.settings.read(FolderKey);
     if (start.isEmpty() || !QDir(start).exists())
         start = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
-    const QString chosen = m_chooseFolder(m_context.captions.text(CaptionSelectDir), start);
+    const QString chosen = m_chooseFolder(m_context.captions.text(Caption::SelectFolder), start);
     if (chosen.isEmpty())
         return {};
     const QString folder = QDir::toNativeSeparators(chosen);
@@ -348,9 +329,9 @@ void mainform::showBegun(int row, const QString &fileName, const QString &path)
     const Captions &captions = m_context.captions;
     m_row = row;
     m_fileName = fileName;
-    labelstatus1->setFullText(captions.text(CaptionDownloading) + u' ' + fileName);
-    labelfname->setFullText(captions.text(CaptionFileName) + u": "_s + fileName);
-    labeldest->setFullText(captions.text(CaptionDestination) + u": "_s + path);
+    labelstatus1->setFullText(captions.text(Caption::DownloadingFile) + u' ' + fileName);
+    labelfname->setFullText(captions.text(Caption::FileName) + u": "_s + fileName);
+    labeldest->setFullText(captions.text(Caption::Destination) + u": "_s + path);
     labelfs->clear();
     labelst->setFullText({});
     m_estimate->clear();
@@ -389,7 +370,7 @@ void mainform::showEstimate()
     m_rate.measure(std::chrono::milliseconds(m_clock.elapsed()), progress.received());
     const std::optional<qint64> seconds =
         progress.isTotalKnown() ? m_rate.secondsFor(progress.total() - progress.value()) : std::nullopt;
-    m_estimate->setText(seconds ? estimateText(m_context.captions.text(CaptionEstimate), *seconds) : QString());
+    m_estimate->setText(seconds ? estimateText(m_context.captions.text(Caption::EstimatedTime), *seconds) : QString());
 }
 
 void mainform::showDownloaded(const QString &path, bool isChecked)
@@ -414,7 +395,7 @@ void mainform::showDownloaded(const QString &path, bool isChecked)
 void mainform::showFinished(bool hasReachedEnd)
 {
     if (hasReachedEnd)
-        labelst->setFullText(m_context.captions.text(CaptionFinished));
+        labelst->setFullText(m_context.captions.text(Caption::DownloadFinished));
     enableControls();
 }
 

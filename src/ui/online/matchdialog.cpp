@@ -17,13 +17,6 @@ namespace ravlin {
 
 namespace {
 
-constexpr int CaptionTrack = 13;
-constexpr int CaptionAlbum = 15;
-constexpr int CaptionArtist = 16;
-constexpr int CaptionTime = 48;
-constexpr int CaptionTitle = 54;
-constexpr int CaptionOk = 59;
-constexpr int CaptionCancel = 60;
 constexpr int MostReadAhead = 10; ///< discs that are read without being asked for
 constexpr QSize StartSize(680, 480);
 
@@ -99,12 +92,12 @@ MatchDialog::MatchDialog(
 void MatchDialog::createControls(const Captions &captions)
 {
     m_matches = table("matches",
-        {captions.text(CaptionArtist), captions.text(CaptionAlbum), captions.text(Text::MatchCategory),
+        {captions.text(Caption::Artist), captions.text(Caption::Album), captions.text(Text::MatchCategory),
             captions.text(Text::MatchTracks), captions.text(Text::MatchDifference)},
         {Artist, Album}, this);
     m_matches->setAccessibleName(captions.text(Text::NameMatches));
     m_tracks = table("matchTracks",
-        {captions.text(CaptionTrack), captions.text(CaptionTitle), captions.text(CaptionTime),
+        {captions.text(Caption::Track), captions.text(Caption::Title), captions.text(Caption::Time),
             captions.text(Text::MatchDifference)},
         {Title}, this);
     m_tracks->setAccessibleName(captions.text(Text::NameTracks));
@@ -113,11 +106,11 @@ void MatchDialog::createControls(const Captions &captions)
     m_status->setObjectName(QStringLiteral("matchStatus"));
     m_status->setTextFormat(Qt::PlainText);
     m_status->setWordWrap(true);
-    m_ok = new QPushButton(captions.text(CaptionOk), this);
+    m_ok = new QPushButton(captions.text(Caption::Ok), this);
     m_ok->setObjectName(QStringLiteral("matchOk"));
     m_ok->setDefault(true);
     m_ok->setEnabled(false);
-    m_cancel = new QPushButton(captions.text(CaptionCancel), this);
+    m_cancel = new QPushButton(captions.text(Caption::Cancel), this);
     m_cancel->setObjectName(QStringLiteral("matchCancel"));
     connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
     connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);

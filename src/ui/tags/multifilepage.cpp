@@ -26,13 +26,6 @@
 
 namespace ravlin {
 
-namespace {
-
-constexpr int CaptionSave = 18;
-constexpr int CaptionLowSpace = 86;
-
-} // namespace
-
 MultiFilePage::MultiFilePage(const MultiFilePageContext &context, QWidget *parent)
     : PageArea(parent), m_context(context)
 {
@@ -72,8 +65,9 @@ void MultiFilePage::createControls()
     guardAgainstWheel(cmestilo);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
-    m_fields = {{{16, chmartista, Tmartista}, {12, chma_o, tma_o}, {15, chmalbum, tmalbum}, {11, chmestilo, cmestilo},
-        {14, chmcomentarios, tmcomentarios}, {17, chmpista, tmpista}}};
+    m_fields = {{{Caption::Artist, chmartista, Tmartista}, {Caption::Year, chma_o, tma_o},
+        {Caption::Album, chmalbum, tmalbum}, {Caption::Genre, chmestilo, cmestilo},
+        {Caption::Comment, chmcomentarios, tmcomentarios}, {Caption::AutoTrack, chmpista, tmpista}}};
 }
 
 QWidget *MultiFilePage::createContent()
@@ -170,7 +164,7 @@ void MultiFilePage::applyCaptions()
     }
     m_caseConversion->applyCaptions(captions);
     m_replaceConversion->applyCaptions(captions);
-    multiple->setText(captions.text(CaptionSave));
+    multiple->setText(captions.text(Caption::SaveTags));
     makeRoomy(multiple);
     applyToolTips();
     selectionChanged();
@@ -236,7 +230,7 @@ void MultiFilePage::run()
         return;
     showConverted(edit.page().boxes);
     if (outcome.hasError(ErrorCode::LowSpace))
-        m_context.owner.showError(m_context.captions.text(CaptionLowSpace));
+        m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();
     Q_EMIT finished();
 }

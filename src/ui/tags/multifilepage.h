@@ -64,7 +64,7 @@ private:
     /// A check box, the box that it opens, and the caption of both.
     struct Field
     {
-        int caption;
+        Caption caption;
         QCheckBox *check;
         QWidget *box;
     };

@@ -24,17 +24,6 @@
 
 namespace ravlin {
 
-namespace {
-
-constexpr int CaptionPrevious = 1;
-constexpr int CaptionNext = 2;
-constexpr int CaptionSave = 18;
-constexpr int CaptionRemoveV1 = 51;
-constexpr int CaptionRemoveV2 = 52;
-constexpr int CaptionLowSpace = 86;
-
-} // namespace
-
 SingleFilePage::SingleFilePage(const SingleFilePageContext &context, QWidget *parent)
     : PageArea(parent), m_context(context), m_streamReader(context.fileSystem)
 {
@@ -77,9 +66,10 @@ void SingleFilePage::createControls()
     m_fileName->setFont(bold);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
-    m_fields = {{{54, new QLabel(this), Ttitulo}, {13, new QLabel(this), Tpista}, {16, new QLabel(this), tartista},
-        {12, new QLabel(this), ta_o}, {15, new QLabel(this), talbum}, {11, new QLabel(this), cestilo},
-        {14, new QLabel(this), tcomentarios}}};
+    m_fields = {{{Caption::Title, new QLabel(this), Ttitulo}, {Caption::Track, new QLabel(this), Tpista},
+        {Caption::Artist, new QLabel(this), tartista}, {Caption::Year, new QLabel(this), ta_o},
+        {Caption::Album, new QLabel(this), talbum}, {Caption::Genre, new QLabel(this), cestilo},
+        {Caption::Comment, new QLabel(this), tcomentarios}}};
     for (const FieldLabel &field : m_fields)
         field.label->setBuddy(field.field);
 }
@@ -146,8 +136,8 @@ void SingleFilePage::connectControls()
     connect(edita, &QPushButton::clicked, this, &SingleFilePage::save);
     connect(nfile, &QPushButton::clicked, this, [this] { step(1); });
     connect(pfile, &QPushButton::clicked, this, [this] { step(-1); });
-    connect(eliminav1, &QPushButton::clicked, this, [this] { removeTag(CaptionRemoveV1, &TagStore::RemoveV1); });
-    connect(eliminav2, &QPushButton::clicked, this, [this] { removeTag(CaptionRemoveV2, &TagStore::RemoveV2); });
+    connect(eliminav1, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV1, &TagStore::RemoveV1); });
+    connect(eliminav2, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV2, &TagStore::RemoveV2); });
     connect(&m_streamReader, &StreamDetailsReader::ready, m_streamPanel, &StreamPanel::show);
 }
 
@@ -167,12 +157,12 @@ void SingleFilePage::applyCaptions()
         field.label->setText(captions.text(field.caption));
         field.field->setAccessibleName(captions.text(field.caption));
     }
-    pfile->setText(captions.text(CaptionPrevious));
-    nfile->setText(captions.text(CaptionNext));
-    edita->setText(captions.text(CaptionSave));
+    pfile->setText(captions.text(Caption::PreviousFile));
+    nfile->setText(captions.text(Caption::NextFile));
+    edita->setText(captions.text(Caption::SaveTags));
     makeRoomy(edita);
-    eliminav1->setText(captions.text(CaptionRemoveV1));
-    eliminav2->setText(captions.text(CaptionRemoveV2));
+    eliminav1->setText(captions.text(Caption::RemoveV1));
+    eliminav2->setText(captions.text(Caption::RemoveV2));
     m_conversion->applyCaptions(captions);
     m_streamPanel->applyCaptions(captions);
 
@@ -292,7 +282,7 @@ void SingleFilePage::save()
         return;
     showPage(pageSave.page());
     if (outcome.hasError(ErrorCode::LowSpace))
-        m_context.owner.showError(m_context.captions.text(CaptionLowSpace));
+        m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     listAgain();
 }
 
@@ -303,7 +293,7 @@ void SingleFilePage::step(qsizetype rows)
     tartista->setFocus();
 }
 
-void SingleFilePage::removeTag(int caption, Result<void> (TagStore::*remove)(const QString &))
+void SingleFilePage::removeTag(Caption caption, Result<void> (TagStore::*remove)(const QString &))
 {
     const QStringList paths = m_context.owner.selectedPaths();
     if (!m_context.owner.ask(m_context.captions.text(caption) + u'?'))

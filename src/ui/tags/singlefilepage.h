@@ -73,7 +73,7 @@ private:
 
     void save();
     void step(qsizetype rows);
-    void removeTag(int caption, Result<void> (TagStore::*remove)(const QString &));
+    void removeTag(Caption caption, Result<void> (TagStore::*remove)(const QString &));
     void listAgain();
 
     TagRecord page() const;
@@ -104,7 +104,7 @@ private:
 
     struct FieldLabel
     {
-        int caption;
+        Caption caption;
         QLabel *label;
         QWidget *field;
     };

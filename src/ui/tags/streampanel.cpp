@@ -11,7 +11,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr int FirstCaption = 47; ///< "mode:", then "time:", "frequency:" and "size:"
+constexpr std::array LineCaptions{Caption::Mode, Caption::Time, Caption::Frequency, Caption::Size};
 constexpr std::array Names{"mode", "time", "frequency", "size"};
 
 } // namespace
@@ -38,7 +38,7 @@ StreamPanel::StreamPanel(QWidget *parent) : QWidget(parent)
 void StreamPanel::applyCaptions(const Captions &captions)
 {
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        const QString caption = captions.text(FirstCaption + static_cast<int>(i));
+        const QString caption = captions.text(LineCaptions[i]);
         m_lines[i].caption->setText(caption);
         m_lines[i].value->setAccessibleDescription(caption);
     }

@@ -18,6 +18,11 @@ namespace {
 
 const QStringList LanguageNames{u"english"_s, u"spanish"_s, u"french"_s};
 
+Caption numbered(int number)
+{
+    return static_cast<Caption>(number);
+}
+
 Captions filled(const QString &language)
 {
     Captions captions;
@@ -62,9 +67,9 @@ void TestIdiomas::everyCaptionLetterForLetter()
         const QStringList cells = QString::fromUtf8(line).split(u'\t');
         QCOMPARE(cells.size(), 4);
         QCOMPARE(cells[0].toInt(), ++number);
-        QCOMPARE(english.text(number), cells[1]);
-        QCOMPARE(spanish.text(number), cells[2]);
-        QCOMPARE(french.text(number), cells[3]);
+        QCOMPARE(english.text(numbered(number)), cells[1]);
+        QCOMPARE(spanish.text(numbered(number)), cells[2]);
+        QCOMPARE(french.text(numbered(number)), cells[3]);
     }
     QCOMPARE(number, 91);
 }
@@ -74,19 +79,19 @@ void TestIdiomas::spotValues()
     const Captions english = filled(u"english"_s);
     const Captions spanish = filled(u"spanish"_s);
     const Captions french = filled(u"french"_s);
-    QCOMPARE(english.text(1), u"&previous"_s);
-    QCOMPARE(spanish.text(5), u"MAYÚSCULAS"_s);
-    QCOMPARE(french.text(9), u"underscores ben espaces"_s);
-    QCOMPARE(french.text(12), u"années"_s);
-    QCOMPARE(french.text(44), u"nom de fichier mp3 vers tag i"_s);
-    QCOMPARE(french.text(62), u"mise à jour ravlin!"_s);
-    QCOMPARE(french.text(71), u"nouvelle versionon"_s);
-    QCOMPARE(english.text(76), u"lenguage"_s);
-    QCOMPARE(spanish.text(82), u"guarda id3v2 y borra id3v1"_s);
-    QCOMPARE(english.text(91), u"you have the last version"_s);
+    QCOMPARE(english.text(numbered(1)), u"&previous"_s);
+    QCOMPARE(spanish.text(numbered(5)), u"MAYÚSCULAS"_s);
+    QCOMPARE(french.text(numbered(9)), u"underscores ben espaces"_s);
+    QCOMPARE(french.text(numbered(12)), u"années"_s);
+    QCOMPARE(french.text(numbered(44)), u"nom de fichier mp3 vers tag i"_s);
+    QCOMPARE(french.text(numbered(62)), u"mise à jour ravlin!"_s);
+    QCOMPARE(french.text(numbered(71)), u"nouvelle versionon"_s);
+    QCOMPARE(english.text(numbered(76)), u"lenguage"_s);
+    QCOMPARE(spanish.text(numbered(82)), u"guarda id3v2 y borra id3v1"_s);
+    QCOMPARE(english.text(numbered(91)), u"you have the last version"_s);
     for (const Captions *captions : {&english, &spanish, &french}) {
         for (int number = 1; number <= 91; ++number)
-            QCOMPARE(captions->text(number).isEmpty(), number == 46);
+            QCOMPARE(captions->text(numbered(number)).isEmpty(), number == 46);
     }
 }
 
@@ -95,7 +100,7 @@ void TestIdiomas::captionsAreEmptyAtFirst()
     const Captions captions;
     QCOMPARE(captions.languageName(), u"english"_s);
     for (int number = 1; number <= 91; ++number)
-        QCOMPARE(captions.text(number), QString());
+        QCOMPARE(captions.text(numbered(number)), QString());
 }
 
 void TestIdiomas::anUnknownLanguageChangesNothing()
@@ -104,13 +109,13 @@ void TestIdiomas::anUnknownLanguageChangesNothing()
         Captions captions;
         captions.setLanguageName(unknown);
         captions.fill();
-        QCOMPARE(captions.text(1), QString());
+        QCOMPARE(captions.text(numbered(1)), QString());
 
         captions.setLanguageName(u"french"_s);
         captions.fill();
         captions.setLanguageName(unknown);
         captions.fill();
-        QCOMPARE(captions.text(2), u"s&uivant"_s);
+        QCOMPARE(captions.text(numbered(2)), u"s&uivant"_s);
         QCOMPARE(captions.text(Text::ErrorNoSpace), u"le disque est plein"_s);
         QCOMPARE(captions.languageName(), unknown);
     }
@@ -120,10 +125,10 @@ void TestIdiomas::aNewLanguageTakesEffectWithTheFill()
 {
     Captions captions = filled(u"english"_s);
     captions.setLanguageName(u"spanish"_s);
-    QCOMPARE(captions.text(10), u"files"_s);
+    QCOMPARE(captions.text(numbered(10)), u"files"_s);
     QCOMPARE(captions.text(Text::ErrorNoSpace), u"the disk is full"_s);
     captions.fill();
-    QCOMPARE(captions.text(10), u"archivos"_s);
+    QCOMPARE(captions.text(numbered(10)), u"archivos"_s);
     QCOMPARE(captions.text(Text::ErrorNoSpace), u"el disco está lleno"_s);
 }
 
@@ -131,7 +136,7 @@ void TestIdiomas::numbersOutsideAreEmpty()
 {
     const Captions captions = filled(u"english"_s);
     for (const int number : {0, -1, 92, 1000000})
-        QCOMPARE(captions.text(number), QString());
+        QCOMPARE(captions.text(numbered(number)), QString());
 }
 
 void TestIdiomas::codesAndNames()
@@ -173,7 +178,7 @@ void TestIdiomas::languageAtStart()
     Captions captions = filled(u"french"_s); // whatever it was before
     captions.chooseAtStart(settings);
     QTEST(captions.languageName(), "language");
-    QTEST(captions.text(10), "files");
+    QTEST(captions.text(numbered(10)), "files");
 }
 
 void TestIdiomas::furtherTextsAreThereInEveryLanguage()

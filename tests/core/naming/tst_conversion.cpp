@@ -32,10 +32,12 @@ private Q_SLOTS:
 
     void captions()
     {
-        QCOMPARE(conversionCaption(ConversionKind::Case), 3);
-        QCOMPARE(conversionCaption(ConversionKind::Replace), 4);
-        QCOMPARE(conversionEntryCaptions(ConversionKind::Case), (QList{5, 6, 7}));
-        QCOMPARE(conversionEntryCaptions(ConversionKind::Replace), (QList{8, 9}));
+        QCOMPARE(conversionCaption(ConversionKind::Case), Caption::ConvertCase);
+        QCOMPARE(conversionCaption(ConversionKind::Replace), Caption::ConvertReplace);
+        QCOMPARE(conversionEntryCaptions(ConversionKind::Case),
+            (QList{Caption::CaseUpper, Caption::CaseLower, Caption::CaseCapitalize}));
+        QCOMPARE(conversionEntryCaptions(ConversionKind::Replace),
+            (QList{Caption::ReplaceSpaces, Caption::ReplaceUnderscores}));
     }
 
     void applying()

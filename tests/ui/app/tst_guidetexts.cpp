@@ -76,7 +76,7 @@ bool isShown(const QString &text, const Captions &captions)
     if (text == u"tags" || text == u"email") // the same in every language
         return true;
     for (int number = 1; number <= CaptionCount; ++number) {
-        if (captions.text(number).remove(u'&') == text)
+        if (captions.text(static_cast<Caption>(number)).remove(u'&') == text)
             return true;
     }
     for (int number = 0; number < TextCount; ++number) {

@@ -184,8 +184,10 @@ class Spoken
 public:
     explicit Spoken(const Captions &captions)
     {
-        for (int number = 1; number <= CaptionCount; ++number)
-            m_texts << captions.text(number) << captions.text(number).remove(u'&');
+        for (int number = 1; number <= CaptionCount; ++number) {
+            const QString text = captions.text(static_cast<Caption>(number));
+            m_texts << text << QString(text).remove(u'&');
+        }
         for (int i = 0; i < TextCount; ++i) {
             const QString text = captions.text(static_cast<Text>(i));
             if (!text.contains(u'%')) {
@@ -196,7 +198,8 @@ public:
             const QString pattern = QRegularExpression::escape(text).replace(place, u".*"_s);
             m_patterns << QRegularExpression(QRegularExpression::anchoredPattern(pattern));
         }
-        for (const auto &[first, second] : {std::pair(16, 54), std::pair(13, 54), std::pair(16, 15)}) // naming rules
+        for (const auto &[first, second] : {std::pair(Caption::Artist, Caption::Title),
+                 std::pair(Caption::Track, Caption::Title), std::pair(Caption::Artist, Caption::Album)}) // naming rules
             m_texts << captions.text(first) + u" - "_s + captions.text(second);
         for (const auto &table : {renamePlaceholders(), extractionPlaceholders(), folderPlaceholders()}) {
             for (const Placeholder &placeholder : table)

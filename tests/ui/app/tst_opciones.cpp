@@ -230,7 +230,7 @@ private Q_SLOTS:
         open();
         QCOMPARE(list(u"cidioma"_s)->currentText(), u"english"_s);
         QCOMPARE(m_program->captions.languageName(), u"english"_s);
-        QCOMPARE(m_program->captions.text(31), u"options"_s);
+        QCOMPARE(m_program->captions.text(Caption::Options), u"options"_s);
     }
 
     void theStoredLanguageIsShown_data()
@@ -287,7 +287,7 @@ private Q_SLOTS:
         field(u"tserver"_s)->setText(u"cd.example.org"_s);
         press(u"cancel"_s);
         QCOMPARE(m_program->captions.languageName(), u"french"_s);
-        QCOMPARE(m_program->captions.text(60), u"annuler"_s);
+        QCOMPARE(m_program->captions.text(Caption::Cancel), u"annuler"_s);
         QCOMPARE(QCoreApplication::translate("QPlatformTheme", "&Yes"), u"&Oui"_s);
         QCOMPARE(stored(u"idioma"_s), u"es"_s);
         QCOMPARE(file(), before);

@@ -35,14 +35,14 @@ private:
             control<QLabel>(u"size"_s)->text(), control<QLabel>(u"time"_s)->text(),
             control<QLabel>(u"time"_s)->toolTip()};
         for (int number = 1; number <= CaptionCount; ++number)
-            allowed << captions.text(number);
+            allowed << captions.text(static_cast<Caption>(number));
         for (int text = 0; text < TextCount; ++text) {
             const QString words = captions.text(static_cast<Text>(text));
             allowed << (words.contains(u"%1"_s) ? words.arg(2) : words);
         }
-        allowed << u"3 "_s + captions.text(10);
-        for (const int field : {13, 16}) // the rules of the renaming
-            allowed << captions.text(field) + u" - "_s + captions.text(54);
+        allowed << u"3 "_s + captions.text(Caption::Files);
+        for (const Caption field : {Caption::Track, Caption::Artist}) // the rules of the renaming
+            allowed << captions.text(field) + u" - "_s + captions.text(Caption::Title);
         for (const auto &table : {renamePlaceholders(), extractionPlaceholders()}) {
             for (const Placeholder &placeholder : table)
                 allowed << placeholderLabel(placeholder, captions.text(placeholder.caption));
@@ -171,7 +171,7 @@ private Q_SLOTS:
         speak(language);
         const QSet<QString> allowed = allowedTexts();
         const QStringList shown = shownTexts();
-        QVERIFY(shown.contains(m_program->captions.text(39)));
+        QVERIFY(shown.contains(m_program->captions.text(Caption::SingleFileTab)));
         for (const QString &text : shown)
             QVERIFY2(allowed.contains(text), qPrintable(text));
     }

@@ -230,7 +230,8 @@ private Q_SLOTS:
         QTEST(texts, "texts");
         bool isBuddied = false;
         for (const QLabel *text : m_page->findChildren<QLabel *>())
-            isBuddied = isBuddied || (text->buddy() == pattern() && text->text() == m_captions.text(24));
+            isBuddied =
+                isBuddied || (text->buddy() == pattern() && text->text() == m_captions.text(Caption::FileNameMask));
         QVERIFY(isBuddied);
     }
 };
