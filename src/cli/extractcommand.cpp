@@ -36,7 +36,7 @@ int saveRun(const QStringList &paths, const QString &pattern, int mode, Console 
     SavingRun run(mode);
     const auto warn = [&console](
                           const QString &path, const TagRecord &record) { warnOfTextsNotSaved(path, record, console); };
-    const ExtractionOutcome outcome = runExtraction(paths, pattern, run.store(), run.state(), run, warn);
+    const ExtractionOutcome outcome = runExtraction(paths, pattern, run.store(), run.state(), run.preparing(), warn);
     for (qsizetype row = 0; row < outcome.rows.takenCount(); ++row) {
         if (outcome.rows.outcome(row) == RowOutcome::Done && !outcome.isWritten[static_cast<std::size_t>(row)])
             console.warn(paths[row] + u": the name does not fit the pattern, the file stays as it is"_s);

@@ -136,7 +136,7 @@ private:
 
     Result<void> save(SavingRun &run, const QString &path, const DiscFields &fields, const DiscRow &row)
     {
-        run.advance(path);
+        run.prepareFor(path);
         TagRecord record;
         if (const Result<void> read = run.store().ReadTag(path, record);
             !read && read.error().code != ErrorCode::GenreOutOfRange)

@@ -89,7 +89,7 @@ int saveRun(const QStringList &paths, MultiEdit &edit, int mode, Console &consol
     SavingRun run(mode);
     const auto warn = [&console](
                           const QString &path, const TagRecord &record) { warnOfTextsNotSaved(path, record, console); };
-    const BatchOutcome outcome = runMultiEdit(paths, edit, run.store(), run.state(), run, warn);
+    const BatchOutcome outcome = runMultiEdit(paths, edit, run.store(), run.state(), run.preparing(), warn);
     tellFailures(paths, outcome, console);
     return console.status();
 }

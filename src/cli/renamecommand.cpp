@@ -88,8 +88,7 @@ int runRename(const Arguments &arguments, Console &console)
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     const QStringList paths = isDry ? arguments.paths() : broughtBack(fileSystem, arguments.paths());
     ProgramState state;
-    SilentProgress progress;
-    const std::vector<PreviewRow> rows = previewRenaming(paths, *rule, TagStore(state, fileSystem), progress);
+    const std::vector<PreviewRow> rows = previewRenaming(paths, *rule, TagStore(state, fileSystem));
     for (const PreviewRow &row : rows) {
         if (row.problem)
             console.fail(row.path, *row.problem);
@@ -97,7 +96,7 @@ int runRename(const Arguments &arguments, Console &console)
     RenamingPlan plan(fileSystem, renameWishes(rows, *rule));
     plan.answerAll(*answer);
     if (!isDry) {
-        tellOutcome(runRenaming(fileSystem, plan, progress), console);
+        tellOutcome(runRenaming(fileSystem, plan), console);
         return console.status();
     }
     RecordWriter writer(

@@ -108,8 +108,7 @@ int runRenameDir(const Arguments &arguments, Console &console)
             writer.write(renameRecord(rename->plan.rows().front(), rename->tag));
         writer.finish();
     } else if (rename) {
-        SilentProgress progress;
-        tellOutcome(runRenaming(platform::FileSystem::native(), rename->plan, progress), console);
+        tellOutcome(runRenaming(platform::FileSystem::native(), rename->plan), console);
     }
     return console.status();
 }

@@ -25,10 +25,4 @@ QString reasonOf(const RenameRow &row);
 /// Tells of every row that did not get the name that the rule gave it.
 void tellOutcome(const RenamingOutcome &outcome, Console &console);
 
-class SilentProgress final : public BatchProgress
-{
-public:
-    void advance(const QString &) override {}
-};
-
 } // namespace ravlin::cli

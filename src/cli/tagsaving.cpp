@@ -70,7 +70,7 @@ void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &
     }
 }
 
-void SavingRun::advance(const QString &path)
+void SavingRun::prepareFor(const QString &path)
 {
     constexpr qint64 Megabyte = 1024 * 1024;
     m_cleaner.cleanFolderOf(path);

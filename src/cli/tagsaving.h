@@ -35,12 +35,18 @@ void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &
 
 /// A batch that saves tags of files in any folders: before each it clears its folder of what interrupted writes left
 /// and asks for the free space of its drive.
-class SavingRun : public BatchProgress
+class SavingRun
 {
 public:
     explicit SavingRun(int mode) { m_state.tagSaveMode = mode; }
 
-    void advance(const QString &path) override;
+    /// Before a file is saved.
+    void prepareFor(const QString &path);
+    /// Prepares for each file that a batch reports.
+    ProgressReport preparing()
+    {
+        return [this](const Progress &now) { prepareFor(now.path); };
+    }
 
     const ProgramState &state() const { return m_state; }
     TagStore &store() { return m_store; }

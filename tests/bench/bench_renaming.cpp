@@ -26,12 +26,6 @@ int fileCount()
     return valid && count > 0 ? count : 10000;
 }
 
-class SilentProgress final : public BatchProgress
-{
-public:
-    void advance(const QString &) override {}
-};
-
 /// Files that alternate between two names each.
 class Collection
 {
@@ -68,8 +62,7 @@ void ours(benchmark::State &state)
             wishes.push_back(wishForFile(files.from()[i], to.mid(to.lastIndexOf(platform::Separator) + 1)));
         }
         const RenamingPlan plan(native, std::move(wishes));
-        SilentProgress progress;
-        const RenamingOutcome outcome = runRenaming(native, plan, progress);
+        const RenamingOutcome outcome = runRenaming(native, plan);
         if (outcome.renames.size() != static_cast<std::size_t>(files.from().size()))
             state.SkipWithError("a file was not renamed");
         files.turn();

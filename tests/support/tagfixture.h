@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/app/batch.h"
+#include "core/app/progress.h"
 #include "core/tags/store/tagstore.h"
 #include "support/mp3builder.h"
 
@@ -13,10 +13,13 @@
 namespace ravlin::test {
 
 /// Keeps the rows that a batch told of.
-class ProgressRecorder : public BatchProgress
+class ProgressRecorder
 {
 public:
-    void advance(const QString &path) override { paths << path; }
+    operator ProgressReport()
+    {
+        return [this](const Progress &now) { paths << now.path; };
+    }
 
     QStringList paths;
 };

@@ -66,11 +66,6 @@ QString missingDrive()
     return {};
 }
 
-struct NoProgress final : BatchProgress
-{
-    void advance(const QString &) override {}
-};
-
 /// Nobody is asked anything but whether files are to be deleted for good.
 class Host final : public FileOperationHost
 {
@@ -82,7 +77,7 @@ public:
         asked += paths;
         return false;
     }
-    bool runLong(OperationKind, const std::function<void(const TransferOptions &)> &work) override
+    bool runLong(OperationKind, const std::function<void(const Watch &)> &work) override
     {
         work({});
         return true;
@@ -109,8 +104,7 @@ private:
         NamingRule rule;
         rule.mode = NamingRule::Pattern;
         rule.pattern = pattern;
-        NoProgress progress;
-        return planFileRenaming(paths, rule, m_store, files(), progress);
+        return planFileRenaming(paths, rule, m_store, files());
     }
     static QString addSong(const test::ScratchFolder &folder, const QString &name, const QString &artist,
         const QString &album, const QString &title)
@@ -139,8 +133,7 @@ private Q_SLOTS:
         const QString song = addSong(scratch, u"a.mp3"_s, u"AC/DC"_s, u"High\\way"_s, u"T/N\\T"_s);
         const FileRenaming renaming = plan({song}, pattern);
         QCOMPARE(newNameOf(renaming.rows.front(), renaming.plan.rows().front()), u"ACDC\\Highway\\TNT.mp3"_s);
-        NoProgress progress;
-        QCOMPARE(runRenaming(files(), renaming.plan, progress).count(RenameState::Rename), 1U);
+        QCOMPARE(runRenaming(files(), renaming.plan).count(RenameState::Rename), 1U);
         QCOMPARE(test::snapshotOf(scratch.path()).keys(),
             (QStringList{u"ACDC"_s, u"ACDC/Highway"_s, u"ACDC/Highway/TNT.mp3"_s}));
     }
@@ -155,8 +148,7 @@ private Q_SLOTS:
             record.Album = album;
             const auto wish = folderRenameWish(scratch.path(u"New"_s), record, {true, false, {}});
             QCOMPARE(wish->problem, platform::NameProblem::LeadsOutside);
-            NoProgress progress;
-            runRenaming(files(), RenamingPlan(files(), {*wish}), progress);
+            runRenaming(files(), RenamingPlan(files(), {*wish}));
             QCOMPARE(test::snapshotOf(scratch.path()).keys(), (QStringList{u"A"_s, u"New"_s}));
         }
     }
@@ -179,10 +171,9 @@ private Q_SLOTS:
         const QString song = addSong(scratch, u"sol.MP3"_s, u"Ana"_s, u"Uno"_s, u"SOL"_s);
         const FileRenaming renaming = plan({song}, u"%3"_s);
         QCOMPARE(renaming.plan.rows().front().state, RenameState::Rename);
-        NoProgress progress;
-        const RenamingOutcome outcome = runRenaming(files(), renaming.plan, progress);
+        const RenamingOutcome outcome = runRenaming(files(), renaming.plan);
         QCOMPARE(scratch.names(), QStringList{u"SOL.mp3"_s});
-        undoRenaming(files(), outcome.renames, outcome.foldersMade, progress);
+        undoRenaming(files(), outcome.renames, outcome.foldersMade);
         QCOMPARE(scratch.names(), QStringList{u"sol.MP3"_s});
     }
 

@@ -28,14 +28,15 @@ bool BatchOutcome::hasError(ErrorCode code) const
         m_taken.begin(), m_taken.end(), [code](const Result<void> &row) { return !row && row.error().code == code; });
 }
 
-BatchOutcome runBatch(const QStringList &paths, const ProgramState &state, BatchProgress &progress, const RowWork &work,
-    BatchPolicy policy)
+BatchOutcome runBatch(const QStringList &paths, const ProgramState &state, const ProgressReport &progress,
+    const RowWork &work, BatchPolicy policy)
 {
     BatchOutcome outcome(paths.size());
     for (const QString &path : paths) {
         if (state.cancelled && policy.onCancelled == OnCancelled::StopTaking)
             break;
-        progress.advance(path);
+        if (progress)
+            progress({outcome.takenCount() + 1, paths.size(), path});
         Result<void> result = work(path);
         const bool failed = !result;
         outcome.add(std::move(result));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/app/programstate.h"
+#include "core/app/progress.h"
 #include "core/platform/error.h"
 
 #include <QString>
@@ -11,15 +12,6 @@
 #include <vector>
 
 namespace ravlin {
-
-/// Is told which row a batch has come to. Called on the thread that the batch runs on.
-class BatchProgress
-{
-public:
-    virtual ~BatchProgress() = default;
-    /// The batch turns to one more row, whose file is at path.
-    virtual void advance(const QString &path) = 0;
-};
 
 enum class OnFailure
 {
@@ -76,11 +68,11 @@ private:
 /// Does the work of one row, on the batch's thread.
 using RowWork = std::function<Result<void>(const QString &path)>;
 
-/// Does the work for every path in order, telling the progress of each row as it is taken.
+/// Does the work for every path in order. Reports each row before its work; done counts it already.
 ///
 /// Meant for a worker thread. The state is the batch's until it returns: the work may set its flags, and no other
 /// thread may touch it meanwhile. Shows nothing.
-BatchOutcome runBatch(const QStringList &paths, const ProgramState &state, BatchProgress &progress, const RowWork &work,
-    BatchPolicy policy);
+BatchOutcome runBatch(const QStringList &paths, const ProgramState &state, const ProgressReport &progress,
+    const RowWork &work, BatchPolicy policy);
 
 } // namespace ravlin

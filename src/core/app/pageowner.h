@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/app/batch.h"
+#include "core/app/progress.h"
 
 #include <QString>
 #include <QStringList>
@@ -36,7 +36,7 @@ public:
     /// Returns when the work is done; until then the window paints but takes no input. False, with nothing done, while
     /// other work is under way.
     [[nodiscard]] virtual bool runWithProgress(
-        qsizetype rowCount, const std::function<void(BatchProgress &)> &work) = 0;
+        qsizetype rowCount, const std::function<void(const ProgressReport &)> &work) = 0;
 
     /// A box with the buttons yes and no. True: yes.
     virtual bool ask(const QString &question) = 0;

@@ -81,7 +81,7 @@ Result<Extraction> prepareExtraction(const QString &path, const QString &pattern
 }
 
 ExtractionOutcome runExtraction(const QStringList &paths, const QString &pattern, TagStore &store,
-    const ProgramState &state, BatchProgress &progress, const RecordSaved &saved)
+    const ProgramState &state, const ProgressReport &progress, const RecordSaved &saved)
 {
     constexpr BatchPolicy PassingOverFailures{OnFailure::GoOn, OnCancelled::StopTaking};
     std::vector<bool> isWritten;

@@ -48,6 +48,6 @@ struct ExtractionOutcome
 /// Extracts and saves file after file. One that fails is passed over, but no further one is taken once the cancelled
 /// flag is set. On the thread that calls; see runBatch.
 ExtractionOutcome runExtraction(const QStringList &paths, const QString &pattern, TagStore &store,
-    const ProgramState &state, BatchProgress &progress, const RecordSaved &saved = {});
+    const ProgramState &state, const ProgressReport &progress, const RecordSaved &saved = {});
 
 } // namespace ravlin

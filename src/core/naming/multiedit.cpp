@@ -84,7 +84,7 @@ Result<TagRecord> MultiEdit::edit(const QString &path, TagStore &store)
 }
 
 BatchOutcome runMultiEdit(const QStringList &paths, MultiEdit &edit, TagStore &store, const ProgramState &state,
-    BatchProgress &progress, const RecordSaved &saved)
+    const ProgressReport &progress, const RecordSaved &saved)
 {
     const auto work = [&](const QString &path) -> Result<void> {
         const Result<TagRecord> record = edit.edit(path, store);

@@ -64,6 +64,6 @@ private:
 /// Edits file after file. The first failure ends the run, and none is taken once the cancelled flag is set; see
 /// runBatch.
 BatchOutcome runMultiEdit(const QStringList &paths, MultiEdit &edit, TagStore &store, const ProgramState &state,
-    BatchProgress &progress, const RecordSaved &saved = {});
+    const ProgressReport &progress, const RecordSaved &saved = {});
 
 } // namespace ravlin

@@ -22,12 +22,13 @@ PreviewRow unreadableRow(const QString &path, const Error &error)
 }
 
 template <typename MakeRow>
-std::vector<PreviewRow> rowsOf(const QStringList &paths, BatchProgress &progress, MakeRow makeRow)
+std::vector<PreviewRow> rowsOf(const QStringList &paths, const ProgressReport &progress, MakeRow makeRow)
 {
     std::vector<PreviewRow> rows;
     rows.reserve(static_cast<std::size_t>(paths.size()));
     for (const QString &path : paths) {
-        progress.advance(path);
+        if (progress)
+            progress({static_cast<qsizetype>(rows.size()) + 1, paths.size(), path});
         rows.push_back(makeRow(path));
     }
     return rows;
@@ -68,13 +69,13 @@ PreviewRow previewRenaming(const QString &path, const NamingRule &rule, const Ta
 }
 
 std::vector<PreviewRow> previewExtraction(
-    const QStringList &paths, const QString &pattern, const TagStore &store, BatchProgress &progress)
+    const QStringList &paths, const QString &pattern, const TagStore &store, const ProgressReport &progress)
 {
     return rowsOf(paths, progress, [&](const QString &path) { return previewExtraction(path, pattern, store); });
 }
 
 std::vector<PreviewRow> previewRenaming(
-    const QStringList &paths, const NamingRule &rule, const TagStore &store, BatchProgress &progress)
+    const QStringList &paths, const NamingRule &rule, const TagStore &store, const ProgressReport &progress)
 {
     return rowsOf(paths, progress, [&](const QString &path) { return previewRenaming(path, rule, store); });
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/app/batch.h"
+#include "core/app/progress.h"
 #include "core/naming/newname.h"
 #include "core/tags/record/tagrecord.h"
 
@@ -39,9 +39,9 @@ PreviewRow previewRenaming(const QString &path, const NamingRule &rule, const Ta
 
 /// One row a file, in their order. May run on any thread that has the store to itself.
 std::vector<PreviewRow> previewExtraction(
-    const QStringList &paths, const QString &pattern, const TagStore &store, BatchProgress &progress);
+    const QStringList &paths, const QString &pattern, const TagStore &store, const ProgressReport &progress = {});
 std::vector<PreviewRow> previewRenaming(
-    const QStringList &paths, const NamingRule &rule, const TagStore &store, BatchProgress &progress);
+    const QStringList &paths, const NamingRule &rule, const TagStore &store, const ProgressReport &progress = {});
 
 /// The tag as a read gives it after a save: without a year, track or genre that no save writes, the track as a number,
 /// the genre as the table spells it.

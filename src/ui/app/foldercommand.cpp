@@ -33,9 +33,9 @@ void FolderCommand::openDialog()
 void FolderCommand::rename(const RenameWish &wish)
 {
     RenamingOutcome outcome;
-    const bool ran = m_owner.runWithProgress(1, [&](BatchProgress &progress) {
+    const bool ran = m_owner.runWithProgress(1, [&](const ProgressReport &progress) {
         const RenamingPlan plan(m_program.fileSystem, {wish});
-        outcome = runRenaming(m_program.fileSystem, plan, progress);
+        outcome = runRenaming(m_program.fileSystem, plan, {progress});
     });
     if (!ran)
         return;

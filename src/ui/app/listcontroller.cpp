@@ -49,8 +49,8 @@ void ListController::list(const QString &folder, Listing (*scan)(const QString &
     const QString formerFolder = state.currentFolder;
     enterFolder(state, folder, m_program.fileSystem);
     Listing listing;
-    std::ignore =
-        m_busy.run(0, [&](BusyProgress &progress) { listing = scan(state.currentFolder, optionsWith(progress)); });
+    std::ignore = m_busy.run(
+        0, [&](const ProgressReport &progress) { listing = scan(state.currentFolder, optionsWith(progress)); });
     if (state.currentFolder == formerFolder)
         fillAgain(std::move(listing.rows));
     else
@@ -73,24 +73,16 @@ void ListController::fillAgain(std::vector<ListRow> rows)
     m_list.setCurrentRow(row, FileList::Selection::Keep);
 }
 
-/// Reading through the cache, told to the wait window file by file.
-ScanOptions ListController::optionsWith(BusyProgress &progress) const
+ScanOptions ListController::optionsWith(const ProgressReport &progress) const
 {
-    ScanOptions options;
-    options.cache = &m_program.tagCache;
-    options.progress = [&progress, told = std::size_t{0}](const ScanProgress &scanned) mutable {
-        progress.setSteps(static_cast<int>(scanned.total));
-        for (; told < scanned.done; ++told)
-            progress.step(scanned.name);
-    };
-    return options;
+    return {.cache = &m_program.tagCache, .progress = progress};
 }
 
 void ListController::RefreshListTags()
 {
     const QStringList texts = m_list.rowTexts();
     std::vector<std::optional<ListedFile>> tags;
-    const bool ran = m_busy.run(static_cast<int>(texts.size()), [&](BusyProgress &progress) {
+    const bool ran = m_busy.run(static_cast<int>(texts.size()), [&](const ProgressReport &progress) {
         tags = readListTags(m_program.state.currentFolder, texts, optionsWith(progress));
     });
     if (ran)

@@ -11,7 +11,6 @@
 namespace ravlin {
 
 class Busy;
-class BusyProgress;
 class FileList;
 class StatusPanels;
 struct Program;
@@ -50,7 +49,7 @@ Q_SIGNALS:
 private:
     void list(const QString &folder, Listing (*scan)(const QString &currentFolder, const ScanOptions &options));
     void fillAgain(std::vector<ListRow> rows);
-    ScanOptions optionsWith(BusyProgress &progress) const;
+    ScanOptions optionsWith(const ProgressReport &progress) const;
 
     Program &m_program;
     FileList &m_list;

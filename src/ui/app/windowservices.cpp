@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/windowservices.h"
 
+#include "core/app/programstate.h"
 #include "ui/app/listcontroller.h"
 #include "ui/controls/busy.h"
 #include "ui/files/filelist.h"
@@ -8,20 +9,6 @@
 #include <QMessageBox>
 
 namespace ravlin {
-
-namespace {
-
-class ForwardedProgress final : public BatchProgress
-{
-public:
-    explicit ForwardedProgress(BusyProgress &progress) : m_progress(progress) {}
-    void advance(const QString &path) override { m_progress.step(path); }
-
-private:
-    BusyProgress &m_progress;
-};
-
-} // namespace
 
 WindowServices::WindowServices(
     ProgramState &state, FileList &list, ListController &controller, Busy &busy, QWidget *window)
@@ -75,17 +62,14 @@ void WindowServices::refreshListAt(const QString &path)
     m_controller.RefreshListAt(path.startsWith(folder) ? path.mid(folder.size()) : QString());
 }
 
-bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work)
+bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<void(const ProgressReport &)> &work)
 {
     if (m_busy.isRunning())
         return false;
     // A refusal for want of space holds for the batch that it ended. Left standing it would make every later save in
     // this folder do nothing without a word; each has its own check and its own message.
     m_state.cancelled = false;
-    return m_busy.run(static_cast<int>(rowCount), [&work](BusyProgress &progress) {
-        ForwardedProgress forwarded(progress);
-        work(forwarded);
-    });
+    return m_busy.run(static_cast<int>(rowCount), work);
 }
 
 bool WindowServices::ask(const QString &question)

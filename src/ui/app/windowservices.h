@@ -29,7 +29,7 @@ public:
     bool moveCurrent(qsizetype step) override;
     void refreshList() override;
     void refreshListAt(const QString &path) override;
-    bool runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) override;
+    bool runWithProgress(qsizetype rowCount, const std::function<void(const ProgressReport &)> &work) override;
     bool ask(const QString &question) override;
     void showError(const QString &text) override;
 

@@ -7,10 +7,12 @@
 #include <QAbstractEventDispatcher>
 #include <QEventLoop>
 #include <QGuiApplication>
+#include <QMutex>
 #include <QMutexLocker>
 #include <QScopeGuard>
 #include <QTimer>
 
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <system_error>
@@ -29,32 +31,61 @@ constexpr std::chrono::milliseconds PollInterval = 40ms;
 
 } // namespace
 
-void BusyProgress::step(const QString &file)
+/// What the work reported last, for the interface thread to look at.
+class Busy::State
 {
-    ++m_done;
-    tell(file);
-}
+public:
+    explicit State(int steps) : m_steps(steps) {}
 
-void BusyProgress::setBytes(qint64 done, qint64 total, const QString &file)
-{
-    m_totalBytes = total;
-    m_bytes = done;
-    tell(file);
-}
+    void take(const Progress &now)
+    {
+        if (now.bytesTotal > 0) {
+            m_bytesTotal = now.bytesTotal;
+            m_bytesDone = now.bytesDone;
+            takeFile(now.path);
+            return;
+        }
+        if (now.total > 0)
+            m_steps = static_cast<int>(now.total);
+        if (raise(static_cast<int>(now.done)))
+            takeFile(now.path);
+    }
 
-void BusyProgress::tell(const QString &file)
-{
-    if (file.isEmpty() || !m_fileLock.tryLock())
-        return; // another thread is telling its file just now, which is as good
-    m_file = file;
-    m_fileLock.unlock();
-}
+    int steps() const { return m_steps; }
+    int done() const { return m_done; }
+    qint64 bytesDone() const { return m_bytesDone; }
+    qint64 bytesTotal() const { return m_bytesTotal; }
+    QString file()
+    {
+        const QMutexLocker locked(&m_fileLock);
+        return m_file;
+    }
 
-QString BusyProgress::file()
-{
-    const QMutexLocker locked(&m_fileLock);
-    return m_file;
-}
+private:
+    /// Returns false if as many steps were reported before.
+    bool raise(int done)
+    {
+        int former = m_done;
+        while (former < done && !m_done.compare_exchange_weak(former, done)) {
+        }
+        return former < done;
+    }
+
+    void takeFile(const QString &file)
+    {
+        if (file.isEmpty() || !m_fileLock.tryLock())
+            return; // another thread's file is as good
+        m_file = file;
+        m_fileLock.unlock();
+    }
+
+    std::atomic<int> m_steps;
+    std::atomic<int> m_done{0};
+    std::atomic<qint64> m_bytesDone{0};
+    std::atomic<qint64> m_bytesTotal{0}; ///< 0: steps are counted
+    QMutex m_fileLock;
+    QString m_file;
+};
 
 /// The work on its thread. The interface thread is woken when it has ended; destroying it waits for that.
 class Busy::Worker
@@ -90,7 +121,7 @@ Busy::Busy(esperate &waitWindow, QWidget *mainWindow, QObject *parent)
 {
 }
 
-bool Busy::run(int steps, std::optional<std::stop_source> stop, const std::function<void(BusyProgress &)> &work)
+bool Busy::run(int steps, std::optional<std::stop_source> stop, const Work &work)
 {
     if (m_running)
         return false;
@@ -110,19 +141,19 @@ bool Busy::run(int steps, std::optional<std::stop_source> stop, const std::funct
     });
 
     const InputBarrier barrier(&m_waitWindow, m_mainWindow);
-    BusyProgress progress(steps);
-    Worker worker([&] { work(progress); });
+    State state(steps);
+    Worker worker([&] { work([&state](const Progress &now) { state.take(now); }); });
     if (!worker.hasEnded(Unnoticed))
-        keepPainting(progress, worker);
-    show(progress);
+        keepPainting(state, worker);
+    show(state);
     worker.throwWhatTheWorkThrew();
     return true;
 }
 
-void Busy::keepPainting(BusyProgress &progress, Worker &worker)
+void Busy::keepPainting(State &state, Worker &worker)
 {
     QTimer poll;
-    poll.callOnTimeout(this, [&] { show(progress); });
+    poll.callOnTimeout(this, [&] { show(state); });
     poll.start(PollInterval);
 
     bool cursorSet = false;
@@ -141,18 +172,18 @@ void Busy::keepPainting(BusyProgress &progress, Worker &worker)
         QGuiApplication::restoreOverrideCursor();
 }
 
-void Busy::show(BusyProgress &progress)
+void Busy::show(State &state)
 {
-    if (const int steps = progress.m_steps; steps != m_shownSteps) {
+    if (const int steps = state.steps(); steps != m_shownSteps) {
         m_waitWindow.setSteps(steps);
         m_shownSteps = steps;
     }
-    const int done = progress.m_done;
+    const int done = state.done();
     m_waitWindow.advance(done - m_shownDone);
     m_shownDone = done;
-    if (const qint64 total = progress.m_totalBytes; total > 0)
-        m_waitWindow.setBytes(progress.m_bytes, total);
-    if (const QString file = progress.file(); !file.isEmpty())
+    if (const qint64 total = state.bytesTotal(); total > 0)
+        m_waitWindow.setBytes(state.bytesDone(), total);
+    if (const QString file = state.file(); !file.isEmpty())
         m_waitWindow.setCurrentFile(file);
 }
 

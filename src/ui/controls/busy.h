@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QMutex>
+#include "core/app/progress.h"
+
 #include <QObject>
 #include <QPointer>
-#include <QString>
 #include <QWidget>
 
-#include <atomic>
 #include <functional>
 #include <optional>
 #include <stop_token>
@@ -15,33 +14,6 @@
 namespace ravlin {
 
 class esperate;
-
-/// How far the work of a Busy has come. The work may call it from any number of threads; a call takes well under a
-/// microsecond and never waits for the screen.
-class BusyProgress
-{
-public:
-    /// One more step is done. The file at work is shown from now on, unless it is empty.
-    void step(const QString &file = {});
-    /// For work that learns only on its way how many steps it has.
-    void setSteps(int steps) { m_steps = steps; }
-    /// Instead of steps: bytes done, out of so many. The file at work is shown from now on, unless it is empty.
-    void setBytes(qint64 done, qint64 total, const QString &file);
-
-private:
-    friend class Busy;
-
-    explicit BusyProgress(int steps) : m_steps(steps) {}
-    QString file();
-    void tell(const QString &file);
-
-    std::atomic<int> m_done{0};
-    std::atomic<int> m_steps;
-    std::atomic<qint64> m_bytes{0};
-    std::atomic<qint64> m_totalBytes{0}; ///< 0: steps are counted
-    QMutex m_fileLock;
-    QString m_file;
-};
 
 /// Runs one operation at a time on a thread of its own while the windows go on painting and the wait window tells how
 /// far it has come. For the caller it is a plain call: it returns when the work has ended.
@@ -54,6 +26,8 @@ class Busy : public QObject
     Q_OBJECT
 
 public:
+    using Work = std::function<void(const ProgressReport &)>;
+
     /// Both windows must outlive it.
     Busy(esperate &waitWindow, QWidget *mainWindow, QObject *parent = nullptr);
 
@@ -62,17 +36,22 @@ public:
     /// The work must not touch any widget, nor anything that the windows paint from. An exception that leaves it
     /// (memory running out) ends it and is thrown again from here, when the windows are back to normal. Where the
     /// system has no thread to give, the work is done on this one.
-    bool run(int steps, const std::function<void(BusyProgress &)> &work) { return run(steps, std::nullopt, work); }
+    ///
+    /// The work may report from any number of threads; a report takes well under a microsecond and never waits for the
+    /// screen. Bytes are shown instead of steps where they are counted, and steps is replaced by a total that becomes
+    /// known on the way.
+    bool run(int steps, const Work &work) { return run(steps, std::nullopt, work); }
     /// The same for work that can be stopped: the wait window then has a button that requests it of the source.
-    bool run(int steps, std::optional<std::stop_source> stop, const std::function<void(BusyProgress &)> &work);
+    bool run(int steps, std::optional<std::stop_source> stop, const Work &work);
 
     bool isRunning() const { return m_running; }
 
 private:
+    class State;
     class Worker;
 
-    void keepPainting(BusyProgress &progress, Worker &worker);
-    void show(BusyProgress &progress);
+    void keepPainting(State &state, Worker &worker);
+    void show(State &state);
 
     esperate &m_waitWindow;
     QPointer<QWidget> m_mainWindow;

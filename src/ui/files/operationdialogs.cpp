@@ -91,22 +91,15 @@ bool OperationDialogs::ask(const QString &question, const QStringList &paths, bo
     return box.exec() == QMessageBox::Yes;
 }
 
-bool OperationDialogs::runLong(OperationKind /*kind*/, const std::function<void(const TransferOptions &)> &work)
+bool OperationDialogs::runLong(OperationKind /*kind*/, const std::function<void(const Watch &)> &work)
 {
     std::stop_source stop;
-    const bool ran = m_busy.run(0, stop, [&](BusyProgress &shown) {
-        TransferOptions options;
-        options.stop = stop.get_token();
-        options.progress = [&shown, told = qsizetype{0}](const TransferProgress &progress) mutable {
-            if (progress.bytesTotal > 0) {
-                shown.setBytes(progress.bytesDone, progress.bytesTotal, shownName(progress.path));
-                return;
-            }
-            shown.setSteps(static_cast<int>(progress.itemsTotal));
-            for (; told < progress.itemsDone; ++told)
-                shown.step(shownName(progress.path));
+    const bool ran = m_busy.run(0, stop, [&](const ProgressReport &show) {
+        const auto showNamed = [&show](Progress now) {
+            now.path = shownName(now.path);
+            show(now);
         };
-        work(options);
+        work({showNamed, stop.get_token()});
     });
     m_hasWorked = m_hasWorked || ran;
     return ran;

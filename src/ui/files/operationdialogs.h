@@ -24,7 +24,7 @@ public:
     std::optional<ClashDecision> askClash(const Clash &clash) override;
     bool confirmTrash(const QStringList &paths) override;
     bool confirmDeleteForGood(const QStringList &paths) override;
-    bool runLong(OperationKind kind, const std::function<void(const TransferOptions &)> &work) override;
+    bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) override;
     void tell(const OperationReport &report) override;
 
     /// Whether since the last call of this files may have been changed: not where a question was answered with no, or

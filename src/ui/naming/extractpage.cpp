@@ -110,7 +110,7 @@ void ExtractPage::run()
     const QString pattern = tpatron->text();
     tpatron->remember();
     ExtractionOutcome outcome;
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
         outcome = runExtraction(paths, pattern, m_context.tagStore, m_context.state, progress);
     });
     if (!ran)

@@ -109,7 +109,7 @@ void preview::changeEvent(QEvent *event)
         applyIcons();
 }
 
-std::vector<PreviewLine> preview::linesFor(const PreviewRequest &request, BatchProgress &progress) const
+std::vector<PreviewLine> preview::linesFor(const PreviewRequest &request, const ProgressReport &progress) const
 {
     const NamingContext &context = m_context;
     switch (context.state.previewMode) {
@@ -130,7 +130,7 @@ bool preview::load(const PreviewRequest &request)
 {
     std::vector<PreviewLine> lines;
     const bool ran = m_context.owner.runWithProgress(
-        request.paths.size(), [&](BatchProgress &progress) { lines = linesFor(request, progress); });
+        request.paths.size(), [&](const ProgressReport &progress) { lines = linesFor(request, progress); });
     if (!ran)
         return false;
     m_model->setLines(std::move(lines));

@@ -48,7 +48,7 @@ private:
     void applyIcons();
     void fitColumns();
     void showRemark();
-    std::vector<PreviewLine> linesFor(const PreviewRequest &request, BatchProgress &progress) const;
+    std::vector<PreviewLine> linesFor(const PreviewRequest &request, const ProgressReport &progress) const;
 
     NamingContext m_context;
     PreviewModel *m_model;

@@ -228,15 +228,16 @@ void RenamePage::run()
     const NamingRule chosen = rule();
     rememberPattern();
     std::optional<FileRenaming> renaming;
-    const bool planned = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    const bool planned = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
         renaming = planFileRenaming(paths, chosen, m_context.tagStore, m_context.fileSystem, progress);
     });
     if (!planned || !renaming)
         return;
     answerClashes(renaming->plan);
     RenamingOutcome outcome;
-    const bool ran = m_context.owner.runWithProgress(paths.size(),
-        [&](BatchProgress &progress) { outcome = runRenaming(m_context.fileSystem, renaming->plan, progress); });
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
+        outcome = runRenaming(m_context.fileSystem, renaming->plan, {progress});
+    });
     if (!ran)
         return;
     if (m_context.undoHistory != nullptr)

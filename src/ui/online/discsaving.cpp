@@ -7,34 +7,7 @@
 
 #include <QMessageBox>
 
-#include <functional>
-#include <utility>
-
 namespace ravlin {
-
-namespace {
-
-/// Tells the window, from the thread that saves, how far it has come.
-class ForwardedProgress final : public BatchProgress
-{
-public:
-    ForwardedProgress(BatchProgress &progress, std::function<void(int)> tell)
-        : m_progress(progress), m_tell(std::move(tell))
-    {
-    }
-    void advance(const QString &path) override
-    {
-        m_progress.advance(path);
-        m_tell(++m_done);
-    }
-
-private:
-    BatchProgress &m_progress;
-    std::function<void(int)> m_tell;
-    int m_done = 0;
-};
-
-} // namespace
 
 DiscSaving::DiscSaving(
     PageOwner &owner, TagStore &tagStore, const ProgramState &state, const Captions &captions, QWidget *window)
@@ -58,12 +31,15 @@ std::optional<qsizetype> DiscSaving::save(const std::vector<DiscFile> &files, co
 bool DiscSaving::run(const std::vector<DiscFile> &files, const DiscFields &disc, BatchOutcome &outcome)
 {
     const int count = static_cast<int>(files.size());
-    return m_owner.runWithProgress(count, [&](BatchProgress &progress) {
-        ForwardedProgress forwarded(progress, [this, count](int done) {
+    return m_owner.runWithProgress(count, [&](const ProgressReport &progress) {
+        // Comes from the thread that saves.
+        const auto show = [&](const Progress &now) {
+            progress(now);
             QMetaObject::invokeMethod(
-                this, [this, done, count] { tellAdvance(done, count); }, Qt::QueuedConnection);
-        });
-        outcome = saveDisc(files, disc, m_tagStore, m_state, forwarded);
+                this, [this, done = static_cast<int>(now.done), count] { tellAdvance(done, count); },
+                Qt::QueuedConnection);
+        };
+        outcome = saveDisc(files, disc, m_tagStore, m_state, show);
     });
 }
 

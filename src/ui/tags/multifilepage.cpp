@@ -223,7 +223,7 @@ void MultiFilePage::run()
     const QStringList paths = m_context.owner.selectedPaths();
     MultiEdit edit(page());
     BatchOutcome outcome;
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
         outcome = runMultiEdit(paths, edit, m_context.tagStore, m_context.state, progress);
     });
     if (!ran)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/tags/singlefilepage.h"
 
+#include "core/app/batch.h"
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
 #include "core/tags/store/tageditor.h"
@@ -273,7 +274,7 @@ void SingleFilePage::save()
         convert = [choice](const QString &text) { return applyConversion(ConversionKind::Case, choice, text); };
     PageSave pageSave(m_context.tagStore, page(), convert);
     BatchOutcome outcome;
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
         outcome = runBatch(
             paths, m_context.state, progress, [&pageSave](const QString &path) { return pageSave.save(path); },
             TagWritingPolicy);
@@ -299,7 +300,7 @@ void SingleFilePage::removeTag(Caption caption, Result<void> (TagStore::*remove)
     if (!m_context.owner.ask(m_context.captions.text(caption) + u'?'))
         return;
     TagStore &store = m_context.tagStore;
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](BatchProgress &progress) {
+    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
         // Files that fail are passed over without a message.
         (void)runBatch(
             paths, m_context.state, progress, [&store, remove](const QString &path) { return (store.*remove)(path); },

@@ -11,10 +11,13 @@ using namespace ravlin;
 
 namespace {
 
-class Recorder : public BatchProgress
+class Recorder
 {
 public:
-    void advance(const QString &path) override { events << u"advance "_s + path; }
+    operator ProgressReport()
+    {
+        return [this](const Progress &now) { events << u"advance "_s + now.path; };
+    }
 
     QStringList events;
 };

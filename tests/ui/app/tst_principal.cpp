@@ -297,7 +297,7 @@ private Q_SLOTS:
         auto *busy = m_window->findChild<Busy *>();
         QVERIFY(busy);
         bool visibleAtWork = false;
-        const bool ran = busy->run(1, [&](BusyProgress &) {
+        const bool ran = busy->run(1, [&](const ProgressReport &) {
             QMetaObject::invokeMethod(m_window.get(), [&] {
                 m_window->close();
                 visibleAtWork = m_window->isVisible();

@@ -65,7 +65,7 @@ private:
             doings();
             over = true;
         });
-        QVERIFY(m_busy->run(1, [&](BusyProgress &) {
+        QVERIFY(m_busy->run(1, [&](const ProgressReport &) {
             while (!over)
                 std::this_thread::sleep_for(1ms);
         }));
@@ -133,7 +133,7 @@ void TestBusy::cleanup()
 void TestBusy::returnsWhenTheWorkHasEnded()
 {
     bool ended = false;
-    QVERIFY(m_busy->run(1, [&](BusyProgress &) {
+    QVERIFY(m_busy->run(1, [&](const ProgressReport &) {
         std::this_thread::sleep_for(60ms);
         ended = true;
     }));
@@ -144,7 +144,7 @@ void TestBusy::returnsWhenTheWorkHasEnded()
 void TestBusy::worksOnAnotherThread()
 {
     QThread *thread = nullptr;
-    m_busy->run(1, [&](BusyProgress &) { thread = QThread::currentThread(); });
+    m_busy->run(1, [&](const ProgressReport &) { thread = QThread::currentThread(); });
     QVERIFY(thread != QThread::currentThread());
 }
 
@@ -163,9 +163,9 @@ void TestBusy::stateIsWhatTheWorkReported()
         }
     });
     poll.start(5ms);
-    QVERIFY(m_busy->run(9, [&](BusyProgress &progress) {
+    QVERIFY(m_busy->run(9, [&](const ProgressReport &report) {
         for (int i = 0; i < 4; ++i)
-            progress.step(u"file %1.mp3"_s.arg(i));
+            report({.done = i + 1, .path = u"file %1.mp3"_s.arg(i)});
         look = true;
         for (int i = 0; i < 1000 && !looked; ++i)
             std::this_thread::sleep_for(2ms);
@@ -176,12 +176,13 @@ void TestBusy::stateIsWhatTheWorkReported()
 
 void TestBusy::stepsFromManyThreads()
 {
-    QVERIFY(m_busy->run(4000, [](BusyProgress &progress) {
+    QVERIFY(m_busy->run(4000, [](const ProgressReport &report) {
+        std::atomic<int> done = 0;
         std::vector<std::jthread> threads;
         for (int t = 0; t < 4; ++t) {
             threads.emplace_back([&] {
                 for (int i = 0; i < 1000; ++i)
-                    progress.step(u"x.mp3"_s);
+                    report({.done = ++done, .path = u"x.mp3"_s});
             });
         }
     }));
@@ -190,10 +191,9 @@ void TestBusy::stepsFromManyThreads()
 
 void TestBusy::stepsBecomeKnownOnTheWay()
 {
-    QVERIFY(m_busy->run(0, [](BusyProgress &progress) {
-        progress.setSteps(7);
+    QVERIFY(m_busy->run(0, [](const ProgressReport &report) {
         for (int i = 0; i < 5; ++i)
-            progress.step();
+            report({.done = i + 1, .total = 7, .path = {}});
     }));
     QCOMPARE(m_wait->maximum(), 7);
     QCOMPARE(m_wait->value(), 5);
@@ -201,9 +201,9 @@ void TestBusy::stepsBecomeKnownOnTheWay()
 
 void TestBusy::endsWithTheFinalStateAndAClosedWindow()
 {
-    QVERIFY(m_busy->run(3, [](BusyProgress &progress) {
+    QVERIFY(m_busy->run(3, [](const ProgressReport &report) {
         for (int i = 0; i < 4; ++i)
-            progress.step();
+            report({.done = i + 1, .path = {}});
     }));
     QCOMPARE(m_wait->value(), 3);
     QCOMPARE(m_wait->maximum(), 3);
@@ -227,8 +227,8 @@ void TestBusy::longWorkShowsWindowFileAndCursor()
         seenAll = shown && cursor && !file.isEmpty();
     });
     poll.start(10ms);
-    QVERIFY(m_busy->run(100, [&](BusyProgress &progress) {
-        progress.step(u"song.mp3"_s);
+    QVERIFY(m_busy->run(100, [&](const ProgressReport &report) {
+        report({.done = 1, .path = u"song.mp3"_s});
         for (int i = 0; i < 1500 && !seenAll; ++i)
             std::this_thread::sleep_for(2ms);
     }));
@@ -251,10 +251,10 @@ void TestBusy::closingTheWaitWindowDoesNotStopTheWork()
     });
     poll.start(10ms);
     bool ended = false;
-    QVERIFY(m_busy->run(2, [&](BusyProgress &progress) {
+    QVERIFY(m_busy->run(2, [&](const ProgressReport &report) {
         std::this_thread::sleep_for(600ms);
-        progress.step();
-        progress.step();
+        report({.done = 1, .path = {}});
+        report({.done = 2, .path = {}});
         ended = true;
     }));
     QVERIFY(closed);
@@ -289,7 +289,7 @@ void TestBusy::workThatCanBeStoppedIsStopped()
         stayed = m_wait->isVisible() && !button->isEnabled();
     });
     poll.start(10ms);
-    QVERIFY(m_busy->run(1, stop, [&](BusyProgress &) {
+    QVERIFY(m_busy->run(1, stop, [&](const ProgressReport &) {
         for (int i = 0; i < 15000 && !stop.stop_requested(); ++i)
             std::this_thread::sleep_for(2ms);
     }));
@@ -301,16 +301,17 @@ void TestBusy::workThatCanBeStoppedIsStopped()
 void TestBusy::otherWorkHasNoButtonToStopIt()
 {
     std::stop_source stop;
-    m_busy->run(1, stop, [](BusyProgress &) {});
+    m_busy->run(1, stop, [](const ProgressReport &) {});
     QVERIFY(!m_wait->findChild<QPushButton *>(u"stop"_s)->isHidden());
-    m_busy->run(1, [](BusyProgress &) {});
+    m_busy->run(1, [](const ProgressReport &) {});
     QVERIFY(m_wait->findChild<QPushButton *>(u"stop"_s)->isHidden());
     QVERIFY(!stop.stop_requested());
 }
 
 void TestBusy::bytesAreShownInsteadOfSteps()
 {
-    QVERIFY(m_busy->run(0, [](BusyProgress &progress) { progress.setBytes(1024, 4096, u"a.mp3"_s); }));
+    QVERIFY(m_busy->run(
+        0, [](const ProgressReport &report) { report({.path = u"a.mp3"_s, .bytesDone = 1024, .bytesTotal = 4096}); }));
     QCOMPARE(4 * m_wait->value(), m_wait->maximum());
     const QLocale locale;
     QCOMPARE(m_wait->findChild<QLabel *>(u"count"_s)->text(),
@@ -353,7 +354,7 @@ void TestBusy::clicksLeftInTheQueueAreDropped()
                 new QMouseEvent(type, place, place, m_main->mapToGlobal(place), Qt::LeftButton, down, {}));
         }
     });
-    QVERIFY(m_busy->run(1, [&](BusyProgress &) {
+    QVERIFY(m_busy->run(1, [&](const ProgressReport &) {
         while (!over)
             std::this_thread::sleep_for(1ms);
     }));
@@ -421,7 +422,7 @@ void TestBusy::paintsMeanwhile()
     const int before = m_main->paints;
     QTimer::singleShot(20ms, m_main.get(), [&] { m_main->update(); });
     int afterwards = 0;
-    QVERIFY(m_busy->run(1, [&](BusyProgress &) { std::this_thread::sleep_for(200ms); }));
+    QVERIFY(m_busy->run(1, [&](const ProgressReport &) { std::this_thread::sleep_for(200ms); }));
     afterwards = m_main->paints;
     QVERIFY(afterwards > before);
 }
@@ -470,7 +471,7 @@ void TestBusy::nestedRunIsRefused()
     bool running = false;
     during([&] {
         running = m_busy->isRunning();
-        refused = !m_busy->run(5, [&](BusyProgress &) { nestedRan = true; });
+        refused = !m_busy->run(5, [&](const ProgressReport &) { nestedRan = true; });
     });
     QVERIFY(running);
     QVERIFY(refused);
@@ -481,10 +482,10 @@ void TestBusy::nestedRunIsRefused()
 void TestBusy::manyRunsInARow()
 {
     for (int i = 0; i < 300; ++i) {
-        QVERIFY(m_busy->run(1, [&](BusyProgress &progress) {
+        QVERIFY(m_busy->run(1, [&](const ProgressReport &report) {
             if (i % 50 == 0)
                 std::this_thread::sleep_for(15ms);
-            progress.step();
+            report({.done = 1, .path = {}});
         }));
         QCOMPARE(m_wait->value(), 1);
     }
@@ -495,7 +496,7 @@ void TestBusy::exceptionsReachTheCaller()
     for (const auto lasting : {0ms, 400ms}) {
         bool caught = false;
         try {
-            m_busy->run(1, [&](BusyProgress &) {
+            m_busy->run(1, [&](const ProgressReport &) {
                 std::this_thread::sleep_for(lasting);
                 throw std::bad_alloc();
             });
@@ -519,7 +520,7 @@ void TestBusy::quitMeanwhileDoesNotCutTheWorkShort()
             QCoreApplication::exit(0);
             QTimer::singleShot(50ms, m_main.get(), [&] { paintedAfterTheQuit = true; });
         });
-        m_busy->run(1, [&](BusyProgress &) {
+        m_busy->run(1, [&](const ProgressReport &) {
             std::this_thread::sleep_for(200ms);
             ended = true;
         });
@@ -536,12 +537,12 @@ void TestBusy::shortWorkIsNotSlowedDown()
         qint64 workItself = 0;
         QElapsedTimer whole;
         whole.start();
-        QVERIFY(m_busy->run(1, [&](BusyProgress &progress) {
+        QVERIFY(m_busy->run(1, [&](const ProgressReport &report) {
             QElapsedTimer timer;
             timer.start();
             while (timer.nsecsElapsed() < 1'000'000)
                 std::this_thread::yield();
-            progress.step();
+            report({.done = 1, .path = {}});
             workItself = timer.nsecsElapsed();
         }));
         fastest = std::min(fastest, whole.nsecsElapsed() - workItself);
@@ -555,11 +556,11 @@ void TestBusy::stepsAreCheap()
     constexpr int Steps = 100'000;
     const QString file = u"folder/file.mp3"_s;
     qint64 nanoseconds = 0;
-    QVERIFY(m_busy->run(Steps, [&](BusyProgress &progress) {
+    QVERIFY(m_busy->run(Steps, [&](const ProgressReport &report) {
         QElapsedTimer timer;
         timer.start();
         for (int i = 0; i < Steps; ++i)
-            progress.step(file);
+            report({.done = i + 1, .path = file});
         nanoseconds = timer.nsecsElapsed();
     }));
     QCOMPARE(m_wait->value(), Steps);

@@ -200,11 +200,11 @@ private Q_SLOTS:
         });
         poll.start(10);
         bool stopped = false;
-        QVERIFY(m_dialogs->runLong(OperationKind::Copy, [&](const TransferOptions &options) {
-            options.progress({1024, 4096, 0, 1, u"/m/a.mp3"_s});
-            for (int i = 0; i < 15000 && !options.stop.stop_requested(); ++i)
+        QVERIFY(m_dialogs->runLong(OperationKind::Copy, [&](const Watch &watch) {
+            watch.progress({0, 1, u"/m/a.mp3"_s, 1024, 4096});
+            for (int i = 0; i < 15000 && !watch.stop.stop_requested(); ++i)
                 QThread::msleep(2);
-            stopped = options.stop.stop_requested();
+            stopped = watch.stop.stop_requested();
         }));
         QVERIFY(stopped);
         QVERIFY2(count.contains(u" / "_s), qPrintable(count));
@@ -218,10 +218,10 @@ private Q_SLOTS:
         bool ran = true;
         std::atomic<bool> tried{false};
         QTimer::singleShot(0, this, [&] {
-            ran = m_dialogs->runLong(OperationKind::Move, [&](const TransferOptions &) { began = true; });
+            ran = m_dialogs->runLong(OperationKind::Move, [&](const Watch &) { began = true; });
             tried = true;
         });
-        QVERIFY(m_busy.run(1, [&](BusyProgress &) {
+        QVERIFY(m_busy.run(1, [&](const ProgressReport &) {
             while (!tried)
                 QThread::msleep(1);
         }));

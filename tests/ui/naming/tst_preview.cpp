@@ -263,10 +263,10 @@ private Q_SLOTS:
         NamingRule rule;
         rule.mode = NamingRule::Pattern;
         rule.pattern = u"%3"_s;
-        QVERIFY(m_owner.runWithProgress(20, [&](BatchProgress &progress) {
+        QVERIFY(m_owner.runWithProgress(20, [&](const ProgressReport &progress) {
             const FileRenaming renaming =
                 planFileRenaming(m_owner.selectedPaths(), rule, m_store, platform::FileSystem::native(), progress);
-            runRenaming(platform::FileSystem::native(), renaming.plan, progress);
+            runRenaming(platform::FileSystem::native(), renaming.plan, {progress});
         }));
         for (int row = 0; row < 20; ++row)
             QCOMPARE(read(at(shown.at(row))).Title, titles.at(row));

@@ -71,19 +71,14 @@ public:
         events << QStringLiteral("refresh at ") + path;
         onRefresh();
     }
-    bool runWithProgress(qsizetype rowCount, const std::function<void(BatchProgress &)> &work) override
+    bool runWithProgress(qsizetype rowCount, const std::function<void(const ProgressReport &)> &work) override
     {
         if (isBusy)
             return false;
         events << QStringLiteral("run");
         rowCounts << rowCount;
-        struct Progress final : BatchProgress
-        {
-            QStringList paths;
-            void advance(const QString &path) override { paths << path; }
-        } progress;
-        std::jthread([&] { work(progress); }).join();
-        advanced = progress.paths;
+        advanced.clear();
+        std::jthread([&] { work([this](const Progress &now) { advanced << now.path; }); }).join();
         return true;
     }
     bool ask(const QString &question) override

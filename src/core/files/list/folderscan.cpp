@@ -70,7 +70,7 @@ public:
         }
         if (hasAside)
             m_interruptedRenames.push_back(folderPath);
-        m_fileCount += files.names.size();
+        m_fileCount += static_cast<qsizetype>(files.names.size());
         if (!files.names.empty())
             m_found.push_back(std::move(files));
         if (m_options.progress)
@@ -121,7 +121,7 @@ private:
     const ScanOptions &m_options;
     const QString m_root;
     std::vector<FolderFiles> m_found;
-    std::size_t m_fileCount = 0;
+    qsizetype m_fileCount = 0;
     std::vector<ListFailure> m_failures;
     QStringList m_interruptedRenames;
     std::set<FolderIdentity> m_seen;

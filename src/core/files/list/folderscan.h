@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/app/progress.h"
 #include "core/files/list/listrow.h"
 #include "core/platform/error.h"
 
@@ -8,9 +9,7 @@
 #include <QStringList>
 
 #include <cstddef>
-#include <functional>
 #include <optional>
-#include <stop_token>
 #include <vector>
 
 namespace ravlin {
@@ -34,21 +33,13 @@ struct Listing
     bool isComplete = true; ///< false: a stop was requested meanwhile, files are missing
 };
 
-/// How far a scan has come.
-struct ScanProgress
-{
-    std::size_t done = 0;  ///< files; 0 while folders are searched
-    std::size_t total = 0; ///< files found; grows while folders are searched
-    QString name;          ///< the file, or the folder that is searched
-};
-
 /// What a scan may use, each of which can be left out.
 struct ScanOptions
 {
     TagCache *cache = nullptr;
-    /// Called by the thread that called the scan and by no other: with each folder searched, now and then while the
-    /// files are read (others are read by other threads meanwhile), and when the last one is done.
-    std::function<void(const ScanProgress &)> progress = {};
+    /// Called only by the thread that called the scan: with each folder searched (done is 0, total the files found so
+    /// far), now and then while other threads read files, and when the last one is done.
+    ProgressReport progress = {};
     std::stop_token stop = {}; ///< ends the scan early
 };
 

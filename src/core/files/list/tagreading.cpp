@@ -88,6 +88,7 @@ private:
     /// So many files that opening the folder once more costs nothing beside them.
     static constexpr std::size_t LongestStretch = 64;
 
+    qsizetype fileCount() const { return static_cast<qsizetype>(m_rows.size()); }
     void readStretch(const Stretch &stretch);
     Result<Outcome> readFile(platform::Folder &folder, const QString &name, TagCache::Entry &entry, ListRow &row) const;
     void addFailure(std::size_t row, const QString &path, const Error &error);
@@ -100,7 +101,7 @@ private:
     std::vector<Stretch> m_stretches;
     std::vector<ListRow> m_rows;
     std::vector<Outcome> m_outcomes;
-    std::atomic<std::size_t> m_done{0};
+    std::atomic<qsizetype> m_done{0};
     std::mutex m_failuresMutex;
     std::vector<std::pair<std::size_t, ListFailure>> m_failures; ///< with the row
 };
@@ -131,7 +132,7 @@ ReadFiles TagReading::run()
     platform::parallelFor(
         m_stretches.size(), [&](std::size_t i) { readStretch(m_stretches[i]); }, 1);
     if (m_options.progress && !m_rows.empty() && !m_options.stop.stop_requested())
-        m_options.progress({m_rows.size(), m_rows.size(), m_rows.back().text()});
+        m_options.progress({fileCount(), fileCount(), m_rows.back().text()});
     if (m_options.cache)
         updateCache();
 
@@ -166,7 +167,7 @@ void TagReading::readStretch(const Stretch &stretch)
             addFailure(row, scanned.path + scanned.names[i], outcome.error());
         ++m_done;
         if (m_options.progress && std::this_thread::get_id() == m_caller)
-            m_options.progress({m_done, m_rows.size(), m_rows[row].prefix + scanned.names[i]});
+            m_options.progress({m_done, fileCount(), m_rows[row].prefix + scanned.names[i]});
     }
 }
 

@@ -14,26 +14,24 @@ namespace {
 
 /// Calls remove(path, report) for each path until a stop.
 template <typename Remove>
-DeletionReport each(const QStringList &paths, const TransferOptions &options, Remove remove)
+DeletionReport each(const QStringList &paths, const Watch &watch, Remove remove)
 {
     DeletionReport report;
-    TransferProgress progress;
-    progress.itemsTotal = paths.size();
+    Progress progress;
+    progress.total = paths.size();
     for (const QString &given : paths) {
         const QString path = platform::withoutEndSeparator(given);
-        if (options.stop.stop_requested()) {
+        if (watch.stop.stop_requested()) {
             report.notDone.append(path);
             continue;
         }
         progress.path = path;
-        if (options.progress)
-            options.progress(progress);
+        watch.report(progress);
         if (const Result<void> removed = remove(path, report); !removed)
             report.failures.push_back({path, removed.error()});
-        ++progress.itemsDone;
+        ++progress.done;
     }
-    if (options.progress)
-        options.progress(progress);
+    watch.report(progress);
     report.wasStopped = !report.notDone.isEmpty();
     return report;
 }
@@ -48,17 +46,17 @@ QStringList withoutTrash(const QStringList &paths)
     return found;
 }
 
-DeletionReport putIntoTrash(const QStringList &paths, const TransferOptions &options)
+DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch)
 {
-    return each(paths, options, [](const QString &path, DeletionReport &report) {
+    return each(paths, watch, [](const QString &path, DeletionReport &report) {
         return platform::moveToTrash(path).map(
             [&](const platform::TrashedItem &item) { report.trashed.push_back(item); });
     });
 }
 
-DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const TransferOptions &options)
+DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const Watch &watch)
 {
-    return each(paths, options, [&](const QString &path, DeletionReport &report) -> Result<void> {
+    return each(paths, watch, [&](const QString &path, DeletionReport &report) -> Result<void> {
         if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
             return tl::unexpected(
                 Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});

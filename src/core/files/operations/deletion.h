@@ -21,11 +21,10 @@ QStringList withoutTrash(const QStringList &paths);
 
 /// Puts files, links and folders into the trash of their drive. One that can't go there stays where it is: nothing is
 /// ever deleted for good instead. The progress counts paths, no bytes.
-DeletionReport putIntoTrash(const QStringList &paths, const TransferOptions &options = {});
+DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch = {});
 
 /// Deletes for good, folders with all that is in them. A stop takes effect between two paths. A folder of which
 /// something can't be deleted is a failure; what had been deleted of it by then is gone.
-DeletionReport deleteForGood(
-    platform::FileSystem &fileSystem, const QStringList &paths, const TransferOptions &options = {});
+DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const Watch &watch = {});
 
 } // namespace ravlin

@@ -98,8 +98,8 @@ int FileOperations::transfer(const FileRequest &request, TransferKind kind)
     const auto operation = kind == TransferKind::Copy ? OperationKind::Copy : OperationKind::Move;
     const TransferRequest wanted = transferRequest(m_fileSystem, request, kind);
     Result<TransferPlan> plan;
-    const bool planned = m_host.runLong(operation,
-        [&](const TransferOptions &options) { plan = makeTransferPlan(m_fileSystem, wanted, options.stop); });
+    const bool planned = m_host.runLong(
+        operation, [&](const Watch &watch) { plan = makeTransferPlan(m_fileSystem, wanted, watch.stop); });
     if (!planned)
         return ResultCancelled;
     if (!plan && plan.error().code == ErrorCode::Cancelled)
@@ -114,8 +114,8 @@ int FileOperations::transfer(const FileRequest &request, TransferKind kind)
     if (!answerClashes(*plan, [&](const Clash &clash) { return m_host.askClash(clash); }))
         return ResultCancelled;
     TransferReport report;
-    const bool ran = m_host.runLong(
-        operation, [&](const TransferOptions &options) { report = runTransfer(m_fileSystem, *plan, options); });
+    const bool ran =
+        m_host.runLong(operation, [&](const Watch &watch) { report = runTransfer(m_fileSystem, *plan, watch); });
     if (!ran)
         return ResultCancelled;
     m_history.addTransfer(kind, report);
@@ -136,8 +136,8 @@ int FileOperations::remove(const FileRequest &request)
         const bool asks = (request.flags & FlagNoConfirmation) == 0;
         if (asks && !m_host.confirmTrash(forTrash))
             return ResultCancelled;
-        const bool ran = m_host.runLong(
-            OperationKind::Trash, [&](const TransferOptions &options) { done = putIntoTrash(forTrash, options); });
+        const bool ran =
+            m_host.runLong(OperationKind::Trash, [&](const Watch &watch) { done = putIntoTrash(forTrash, watch); });
         if (!ran)
             return ResultCancelled;
         forGood += takeOutWithoutTrash(done);
@@ -146,7 +146,7 @@ int FileOperations::remove(const FileRequest &request)
     const bool deletes = !forGood.isEmpty() && !done.wasStopped && m_host.confirmDeleteForGood(forGood);
     if (deletes) {
         const bool ran = m_host.runLong(OperationKind::DeleteForGood,
-            [&](const TransferOptions &options) { append(done, deleteForGood(m_fileSystem, forGood, options)); });
+            [&](const Watch &watch) { append(done, deleteForGood(m_fileSystem, forGood, watch)); });
         if (!ran)
             return ResultCancelled;
     }
@@ -182,8 +182,8 @@ int FileOperations::undo()
     if (!m_history.next())
         return ResultDone;
     UndoReport undone;
-    const bool ran = m_host.runLong(
-        OperationKind::Undo, [&](const TransferOptions &options) { undone = m_history.undo(m_fileSystem, options); });
+    const bool ran =
+        m_host.runLong(OperationKind::Undo, [&](const Watch &watch) { undone = m_history.undo(m_fileSystem, watch); });
     if (!ran)
         return ResultCancelled;
     OperationReport report;

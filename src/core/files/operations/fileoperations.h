@@ -41,7 +41,7 @@ public:
     /// Runs the work on a thread of its own, with a way to stop it and its progress shown, which is told on that
     /// thread; returns when it is done. May not show anything for short work. False, with nothing done: other work is
     /// under way.
-    virtual bool runLong(OperationKind kind, const std::function<void(const TransferOptions &)> &work) = 0;
+    virtual bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) = 0;
     /// Shows what was not done, and why. Called only when isComplete() is false.
     virtual void tell(const OperationReport &report) = 0;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/app/progress.h"
 #include "core/platform/nodes.h"
 
 #include <QSet>
@@ -9,7 +10,6 @@
 
 #include <functional>
 #include <optional>
-#include <stop_token>
 #include <vector>
 
 /// Copying and moving files, links and folders into a folder so that nothing is lost. Three steps: makeTransferPlan
@@ -101,21 +101,6 @@ using ClashChooser = std::function<std::optional<ClashDecision>(const Clash &cla
 /// off. A Replace where it is not allowed counts as Skip.
 bool answerClashes(TransferPlan &plan, const ClashChooser &choose);
 
-struct TransferProgress
-{
-    qint64 bytesDone = 0;
-    qint64 bytesTotal = 0;
-    qsizetype itemsDone = 0; ///< sources
-    qsizetype itemsTotal = 0;
-    QString path; ///< what is worked on
-};
-
-struct TransferOptions
-{
-    std::function<void(const TransferProgress &)> progress = {}; ///< on the thread that runs the transfer
-    std::stop_token stop = {};                                   ///< also ends the copying of a long file
-};
-
 /// Something that was done, in full.
 struct TransferStep
 {
@@ -144,8 +129,8 @@ struct TransferReport
     bool isComplete() const { return failures.empty() && notDone.isEmpty(); }
 };
 
-/// Does what the plan says. After the target's drive is full no further source is taken.
-TransferReport runTransfer(
-    platform::FileSystem &fileSystem, const TransferPlan &plan, const TransferOptions &options = {});
+/// Does what the plan says. Reports sources and bytes; a stop also ends the copying of a long file. After the target's
+/// drive is full no further source is taken.
+TransferReport runTransfer(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch = {});
 
 } // namespace ravlin

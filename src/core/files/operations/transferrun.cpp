@@ -17,9 +17,9 @@ using platform::NodeKind;
 class ProgressCounter
 {
 public:
-    ProgressCounter(const TransferPlan &plan, const TransferOptions &options) : m_tell(options.progress)
+    ProgressCounter(const TransferPlan &plan, const Watch &watch) : m_watch(watch)
     {
-        m_now.itemsTotal = static_cast<qsizetype>(plan.items.size());
+        m_now.total = static_cast<qsizetype>(plan.items.size());
         for (const TransferItem &item : plan.items)
             m_now.bytesTotal += item.error || item.isSkipped() ? 0 : item.bytes;
     }
@@ -27,37 +27,31 @@ public:
     void begin(const QString &path)
     {
         m_now.path = path;
-        tell();
+        m_watch.report(m_now);
     }
     void advance(qint64 bytes)
     {
         m_now.bytesDone += bytes;
         m_now.bytesTotal = std::max(m_now.bytesTotal, m_now.bytesDone); // a source may grow
-        tell();
+        m_watch.report(m_now);
     }
     void endItem()
     {
-        ++m_now.itemsDone;
-        tell();
+        ++m_now.done;
+        m_watch.report(m_now);
     }
 
 private:
-    void tell()
-    {
-        if (m_tell)
-            m_tell(m_now);
-    }
-
-    const std::function<void(const TransferProgress &)> &m_tell;
-    TransferProgress m_now;
+    const Watch &m_watch;
+    Progress m_now;
 };
 
 class Runner
 {
 public:
-    Runner(platform::FileSystem &fileSystem, const TransferPlan &plan, const TransferOptions &options)
-        : m_fileSystem(fileSystem), m_plan(plan), m_stop(options.stop), m_progress(plan, options),
-          m_queue(fileSystem, {[this](qint64 bytes) { m_progress.advance(bytes); }, options.stop},
+    Runner(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch)
+        : m_fileSystem(fileSystem), m_plan(plan), m_stop(watch.stop), m_progress(plan, watch),
+          m_queue(fileSystem, {[this](qint64 bytes) { m_progress.advance(bytes); }, watch.stop},
               moves() ? storage::CopyCheck::Everything : storage::CopyCheck::Ends)
     {
     }
@@ -280,9 +274,9 @@ void Runner::done(const CopiedNode &copied, bool isMove, bool replaced)
 
 } // namespace
 
-TransferReport runTransfer(platform::FileSystem &fileSystem, const TransferPlan &plan, const TransferOptions &options)
+TransferReport runTransfer(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch)
 {
-    return Runner(fileSystem, plan, options).run();
+    return Runner(fileSystem, plan, watch).run();
 }
 
 } // namespace ravlin

@@ -23,25 +23,21 @@ Result<void> refusal(const QString &path, const QString &detail)
 class Undoing
 {
 public:
-    Undoing(platform::FileSystem &fileSystem, const TransferOptions &options)
-        : m_fileSystem(fileSystem), m_options(options)
-    {
-    }
+    Undoing(platform::FileSystem &fileSystem, const Watch &watch) : m_fileSystem(fileSystem), m_watch(watch) {}
 
     /// Calls work() unless a stop was requested; path is what failures are told for. False: a stop kept it from being
     /// tried, or from being finished; then all is as before.
     template <typename Work>
     bool step(const QString &path, const QString &undonePath, Work work)
     {
-        if (m_options.stop.stop_requested()) {
+        if (m_watch.stop.stop_requested()) {
             m_report.notDone.append(path);
             return false;
         }
         m_progress.path = path;
-        if (m_options.progress)
-            m_options.progress(m_progress);
+        m_watch.report(m_progress);
         const Result<void> undone = work();
-        ++m_progress.itemsDone;
+        ++m_progress.done;
         if (!undone && undone.error().code == ErrorCode::Cancelled) {
             m_report.notDone.append(path);
             return false;
@@ -57,13 +53,13 @@ public:
     Result<void> removeCopy(const TransferStep &step);
 
     UndoReport m_report;
-    TransferProgress m_progress;
+    Progress m_progress;
 
 private:
     Result<void> makeFolder(const QString &path);
 
     platform::FileSystem &m_fileSystem;
-    const TransferOptions &m_options;
+    const Watch &m_watch;
 };
 
 Result<void> Undoing::makeFolder(const QString &path)
@@ -84,10 +80,10 @@ Result<void> Undoing::moveBack(const TransferStep &step)
     if (!made)
         return made;
     const auto plan = makeTransferPlan(
-        m_fileSystem, {TransferKind::Move, {step.target}, folder, platform::nameOf(step.source)}, m_options.stop);
+        m_fileSystem, {TransferKind::Move, {step.target}, folder, platform::nameOf(step.source)}, m_watch.stop);
     if (!plan)
         return tl::unexpected(plan.error());
-    const TransferReport report = runTransfer(m_fileSystem, *plan, {{}, m_options.stop});
+    const TransferReport report = runTransfer(m_fileSystem, *plan, {.stop = m_watch.stop});
     if (!report.failures.empty())
         return tl::unexpected(report.failures.front().error);
     if (!report.skipped.isEmpty())
@@ -112,25 +108,6 @@ Result<void> Undoing::removeCopy(const TransferStep &step)
         return tl::unexpected(Error{ErrorCode::ChangedMeanwhile, step.target, {}});
     return platform::moveToTrash(step.target).map([](const platform::TrashedItem &) {});
 }
-
-/// A batch tells its rows; an undo shows them as its own.
-class RenameProgress final : public BatchProgress
-{
-public:
-    RenameProgress(const TransferOptions &options, qsizetype total) : m_options(options) { m_now.itemsTotal = total; }
-
-    void advance(const QString &path) override
-    {
-        m_now.path = path;
-        if (m_options.progress)
-            m_options.progress(m_now);
-        ++m_now.itemsDone;
-    }
-
-private:
-    const TransferOptions &m_options;
-    TransferProgress m_now;
-};
 
 UndoReport reportOf(const RenamingOutcome &outcome)
 {
@@ -213,23 +190,22 @@ std::optional<UndoSubject> UndoHistory::next() const
     return m_operations.empty() ? std::nullopt : std::optional(subjectOf(m_operations.back()));
 }
 
-UndoReport UndoHistory::undo(platform::FileSystem &fileSystem, const TransferOptions &options)
+UndoReport UndoHistory::undo(platform::FileSystem &fileSystem, const Watch &watch)
 {
     if (m_operations.empty())
         return {};
     const Operation operation = std::move(m_operations.back());
     m_operations.pop_back();
-    UndoReport report = std::visit([&](const auto &one) { return take(fileSystem, one, options); }, operation);
+    UndoReport report = std::visit([&](const auto &one) { return take(fileSystem, one, watch); }, operation);
     report.kind = subjectOf(operation).kind;
     report.wasStopped = report.wasStopped || !report.notDone.isEmpty();
     return report;
 }
 
-UndoReport UndoHistory::take(
-    platform::FileSystem &fileSystem, const Transfers &transfers, const TransferOptions &options)
+UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Transfers &transfers, const Watch &watch)
 {
-    Undoing undoing(fileSystem, options);
-    undoing.m_progress.itemsTotal = static_cast<qsizetype>(transfers.steps.size());
+    Undoing undoing(fileSystem, watch);
+    undoing.m_progress.total = static_cast<qsizetype>(transfers.steps.size());
     Transfers left{transfers.kind, {}};
     for (const TransferStep &step : reversed(transfers.steps)) {
         const QString &undonePath = step.isMove ? step.source : step.target;
@@ -250,11 +226,10 @@ UndoReport UndoHistory::take(
     return std::move(undoing.m_report);
 }
 
-UndoReport UndoHistory::take(
-    platform::FileSystem &fileSystem, const Deletions &deletions, const TransferOptions &options)
+UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Deletions &deletions, const Watch &watch)
 {
-    Undoing undoing(fileSystem, options);
-    undoing.m_progress.itemsTotal = static_cast<qsizetype>(deletions.trashed.size()) + deletions.deleted.size();
+    Undoing undoing(fileSystem, watch);
+    undoing.m_progress.total = static_cast<qsizetype>(deletions.trashed.size()) + deletions.deleted.size();
     Deletions left;
     for (const platform::TrashedItem &item : reversed(deletions.trashed)) {
         if (!undoing.step(item.original, item.original, [&] { return platform::restoreFromTrash(item); }))
@@ -270,11 +245,9 @@ UndoReport UndoHistory::take(
     return std::move(undoing.m_report);
 }
 
-UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Renames &renames, const TransferOptions &options)
+UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Renames &renames, const Watch &watch)
 {
-    RenameProgress progress(options, static_cast<qsizetype>(renames.renames.size()));
-    const RenamingOutcome outcome =
-        undoRenaming(fileSystem, renames.renames, renames.foldersMade, progress, options.stop);
+    const RenamingOutcome outcome = undoRenaming(fileSystem, renames.renames, renames.foldersMade, watch);
     Renames left{{}, renames.foldersMade};
     for (const RenameRow &row : outcome.rows) {
         if (isLeftByStop(row))

@@ -58,7 +58,7 @@ public:
 
     /// What undo() would take back; nothing when nothing is left.
     std::optional<UndoSubject> next() const;
-    UndoReport undo(platform::FileSystem &fileSystem, const TransferOptions &options = {});
+    UndoReport undo(platform::FileSystem &fileSystem, const Watch &watch = {});
 
 private:
     static constexpr std::size_t Most = 100; ///< operations that are remembered
@@ -83,9 +83,9 @@ private:
     void add(Operation operation);
     static UndoSubject subjectOf(const Operation &operation);
     /// Undoes one and remembers what a stop has left of it.
-    UndoReport take(platform::FileSystem &fileSystem, const Transfers &transfers, const TransferOptions &options);
-    UndoReport take(platform::FileSystem &fileSystem, const Deletions &deletions, const TransferOptions &options);
-    UndoReport take(platform::FileSystem &fileSystem, const Renames &renames, const TransferOptions &options);
+    UndoReport take(platform::FileSystem &fileSystem, const Transfers &transfers, const Watch &watch);
+    UndoReport take(platform::FileSystem &fileSystem, const Deletions &deletions, const Watch &watch);
+    UndoReport take(platform::FileSystem &fileSystem, const Renames &renames, const Watch &watch);
 
     std::deque<Operation> m_operations; ///< the last one last
 };

@@ -8,7 +8,7 @@
 namespace ravlin {
 
 FileRenaming planFileRenaming(const QStringList &paths, const NamingRule &rule, const TagStore &store,
-    platform::FileSystem &fileSystem, BatchProgress &progress)
+    platform::FileSystem &fileSystem, const ProgressReport &progress)
 {
     std::vector<PreviewRow> rows = previewRenaming(paths, rule, store, progress);
     std::vector<RenameWish> wishes = renameWishes(rows, rule);

@@ -23,7 +23,7 @@ struct FileRenaming
 /// Reads the files' tags, makes their names by the rule and plans the renames; touches nothing. A file whose tag can't
 /// be read keeps its name. May run on any thread that has the store to itself.
 FileRenaming planFileRenaming(const QStringList &paths, const NamingRule &rule, const TagStore &store,
-    platform::FileSystem &fileSystem, BatchProgress &progress);
+    platform::FileSystem &fileSystem, const ProgressReport &progress = {});
 
 /// The name that a row comes to as one reads it beside the file's present one: the new path below the file's folder,
 /// or the whole path when it lies elsewhere. Of a row that keeps its file where it is against the rule's will, the name

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/app/batch.h"
+#include "core/app/progress.h"
 #include "core/files/renaming/renamewish.h"
 #include "core/platform/filesystem.h"
 
@@ -11,7 +11,6 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <vector>
 
 /// Renaming many files at once so that none is lost. The plan is made first and tells what the run will do; the preview
@@ -104,14 +103,13 @@ struct RenamingOutcome
     std::size_t count(RenameState state) const;
 };
 
-/// Carries a plan out. progress is told each row in order. A stop takes effect between two rows; names that go round in
-/// a ring are finished first. A row that fails keeps none of the others from being taken.
-RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan &plan, BatchProgress &progress,
-    const std::stop_token &stop = {});
+/// Carries a plan out. Reports each row in order. A stop takes effect between two rows; names that go round in a ring
+/// are finished first. A row that fails keeps none of the others from being taken.
+RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan &plan, const Watch &watch = {});
 
 /// Renames the files back. Like any batch it overwrites nothing; KeepBoth is what takes its clashes. foldersMade by the
 /// renames are removed as far as they are empty.
 RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector<RenameDone> &renames,
-    const QStringList &foldersMade, BatchProgress &progress, const std::stop_token &stop = {});
+    const QStringList &foldersMade, const Watch &watch = {});
 
 } // namespace ravlin

@@ -19,16 +19,18 @@ public:
         m_outcome.rows = m_draft.rows;
     }
 
-    RenamingOutcome run(BatchProgress &progress, const std::stop_token &stop)
+    RenamingOutcome run(const Watch &watch)
     {
+        const auto total = static_cast<qsizetype>(m_outcome.rows.size());
+        qsizetype begun = 0;
         for (std::size_t row = 0; row < m_outcome.rows.size(); ++row) {
-            if (m_outcome.rows[row].renames() && !m_isDone[row] && stop.stop_requested()) {
+            if (m_outcome.rows[row].renames() && !m_isDone[row] && watch.stop.stop_requested()) {
                 notTaken(row);
                 continue;
             }
-            progress.advance(m_outcome.rows[row].from);
+            watch.report({++begun, total, m_outcome.rows[row].from});
             if (m_outcome.rows[row].renames() && !m_isDone[row])
-                take(row, stop);
+                take(row, watch.stop);
         }
         for (RenameRow &row : m_outcome.rows) {
             if (row.state == RenameState::Clash)
@@ -172,14 +174,13 @@ private:
     std::set<QString> m_foldersThere;
 };
 
-RenamingOutcome runRenaming(
-    platform::FileSystem &fileSystem, const RenamingPlan &plan, BatchProgress &progress, const std::stop_token &stop)
+RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan &plan, const Watch &watch)
 {
-    return RenamingRun(fileSystem, plan).run(progress, stop);
+    return RenamingRun(fileSystem, plan).run(watch);
 }
 
 RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector<RenameDone> &renames,
-    const QStringList &foldersMade, BatchProgress &progress, const std::stop_token &stop)
+    const QStringList &foldersMade, const Watch &watch)
 {
     std::vector<RenameWish> wishes;
     wishes.reserve(renames.size());
@@ -187,7 +188,7 @@ RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector
         wishes.push_back({done.to, done.from});
     RenamingPlan plan(fileSystem, std::move(wishes));
     plan.answerAll(ClashAnswer::KeepBoth);
-    RenamingOutcome outcome = runRenaming(fileSystem, plan, progress, stop);
+    RenamingOutcome outcome = runRenaming(fileSystem, plan, watch);
     QStringList folders = foldersMade;
     while (!folders.isEmpty())
         static_cast<void>(fileSystem.removeFolder(folders.takeLast())); // what is in it by now is not ours

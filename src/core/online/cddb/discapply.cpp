@@ -20,7 +20,7 @@ void applyDisc(TagRecord &record, const DiscFields &disc, const DiscRow &row)
 }
 
 BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc, TagStore &tagStore,
-    const ProgramState &state, BatchProgress &progress)
+    const ProgramState &state, const ProgressReport &progress)
 {
     QStringList paths;
     for (const DiscFile &file : files)

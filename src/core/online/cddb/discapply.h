@@ -43,7 +43,7 @@ struct DiscFile
 /// Writes a disc's data into the tags of its files, in order. A file that cannot be read or written stays as it is and
 /// the next is taken; none is taken after one was refused for want of space.
 BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc, TagStore &tagStore,
-    const ProgramState &state, BatchProgress &progress);
+    const ProgramState &state, const ProgressReport &progress);
 
 /// A line for each of the files that were not saved: its path and why.
 QStringList notSavedLines(const Captions &captions, const BatchOutcome &outcome, const std::vector<DiscFile> &files);

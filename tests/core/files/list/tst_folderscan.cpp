@@ -188,22 +188,22 @@ private Q_SLOTS:
     {
         for (const char *name : {"0.mp3", "x/1.mp3", "x/y/2.mp3"})
             make(QString::fromUtf8(name));
-        std::vector<ScanProgress> told;
+        std::vector<Progress> told;
         const std::thread::id caller = std::this_thread::get_id();
         bool isByCaller = true;
-        const auto note = [&](const ScanProgress &progress) {
+        const auto note = [&](const Progress &progress) {
             told.push_back(progress);
             isByCaller = isByCaller && std::this_thread::get_id() == caller;
         };
         QCOMPARE(ListFolderTree(root(), {.progress = note})->rows.size(), size_t{3});
         QVERIFY(isByCaller);
         QVERIFY(told.size() >= 4);
-        QCOMPARE(told[1].name, native(root() + QStringLiteral("x/")));
-        QCOMPARE(told[1].done, size_t{0});
-        QCOMPARE(told[1].total, size_t{2});
-        QCOMPARE(told.back().done, size_t{3});
-        QCOMPARE(told.back().total, size_t{3});
-        QCOMPARE(told.back().name, native(QStringLiteral("x/y/2.mp3")));
+        QCOMPARE(told[1].path, native(root() + QStringLiteral("x/")));
+        QCOMPARE(told[1].done, 0);
+        QCOMPARE(told[1].total, 2);
+        QCOMPARE(told.back().done, 3);
+        QCOMPARE(told.back().total, 3);
+        QCOMPARE(told.back().path, native(QStringLiteral("x/y/2.mp3")));
     }
 
     void aStopEndsTheWalkAndTheSearchForSubfolders()
@@ -212,7 +212,7 @@ private Q_SLOTS:
             make(QString::fromUtf8(name));
         std::stop_source stop;
         int folders = 0;
-        const auto stopAtTheSecondFolder = [&](const ScanProgress &) {
+        const auto stopAtTheSecondFolder = [&](const Progress &) {
             if (++folders == 2)
                 stop.request_stop();
         };

@@ -256,7 +256,7 @@ private Q_SLOTS:
         list();
         std::stop_source stop;
         ScanOptions options{.cache = &m_cache, .stop = stop.get_token()};
-        options.progress = [&](const ScanProgress &progress) {
+        options.progress = [&](const Progress &progress) {
             if (progress.done == 3)
                 stop.request_stop();
         };

@@ -35,7 +35,7 @@ public:
         asked.append(u"delete %1"_s.arg(paths.size()));
         return deleteAnswer;
     }
-    bool runLong(OperationKind kind, const std::function<void(const TransferOptions &)> &work) override
+    bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) override
     {
         if (isBusy)
             return false;

@@ -60,7 +60,7 @@ private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     QString target() const;
     TransferReport run(TransferKind kind, const QStringList &sources, const QString &folder,
-        const ClashChooser &choose = nobodyAsked, const TransferOptions &options = {});
+        const ClashChooser &choose = nobodyAsked, const Watch &watch = {});
     static std::optional<ClashDecision> nobodyAsked(const Clash &clash)
     {
         QTest::qFail(qPrintable(u"asked about "_s + clash.target), __FILE__, __LINE__);
@@ -102,7 +102,7 @@ void TestTransfer::drives()
 }
 
 TransferReport TestTransfer::run(TransferKind kind, const QStringList &sources, const QString &folder,
-    const ClashChooser &choose, const TransferOptions &options)
+    const ClashChooser &choose, const Watch &watch)
 {
     auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
     if (!plan) {
@@ -111,7 +111,7 @@ TransferReport TestTransfer::run(TransferKind kind, const QStringList &sources, 
     }
     if (!answerClashes(*plan, choose))
         return {};
-    return runTransfer(m_fileSystem, *plan, options);
+    return runTransfer(m_fileSystem, *plan, watch);
 }
 
 /// Where the row's files go; empty without another drive.

@@ -29,8 +29,7 @@ private:
     static void drives();
     QString target() const;
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
-    TransferReport run(
-        TransferKind kind, const QStringList &sources, const QString &folder, const TransferOptions &options = {});
+    TransferReport run(TransferKind kind, const QStringList &sources, const QString &folder, const Watch &watch = {});
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<OtherDrive> m_drive;
@@ -64,10 +63,10 @@ QString TestTransferRun::target() const
 }
 
 TransferReport TestTransferRun::run(
-    TransferKind kind, const QStringList &sources, const QString &folder, const TransferOptions &options)
+    TransferKind kind, const QStringList &sources, const QString &folder, const Watch &watch)
 {
     const auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
-    return plan ? runTransfer(m_fileSystem, *plan, options) : TransferReport();
+    return plan ? runTransfer(m_fileSystem, *plan, watch) : TransferReport();
 }
 
 void TestTransferRun::stopped()
@@ -85,7 +84,7 @@ void TestTransferRun::stopped()
     sources.append(in(u"cd"_s));
     std::stop_source stop;
     const TransferReport report = run(kind, sources, to,
-        {[&](const TransferProgress &progress) {
+        {[&](const Progress &progress) {
              if (progress.bytesDone > 12'000'000)
                  stop.request_stop();
          },
@@ -110,8 +109,8 @@ void TestTransferRun::tellsProgressInBytes()
     writeFile(in(u"a.mp3"_s), pattern(9'000'000, 1));
     writeFile(in(u"cd/b.mp3"_s), pattern(1'000'000, 2));
     QList<qint64> told;
-    TransferProgress last;
-    run(TransferKind::Copy, {in(u"a.mp3"_s), in(u"cd"_s)}, in(u"to"_s), {[&](const TransferProgress &progress) {
+    Progress last;
+    run(TransferKind::Copy, {in(u"a.mp3"_s), in(u"cd"_s)}, in(u"to"_s), {[&](const Progress &progress) {
         told.append(progress.bytesDone);
         last = progress;
     }});
@@ -119,8 +118,8 @@ void TestTransferRun::tellsProgressInBytes()
     QVERIFY(std::any_of(told.begin(), told.end(), [](qint64 bytes) { return bytes > 0 && bytes < 9'000'000; }));
     QCOMPARE(last.bytesTotal, 10'000'000);
     QCOMPARE(last.bytesDone, 10'000'000);
-    QCOMPARE(last.itemsDone, 2);
-    QCOMPARE(last.itemsTotal, 2);
+    QCOMPARE(last.done, 2);
+    QCOMPARE(last.total, 2);
 }
 
 void TestTransferRun::ofManyFiles()

@@ -305,8 +305,8 @@ void TestUndo::aStopLeavesTheRestForTheNextUndo()
     QVERIFY(state() != before);
 
     std::stop_source stop;
-    const auto stopSoon = [&](const TransferProgress &progress) {
-        if (progress.itemsDone == 2)
+    const auto stopSoon = [&](const Progress &progress) {
+        if (progress.done == 2)
             stop.request_stop();
     };
     const UndoReport first = m_history->undo(m_fileSystem, {stopSoon, stop.get_token()});

@@ -14,13 +14,6 @@
 /// What the tests of renaming share: folders whose files hold their first names, and batches said in few words.
 namespace ravlin::test {
 
-class NoProgress final : public BatchProgress
-{
-public:
-    void advance(const QString &path) override { told += path; }
-    QStringList told;
-};
-
 /// A folder in which each file's content is the name that it had at first.
 class RenamingCase
 {

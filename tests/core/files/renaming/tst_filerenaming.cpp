@@ -16,16 +16,6 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-namespace {
-
-struct NoProgress final : BatchProgress
-{
-    int rows = 0;
-    void advance(const QString &) override { ++rows; }
-};
-
-} // namespace
-
 class TestFileRenaming : public QObject
 {
     Q_OBJECT
@@ -34,7 +24,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
     ProgramState m_state;
     TagStore m_store{m_state, platform::FileSystem::native()};
-    NoProgress m_progress;
+    int m_reports = 0;
 
     QString at(const QString &name) const { return QDir::toNativeSeparators(m_folder->path() + u'/' + name); }
     QString addFile(const QString &name, const QString &title) const
@@ -46,20 +36,21 @@ private:
         NamingRule rule;
         rule.mode = NamingRule::Pattern;
         rule.pattern = pattern;
-        return planFileRenaming(paths, rule, m_store, platform::FileSystem::native(), m_progress);
+        return planFileRenaming(
+            paths, rule, m_store, platform::FileSystem::native(), [this](const Progress &) { ++m_reports; });
     }
 
 private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_progress.rows = 0;
+        m_reports = 0;
     }
 
     void eachFileIsReadAndPlannedInOrder()
     {
         const FileRenaming renaming = plan({addFile(u"a.mp3"_s, u"one"_s), addFile(u"b.mp3"_s, u"two"_s)}, u"%3"_s);
-        QCOMPARE(m_progress.rows, 2);
+        QCOMPARE(m_reports, 2);
         QCOMPARE(renaming.plan.rows().at(0).path, at(u"one.mp3"_s));
         QCOMPARE(renaming.plan.rows().at(1).path, at(u"two.mp3"_s));
         QCOMPARE(newNameOf(renaming.rows.at(1), renaming.plan.rows().at(1)), u"two.mp3"_s);

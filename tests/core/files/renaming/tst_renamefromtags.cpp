@@ -145,8 +145,7 @@ void TestRenameFromTags::theFolderIsRenamed()
     platform::FileSystem &native = platform::FileSystem::native();
     const TagRecord record = tagOf(u"Band"_s, u"Vol. 1"_s);
     const auto wish = folderRenameWish(scratch.path(u"New"_s), record, ArtistAlbum);
-    NoProgress progress;
-    const RenamingOutcome outcome = runRenaming(native, RenamingPlan(native, {*wish}), progress);
+    const RenamingOutcome outcome = runRenaming(native, RenamingPlan(native, {*wish}));
     QCOMPARE(outcome.rows.front().path, scratch.path(u"Band - Vol. 1"_s));
     QCOMPARE(scratch.files().keys(), QStringList{u"Band - Vol. 1/a.mp3"_s});
     // Once more it is named so already.
@@ -159,8 +158,7 @@ void TestRenameFromTags::caseAloneOfAFolder()
     const RenamingCase scratch({u"live/a.mp3"_s});
     CaselessFileSystem caseless;
     const auto wish = folderRenameWish(scratch.path(u"live"_s), tagOf({}, u"Live"_s), ArtistAlbum);
-    NoProgress progress;
-    const RenamingOutcome outcome = runRenaming(caseless, RenamingPlan(caseless, {*wish}), progress);
+    const RenamingOutcome outcome = runRenaming(caseless, RenamingPlan(caseless, {*wish}));
     QVERIFY(outcome.rows.front().renames());
     QCOMPARE(scratch.files().keys(), QStringList{u"Live/a.mp3"_s});
 }
@@ -172,8 +170,7 @@ void TestRenameFromTags::aTakenFolderName()
     RenamingPlan plan(native, {*folderRenameWish(scratch.path(u"New"_s), tagOf({}, u"Vol. 1"_s), ArtistAlbum)});
     QVERIFY(plan.nextClash());
     plan.answer(0, ClashAnswer::KeepBoth);
-    NoProgress progress;
-    runRenaming(native, plan, progress);
+    runRenaming(native, plan);
     QCOMPARE(scratch.files().keys(), (QStringList{u"Vol. 1 (2)/a.mp3"_s, u"Vol. 1/b.mp3"_s}));
 }
 

@@ -27,15 +27,15 @@ platform::FileSystem &native()
 /// A plan and its run; the plan's rows must be what came true.
 RenamingOutcome runAsPlanned(platform::FileSystem &fileSystem, const RenamingPlan &plan)
 {
-    NoProgress progress;
-    RenamingOutcome outcome = runRenaming(fileSystem, plan, progress);
+    QStringList told;
+    RenamingOutcome outcome = runRenaming(fileSystem, plan, {[&](const Progress &now) { told += now.path; }});
     for (std::size_t row = 0; row < outcome.rows.size(); ++row) {
         const RenameRow &planned = plan.rows()[row];
         const bool isOpen = planned.state == RenameState::Clash;
         if (outcome.rows[row].state != (isOpen ? RenameState::Skipped : planned.state) ||
             outcome.rows[row].path != planned.path)
             qFatal("row %d was not done as planned", int(row));
-        if (progress.told.at(int(row)) != planned.from)
+        if (told.at(int(row)) != planned.from)
             qFatal("row %d was not told in order", int(row));
     }
     return outcome;
@@ -434,8 +434,7 @@ void TestRenaming::aTargetThatAppearsAfterThePlan()
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     const RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"y.mp3"_s}}));
     folder.add(u"x.mp3"_s);
-    NoProgress progress;
-    const auto outcome = runRenaming(native(), plan, progress);
+    const auto outcome = runRenaming(native(), plan);
     QCOMPARE(statesOf(outcome.rows), states({RenameState::Failed, Rename}));
     QVERIFY(outcome.rows[0].error->code == ErrorCode::AlreadyExists);
     QCOMPARE(outcome.rows[0].path, folder.path(u"a.mp3"_s));
@@ -444,21 +443,15 @@ void TestRenaming::aTargetThatAppearsAfterThePlan()
 
 void TestRenaming::aStopBetweenRows()
 {
-    class StopAt final : public BatchProgress
-    {
-    public:
-        void advance(const QString &path) override
-        {
-            if (path.endsWith(u"c"_s))
-                source.request_stop();
-        }
-        std::stop_source source;
-    };
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s});
     const RenamingPlan plan(native(),
         folder.wishes({{u"a"_s, u"1"_s}, {u"c"_s, u"d"_s}, {u"d"_s, u"c"_s}, {u"b"_s, u"2"_s}, {u"e"_s, u"e"_s}}));
-    StopAt progress;
-    const auto outcome = runRenaming(native(), plan, progress, progress.source.get_token());
+    std::stop_source stop;
+    const auto stopAtC = [&](const Progress &now) {
+        if (now.path.endsWith(u"c"_s))
+            stop.request_stop();
+    };
+    const auto outcome = runRenaming(native(), plan, {stopAtC, stop.get_token()});
     QVERIFY(outcome.wasStopped);
     // The swap that was begun is finished.
     QCOMPARE(statesOf(outcome.rows), states({Rename, Rename, Rename, RenameState::NotTaken, Untouched}));
@@ -476,8 +469,7 @@ bool survivesFault(int at, bool forEver)
     const RenamingPlan plan(faulty, folder.wishes({{u"a"_s, u"b"_s}, {u"x"_s, u"y"_s}, {u"b"_s, u"c"_s},
                                         {u"y"_s, u"w"_s}, {u"c"_s, u"a"_s}, {u"z"_s, u"new/z"_s}}));
     faulty.setPlan({.fault = Fault::Fail, .at = at, .forEver = forEver});
-    NoProgress progress;
-    const RenamingOutcome outcome = runRenaming(faulty, plan, progress);
+    const RenamingOutcome outcome = runRenaming(faulty, plan);
     if (!faulty.hasFired())
         return false;
     // Each row tells where its file is.
@@ -523,8 +515,7 @@ void TestRenaming::undoing()
     const auto outcome = renameAll(
         folder, {{u"a"_s, u"b"_s}, {u"b"_s, u"a"_s}, {u"c"_s, u"x/y/c"_s}, {u"d"_s, u"e"_s}, {u"e"_s, u"f"_s}});
     QVERIFY(folder.files() != before);
-    NoProgress progress;
-    const auto undone = undoRenaming(native(), outcome.renames, outcome.foldersMade, progress);
+    const auto undone = undoRenaming(native(), outcome.renames, outcome.foldersMade);
     QCOMPARE(undone.count(Rename), std::size_t(5));
     QCOMPARE(folder.files(), before);
     QVERIFY(!QFileInfo::exists(folder.path(u"x"_s)));

@@ -30,7 +30,6 @@ const int RingSizes[] = {2, 3, 5};
 [[noreturn]] void renameForEver(const RenamingCase &folder, const QList<QStringList> &rings)
 {
     platform::FileSystem &native = platform::FileSystem::native();
-    NoProgress progress;
     while (true) {
         RenamingCase::Pairs pairs;
         for (const QStringList &ring : rings) {
@@ -38,7 +37,7 @@ const int RingSizes[] = {2, 3, 5};
                 pairs.push_back({ring[i], ring[(i + 1) % ring.size()]});
         }
         const RenamingPlan plan(native, folder.wishes(pairs));
-        const RenamingOutcome outcome = runRenaming(native, plan, progress);
+        const RenamingOutcome outcome = runRenaming(native, plan);
         if (outcome.count(RenameState::Rename) != outcome.rows.size())
             ::_exit(1);
     }
@@ -119,9 +118,8 @@ void TestRenamingKill::noFileIsLostOrHidden()
             if (!names.contains(name))
                 pairs.push_back({name, free.front()});
         }
-        NoProgress progress;
         platform::FileSystem &native = platform::FileSystem::native();
-        runRenaming(native, RenamingPlan(native, folder.wishes(pairs)), progress);
+        runRenaming(native, RenamingPlan(native, folder.wishes(pairs)));
         QCOMPARE(folder.files().keys(), names);
     }
     qInfo("%d kills: %d with the files elsewhere than before, %d with one under a name for the time being", Kills,
