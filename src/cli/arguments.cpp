@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/arguments.h"
 
-#include "core/platform/path.h"
+#include <QDir>
 
 #include <algorithm>
 
@@ -55,7 +55,7 @@ tl::expected<Arguments, UsageError> Arguments::parse(const QStringList &words, s
             break;
     }
     for (const QString &operand : arguments.m_operands)
-        arguments.m_paths += platform::withNativeSeparators(operand);
+        arguments.m_paths += QDir::toNativeSeparators(operand);
     return arguments;
 }
 

@@ -2,6 +2,7 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
 #include "core/files/list/folderscan.h"
+#include "core/platform/path.h"
 
 #include <algorithm>
 
@@ -12,7 +13,7 @@ namespace {
 /// The part of a row's text before the file's name.
 QStringView folderOf(QStringView rowText)
 {
-    return rowText.first(rowText.lastIndexOf(platform::Separator) + 1);
+    return rowText.first(platform::nameStart(rowText));
 }
 
 /// Sorts the rows of each folder by name without regard to case; the folders stay in their order.
@@ -56,7 +57,7 @@ Result<Listing> listing(const QString &folder, bool recursive)
         return tl::unexpected(Error{ErrorCode::NotFound, folder, {}});
     if (recursive)
         return ListFolderTree(folder);
-    return ListFolder(folder.endsWith(platform::Separator) ? folder : folder + platform::Separator, {});
+    return ListFolder(platform::withEndSeparator(folder), {});
 }
 
 void failFolder(const QString &path, const Error &error, Console &console)

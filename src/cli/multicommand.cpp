@@ -4,6 +4,7 @@
 #include "cli/tagsaving.h"
 #include "core/naming/filename.h"
 #include "core/naming/multiedit.h"
+#include "core/platform/path.h"
 
 #include <algorithm>
 #include <array>
@@ -77,7 +78,7 @@ int previewRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &c
             console.fail(path, record.error());
             break; // as the run itself
         }
-        writer.write(previewRecord(path, *record, isLongName(fileName(path)), true));
+        writer.write(previewRecord(path, *record, isLongName(platform::nameOf(path)), true));
         warnOfTextsNotSaved(path, *record, console);
     }
     writer.finish();

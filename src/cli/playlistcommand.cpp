@@ -4,6 +4,7 @@
 #include "core/app/programstate.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/operations/playlist.h"
+#include "core/platform/path.h"
 #include "core/tags/store/tagstore.h"
 
 #include <algorithm>
@@ -24,8 +25,7 @@ QStringList sortedTexts(const Listing &listing)
     std::vector<std::tuple<QString, QString, QString>> keys;
     for (const ListRow &row : listing.rows) {
         const QString text = row.text();
-        const qsizetype start = text.lastIndexOf(platform::Separator) + 1;
-        keys.emplace_back(text.first(start).toCaseFolded(), text.sliced(start).toCaseFolded(), text);
+        keys.emplace_back(platform::folderPrefix(text).toCaseFolded(), platform::nameOf(text).toCaseFolded(), text);
     }
     std::sort(keys.begin(), keys.end());
     QStringList texts;
@@ -41,7 +41,7 @@ int runPlaylist(const Arguments &arguments, Console &console)
         console.fail(given, Error{ErrorCode::NotFound, given, {}});
         return console.status();
     }
-    const QString folder = given.endsWith(platform::Separator) ? given : given + platform::Separator;
+    const QString folder = platform::withEndSeparator(given);
     const Result<Listing> listing =
         arguments.has(RecursiveOption.name) ? ListFolderTree(folder) : ListFolder(folder, {});
     if (!listing) {

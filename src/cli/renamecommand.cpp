@@ -4,7 +4,7 @@
 #include "cli/renaming.h"
 #include "cli/tagsaving.h"
 #include "core/files/renaming/renamefromtags.h"
-#include "core/naming/filename.h"
+#include "core/platform/path.h"
 #include "core/storage/saferename.h"
 
 #include <QHash>
@@ -58,14 +58,14 @@ QStringList broughtBack(platform::FileSystem &fileSystem, const QStringList &pat
     std::set<QString> folders;
     QHash<QString, QString> newPaths;
     for (const QString &path : paths) {
-        const QString folder = folderPart(path);
+        const QString folder = platform::folderPrefix(path);
         if (!folders.insert(folder).second)
             continue;
         const auto done = storage::bringBackAside(fileSystem, folder.isEmpty() ? u"."_s : folder);
         if (!done)
             continue; // the rename itself tells
         for (const auto &[aside, former] : *done)
-            newPaths.insert(folder + fileName(aside), folder + fileName(former));
+            newPaths.insert(folder + platform::nameOf(aside), folder + platform::nameOf(former));
     }
     QStringList present;
     for (const QString &path : paths)

@@ -4,7 +4,6 @@
 #include "cli/tagsaving.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/renaming/renamefromtags.h"
-#include "core/naming/filename.h"
 #include "core/naming/namingrecord.h"
 #include "core/platform/path.h"
 
@@ -26,16 +25,16 @@ Result<QString> namedPath(platform::FileSystem &fileSystem, const QString &folde
     const Result<platform::FileInfo> info = fileSystem.info(path);
     if (!info)
         return tl::unexpected(info.error());
-    const QString name = fileName(path);
+    const QString name = platform::nameOf(path);
     if (name.isEmpty() || name == u"." || name == u"..")
         return fileSystem.canonicalPath(path);
-    return path.contains(platform::Separator) ? path : u"."_s + platform::Separator + path;
+    return path.contains(platform::Separator) ? path : platform::inFolder(u"."_s, path);
 }
 
 /// The path of the file that the list shows first: by name, without regard to case. Empty when there is none.
 Result<QString> firstFile(const QString &folder)
 {
-    const Result<Listing> listing = ListFolder(folder + platform::Separator, {});
+    const Result<Listing> listing = ListFolder(folder, {});
     if (!listing)
         return tl::unexpected(listing.error());
     const auto key = [](const ListRow &row) {
@@ -43,7 +42,7 @@ Result<QString> firstFile(const QString &folder)
         return std::pair(text.toCaseFolded(), text);
     };
     const auto first = std::ranges::min_element(listing->rows, {}, key);
-    return first == listing->rows.end() ? QString() : folder + platform::Separator + first->text();
+    return first == listing->rows.end() ? QString() : platform::inFolder(folder, first->text());
 }
 
 /// The folder's batch of one, and the tag that it was made of.

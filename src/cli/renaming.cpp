@@ -2,6 +2,7 @@
 #include "cli/renaming.h"
 
 #include "core/naming/filename.h"
+#include "core/platform/path.h"
 
 #include <algorithm>
 #include <array>
@@ -96,8 +97,9 @@ std::vector<QStringView> renameColumns()
 
 Record renameRecord(const RenameRow &row, const TagRecord &tag)
 {
-    return {row.from, row.path, wordFor(row.state), reasonOf(row), row.isCollision, isLongName(fileName(row.path)),
-        tag.Track, tag.Title, tag.Artist, tag.Album, tag.Year, tag.HasV1, tag.HasV2};
+    return {row.from, row.path, wordFor(row.state), reasonOf(row), row.isCollision,
+        isLongName(platform::nameOf(row.path)), tag.Track, tag.Title, tag.Artist, tag.Album, tag.Year, tag.HasV1,
+        tag.HasV2};
 }
 
 void tellOutcome(const RenamingOutcome &outcome, Console &console)

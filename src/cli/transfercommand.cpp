@@ -2,8 +2,9 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
 #include "core/files/operations/transfer.h"
-#include "core/platform/path.h"
 #include "core/storage/safewrite.h"
+
+#include <QDir>
 
 #include <algorithm>
 #include <array>
@@ -73,7 +74,7 @@ void tellReport(const TransferReport &report, Console &console)
 int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &console)
 {
     const QString command = kind == TransferKind::Copy ? u"copy"_s : u"move"_s;
-    const QString folder = platform::withNativeSeparators(arguments.value(ToOption.name).value_or(QString()));
+    const QString folder = QDir::toNativeSeparators(arguments.value(ToOption.name).value_or(QString()));
     if (folder.isEmpty())
         return console.refuse(command, u"--to FOLDER is missing"_s);
     const std::optional<ClashReply> reply = replyFor(arguments);

@@ -125,7 +125,7 @@ void readListTagOneCore(benchmark::State &state)
     const auto folder = platform::Folder::open(collection().path());
     for (auto _ : state) {
         for (const QString &name : files) {
-            const auto file = (*folder)->openFile(name);
+            const auto file = folder->openFile(name);
             benchmark::DoNotOptimize(readListTag(**file));
         }
     }

@@ -59,7 +59,7 @@ void ours(benchmark::State &state)
         wishes.reserve(static_cast<std::size_t>(files.from().size()));
         for (qsizetype i = 0; i < files.from().size(); ++i) {
             const QString &to = files.to()[i];
-            wishes.push_back(wishForFile(files.from()[i], to.mid(to.lastIndexOf(platform::Separator) + 1)));
+            wishes.push_back(wishForFile(files.from()[i], platform::nameOf(to)));
         }
         const RenamingPlan plan(native, std::move(wishes));
         const RenamingOutcome outcome = runRenaming(native, plan);

@@ -151,7 +151,7 @@ void syncFolder(benchmark::State &state)
 {
     const SampleFile file(FileSize);
     FileSystem &native = FileSystem::native();
-    const QString folder = file.path().left(file.path().lastIndexOf(Separator));
+    const QString folder = folderOf(file.path());
     for (auto _ : state) {
         state.PauseTiming();
         const QString made = folder + QStringLiteral("/made");

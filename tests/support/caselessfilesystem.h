@@ -56,12 +56,11 @@ private:
     QString found(const QString &path) { return onDisk(path).value_or(path); }
     std::optional<QString> onDisk(const QString &path)
     {
-        const qsizetype start = path.lastIndexOf(platform::Separator) + 1;
-        const QString folder = path.first(start);
+        const QString folder = platform::folderPrefix(path);
         const auto names = m_inner.names(folder.isEmpty() ? QStringLiteral(".") : folder);
         if (!names)
             return std::nullopt;
-        const QString key = path.sliced(start).toCaseFolded();
+        const QString key = platform::nameOf(path).toCaseFolded();
         const auto same = std::ranges::find(*names, key, [](const QString &name) { return name.toCaseFolded(); });
         return same == names->end() ? std::nullopt : std::optional(folder + *same);
     }

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/fileio.h"
 #include "core/platform/folder.h"
-#include "core/platform/folderlock.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
 #include "core/platform/scratchfolder.h"
 #include "core/storage/copyfile.h"
 #include "core/storage/leftovers.h"
-#include "core/storage/removetree.h"
 #include "core/storage/safewrite.h"
 
 #include <QDir>
@@ -22,6 +20,7 @@ using namespace Qt::StringLiterals;
 namespace ravlin::platform {
 namespace {
 
+using namespace storage;
 using test::infoOf;
 using test::ScratchFolder;
 
@@ -87,7 +86,7 @@ private Q_SLOTS:
         }
         QCOMPARE(files().info(path).value().size, 7);
         QCOMPARE(files().names(folder).value(), std::vector<QString>{u"one.mp3"_s});
-        const auto entries = Folder::open(folder).value()->entries();
+        const auto entries = Folder::open(folder).value().entries();
         QVERIFY(entries);
         QCOMPARE(entries->size(), 1U);
         QCOMPARE(entries->front().kind, EntryKind::File);
@@ -157,7 +156,7 @@ private Q_SLOTS:
         const auto folder = Folder::open(QDir::toNativeSeparators(scratch.path()));
         QVERIFY(folder);
         QStringList hidden;
-        const auto entries = (*folder)->entries();
+        const auto entries = folder->entries();
         QVERIFY(entries);
         for (const FolderEntry &entry : *entries) {
             if (entry.isHidden)
@@ -165,9 +164,9 @@ private Q_SLOTS:
         }
         hidden.sort();
         QCOMPARE(hidden, (QStringList{u"hidden.mp3"_s, u"system.mp3"_s}));
-        QVERIFY((*folder)->hasVisibleSubfolder().value());
+        QVERIFY(folder->hasVisibleSubfolder().value());
         setAttributes(in(scratch, u"folder"_s), FILE_ATTRIBUTE_HIDDEN);
-        QVERIFY(!(*folder)->hasVisibleSubfolder().value());
+        QVERIFY(!folder->hasVisibleSubfolder().value());
     }
 
     void aFileHasOneIdentityUnderAllItsNames()

@@ -17,6 +17,7 @@ using namespace Qt::StringLiterals;
 namespace ravlin::platform {
 namespace {
 
+using namespace storage;
 using test::infoOf;
 using test::ScratchFolder;
 

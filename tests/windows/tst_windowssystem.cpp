@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/list/folderroots.h"
 #include "core/files/operations/playlist.h"
-#include "core/platform/codepage.h"
-#include "core/platform/filetype.h"
-#include "core/platform/fixedfiles.h"
+#include "core/platform/desktop.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
 #include "core/platform/scratchfolder.h"
 #include "core/platform/standardstreams.h"
-#include "core/platform/systemfolders.h"
 #include "core/platform/trash.h"
 #include "core/storage/leftovers.h"
 
@@ -139,7 +136,7 @@ private Q_SLOTS:
     void theFixedFilesAreInTheRootOfDriveCWhereThatCanBeWritten()
     {
         const QString path = fixedFilePath(u"lista.m3u"_s);
-        const bool canWrite = TemporaryFile::create(FileSystem::native(), u"C:\\"_s).has_value();
+        const bool canWrite = storage::TemporaryFile::create(FileSystem::native(), u"C:\\"_s).has_value();
         if (canWrite)
             QCOMPARE(path, u"c:\\lista.m3u"_s);
         else

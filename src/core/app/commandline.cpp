@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/app/commandline.h"
 
-#include "core/platform/filesystem.h"
+#include "core/platform/path.h"
+
+#include <algorithm>
 
 namespace ravlin {
 
@@ -12,8 +14,7 @@ QString folderOfCommandLine(const QString &commandLine)
         path = path.mid(1, path.size() - 2);
     if (!path.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive))
         return path;
-    const qsizetype separator = path.lastIndexOf(platform::Separator);
-    return separator < 1 ? path.left(1) : path.left(separator + 1);
+    return path.left(std::max<qsizetype>(platform::nameStart(path), 1));
 }
 
 } // namespace ravlin

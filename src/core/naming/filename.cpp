@@ -1,32 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/naming/filename.h"
 
-#include "core/platform/filesystem.h"
+#include "core/platform/path.h"
 
 namespace ravlin {
 
-namespace {
-
-qsizetype nameStart(QStringView path)
-{
-    return path.lastIndexOf(platform::Separator) + 1;
-}
-
-} // namespace
-
-QString folderPart(const QString &path)
-{
-    return path.first(nameStart(path));
-}
-
-QString fileName(const QString &path)
-{
-    return path.sliced(nameStart(path));
-}
-
 QString bareName(const QString &path)
 {
-    QString name = fileName(path);
+    QString name = platform::nameOf(path);
     name.chop(ExtensionSize);
     return name;
 }

@@ -14,10 +14,6 @@ inline constexpr QStringView NewExtension = u".mp3";
 /// The longest file name, extension included, that is no long name.
 inline constexpr qsizetype LongestPlainName = 64;
 
-/// What stands before a file's name in its path: up to and including the last separator, empty without one.
-QString folderPart(const QString &path);
-/// What follows the last separator.
-QString fileName(const QString &path);
 /// The file's name without its last four characters; empty for a name that is not longer than that.
 QString bareName(const QString &path);
 

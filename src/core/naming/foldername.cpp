@@ -2,10 +2,11 @@
 #include "core/naming/foldername.h"
 
 #include "core/app/settings.h"
-#include "core/naming/filename.h"
 #include "core/naming/placeholders.h"
 #include "core/naming/texttransforms.h"
 #include "core/platform/path.h"
+
+#include <QDir>
 
 using namespace Qt::StringLiterals;
 
@@ -18,7 +19,7 @@ constexpr QStringView PatternText = u"2";
 
 QString filledPattern(const QString &pattern, const TagRecord &record)
 {
-    QString name = platform::withNativeSeparators(pattern);
+    QString name = QDir::toNativeSeparators(pattern);
     for (const Placeholder &placeholder : folderPlaceholders()) {
         const QString &value = record.*(placeholder.field);
         if (!value.isEmpty())
@@ -51,11 +52,9 @@ void FolderRule::store(Settings &settings) const
 
 std::optional<QString> newFolderPath(const QString &folder, const TagRecord &record, const FolderRule &rule)
 {
-    QString path = folder;
-    while (path.endsWith(platform::Separator))
-        path.chop(1);
-    const QString parent = folderPart(path);
-    if (parent.isEmpty())
+    const QString path = platform::withoutEndSeparator(folder);
+    const QString parent = platform::folderPrefix(path);
+    if (parent.isEmpty() || parent == path)
         return std::nullopt;
     QString name = rule.artistAlbum ? artistAndAlbum(record) : QString();
     if (name.isEmpty() && rule.pattern)

@@ -8,6 +8,8 @@
 #include "core/naming/texttransforms.h"
 #include "core/platform/path.h"
 
+#include <QDir>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -31,7 +33,7 @@ QString joined(const QString &first, const QString &second, const QString &oldBa
 
 QString filledPattern(const QString &pattern, const TagRecord &record, const QString &oldBareName)
 {
-    QString name = platform::withNativeSeparators(pattern);
+    QString name = QDir::toNativeSeparators(pattern);
     for (const Placeholder &placeholder : renamePlaceholders()) {
         const QString &raw = placeholder.field ? record.*(placeholder.field) : oldBareName;
         if (raw.isEmpty())
@@ -80,7 +82,7 @@ Result<NewName> BuildNewName(const QString &path, const NamingRule &rule, const 
         return tl::unexpected(read.error());
     result.name = BuildNewName(bareName(path), result.record, rule);
     result.name += NewExtension;
-    result.newPath = folderPart(path) + result.name;
+    result.newPath = platform::folderPrefix(path) + result.name;
     return result;
 }
 

@@ -3,6 +3,7 @@
 
 #include "core/naming/extraction.h"
 #include "core/naming/filename.h"
+#include "core/platform/path.h"
 #include "core/tags/record/genres.h"
 #include "core/tags/store/tagstore.h"
 
@@ -14,7 +15,7 @@ PreviewRow unreadableRow(const QString &path, const Error &error)
 {
     PreviewRow row;
     row.path = path;
-    row.name = fileName(path);
+    row.name = platform::nameOf(path);
     row.isLongName = isLongName(row.name);
     row.isUntouched = true;
     row.problem = error;
@@ -43,7 +44,7 @@ PreviewRow previewExtraction(const QString &path, const QString &pattern, const 
         return unreadableRow(path, extraction.error());
     PreviewRow row;
     row.path = path;
-    row.name = fileName(path);
+    row.name = platform::nameOf(path);
     row.record = std::move(extraction->record);
     row.isLongName = isLongName(row.name);
     row.isUntouched = !extraction->isMatched;

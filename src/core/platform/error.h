@@ -11,20 +11,20 @@ namespace ravlin {
 enum class ErrorCode
 {
     NotFound,         ///< no such file or folder
-    NotAFile,         ///< a folder, device or the like where a plain file is needed
+    NotAFile,         ///< a folder, device or the like instead of a plain file
     AccessDenied,     ///< the system refuses access
-    ReadOnly,         ///< the file bears the read-only attribute, or its file system is read-only
+    ReadOnly,         ///< the file has the read-only attribute, or its file system is read-only
     NoSpace,          ///< the disk or the quota is full
     LowSpace,         ///< refused before writing: too little free space on the drive
-    Io,               ///< any other failure of the system while reading or writing
-    ChangedMeanwhile, ///< the file was changed by somebody else since it was read
-    VerifyFailed,     ///< what was written could not be read back as written
-    BrokenTag,        ///< the tag's structure is damaged so that writing it would lose data
+    Io,               ///< any other failure to read or write
+    ChangedMeanwhile, ///< another program changed the file since it was read
+    VerifyFailed,     ///< what was written reads back differently
+    BrokenTag,        ///< the tag is damaged so that writing it would lose data
     TooLarge,         ///< a value or a tag is larger than its format allows
     GenreOutOfRange,  ///< the file's genre number is beyond the genre table
     NoStream,         ///< no MPEG audio was found
     Settings,         ///< the settings file cannot be read or written
-    InvalidArgument,  ///< the caller asked for something that does not exist
+    InvalidArgument,  ///< the caller passed something that makes no sense
     Unsupported,      ///< the file system or the operating system cannot do it
     AlreadyExists,    ///< the name is taken
     Cancelled,        ///< the user stopped it
@@ -32,7 +32,7 @@ enum class ErrorCode
     NoTrash,          ///< the drive has no trash
 };
 
-/// An error as a value: a code to branch on, the file it is about and detail in plain English for logs.
+/// An error as a value: a code to branch on, the file concerned, and detail in plain English for logs.
 struct Error
 {
     ErrorCode code = ErrorCode::Io;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/fileio.h"
 
+#include "core/platform/nodes.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -88,6 +90,23 @@ Result<bool> sameBytes(File &file, qint64 offset, QByteArrayView bytes)
         offset += static_cast<qint64>(wanted);
     }
     return true;
+}
+
+Result<void> removeTree(FileSystem &fileSystem, const QString &path)
+{
+    const Result<Node> node = nodeAt(path);
+    if (!node)
+        return tl::unexpected(node.error());
+    if (node->kind != NodeKind::Folder)
+        return fileSystem.remove(path);
+    const Result<std::vector<QString>> names = fileSystem.names(path);
+    if (!names)
+        return tl::unexpected(names.error());
+    for (const QString &name : *names) {
+        if (auto removed = removeTree(fileSystem, inFolder(path, name)); !removed)
+            return removed;
+    }
+    return fileSystem.removeFolder(path);
 }
 
 } // namespace ravlin::platform

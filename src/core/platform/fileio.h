@@ -3,23 +3,25 @@
 
 #include "core/platform/filesystem.h"
 
-/// Reading, writing, copying and comparing whole ranges of files, on top of the single steps that
-/// File offers. Errors that concern no single system call carry no path; the caller knows which
-/// file it is about.
+/// Whole operations made of the single steps that File and FileSystem offer. Errors that do not come from a single
+/// system call carry no path; the caller knows which file it is about.
 namespace ravlin::platform {
 
-/// Writes all bytes, however many steps the system takes.
+/// Writes all bytes, in as many steps as the system takes.
 Result<void> writeAll(File &file, QByteArrayView bytes, qint64 offset);
 
-/// The length bytes from offset; ChangedMeanwhile when the file ends before. length must fit into
-/// memory.
+/// The length bytes from offset; ChangedMeanwhile if the file ends before. length must fit into memory.
 Result<QByteArray> readExactly(File &file, qint64 offset, qint64 length);
 
-/// Copies length bytes; ChangedMeanwhile when the source ends before.
+/// Copies length bytes; ChangedMeanwhile if the source ends before.
 Result<void> copyAll(File &source, qint64 sourceOffset, File &target, qint64 offset, qint64 length);
 
-/// True when both ranges exist and hold the same bytes.
+/// Whether both ranges exist and hold the same bytes.
 Result<bool> sameBytes(File &one, qint64 oneOffset, File &other, qint64 otherOffset, qint64 length);
 Result<bool> sameBytes(File &file, qint64 offset, QByteArrayView bytes);
+
+/// Deletes a file, a link, or a folder with everything in it, for good. Links are deleted, never followed. Stops at the
+/// first error, which carries its path.
+Result<void> removeTree(FileSystem &fileSystem, const QString &path);
 
 } // namespace ravlin::platform

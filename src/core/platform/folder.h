@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <stop_token>
+#include <utility>
 #include <vector>
 
 namespace ravlin::platform {
@@ -21,30 +22,55 @@ struct FolderEntry
 {
     QString name;
     EntryKind kind = EntryKind::Other;
-    bool isHidden = false; ///< hidden or system: on POSIX a leading full stop
+    bool isHidden = false; ///< hidden or system attribute; on POSIX a leading full stop
 };
 
-/// An open folder: lists its entries and opens its files without walking the whole path for each. Entries may be opened
-/// by several threads at once. A folder that is renamed meanwhile stays open under its new name.
+/// An open folder: lists its entries and opens its files without walking the whole path for each. info() and openFile()
+/// may be called by several threads at once. A folder that is renamed meanwhile stays open under its new name, except
+/// on Windows, where an open handle would keep the folders above from being renamed.
 class Folder
 {
 public:
-    virtual ~Folder() = default;
+    /// Errors: NotFound, NotAFile (not a folder), AccessDenied, Io.
+    static Result<Folder> open(const QString &path);
+    Folder(Folder &&other) noexcept;
+    Folder &operator=(Folder &&other) noexcept;
+    ~Folder();
 
-    /// Errors: NotFound, NotAFile (no folder), AccessDenied, Io.
-    static Result<std::unique_ptr<Folder>> open(const QString &path);
-
-    /// The entries in the order in which the file system tells them, without "." and "..". Those found so far when a
-    /// stop is requested.
-    virtual Result<std::vector<FolderEntry>> entries(const std::stop_token &stop = {}) = 0;
-    /// Whether there is at least one folder in it that is not hidden; reads no further than to the first.
-    virtual Result<bool> hasVisibleSubfolder() = 0;
-    /// What a name stands for; for a symbolic link, what the link leads to. One call of the system.
-    virtual Result<FileInfo> info(const QString &name) = 0;
+    /// The entries in the file system's order, without "." and "..". If a stop is requested, those found so far.
+    Result<std::vector<FolderEntry>> entries(const std::stop_token &stop = {}) const;
+    /// Whether the folder holds at least one folder that is not hidden. Reads no further than the first.
+    Result<bool> hasVisibleSubfolder() const;
+    /// The state of what a name stands for, following a symbolic link. One system call.
+    Result<FileInfo> info(const QString &name) const;
     /// Opens a plain file of this folder for reading; errors as those of FileSystem::open.
-    virtual Result<std::unique_ptr<File>> openFile(const QString &name) = 0;
-    /// Tells folders apart that are reached by different paths: device and inode.
-    virtual std::pair<quint64, quint64> identity() const = 0;
+    Result<std::unique_ptr<File>> openFile(const QString &name) const;
+    /// Device and inode: equal for one folder reached by different paths.
+    std::pair<quint64, quint64> identity() const;
+
+private:
+    struct Native;
+    explicit Folder(std::unique_ptr<Native> native);
+
+    std::unique_ptr<Native> m_native;
 };
+
+/// Holds a folder's advisory lock until it is destroyed; the system releases it when the program dies.
+class FolderLock
+{
+public:
+    /// Takes over the system's handle: a descriptor, or on Windows a HANDLE.
+    explicit FolderLock(qintptr handle) : m_handle(handle) {}
+    ~FolderLock();
+    FolderLock(const FolderLock &) = delete;
+    FolderLock &operator=(const FolderLock &) = delete;
+
+private:
+    const qintptr m_handle;
+};
+
+/// Locks a folder without waiting. Returns nothing if another holds the lock, if the path itself is not a folder, or if
+/// the file system has no locks. On Windows only the programs of this computer see the lock.
+std::unique_ptr<FolderLock> lockFolder(const QString &path);
 
 } // namespace ravlin::platform

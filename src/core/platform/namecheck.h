@@ -5,8 +5,8 @@
 
 #include <optional>
 
-/// What a new name has to be like, so that the file or folder can be found, copied to other systems and taken away
-/// again. The same on every system, but for the length, whose unit is the system's, and for what Windows forbids.
+/// Checks new names, so that the file or folder can be found, copied to other systems and deleted again. The rules are
+/// the same on every system, except for the unit of the length and for what Windows forbids.
 namespace ravlin::platform {
 
 enum class NameKind
@@ -18,12 +18,12 @@ enum class NameKind
 /// Why a name is refused.
 enum class NameProblem
 {
-    Empty,        ///< nothing, or nothing but blanks, before the extension
-    Dots,         ///< nothing but full stops (and blanks): "." and ".." mean other folders
-    Forbidden,    ///< has a character that no name may have here: one of < > : " | ? * and of the separators on Windows
-    Reserved,     ///< a device's name: CON, PRN, AUX, NUL, COM1 to COM9, LPT1 to LPT9, alone or before a full stop
+    Empty,        ///< nothing but blanks, if anything, before the extension
+    Dots,         ///< nothing but full stops and blanks: "." and ".." mean other folders
+    Forbidden,    ///< has a character that no name may have: on Windows < > : " | ? * and the separators
+    Reserved,     ///< names a device: CON, PRN, AUX, NUL, COM1 to COM9, LPT1 to LPT9, alone or before a full stop
     TooLong,      ///< more than MaxNameLength
-    LeadsOutside, ///< leads out of the folder by a value's text, not by the pattern's own
+    LeadsOutside, ///< a value's text, not the pattern's own, leads out of the folder
 };
 
 /// In UTF-16 units on Windows, in bytes elsewhere.
@@ -33,20 +33,20 @@ qsizetype nameLength(const QString &name);
 
 struct CheckedName
 {
-    QString name; ///< adjusted; as it was given when it is refused
+    QString name; ///< adjusted; if refused, as it was given
     bool isAdjusted = false;
     std::optional<NameProblem> problem = {};
 };
 
-/// One name, without separators. Adjusted are: control characters (taken out), blanks and full stops at the end of a
-/// folder's name (taken off: Windows would do it without a word), and a full stop at the beginning (an underscore
-/// instead: the file would be hidden and vanish from the list).
+/// Checks one name, without separators. Removes control characters, and blanks and full stops at the end of a folder's
+/// name, which Windows would remove silently. Replaces a full stop at the beginning by an underscore, since a hidden
+/// file would vanish from the list.
 CheckedName checkName(const QString &name, NameKind kind);
 
 /// The name with " (2)", " (3)" and so on before its extension, shortened to fit MaxNameLength. number: from 2.
 QString numberedName(const QString &name, int number, NameKind kind);
 
-/// The first characters of a text that take at most the length; never half a character.
+/// The longest start of a text that fits into length, in the unit of MaxNameLength; never ends in half a character.
 QString shortened(const QString &text, qsizetype length);
 
 } // namespace ravlin::platform

@@ -3,7 +3,7 @@
 
 #include "core/platform/filesystem.h"
 
-/// What stands under a path itself, without following a symbolic link there; for copying, moving and deleting trees.
+/// What a path itself names, without following a symbolic link there; for copying, moving and deleting trees.
 namespace ravlin::platform {
 
 enum class NodeKind
@@ -19,7 +19,7 @@ struct Node
     NodeKind kind = NodeKind::Other;
     FileInfo info;
 
-    /// Whether both are one and the same, also under two names.
+    /// Whether both are one and the same, be it under two names.
     bool isSameAs(const Node &other) const
     {
         return info.inode == other.info.inode && info.device == other.info.device;
@@ -27,19 +27,19 @@ struct Node
 };
 
 Result<Node> nodeAt(const QString &path);
-/// Whether the name is taken, also by a link that leads nowhere. What can't be looked at counts as taken.
+/// Whether the name is taken, be it by a link that leads nowhere. What cannot be examined counts as taken.
 bool isTaken(const QString &path);
 
-/// Makes a new symbolic link with the very text of the one at from; AlreadyExists when the name is taken.
+/// Creates a symbolic link with the same text as the one at from; AlreadyExists if the name is taken.
 Result<void> copyLink(const QString &from, const QString &to);
 
-/// Gives the file, folder or link at to what can be had of the other's owner, group, permissions, extended attributes,
-/// access control lists and times. What the system or the file system refuses (another owner, permissions on a memory
-/// stick) is left out; a full or broken disk is an error. The bits that run a program as its owner are not given
-/// without that owner.
+/// Copies owner, group, permissions, extended attributes, access control lists and times to the file, folder or link at
+/// to, as far as possible. What the system or the file system refuses (another owner, permissions on a memory stick) is
+/// left out; a full or broken disk is an error. The bits that run a program as its owner are copied only with that
+/// owner.
 Result<void> takeAttributes(const QString &from, const QString &to);
 
-/// Lets the system forget what it keeps of a synced file in memory, so that reading it comes from the disk.
+/// Makes the system drop a synced file from its cache, so that the next read comes from the disk.
 void forgetCached(const QString &path);
 
 } // namespace ravlin::platform

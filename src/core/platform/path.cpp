@@ -160,9 +160,30 @@ QByteArray encodePath(const QString &path)
     return bytes;
 }
 
+qsizetype nameStart(QStringView path)
+{
+    return path.lastIndexOf(Separator) + 1;
+}
+
+QString nameOf(const QString &path)
+{
+    return path.sliced(nameStart(path));
+}
+
+QString folderPrefix(const QString &path)
+{
+    return path.first(nameStart(path));
+}
+
 QString folderOf(const QString &path)
 {
-    return path.left(std::max(path.lastIndexOf(Separator), rootSize(path)));
+    const qsizetype start = nameStart(path);
+    return start == 0 ? QStringLiteral(".") : path.left(std::max(start - 1, rootSize(path)));
+}
+
+QString withEndSeparator(const QString &path)
+{
+    return path.endsWith(Separator) ? path : path + Separator;
 }
 
 QString withoutEndSeparator(QString path)
@@ -172,19 +193,9 @@ QString withoutEndSeparator(QString path)
     return path;
 }
 
-QString withNativeSeparators(QString path)
-{
-    return Separator == u'/' ? path : path.replace(u'/', Separator);
-}
-
-QString nameOf(const QString &path)
-{
-    return path.mid(path.lastIndexOf(Separator) + 1);
-}
-
 QString inFolder(const QString &folder, const QString &name)
 {
-    return folder.endsWith(Separator) ? folder + name : folder + Separator + name;
+    return withEndSeparator(folder) + name;
 }
 
 bool isPlainName(const QString &name)

@@ -3,8 +3,9 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringView>
 
-/// Words about paths: their separator, their parts, and their form on the disk. Pure text, no disk is asked.
+/// Words about paths: their separator, their parts, and their form on the disk. Pure text; nothing here reads the disk.
 ///
 /// Paths are QString with the platform's separator. Names on disk need not be valid Unicode: on systems whose
 /// names are bytes, a byte that is not part of valid UTF-8 becomes the lone low surrogate U+DC80 + (byte - 0x80)
@@ -13,7 +14,7 @@ namespace ravlin::platform {
 
 #ifdef _WIN32
 inline constexpr QChar Separator = u'\\';
-/// Whether names that differ in case alone are one name, as far as that can be told without asking the disk.
+/// Whether names that differ in case alone are one name, as far as one can know without reading the disk.
 inline constexpr Qt::CaseSensitivity NameCase = Qt::CaseInsensitive;
 #else
 inline constexpr QChar Separator = u'/';
@@ -23,22 +24,29 @@ inline constexpr Qt::CaseSensitivity NameCase = Qt::CaseSensitive;
 /// The bytes of a path as the system's calls take them; undoes decodePath exactly. Surrogates that decodePath
 /// never makes become U+FFFD.
 QByteArray encodePath(const QString &path);
-/// The path or name for bytes from the system, whatever they are.
+/// The path or name for any bytes from the system.
 QString decodePath(const char *bytes, qsizetype size);
 inline QString decodePath(const QByteArray &bytes)
 {
     return decodePath(bytes.constData(), bytes.size());
 }
 
-/// The folder part of a path, with its separator where it is a root; a root's is itself. For a canonical path.
-QString folderOf(const QString &path);
-/// Without the separators at its end, but for the one of a root: a drive without it would be the folder in use there.
-QString withoutEndSeparator(QString path);
-/// A path, or a pattern of one, that people may have written with "/", which separates on every system.
-QString withNativeSeparators(QString path);
+/// Index of the first character after the last separator; 0 if there is none.
+qsizetype nameStart(QStringView path);
+/// What follows the last separator; empty for a path that ends in one.
 QString nameOf(const QString &path);
+/// What nameOf leaves: everything up to and including the last separator; empty if there is none.
+QString folderPrefix(const QString &path);
+/// The folder that holds the path's last name, without a separator at its end unless it is a root. A root's folder is
+/// the root itself; a name without a separator is in ".". Expects no separator at the path's end.
+QString folderOf(const QString &path);
+/// Appends a separator unless the path ends in one.
+QString withEndSeparator(const QString &path);
+/// Removes separators from the end, but keeps a root's: "C:" would mean the current folder of that drive.
+QString withoutEndSeparator(QString path);
+/// The path of a name in a folder, whose path may end in a separator.
 QString inFolder(const QString &folder, const QString &name);
-/// Whether a name stays in its folder: not empty, ".", ".." or with a separator, zero or (Windows) colon in it.
+/// Whether a name stays in its folder: it is not empty, "." or "..", and holds no separator, NUL or (Windows) colon.
 bool isPlainName(const QString &name);
 
 } // namespace ravlin::platform

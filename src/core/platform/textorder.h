@@ -10,16 +10,16 @@
 namespace ravlin::platform {
 
 #ifdef _WIN32
-// Qt compares the bytes of the system's keys in pairs, each the wrong way round, and what stands in memory behind them.
+// On Windows Qt compares the bytes of the system's keys in pairs, each the wrong way round, and reads beyond their end.
 using TextKey = QByteArray;
 #else
 using TextKey = std::optional<QCollatorSortKey>;
 #endif
 
-/// Makes keys that compare with < as the people of a locale order texts, without regard to case. Texts that differ in
-/// case alone have equal keys; the empty text's comes before all others.
+/// Makes keys that compare with < in the order of a locale, ignoring case. Texts that differ in case alone have equal
+/// keys; the empty text's key comes before all others.
 ///
-/// An object belongs to one thread; keys of several objects for one locale may be compared.
+/// An object belongs to one thread; keys from several objects for one locale may be compared.
 class TextOrder
 {
 public:

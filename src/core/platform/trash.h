@@ -7,27 +7,27 @@
 
 namespace ravlin::platform {
 
-/// Something that was put into the trash, and how to get it back.
+/// Something in the trash, and how to get it back.
 struct TrashedItem
 {
     QString original; ///< where it was
     QString file;     ///< where it is now
-    QString info;     ///< the file beside it that tells desktops where it was and when it was deleted
+    QString info;     ///< the file that records for desktops where it was and when it was deleted
 };
 
-/// The desktop's trash, as freedesktop.org's trash specification 1.0 lays it out. What is on the drive of the home
-/// folder goes into the home trash; what is elsewhere into the trash at the top of its own drive, so that nothing is
-/// ever copied. Links go as links. May be used from any thread.
+/// Puts a file, folder or link into the desktop's trash: on Windows the recycle bin, elsewhere the trash of
+/// freedesktop.org's trash specification 1.0. What is on the drive of the home folder goes into the home trash, the
+/// rest into the trash at the top of its own drive, so that nothing is ever copied. For any thread.
 ///
-/// Errors of moveToTrash: NoTrash when the drive has none and none can be made there; NotFound; AccessDenied and others
-/// when the file or folder can't be moved. It is where it was then.
+/// Errors: NoTrash if the drive has none and none can be made there; NotFound; AccessDenied and others if it cannot be
+/// moved. After an error it is where it was.
 Result<TrashedItem> moveToTrash(const QString &path);
 
-/// Whether moveToTrash would find a trash for it, without making one where it can be told before.
+/// Whether moveToTrash would find a trash for the path. Creates nothing.
 bool hasTrash(const QString &path);
 
-/// Puts it back. AlreadyExists when its name is taken by now, NotFound when it is gone from the trash or the folder
-/// that it was in is gone.
+/// Puts it back. AlreadyExists if its name has been taken since; NotFound if it is gone from the trash, or its folder
+/// is gone.
 Result<void> restoreFromTrash(const TrashedItem &item);
 
 } // namespace ravlin::platform

@@ -11,43 +11,43 @@
 
 namespace ravlin::storage {
 
-/// What a copy tells while bytes are moved, and what ends it.
+/// How a copy reports its progress, and what stops it.
 struct CopyWatch
 {
-    std::function<void(qint64 bytes)> advanced = {}; ///< that many more; on the copying thread
+    std::function<void(qint64 bytes)> advanced = {}; ///< called for every so many bytes more, on the copying thread
     std::stop_token stop = {};
 };
 
-/// Whether all of a copy is compared with its source once it is on the disk, or its two ends.
+/// How much of a copy is compared with its source once it is on the disk.
 enum class CopyCheck
 {
-    Ends,
+    Ends,      ///< its two ends
     Everything ///< for a source that is to be deleted
 };
 
 enum class Placing
 {
-    New,      ///< AlreadyExists when the name is taken
+    New,      ///< AlreadyExists if the name is taken
     InPlaceOf ///< takes the place of the file or link of that name, in one step
 };
 
-/// A file on its way to another place: the content goes into a temporary file of the folder meant, which is synced,
-/// compared and only then given the final name. Under that name the copy is complete or absent, whatever happens; a
-/// killed program leaves a file that isTemporaryName knows and cleanLeftovers removes.
+/// A file on its way to another folder. The content goes into a temporary file there, which is synced, compared and
+/// only then given the final name. Under that name the copy is complete or absent, whatever happens; a killed program
+/// leaves a file that isTemporaryName recognises and cleanLeftovers removes.
 ///
-/// Blocks are shared with the source on file systems that can. Attributes and times go with the content, as far as the
-/// target's file system keeps them.
+/// Shares blocks with the source on file systems that can. Attributes and times are copied as far as the target's file
+/// system keeps them.
 class FileCopy
 {
 public:
-    /// Copies the content and the attributes. A symbolic link at from is NotAFile. Errors: Cancelled, ChangedMeanwhile
-    /// (the source), NoSpace and those of reading and writing; nothing is left then.
+    /// Copies the content and the attributes. Errors: NotAFile for a symbolic link at from, Cancelled, ChangedMeanwhile
+    /// (the source), NoSpace and those of reading and writing. After an error nothing is left.
     static Result<FileCopy> prepare(
         platform::FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch);
 
-    /// Waits until the copy is on the disk and compares it with the source. May run on another thread than prepare.
+    /// Waits until the copy is on the disk and compares it with the source. May run on another thread than prepare().
     Result<void> secure(CopyCheck check);
-    /// Gives the copy its final name; to lies in the folder that prepare was told. Only after secure.
+    /// Gives the copy its final name, in the folder that was passed to prepare(). Only after secure().
     Result<void> place(const QString &to, Placing placing);
 
 private:

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/storage/leftovers.h"
 
+#include "core/platform/fileio.h"
 #include "core/platform/nodes.h"
 #include "core/storage/redofile.h"
-#include "core/storage/removetree.h"
 #include "core/storage/safewrite.h"
 
 #include <QRandomGenerator>
@@ -44,7 +44,7 @@ bool removeIfStale(platform::FileSystem &fileSystem, const QString &path)
     const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read);
     if (!file && file.error().code == ErrorCode::NotAFile) { // a link is none of ours: lockFolder refuses it
         const std::unique_ptr<platform::FolderLock> lock = platform::lockFolder(path);
-        return lock && removeTree(fileSystem, path).has_value();
+        return lock && platform::removeTree(fileSystem, path).has_value();
     }
     if (!file)
         return false;
@@ -149,7 +149,7 @@ TemporaryFolder::~TemporaryFolder()
 {
     // A failure leaves a folder that cleanLeftovers knows by its name.
     if (!m_path.isEmpty())
-        static_cast<void>(removeTree(*m_fileSystem, m_path));
+        static_cast<void>(platform::removeTree(*m_fileSystem, m_path));
 }
 
 Result<TemporaryFolder> TemporaryFolder::create(platform::FileSystem &fileSystem, const QString &folder)

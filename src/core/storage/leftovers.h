@@ -2,20 +2,19 @@
 #pragma once
 
 #include "core/platform/filesystem.h"
-#include "core/platform/folderlock.h"
+#include "core/platform/folder.h"
 
-/// The helper files that a write makes beside its file, and their names. A name says all that a
-/// later start of the program needs to know what to do with it.
+/// The helper files that a write creates beside its file. Their names alone say what a later start of the program has
+/// to do with them.
 namespace ravlin::storage {
 
-/// A redo file is found by the file it belongs to. Only the inode is in the name: both are in one
-/// folder, and device numbers may be others after the next start of the system.
+/// The name of a file's redo file. It holds the inode only: both are in one folder, and device numbers may change with
+/// the next start of the system.
 QString redoName(quint64 inode);
 bool isTemporaryName(const QString &fileName);
 bool isRedoName(const QString &fileName);
 
-/// A new file in a folder that is removed again unless it gets its final name. It is locked while
-/// it is open.
+/// A new file that is removed again unless it gets its final name. It is locked while it is open.
 class TemporaryFile
 {
 public:
@@ -27,13 +26,13 @@ public:
     platform::File &file() { return *m_file; }
     /// Its state after creation.
     const platform::FileInfo &info() const { return m_info; }
-    /// Its name until it gets its final one.
+    /// Its path until it gets its final name.
     const QString &path() const { return m_path; }
-    /// Gives it its final name, in the place of what bears that name.
+    /// Gives it its final name and replaces what has that name.
     Result<void> moveTo(const QString &path);
     /// Gives it its final name unless that is taken (AlreadyExists).
     Result<void> moveToNew(const QString &path);
-    /// The open file, still locked, once it has been moved.
+    /// Hands over the open file, still locked. Only after a move.
     std::unique_ptr<platform::File> release() { return std::move(m_file); }
 
 private:
@@ -41,12 +40,12 @@ private:
         platform::FileSystem &fileSystem, QString path, std::unique_ptr<platform::File> file, platform::FileInfo info);
 
     platform::FileSystem *m_fileSystem;
-    QString m_path; ///< empty once the file is not to be removed any more
+    QString m_path; ///< empty once the file is to stay
     std::unique_ptr<platform::File> m_file;
     platform::FileInfo m_info;
 };
 
-/// The same for a folder with all that is put into it: removed again unless it gets its final name, and locked so long.
+/// A new folder that is removed again, with all that is in it, unless it gets its final name. It is locked until then.
 class TemporaryFolder
 {
 public:
@@ -63,7 +62,7 @@ private:
     TemporaryFolder(platform::FileSystem &fileSystem, QString path, std::unique_ptr<platform::FolderLock> lock);
 
     platform::FileSystem *m_fileSystem;
-    QString m_path; ///< empty once the folder is not to be removed any more
+    QString m_path; ///< empty once the folder is to stay
     std::unique_ptr<platform::FolderLock> m_lock;
 };
 

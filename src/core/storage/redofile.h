@@ -3,18 +3,39 @@
 
 #include "core/storage/writeplan.h"
 
-/// Rewriting a file without giving it a new inode, protected against a crash by a redo file beside
-/// it.
+#include <optional>
+
+/// Rewriting a file without giving it a new inode, protected against a crash by a redo file beside it.
 ///
-/// The redo file holds the new content and the old one. Once it bears its final name on the disk
-/// the file is overwritten from it; whoever finds the redo file later can finish that. A failure
-/// that the program lives to see is undone from the old content. Layout, in bytes, numbers
-/// big-endian:
+/// The redo file holds the new content and the old one. Once it has its final name on the disk, the file is overwritten
+/// from it; whoever finds the redo file later can finish that. A failure that the program survives is undone from the
+/// old content. Layout, in bytes, numbers big-endian:
 ///
-///     0                header: magic, version, inode, sizes, modification time, name; padded to
-///     one block 4096             the new content next block       the old content after it
-///     trailer: magic and the BLAKE2b-256 digest of all before it
+///     0            header: magic, version, inode, sizes, modification time, name; padded to one block
+///     4096         the new content
+///     next block   the old content
+///     after it     trailer: magic and the BLAKE2b-256 digest of all before it
 namespace ravlin::storage {
+
+struct RedoHeader
+{
+    quint64 inode = 0;         ///< of the file that it belongs to
+    qint64 newSize = 0;        ///< bytes
+    qint64 oldSize = 0;        ///< bytes
+    qint64 oldModified = 0;    ///< nanoseconds since 1970, UTC
+    bool keepModified = false; ///< the new content bears the old modification time
+    QString name;              ///< the file's name in the redo file's folder
+
+    qint64 newOffset() const;
+    qint64 oldOffset() const;
+    qint64 trailerOffset() const;
+};
+
+Result<void> writeRedoHeader(platform::File &redo, const RedoHeader &header);
+/// Makes the redo file valid; to be called once everything else is in it.
+Result<void> writeRedoTrailer(platform::File &redo, const RedoHeader &header);
+/// The header of a complete and undamaged redo file, otherwise nothing. An error if it cannot be read.
+Result<std::optional<RedoHeader>> readRedo(platform::File &redo);
 
 /// The file to rewrite, as opened by its canonical path.
 struct RewriteTarget
@@ -24,19 +45,18 @@ struct RewriteTarget
     platform::FileInfo info; ///< its state when the content was planned
 };
 
-/// Gives the target the content. On error it has the old one.
+/// Gives the target the new content. On error it has the old one.
 Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content,
     const WriteOptions &options);
 
-/// Finishes what a redo file was made for and removes it. True when a redo file was there and is
-/// gone now; false when there was none that is any of our business. ChangedMeanwhile while another
-/// program is at it. targetPath: the file it belongs to, canonical; when empty, the file of the
-/// recorded name or else inode.
+/// Finishes the rewriting that a redo file was made for and removes the redo file. True if it was there and is gone
+/// now; false if there was none that concerns us. ChangedMeanwhile while another program uses it. targetPath: the
+/// canonical path of the file it belongs to; if empty, the file of the recorded name or else of the recorded inode.
 ///
-/// Whoever planted the redo file can make nothing of it but write to a file that is already his: it
-/// has to belong to the current user or to the target's owner, the target is a plain file of the
-/// same folder with the recorded inode, and each of its bytes is the old or the new one. A file
-/// that was changed since is left as it is.
+/// A planted redo file can do no more than write to a file that its owner could write anyway: the redo file has to
+/// belong to the current user or to the target's owner, the target has to be a plain file of the same folder with the
+/// recorded inode, and each of its bytes has to be the old or the new one. A file that was changed since is left as it
+/// is.
 Result<bool> finishRedo(platform::FileSystem &fileSystem, const QString &redoPath, const QString &targetPath = {});
 
 } // namespace ravlin::storage

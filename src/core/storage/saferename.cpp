@@ -51,11 +51,6 @@ std::optional<QString> bringBack(
     return std::nullopt;
 }
 
-qsizetype nameStart(const QString &path)
-{
-    return path.lastIndexOf(platform::Separator) + 1;
-}
-
 /// No file system renames to a name that is the file's own already, so it gets another one in between.
 Result<void> renameInTwoSteps(platform::FileSystem &fileSystem, const QString &from, const QString &to)
 {
@@ -93,8 +88,7 @@ std::optional<QString> nameBeforeAside(const QString &name)
 
 QString asidePath(const QString &path)
 {
-    const qsizetype nameStart = path.lastIndexOf(platform::Separator) + 1;
-    return path.first(nameStart) + asideName(path.sliced(nameStart), QRandomGenerator::system()->generate64());
+    return platform::folderPrefix(path) + asideName(platform::nameOf(path), QRandomGenerator::system()->generate64());
 }
 
 std::unique_ptr<platform::File> lockAside(platform::FileSystem &fileSystem, const QString &path)
@@ -110,7 +104,7 @@ Result<std::vector<std::pair<QString, QString>>> bringBackAside(platform::FileSy
     const Result<std::vector<QString>> names = fileSystem.names(folder);
     if (!names)
         return tl::unexpected(names.error());
-    const QString prefix = folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
+    const QString prefix = platform::withEndSeparator(folder);
     std::vector<std::pair<QString, QString>> done;
     for (const QString &name : *names) {
         const std::optional<QString> former = nameBeforeAside(name);
@@ -124,16 +118,16 @@ Result<std::vector<std::pair<QString, QString>>> bringBackAside(platform::FileSy
 
 bool isSameButForCase(platform::FileSystem &fileSystem, const QString &from, const QString &to)
 {
-    const qsizetype start = nameStart(from);
-    if (start != nameStart(to) || from.first(start) != to.first(start) || from.toCaseFolded() != to.toCaseFolded())
+    const QString folder = platform::folderPrefix(from);
+    if (folder != platform::folderPrefix(to) || from.toCaseFolded() != to.toCaseFolded())
         return false;
     const Result<platform::FileInfo> one = fileSystem.info(from);
     const Result<platform::FileInfo> other = fileSystem.info(to);
     if (!one || !other || one->inode != other->inode || one->device != other->device)
         return false;
     // Two names of one file on a file system that heeds case look the same up to here.
-    const Result<std::vector<QString>> names = fileSystem.names(start == 0 ? QStringLiteral(".") : from.first(start));
-    return names && std::ranges::find(*names, to.sliced(start)) == names->end();
+    const Result<std::vector<QString>> names = fileSystem.names(folder.isEmpty() ? QStringLiteral(".") : folder);
+    return names && std::ranges::find(*names, platform::nameOf(to)) == names->end();
 }
 
 Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, const QString &to)

@@ -29,11 +29,6 @@ void openBySystem(const QString &path)
     QDesktopServices::openUrl(QUrl::fromLocalFile(path));
 }
 
-QString withSeparator(const QString &folder)
-{
-    return folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
-}
-
 } // namespace
 
 FileCommands::FileCommands(const FileCommandsContext &context, QObject *parent)
@@ -91,7 +86,7 @@ void FileCommands::transfer(Transfer operation, Caption caption, const std::func
         m_context.tree.refresh();
         return;
     }
-    std::ignore = (m_files.*operation)(source, withSeparator(destination), true, 0);
+    std::ignore = (m_files.*operation)(source, platform::withEndSeparator(destination), true, 0);
     if (m_dialogs.takeHasWorked())
         showChanges();
     Q_EMIT ended();

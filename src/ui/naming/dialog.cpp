@@ -5,7 +5,6 @@
 #include "core/app/settings.h"
 #include "core/files/list/listcolumns.h"
 #include "core/files/renaming/renamefromtags.h"
-#include "core/naming/filename.h"
 #include "core/naming/namingrecord.h"
 #include "core/naming/placeholders.h"
 #include "core/tags/store/tagstore.h"
@@ -145,7 +144,7 @@ void Dialog::showNewName()
     if (!m_record) {
         shown = captions.text(Text::NoFirstTag);
     } else if (const std::optional<RenameWish> wanted = wish()) {
-        shown = shownName(wanted->to.mid(folderPart(wanted->from).size()));
+        shown = shownName(wanted->to.mid(platform::nameStart(wanted->from)));
         if (wanted->problem)
             shown += QStringLiteral("\n") + problemText(captions, *wanted->problem);
     } else {

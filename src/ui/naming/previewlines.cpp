@@ -3,6 +3,7 @@
 
 #include "core/app/idiomas.h"
 #include "core/naming/filename.h"
+#include "core/platform/path.h"
 #include "ui/naming/problemtext.h"
 
 namespace ravlin {
@@ -27,7 +28,7 @@ PreviewLine renamingLine(const PreviewRow &preview, const RenameRow &row, const 
 {
     PreviewLine line{preview, PreviewMark::None, {}};
     line.row.name = newNameOf(preview, row);
-    line.row.isLongName = isLongName(fileName(line.row.name));
+    line.row.isLongName = isLongName(platform::nameOf(line.row.name));
     if (preview.problem) {
         line.mark = PreviewMark::Trouble;
         line.remarks << captions.errorText(preview.problem->code);

@@ -6,9 +6,9 @@
 #include "core/app/selectionhint.h"
 #include "core/files/operations/undo.h"
 #include "core/files/renaming/filerenaming.h"
-#include "core/naming/filename.h"
 #include "core/naming/placeholders.h"
 #include "core/naming/sessionchoices.h"
+#include "core/platform/path.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/conversionbox.h"
 #include "ui/controls/icons.h"
@@ -212,7 +212,7 @@ void RenamePage::answerClashes(RenamingPlan &plan)
 {
     while (const std::optional<std::size_t> row = plan.nextClash()) {
         const RenameRow &clash = plan.rows()[*row];
-        ClashDialog dialog(m_context.captions, fileName(clash.wanted), fileName(clash.from), window());
+        ClashDialog dialog(m_context.captions, platform::nameOf(clash.wanted), platform::nameOf(clash.from), window());
         const ClashDialog::Decision decision = dialog.decide();
         if (decision.forAll)
             plan.answerAll(decision.answer);

@@ -192,7 +192,7 @@ void SingleFilePage::ShowCurrent()
     showPage(m_record);
     eliminav1->setEnabled(m_record.HasV1);
     eliminav2->setEnabled(m_record.HasV2);
-    m_fileName->setFullText(path.mid(path.lastIndexOf(platform::Separator) + 1), path);
+    m_fileName->setFullText(platform::nameOf(path), path);
     m_streamPanel->clear();
     m_streamReader.request(path);
 }

@@ -4,7 +4,7 @@
 // overwritten with less.
 
 #include "core/app/settings.h"
-#include "core/platform/systemfolders.h"
+#include "core/platform/desktop.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: every sequence of bytes that can be a file's name comes back from decodePath and
 // encodePath as the same bytes, valid UTF-8 reads as the text it is, and no two names decode to the
-// same path.
+// same path. folderPrefix and nameOf split a path without loss; folderOf climbs to the root and stays
+// there; withoutEndSeparator never makes a root into something else; isPlainName holds only for names
+// that stay in their folder.
 
-#include "core/platform/filesystem.h"
+#include "core/platform/path.h"
+#include "support/nativepath.h"
 
 #include <QtTest>
 
@@ -11,6 +14,7 @@
 #include <set>
 
 using namespace ravlin::platform;
+using ravlin::test::native;
 
 class TestPath : public QObject
 {
@@ -27,6 +31,12 @@ private Q_SLOTS:
     void randomBytesRoundTrip();
     void agreesWithQtOnValidText();
     void encodesForeignSurrogatesVisibly();
+    void splitsPaths_data();
+    void splitsPaths();
+    void separatorsAtTheEnd_data();
+    void separatorsAtTheEnd();
+    void plainNamesStayInTheirFolder_data();
+    void plainNamesStayInTheirFolder();
 };
 
 void TestPath::decodesText_data()
@@ -166,6 +176,99 @@ void TestPath::encodesForeignSurrogatesVisibly()
     QCOMPARE(encodePath(QString(QChar(0xDC7F))), replacement);
     QCOMPARE(encodePath(QString(QChar(0xDD00))), replacement);
     QCOMPARE(encodePath(QString(QChar(0xD83C)) + u'x'), replacement + "x");
+}
+
+constexpr bool HasDrives = Separator == u'\\';
+
+void TestPath::splitsPaths_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("prefix");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("folder");
+    const auto row = [](const char *tag, const char *path, const char *prefix, const char *name, const char *folder) {
+        const auto text = [](const char *bytes) { return native(QString::fromUtf8(bytes)); };
+        QTest::newRow(tag) << text(path) << text(prefix) << text(name) << text(folder);
+    };
+    row("in folders", "/music/cd1/Song.mp3", "/music/cd1/", "Song.mp3", "/music/cd1");
+    row("in the root", "/Song.mp3", "/", "Song.mp3", "/");
+    row("the root", "/", "/", "", "/");
+    row("relative", "cd1/Song.mp3", "cd1/", "Song.mp3", "cd1");
+    row("a bare name", "Song.mp3", "", "Song.mp3", ".");
+    row("here", ".", "", ".", ".");
+    if (!HasDrives)
+        return;
+    row("in a drive's root", "C:/Song.mp3", "C:/", "Song.mp3", "C:/");
+    row("a drive's root", "C:/", "C:/", "", "C:/");
+    row("in a share", "//server/share/Song.mp3", "//server/share/", "Song.mp3", "//server/share");
+    row("a share", "//server/share", "//server/", "share", "//server/share");
+}
+
+void TestPath::splitsPaths()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, prefix);
+    QFETCH(QString, name);
+    QFETCH(QString, folder);
+    QCOMPARE(nameStart(path), prefix.size());
+    QCOMPARE(folderPrefix(path), prefix);
+    QCOMPARE(nameOf(path), name);
+    QCOMPARE(folderOf(path), folder);
+    if (!name.isEmpty() && !prefix.isEmpty() && folder != path)
+        QCOMPARE(inFolder(folder, name), path);
+}
+
+void TestPath::separatorsAtTheEnd_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("without");
+    QTest::addColumn<QString>("with");
+    const auto row = [](const char *path, const char *without, const char *with) {
+        const auto text = [](const char *bytes) { return native(QString::fromUtf8(bytes)); };
+        QTest::newRow(path) << text(path) << text(without) << text(with);
+    };
+    row("/music", "/music", "/music/");
+    row("/music/", "/music", "/music/");
+    row("/music//", "/music", "/music//");
+    row("/", "/", "/");
+    row("music/", "music", "music/");
+    if (!HasDrives)
+        return;
+    row("C:/", "C:/", "C:/");
+    row("C:/music/", "C:/music", "C:/music/");
+    row("//server/share/", "//server/share", "//server/share/");
+}
+
+void TestPath::separatorsAtTheEnd()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, without);
+    QFETCH(QString, with);
+    QCOMPARE(withoutEndSeparator(path), without);
+    QCOMPARE(withEndSeparator(path), with);
+    QCOMPARE(inFolder(path, QStringLiteral("a.mp3")), with + QStringLiteral("a.mp3"));
+}
+
+void TestPath::plainNamesStayInTheirFolder_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("isPlain");
+    QTest::newRow("a name") << QStringLiteral("Song.mp3") << true;
+    QTest::newRow("three dots") << QStringLiteral("...") << true;
+    QTest::newRow("empty") << QString() << false;
+    QTest::newRow("here") << QStringLiteral(".") << false;
+    QTest::newRow("above") << QStringLiteral("..") << false;
+    QTest::newRow("slash") << QStringLiteral("a/b") << false;
+    QTest::newRow("zero") << QStringLiteral("a") + QChar(0) + QStringLiteral("b") << false;
+    QTest::newRow("backslash") << QStringLiteral("a\\b") << !HasDrives;
+    QTest::newRow("colon") << QStringLiteral("C:b") << !HasDrives;
+}
+
+void TestPath::plainNamesStayInTheirFolder()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, isPlain);
+    QCOMPARE(isPlainName(name), isPlain);
 }
 
 QTEST_APPLESS_MAIN(TestPath)

@@ -6,7 +6,6 @@
 #include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 #include "core/storage/redofile.h"
-#include "core/storage/redoformat.h"
 #include "core/storage/rewritecase.h"
 #include "support/faultyfilesystem.h"
 

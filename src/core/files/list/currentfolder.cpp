@@ -30,9 +30,7 @@ void enterFolder(ProgramState &state, const QString &chosenPath, platform::FileS
     if (chosenPath != state.currentFolderAsChosen)
         state.cancelled = false;
     state.currentFolderAsChosen = chosenPath;
-    state.currentFolder = chosenPath;
-    if (!state.currentFolder.endsWith(platform::Separator))
-        state.currentFolder += platform::Separator;
+    state.currentFolder = platform::withEndSeparator(chosenPath);
     state.freeMegabytes = fileSystem.freeBytes(state.currentFolder).value_or(0) / BytesPerMegabyte;
 }
 

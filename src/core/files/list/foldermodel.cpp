@@ -10,8 +10,6 @@
 
 namespace ravlin {
 
-using platform::Separator;
-
 /// What the disk tells of a folder in a folder.
 struct FolderModel::Subfolder
 {
@@ -22,7 +20,7 @@ struct FolderModel::Subfolder
     bool hasSubfolders = false;
 
     /// The order of GetSubfolders: by the character codes of the upper-case path with the separator at its end.
-    QString orderKey() const { return (name + Separator).toUpper(); }
+    QString orderKey() const { return platform::withEndSeparator(name).toUpper(); }
     bool operator<(const Subfolder &other) const
     {
         const QString key = orderKey();
@@ -43,19 +41,9 @@ struct FolderModel::Node
 
 namespace {
 
-QString withSeparator(const QString &path)
-{
-    return path.endsWith(Separator) ? path : path + Separator;
-}
-
-QString withoutSeparator(const QString &path)
-{
-    return path.size() > 1 && path.endsWith(Separator) ? path.chopped(1) : path;
-}
-
 bool contains(const QString &root, const QString &path)
 {
-    return withSeparator(path).startsWith(withSeparator(root), platform::NameCase);
+    return platform::withEndSeparator(path).startsWith(platform::withEndSeparator(root), platform::NameCase);
 }
 
 } // namespace
@@ -65,8 +53,10 @@ FolderModel::FolderModel(const std::vector<FolderRoot> &roots, QObject *parent) 
     for (const FolderRoot &root : roots) {
         Subfolder folder;
         folder.path = root.path;
-        const QString path = withoutSeparator(root.path);
-        const QString name = path.mid(path.lastIndexOf(Separator) + 1);
+        // A drive's root goes by the name "C:".
+        const bool isRoot = root.path.size() > 1 && root.path.endsWith(platform::Separator);
+        const QString path = isRoot ? root.path.chopped(1) : root.path;
+        const QString name = platform::nameOf(path);
         folder.name = name.isEmpty() ? path : name;
         look(folder);
         m_roots.push_back(
@@ -165,8 +155,8 @@ QString FolderModel::pathOf(const QModelIndex &index) const
 
 void FolderModel::look(Subfolder &subfolder)
 {
-    const Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(subfolder.path);
-    const Result<bool> has = folder ? (*folder)->hasVisibleSubfolder() : tl::unexpected(folder.error());
+    const Result<platform::Folder> folder = platform::Folder::open(subfolder.path);
+    const Result<bool> has = folder ? folder->hasVisibleSubfolder() : tl::unexpected(folder.error());
     subfolder.isReadable = has.has_value();
     subfolder.hasSubfolders = has.value_or(false);
 }
@@ -174,13 +164,13 @@ void FolderModel::look(Subfolder &subfolder)
 std::vector<FolderModel::Subfolder> FolderModel::readSubfolders(const Node &node)
 {
     constexpr std::size_t FewFolders = 8; // each costs system calls, on a network a round trip
-    const Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(node.folder.path);
+    const Result<platform::Folder> folder = platform::Folder::open(node.folder.path);
     if (!folder)
         return {};
     std::vector<Subfolder> found;
-    for (const platform::FolderEntry &entry : (*folder)->entries().value_or(std::vector<platform::FolderEntry>())) {
+    for (const platform::FolderEntry &entry : folder->entries().value_or(std::vector<platform::FolderEntry>())) {
         if (entry.kind == platform::EntryKind::Folder)
-            found.push_back({withSeparator(node.folder.path) + entry.name, entry.name, entry.isHidden});
+            found.push_back({platform::inFolder(node.folder.path, entry.name), entry.name, entry.isHidden});
     }
     const auto isShown = [&](const Subfolder &subfolder) {
         const auto isSame = [&](const std::unique_ptr<Node> &child) { return child->folder.name == subfolder.name; };
@@ -296,7 +286,7 @@ FolderModel::Node *FolderModel::child(Node &parent, const QString &name)
         return node->folder.name.compare(name, platform::NameCase) == 0;
     };
     const auto known = std::find_if(parent.children.begin(), parent.children.end(), isSame);
-    const QString path = withSeparator(parent.folder.path) + name;
+    const QString path = platform::inFolder(parent.folder.path, name);
     const Result<platform::FileInfo> info = platform::FileSystem::native().info(path);
     if (!info || !info->isFolder)
         return nullptr;
@@ -313,8 +303,8 @@ FolderModel::Found FolderModel::find(const QString &path, const QModelIndex &nea
     Node *node = rootFor(path, near);
     if (!node)
         return {};
-    const QString below = withSeparator(path).mid(withSeparator(node->folder.path).size());
-    for (const QString &name : below.split(Separator, Qt::SkipEmptyParts)) {
+    const QString below = platform::withEndSeparator(path).mid(platform::withEndSeparator(node->folder.path).size());
+    for (const QString &name : below.split(platform::Separator, Qt::SkipEmptyParts)) {
         Node *next = child(*node, name);
         if (!next)
             return {indexOf(node), false};

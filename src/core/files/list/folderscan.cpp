@@ -31,7 +31,7 @@ QStringList subfolders(
     for (const platform::FolderEntry &entry : entries) {
         // A folder that is being copied is not there yet.
         if (entry.kind == platform::EntryKind::Folder && !storage::isLeftoverName(entry.name)) {
-            const QString path = folderPath + entry.name + platform::Separator;
+            const QString path = platform::withEndSeparator(folderPath + entry.name);
             found.emplace_back(path.toUpper(), path);
         }
     }
@@ -53,12 +53,12 @@ public:
     /// Finds a folder's own files and gives back its subfolders.
     Result<QStringList> visit(const QString &folderPath, const QString &relativePrefix)
     {
-        Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(folderPath);
+        const Result<platform::Folder> folder = platform::Folder::open(folderPath);
         if (!folder)
             return tl::unexpected(folder.error());
-        if (!m_seen.insert((*folder)->identity()).second)
+        if (!m_seen.insert(folder->identity()).second)
             return QStringList();
-        const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries(m_options.stop);
+        const Result<std::vector<platform::FolderEntry>> entries = folder->entries(m_options.stop);
         if (!entries)
             return tl::unexpected(entries.error());
         FolderFiles files{folderPath, relativePrefix, {}};
@@ -127,16 +127,11 @@ private:
     std::set<FolderIdentity> m_seen;
 };
 
-QString withSeparator(const QString &path)
-{
-    return path.endsWith(platform::Separator) ? path : path + platform::Separator;
-}
-
 } // namespace
 
 Result<Listing> ListFolder(const QString &folderPath, const QString &relativePrefix, const ScanOptions &options)
 {
-    const QString root = withSeparator(folderPath);
+    const QString root = platform::withEndSeparator(folderPath);
     FolderWalk walk(options, root);
     const Result<QStringList> folders = walk.visit(root, relativePrefix);
     if (!folders)
@@ -146,7 +141,7 @@ Result<Listing> ListFolder(const QString &folderPath, const QString &relativePre
 
 Result<Listing> ListFolderTree(const QString &folderPath, const ScanOptions &options)
 {
-    const QString root = withSeparator(folderPath);
+    const QString root = platform::withEndSeparator(folderPath);
     FolderWalk walk(options, root);
     const Result<QStringList> folders = walk.visit(root, QString());
     if (!folders)
@@ -157,13 +152,13 @@ Result<Listing> ListFolderTree(const QString &folderPath, const ScanOptions &opt
 
 Result<QStringList> GetSubfolders(const QString &folderPath, const std::stop_token &stop)
 {
-    Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(folderPath);
+    const Result<platform::Folder> folder = platform::Folder::open(folderPath);
     if (!folder)
         return tl::unexpected(folder.error());
-    const Result<std::vector<platform::FolderEntry>> entries = (*folder)->entries(stop);
+    const Result<std::vector<platform::FolderEntry>> entries = folder->entries(stop);
     if (!entries)
         return tl::unexpected(entries.error());
-    return subfolders(*entries, withSeparator(folderPath), stop);
+    return subfolders(*entries, platform::withEndSeparator(folderPath), stop);
 }
 
 std::vector<std::optional<ListedFile>> readListTags(
@@ -173,15 +168,14 @@ std::vector<std::optional<ListedFile>> readListTags(
     std::vector<std::vector<std::size_t>> positions; // of the folders' files among the texts
     QHash<QString, std::size_t> folderOfPrefix;
     for (qsizetype i = 0; i < texts.size(); ++i) {
-        const qsizetype nameStart = texts[i].lastIndexOf(platform::Separator) + 1;
-        const QString prefix = texts[i].left(nameStart);
+        const QString prefix = platform::folderPrefix(texts[i]);
         auto folder = folderOfPrefix.constFind(prefix);
         if (folder == folderOfPrefix.cend()) {
             folder = folderOfPrefix.insert(prefix, folders.size());
-            folders.push_back({withSeparator(folderPath) + prefix, prefix, {}});
+            folders.push_back({platform::inFolder(folderPath, prefix), prefix, {}});
             positions.emplace_back();
         }
-        folders[*folder].names.push_back(texts[i].mid(nameStart));
+        folders[*folder].names.push_back(platform::nameOf(texts[i]));
         positions[*folder].push_back(static_cast<std::size_t>(i));
     }
     ReadFiles files = readTags(std::move(folders), options);

@@ -83,7 +83,7 @@ QString textOfHiddenColumns(ColumnSet hidden, QStringView formerText)
 
 bool hasLongName(QStringView rowText)
 {
-    return isLongName(rowText.mid(rowText.lastIndexOf(platform::Separator) + 1));
+    return isLongName(rowText.sliced(platform::nameStart(rowText)));
 }
 
 QString shownName(const QString &name)

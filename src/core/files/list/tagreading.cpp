@@ -90,7 +90,8 @@ private:
 
     qsizetype fileCount() const { return static_cast<qsizetype>(m_rows.size()); }
     void readStretch(const Stretch &stretch);
-    Result<Outcome> readFile(platform::Folder &folder, const QString &name, TagCache::Entry &entry, ListRow &row) const;
+    Result<Outcome> readFile(
+        const platform::Folder &folder, const QString &name, TagCache::Entry &entry, ListRow &row) const;
     void addFailure(std::size_t row, const QString &path, const Error &error);
     void updateCache();
 
@@ -153,14 +154,14 @@ ReadFiles TagReading::run()
 void TagReading::readStretch(const Stretch &stretch)
 {
     ScannedFolder &scanned = m_folders[stretch.folder];
-    const Result<std::unique_ptr<platform::Folder>> folder = platform::Folder::open(scanned.path);
+    const Result<platform::Folder> folder = platform::Folder::open(scanned.path);
     for (std::size_t i = stretch.begin; i < stretch.end; ++i) {
         if (m_options.stop.stop_requested())
             return;
         const std::size_t row = scanned.firstRow + i;
         TagCache::Entry &entry = scanned.entries[i];
         const Result<Outcome> outcome =
-            folder ? readFile(**folder, scanned.names[i], entry, m_rows[row]) : tl::unexpected(folder.error());
+            folder ? readFile(*folder, scanned.names[i], entry, m_rows[row]) : tl::unexpected(folder.error());
         if (outcome)
             m_outcomes[row] = *outcome;
         else
@@ -174,7 +175,7 @@ void TagReading::readStretch(const Stretch &stretch)
 /// The state is asked for before the content is read: a change in between makes the state an old one, which no later
 /// question can give, and so the file is read again.
 Result<TagReading::Outcome> TagReading::readFile(
-    platform::Folder &folder, const QString &name, TagCache::Entry &entry, ListRow &row) const
+    const platform::Folder &folder, const QString &name, TagCache::Entry &entry, ListRow &row) const
 {
     TagCache::FileState state;
     if (m_options.cache) {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/operations/clsfilefunc.h"
 
-#include "core/platform/filetype.h"
-#include "core/platform/systemfolders.h"
+#include "core/platform/desktop.h"
 #include "core/storage/saferename.h"
 
 namespace ravlin {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/operations/deletion.h"
 
+#include "core/platform/fileio.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
-#include "core/storage/removetree.h"
 
 #include <algorithm>
 #include <iterator>
@@ -60,7 +60,7 @@ DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList
         if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
             return tl::unexpected(
                 Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
-        return storage::removeTree(fileSystem, path).map([&] { report.deleted.append(path); });
+        return platform::removeTree(fileSystem, path).map([&] { report.deleted.append(path); });
     });
 }
 

@@ -206,7 +206,7 @@ QString nearestFolder(platform::FileSystem &fileSystem, const QString &path)
             return {}; // its drive is not there
         folder = above;
     }
-    return folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
+    return platform::withEndSeparator(folder);
 }
 
 } // namespace ravlin

@@ -2,9 +2,8 @@
 #include "core/files/operations/playlist.h"
 
 #include "core/naming/texttransforms.h"
-#include "core/platform/codepage.h"
+#include "core/platform/desktop.h"
 #include "core/platform/fileio.h"
-#include "core/platform/fixedfiles.h"
 #include "core/platform/folder.h"
 #include "core/platform/namecheck.h"
 #include "core/platform/nodes.h"
@@ -109,7 +108,7 @@ QStringList playlistsIn(const QString &folder)
     if (!opened)
         return {};
     QStringList names;
-    const auto entries = (*opened)->entries();
+    const auto entries = opened->entries();
     for (const platform::FolderEntry &entry : entries.value_or(std::vector<platform::FolderEntry>())) {
         if (entry.kind == platform::EntryKind::File && !entry.isHidden &&
             entry.name.endsWith(extension(), Qt::CaseInsensitive))

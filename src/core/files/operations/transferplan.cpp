@@ -16,11 +16,6 @@ Error failure(ErrorCode code, const QString &path, const QString &detail = {})
     return {code, path, detail};
 }
 
-QString inside(const QString &folder)
-{
-    return folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
-}
-
 /// The same for all spellings of a path that the file system takes for one, as far as that can be told without it.
 QString keyOf(const QString &path)
 {
@@ -29,18 +24,13 @@ QString keyOf(const QString &path)
 
 bool isInside(const QString &path, const QString &folder)
 {
-    return keyOf(inside(path)).startsWith(keyOf(inside(folder)));
-}
-
-QString parentOf(const QString &path)
-{
-    return path.contains(platform::Separator) ? platform::folderOf(path) : QStringLiteral(".");
+    return keyOf(platform::withEndSeparator(path)).startsWith(keyOf(platform::withEndSeparator(folder)));
 }
 
 /// Where an item really is, with the links above it resolved, not its own.
 Result<QString> placeOf(platform::FileSystem &fileSystem, const QString &path)
 {
-    return fileSystem.canonicalPath(parentOf(path)).map([&](const QString &folder) {
+    return fileSystem.canonicalPath(platform::folderOf(path)).map([&](const QString &folder) {
         return platform::inFolder(folder, platform::nameOf(path));
     });
 }
@@ -256,7 +246,7 @@ bool Answering::decide(TransferItem &item)
 
 void Answering::keepBoth(TransferItem &item)
 {
-    const QString folder = parentOf(item.target);
+    const QString folder = platform::folderOf(item.target);
     const QString name = platform::nameOf(item.target);
     const auto kind = item.node.kind == NodeKind::Folder ? platform::NameKind::Folder : platform::NameKind::File;
     QString target;

@@ -2,7 +2,7 @@
 #include "core/files/renaming/filerenaming.h"
 
 #include "core/files/renaming/renamefromtags.h"
-#include "core/naming/filename.h"
+#include "core/platform/path.h"
 #include "core/tags/store/tagstore.h"
 
 namespace ravlin {
@@ -19,7 +19,7 @@ QString newNameOf(const PreviewRow &preview, const RenameRow &row)
 {
     if (!row.renames())
         return preview.name;
-    const QString folder = folderPart(row.from);
+    const QString folder = platform::folderPrefix(row.from);
     return row.path.startsWith(folder) ? row.path.mid(folder.size()) : row.path;
 }
 

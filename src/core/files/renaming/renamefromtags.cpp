@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/renaming/renamefromtags.h"
 
-#include "core/naming/filename.h"
 #include "core/platform/path.h"
+
+#include <QDir>
 
 namespace ravlin {
 
@@ -25,12 +26,10 @@ std::optional<RenameWish> folderRenameWish(const QString &folder, const TagRecor
     const std::optional<QString> wanted = newFolderPath(folder, record, rule);
     if (!wanted)
         return std::nullopt;
-    QString path = folder;
-    while (path.endsWith(platform::Separator))
-        path.chop(1);
-    const QString name = wanted->sliced(folderPart(path).size());
+    const QString path = platform::withoutEndSeparator(folder);
+    const QString name = wanted->sliced(platform::nameStart(path));
     const bool isMadeOfValues = rule.artistAlbum && !(record.Artist.isEmpty() && record.Album.isEmpty());
-    if (isMadeOfValues && platform::withNativeSeparators(name).contains(platform::Separator))
+    if (isMadeOfValues && QDir::toNativeSeparators(name).contains(platform::Separator))
         return RenameWish{path, *wanted, platform::NameKind::Folder, false, platform::NameProblem::LeadsOutside};
     return wishForFolder(path, name, stepsUpIn(rule.patternText));
 }

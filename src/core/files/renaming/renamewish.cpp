@@ -3,6 +3,7 @@
 
 #include "core/platform/path.h"
 
+#include <QDir>
 #include <QStringList>
 
 namespace ravlin {
@@ -18,7 +19,7 @@ std::optional<QString> folderAbove(const QString &folder)
     const qsizetype end = folder.size() - 1;
     if (end < 1)
         return std::nullopt;
-    const qsizetype start = folder.lastIndexOf(platform::Separator, end - 1) + 1;
+    const qsizetype start = platform::nameStart(QStringView(folder).first(end));
     const QStringView name = QStringView(folder).sliced(start, end - start);
     if (name.isEmpty() || name == u"." || name == u"..")
         return std::nullopt;
@@ -69,7 +70,7 @@ private:
 
 RenameWish wishFor(const QString &path, const QString &newName, int stepsUp, NameKind kind)
 {
-    const QString folder = path.first(path.lastIndexOf(platform::Separator) + 1);
+    const QString folder = platform::folderPrefix(path);
     const QString wanted = folder + newName;
     if (wanted == path)
         return {path, path, kind};
@@ -99,7 +100,7 @@ RenameWish wishForFolder(const QString &path, const QString &newName, int stepsU
 
 int stepsUpIn(const QString &pattern)
 {
-    const QStringList names = platform::withNativeSeparators(pattern).split(platform::Separator);
+    const QStringList names = QDir::toNativeSeparators(pattern).split(platform::Separator);
     return static_cast<int>(names.count(QStringLiteral("..")));
 }
 

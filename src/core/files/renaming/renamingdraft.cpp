@@ -10,11 +10,6 @@ namespace ravlin {
 
 namespace {
 
-qsizetype nameStart(QStringView path)
-{
-    return path.lastIndexOf(platform::Separator) + 1;
-}
-
 /// The name as a file system that ignores case compares it, nearly: what it misses, the rename itself finds taken.
 QString folded(const QString &name)
 {
@@ -71,7 +66,7 @@ void RenamingPlan::Draft::refuse(int row, ErrorCode code, const QString &path, c
 int RenamingPlan::Draft::folderOf(const QString &path, int sourceFolder)
 {
     // Most rows are in the folder of the row before.
-    const qsizetype start = nameStart(path);
+    const qsizetype start = platform::nameStart(path);
     if (m_lastFolder != None && start == m_lastSpelling.size() && path.startsWith(m_lastSpelling))
         return m_lastFolder;
     const QString spelled = path.first(start);
@@ -92,7 +87,7 @@ int RenamingPlan::Draft::addFolder(const QString &spelled, int sourceFolder)
     QString missing;
     Result<QString> canonical = m_fileSystem.canonicalPath(existing);
     while (!canonical && canonical.error().code == ErrorCode::NotFound) {
-        const qsizetype start = nameStart(existing);
+        const qsizetype start = platform::nameStart(existing);
         if (start == 0 || start == existing.size())
             break;
         missing.prepend(platform::Separator + existing.sliced(start));
@@ -156,7 +151,7 @@ bool RenamingPlan::Draft::placeSource(int row)
 {
     const QString &from = m_wishes[row].from;
     const int folder = folderOf(from, None);
-    const QString name = from.sliced(nameStart(from));
+    const QString name = platform::nameOf(from);
     if (!m_folders[folder].isListed)
         listFolder(m_folders[folder], name);
     const int slot = slotOf(folder, name);
@@ -182,14 +177,14 @@ bool RenamingPlan::Draft::placeTarget(int row)
     if (wish.to == wish.from)
         return false;
     const int folder = folderOf(wish.to, m_source[row].folder);
-    const QString name = wish.to.sliced(nameStart(wish.to));
+    const QString name = platform::nameOf(wish.to);
     const int slot = slotOf(folder, name);
     if (const auto &error = m_folders[folder].error) {
         refuse(row, error->code, error->path, error->detail);
         return false;
     }
     // The same file by another spelling of its folder.
-    const bool isSame = slot == m_source[row].slot && name == QStringView(wish.from).sliced(nameStart(wish.from));
+    const bool isSame = slot == m_source[row].slot && name == platform::nameOf(wish.from);
     m_wanted[row] = {folder, slot};
     m_slots[slot].isWanted = !isSame;
     rows[row].makesFolder = !m_folders[folder].exists;
@@ -275,11 +270,11 @@ void RenamingPlan::Draft::takeNumber(int row)
 {
     const auto [folder, wanted] = m_wanted[row];
     const QString &to = m_wishes[row].to;
-    const QString prefix = to.first(nameStart(to));
-    const QString name = to.sliced(nameStart(to));
+    const QString prefix = platform::folderPrefix(to);
+    const QString name = platform::nameOf(to);
     // A number from an earlier run is kept, so that the same batch run again changes nothing.
     const QString &from = m_wishes[row].from;
-    const QString ownName = from.sliced(nameStart(from));
+    const QString ownName = platform::nameOf(from);
     const qsizetype bracket = ownName.lastIndexOf(u'(');
     const int ownNumber = QStringView(ownName).mid(bracket + 1, ownName.lastIndexOf(u')') - bracket - 1).toInt();
     rows[row].isNumbered = true;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/renaming/renaming.h"
 #include "core/files/renaming/renamingdraft.h"
+#include "core/platform/path.h"
 #include "core/storage/saferename.h"
 
 #include <algorithm>
@@ -147,13 +148,14 @@ private:
 
     Result<void> makeFolderOf(const QString &path)
     {
-        const QString folder = path.first(path.lastIndexOf(platform::Separator));
+        const QString folder = platform::folderOf(path);
         if (!m_foldersThere.insert(folder).second)
             return {};
         QStringList missing;
-        for (QString above = folder; !above.isEmpty() && !m_fileSystem.info(above);) {
+        for (QString above = folder; !m_fileSystem.info(above); above = platform::folderOf(above)) {
             missing.prepend(above);
-            above = above.first(std::max<qsizetype>(above.lastIndexOf(platform::Separator), 0));
+            if (platform::folderOf(above) == above)
+                break; // the root of a drive that is not there
         }
         for (const QString &next : missing) {
             const Result<void> made = m_fileSystem.createFolder(next);

@@ -19,7 +19,7 @@ void DownloadQueue::start(const QUrl &versionFile, const QString &folder, std::v
 {
     cancel();
     m_versionFile = versionFile;
-    m_folder = folder.endsWith(platform::Separator) ? folder : folder + platform::Separator;
+    m_folder = platform::withEndSeparator(folder);
     m_entries = std::move(entries);
     m_next = 0;
     m_isBusy = true;

@@ -3,8 +3,8 @@
 
 #include "core/online/update/checksumfile.h"
 #include "core/online/update/updateaddress.h"
+#include "core/platform/desktop.h"
 #include "core/platform/fileio.h"
-#include "core/platform/fixedfiles.h"
 #include "core/platform/nodes.h"
 #include "core/storage/safewrite.h"
 

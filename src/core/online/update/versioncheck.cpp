@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/update/versioncheck.h"
 
+#include "core/platform/desktop.h"
 #include "core/platform/fileio.h"
-#include "core/platform/fixedfiles.h"
 #include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 

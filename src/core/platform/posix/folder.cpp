@@ -6,43 +6,32 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
 
 namespace ravlin::platform {
-namespace {
 
-class PosixFolder final : public Folder
+struct Folder::Native
 {
-public:
-    PosixFolder(DIR *stream, QString path, const struct stat &status)
-        : m_stream(stream), m_path(std::move(path)), m_identity(status.st_dev, status.st_ino)
-    {
-    }
-    ~PosixFolder() override { ::closedir(m_stream); }
-    PosixFolder(const PosixFolder &) = delete;
-    PosixFolder &operator=(const PosixFolder &) = delete;
+    Native(DIR *opened, QString itsPath) : stream(opened), path(std::move(itsPath)) {}
+    ~Native() { ::closedir(stream); }
+    Native(const Native &) = delete;
+    Native &operator=(const Native &) = delete;
 
-    Result<std::vector<FolderEntry>> entries(const std::stop_token &stop) override;
-    Result<bool> hasVisibleSubfolder() override;
-    Result<FileInfo> info(const QString &name) override;
-    Result<std::unique_ptr<File>> openFile(const QString &name) override;
-    std::pair<quint64, quint64> identity() const override { return m_identity; }
-
-private:
     EntryKind kindOf(const dirent &entry) const;
     /// Hands every entry but "." and ".." to visitor until that returns false.
     template <typename Visitor>
-    Result<void> visit(Visitor visitor);
+    Result<void> visit(Visitor visitor) const;
 
-    DIR *const m_stream;
-    const QString m_path;
-    const std::pair<quint64, quint64> m_identity;
+    DIR *const stream;
+    const QString path; ///< ends in the separator
+    std::pair<quint64, quint64> identity;
 };
 
-EntryKind PosixFolder::kindOf(const dirent &entry) const
+EntryKind Folder::Native::kindOf(const dirent &entry) const
 {
     if (entry.d_type == DT_REG)
         return EntryKind::File;
@@ -53,21 +42,21 @@ EntryKind PosixFolder::kindOf(const dirent &entry) const
     struct stat status
     {
     };
-    if (::fstatat(::dirfd(m_stream), entry.d_name, &status, 0) != 0)
+    if (::fstatat(::dirfd(stream), entry.d_name, &status, 0) != 0)
         return EntryKind::Other; // a link that leads nowhere
     return S_ISREG(status.st_mode) ? EntryKind::File : S_ISDIR(status.st_mode) ? EntryKind::Folder : EntryKind::Other;
 }
 
 template <typename Visitor>
-Result<void> PosixFolder::visit(Visitor visitor)
+Result<void> Folder::Native::visit(Visitor visitor) const
 {
-    ::rewinddir(m_stream);
+    ::rewinddir(stream);
     for (;;) {
         errno = 0;
-        // Each PosixFolder has a stream of its own and this is its only reader.
-        const dirent *entry = ::readdir(m_stream); // NOLINT(concurrency-mt-unsafe)
+        // Each Folder has a stream of its own and this is its only reader.
+        const dirent *entry = ::readdir(stream); // NOLINT(concurrency-mt-unsafe)
         if (!entry && errno != 0)
-            return systemError(errno, m_path, "readdir");
+            return systemError(errno, path, "readdir");
         if (!entry)
             return {};
         const bool isDots = std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0;
@@ -76,83 +65,109 @@ Result<void> PosixFolder::visit(Visitor visitor)
     }
 }
 
-Result<std::vector<FolderEntry>> PosixFolder::entries(const std::stop_token &stop)
-{
-    std::vector<FolderEntry> found;
-    const Result<void> visited = visit([&](const dirent &entry) {
-        if (stop.stop_requested())
-            return false;
-        const char *name = entry.d_name;
-        found.push_back({decodePath(name, static_cast<qsizetype>(std::strlen(name))), kindOf(entry), name[0] == '.'});
-        return true;
-    });
-    if (!visited)
-        return tl::unexpected(visited.error());
-    return found;
-}
+Folder::Folder(std::unique_ptr<Native> native) : m_native(std::move(native)) {}
+Folder::Folder(Folder &&other) noexcept = default;
+Folder &Folder::operator=(Folder &&other) noexcept = default;
+Folder::~Folder() = default;
 
-Result<bool> PosixFolder::hasVisibleSubfolder()
-{
-    bool found = false;
-    const Result<void> visited = visit([&](const dirent &entry) {
-        found = entry.d_name[0] != '.' && kindOf(entry) == EntryKind::Folder;
-        return !found;
-    });
-    if (!visited)
-        return tl::unexpected(visited.error());
-    return found;
-}
-
-Result<FileInfo> PosixFolder::info(const QString &name)
-{
-    struct stat status
-    {
-    };
-    if (::fstatat(::dirfd(m_stream), encodePath(name).constData(), &status, 0) != 0)
-        return systemError(errno, m_path + name, "fstatat");
-    return fileInfo(status);
-}
-
-Result<std::unique_ptr<File>> PosixFolder::openFile(const QString &name)
-{
-    const QByteArray native = encodePath(name);
-    const int descriptor = uninterrupted(
-        [&] { return ::openat(::dirfd(m_stream), native.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
-    if (descriptor < 0)
-        return systemError(errno, m_path + name, "open");
-    struct stat status
-    {
-    };
-    if (::fstat(descriptor, &status) != 0) {
-        const int number = errno;
-        ::close(descriptor);
-        return systemError(number, m_path + name, "fstat");
-    }
-    if (!S_ISREG(status.st_mode)) {
-        ::close(descriptor);
-        return tl::unexpected(Error{ErrorCode::NotAFile, m_path + name, QStringLiteral("not a plain file")});
-    }
-    return std::make_unique<PosixFile>(descriptor, name, fileInfo(status));
-}
-
-} // namespace
-
-Result<std::unique_ptr<Folder>> Folder::open(const QString &path)
+Result<Folder> Folder::open(const QString &path)
 {
     DIR *stream = ::opendir(encodePath(path).constData());
     if (!stream && errno == ENOTDIR)
         return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a folder")});
     if (!stream)
         return systemError(errno, path, "opendir");
+    auto native = std::make_unique<Native>(stream, withEndSeparator(path));
     struct stat status
     {
     };
-    if (::fstat(::dirfd(stream), &status) != 0) {
+    if (::fstat(::dirfd(stream), &status) != 0)
+        return systemError(errno, path, "fstat");
+    native->identity = {status.st_dev, status.st_ino};
+    return Folder(std::move(native));
+}
+
+Result<std::vector<FolderEntry>> Folder::entries(const std::stop_token &stop) const
+{
+    std::vector<FolderEntry> found;
+    return m_native
+        ->visit([&](const dirent &entry) {
+            if (stop.stop_requested())
+                return false;
+            const char *name = entry.d_name;
+            found.push_back(
+                {decodePath(name, static_cast<qsizetype>(std::strlen(name))), m_native->kindOf(entry), name[0] == '.'});
+            return true;
+        })
+        .map([&] { return std::move(found); });
+}
+
+Result<bool> Folder::hasVisibleSubfolder() const
+{
+    bool found = false;
+    return m_native
+        ->visit([&](const dirent &entry) {
+            found = entry.d_name[0] != '.' && m_native->kindOf(entry) == EntryKind::Folder;
+            return !found;
+        })
+        .map([&] { return found; });
+}
+
+Result<FileInfo> Folder::info(const QString &name) const
+{
+    struct stat status
+    {
+    };
+    if (::fstatat(::dirfd(m_native->stream), encodePath(name).constData(), &status, 0) != 0)
+        return systemError(errno, m_native->path + name, "fstatat");
+    return fileInfo(status);
+}
+
+Result<std::unique_ptr<File>> Folder::openFile(const QString &name) const
+{
+    const QByteArray native = encodePath(name);
+    const QString path = m_native->path + name;
+    const int descriptor = uninterrupted([&] {
+        return ::openat(::dirfd(m_native->stream), native.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    });
+    if (descriptor < 0)
+        return systemError(errno, path, "open");
+    struct stat status
+    {
+    };
+    if (::fstat(descriptor, &status) != 0) {
         const int number = errno;
-        ::closedir(stream);
+        ::close(descriptor);
         return systemError(number, path, "fstat");
     }
-    return std::make_unique<PosixFolder>(stream, path.endsWith(Separator) ? path : path + Separator, status);
+    if (!S_ISREG(status.st_mode)) {
+        ::close(descriptor);
+        return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a plain file")});
+    }
+    return std::make_unique<PosixFile>(descriptor, name, fileInfo(status));
+}
+
+std::pair<quint64, quint64> Folder::identity() const
+{
+    return m_native->identity;
+}
+
+FolderLock::~FolderLock()
+{
+    ::close(static_cast<int>(m_handle));
+}
+
+std::unique_ptr<FolderLock> lockFolder(const QString &path)
+{
+    const QByteArray native = encodePath(path);
+    const int descriptor = uninterrupted(
+        [&] { return ::open(native.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK); });
+    if (descriptor < 0)
+        return nullptr;
+    auto lock = std::make_unique<FolderLock>(descriptor);
+    if (uninterrupted([&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); }) != 0)
+        return nullptr;
+    return lock;
 }
 
 } // namespace ravlin::platform

@@ -107,11 +107,6 @@ bool couldBeUsable(const QString &trash)
     return ::access(encodePath(existingFolder(folderOf(trash))).constData(), W_OK | X_OK) == 0;
 }
 
-Result<QString> canonicalFolderOf(const QString &path)
-{
-    return FileSystem::native().canonicalPath(path.contains(Separator) ? folderOf(path) : QStringLiteral("."));
-}
-
 /// The trash for what is in a folder (canonical). accept tells whether one will do.
 template <typename Accept>
 Result<Trash> findTrash(const QString &folder, Accept accept)
@@ -154,8 +149,7 @@ QString nameInTrash(const QString &name, int number, NodeKind kind)
 /// Claims a name by making its info file: whoever makes that owns the name.
 Result<QString> claimName(const Trash &trash, const QString &original, const QString &name, NodeKind kind)
 {
-    const bool isBelowBase = !trash.base.isEmpty();
-    const qsizetype skipped = isBelowBase ? trash.base.size() + (trash.base.endsWith(Separator) ? 0 : 1) : 0;
+    const qsizetype skipped = trash.base.isEmpty() ? 0 : withEndSeparator(trash.base).size();
     const QByteArray content = "[Trash Info]\nPath=" + encodedForInfo(original.mid(skipped)) +
                                "\nDeletionDate=" + QDateTime::currentDateTime().toString(Qt::ISODate).toLatin1() + '\n';
     constexpr int MostNumbers = 100'000;
@@ -180,7 +174,7 @@ Result<QString> claimName(const Trash &trash, const QString &original, const QSt
 
 bool hasTrash(const QString &path)
 {
-    const auto folder = canonicalFolderOf(path);
+    const auto folder = FileSystem::native().canonicalPath(folderOf(path));
     return folder && findTrash(*folder, couldBeUsable).has_value();
 }
 
@@ -190,7 +184,7 @@ Result<TrashedItem> moveToTrash(const QString &path)
     const auto node = nodeAt(path);
     if (!node)
         return tl::unexpected(node.error());
-    const auto folder = canonicalFolderOf(path);
+    const auto folder = FileSystem::native().canonicalPath(folderOf(path));
     if (!folder)
         return tl::unexpected(folder.error());
     if (!isPlainName(name))

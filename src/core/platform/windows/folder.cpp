@@ -8,56 +8,45 @@ namespace {
 
 constexpr DWORD Hiding = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
 
+} // namespace
+
 /// Goes by its path: an open handle would keep the folders above it from being renamed.
-class WindowsFolder final : public Folder
+struct Folder::Native
 {
-public:
-    WindowsFolder(QString path, const FileInfo &info) : m_path(std::move(path)), m_identity(info.device, info.inode) {}
-
-    Result<std::vector<FolderEntry>> entries(const std::stop_token &stop) override;
-    Result<bool> hasVisibleSubfolder() override;
-    Result<FileInfo> info(const QString &name) override { return FileSystem::native().info(m_path + name); }
-    Result<std::unique_ptr<File>> openFile(const QString &name) override
-    {
-        return FileSystem::native().open(m_path + name, OpenMode::Read);
-    }
-    std::pair<quint64, quint64> identity() const override { return m_identity; }
-
-private:
     EntryKind kindOf(const WIN32_FIND_DATAW &entry) const;
     /// Hands every entry but "." and ".." to visitor until that returns false.
     template <typename Visitor>
-    Result<void> visit(Visitor visitor);
+    Result<void> visit(Visitor visitor) const;
 
-    const QString m_path;
-    const std::pair<quint64, quint64> m_identity;
+    QString path; ///< ends in the separator
+    std::pair<quint64, quint64> identity;
 };
 
-EntryKind WindowsFolder::kindOf(const WIN32_FIND_DATAW &entry) const
+EntryKind Folder::Native::kindOf(const WIN32_FIND_DATAW &entry) const
 {
     const bool isFolder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    // The tag is in a member that has no other use.
+    // The reparse tag is in a member that has no other use.
     const bool isLink =
         (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(entry.dwReserved0);
     if (!isLink)
         return isFolder ? EntryKind::Folder : EntryKind::File;
-    const auto target = FileSystem::native().info(m_path + fromWide(entry.cFileName));
+    const auto target = FileSystem::native().info(path + fromWide(entry.cFileName));
     if (!target)
         return EntryKind::Other; // a link that leads nowhere
     return target->isFolder ? EntryKind::Folder : target->isFile ? EntryKind::File : EntryKind::Other;
 }
 
 template <typename Visitor>
-Result<void> WindowsFolder::visit(Visitor visitor)
+Result<void> Folder::Native::visit(Visitor visitor) const
 {
-    const NativePath native(m_path + u'*');
+    const NativePath pattern(path + u'*');
     WIN32_FIND_DATAW found{};
     HANDLE search = ::FindFirstFileExW(
-        native.text(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
+        pattern.text(), FindExInfoBasic, &found, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
     if (search == INVALID_HANDLE_VALUE) {
         if (::GetLastError() == ERROR_FILE_NOT_FOUND) // the root of an empty drive: it has no "." either
             return {};
-        return lastError(m_path, "FindFirstFileExW");
+        return lastError(path, "FindFirstFileExW");
     }
     bool isWanted = true;
     do {
@@ -68,50 +57,93 @@ Result<void> WindowsFolder::visit(Visitor visitor)
     const DWORD number = ::GetLastError();
     ::FindClose(search);
     if (isWanted && number != ERROR_NO_MORE_FILES)
-        return systemError(number, m_path, "FindNextFileW");
+        return systemError(number, path, "FindNextFileW");
     return {};
 }
 
-Result<std::vector<FolderEntry>> WindowsFolder::entries(const std::stop_token &stop)
-{
-    std::vector<FolderEntry> found;
-    const Result<void> visited = visit([&](const WIN32_FIND_DATAW &entry) {
-        if (stop.stop_requested())
-            return false;
-        found.push_back({fromWide(entry.cFileName), kindOf(entry), (entry.dwFileAttributes & Hiding) != 0});
-        return true;
-    });
-    if (!visited)
-        return tl::unexpected(visited.error());
-    return found;
-}
+Folder::Folder(std::unique_ptr<Native> native) : m_native(std::move(native)) {}
+Folder::Folder(Folder &&other) noexcept = default;
+Folder &Folder::operator=(Folder &&other) noexcept = default;
+Folder::~Folder() = default;
 
-Result<bool> WindowsFolder::hasVisibleSubfolder()
+Result<Folder> Folder::open(const QString &path)
 {
-    bool found = false;
-    const Result<void> visited = visit([&](const WIN32_FIND_DATAW &entry) {
-        found = (entry.dwFileAttributes & Hiding) == 0 && kindOf(entry) == EntryKind::Folder;
-        return !found;
-    });
-    if (!visited)
-        return tl::unexpected(visited.error());
-    return found;
-}
-
-} // namespace
-
-Result<std::unique_ptr<Folder>> Folder::open(const QString &path)
-{
-    // The system says of a file's path with a separator behind it that it is none.
-    QString bare = path;
-    while (bare.endsWith(Separator) && !bare.endsWith(u":\\"))
-        bare.chop(1);
-    const auto info = FileSystem::native().info(bare);
+    // For a file's path with a separator at its end the system reports that there is no such file.
+    const auto info = FileSystem::native().info(withoutEndSeparator(path));
     if (!info)
         return tl::unexpected(info.error());
     if (!info->isFolder)
         return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a folder")});
-    return std::make_unique<WindowsFolder>(path.endsWith(Separator) ? path : path + Separator, *info);
+    return Folder(std::make_unique<Native>(Native{withEndSeparator(path), {info->device, info->inode}}));
+}
+
+Result<std::vector<FolderEntry>> Folder::entries(const std::stop_token &stop) const
+{
+    std::vector<FolderEntry> found;
+    return m_native
+        ->visit([&](const WIN32_FIND_DATAW &entry) {
+            if (stop.stop_requested())
+                return false;
+            const bool isHidden = (entry.dwFileAttributes & Hiding) != 0;
+            found.push_back({fromWide(entry.cFileName), m_native->kindOf(entry), isHidden});
+            return true;
+        })
+        .map([&] { return std::move(found); });
+}
+
+Result<bool> Folder::hasVisibleSubfolder() const
+{
+    bool found = false;
+    return m_native
+        ->visit([&](const WIN32_FIND_DATAW &entry) {
+            found = (entry.dwFileAttributes & Hiding) == 0 && m_native->kindOf(entry) == EntryKind::Folder;
+            return !found;
+        })
+        .map([&] { return found; });
+}
+
+Result<FileInfo> Folder::info(const QString &name) const
+{
+    return FileSystem::native().info(m_native->path + name);
+}
+
+Result<std::unique_ptr<File>> Folder::openFile(const QString &name) const
+{
+    return FileSystem::native().open(m_native->path + name, OpenMode::Read);
+}
+
+std::pair<quint64, quint64> Folder::identity() const
+{
+    return m_native->identity;
+}
+
+FolderLock::~FolderLock()
+{
+    ::CloseHandle(reinterpret_cast<HANDLE>(m_handle));
+}
+
+/// The lock is a named object, which vanishes with the last handle to it. The system locks ranges of files only, and
+/// holding a folder open in a way that others notice would keep its owner from renaming it as well.
+std::unique_ptr<FolderLock> lockFolder(const QString &path)
+{
+    const NativePath native(path);
+    if (!native.isValid())
+        return nullptr;
+    const Handle folder = openExisting(native, FILE_READ_ATTRIBUTES, FILE_FLAG_OPEN_REPARSE_POINT);
+    if (!folder || isLink(folder.get()))
+        return nullptr;
+    const auto info = infoOf(folder.get(), path);
+    if (!info || !info->isFolder)
+        return nullptr;
+    constexpr int Hex = 16;
+    const QString name =
+        QStringLiteral("Global\\ravlin-folder-%1-%2").arg(info->device, 0, Hex).arg(info->inode, 0, Hex);
+    HANDLE object = ::CreateEventW(nullptr, TRUE, FALSE, name.toStdWString().c_str());
+    const bool isFirst = ::GetLastError() != ERROR_ALREADY_EXISTS;
+    if (object == nullptr)
+        return nullptr;
+    auto lock = std::make_unique<FolderLock>(reinterpret_cast<qintptr>(object));
+    return isFirst ? std::move(lock) : nullptr;
 }
 
 } // namespace ravlin::platform

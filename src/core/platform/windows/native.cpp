@@ -22,7 +22,7 @@ bool needsResolving(const QString &path)
 {
     if (!isDrivePath(path) && !path.startsWith(QStringLiteral(R"(\\)")))
         return true;
-    const QString ended = path + Separator;
+    const QString ended = withEndSeparator(path);
     return path.mid(2).contains(QStringLiteral(R"(\\)")) || ended.contains(QStringLiteral(R"(\.\)")) ||
            ended.contains(QStringLiteral(R"(\..\)"));
 }

@@ -180,7 +180,7 @@ bool isForShell(const QString &path)
     const std::wstring text = path.toStdWString();
     std::wstring understood(MAX_PATH, L'\0');
     const DWORD length = ::GetFullPathNameW(text.c_str(), MAX_PATH, understood.data(), nullptr);
-    const QString ended = path + Separator;
+    const QString ended = withEndSeparator(path);
     return length > 0 && length < MAX_PATH &&
            QStringView(path).compare(fromWide(understood.c_str()), Qt::CaseInsensitive) == 0 &&
            !ended.contains(QStringLiteral(R"( \)")) && !ended.contains(QStringLiteral(R"(.\)"));

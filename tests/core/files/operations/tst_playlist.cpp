@@ -4,7 +4,7 @@
 
 #include "core/files/operations/playlist.h"
 
-#include "core/platform/codepage.h"
+#include "core/platform/desktop.h"
 #include "core/platform/namecheck.h"
 
 #include "support/filetree.h"

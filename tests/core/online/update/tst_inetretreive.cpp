@@ -2,7 +2,7 @@
 // A download bears its name only when it is whole, checked and on the disk; whatever goes wrong, and whenever it is
 // cancelled, nothing of it is left behind and an older file of that name stays as it was.
 #include "core/online/update/inetretreive.h"
-#include "core/platform/fixedfiles.h"
+#include "core/platform/desktop.h"
 #include "core/platform/scratchfolder.h"
 #include "support/cddbtest.h"
 #include "support/faultyfilesystem.h"

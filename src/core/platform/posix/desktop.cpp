@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/platform/filetype.h"
+#include "core/platform/desktop.h"
 
 #include "core/platform/filesystem.h"
-#include "core/platform/path.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,9 +10,32 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <array>
+
+#include <sys/stat.h>
 
 namespace ravlin::platform {
 namespace {
+
+struct Place
+{
+    SpecialFolder folder = SpecialFolder::Home;
+    QStandardPaths::StandardLocation location = QStandardPaths::HomeLocation;
+};
+
+constexpr std::array Places{
+    Place{SpecialFolder::Desktop, QStandardPaths::DesktopLocation},
+    Place{SpecialFolder::Programs, QStandardPaths::ApplicationsLocation},
+    Place{SpecialFolder::Documents, QStandardPaths::DocumentsLocation},
+    Place{SpecialFolder::Music, QStandardPaths::MusicLocation},
+    Place{SpecialFolder::Videos, QStandardPaths::MoviesLocation},
+    Place{SpecialFolder::DesktopFiles, QStandardPaths::DesktopLocation},
+    Place{SpecialFolder::Fonts, QStandardPaths::FontsLocation},
+    Place{SpecialFolder::RoamingSettings, QStandardPaths::GenericConfigLocation},
+    Place{SpecialFolder::LocalData, QStandardPaths::GenericDataLocation},
+    Place{SpecialFolder::Pictures, QStandardPaths::PicturesLocation},
+    Place{SpecialFolder::Home, QStandardPaths::HomeLocation},
+};
 
 tl::unexpected<Error> failure(ErrorCode code, const QString &path, const QString &detail)
 {
@@ -42,7 +64,7 @@ QByteArray entryValue(QByteArray text)
     return text.replace('\\', "\\\\");
 }
 
-/// A program's path in a desktop entry's command line: quoted, and what quotes do not cover escaped.
+/// A program's path in a desktop entry's command line: quoted, with the characters escaped that quotes do not cover.
 QByteArray quotedProgram(const QString &path)
 {
     QByteArray quoted = "\"";
@@ -56,7 +78,7 @@ QByteArray quotedProgram(const QString &path)
     return entryValue(quoted + '"');
 }
 
-/// Complete under its name or not at all; a symbolic link stays one.
+/// Writes the whole file or leaves the old one. A symbolic link stays one.
 Result<void> writeSafely(const QString &path, const QByteArray &content)
 {
     if (!QDir().mkpath(folderOf(path)))
@@ -75,7 +97,7 @@ QByteArray desktopEntry(const FileType &type, const QByteArray &kind)
            ";\nTerminal=false\nNoDisplay=true\n";
 }
 
-/// The user's choices with one set; all other lines stay as they are.
+/// The user's choices with one of them set; all other lines stay as they are.
 QByteArray withDefault(const QByteArray &choices, const QByteArray &kind, const QByteArray &entry)
 {
     static constexpr char Group[] = "[Default Applications]";
@@ -117,7 +139,35 @@ Result<void> chooseDefault(const QByteArray &kind, const QByteArray &entry)
     return wanted == choices ? Result<void>() : writeSafely(path, wanted);
 }
 
+constexpr mode_t OwnerOnly = 0700;
+
+/// Like mkdir -p, for the owner alone. A failure shows when a file is written there.
+void makeFolders(const QString &path)
+{
+    if (path.size() <= 1 || FileSystem::native().info(path))
+        return;
+    makeFolders(folderOf(path));
+    static_cast<void>(::mkdir(encodePath(path).constData(), OwnerOnly));
+}
+
 } // namespace
+
+QString specialFolder(int number)
+{
+    const auto *const place = std::find_if(
+        Places.begin(), Places.end(), [number](const Place &each) { return static_cast<int>(each.folder) == number; });
+    return place == Places.end() ? QString() : QStandardPaths::writableLocation(place->location);
+}
+
+QString windowsFolder()
+{
+    return {};
+}
+
+QString systemFolder()
+{
+    return {};
+}
 
 Result<void> makeFileDefault(const FileType &type)
 {
@@ -139,6 +189,34 @@ Result<void> makeFileDefault(const FileType &type)
     return writeSafely(inFolder(folder, entry), desktopEntry(type, kind)).and_then([&] {
         return chooseDefault(kind, entry.toLatin1());
     });
+}
+
+std::optional<QByteArray> toCodePage(const QString &text)
+{
+    return encodePath(text);
+}
+
+QString fixedFilePath(const QString &name)
+{
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    const QString folder = inFolder(cache, QStringLiteral("ravlin"));
+    makeFolders(folder);
+    return inFolder(folder, name);
+}
+
+quint32 newFilePermissions()
+{
+    constexpr quint32 ForAll = 0666;
+    constexpr quint32 UsualMask = 022;
+    // umask(2) returns the mask only by changing it, for all threads at once.
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return ForAll & ~UsualMask;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("Umask:"))
+            return ForAll & ~line.sliced(6).trimmed().toUInt(nullptr, 8);
+    }
+    return ForAll & ~UsualMask;
 }
 
 } // namespace ravlin::platform

@@ -3,7 +3,7 @@
 // stay as they are; what can't be registered says so and changes nothing. The folders of a purpose are found by number.
 
 #include "core/files/operations/clsfilefunc.h"
-#include "core/platform/systemfolders.h"
+#include "core/platform/desktop.h"
 
 #include "support/filetree.h"
 
@@ -15,7 +15,7 @@ using namespace ravlin;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
-class TestFileType : public QObject
+class TestDesktop : public QObject
 {
     Q_OBJECT
 
@@ -49,7 +49,7 @@ private:
     QTemporaryDir m_folder;
 };
 
-void TestFileType::initTestCase()
+void TestDesktop::initTestCase()
 {
     qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(in(u"config"_s)));
@@ -60,21 +60,21 @@ void TestFileType::initTestCase()
         "</mime-info>\n");
 }
 
-void TestFileType::init()
+void TestDesktop::init()
 {
     QVERIFY(QDir(in(u"config"_s)).removeRecursively());
     QDir(in(u"data/applications"_s)).removeRecursively();
     QFile::remove(in(u"data/applications"_s));
 }
 
-void TestFileType::aProgramBecomesTheDefault_data()
+void TestDesktop::aProgramBecomesTheDefault_data()
 {
     QTest::addColumn<QString>("extension");
     QTest::newRow("with a full stop") << u".ravlinsong"_s;
     QTest::newRow("without one") << u"ravlinsong"_s;
 }
 
-void TestFileType::aProgramBecomesTheDefault()
+void TestDesktop::aProgramBecomesTheDefault()
 {
     QFETCH(QString, extension);
     const auto made = registerSong(extension);
@@ -85,7 +85,7 @@ void TestFileType::aProgramBecomesTheDefault()
     QCOMPARE(readFile(choicesPath()), QByteArray("[Default Applications]\naudio/x-ravlin-song=Ravlin.Song.desktop;\n"));
 }
 
-void TestFileType::otherChoicesStay_data()
+void TestDesktop::otherChoicesStay_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("after");
@@ -103,7 +103,7 @@ void TestFileType::otherChoicesStay_data()
                                    << "[Added Associations]\na/b=y.desktop;\n[Default Applications]\n" + mine;
 }
 
-void TestFileType::otherChoicesStay()
+void TestDesktop::otherChoicesStay()
 {
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, after);
@@ -112,7 +112,7 @@ void TestFileType::otherChoicesStay()
     QCOMPARE(readFile(choicesPath()), after);
 }
 
-void TestFileType::againChangesNothing()
+void TestDesktop::againChangesNothing()
 {
     writeFile(choicesPath(), "[Default Applications]\na/b=x.desktop\n");
     QVERIFY(registerSong());
@@ -121,7 +121,7 @@ void TestFileType::againChangesNothing()
     QCOMPARE(snapshotOf(m_folder.path()), once);
 }
 
-void TestFileType::aLinkedFileOfChoicesStaysALink()
+void TestDesktop::aLinkedFileOfChoicesStaysALink()
 {
     writeFile(in(u"config/kept/list"_s), "[Default Applications]\na/b=x.desktop\n");
     makeLink("kept/list", choicesPath());
@@ -130,14 +130,14 @@ void TestFileType::aLinkedFileOfChoicesStaysALink()
     QVERIFY(readFile(in(u"config/kept/list"_s)).contains("audio/x-ravlin-song=Ravlin.Song.desktop;\na/b=x.desktop\n"));
 }
 
-void TestFileType::strangePathsAreQuoted()
+void TestDesktop::strangePathsAreQuoted()
 {
     QVERIFY(registerSong(u"ravlinsong"_s, u"/opt/my \"$x\" 100%/é\\r"_s));
     QVERIFY2(readFile(entryPath()).contains("\nExec=\"/opt/my \\\\\"\\\\$x\\\\\" 100%%/é\\\\\\\\r\" %f\n"),
         readFile(entryPath()).constData());
 }
 
-void TestFileType::whatCannotBeRegistered_data()
+void TestDesktop::whatCannotBeRegistered_data()
 {
     QTest::addColumn<QString>("className");
     QTest::addColumn<QString>("program");
@@ -152,7 +152,7 @@ void TestFileType::whatCannotBeRegistered_data()
     QTest::newRow("unknown extension") << u"x"_s << program << u"no-such-thing"_s << ErrorCode::Unsupported;
 }
 
-void TestFileType::whatCannotBeRegistered()
+void TestDesktop::whatCannotBeRegistered()
 {
     QFETCH(QString, className);
     QFETCH(QString, program);
@@ -165,7 +165,7 @@ void TestFileType::whatCannotBeRegistered()
     QCOMPARE(snapshotOf(m_folder.path()), before);
 }
 
-void TestFileType::aFolderThatMayNotBeMade()
+void TestDesktop::aFolderThatMayNotBeMade()
 {
     writeFile(in(u"data/applications"_s), "a file where a folder would have to be");
     const auto made = registerSong();
@@ -174,7 +174,7 @@ void TestFileType::aFolderThatMayNotBeMade()
     QVERIFY(!platform::isTaken(choicesPath()));
 }
 
-void TestFileType::specialFolders_data()
+void TestDesktop::specialFolders_data()
 {
     QTest::addColumn<int>("number");
     QTest::addColumn<QString>("path");
@@ -190,7 +190,7 @@ void TestFileType::specialFolders_data()
     QTest::newRow("one that only Windows has") << 37 << QString();
 }
 
-void TestFileType::specialFolders()
+void TestDesktop::specialFolders()
 {
     QFETCH(int, number);
     QFETCH(QString, path);
@@ -200,12 +200,12 @@ void TestFileType::specialFolders()
     QVERIFY(!found.endsWith(u'/'));
 }
 
-void TestFileType::foldersOfWindows()
+void TestDesktop::foldersOfWindows()
 {
     QCOMPARE(clsFileFunc::GetWinPath(), QString());
     QCOMPARE(clsFileFunc::GetSysPath(), QString());
 }
 
-QTEST_GUILESS_MAIN(TestFileType)
+QTEST_GUILESS_MAIN(TestDesktop)
 
-#include "tst_filetype.moc"
+#include "tst_desktop.moc"
