@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/command.h"
 #include "cli/recordwriter.h"
-#include "core/tags/mpeg/clsxanalyzer.h"
+#include "core/tags/mpeg/xanalyze.h"
 
 namespace ravlin::cli {
 

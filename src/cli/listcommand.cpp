@@ -78,7 +78,7 @@ int runList(const Arguments &arguments, Console &console)
     if (found) {
         sortInsideFolders(found->rows);
         for (const ListRow &row : found->rows) {
-            const ListTag tag = row.file.tag();
+            const ListFields tag = row.file.tag();
             writer.write(
                 {row.text(), row.trackColumn(), tag.title, tag.artist, tag.album, tag.year, tag.hasV1, tag.hasV2});
         }

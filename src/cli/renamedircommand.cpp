@@ -4,7 +4,6 @@
 #include "cli/tagsaving.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/renaming/renamefromtags.h"
-#include "core/naming/namingrecord.h"
 #include "core/platform/path.h"
 
 #include <algorithm>
@@ -70,18 +69,18 @@ std::optional<FolderRename> planned(const QString &folder, const FolderRule &rul
         return std::nullopt;
     }
     ProgramState state;
-    TagRecord tag;
-    if (const Result<void> read = readTagForNaming(TagStore(state, fileSystem), *file, tag); !read) {
-        console.fail(*file, read.error());
+    const Result<TagRecord> tag = TagStore(state, fileSystem).readRecordLeniently(*file);
+    if (!tag) {
+        console.fail(*file, tag.error());
         return std::nullopt;
     }
-    std::optional<RenameWish> wish = folderRenameWish(*path, tag, rule);
+    std::optional<RenameWish> wish = folderRenameWish(*path, *tag, rule);
     if (!wish) {
         console.fail(folder, u"the tag of its first file makes no name"_s);
         return std::nullopt;
     }
     std::vector<RenameWish> wishes{*std::move(wish)};
-    return FolderRename{RenamingPlan(fileSystem, std::move(wishes)), tag};
+    return FolderRename{RenamingPlan(fileSystem, std::move(wishes)), *tag};
 }
 
 int runRenameDir(const Arguments &arguments, Console &console)

@@ -119,19 +119,19 @@ void bareReader(benchmark::State &state)
 }
 BENCHMARK(bareReader)->Unit(benchmark::kMillisecond);
 
-void readListTagOneCore(benchmark::State &state)
+void readListFieldsOneCore(benchmark::State &state)
 {
     const QStringList files = names();
     const auto folder = platform::Folder::open(collection().path());
     for (auto _ : state) {
         for (const QString &name : files) {
             const auto file = folder->openFile(name);
-            benchmark::DoNotOptimize(readListTag(**file));
+            benchmark::DoNotOptimize(readListFields(**file));
         }
     }
     count(state);
 }
-BENCHMARK(readListTagOneCore)->Unit(benchmark::kMillisecond);
+BENCHMARK(readListFieldsOneCore)->Unit(benchmark::kMillisecond);
 
 void listFolderAllCores(benchmark::State &state)
 {

@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     checkFrames(object, static_cast<qsizetype>(size));
 
     const auto file = files.open(path, ravlin::platform::OpenMode::Read);
-    const ravlin::Result<ravlin::ListTag> listed = ravlin::readListTag(**file);
+    const ravlin::Result<ravlin::ListFields> listed = ravlin::readListFields(**file);
     require(listed.has_value(), "any file can be listed");
     require(listed->hasV1 == object.HasV1Tag(), "the list has the same ID3v1");
     require(listed->hasV2 == object.HasV2Tag(), "the list has the same ID3v2");

@@ -6,8 +6,8 @@
 // set apart by line feeds), and the file.
 #include "../support/foreignparts.h"
 #include "../support/memoryfilesystem.h"
+#include "core/tags/id3/framekind.h"
 #include "core/tags/id3/id3text.h"
-#include "core/tags/id3/id3values.h"
 #include "core/tags/id3/transliterate.h"
 #include "core/tags/store/tagobject.h"
 

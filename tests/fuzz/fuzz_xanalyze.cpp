@@ -15,7 +15,7 @@ void require(bool condition)
 }
 
 /// The input over and over, so that a small one moves the reading window too.
-class RepeatedSource final : public ravlin::mpeg::ByteSource
+class RepeatedSource final : public ravlin::platform::ByteSource
 {
 public:
     RepeatedSource(std::span<const char> bytes, qint64 size) : m_bytes(bytes), m_size(size) {}
@@ -56,7 +56,7 @@ void checkPlausible(const ravlin::StreamInfo &stream, qint64 size)
     require(stream.firstFrame + stream.audioBytes <= size);
 }
 
-void analyse(ravlin::mpeg::ByteSource &source)
+void analyse(ravlin::platform::ByteSource &source)
 {
     std::vector<char> buffer;
     const ravlin::Result<ravlin::StreamInfo> stream = ravlin::mpeg::analyseStream(source, buffer);
@@ -68,9 +68,9 @@ void analyse(ravlin::mpeg::ByteSource &source)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    constexpr qint64 RepeatedSize = 2 * ravlin::mpeg::ByteWindow::Size + 77;
+    constexpr qint64 RepeatedSize = 2 * ravlin::mpeg::WindowSize + 77;
     const std::span<const char> bytes(reinterpret_cast<const char *>(data), size);
-    ravlin::mpeg::MemorySource whole(QByteArrayView(bytes.data(), qsizetype(size)));
+    ravlin::platform::MemorySource whole(QByteArrayView(bytes.data(), qsizetype(size)));
     analyse(whole);
     // One input in 32, because it takes its time.
     if (size > 0 && (data[size - 1] & 31U) == 31) {

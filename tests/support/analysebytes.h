@@ -9,7 +9,7 @@ namespace ravlin::test {
 /// The analysis of bytes in memory.
 inline XAnalyzer::Outcome analyse(const QByteArray &bytes)
 {
-    mpeg::MemorySource source(bytes);
+    platform::MemorySource source(bytes);
     XAnalyzer analyzer(platform::FileSystem::native());
     return analyzer.analyse(source);
 }

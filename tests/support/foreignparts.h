@@ -20,7 +20,8 @@ inline Result<std::optional<id3::Tag>> tagOf(platform::File &file, qint64 size)
     const auto v1 = id3::readV1Block(file, size);
     if (!v1)
         return tl::unexpected(v1.error());
-    return id3::Tag::parse(file, size - (*v1 ? id3::V1Size : 0), id3::Detail::Everything);
+    platform::FileSource withoutV1(file, size - (*v1 ? id3::V1Size : 0));
+    return id3::Tag::parse(withoutV1, id3::Detail::Everything);
 }
 
 /// The bytes of the frames of other than the edited kinds, in their order, and of what follows the last frame inside

@@ -73,9 +73,10 @@ bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &
 
 Result<Extraction> prepareExtraction(const QString &path, const QString &pattern, const TagStore &store)
 {
-    Extraction extraction;
-    if (Result<void> read = readTagForNaming(store, path, extraction.record); !read)
-        return tl::unexpected(read.error());
+    Result<TagRecord> record = store.readRecordLeniently(path);
+    if (!record)
+        return tl::unexpected(record.error());
+    Extraction extraction{*std::move(record)};
     extraction.isMatched = MatchNameToPattern(nameAsText(bareName(path)), pattern, extraction.record);
     return extraction;
 }

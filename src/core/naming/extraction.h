@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/app/batch.h"
-#include "core/naming/namingrecord.h"
 #include "core/platform/error.h"
 #include "core/tags/record/tagrecord.h"
 

@@ -64,12 +64,12 @@ void MultiEdit::applyBoxes(TagRecord &record, qint64 track) const
 Result<TagRecord> MultiEdit::prepare(const QString &path, const TagStore &store)
 {
     const qint64 track = m_nextTrack++;
-    TagRecord record;
-    if (Result<void> read = readTagForNaming(store, path, record); !read)
-        return tl::unexpected(read.error());
-    convert(ConversionKind::Case, m_page.letterCase, record);
-    convert(ConversionKind::Replace, m_page.replacement, record);
-    applyBoxes(record, track);
+    Result<TagRecord> record = store.readRecordLeniently(path);
+    if (!record)
+        return record;
+    convert(ConversionKind::Case, m_page.letterCase, *record);
+    convert(ConversionKind::Replace, m_page.replacement, *record);
+    applyBoxes(*record, track);
     return record;
 }
 

@@ -3,7 +3,6 @@
 
 #include "core/app/batch.h"
 #include "core/naming/conversion.h"
-#include "core/naming/namingrecord.h"
 #include "core/platform/error.h"
 #include "core/tags/record/tagrecord.h"
 

@@ -2,11 +2,11 @@
 #include "core/naming/newname.h"
 
 #include "core/naming/filename.h"
-#include "core/naming/namingrecord.h"
 #include "core/naming/placeholders.h"
 #include "core/naming/sessionchoices.h"
 #include "core/naming/texttransforms.h"
 #include "core/platform/path.h"
+#include "core/tags/store/tagstore.h"
 
 #include <QDir>
 
@@ -76,10 +76,12 @@ QString BuildNewName(const QString &oldBareName, const TagRecord &record, const 
 
 Result<NewName> BuildNewName(const QString &path, const NamingRule &rule, const TagStore &store)
 {
+    Result<TagRecord> record = store.readRecordLeniently(path);
+    if (!record)
+        return tl::unexpected(record.error());
     NewName result;
     result.oldPath = path;
-    if (Result<void> read = readTagForNaming(store, path, result.record); !read)
-        return tl::unexpected(read.error());
+    result.record = *std::move(record);
     result.name = BuildNewName(bareName(path), result.record, rule);
     result.name += NewExtension;
     result.newPath = platform::folderPrefix(path) + result.name;

@@ -5,7 +5,6 @@
 #include "core/app/settings.h"
 #include "core/files/list/listcolumns.h"
 #include "core/files/renaming/renamefromtags.h"
-#include "core/naming/namingrecord.h"
 #include "core/naming/placeholders.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/making.h"
@@ -35,9 +34,10 @@ Dialog::Dialog(const DialogContext &context, const QString &folder, const QStrin
 {
     setObjectName(QStringLiteral("Dialog"));
     setWindowModality(Qt::WindowModal);
-    TagRecord record;
-    if (!firstFile.isEmpty() && readTagForNaming(m_context.tagStore, firstFile, record))
-        m_record = record;
+    if (!firstFile.isEmpty()) {
+        if (const Result<TagRecord> record = m_context.tagStore.readRecordLeniently(firstFile))
+            m_record = *record;
+    }
     createControls();
     arrange();
     applyCaptions();

@@ -25,7 +25,7 @@ private:
     {
         std::vector<ListRow> made;
         for (const QString &name : names) {
-            ListTag tag;
+            ListFields tag;
             tag.title = QString(name.right(1)).repeated(2);
             made.push_back({{}, ListedFile(name, tag)});
         }

@@ -3,12 +3,12 @@
 
 namespace ravlin {
 
-ListedFile::ListedFile(QStringView name, const ListTag &tag)
+ListedFile::ListedFile(QStringView name, const ListFields &tag)
     : m_texts{name, tag.title, tag.artist, tag.album, tag.year, tag.track}, m_hasV1(tag.hasV1), m_hasV2(tag.hasV2)
 {
 }
 
-ListTag ListedFile::tag() const
+ListFields ListedFile::tag() const
 {
     return {title(), artist(), album(), year(), track(), m_hasV1, m_hasV2};
 }

@@ -15,7 +15,7 @@ class ListedFile
 {
 public:
     ListedFile() = default;
-    explicit ListedFile(QStringView name, const ListTag &tag = {});
+    explicit ListedFile(QStringView name, const ListFields &tag = {});
 
     QString name() const { return m_texts.at(Name); }
     bool isNamed(QStringView name) const { return m_texts.equals(Name, name); }
@@ -30,7 +30,7 @@ public:
     bool hasV1() const { return m_hasV1; }
     bool hasV2() const { return m_hasV2; }
     /// All of these at once.
-    ListTag tag() const;
+    ListFields tag() const;
 
 private:
     enum Text

@@ -192,7 +192,7 @@ Result<TagReading::Outcome> TagReading::readFile(
     const Result<std::unique_ptr<platform::File>> file = folder.openFile(name);
     if (!file)
         return tl::unexpected(file.error());
-    const Result<ListTag> tag = readListTag(**file);
+    const Result<ListFields> tag = readListFields(**file);
     if (!tag)
         return tl::unexpected(tag.error());
     row.file = ListedFile(name, *tag);

@@ -2,7 +2,7 @@
 #include "core/online/cddb/playingtimes.h"
 
 #include "core/platform/workers.h"
-#include "core/tags/mpeg/mpegsource.h"
+#include "core/tags/mpeg/mpegstream.h"
 
 #include <new>
 
@@ -11,10 +11,10 @@ namespace ravlin {
 namespace {
 
 /// A file that can be read until the reading is to stop.
-class StoppableSource final : public mpeg::ByteSource
+class StoppableSource final : public platform::ByteSource
 {
 public:
-    StoppableSource(mpeg::ByteSource &source, std::stop_token stop) : m_source(source), m_stop(std::move(stop)) {}
+    StoppableSource(platform::ByteSource &source, std::stop_token stop) : m_source(source), m_stop(std::move(stop)) {}
 
     qint64 size() const override { return m_source.size(); }
     Result<qint64> readAt(std::span<char> buffer, qint64 offset) override
@@ -25,7 +25,7 @@ public:
     }
 
 private:
-    mpeg::ByteSource &m_source;
+    platform::ByteSource &m_source;
     std::stop_token m_stop;
 };
 
@@ -38,7 +38,7 @@ Result<PlayedAudio> playedAudioOf(
     const Result<platform::FileInfo> info = (*file)->info();
     if (!info)
         return tl::unexpected(info.error());
-    mpeg::FileSource source(**file, info->size);
+    platform::FileSource source(**file, info->size);
     StoppableSource stoppable(source, stop);
     const Result<StreamInfo> stream = mpeg::analyseStream(stoppable, buffer);
     if (!stream)

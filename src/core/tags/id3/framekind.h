@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QtGlobal>
+#include <QString>
 
 #include <string_view>
 
+/// The frames that the program reads and edits: their identifiers, and what the texts of the number-like ones mean.
 namespace ravlin {
 
-/// The frames that the program reads and edits, by the frame-kind numbers of its tag interface.
+/// The kinds, by the numbers of the program's tag interface.
 enum class FrameKind : quint8
 {
     Other = 0,        ///< every frame that the program only carries along
@@ -28,3 +29,23 @@ FrameKind frameKindOf(std::string_view identifier);
 std::string_view frameIdentifier(FrameKind kind, int majorVersion);
 
 } // namespace ravlin
+
+namespace ravlin::id3 {
+
+/// The genre number that a content-type text tells first (ID3v2.3 §4.2.1 TCON, ID3v2.4 frames §4.2.3): "(17)", "17",
+/// "(17)Rock" and a standard name in any of its spellings give 17. Numbers from 126 to 254 are given as they are, in
+/// digits only. GenreNone for all else, such as "(RX)" or a free text.
+int genreNumber(const QString &text);
+/// The content-type text for a number in a tag of that major version: "(17)", in ID3v2.4 "17".
+QString genreText(int number, int majorVersion);
+
+/// The number before the slash of a track text ("3/12" gives 3); 0 when there is none.
+int trackNumber(const QString &text);
+/// The track text with the number replaced: the total after the slash and leading zeros' width stay.
+QString trackText(const QString &old, int number);
+
+/// The year of a year or recording-time text: the first four digits of "1999-05-01", "1999, 2001" or "19990501", the
+/// text itself (without blanks at its ends) where it has another form.
+QString yearOf(const QString &text);
+
+} // namespace ravlin::id3

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/id3/frameplan.h"
 
-#include "core/tags/id3/id3values.h"
-
 #include <QtEndian>
 
 #include <array>

@@ -9,6 +9,8 @@
 
 namespace ravlin::id3 {
 
+using platform::ByteWindow;
+
 namespace {
 
 /// Frame flags, second byte (ID3v2.3 §3.3.1, ID3v2.4 structure §4.1.2).
@@ -161,13 +163,15 @@ bool Frame::isPrivateComment() const
     });
 }
 
-Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 end, Detail detail)
+Result<std::optional<Tag>> Tag::parse(platform::ByteSource &source, Detail detail)
 {
-    ByteWindow window(file, end);
-    const std::optional<TagHeader> header = parseTagHeader(window.at(0, TagHeaderSize));
+    std::array<char, WindowSize> buffer; // NOLINT(*-init): clearing it would cost more than most reads
+    ByteWindow window(source, buffer);
+    const qint64 end = window.end();
+    const std::optional<TagHeader> header = parseTagHeader(window.exactly(0, TagHeaderSize));
     if (!header) {
-        if (window.failed())
-            return tl::unexpected(window.failure());
+        if (window.error())
+            return tl::unexpected(*window.error());
         return std::nullopt;
     }
 
@@ -186,8 +190,8 @@ Result<std::optional<Tag>> Tag::parse(platform::File &file, qint64 end, Detail d
         tag.walkUnsynchronised(window, detail);
     else
         tag.walk(window, detail);
-    if (window.failed())
-        return tl::unexpected(window.failure());
+    if (window.error())
+        return tl::unexpected(*window.error());
     return tag;
 }
 
@@ -251,7 +255,7 @@ void Tag::walkUnsynchronised(ByteWindow &window, Detail detail)
 {
     const qint64 end = m_bodyEnd;
     const auto walkUpTo = [&](qint64 size) {
-        const std::string_view bytes = window.at(0, size);
+        const std::string_view bytes = window.exactly(0, size);
         if (bytes.empty())
             return true; // the window tells why
         m_frames.clear();
@@ -270,7 +274,7 @@ qint64 Tag::skipExtendedHeader(ByteWindow &window) const
 {
     if (m_header.majorVersion == 2 || (m_header.flags & TagHeader::ExtendedHeader) == 0)
         return TagHeaderSize;
-    const std::string_view sizeBytes = window.at(TagHeaderSize, 4);
+    const std::string_view sizeBytes = window.exactly(TagHeaderSize, 4);
     if (sizeBytes.empty())
         return TagHeaderSize;
     // ID3v2.3 counts without the size field (6 or 10), ID3v2.4 with it and syncsafe (at least 6).
@@ -289,7 +293,7 @@ std::optional<FrameHeader> Tag::frameHeaderAt(ByteWindow &window, qint64 offset)
     frame.offset = offset;
     if (offset + frame.headerSize > m_bodyEnd)
         return std::nullopt;
-    const std::string_view bytes = window.at(offset, frame.headerSize);
+    const std::string_view bytes = window.exactly(offset, frame.headerSize);
     if (bytes.empty() || !isIdentifier(bytes.substr(0, old ? 3 : 4)))
         return std::nullopt;
     std::copy_n(bytes.begin(), old ? 3 : 4, frame.id.begin());
@@ -328,7 +332,7 @@ bool Tag::plausibleFrameStart(ByteWindow &window, qint64 offset) const
 {
     if (offset >= m_bodyEnd)
         return offset == m_bodyEnd;
-    const std::string_view next = window.at(offset, std::min<qint64>(10, m_bodyEnd - offset));
+    const std::string_view next = window.exactly(offset, std::min<qint64>(10, m_bodyEnd - offset));
     return !next.empty() && canFollowFrame(next);
 }
 
@@ -367,7 +371,7 @@ bool Tag::frameContent(
         return true;
     if (frame.bodySize > MaximumTextFrameSize)
         return false;
-    content = window.at(frame.offset + frame.headerSize, frame.bodySize);
+    content = window.exactly(frame.offset + frame.headerSize, frame.bodySize);
     if (content.empty())
         return false;
     const bool v24 = m_header.majorVersion == 4;

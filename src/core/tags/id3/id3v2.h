@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/platform/filesystem.h"
-#include "core/tags/id3/bytewindow.h"
+#include "core/platform/bytewindow.h"
 #include "core/tags/id3/framekind.h"
 #include "core/tags/id3/id3text.h"
 
@@ -21,6 +20,8 @@
 namespace ravlin::id3 {
 
 inline constexpr qint64 TagHeaderSize = 10;
+/// Buffer of the windows over a tag, in bytes: one read brings the texts of most files.
+inline constexpr size_t WindowSize = 4096;
 /// The largest body that a tag header can tell: 28 bits.
 inline constexpr qint64 MaximumBodySize = (1 << 28) - 1;
 /// Text frames with a larger body are carried along, not read.
@@ -102,10 +103,9 @@ enum class Detail
 class Tag
 {
 public:
-    /// Parses the tag at the start of a file, in which it must end by end: the file's size less an ID3v1 tag. Nothing
-    /// when there is none. Errors are those of reading; a damaged tag is no error: what can be read is there and
-    /// isWritable() tells the rest.
-    static Result<std::optional<Tag>> parse(platform::File &file, qint64 end, Detail detail);
+    /// Parses the tag at the start of a source: a file without its ID3v1 tag. Returns nothing if there is none. Fails
+    /// only when reading does. A damaged tag is not an error: what can be read is there, and isWritable() is false.
+    static Result<std::optional<Tag>> parse(platform::ByteSource &source, Detail detail);
 
     const TagHeader &header() const { return m_header; }
     const std::vector<Frame> &frames() const { return m_frames; }
@@ -127,15 +127,15 @@ public:
     qint64 bodyEnd() const { return m_bodyEnd; }
 
 private:
-    bool walk(ByteWindow &window, Detail detail);
-    void walkUnsynchronised(ByteWindow &window, Detail detail);
-    qint64 skipExtendedHeader(ByteWindow &window) const;
-    std::optional<FrameHeader> frameHeaderAt(ByteWindow &window, qint64 offset) const;
-    qint64 frameSize(ByteWindow &window, std::string_view sizeBytes, qint64 bodyOffset) const;
-    bool plausibleFrameStart(ByteWindow &window, qint64 offset) const;
-    void readFrame(ByteWindow &window, Frame &frame, qint64 &room) const;
+    bool walk(platform::ByteWindow &window, Detail detail);
+    void walkUnsynchronised(platform::ByteWindow &window, Detail detail);
+    qint64 skipExtendedHeader(platform::ByteWindow &window) const;
+    std::optional<FrameHeader> frameHeaderAt(platform::ByteWindow &window, qint64 offset) const;
+    qint64 frameSize(platform::ByteWindow &window, std::string_view sizeBytes, qint64 bodyOffset) const;
+    bool plausibleFrameStart(platform::ByteWindow &window, qint64 offset) const;
+    void readFrame(platform::ByteWindow &window, Frame &frame, qint64 &room) const;
     bool frameContent(
-        ByteWindow &window, const FrameHeader &frame, std::string_view &content, QByteArray &scratch) const;
+        platform::ByteWindow &window, const FrameHeader &frame, std::string_view &content, QByteArray &scratch) const;
 
     TagHeader m_header;
     std::vector<Frame> m_frames;

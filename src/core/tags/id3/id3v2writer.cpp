@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/id3/id3v2writer.h"
 
-#include "core/tags/id3/composedcontent.h"
-
 #include <QtEndian>
 
 #include <algorithm>
+#include <array>
 
 namespace ravlin::id3 {
 
+using platform::ByteSource;
+using platform::ByteWindow;
 using storage::Segment;
 
 namespace {
@@ -122,12 +123,12 @@ QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 paddin
 }
 
 /// The first byte that is not zero in [offset, end); end when there is none; -1 when reading fails (see
-/// ByteWindow::failed).
+/// ByteWindow::error).
 qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
 {
     while (offset < end) {
         const qint64 size = std::min<qint64>(end - offset, 4096);
-        const std::string_view block = bytes.at(offset, size);
+        const std::string_view block = bytes.exactly(offset, size);
         if (block.empty())
             return -1;
         const size_t found = block.find_first_not_of('\0');
@@ -148,7 +149,7 @@ bool showsItsEnd(ByteWindow &bytes, const Tag &tag, qint64 framesEnd)
     const qint64 freed = std::clamp<qint64>(tag.framesEnd() - framesEnd, 0, room);
     QByteArray next(freed, '\0');
     if (freed < room) {
-        const std::string_view kept = bytes.at(framesEnd + freed, room - freed);
+        const std::string_view kept = bytes.exactly(framesEnd + freed, room - freed);
         next.append(kept.data(), static_cast<qsizetype>(kept.size()));
     }
     return tag.header().majorVersion == 2 || canFollowFrame({next.constData(), static_cast<size_t>(next.size())});
@@ -159,7 +160,7 @@ qint64 endOfNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
 {
     while (offset < end) {
         const qint64 size = std::min<qint64>(end - offset, 4096);
-        const std::string_view block = bytes.at(end - size, size);
+        const std::string_view block = bytes.exactly(end - size, size);
         if (block.empty())
             return -1;
         const size_t found = block.find_last_not_of('\0');
@@ -177,7 +178,7 @@ bool isFollowedByUnknown(ByteWindow &bytes, const Tag &tag)
 {
     const qint64 room = std::max<qint64>(tag.bodyEnd() - tag.framesEnd(), 0);
     const std::string_view next =
-        bytes.at(tag.framesEnd(), std::min<qint64>(tag.header().majorVersion == 2 ? 3 : 4, room));
+        bytes.exactly(tag.framesEnd(), std::min<qint64>(tag.header().majorVersion == 2 ? 3 : 4, room));
     return next.size() >= 3 && next[0] != '\0' && !isIdentifier(next);
 }
 
@@ -185,9 +186,9 @@ Result<QByteArray> bytesAt(ByteWindow &window, qint64 offset, qint64 size)
 {
     if (size == 0)
         return QByteArray();
-    const std::string_view bytes = window.at(offset, size);
+    const std::string_view bytes = window.exactly(offset, size);
     if (bytes.empty())
-        return tl::unexpected(window.failed() ? window.failure() : brokenTag());
+        return tl::unexpected(window.error().value_or(brokenTag()));
     return QByteArray(bytes.data(), size);
 }
 
@@ -223,12 +224,51 @@ tl::unexpected<Error> tooLarge()
     return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
 }
 
+/// A file's new content before it is written, to be read like a file.
+class ComposedContent final : public ByteSource
+{
+public:
+    ComposedContent(ByteSource &old, const std::vector<Segment> &segments) : m_old(old), m_segments(segments) {}
+    qint64 size() const override { return lengthOf(m_segments); }
+    Result<qint64> readAt(std::span<char> buffer, qint64 offset) override;
+
+private:
+    ByteSource &m_old;
+    const std::vector<Segment> &m_segments;
+};
+
+Result<qint64> ComposedContent::readAt(std::span<char> buffer, qint64 offset)
+{
+    qint64 done = 0;
+    qint64 segmentBegin = 0;
+    for (const Segment &segment : m_segments) {
+        const qint64 within = offset + done - segmentBegin;
+        segmentBegin += segment.length;
+        const qint64 wanted = std::min<qint64>(std::ssize(buffer) - done, segment.length - within);
+        if (within < 0 || wanted <= 0)
+            continue;
+        const std::span<char> out = buffer.subspan(static_cast<size_t>(done), static_cast<size_t>(wanted));
+        if (segment.oldOffset < 0) {
+            std::copy_n(segment.bytes.constData() + within, wanted, out.data());
+            done += wanted;
+            continue;
+        }
+        const Result<qint64> read = m_old.readAt(out, segment.oldOffset + within);
+        if (!read)
+            return read;
+        done += *read;
+        if (*read < wanted)
+            break; // the old file became shorter
+    }
+    return done;
+}
+
 /// Checks that the frames of a new content will be found to end there (an offset as Tag::framesEnd). What follows the
 /// last one at once may make its size look like one in the other version's form; then nothing is written.
-Result<void> checkFramesEnd(platform::File &old, const std::vector<Segment> &segments, qint64 framesEnd)
+Result<void> checkFramesEnd(ByteSource &old, const std::vector<Segment> &segments, qint64 framesEnd)
 {
     ComposedContent content(old, segments);
-    const Result<std::optional<Tag>> tag = Tag::parse(content, content.size(), Detail::Everything);
+    const Result<std::optional<Tag>> tag = Tag::parse(content, Detail::Everything);
     if (!tag)
         return tl::unexpected(tag.error());
     if (!*tag || (*tag)->framesEnd() != framesEnd)
@@ -237,14 +277,14 @@ Result<void> checkFramesEnd(platform::File &old, const std::vector<Segment> &seg
 }
 
 /// A tag with something at once behind its frames that is carried along as one piece, the padding behind it.
-Result<std::vector<Segment>> composeBeforeUnknown(platform::File &file, ByteWindow &window, const Tag &tag,
-    std::vector<Segment> frames, const QByteArray &oldExtended)
+Result<std::vector<Segment>> composeBeforeUnknown(
+    ByteSource &source, ByteWindow &window, const Tag &tag, std::vector<Segment> frames, const QByteArray &oldExtended)
 {
     const TagHeader &header = tag.header();
     const qint64 region = header.regionSize();
     const qint64 unknownEnd = endOfNonZero(window, tag.framesEnd(), tag.bodyEnd());
-    if (window.failed())
-        return tl::unexpected(window.failure());
+    if (window.error())
+        return tl::unexpected(*window.error());
     frames.push_back(Segment::kept(tag.framesEnd(), unknownEnd - tag.framesEnd()));
     const qint64 contentEnd = TagHeaderSize + extendedHeader(header, oldExtended, 0).size() + lengthOf(frames);
     const bool fits = contentEnd <= tag.bodyEnd() && !header.hasFooter();
@@ -255,7 +295,7 @@ Result<std::vector<Segment>> composeBeforeUnknown(platform::File &file, ByteWind
     std::vector<Segment> segments = assemble(
         headerBytes(header, newRegion) + extendedHeader(header, oldExtended, padding), std::move(frames), padding);
     segments.push_back(Segment::kept(region, window.end() - region));
-    if (Result<void> checked = checkFramesEnd(file, segments, contentEnd - (unknownEnd - tag.framesEnd())); !checked)
+    if (Result<void> checked = checkFramesEnd(source, segments, contentEnd - (unknownEnd - tag.framesEnd())); !checked)
         return tl::unexpected(checked.error());
     if (fits) {
         if (Result<void> materialised = materialiseMoved(window, segments); !materialised)
@@ -265,8 +305,7 @@ Result<std::vector<Segment>> composeBeforeUnknown(platform::File &file, ByteWind
 }
 
 /// A tag whose frames' offsets are those in the file.
-Result<std::vector<Segment>> composePlain(
-    platform::File &file, ByteWindow &window, const Tag &tag, const FramePlan &plan)
+Result<std::vector<Segment>> composePlain(ByteSource &source, ByteWindow &window, const Tag &tag, const FramePlan &plan)
 {
     const TagHeader &header = tag.header();
     std::vector<Segment> frames = frameSegments(tag, plan);
@@ -274,7 +313,7 @@ Result<std::vector<Segment>> composePlain(
     if (!oldExtended)
         return tl::unexpected(oldExtended.error());
     if (isFollowedByUnknown(window, tag))
-        return composeBeforeUnknown(file, window, tag, std::move(frames), *oldExtended);
+        return composeBeforeUnknown(source, window, tag, std::move(frames), *oldExtended);
     const qint64 extendedSize = extendedHeader(header, *oldExtended, 0).size();
     const qint64 framesEnd = TagHeaderSize + extendedSize + lengthOf(frames);
     const qint64 region = header.regionSize();
@@ -292,8 +331,8 @@ Result<std::vector<Segment>> composePlain(
     }
 
     const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
-    if (window.failed())
-        return tl::unexpected(window.failure());
+    if (window.error())
+        return tl::unexpected(*window.error());
     const qint64 tailSize = tag.bodyEnd() - tailBegin;
     const qint64 newRegion = grownRegionSize(framesEnd + tailSize, region);
     if (newRegion - TagHeaderSize > MaximumBodySize)
@@ -308,8 +347,7 @@ Result<std::vector<Segment>> composePlain(
 }
 
 /// A tag that is unsynchronised as a whole: put together in memory and unsynchronised again.
-Result<std::vector<Segment>> composeUnsynchronised(
-    platform::File &file, const Tag &tag, const FramePlan &plan, qint64 fileSize)
+Result<std::vector<Segment>> composeUnsynchronised(ByteSource &source, const Tag &tag, const FramePlan &plan)
 {
     const TagHeader &header = tag.header();
     const std::string_view decoded(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size()));
@@ -342,10 +380,10 @@ Result<std::vector<Segment>> composeUnsynchronised(
         content = withPadding;
     QByteArray bytes = headerBytes(header, newRegion) + content;
     bytes.resize(newRegion, '\0');
-    std::vector<Segment> segments{Segment::fresh(bytes), Segment::kept(region, fileSize - region)};
+    std::vector<Segment> segments{Segment::fresh(bytes), Segment::kept(region, source.size() - region)};
     const qint64 framesEnd = TagHeaderSize + extendedHeader(header, oldExtended, 0).size() + framesSize;
     if (isBeforeUnknown) {
-        if (Result<void> checked = checkFramesEnd(file, segments, framesEnd); !checked)
+        if (Result<void> checked = checkFramesEnd(source, segments, framesEnd); !checked)
             return tl::unexpected(checked.error());
     }
     return segments;
@@ -376,7 +414,7 @@ bool leavesNothing(ByteWindow &file, const Tag &tag, const FramePlan &plan)
 /// True when another tag follows the one at the start.
 bool anotherTagFollows(ByteWindow &window, const Tag &tag)
 {
-    return parseTagHeader(window.at(tag.header().regionSize(), TagHeaderSize)).has_value();
+    return parseTagHeader(window.exactly(tag.header().regionSize(), TagHeaderSize)).has_value();
 }
 
 } // namespace
@@ -395,13 +433,15 @@ Result<std::optional<std::vector<Segment>>> composeSave(
     if (!tag->isWritable())
         return tl::unexpected(brokenTag());
 
-    ByteWindow window(file, fileSize);
+    platform::FileSource source(file, fileSize);
+    std::array<char, WindowSize> buffer; // NOLINT(*-init): filled before use
+    ByteWindow window(source, buffer);
     // A tag must have a frame (ID3v2.3 §3.3): one without is taken away, unless that would bring another one to light.
     const qint64 region = tag->header().regionSize();
     if (leavesNothing(window, *tag, *plan) && !anotherTagFollows(window, *tag))
         return std::vector<Segment>{Segment::kept(region, fileSize - region)};
     Result<std::vector<Segment>> segments =
-        tag->isPlain() ? composePlain(file, window, *tag, *plan) : composeUnsynchronised(file, *tag, *plan, fileSize);
+        tag->isPlain() ? composePlain(source, window, *tag, *plan) : composeUnsynchronised(source, *tag, *plan);
     if (!segments)
         return tl::unexpected(segments.error());
     return std::move(*segments);
@@ -409,9 +449,11 @@ Result<std::optional<std::vector<Segment>>> composeSave(
 
 Result<std::optional<std::vector<Segment>>> composeStrip(platform::File &file, qint64 fileSize, qint64 tagsEnd)
 {
-    ByteWindow window(file, fileSize);
+    platform::FileSource source(file, fileSize);
+    std::array<char, WindowSize> buffer; // NOLINT(*-init): filled before use
+    ByteWindow window(source, buffer);
     qint64 audio = 0;
-    while (const std::optional<TagHeader> header = parseTagHeader(window.at(audio, TagHeaderSize))) {
+    while (const std::optional<TagHeader> header = parseTagHeader(window.exactly(audio, TagHeaderSize))) {
         if (header->regionSize() > tagsEnd - audio) {
             if (audio == 0)
                 return tl::unexpected(brokenTag());
@@ -419,8 +461,8 @@ Result<std::optional<std::vector<Segment>>> composeStrip(platform::File &file, q
         }
         audio += header->regionSize();
     }
-    if (window.failed())
-        return tl::unexpected(window.failure());
+    if (window.error())
+        return tl::unexpected(*window.error());
     if (audio == 0)
         return std::nullopt;
     return std::vector<Segment>{Segment::kept(audio, fileSize - audio)};

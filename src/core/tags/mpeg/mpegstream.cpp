@@ -44,7 +44,7 @@ struct Run
 class Walk
 {
 public:
-    Walk(ByteSource &source, std::vector<char> &buffer) : m_window(source, buffer), m_synchroniser(m_window) {}
+    Walk(platform::ByteSource &source, std::span<char> buffer) : m_window(source, buffer), m_synchroniser(m_window) {}
 
     Result<StreamInfo> analyse(qint64 audioEnd);
 
@@ -60,7 +60,7 @@ private:
     qint64 playedSamples() const;
     int bitRate() const;
 
-    ByteWindow m_window;
+    platform::ByteWindow m_window;
     Synchroniser m_synchroniser;
     StreamInfo m_info;
     std::optional<SyncPoint> m_first; ///< where the first run starts
@@ -260,8 +260,12 @@ int Walk::bitRate() const
 
 } // namespace
 
-Result<StreamInfo> analyseStream(ByteSource &source, std::vector<char> &buffer)
+Result<StreamInfo> analyseStream(platform::ByteSource &source, std::vector<char> &buffer)
 {
+    static_assert(Synchroniser::LookAhead <= WindowSize / 2);
+    const auto needed = static_cast<size_t>(std::clamp<qint64>(source.size(), 1, WindowSize));
+    if (buffer.size() < needed)
+        buffer.resize(needed);
     return trailingTagsStart(source).and_then([&](qint64 audioEnd) { return Walk(source, buffer).analyse(audioEnd); });
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/platform/bytewindow.h"
 #include "core/tags/mpeg/mpegheader.h"
-#include "core/tags/mpeg/mpegsource.h"
 
 /// Telling real frames from bytes that look like a header by chance: a frame counts as found when
 /// headers of the same stream follow it where its length says.
@@ -28,8 +28,11 @@ public:
     static constexpr qint64 MaximumSearch = 64 * 1024 * 1024;
     /// Headers that must follow and agree; fewer where the stream ends before.
     static constexpr int Followers = 2;
+    /// Bytes of one to three frames, and of the header behind them. A window of less than twice as many would be moved
+    /// too often.
+    static constexpr qsizetype LookAhead = 4 * (MaximumFreeLength + HeaderSize);
 
-    explicit Synchroniser(ByteWindow &window) : m_window(window) {}
+    explicit Synchroniser(platform::ByteWindow &window) : m_window(window) {}
 
     /// The frame at offset, when followers agreeing headers follow or the audio ends with fewer.
     std::optional<SyncPoint> frameAt(qint64 offset, int followers = Followers);
@@ -37,17 +40,13 @@ public:
     std::optional<SyncPoint> search(qint64 offset, int followers = Followers);
 
 private:
-    /// Bytes of one to three frames, and of the header behind them.
-    static constexpr qsizetype LookAhead = 4 * (MaximumFreeLength + HeaderSize);
-    static_assert(LookAhead <= ByteWindow::MaximumWanted);
-
     std::optional<FrameHeader> headerAt(qint64 offset);
     bool isConfirmed(const SyncPoint &point, int followers);
     bool endsAt(qint64 offset);
     int freeLengthAt(qint64 offset, const FrameHeader &header);
     bool repeats(qint64 second, const FrameHeader &first, int freeLength);
 
-    ByteWindow &m_window;
+    platform::ByteWindow &m_window;
 };
 
 } // namespace ravlin::mpeg

@@ -8,6 +8,8 @@
 
 namespace ravlin::mpeg {
 
+using platform::ByteSource;
+
 namespace {
 
 constexpr qint64 Id3v1Size = 128;
@@ -175,7 +177,7 @@ qint64 trailingTag(Tail &tail)
 
 } // namespace
 
-qint64 tagLengthAt(ByteWindow &window, qint64 offset)
+qint64 tagLengthAt(platform::ByteWindow &window, qint64 offset)
 {
     const std::span<const uchar> bytes = window.at(offset, ApeHeaderSize);
     qint64 length = 0;

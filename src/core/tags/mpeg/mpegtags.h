@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/tags/mpeg/mpegsource.h"
+#include "core/platform/bytewindow.h"
 
 /// The blocks that programs put before, between and after the frames of an MPEG stream. Only their
 /// sizes matter here: the stream analysis steps over them.
@@ -12,10 +12,10 @@ namespace ravlin::mpeg {
 
 /// Bytes of the ID3v2 or APE tag (or, between two files joined, the ID3v1 tag) that starts at
 /// offset; 0 when there is none or it would reach beyond the end.
-qint64 tagLengthAt(ByteWindow &window, qint64 offset);
+qint64 tagLengthAt(platform::ByteWindow &window, qint64 offset);
 
 /// Where the tags at the end of the source begin: the end of what can be audio. Any number of tags
 /// up to 64 in any order; source.size() when there are none.
-Result<qint64> trailingTagsStart(ByteSource &source);
+Result<qint64> trailingTagsStart(platform::ByteSource &source);
 
 } // namespace ravlin::mpeg

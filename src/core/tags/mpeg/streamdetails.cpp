@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/mpeg/streamdetails.h"
 
-#include "core/tags/mpeg/clsxanalyzer.h"
+#include "core/tags/mpeg/xanalyze.h"
 
 #include <QLocale>
 #include <QSemaphore>

@@ -3,6 +3,9 @@
 
 #include <QString>
 
+#include <algorithm>
+#include <functional>
+
 namespace ravlin {
 
 /// The tag of the current file, as the editors, the renaming and the file list see it.
@@ -27,9 +30,25 @@ struct TagRecord
     friend bool operator==(const TagRecord &, const TagRecord &) = default;
 };
 
+/// A batch calls this after each file that it wrote, on the thread that it runs on.
+using RecordSaved = std::function<void(const QString &path, const TagRecord &record)>;
+
+/// Whether a text is this many digits, 0 to 9.
+inline bool isDigits(const QString &text, qsizetype count)
+{
+    return text.size() == count && std::ranges::all_of(text, [](QChar c) { return c >= u'0' && c <= u'9'; });
+}
+
 /// Whether a year is written: exactly four digits. Any other text removes the file's year.
-bool isWritableYear(const QString &text);
+inline bool isWritableYear(const QString &text)
+{
+    return isDigits(text, 4);
+}
+
 /// Whether a track is written: one or two digits. Any other text removes the file's track.
-bool isWritableTrack(const QString &text);
+inline bool isWritableTrack(const QString &text)
+{
+    return isDigits(text, 1) || isDigits(text, 2);
+}
 
 } // namespace ravlin

@@ -3,7 +3,6 @@
 
 #include "core/tags/id3/id3v1.h"
 #include "core/tags/id3/id3v2.h"
-#include "core/tags/id3/id3values.h"
 
 #include <optional>
 
@@ -19,7 +18,7 @@ QString v2Text(const std::optional<id3::Tag> &tag, FrameKind kind)
 
 } // namespace
 
-Result<ListTag> readListTag(platform::File &file)
+Result<ListFields> readListFields(platform::File &file)
 {
     const Result<platform::FileInfo> info = file.info();
     if (!info)
@@ -27,11 +26,12 @@ Result<ListTag> readListTag(platform::File &file)
     const auto v1 = id3::readV1Block(file, info->size);
     if (!v1)
         return tl::unexpected(v1.error());
-    const auto v2 = id3::Tag::parse(file, info->size - (*v1 ? id3::V1Size : 0), id3::Detail::ListFields);
+    platform::FileSource withoutV1(file, info->size - (*v1 ? id3::V1Size : 0));
+    const auto v2 = id3::Tag::parse(withoutV1, id3::Detail::ListFields);
     if (!v2)
         return tl::unexpected(v2.error());
 
-    ListTag tag;
+    ListFields tag;
     tag.hasV2 = v2->has_value();
     tag.hasV1 = v1->has_value();
     tag.title = v2Text(*v2, FrameKind::Title);

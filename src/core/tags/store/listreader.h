@@ -8,7 +8,7 @@
 namespace ravlin {
 
 /// What the file list shows of a file's tags; the values are those that TagStore::ReadTag gives.
-struct ListTag
+struct ListFields
 {
     QString title;
     QString artist;
@@ -21,6 +21,6 @@ struct ListTag
 
 /// Reads them with as little input as possible: the tag's frame headers up to the last field that the list shows, those
 /// fields' bytes, and the last 128 bytes of the file. Pictures are never read. Errors are those of reading.
-Result<ListTag> readListTag(platform::File &file);
+Result<ListFields> readListFields(platform::File &file);
 
 } // namespace ravlin

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/store/tagobject.h"
 
-#include "core/tags/id3/id3values.h"
+#include "core/tags/record/genres.h"
 
 namespace ravlin {
 
@@ -90,7 +90,8 @@ Result<void> TagObject::parse()
     auto v1 = id3::readV1Block(*m_file, m_info.size);
     if (!v1)
         return tl::unexpected(v1.error());
-    auto v2 = id3::Tag::parse(*m_file, m_info.size - (*v1 ? id3::V1Size : 0), id3::Detail::Everything);
+    platform::FileSource withoutV1(*m_file, m_info.size - (*v1 ? id3::V1Size : 0));
+    auto v2 = id3::Tag::parse(withoutV1, id3::Detail::Everything);
     if (!v2)
         return tl::unexpected(v2.error());
     m_v2 = std::move(*v2);
@@ -118,7 +119,7 @@ QString TagObject::text(FrameKind kind) const
 int TagObject::Genre() const
 {
     if (const id3::FieldEdit *edited = edit(FrameKind::ContentType))
-        return edited->remove ? id3::NoGenre : edited->number;
+        return edited->remove ? GenreNone : edited->number;
     const id3::Frame *frame = valueFrame(m_v2, FrameKind::ContentType);
     return frame ? id3::genreNumber(frame->text) : m_v1Fields.genre;
 }
@@ -176,7 +177,7 @@ Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVe
         const id3::FieldEdit value{
             false, v1Text(m_v1Fields, kind), kind == FrameKind::TrackNumber ? m_v1Fields.track : m_v1Fields.genre};
         const bool none = kind == FrameKind::TrackNumber   ? value.number == 0
-                          : kind == FrameKind::ContentType ? value.number == id3::NoGenre
+                          : kind == FrameKind::ContentType ? value.number == GenreNone
                                                            : value.text.isEmpty();
         if (!none)
             edits[kind] = value;

@@ -115,6 +115,18 @@ Result<void> TagStore::ReadTag(const QString &path, TagRecord &record) const
     return {};
 }
 
+Result<TagRecord> TagStore::readRecordLeniently(const QString &path) const
+{
+    TagRecord record;
+    if (Result<void> read = ReadTag(path, record); !read) {
+        if (read.error().code != ErrorCode::GenreOutOfRange)
+            return tl::unexpected(read.error());
+        if (record.Track == QStringLiteral("0"))
+            record.Track.clear();
+    }
+    return record;
+}
+
 Result<void> TagStore::checkFreeSpace(const QString &path)
 {
     const Result<platform::FileInfo> info = m_fileSystem.info(path);

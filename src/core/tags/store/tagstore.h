@@ -25,6 +25,9 @@ public:
     /// the genre number is above 125; all fields are filled then, Genre holds the number in digits, and a missing track
     /// is "0".
     Result<void> ReadTag(const QString &path, TagRecord &record) const;
+    /// The record for rules that work on tag values. Unlike ReadTag, a genre number above 125 is not an error, and a
+    /// missing track is always empty.
+    Result<TagRecord> readRecordLeniently(const QString &path) const;
 
     /// Writes the record into the tag kinds that the tag-save mode asks for. LowSpace (and the cancelled flag set):
     /// less than the file's size and 5 MB are free on the drive, nothing was written. Any mode but 1 to 5 writes

@@ -112,7 +112,7 @@ private Q_SLOTS:
     void track9Shows09And10Shows10()
     {
         const auto shown = [](const QString &track) {
-            ListTag tag;
+            ListFields tag;
             tag.track = track;
             return ListRow{{}, ListedFile(u"a.mp3", tag)}.trackColumn();
         };

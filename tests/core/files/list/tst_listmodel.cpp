@@ -23,7 +23,7 @@ class TestListModel : public QObject
 private:
     static ListRow row(const QString &text, const QString &artist = {}, const QString &title = {})
     {
-        ListTag tag;
+        ListFields tag;
         tag.artist = artist;
         tag.title = title;
         return {{}, ListedFile(text, tag)};
@@ -49,7 +49,7 @@ private Q_SLOTS:
     {
         ListModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        const ListTag tag{QStringLiteral("Título"), QStringLiteral("日本"), QStringLiteral("Al"),
+        const ListFields tag{QStringLiteral("Título"), QStringLiteral("日本"), QStringLiteral("Al"),
             QStringLiteral("1999"), QStringLiteral("7"), false, true};
         model.setRows({{QStringLiteral("cd1/"), ListedFile(u"tema.mp3", tag)}});
         QStringList shown;
@@ -264,7 +264,7 @@ private Q_SLOTS:
         model.setRows(
             {row(QStringLiteral("a"), {}, QStringLiteral("1")), row(QStringLiteral("b"), {}, QStringLiteral("2"))});
         model.sortByHeader(2);
-        ListTag changed;
+        ListFields changed;
         changed.title = QStringLiteral("3");
         model.setTags({ListedFile(u"a", changed), std::nullopt});
         QCOMPARE(texts(model), list("a b"));

@@ -74,11 +74,11 @@ private Q_SLOTS:
 
     void aFileKeepsItsNameAndTags()
     {
-        const ListTag tag{QStringLiteral("t"), QStringLiteral("日本"), QStringLiteral("Á"), QStringLiteral("1999"),
+        const ListFields tag{QStringLiteral("t"), QStringLiteral("日本"), QStringLiteral("Á"), QStringLiteral("1999"),
             QStringLiteral("7"), true, false};
         const ListedFile file(u"a.mp3", tag);
         QVERIFY(file.isNamed(u"a.mp3"));
-        const ListTag back = file.tag();
+        const ListFields back = file.tag();
         QCOMPARE(back.title, tag.title);
         QCOMPARE(back.artist, tag.artist);
         QCOMPARE(back.album, tag.album);
@@ -89,7 +89,7 @@ private Q_SLOTS:
 
     void aRowTakesTheTagsOfAnotherAndKeepsItsName()
     {
-        ListTag tag;
+        ListFields tag;
         tag.title = QStringLiteral("new");
         ListRow row{QStringLiteral("cd1/"), ListedFile(u"a.mp3")};
         row.takeTags(ListedFile(u"a.mp3", tag));

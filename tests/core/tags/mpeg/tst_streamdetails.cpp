@@ -2,8 +2,8 @@
 // The labels beside a file's tag: their texts, and that reading them never keeps the caller waiting and never tells of
 // a file that is no longer the one asked for.
 
-#include "core/tags/mpeg/clsxanalyzer.h"
 #include "core/tags/mpeg/streamdetails.h"
+#include "core/tags/mpeg/xanalyze.h"
 #include "support/gatedfilesystem.h"
 #include "support/mp3builder.h"
 

@@ -164,7 +164,7 @@ void TestXAnalyze::millisecondsAreTruncated()
 void TestXAnalyze::streamLongerThanTheWindow()
 {
     for (const int inFront : {0, 1, 2, 3, 417}) {
-        const int frames = 4 * int(mpeg::ByteWindow::Size) / 417;
+        const int frames = 4 * int(mpeg::WindowSize) / 417;
         const XAnalyzer::Outcome outcome = analyse(MpegBuilder().bytes(QByteArray(inFront, 'x')).frames(frames));
         QCOMPARE(outcome.code, XAnalyzeOk);
         QCOMPARE(outcome.stream.firstFrame, inFront);

@@ -17,7 +17,7 @@ using mpeg::Version;
 namespace {
 
 /// A source whose bytes end, or cannot be read, before the size that it tells.
-class FailingSource final : public mpeg::ByteSource
+class FailingSource final : public platform::ByteSource
 {
 public:
     FailingSource(const QByteArray &bytes, qint64 size, bool fails) : m_bytes(bytes), m_size(size), m_fails(fails) {}
@@ -26,7 +26,7 @@ public:
     {
         if (m_fails && offset + qint64(buffer.size()) > m_bytes.size())
             return tl::unexpected(Error{ErrorCode::Io, {}, {}});
-        return mpeg::MemorySource(m_bytes).readAt(buffer, offset);
+        return platform::MemorySource(m_bytes).readAt(buffer, offset);
     }
 
 private:
@@ -36,7 +36,7 @@ private:
 };
 
 /// Zeros without end but for their number.
-class ZeroSource final : public mpeg::ByteSource
+class ZeroSource final : public platform::ByteSource
 {
 public:
     explicit ZeroSource(qint64 size) : m_size(size) {}

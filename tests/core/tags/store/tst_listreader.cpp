@@ -70,7 +70,7 @@ private:
         const Result<void> read = store.ReadTag(path, record);
         auto file = platform::FileSystem::native().open(path, platform::OpenMode::Read);
         QVERIFY(file);
-        const Result<ListTag> listed = readListTag(**file);
+        const Result<ListFields> listed = readListFields(**file);
         QCOMPARE(listed.has_value(), read.has_value() || read.error().code == ErrorCode::GenreOutOfRange);
         if (!listed)
             return;
@@ -135,11 +135,11 @@ private Q_SLOTS:
                                 textFrame(3, "TRCK", QStringLiteral("1"));
         const QByteArray picture = pictureFrame(3, 5 * 1024 * 1024);
         CountingFile behind(id3v2(3, texts + picture + more, {.padding = 100}) + audio());
-        QCOMPARE(readListTag(behind)->album, QStringLiteral("a"));
+        QCOMPARE(readListFields(behind)->album, QStringLiteral("a"));
         QCOMPARE(behind.reads, 3);
         QVERIFY(behind.bytesRead < 9000);
         CountingFile before(id3v2(3, texts + more + picture, {.padding = 100}) + audio());
-        QCOMPARE(readListTag(before)->album, QStringLiteral("a"));
+        QCOMPARE(readListFields(before)->album, QStringLiteral("a"));
         QCOMPARE(before.reads, 2);
     }
 
@@ -151,10 +151,10 @@ private Q_SLOTS:
                                  textFrame(3, "TRCK", QStringLiteral("1"));
         const QByteArray picture = pictureFrame(3, 2 * 1024 * 1024);
         CountingFile before(id3v2(3, texts + picture, {.flags = 0x80}) + audio());
-        QCOMPARE(readListTag(before)->album, QStringLiteral("a"));
+        QCOMPARE(readListFields(before)->album, QStringLiteral("a"));
         QVERIFY(before.bytesRead < 100 * 1024);
         CountingFile behind(id3v2(3, picture + texts, {.flags = 0x80}) + audio());
-        QCOMPARE(readListTag(behind)->album, QStringLiteral("a"));
+        QCOMPARE(readListFields(behind)->album, QStringLiteral("a"));
     }
 
     void sizesThatAreOnlyClaimedAreNotAllocated()
@@ -162,7 +162,7 @@ private Q_SLOTS:
         QByteArray content = id3v2(4, QByteArray("TIT2\x7F\x7F\x7F\x7F\0\0\3x", 12));
         content.replace(6, 4, "\x7F\x7F\x7F\x7F");
         CountingFile file(content);
-        QVERIFY(readListTag(file)->title.isEmpty());
+        QVERIFY(readListFields(file)->title.isEmpty());
         QVERIFY(file.bytesRead < 100);
     }
 };

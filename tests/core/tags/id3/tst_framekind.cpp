@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the texts of genre, track and year frames mean, and how a new number is written into such a text.
 
-#include "core/tags/id3/id3values.h"
+#include "core/tags/id3/framekind.h"
+#include "core/tags/record/genres.h"
 
 #include <QTest>
 
+using namespace ravlin;
 using namespace ravlin::id3;
 
-class TestId3Values : public QObject
+class TestFrameKind : public QObject
 {
     Q_OBJECT
 
@@ -27,24 +29,24 @@ private Q_SLOTS:
         row("(51)(39)", 51);
         row("(0)", 0);
         row("(254)", 254);
-        row("(255)", NoGenre);
-        row("255", NoGenre);
-        row("1000", NoGenre);
-        row("(RX)", NoGenre);
-        row("(CR)", NoGenre);
-        row("((17) is no number", NoGenre);
-        row("(17", NoGenre);
-        row("()", NoGenre);
-        row("", NoGenre);
+        row("(255)", GenreNone);
+        row("255", GenreNone);
+        row("1000", GenreNone);
+        row("(RX)", GenreNone);
+        row("(CR)", GenreNone);
+        row("((17) is no number", GenreNone);
+        row("(17", GenreNone);
+        row("()", GenreNone);
+        row("", GenreNone);
         row("Rock", 17);
         row("hip hop", 7);
         row("Hip-Hop", 7);
         row("17 / 4", 17);
         row("Rock / Pop", 17);
-        row("Something else", NoGenre);
-        row("17th century", NoGenre);
-        row("-1", NoGenre);
-        row("١٧", NoGenre);
+        row("Something else", GenreNone);
+        row("17th century", GenreNone);
+        row("-1", GenreNone);
+        row("١٧", GenreNone);
     }
     void genreNumbers()
     {
@@ -99,5 +101,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestId3Values)
-#include "tst_id3values.moc"
+QTEST_GUILESS_MAIN(TestFrameKind)
+#include "tst_framekind.moc"
