@@ -13,19 +13,12 @@ namespace ravlin {
 
 namespace {
 
-NamingContext namingContext(Program &program, PageOwner &owner)
-{
-    return {owner, program.state, program.tagStore, program.captions, program.settings, program.fileSystem,
-        &program.undoHistory};
-}
-
 } // namespace
 
 BatchPages::BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const FileList &list, QObject *parent)
-    : QObject(parent), m_program(program),
-      m_multiFilePage(new MultiFilePage({owner, program.state, program.tagStore, program.captions}, &tabs)),
-      m_extractPage(new ExtractPage(namingContext(program, owner), &tabs)),
-      m_renamePage(new RenamePage(namingContext(program, owner), &tabs))
+    : QObject(parent), m_program(program), m_multiFilePage(new MultiFilePage(program.pageContext(owner), &tabs)),
+      m_extractPage(new ExtractPage(program.pageContext(owner), &tabs)),
+      m_renamePage(new RenamePage(program.pageContext(owner), &tabs))
 {
     const auto add = [&](auto *page, Caption caption, Caption tip) {
         using Page = std::remove_pointer_t<decltype(page)>;

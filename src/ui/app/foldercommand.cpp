@@ -23,8 +23,7 @@ void FolderCommand::openDialog()
     if (folder.isEmpty())
         return;
     const QString firstFile = m_list.rowCount() == 0 ? QString() : folder + m_list.rowText(0);
-    auto *dialog = new Dialog({m_program.settings, m_program.captions, m_program.tagStore, m_program.fileSystem},
-        folder, firstFile, m_window);
+    auto *dialog = new Dialog(m_program.pageContext(m_owner), folder, firstFile, m_window);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &Dialog::renameRequested, this, &FolderCommand::rename);
     dialog->show();

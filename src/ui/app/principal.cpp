@@ -126,8 +126,7 @@ void principal::createPages()
     m_services = new WindowServices(m_program.state, *ListView1, *m_lister, *m_busy, this);
     tabs = new ModeTabs(m_area);
     tabs->setObjectName(QStringLiteral("tabs"));
-    m_singleFilePage = new SingleFilePage(
-        {*m_services, m_program.state, m_program.tagStore, m_program.captions, m_program.fileSystem}, tabs);
+    m_singleFilePage = new SingleFilePage(m_program.pageContext(*m_services), tabs);
     tabs->addPage(m_singleFilePage, Caption::SingleFileTab, Caption::SingleFileTip,
         [this] { m_singleFilePage->applyCaptions(); });
     m_batchPages = new BatchPages(m_program, *m_services, *tabs, *ListView1, this);

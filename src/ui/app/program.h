@@ -10,6 +10,7 @@
 #include "core/naming/sessionchoices.h"
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagstore.h"
+#include "ui/controls/pagecontext.h"
 
 namespace ravlin {
 
@@ -26,6 +27,11 @@ struct Program
     UndoHistory undoHistory;
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     TagStore tagStore{state, fileSystem};
+
+    PageContext pageContext(PageOwner &owner)
+    {
+        return {owner, state, tagStore, captions, settings, fileSystem, &undoHistory};
+    }
 };
 
 /// Makes a language the one of the interface, by its name; one that is none changes nothing but the name. Windows show

@@ -29,7 +29,7 @@ constexpr int NameLetters = 50; ///< width of a usual folder name in average let
 
 } // namespace
 
-Dialog::Dialog(const DialogContext &context, const QString &folder, const QString &firstFile, QWidget *parent)
+Dialog::Dialog(const PageContext &context, const QString &folder, const QString &firstFile, QWidget *parent)
     : QDialog(parent), m_context(context), m_folder(folder)
 {
     setObjectName(QStringLiteral("Dialog"));
@@ -44,21 +44,21 @@ Dialog::Dialog(const DialogContext &context, const QString &folder, const QStrin
     showRule(FolderRule::restored(m_context.settings));
     connectControls();
     showNewName();
-    avanzado->setFocus();
+    m_pattern->setFocus();
 }
 
 void Dialog::createControls()
 {
-    Check1 = made<QCheckBox>("Check1", this);
-    Check2 = made<QCheckBox>("Check2", this);
-    avanzado = new PatternBox(QStringLiteral("avanzado"), PatternHistory::Folder, m_context.settings, this);
+    m_byArtistAlbum = made<QCheckBox>("Check1", this);
+    m_byPattern = made<QCheckBox>("Check2", this);
+    m_pattern = new PatternBox(QStringLiteral("avanzado"), PatternHistory::Folder, m_context.settings, this);
     m_placeholders = new PlaceholderBox(Caption::AdvancedVariables, folderPlaceholders(), LabelsInARow, this);
     m_newNameLabel = made<QLabel>("newNameLabel", this);
     m_newName = made<QLabel>("newName", this);
-    OKButton = made<QPushButton>("OKButton", this);
-    CancelButton = made<QPushButton>("CancelButton", this);
-    OKButton->setDefault(true);
-    CancelButton->setAutoDefault(false);
+    m_rename = made<QPushButton>("OKButton", this);
+    m_cancel = made<QPushButton>("CancelButton", this);
+    m_rename->setDefault(true);
+    m_cancel->setAutoDefault(false);
     m_newName->setTextFormat(Qt::PlainText);
     m_newName->setWordWrap(true);
     m_newName->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -69,16 +69,16 @@ void Dialog::arrange()
 {
     auto *rows = new QVBoxLayout(this);
     auto *advanced = new QHBoxLayout;
-    advanced->addWidget(Check2);
-    advanced->addWidget(avanzado, 1);
+    advanced->addWidget(m_byPattern);
+    advanced->addWidget(m_pattern, 1);
     auto *name = new QHBoxLayout;
     name->addWidget(m_newNameLabel, 0, Qt::AlignTop);
     name->addWidget(m_newName, 1);
     auto *foot = new QHBoxLayout;
     foot->addStretch();
-    foot->addWidget(OKButton);
-    foot->addWidget(CancelButton);
-    rows->addWidget(Check1);
+    foot->addWidget(m_rename);
+    foot->addWidget(m_cancel);
+    rows->addWidget(m_byArtistAlbum);
     rows->addLayout(advanced);
     rows->addWidget(m_placeholders);
     rows->addLayout(name);
@@ -88,48 +88,49 @@ void Dialog::arrange()
 
 void Dialog::connectControls()
 {
-    connect(Check1, &QCheckBox::toggled, this, [this](bool on) {
+    connect(m_byArtistAlbum, &QCheckBox::toggled, this, [this](bool on) {
         if (on)
-            Check2->setChecked(false);
+            m_byPattern->setChecked(false);
         showNewName();
     });
-    connect(Check2, &QCheckBox::toggled, this, [this](bool on) {
+    connect(m_byPattern, &QCheckBox::toggled, this, [this](bool on) {
         if (on)
-            Check1->setChecked(false);
+            m_byArtistAlbum->setChecked(false);
         showNewName();
     });
-    connect(avanzado, &PatternBox::editTextChanged, this, &Dialog::showNewName);
-    connect(m_placeholders, &PlaceholderBox::clicked, avanzado, &PatternBox::append);
-    connect(OKButton, &QPushButton::clicked, this, &Dialog::accept);
-    connect(CancelButton, &QPushButton::clicked, this, &Dialog::reject);
+    connect(m_pattern, &PatternBox::editTextChanged, this, &Dialog::showNewName);
+    connect(m_placeholders, &PlaceholderBox::clicked, m_pattern, &PatternBox::append);
+    connect(m_rename, &QPushButton::clicked, this, &Dialog::accept);
+    connect(m_cancel, &QPushButton::clicked, this, &Dialog::reject);
 }
 
 void Dialog::applyCaptions()
 {
     const Captions &captions = m_context.captions;
     setWindowTitle(captions.text(Caption::RenameFolder));
-    Check1->setText(QStringLiteral("%1 - %2").arg(captions.text(Caption::Artist), captions.text(Caption::Album)));
-    Check2->setText(captions.text(Caption::Advanced));
-    avanzado->setName(captions.text(Caption::Advanced));
-    avanzado->setToolTip(captions.text(Text::TipFolderPattern));
-    for (QCheckBox *check : {Check1, Check2})
+    m_byArtistAlbum->setText(
+        QStringLiteral("%1 - %2").arg(captions.text(Caption::Artist), captions.text(Caption::Album)));
+    m_byPattern->setText(captions.text(Caption::Advanced));
+    m_pattern->setName(captions.text(Caption::Advanced));
+    m_pattern->setToolTip(captions.text(Text::TipFolderPattern));
+    for (QCheckBox *check : {m_byArtistAlbum, m_byPattern})
         check->setToolTip(captions.text(Text::TipFolderRule));
     m_placeholders->applyCaptions(captions);
     m_newNameLabel->setText(captions.text(Text::LabelNewName));
-    OKButton->setText(captions.text(Caption::Rename));
-    CancelButton->setText(captions.text(Caption::Cancel));
+    m_rename->setText(captions.text(Caption::Rename));
+    m_cancel->setText(captions.text(Caption::Cancel));
 }
 
 void Dialog::showRule(const FolderRule &rule)
 {
-    Check1->setChecked(rule.artistAlbum);
-    Check2->setChecked(rule.pattern);
-    avanzado->setText(rule.patternText);
+    m_byArtistAlbum->setChecked(rule.artistAlbum);
+    m_byPattern->setChecked(rule.pattern);
+    m_pattern->setText(rule.patternText);
 }
 
 FolderRule Dialog::rule() const
 {
-    return {Check1->isChecked(), Check2->isChecked(), avanzado->text()};
+    return {m_byArtistAlbum->isChecked(), m_byPattern->isChecked(), m_pattern->text()};
 }
 
 std::optional<RenameWish> Dialog::wish() const
@@ -158,8 +159,8 @@ void Dialog::showNewName()
 void Dialog::done(int result)
 {
     rule().store(m_context.settings);
-    if (result == Accepted && Check2->isChecked())
-        avanzado->remember();
+    if (result == Accepted && m_byPattern->isChecked())
+        m_pattern->remember();
     // The values count for this run all the same; the file is tried again at the end of the program.
     std::ignore = m_context.settings.save();
     const std::optional<RenameWish> wanted = wish();

@@ -3,9 +3,8 @@
 
 #include "core/files/renaming/renamewish.h"
 #include "core/naming/foldername.h"
-#include "core/platform/error.h"
-#include "core/platform/filesystem.h"
 #include "core/tags/record/tagrecord.h"
+#include "ui/controls/pagecontext.h"
 
 #include <QDialog>
 
@@ -17,20 +16,8 @@ class QPushButton;
 
 namespace ravlin {
 
-class Captions;
 class PatternBox;
 class PlaceholderBox;
-class Settings;
-class TagStore;
-
-/// What the dialog works with. All of it outlives the dialog.
-struct DialogContext
-{
-    Settings &settings;
-    const Captions &captions;
-    const TagStore &tagStore;
-    platform::FileSystem &fileSystem;
-};
 
 /// The dialog that renames a folder after the tag of its first file: by artist and album, or by a pattern. It shows the
 /// new name while the rule is being made up.
@@ -44,7 +31,7 @@ class Dialog : public QDialog
 public:
     /// folder: its path, with or without a separator at the end. firstFile: the file whose tag is taken; empty when the
     /// folder's list is.
-    Dialog(const DialogContext &context, const QString &folder, const QString &firstFile, QWidget *parent = nullptr);
+    Dialog(const PageContext &context, const QString &folder, const QString &firstFile, QWidget *parent = nullptr);
 
     /// What the chosen rule asks for; nothing when no rule is chosen, it makes no name, or there is no file whose tag
     /// could be read.
@@ -65,18 +52,18 @@ private:
     FolderRule rule() const;
     void showNewName();
 
-    DialogContext m_context;
+    PageContext m_context;
     QString m_folder;
     std::optional<TagRecord> m_record; ///< of the first file; none when there is none, or it can't be read
 
-    QCheckBox *Check1 = nullptr;
-    QCheckBox *Check2 = nullptr;
-    PatternBox *avanzado = nullptr;
+    QCheckBox *m_byArtistAlbum = nullptr;
+    QCheckBox *m_byPattern = nullptr;
+    PatternBox *m_pattern = nullptr;
     PlaceholderBox *m_placeholders = nullptr; ///< lt_0 to lt_3
     QLabel *m_newNameLabel = nullptr;
     QLabel *m_newName = nullptr;
-    QPushButton *OKButton = nullptr;
-    QPushButton *CancelButton = nullptr;
+    QPushButton *m_rename = nullptr;
+    QPushButton *m_cancel = nullptr;
 };
 
 } // namespace ravlin

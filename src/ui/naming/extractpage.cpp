@@ -11,7 +11,6 @@
 #include "ui/controls/making.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
-#include "ui/naming/placeholderlabel.h"
 #include "ui/naming/preview.h"
 
 #include <QHBoxLayout>
@@ -26,17 +25,17 @@ constexpr int LabelsInARow = 4;
 
 } // namespace
 
-ExtractPage::ExtractPage(const NamingContext &context, QWidget *parent)
+ExtractPage::ExtractPage(const PageContext &context, QWidget *parent)
     : PageArea(parent), m_context(context), m_patternLabel(new QLabel(this)),
-      tpatron(new PatternBox(QStringLiteral("tpatron"), PatternHistory::Extraction, context.settings, this)),
+      m_pattern(new PatternBox(QStringLiteral("tpatron"), PatternHistory::Extraction, context.settings, this)),
       m_placeholders(new PlaceholderBox(Caption::Variables, extractionPlaceholders(), LabelsInARow, this)),
-      m_hint(new QLabel(this)), m_preview(new QPushButton(this)), extrae(new QPushButton(this))
+      m_hint(new QLabel(this)), m_preview(new QPushButton(this)), m_extract(new QPushButton(this))
 {
     setObjectName(QStringLiteral("extractPage"));
     m_hint->setObjectName(QStringLiteral("extractHint"));
     m_preview->setObjectName(QStringLiteral("extractPreview"));
-    extrae->setObjectName(QStringLiteral("extrae"));
-    m_patternLabel->setBuddy(tpatron);
+    m_extract->setObjectName(QStringLiteral("extrae"));
+    m_patternLabel->setBuddy(m_pattern);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     setContent(createContent());
     connectControls();
@@ -50,27 +49,25 @@ QWidget *ExtractPage::createContent()
     auto *rows = new QVBoxLayout(content);
     auto *mask = new QHBoxLayout;
     mask->addWidget(m_patternLabel);
-    mask->addWidget(tpatron, 1);
+    mask->addWidget(m_pattern, 1);
     auto *foot = new QHBoxLayout;
     foot->addWidget(m_hint, 1);
     foot->addWidget(m_preview);
-    foot->addWidget(extrae);
+    foot->addWidget(m_extract);
     rows->addLayout(mask);
     rows->addWidget(m_placeholders);
     rows->addLayout(foot);
     rows->addStretch();
 
-    QList<QWidget *> controls = {tpatron};
-    for (PlaceholderLabel *label : m_placeholders->labels())
-        controls << label;
-    tabThrough(controls << m_preview << extrae);
+    QList<QWidget *> controls = {m_pattern};
+    tabThrough(controls << m_placeholders->controls() << m_preview << m_extract);
     return content;
 }
 
 void ExtractPage::connectControls()
 {
-    connect(m_placeholders, &PlaceholderBox::clicked, tpatron, &PatternBox::append);
-    connect(extrae, &QPushButton::clicked, this, &ExtractPage::run);
+    connect(m_placeholders, &PlaceholderBox::clicked, m_pattern, &PatternBox::append);
+    connect(m_extract, &QPushButton::clicked, this, &ExtractPage::run);
     connect(m_preview, &QPushButton::clicked, this, &ExtractPage::showPreview);
 }
 
@@ -83,14 +80,14 @@ void ExtractPage::applyCaptions()
 {
     const Captions &captions = m_context.captions;
     m_patternLabel->setText(captions.text(Caption::FileNameMask));
-    tpatron->setName(captions.text(Caption::FileNameMask));
-    tpatron->setToolTip(captions.text(Text::TipMask));
+    m_pattern->setName(captions.text(Caption::FileNameMask));
+    m_pattern->setToolTip(captions.text(Text::TipMask));
     m_placeholders->applyCaptions(captions);
     m_preview->setText(captions.text(Caption::Preview));
     m_preview->setToolTip(captions.text(Text::TipPreview));
-    extrae->setText(captions.text(Caption::SaveTags));
-    extrae->setToolTip(captions.text(Text::TipExtract));
-    for (QPushButton *button : {m_preview, extrae}) {
+    m_extract->setText(captions.text(Caption::SaveTags));
+    m_extract->setToolTip(captions.text(Text::TipExtract));
+    for (QPushButton *button : {m_preview, m_extract}) {
         button->setAccessibleDescription(button->toolTip());
         makeRoomy(button);
     }
@@ -101,14 +98,14 @@ void ExtractPage::applyCaptions()
 void ExtractPage::applyIcons()
 {
     m_preview->setIcon(themedIcon(QStringLiteral("eye"), palette()));
-    extrae->setIcon(themedIcon(QStringLiteral("save"), palette()));
+    m_extract->setIcon(themedIcon(QStringLiteral("save"), palette()));
 }
 
 void ExtractPage::run()
 {
     const QStringList paths = m_context.owner.selectedPaths();
-    const QString pattern = tpatron->text();
-    tpatron->remember();
+    const QString pattern = m_pattern->text();
+    m_pattern->remember();
     ExtractionOutcome outcome;
     const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
         outcome = runExtraction(paths, pattern, m_context.tagStore, m_context.state, progress);
@@ -123,9 +120,9 @@ void ExtractPage::run()
 
 void ExtractPage::showPreview()
 {
-    tpatron->remember();
+    m_pattern->remember();
     m_context.state.previewMode = PreviewMode::Extrae;
-    preview::open(m_context, {m_context.owner.selectedPaths(), tpatron->text(), {}}, window());
+    preview::open(m_context, {m_context.owner.selectedPaths(), m_pattern->text(), {}}, window());
 }
 
 } // namespace ravlin

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ui/controls/pagearea.h"
-#include "ui/naming/namingcontext.h"
+#include "ui/controls/pagecontext.h"
 
 class QLabel;
 class QPushButton;
@@ -22,7 +22,7 @@ class ExtractPage : public PageArea
     Q_OBJECT
 
 public:
-    explicit ExtractPage(const NamingContext &context, QWidget *parent = nullptr);
+    explicit ExtractPage(const PageContext &context, QWidget *parent = nullptr);
 
     /// Says how many files a run would write.
     void selectionChanged();
@@ -41,13 +41,13 @@ private:
     void run();
     void showPreview();
 
-    NamingContext m_context;
+    PageContext m_context;
     QLabel *m_patternLabel;
-    PatternBox *tpatron;
+    PatternBox *m_pattern;
     PlaceholderBox *m_placeholders; ///< lt_9 to lt_15, lt_17
     QLabel *m_hint;
     QPushButton *m_preview;
-    QPushButton *extrae;
+    QPushButton *m_extract;
 };
 
 } // namespace ravlin

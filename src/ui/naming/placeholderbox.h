@@ -7,10 +7,11 @@
 
 #include <vector>
 
+class QPushButton;
+
 namespace ravlin {
 
 class Captions;
-class PlaceholderLabel;
 
 /// A frame with the clickable labels `lt` of a pattern's placeholders.
 class PlaceholderBox : public QGroupBox
@@ -22,8 +23,8 @@ public:
     PlaceholderBox(Caption title, std::span<const Placeholder> table, int columns, QWidget *parent);
 
     void applyCaptions(const Captions &captions);
-    /// In the order of the table.
-    const std::vector<PlaceholderLabel *> &labels() const { return m_labels; }
+    /// The labels, in the order of the table.
+    QList<QWidget *> controls() const;
 
 Q_SIGNALS:
     void clicked(const QString &placeholder);
@@ -31,7 +32,7 @@ Q_SIGNALS:
 private:
     Caption m_title;
     std::span<const Placeholder> m_table;
-    std::vector<PlaceholderLabel *> m_labels;
+    std::vector<QPushButton *> m_labels;
 };
 
 } // namespace ravlin

@@ -5,7 +5,6 @@
 #include "core/app/pageowner.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/icons.h"
-#include "ui/naming/previewlines.h"
 
 #include <QEvent>
 #include <QHeaderView>
@@ -26,7 +25,7 @@ constexpr QSize StartSize(940, 520);
 
 } // namespace
 
-void preview::open(const NamingContext &context, const PreviewRequest &request, QWidget *parent)
+void preview::open(const PageContext &context, const PreviewRequest &request, QWidget *parent)
 {
     auto *window = new preview(context, parent);
     window->setAttribute(Qt::WA_DeleteOnClose);
@@ -37,8 +36,8 @@ void preview::open(const NamingContext &context, const PreviewRequest &request, 
     window->show();
 }
 
-preview::preview(const NamingContext &context, QWidget *parent)
-    : QDialog(parent), m_context(context), m_model(new PreviewModel(this)), ListView1(new QTreeView(this)),
+preview::preview(const PageContext &context, QWidget *parent)
+    : QDialog(parent), m_context(context), m_model(new PreviewModel(this)), m_list(new QTreeView(this)),
       m_remark(new QLabel(this)), m_summary(new QLabel(this)), m_close(new QPushButton(this))
 {
     setObjectName(QStringLiteral("preview"));
@@ -53,19 +52,19 @@ preview::preview(const NamingContext &context, QWidget *parent)
 
 void preview::createControls()
 {
-    ListView1->setObjectName(QStringLiteral("ListView1"));
-    ListView1->setModel(m_model);
-    ListView1->setRootIsDecorated(false);
-    ListView1->setItemsExpandable(false);
-    ListView1->setUniformRowHeights(true);
-    ListView1->setAlternatingRowColors(true);
-    ListView1->setAllColumnsShowFocus(true);
-    ListView1->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    ListView1->setSelectionMode(QAbstractItemView::NoSelection); // a selected row would lose its mark's colour
-    ListView1->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
-    ListView1->header()->setStretchLastSection(false);
-    ListView1->header()->setHighlightSections(false);
-    ListView1->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    m_list->setObjectName(QStringLiteral("ListView1"));
+    m_list->setModel(m_model);
+    m_list->setRootIsDecorated(false);
+    m_list->setItemsExpandable(false);
+    m_list->setUniformRowHeights(true);
+    m_list->setAlternatingRowColors(true);
+    m_list->setAllColumnsShowFocus(true);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->setSelectionMode(QAbstractItemView::NoSelection); // a selected row would lose its mark's colour
+    m_list->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->header()->setStretchLastSection(false);
+    m_list->header()->setHighlightSections(false);
+    m_list->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_remark->setObjectName(QStringLiteral("remark"));
     m_remark->setTextFormat(Qt::PlainText);
     m_remark->setWordWrap(true);
@@ -78,11 +77,11 @@ void preview::createControls()
     foot->addWidget(m_summary);
     foot->addWidget(m_close);
     auto *rows = new QVBoxLayout(this);
-    rows->addWidget(ListView1);
+    rows->addWidget(m_list);
     rows->addLayout(foot);
     connect(m_close, &QPushButton::clicked, this, &preview::close);
-    connect(ListView1->selectionModel(), &QItemSelectionModel::currentChanged, this, &preview::showRemark);
-    ListView1->setFocus();
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this, &preview::showRemark);
+    m_list->setFocus();
 }
 
 void preview::applyCaptions()
@@ -92,7 +91,7 @@ void preview::applyCaptions()
     for (const Caption caption : ColumnCaptions)
         texts << captions.text(caption);
     m_model->setHeaderTexts(texts << QStringLiteral("id3v1") << QStringLiteral("id3v2"));
-    ListView1->setAccessibleName(windowTitle());
+    m_list->setAccessibleName(windowTitle());
     m_close->setText(captions.text(Caption::Ok));
 }
 
@@ -111,7 +110,7 @@ void preview::changeEvent(QEvent *event)
 
 std::vector<PreviewLine> preview::linesFor(const PreviewRequest &request, const ProgressReport &progress) const
 {
-    const NamingContext &context = m_context;
+    const PageContext &context = m_context;
     switch (context.state.previewMode) {
     case PreviewMode::Extrae:
         return extractionLines(
@@ -138,7 +137,7 @@ bool preview::load(const PreviewRequest &request)
     const int marked = m_model->markedCount();
     m_summary->setText(
         marked == 0 ? QString() : m_context.captions.text(Text::PreviewMarked).arg(marked).arg(m_model->rowCount()));
-    ListView1->setCurrentIndex(m_model->index(0, 0));
+    m_list->setCurrentIndex(m_model->index(0, 0));
     showRemark();
     return true;
 }
@@ -147,13 +146,13 @@ bool preview::load(const PreviewRequest &request)
 void preview::fitColumns()
 {
     constexpr std::array<int, 4> NameColumns{0, 2, 3, 4};
-    QHeaderView *header = ListView1->header();
+    QHeaderView *header = m_list->header();
     const QMargins margins = layout()->contentsMargins();
-    const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 2 * ListView1->frameWidth();
+    const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 2 * m_list->frameWidth();
     int tooMuch = margins.left() + margins.right() + bar - width();
     int ofNames = 0;
     for (int column = 0; column < PreviewModel::ColumnCount; ++column) {
-        ListView1->resizeColumnToContents(column);
+        m_list->resizeColumnToContents(column);
         tooMuch += header->sectionSize(column);
         if (std::ranges::find(NameColumns, column) != NameColumns.end())
             ofNames += header->sectionSize(column);
@@ -169,7 +168,7 @@ void preview::fitColumns()
 
 void preview::showRemark()
 {
-    const QModelIndex current = ListView1->currentIndex();
+    const QModelIndex current = m_list->currentIndex();
     m_remark->setText(
         current.isValid() ? m_model->lineAt(current.row()).remarks.join(QStringLiteral("; ")) : QString());
 }

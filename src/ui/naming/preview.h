@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/naming/newname.h"
-#include "ui/naming/namingcontext.h"
+#include "ui/controls/pagecontext.h"
 #include "ui/naming/previewmodel.h"
 
 #include <QDialog>
@@ -32,9 +32,9 @@ class preview : public QDialog
 
 public:
     /// Computes the rows, with progress, and shows the window. Nothing happens while other work is under way.
-    static void open(const NamingContext &context, const PreviewRequest &request, QWidget *parent);
+    static void open(const PageContext &context, const PreviewRequest &request, QWidget *parent);
 
-    explicit preview(const NamingContext &context, QWidget *parent = nullptr);
+    explicit preview(const PageContext &context, QWidget *parent = nullptr);
 
     /// Fills the list. False, and the list stays as it was, while other work is under way.
     bool load(const PreviewRequest &request);
@@ -50,9 +50,9 @@ private:
     void showRemark();
     std::vector<PreviewLine> linesFor(const PreviewRequest &request, const ProgressReport &progress) const;
 
-    NamingContext m_context;
+    PageContext m_context;
     PreviewModel *m_model;
-    QTreeView *ListView1;
+    QTreeView *m_list;
     QLabel *m_remark;
     QLabel *m_summary;
     QPushButton *m_close;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/files/renaming/filerenaming.h"
 #include "core/naming/previewrows.h"
 
 #include <QAbstractTableModel>
@@ -10,6 +11,8 @@
 #include <vector>
 
 namespace ravlin {
+
+class Captions;
 
 /// How a row of the preview is marked, besides a long name.
 enum class PreviewMark
@@ -28,6 +31,10 @@ struct PreviewLine
 
     bool isMarked() const { return mark != PreviewMark::None || !remarks.isEmpty(); }
 };
+
+/// The rows of an extraction or a renaming with what there is to say about each.
+std::vector<PreviewLine> extractionLines(const std::vector<PreviewRow> &rows, const Captions &captions);
+std::vector<PreviewLine> renamingLines(const FileRenaming &renaming, const Captions &captions);
 
 /// The rows of the preview window: name, track, title, artist, album, year and the tags' presence. A long name makes
 /// its row bold and red; marks are an icon before the name, and their words are the row's tooltip and are told to

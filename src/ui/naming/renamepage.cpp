@@ -16,7 +16,6 @@
 #include "ui/naming/clashdialog.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
-#include "ui/naming/placeholderlabel.h"
 #include "ui/naming/preview.h"
 
 #include <QCheckBox>
@@ -43,7 +42,7 @@ QString placeOf(const QString &path, const RenamingOutcome &outcome)
 
 } // namespace
 
-RenamePage::RenamePage(const NamingContext &context, QWidget *parent) : PageArea(parent), m_context(context)
+RenamePage::RenamePage(const PageContext &context, QWidget *parent) : PageArea(parent), m_context(context)
 {
     setObjectName(QStringLiteral("renamePage"));
     createControls();
@@ -57,16 +56,16 @@ RenamePage::RenamePage(const NamingContext &context, QWidget *parent) : PageArea
 
 void RenamePage::createControls()
 {
-    op1 = made<QRadioButton>("op1", this);
-    op2 = made<QRadioButton>("op2", this);
-    op3 = made<QRadioButton>("op3", this);
-    tavanzado = new PatternBox(QStringLiteral("tavanzado"), PatternHistory::Renaming, m_context.settings, this);
+    m_byArtistTitle = made<QRadioButton>("op1", this);
+    m_byTrackTitle = made<QRadioButton>("op2", this);
+    m_byPattern = made<QRadioButton>("op3", this);
+    m_pattern = new PatternBox(QStringLiteral("tavanzado"), PatternHistory::Renaming, m_context.settings, this);
     m_placeholders = new PlaceholderBox(Caption::AdvancedVariables, renamePlaceholders(), LabelsInARow, this);
     m_caseConversion = new ConversionBox(ConversionPairs[RenameCasePair], this);
     m_replaceConversion = new ConversionBox(ConversionPairs[RenameReplacePair], this);
     m_hint = made<QLabel>("renameHint", this);
     m_preview = made<QPushButton>("renamePreview", this);
-    Command2 = made<QPushButton>("Command2", this);
+    m_rename = made<QPushButton>("Command2", this);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 }
 
@@ -76,11 +75,11 @@ QWidget *RenamePage::createContent()
     auto *rows = new QVBoxLayout(content);
 
     auto *advanced = new QHBoxLayout;
-    advanced->addWidget(op3);
-    advanced->addWidget(tavanzado, 1);
+    advanced->addWidget(m_byPattern);
+    advanced->addWidget(m_pattern, 1);
     auto *rules = new QHBoxLayout;
-    rules->addWidget(op1);
-    rules->addWidget(op2);
+    rules->addWidget(m_byArtistTitle);
+    rules->addWidget(m_byTrackTitle);
     rules->addStretch();
 
     auto *upper = new QGridLayout;
@@ -94,7 +93,7 @@ QWidget *RenamePage::createContent()
     auto *foot = new QHBoxLayout;
     foot->addWidget(m_hint, 1);
     foot->addWidget(m_preview);
-    foot->addWidget(Command2);
+    foot->addWidget(m_rename);
 
     rows->addLayout(upper);
     rows->addWidget(m_placeholders);
@@ -105,45 +104,43 @@ QWidget *RenamePage::createContent()
 
 void RenamePage::setTabOrder()
 {
-    QList<QWidget *> controls = {op1, op2, op3, tavanzado};
+    QList<QWidget *> controls = {m_byArtistTitle, m_byTrackTitle, m_byPattern, m_pattern};
     controls << m_caseConversion->controls() << m_replaceConversion->controls();
-    for (PlaceholderLabel *label : m_placeholders->labels())
-        controls << label;
-    tabThrough(controls << m_preview << Command2);
+    tabThrough(controls << m_placeholders->controls() << m_preview << m_rename);
 }
 
 void RenamePage::connectControls()
 {
-    connect(op3, &QRadioButton::toggled, this, &RenamePage::updateEnabling);
-    connect(m_placeholders, &PlaceholderBox::clicked, tavanzado, &PatternBox::append);
-    connect(Command2, &QPushButton::clicked, this, &RenamePage::run);
+    connect(m_byPattern, &QRadioButton::toggled, this, &RenamePage::updateEnabling);
+    connect(m_placeholders, &PlaceholderBox::clicked, m_pattern, &PatternBox::append);
+    connect(m_rename, &QPushButton::clicked, this, &RenamePage::run);
     connect(m_preview, &QPushButton::clicked, this, &RenamePage::showPreview);
 }
 
 /// The advanced pattern counts under its own rule only.
 void RenamePage::updateEnabling()
 {
-    tavanzado->setEnabled(op3->isChecked());
-    m_placeholders->setEnabled(op3->isChecked());
+    m_pattern->setEnabled(m_byPattern->isChecked());
+    m_placeholders->setEnabled(m_byPattern->isChecked());
 }
 
 int RenamePage::chosenRule() const
 {
-    return op1->isChecked() ? 1 : op2->isChecked() ? 2 : op3->isChecked() ? 3 : 0;
+    return m_byArtistTitle->isChecked() ? 1 : m_byTrackTitle->isChecked() ? 2 : m_byPattern->isChecked() ? 3 : 0;
 }
 
 void RenamePage::showChoices(const SessionChoices &choices)
 {
     int number = 0;
-    for (QRadioButton *option : {op1, op2, op3}) {
+    for (QRadioButton *option : {m_byArtistTitle, m_byTrackTitle, m_byPattern}) {
         // One of a group can't be unchecked by itself.
         option->setAutoExclusive(false);
         option->setChecked(++number == choices.renameMode);
     }
-    for (QRadioButton *option : {op1, op2, op3})
+    for (QRadioButton *option : {m_byArtistTitle, m_byTrackTitle, m_byPattern})
         option->setAutoExclusive(true);
     if (!choices.renamePattern.isEmpty())
-        tavanzado->setText(choices.renamePattern);
+        m_pattern->setText(choices.renamePattern);
     m_caseConversion->setChoice(choices.conversions[RenameCasePair]);
     m_replaceConversion->setChoice(choices.conversions[RenameReplacePair]);
     updateEnabling();
@@ -152,7 +149,7 @@ void RenamePage::showChoices(const SessionChoices &choices)
 void RenamePage::storeChoices(SessionChoices &choices) const
 {
     choices.renameMode = chosenRule();
-    choices.renamePattern = tavanzado->text();
+    choices.renamePattern = m_pattern->text();
     choices.conversions[RenameCasePair] = m_caseConversion->choice();
     choices.conversions[RenameReplacePair] = m_replaceConversion->choice();
 }
@@ -166,16 +163,16 @@ void RenamePage::applyCaptions()
 {
     const Captions &captions = m_context.captions;
     const QString title = captions.text(Caption::Title);
-    op1->setText(QStringLiteral("%1 - %2").arg(captions.text(Caption::Artist), title));
-    op2->setText(QStringLiteral("%1 - %2").arg(captions.text(Caption::Track), title));
-    op3->setText(captions.text(Caption::Advanced));
-    tavanzado->setName(captions.text(Caption::Advanced));
+    m_byArtistTitle->setText(QStringLiteral("%1 - %2").arg(captions.text(Caption::Artist), title));
+    m_byTrackTitle->setText(QStringLiteral("%1 - %2").arg(captions.text(Caption::Track), title));
+    m_byPattern->setText(captions.text(Caption::Advanced));
+    m_pattern->setName(captions.text(Caption::Advanced));
     m_placeholders->applyCaptions(captions);
     m_caseConversion->applyCaptions(captions);
     m_replaceConversion->applyCaptions(captions);
     m_preview->setText(captions.text(Caption::Preview));
-    Command2->setText(captions.text(Caption::Rename));
-    for (QPushButton *button : {m_preview, Command2})
+    m_rename->setText(captions.text(Caption::Rename));
+    for (QPushButton *button : {m_preview, m_rename})
         makeRoomy(button);
     applyToolTips();
     selectionChanged();
@@ -185,26 +182,26 @@ void RenamePage::applyCaptions()
 void RenamePage::applyToolTips()
 {
     const Captions &captions = m_context.captions;
-    for (QRadioButton *option : {op1, op2, op3})
+    for (QRadioButton *option : {m_byArtistTitle, m_byTrackTitle, m_byPattern})
         option->setToolTip(captions.text(Text::TipNamingRule));
-    tavanzado->setToolTip(captions.text(Text::TipAdvancedPattern));
+    m_pattern->setToolTip(captions.text(Text::TipAdvancedPattern));
     for (ConversionBox *pair : {m_caseConversion, m_replaceConversion})
         pair->setPairToolTip(captions.text(Text::TipConvertNames));
     m_preview->setToolTip(captions.text(Text::TipPreview));
-    Command2->setToolTip(captions.text(Text::TipRename));
-    for (QPushButton *button : {m_preview, Command2})
+    m_rename->setToolTip(captions.text(Text::TipRename));
+    for (QPushButton *button : {m_preview, m_rename})
         button->setAccessibleDescription(button->toolTip());
 }
 
 void RenamePage::applyIcons()
 {
     m_preview->setIcon(themedIcon(QStringLiteral("eye"), palette()));
-    Command2->setIcon(themedIcon(QStringLiteral("file-pen"), palette()));
+    m_rename->setIcon(themedIcon(QStringLiteral("file-pen"), palette()));
 }
 
 NamingRule RenamePage::rule() const
 {
-    return {chosenRule(), tavanzado->text(), m_caseConversion->choice(), m_replaceConversion->choice()};
+    return {chosenRule(), m_pattern->text(), m_caseConversion->choice(), m_replaceConversion->choice()};
 }
 
 /// Asks about every name that is taken. Nothing has been renamed by then.
@@ -257,8 +254,8 @@ void RenamePage::showPreview()
 
 void RenamePage::rememberPattern()
 {
-    if (op3->isChecked())
-        tavanzado->remember();
+    if (m_byPattern->isChecked())
+        m_pattern->remember();
 }
 
 } // namespace ravlin

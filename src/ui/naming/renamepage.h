@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ui/controls/pagearea.h"
-#include "ui/naming/namingcontext.h"
+#include "ui/controls/pagecontext.h"
 
 class QLabel;
 class QPushButton;
@@ -27,7 +27,7 @@ class RenamePage : public PageArea
     Q_OBJECT
 
 public:
-    explicit RenamePage(const NamingContext &context, QWidget *parent = nullptr);
+    explicit RenamePage(const PageContext &context, QWidget *parent = nullptr);
 
     /// What the settings remember of the page.
     void showChoices(const SessionChoices &choices);
@@ -58,17 +58,17 @@ private:
     void showPreview();
     void rememberPattern();
 
-    NamingContext m_context;
-    QRadioButton *op1 = nullptr;
-    QRadioButton *op2 = nullptr;
-    QRadioButton *op3 = nullptr;
-    PatternBox *tavanzado = nullptr;
+    PageContext m_context;
+    QRadioButton *m_byArtistTitle = nullptr;
+    QRadioButton *m_byTrackTitle = nullptr;
+    QRadioButton *m_byPattern = nullptr;
+    PatternBox *m_pattern = nullptr;
     PlaceholderBox *m_placeholders = nullptr;     ///< lt_0 to lt_7
     ConversionBox *m_caseConversion = nullptr;    ///< op4_0, ccase_0
     ConversionBox *m_replaceConversion = nullptr; ///< op4_3, ccase_3
     QLabel *m_hint = nullptr;
     QPushButton *m_preview = nullptr;
-    QPushButton *Command2 = nullptr;
+    QPushButton *m_rename = nullptr;
 };
 
 } // namespace ravlin

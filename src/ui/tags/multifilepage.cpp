@@ -26,8 +26,7 @@
 
 namespace ravlin {
 
-MultiFilePage::MultiFilePage(const MultiFilePageContext &context, QWidget *parent)
-    : PageArea(parent), m_context(context)
+MultiFilePage::MultiFilePage(const PageContext &context, QWidget *parent) : PageArea(parent), m_context(context)
 {
     setObjectName(QStringLiteral("multiFilePage"));
     createControls();
@@ -41,33 +40,33 @@ MultiFilePage::MultiFilePage(const MultiFilePageContext &context, QWidget *paren
 
 void MultiFilePage::createControls()
 {
-    Tmartista = made<QLineEdit>("Tmartista", this);
-    tmalbum = made<QLineEdit>("tmalbum", this);
-    tma_o = made<DigitsEdit>("tma_o", this);
-    cmestilo = made<QComboBox>("cmestilo", this);
-    tmcomentarios = made<QLineEdit>("tmcomentarios", this);
-    tmpista = made<DigitsEdit>("tmpista", this);
-    chmartista = made<QCheckBox>("chmartista", this);
-    chmalbum = made<QCheckBox>("chmalbum", this);
-    chma_o = made<QCheckBox>("chma_o", this);
-    chmestilo = made<QCheckBox>("chmestilo", this);
-    chmcomentarios = made<QCheckBox>("chmcomentarios", this);
-    chmpista = made<QCheckBox>("chmpista", this);
+    m_artist = made<QLineEdit>("Tmartista", this);
+    m_album = made<QLineEdit>("tmalbum", this);
+    m_year = made<DigitsEdit>("tma_o", this);
+    m_genre = made<QComboBox>("cmestilo", this);
+    m_comment = made<QLineEdit>("tmcomentarios", this);
+    m_firstTrack = made<DigitsEdit>("tmpista", this);
+    m_setsArtist = made<QCheckBox>("chmartista", this);
+    m_setsAlbum = made<QCheckBox>("chmalbum", this);
+    m_setsYear = made<QCheckBox>("chma_o", this);
+    m_setsGenre = made<QCheckBox>("chmestilo", this);
+    m_setsComment = made<QCheckBox>("chmcomentarios", this);
+    m_setsTrack = made<QCheckBox>("chmpista", this);
     m_caseConversion = new ConversionBox(ConversionPairs[MultiCasePair], this);
     m_replaceConversion = new ConversionBox(ConversionPairs[MultiReplacePair], this);
     m_hint = made<QLabel>("multiHint", this);
-    multiple = made<QPushButton>("multiple", this);
+    m_save = made<QPushButton>("multiple", this);
 
     // A comment may be longer than a text box takes by itself, and would be written cut.
-    for (QLineEdit *edit : {Tmartista, tmalbum, tmcomentarios})
+    for (QLineEdit *edit : {m_artist, m_album, m_comment})
         edit->setMaxLength(std::numeric_limits<int>::max());
-    cmestilo->addItems(genreListEntries());
-    guardAgainstWheel(cmestilo);
+    m_genre->addItems(genreListEntries());
+    guardAgainstWheel(m_genre);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
-    m_fields = {{{Caption::Artist, chmartista, Tmartista}, {Caption::Year, chma_o, tma_o},
-        {Caption::Album, chmalbum, tmalbum}, {Caption::Genre, chmestilo, cmestilo},
-        {Caption::Comment, chmcomentarios, tmcomentarios}, {Caption::AutoTrack, chmpista, tmpista}}};
+    m_fields = {{{Caption::Artist, m_setsArtist, m_artist}, {Caption::Year, m_setsYear, m_year},
+        {Caption::Album, m_setsAlbum, m_album}, {Caption::Genre, m_setsGenre, m_genre},
+        {Caption::Comment, m_setsComment, m_comment}, {Caption::AutoTrack, m_setsTrack, m_firstTrack}}};
 }
 
 QWidget *MultiFilePage::createContent()
@@ -83,7 +82,7 @@ QWidget *MultiFilePage::createContent()
     }
     fields->setColumnStretch(1, 1);
     fields->setColumnMinimumWidth(2, fontMetrics().averageCharWidth());
-    for (DigitsEdit *edit : {tma_o, tmpista})
+    for (DigitsEdit *edit : {m_year, m_firstTrack})
         edit->setWidthForDigits(4);
 
     auto *conversions = new QHBoxLayout;
@@ -94,7 +93,7 @@ QWidget *MultiFilePage::createContent()
 
     auto *foot = new QHBoxLayout;
     foot->addWidget(m_hint, 1);
-    foot->addWidget(multiple);
+    foot->addWidget(m_save);
 
     rows->addLayout(fields);
     rows->addLayout(conversions);
@@ -108,7 +107,7 @@ void MultiFilePage::setTabOrder()
     QList<QWidget *> controls;
     for (const Field &field : m_fields)
         controls << field.check << field.box;
-    tabThrough(controls << m_caseConversion->controls() << m_replaceConversion->controls() << multiple);
+    tabThrough(controls << m_caseConversion->controls() << m_replaceConversion->controls() << m_save);
 }
 
 void MultiFilePage::connectControls()
@@ -117,11 +116,11 @@ void MultiFilePage::connectControls()
         connect(field.check, &QCheckBox::toggled, this, &MultiFilePage::updateEnabling);
     for (const ConversionBox *pair : {m_caseConversion, m_replaceConversion})
         connect(pair->checkBox(), &QCheckBox::toggled, this, &MultiFilePage::updateEnabling);
-    connect(chmpista, &QCheckBox::clicked, this, [this](bool checked) {
+    connect(m_setsTrack, &QCheckBox::clicked, this, [this](bool checked) {
         if (checked)
-            tmpista->setFocus(Qt::TabFocusReason);
+            m_firstTrack->setFocus(Qt::TabFocusReason);
     });
-    connect(multiple, &QPushButton::clicked, this, &MultiFilePage::run);
+    connect(m_save, &QPushButton::clicked, this, &MultiFilePage::run);
 }
 
 void MultiFilePage::updateEnabling()
@@ -131,7 +130,7 @@ void MultiFilePage::updateEnabling()
         field.box->setEnabled(field.check->isChecked());
         any = any || field.check->isChecked();
     }
-    multiple->setEnabled(any);
+    m_save->setEnabled(any);
     selectionChanged();
 }
 
@@ -150,9 +149,8 @@ void MultiFilePage::storeChoices(SessionChoices &choices) const
 void MultiFilePage::selectionChanged()
 {
     const Captions &captions = m_context.captions;
-    m_hint->setText(multiple->isEnabled()
-                        ? selectionHint(captions, m_context.owner.selectedCount(), Text::HintManyFiles)
-                        : captions.text(Text::HintNothingChosen));
+    m_hint->setText(m_save->isEnabled() ? selectionHint(captions, m_context.owner.selectedCount(), Text::HintManyFiles)
+                                        : captions.text(Text::HintNothingChosen));
 }
 
 void MultiFilePage::applyCaptions()
@@ -164,8 +162,8 @@ void MultiFilePage::applyCaptions()
     }
     m_caseConversion->applyCaptions(captions);
     m_replaceConversion->applyCaptions(captions);
-    multiple->setText(captions.text(Caption::SaveTags));
-    makeRoomy(multiple);
+    m_save->setText(captions.text(Caption::SaveTags));
+    makeRoomy(m_save);
     applyToolTips();
     selectionChanged();
     contentChanged();
@@ -176,35 +174,35 @@ void MultiFilePage::applyToolTips()
     const Captions &captions = m_context.captions;
     for (const Field &field : m_fields)
         field.check->setToolTip(captions.text(Text::TipApplyField));
-    tma_o->setToolTip(captions.text(Text::TipYear));
-    chmpista->setToolTip(captions.text(Text::TipAutoTrack));
-    tmpista->setToolTip(captions.text(Text::TipFirstTrack));
+    m_year->setToolTip(captions.text(Text::TipYear));
+    m_setsTrack->setToolTip(captions.text(Text::TipAutoTrack));
+    m_firstTrack->setToolTip(captions.text(Text::TipFirstTrack));
     for (ConversionBox *pair : {m_caseConversion, m_replaceConversion})
         pair->setPairToolTip(captions.text(Text::TipConvertEach));
-    multiple->setToolTip(captions.text(Text::TipApplyToAll));
-    multiple->setAccessibleDescription(multiple->toolTip());
+    m_save->setToolTip(captions.text(Text::TipApplyToAll));
+    m_save->setAccessibleDescription(m_save->toolTip());
 }
 
 void MultiFilePage::applyIcons()
 {
-    multiple->setIcon(themedIcon(QStringLiteral("save"), palette()));
+    m_save->setIcon(themedIcon(QStringLiteral("save"), palette()));
 }
 
 MultiEditPage MultiFilePage::page() const
 {
     MultiEditPage page;
-    page.boxes.Artist = Tmartista->text();
-    page.boxes.Album = tmalbum->text();
-    page.boxes.Year = tma_o->text();
-    page.boxes.Genre = cmestilo->currentText();
-    page.boxes.Comment = tmcomentarios->text();
-    page.boxes.Track = tmpista->text();
-    page.setsArtist = chmartista->isChecked();
-    page.setsAlbum = chmalbum->isChecked();
-    page.setsYear = chma_o->isChecked();
-    page.setsGenre = chmestilo->isChecked();
-    page.setsComment = chmcomentarios->isChecked();
-    page.setsTrack = chmpista->isChecked();
+    page.boxes.Artist = m_artist->text();
+    page.boxes.Album = m_album->text();
+    page.boxes.Year = m_year->text();
+    page.boxes.Genre = m_genre->currentText();
+    page.boxes.Comment = m_comment->text();
+    page.boxes.Track = m_firstTrack->text();
+    page.setsArtist = m_setsArtist->isChecked();
+    page.setsAlbum = m_setsAlbum->isChecked();
+    page.setsYear = m_setsYear->isChecked();
+    page.setsGenre = m_setsGenre->isChecked();
+    page.setsComment = m_setsComment->isChecked();
+    page.setsTrack = m_setsTrack->isChecked();
     page.letterCase = m_caseConversion->choice();
     page.replacement = m_replaceConversion->choice();
     return page;
@@ -213,9 +211,9 @@ MultiEditPage MultiFilePage::page() const
 /// What the conversions made of the boxes' texts.
 void MultiFilePage::showConverted(const TagRecord &boxes)
 {
-    Tmartista->setText(boxes.Artist);
-    tmalbum->setText(boxes.Album);
-    tmcomentarios->setText(boxes.Comment);
+    m_artist->setText(boxes.Artist);
+    m_album->setText(boxes.Album);
+    m_comment->setText(boxes.Comment);
 }
 
 void MultiFilePage::run()

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/naming/conversion.h"
+#include "core/app/captiontable.h"
 #include "ui/controls/pagearea.h"
+#include "ui/controls/pagecontext.h"
 
 #include <array>
 
@@ -14,24 +15,11 @@ class QPushButton;
 
 namespace ravlin {
 
-class Captions;
 class ConversionBox;
 class DigitsEdit;
-class PageOwner;
-class TagStore;
 struct MultiEditPage;
-struct ProgramState;
 struct SessionChoices;
 struct TagRecord;
-
-/// What the page works with. All of it outlives the page.
-struct MultiFilePageContext
-{
-    PageOwner &owner;
-    ProgramState &state;
-    TagStore &tagStore;
-    const Captions &captions;
-};
 
 /// The page that writes chosen fields into the tags of all selected files, numbers their tracks and converts their
 /// texts. What is not chosen stays in each file as it is.
@@ -43,7 +31,7 @@ class MultiFilePage : public PageArea
     Q_OBJECT
 
 public:
-    explicit MultiFilePage(const MultiFilePageContext &context, QWidget *parent = nullptr);
+    explicit MultiFilePage(const PageContext &context, QWidget *parent = nullptr);
 
     /// The conversions as the settings remember them.
     void showChoices(const SessionChoices &choices);
@@ -79,24 +67,24 @@ private:
     void showConverted(const TagRecord &boxes);
     void run();
 
-    MultiFilePageContext m_context;
+    PageContext m_context;
 
-    QLineEdit *Tmartista = nullptr;
-    QLineEdit *tmalbum = nullptr;
-    DigitsEdit *tma_o = nullptr;
-    QComboBox *cmestilo = nullptr;
-    QLineEdit *tmcomentarios = nullptr;
-    DigitsEdit *tmpista = nullptr;
-    QCheckBox *chmartista = nullptr;
-    QCheckBox *chmalbum = nullptr;
-    QCheckBox *chma_o = nullptr;
-    QCheckBox *chmestilo = nullptr;
-    QCheckBox *chmcomentarios = nullptr;
-    QCheckBox *chmpista = nullptr;
+    QLineEdit *m_artist = nullptr;
+    QLineEdit *m_album = nullptr;
+    DigitsEdit *m_year = nullptr;
+    QComboBox *m_genre = nullptr;
+    QLineEdit *m_comment = nullptr;
+    DigitsEdit *m_firstTrack = nullptr;
+    QCheckBox *m_setsArtist = nullptr;
+    QCheckBox *m_setsAlbum = nullptr;
+    QCheckBox *m_setsYear = nullptr;
+    QCheckBox *m_setsGenre = nullptr;
+    QCheckBox *m_setsComment = nullptr;
+    QCheckBox *m_setsTrack = nullptr;
     ConversionBox *m_caseConversion = nullptr;    ///< op4_1, ccase_1
     ConversionBox *m_replaceConversion = nullptr; ///< op4_4, ccase_4
     QLabel *m_hint = nullptr;
-    QPushButton *multiple = nullptr;
+    QPushButton *m_save = nullptr;
     std::array<Field, 6> m_fields{}; ///< in tab order
 };
 

@@ -25,7 +25,7 @@
 
 namespace ravlin {
 
-SingleFilePage::SingleFilePage(const SingleFilePageContext &context, QWidget *parent)
+SingleFilePage::SingleFilePage(const PageContext &context, QWidget *parent)
     : PageArea(parent), m_context(context), m_streamReader(context.fileSystem)
 {
     setObjectName(QStringLiteral("singleFilePage"));
@@ -40,37 +40,37 @@ SingleFilePage::SingleFilePage(const SingleFilePageContext &context, QWidget *pa
 
 void SingleFilePage::createControls()
 {
-    Ttitulo = made<QLineEdit>("Ttitulo", this);
-    tartista = made<QLineEdit>("tartista", this);
-    talbum = made<QLineEdit>("talbum", this);
-    ta_o = made<DigitsEdit>("ta_o", this);
-    Tpista = made<DigitsEdit>("Tpista", this);
-    tcomentarios = made<QLineEdit>("tcomentarios", this);
-    cestilo = made<QComboBox>("cestilo", this);
-    edita = made<QPushButton>("edita", this);
-    nfile = made<QPushButton>("nfile", this);
-    pfile = made<QPushButton>("pfile", this);
-    eliminav1 = made<QPushButton>("eliminav1", this);
-    eliminav2 = made<QPushButton>("eliminav2", this);
+    m_title = made<QLineEdit>("Ttitulo", this);
+    m_artist = made<QLineEdit>("tartista", this);
+    m_album = made<QLineEdit>("talbum", this);
+    m_year = made<DigitsEdit>("ta_o", this);
+    m_track = made<DigitsEdit>("Tpista", this);
+    m_comment = made<QLineEdit>("tcomentarios", this);
+    m_genre = made<QComboBox>("cestilo", this);
+    m_save = made<QPushButton>("edita", this);
+    m_next = made<QPushButton>("nfile", this);
+    m_previous = made<QPushButton>("pfile", this);
+    m_removeV1 = made<QPushButton>("eliminav1", this);
+    m_removeV2 = made<QPushButton>("eliminav2", this);
     m_conversion = new ConversionBox(ConversionPairs[SingleCasePair], this);
     m_fileName = made<ElidedLabel>("fileName", this);
     m_hint = made<QLabel>("saveHint", this);
     m_streamPanel = new StreamPanel(this);
 
     // A comment may be longer than a text box takes by itself, and would be saved cut.
-    for (QLineEdit *edit : {Ttitulo, tartista, talbum, tcomentarios})
+    for (QLineEdit *edit : {m_title, m_artist, m_album, m_comment})
         edit->setMaxLength(std::numeric_limits<int>::max());
-    cestilo->addItems(genreListEntries());
-    guardAgainstWheel(cestilo);
+    m_genre->addItems(genreListEntries());
+    guardAgainstWheel(m_genre);
     QFont bold = m_fileName->font();
     bold.setBold(true);
     m_fileName->setFont(bold);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
-    m_fields = {{{Caption::Title, new QLabel(this), Ttitulo}, {Caption::Track, new QLabel(this), Tpista},
-        {Caption::Artist, new QLabel(this), tartista}, {Caption::Year, new QLabel(this), ta_o},
-        {Caption::Album, new QLabel(this), talbum}, {Caption::Genre, new QLabel(this), cestilo},
-        {Caption::Comment, new QLabel(this), tcomentarios}}};
+    m_fields = {{{Caption::Title, new QLabel(this), m_title}, {Caption::Track, new QLabel(this), m_track},
+        {Caption::Artist, new QLabel(this), m_artist}, {Caption::Year, new QLabel(this), m_year},
+        {Caption::Album, new QLabel(this), m_album}, {Caption::Genre, new QLabel(this), m_genre},
+        {Caption::Comment, new QLabel(this), m_comment}}};
     for (const FieldLabel &field : m_fields)
         field.label->setBuddy(field.field);
 }
@@ -82,8 +82,8 @@ QWidget *SingleFilePage::createContent()
 
     auto *head = new QHBoxLayout;
     head->addWidget(m_fileName, 1);
-    head->addWidget(pfile);
-    head->addWidget(nfile);
+    head->addWidget(m_previous);
+    head->addWidget(m_next);
 
     auto *fields = new QGridLayout;
     fields->addLayout(head, 0, 0, 1, 4);
@@ -91,19 +91,19 @@ QWidget *SingleFilePage::createContent()
         const FieldLabel &field = m_fields[static_cast<std::size_t>(i)];
         const int row = 1 + i / 2;
         const int column = i % 2 * 2;
-        const bool last = field.field == tcomentarios;
+        const bool last = field.field == m_comment;
         fields->addWidget(field.label, row, column);
         fields->addWidget(field.field, row, column + 1, 1, last ? 3 : 1);
     }
     fields->setColumnStretch(1, 1);
-    for (DigitsEdit *edit : {Tpista, ta_o})
+    for (DigitsEdit *edit : {m_track, m_year})
         edit->setWidthForDigits(4);
 
     auto *side = new QVBoxLayout;
     side->addWidget(m_streamPanel);
     side->addStretch();
-    side->addWidget(eliminav1);
-    side->addWidget(eliminav2);
+    side->addWidget(m_removeV1);
+    side->addWidget(m_removeV2);
 
     auto *line = new QFrame(content);
     line->setFrameStyle(QFrame::VLine | QFrame::Plain);
@@ -116,7 +116,7 @@ QWidget *SingleFilePage::createContent()
     auto *foot = new QHBoxLayout;
     foot->addWidget(m_conversion);
     foot->addWidget(m_hint, 1);
-    foot->addWidget(edita);
+    foot->addWidget(m_save);
 
     rows->addLayout(upper);
     rows->addLayout(foot);
@@ -126,29 +126,29 @@ QWidget *SingleFilePage::createContent()
 
 void SingleFilePage::setTabOrder()
 {
-    QList<QWidget *> controls = {pfile, nfile};
+    QList<QWidget *> controls = {m_previous, m_next};
     for (const FieldLabel &field : m_fields)
         controls << field.field;
-    tabThrough(controls << eliminav1 << eliminav2 << m_conversion->controls() << edita);
+    tabThrough(controls << m_removeV1 << m_removeV2 << m_conversion->controls() << m_save);
 }
 
 void SingleFilePage::connectControls()
 {
-    connect(edita, &QPushButton::clicked, this, &SingleFilePage::save);
-    connect(nfile, &QPushButton::clicked, this, [this] { step(1); });
-    connect(pfile, &QPushButton::clicked, this, [this] { step(-1); });
-    connect(eliminav1, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV1, &TagStore::RemoveV1); });
-    connect(eliminav2, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV2, &TagStore::RemoveV2); });
+    connect(m_save, &QPushButton::clicked, this, &SingleFilePage::save);
+    connect(m_next, &QPushButton::clicked, this, [this] { step(1); });
+    connect(m_previous, &QPushButton::clicked, this, [this] { step(-1); });
+    connect(m_removeV1, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV1, &TagStore::RemoveV1); });
+    connect(m_removeV2, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV2, &TagStore::RemoveV2); });
     connect(&m_streamReader, &StreamDetailsReader::ready, m_streamPanel, &StreamPanel::show);
 }
 
 void SingleFilePage::applyIcons()
 {
-    pfile->setIcon(themedIcon(QStringLiteral("chevron-left"), palette()));
-    nfile->setIcon(themedIcon(QStringLiteral("chevron-right"), palette()));
-    eliminav1->setIcon(themedIcon(QStringLiteral("eraser"), palette()));
-    eliminav2->setIcon(themedIcon(QStringLiteral("eraser"), palette()));
-    edita->setIcon(themedIcon(QStringLiteral("save"), palette()));
+    m_previous->setIcon(themedIcon(QStringLiteral("chevron-left"), palette()));
+    m_next->setIcon(themedIcon(QStringLiteral("chevron-right"), palette()));
+    m_removeV1->setIcon(themedIcon(QStringLiteral("eraser"), palette()));
+    m_removeV2->setIcon(themedIcon(QStringLiteral("eraser"), palette()));
+    m_save->setIcon(themedIcon(QStringLiteral("save"), palette()));
 }
 
 void SingleFilePage::applyCaptions()
@@ -158,22 +158,22 @@ void SingleFilePage::applyCaptions()
         field.label->setText(captions.text(field.caption));
         field.field->setAccessibleName(captions.text(field.caption));
     }
-    pfile->setText(captions.text(Caption::PreviousFile));
-    nfile->setText(captions.text(Caption::NextFile));
-    edita->setText(captions.text(Caption::SaveTags));
-    makeRoomy(edita);
-    eliminav1->setText(captions.text(Caption::RemoveV1));
-    eliminav2->setText(captions.text(Caption::RemoveV2));
+    m_previous->setText(captions.text(Caption::PreviousFile));
+    m_next->setText(captions.text(Caption::NextFile));
+    m_save->setText(captions.text(Caption::SaveTags));
+    makeRoomy(m_save);
+    m_removeV1->setText(captions.text(Caption::RemoveV1));
+    m_removeV2->setText(captions.text(Caption::RemoveV2));
     m_conversion->applyCaptions(captions);
     m_streamPanel->applyCaptions(captions);
 
-    pfile->setToolTip(captions.text(Text::TipPreviousFile));
-    nfile->setToolTip(captions.text(Text::TipNextFile));
-    eliminav1->setToolTip(captions.text(Text::TipRemoveTag));
-    eliminav2->setToolTip(captions.text(Text::TipRemoveTag));
+    m_previous->setToolTip(captions.text(Text::TipPreviousFile));
+    m_next->setToolTip(captions.text(Text::TipNextFile));
+    m_removeV1->setToolTip(captions.text(Text::TipRemoveTag));
+    m_removeV2->setToolTip(captions.text(Text::TipRemoveTag));
     m_conversion->setPairToolTip(captions.text(Text::TipConvertOnSave));
-    ta_o->setToolTip(captions.text(Text::TipYear));
-    Tpista->setToolTip(captions.text(Text::TipTrack));
+    m_year->setToolTip(captions.text(Text::TipYear));
+    m_track->setToolTip(captions.text(Text::TipTrack));
     selectionChanged();
     contentChanged();
 }
@@ -190,8 +190,8 @@ void SingleFilePage::ShowCurrent()
     // A file that cannot be read shows what was read of it, which may be nothing; that is all that is said.
     (void)m_context.tagStore.ReadTag(path, m_record);
     showPage(m_record);
-    eliminav1->setEnabled(m_record.HasV1);
-    eliminav2->setEnabled(m_record.HasV2);
+    m_removeV1->setEnabled(m_record.HasV1);
+    m_removeV2->setEnabled(m_record.HasV2);
     m_fileName->setFullText(platform::nameOf(path), path);
     m_streamPanel->clear();
     m_streamReader.request(path);
@@ -203,8 +203,8 @@ void SingleFilePage::reset()
     m_isShowingFile = false;
     m_record = {};
     showPage(m_record);
-    eliminav1->setEnabled(false);
-    eliminav2->setEnabled(false);
+    m_removeV1->setEnabled(false);
+    m_removeV2->setEnabled(false);
     m_fileName->setFullText({});
     m_streamReader.cancel();
     m_streamPanel->clear();
@@ -212,13 +212,13 @@ void SingleFilePage::reset()
 
 void SingleFilePage::startEditing()
 {
-    Ttitulo->setFocus();
-    Ttitulo->selectAll();
+    m_title->setFocus();
+    m_title->selectAll();
 }
 
 void SingleFilePage::setSavingEnabled(bool enabled)
 {
-    for (QPushButton *button : {edita, nfile, pfile})
+    for (QPushButton *button : {m_save, m_next, m_previous})
         button->setEnabled(enabled);
     selectionChanged();
 }
@@ -233,21 +233,21 @@ void SingleFilePage::selectionChanged()
         hint = captions.text(Text::HintManyFiles).arg(count);
     else if (count == 0)
         hint = captions.text(Text::HintNoFile);
-    m_hint->setText(edita->isEnabled() ? hint : QString());
-    edita->setToolTip(many ? captions.text(Text::TipSaveManyFiles).arg(count) : captions.text(Text::TipSaveOneFile));
-    edita->setAccessibleDescription(edita->toolTip());
+    m_hint->setText(m_save->isEnabled() ? hint : QString());
+    m_save->setToolTip(many ? captions.text(Text::TipSaveManyFiles).arg(count) : captions.text(Text::TipSaveOneFile));
+    m_save->setAccessibleDescription(m_save->toolTip());
 }
 
 TagRecord SingleFilePage::page() const
 {
     TagRecord record;
-    record.Artist = tartista->text();
-    record.Album = talbum->text();
-    record.Comment = tcomentarios->text();
-    record.Year = ta_o->text();
-    record.Genre = cestilo->currentText();
-    record.Title = Ttitulo->text();
-    record.Track = Tpista->text();
+    record.Artist = m_artist->text();
+    record.Album = m_album->text();
+    record.Comment = m_comment->text();
+    record.Year = m_year->text();
+    record.Genre = m_genre->currentText();
+    record.Title = m_title->text();
+    record.Track = m_track->text();
     return record;
 }
 
@@ -257,13 +257,13 @@ void SingleFilePage::showPage(const TagRecord &record)
         edit->setText(text);
         edit->setCursorPosition(0); // the start of a long text is what one wants to see
     };
-    show(tartista, record.Artist);
-    show(talbum, record.Album);
-    show(ta_o, record.Year);
-    cestilo->setCurrentIndex(genreListIndex(record.Genre));
-    show(Ttitulo, record.Title);
-    show(Tpista, record.Track);
-    show(tcomentarios, record.Comment);
+    show(m_artist, record.Artist);
+    show(m_album, record.Album);
+    show(m_year, record.Year);
+    m_genre->setCurrentIndex(genreListIndex(record.Genre));
+    show(m_title, record.Title);
+    show(m_track, record.Track);
+    show(m_comment, record.Comment);
 }
 
 void SingleFilePage::save()
@@ -291,7 +291,7 @@ void SingleFilePage::step(qsizetype rows)
 {
     if (m_context.owner.moveCurrent(rows))
         ShowCurrent();
-    tartista->setFocus();
+    m_artist->setFocus();
 }
 
 void SingleFilePage::removeTag(Caption caption, Result<void> (TagStore::*remove)(const QString &))

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/naming/conversion.h"
-#include "core/platform/filesystem.h"
+#include "core/app/captiontable.h"
 #include "core/tags/mpeg/streamdetails.h"
 #include "core/tags/record/tagrecord.h"
 #include "ui/controls/pagearea.h"
+#include "ui/controls/pagecontext.h"
 
 #include <array>
 
@@ -16,25 +16,11 @@ class QPushButton;
 
 namespace ravlin {
 
-class BatchOutcome;
-class Captions;
 class ConversionBox;
 class DigitsEdit;
 class ElidedLabel;
-class PageOwner;
-struct ProgramState;
 class StreamPanel;
 class TagStore;
-
-/// What the page works with. All of it outlives the page.
-struct SingleFilePageContext
-{
-    PageOwner &owner;
-    ProgramState &state;
-    TagStore &tagStore;
-    const Captions &captions;
-    platform::FileSystem &fileSystem = platform::FileSystem::native(); ///< for the stream details
-};
 
 /// The page that edits the tag of one file: shows the tag of the list's current row, writes it into every selected
 /// file, steps through the list and removes tags.
@@ -46,7 +32,7 @@ class SingleFilePage : public PageArea
     Q_OBJECT
 
 public:
-    explicit SingleFilePage(const SingleFilePageContext &context, QWidget *parent = nullptr);
+    explicit SingleFilePage(const PageContext &context, QWidget *parent = nullptr);
 
     /// Fills the page from the file of the current row; without a current row as reset().
     void ShowCurrent();
@@ -80,23 +66,23 @@ private:
     void showPage(const TagRecord &record);
     void setSavingEnabled(bool enabled);
 
-    SingleFilePageContext m_context;
+    PageContext m_context;
     TagRecord m_record;
     bool m_isShowingFile = false;
     StreamDetailsReader m_streamReader;
 
-    QLineEdit *Ttitulo = nullptr;
-    QLineEdit *tartista = nullptr;
-    QLineEdit *talbum = nullptr;
-    DigitsEdit *ta_o = nullptr;
-    DigitsEdit *Tpista = nullptr;
-    QLineEdit *tcomentarios = nullptr;
-    QComboBox *cestilo = nullptr;
-    QPushButton *edita = nullptr;
-    QPushButton *nfile = nullptr;
-    QPushButton *pfile = nullptr;
-    QPushButton *eliminav1 = nullptr;
-    QPushButton *eliminav2 = nullptr;
+    QLineEdit *m_title = nullptr;
+    QLineEdit *m_artist = nullptr;
+    QLineEdit *m_album = nullptr;
+    DigitsEdit *m_year = nullptr;
+    DigitsEdit *m_track = nullptr;
+    QLineEdit *m_comment = nullptr;
+    QComboBox *m_genre = nullptr;
+    QPushButton *m_save = nullptr;
+    QPushButton *m_next = nullptr;
+    QPushButton *m_previous = nullptr;
+    QPushButton *m_removeV1 = nullptr;
+    QPushButton *m_removeV2 = nullptr;
     ConversionBox *m_conversion = nullptr; ///< op4_2, ccase_2
     ElidedLabel *m_fileName = nullptr;
     QLabel *m_hint = nullptr;

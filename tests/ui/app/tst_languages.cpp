@@ -73,8 +73,8 @@ QList<WindowMaker> windowMakers()
                 u"spanish"_s, u"english"_s, u"french"_s, defaults::Server.toString(), defaults::Mail.toString()}},
         {u"Dialog"_s,
             [](Program &program) {
-                return new Dialog({program.settings, program.captions, program.tagStore, program.fileSystem},
-                    QDir::tempPath(), QString());
+                static FakePageOwner owner; // outlives all windows
+                return new Dialog(program.pageContext(owner), QDir::tempPath(), QString());
             }},
         {u"clash"_s,
             [](Program &program) { return new ClashDialog(program.captions, u"1.mp3"_s, u"2.mp3"_s, nullptr); }},

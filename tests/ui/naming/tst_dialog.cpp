@@ -25,9 +25,7 @@ private:
 
     void open()
     {
-        m_dialog =
-            std::make_unique<Dialog>(DialogContext{*m_settings, m_captions, m_store, platform::FileSystem::native()},
-                musicFolder() + QDir::separator(), m_firstFile);
+        m_dialog = std::make_unique<Dialog>(context(), musicFolder() + QDir::separator(), m_firstFile);
         m_dialog->show();
     }
     void openFor(const Fields &fields)

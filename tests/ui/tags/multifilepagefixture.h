@@ -1,47 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/app/idiomas.h"
 #include "core/naming/sessionchoices.h"
-#include "core/tags/store/tagstore.h"
-#include "support/mp3builder.h"
-#include "ui/tags/fakepageowner.h"
 #include "ui/tags/multifilepage.h"
-
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTemporaryDir>
-
-#include <memory>
-#include <tuple>
+#include "ui/tags/pagefixture.h"
 
 namespace ravlin::test {
 
 /// The page of many files over a list of real files, and short words for its controls.
-class MultiFilePageFixture : public QObject
+class MultiFilePageFixture : public PageFixture
 {
 protected:
-    std::unique_ptr<QTemporaryDir> m_folder;
-    ProgramState m_state;
-    TagStore m_store{m_state, platform::FileSystem::native()};
-    Captions m_captions;
-    FakePageOwner m_owner;
     std::unique_ptr<MultiFilePage> m_page;
 
     /// A new page over an empty list.
     void start()
     {
         m_page.reset();
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_state = ProgramState{};
-        m_state.freeMegabytes = 100000;
-        m_captions = Captions();
-        m_captions.fill();
-        m_owner = FakePageOwner();
-        m_page = std::make_unique<MultiFilePage>(MultiFilePageContext{m_owner, m_state, m_store, m_captions});
+        startAfresh();
+        m_page = std::make_unique<MultiFilePage>(context());
     }
     /// Files 1.mp3, 2.mp3 ... with every field filled, all of them selected.
     void addFiles(int count)
@@ -59,12 +36,7 @@ protected:
         m_owner.selectAll();
         m_owner.current = 0;
     }
-    TagRecord read(qsizetype row) const
-    {
-        TagRecord record;
-        std::ignore = m_store.ReadTag(m_owner.rows.at(row), record);
-        return record;
-    }
+    TagRecord read(qsizetype row) const { return PageFixture::read(m_owner.rows.at(row)); }
     QStringList tracks() const
     {
         QStringList tracks;
@@ -75,10 +47,7 @@ protected:
     template <typename Control = QWidget>
     Control *control(const char *name) const
     {
-        auto *found = m_page->findChild<Control *>(QLatin1String(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return found;
+        return PageFixture::control<Control>(m_page.get(), QLatin1String(name));
     }
     void tick(const char *name, bool on = true) const
     {

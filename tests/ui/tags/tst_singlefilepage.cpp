@@ -102,8 +102,7 @@ private Q_SLOTS:
         addFile(u"2.mp3"_s, tagged(u"two"_s) + audio(2));
         const QString second = u"%1 bytes"_s.arg(QFile(m_owner.rows.at(1)).size());
         m_page.reset();
-        m_page =
-            std::make_unique<SingleFilePage>(SingleFilePageContext{m_owner, m_state, m_store, m_captions, fileSystem});
+        m_page = std::make_unique<SingleFilePage>(context(fileSystem));
         clickRow(0);
         QCOMPARE(text("Ttitulo"), u"one"_s);
         QCOMPARE(label("size"), QString());

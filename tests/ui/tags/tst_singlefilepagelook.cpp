@@ -2,49 +2,28 @@
 // The page as it is used without a mouse and in three languages: captions, the order of Tab, Alt keys, names for
 // assistive tools, and that nothing is cut at the narrowest usual width.
 
-#include "core/app/idiomas.h"
-#include "core/tags/store/tagstore.h"
-#include "support/mp3builder.h"
-#include "ui/tags/fakepageowner.h"
+#include "ui/tags/pagefixture.h"
 #include "ui/tags/singlefilepage.h"
 
 #include <QAbstractButton>
-#include <QApplication>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
 #include <QScrollBar>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QWheelEvent>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-class TestSingleFilePageLook : public QObject
+class TestSingleFilePageLook : public PageFixture
 {
     Q_OBJECT
 
 private:
     static constexpr int NarrowWidth = 620; ///< what a window of 700 pixels leaves for the page
 
-    QTemporaryDir m_folder;
-    ProgramState m_state;
-    TagStore m_store{m_state, platform::FileSystem::native()};
-    Captions m_captions;
-    FakePageOwner m_owner;
     std::unique_ptr<SingleFilePage> m_page;
 
-    QWidget *control(const QString &name) const
-    {
-        auto *found = m_page->findChild<QWidget *>(name);
-        if (!found)
-            qFatal("no control %s", qPrintable(name));
-        return found;
-    }
+    QWidget *control(const QString &name) const { return PageFixture::control(m_page.get(), name); }
     QString caption(const char *name) const
     {
         return qobject_cast<QAbstractButton *>(control(QLatin1String(name)))->text();
@@ -57,16 +36,10 @@ private:
         }
         return u"no label"_s;
     }
-    QString title(int row) const
-    {
-        TagRecord record;
-        (void)m_store.ReadTag(m_owner.rows.at(row), record);
-        return record.Title;
-    }
+    QString title(int row) const { return read(m_owner.rows.at(row)).Title; }
     void speak(const QString &language)
     {
-        m_captions.setLanguageName(language);
-        m_captions.fill();
+        PageFixture::speak(language);
         m_page->applyCaptions();
     }
     void showActive()
@@ -79,16 +52,13 @@ private:
 private Q_SLOTS:
     void init()
     {
-        m_state = ProgramState{};
-        m_state.freeMegabytes = 100000;
-        m_captions = Captions();
-        m_captions.fill();
-        m_owner = FakePageOwner();
+        m_page.reset();
+        startAfresh();
         for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s}) {
             m_owner.rows << writeFile(
-                m_folder.path(), name, id3v2(3, textFrame(3, "TIT2", name)) + audio(300) + id3v1({.title = "x"}));
+                m_folder->path(), name, id3v2(3, textFrame(3, "TIT2", name)) + audio(300) + id3v1({.title = "x"}));
         }
-        m_page = std::make_unique<SingleFilePage>(SingleFilePageContext{m_owner, m_state, m_store, m_captions});
+        m_page = std::make_unique<SingleFilePage>(context());
         m_owner.click(0);
         m_page->ShowCurrent();
     }
@@ -304,7 +274,7 @@ private Q_SLOTS:
     void aLongFileNameLosesItsMiddleOnly()
     {
         const QString name = u"01 - "_s + QString(200, u'x') + u".mp3"_s;
-        m_owner.rows[0] = writeFile(m_folder.path(), name, audio());
+        m_owner.rows[0] = writeFile(m_folder->path(), name, audio());
         m_page->ShowCurrent();
         m_page->resize(NarrowWidth, 200);
         m_page->show();

@@ -9,19 +9,19 @@ class Captions;
 class PageOwner;
 class Settings;
 class TagStore;
-struct ProgramState;
 class UndoHistory;
+struct ProgramState;
 
-/// What the pages that work on names, and their windows, work with. All of it outlives them.
-struct NamingContext
+/// What the pages of the working modes and their windows work with. All of it outlives them.
+struct PageContext
 {
     PageOwner &owner;
     ProgramState &state;
     TagStore &tagStore;
     const Captions &captions;
-    Settings &settings; ///< for the patterns used before
+    Settings &settings; ///< where the lists of used patterns live
     platform::FileSystem &fileSystem = platform::FileSystem::native();
-    UndoHistory *undoHistory = nullptr; ///< is told of renames, where there is one
+    UndoHistory *undoHistory = nullptr; ///< records renames; nullptr: nothing does
 };
 
 } // namespace ravlin
