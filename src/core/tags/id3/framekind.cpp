@@ -93,7 +93,7 @@ int genreNumber(const QString &text)
         const qsizetype close = trimmed.indexOf(u')');
         return close < 0 ? GenreNone : genreInDigits(QStringView(trimmed).mid(1, close - 1));
     }
-    // Of several values the first one counts.
+    // The first of several values counts.
     const qsizetype firstEnd = trimmed.indexOf(ValueSeparator);
     const QStringView first = QStringView(trimmed).left(firstEnd < 0 ? trimmed.size() : firstEnd);
     if (isNumber(first))
@@ -112,7 +112,7 @@ int trackNumber(const QString &text)
 {
     const QString trimmed = text.trimmed();
     const qsizetype digits = leadingDigits(trimmed);
-    // More digits than any track has are no track, and would not fit a number.
+    // No track has more digits, and they would not fit a number.
     return digits == 0 || digits > 6 ? 0 : QStringView(trimmed).left(digits).toInt();
 }
 

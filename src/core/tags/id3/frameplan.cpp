@@ -15,7 +15,7 @@ constexpr quint16 V24UnsynchronisedFrame = 0x02;
 constexpr std::array<FrameKind, 7> NewFrameOrder{FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album,
     FrameKind::Year, FrameKind::ContentType, FrameKind::Comment, FrameKind::TrackNumber};
 
-/// True when the frame's value, as the program shows it, is that of the edit.
+/// Whether the frame already has the value of the edit, as the program shows it.
 bool hasValue(const Frame &frame, const FieldEdit &edit)
 {
     switch (frame.kind) {
@@ -48,8 +48,7 @@ QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, in
     return encodeTextBody(several ? edit.text.split(ValueSeparator.toString()) : QStringList{edit.text}, majorVersion);
 }
 
-/// A whole frame with that value. Of the frame in whose place it comes the status flags and a comment's language and
-/// description stay.
+/// A whole frame with that body. It keeps the status flags of the frame that it replaces.
 Result<QByteArray> buildFrame(FrameKind kind, QByteArray body, const Frame *old, const TagHeader &tag)
 {
     quint16 flags = old ? old->header.flags & 0xFF00 : 0;
@@ -77,8 +76,8 @@ Result<QByteArray> buildFrame(FrameKind kind, QByteArray body, const Frame *old,
     return frame + body;
 }
 
-/// Whether the frame shows already what that body would: not every text can be stored as it is, and one that can't
-/// would else be written anew by each save.
+/// Whether the frame already shows what that body would. Not every text can be stored as it is, and without this check
+/// each save would write such a frame anew.
 bool readsAs(const Frame &frame, FrameKind kind, const QByteArray &body)
 {
     const std::string_view bytes(body.constData(), static_cast<size_t>(body.size()));
@@ -94,7 +93,7 @@ Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, 
     const Frame *shown = tag ? tag->programFrame(kind) : nullptr;
     if (!edit.remove && shown && hasValue(*shown, edit))
         return {};
-    // A track that reads as none ("A1", "0") is not what a removal is about.
+    // A track that reads as no number ("A1", "0") is not removed.
     if (edit.remove && kind == FrameKind::TrackNumber && shown && trackNumber(shown->text) == 0)
         return {};
     const QByteArray body = edit.remove ? QByteArray() : frameBody(kind, edit, shown, header.majorVersion);

@@ -5,8 +5,7 @@
 
 #include <map>
 
-/// What edits of the seven frame kinds make of the frames of an ID3v2 tag. Putting the result into a file is
-/// id3v2writer.h's.
+/// What edits of the seven frame kinds make of the frames of an ID3v2 tag. id3v2writer.h puts the result into a file.
 namespace ravlin::id3 {
 
 /// What becomes of the frames of one kind. Comments that programs keep for themselves are never touched.
@@ -30,8 +29,8 @@ struct FramePlan
     bool isEmpty() const { return replaced.empty() && appended.isEmpty(); }
 };
 
-/// The plan for a tag with that header; tag is nullptr for a new one. A value that the tag shows already leaves its
-/// frame as it stands. Errors: TooLarge.
+/// The plan for a tag with that header; tag is nullptr for a new one. A frame that already shows the value of an edit
+/// stays as it is. Errors: TooLarge.
 Result<FramePlan> planFrames(const TagHeader &header, const Tag *tag, const FieldEdits &edits);
 
 } // namespace ravlin::id3

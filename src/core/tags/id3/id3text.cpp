@@ -19,7 +19,7 @@ bool isWide(TextEncoding encoding)
     return encoding == TextEncoding::Utf16 || encoding == TextEncoding::Utf16Be;
 }
 
-/// Without a byte order mark the zero bytes tell: most texts have more characters below U+0100 than not.
+/// Guesses the byte order of a text without a mark: most texts consist mainly of characters below U+0100.
 bool looksBigEndian(std::string_view bytes)
 {
     qsizetype zeroFirst = 0;
@@ -38,7 +38,7 @@ enum class ByteOrder
     Big
 };
 
-/// Takes a byte order mark off the front.
+/// Removes a byte order mark at the front.
 ByteOrder takeByteOrderMark(std::string_view &bytes)
 {
     if (bytes.size() < 2)
@@ -69,7 +69,7 @@ QString decodeWide(std::string_view bytes, bool bigEndian)
     return text;
 }
 
-/// The end of the value that starts the bytes: the offset of its terminator or the end.
+/// The end of the value at the start of the bytes: the offset of its terminator, or of the end.
 size_t valueEnd(std::string_view bytes, TextEncoding encoding)
 {
     if (!isWide(encoding))
@@ -81,7 +81,7 @@ size_t valueEnd(std::string_view bytes, TextEncoding encoding)
     return bytes.size() & ~size_t{1};
 }
 
-/// Decodes one value without its terminator. A byte order found is remembered for values that lack a mark.
+/// Decodes one value without its terminator. The byte order of a value with a mark holds for later ones without.
 QString decodeValue(std::string_view bytes, TextEncoding encoding, ByteOrder &order)
 {
     const auto size = static_cast<qsizetype>(bytes.size());
@@ -106,7 +106,7 @@ QString decodeValue(std::string_view bytes, TextEncoding encoding, ByteOrder &or
     return {};
 }
 
-/// Calls use for each value up to the last one that is not empty. Returns how many those are.
+/// Calls use for each value up to the last one that is not empty. Returns their number.
 template <typename Use>
 int forEachValue(std::string_view body, Use use)
 {
@@ -139,7 +139,8 @@ bool isLatin1(QStringView text)
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
 }
 
-/// Valid UTF-16 without zero characters and byte order marks in front: what a decoder gives back as it was.
+/// The text as it can be stored and read back unchanged: valid UTF-16, without zero characters, and without byte order
+/// marks at the start.
 QString storable(QStringView text)
 {
     while (text.startsWith(QChar(QChar::ByteOrderMark)))
@@ -219,7 +220,7 @@ bool decodeCommentBody(std::string_view body, CommentBody &comment)
     const size_t terminator = isWide(encoding) ? 2 : 1;
     const size_t descriptionEnd = valueEnd(body, encoding);
     if (descriptionEnd + terminator > body.size()) {
-        // No terminator: old programs left the description out, so what there is must be the text.
+        // Without a terminator this is the text: old programs left the description out.
         comment.description.clear();
         comment.text = decodeValue(body.substr(0, descriptionEnd), encoding, order);
         return true;

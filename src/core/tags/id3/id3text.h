@@ -18,12 +18,12 @@ enum class TextEncoding : quint8
     Utf8 = 3,    ///< ID3v2.4
 };
 
-/// What stands between the values of a text frame with several, as the user sees it.
+/// Separates the values of a text frame with several, as the user sees it.
 inline constexpr QStringView ValueSeparator = u" / ";
 
-/// The text of a text frame's body (encoding byte, then one value or several that are parted by a terminator).
-/// Several values are joined by ValueSeparator; empty ones at the end (terminators, garbage zeros) don't count.
-/// Bytes that are invalid in the encoding become U+FFFD. An encoding byte beyond 3 is read as Latin-1.
+/// The text of a text frame's body: an encoding byte, then one or more values separated by a terminator. Several values
+/// are joined by ValueSeparator; empty ones at the end (terminators, stray zeros) don't count. Bytes that are invalid
+/// in the encoding become U+FFFD. An encoding byte above 3 is read as Latin-1.
 struct TextBody
 {
     QString text;
@@ -39,12 +39,12 @@ struct CommentBody
     QString text;
 };
 
-/// False when the body is too short to be a comment.
+/// Returns false if the body is too short to be a comment.
 bool decodeCommentBody(std::string_view body, CommentBody &comment);
 
-/// A text frame's body for a tag of that major version (2, 3 or 4): Latin-1 where that holds the text, else UTF-16 with
-/// a byte order mark (2.2, 2.3) or UTF-8 (2.4). Unpaired surrogates become U+FFFD, zero characters and byte order marks
-/// in front are left out.
+/// A text frame's body for a tag of that major version (2, 3 or 4): Latin-1 if it can hold the text, else UTF-16 with a
+/// byte order mark (2.2, 2.3) or UTF-8 (2.4). Unpaired surrogates become U+FFFD. Zero characters, and byte order marks
+/// at the start, are left out.
 QByteArray encodeTextBody(const QStringList &values, int majorVersion);
 QByteArray encodeCommentBody(const CommentBody &comment, int majorVersion);
 

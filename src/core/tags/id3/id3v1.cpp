@@ -40,7 +40,7 @@ bool hasTrack(std::string_view block)
     return block[TrackMark] == '\0' && block[Track] != '\0';
 }
 
-/// Puts a text into its slot unless the slot reads as that text already.
+/// Writes a text into its slot, unless the slot already reads as that text.
 void putText(QByteArray &block, Slot slot, const QString &text)
 {
     const QByteArray latin = toLatin1Visibly(text, slot.size);
@@ -58,7 +58,7 @@ Result<std::optional<QByteArray>> readV1Block(platform::File &file, qint64 fileS
 {
     if (fileSize < V1Size)
         return std::nullopt;
-    // Three bytes more, to tell a tag from the end of "APETAGEX".
+    // Three more bytes, to recognise the end of "APETAGEX".
     std::array<char, V1Size + 3> buffer{};
     const qint64 before = std::min<qint64>(3, fileSize - V1Size);
     const auto read = file.readAt({buffer.data(), static_cast<size_t>(V1Size + before)}, fileSize - V1Size - before);

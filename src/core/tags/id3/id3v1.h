@@ -28,15 +28,16 @@ struct V1Fields
     bool operator==(const V1Fields &) const = default;
 };
 
-/// The tag block at the end of the file, or nothing. An APE footer that happens to look like one is none.
+/// The tag block at the end of the file. Returns nothing if there is none; the end of an APE footer that looks like one
+/// is not one.
 Result<std::optional<QByteArray>> readV1Block(platform::File &file, qint64 fileSize);
 
-/// The fields of a block of 128 bytes: Latin-1, each up to its first zero byte, without blanks at its end.
+/// The fields of a block of 128 bytes: Latin-1, each up to its first zero byte, without trailing spaces.
 V1Fields parseV1(std::string_view block);
 
-/// The block for those fields. Texts are cut and transliterated (see toLatin1Visibly). With a track the comment has 28
-/// bytes and the tag is ID3v1.1. A field that holds the value already keeps its bytes of the old block (which may be
-/// empty), whatever follows the terminator there.
+/// The block for those fields. Texts are transliterated and cut (see toLatin1Visibly). With a track the comment has 28
+/// bytes and the tag is ID3v1.1. A field that already holds the value keeps its bytes of oldBlock (which may be empty),
+/// whatever follows the terminator there.
 QByteArray buildV1(const V1Fields &fields, const QByteArray &oldBlock);
 
 } // namespace ravlin::id3

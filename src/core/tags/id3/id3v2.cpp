@@ -23,11 +23,11 @@ constexpr quint16 V24Encrypted = 0x04;
 constexpr quint16 V24Unsynchronised = 0x02;
 constexpr quint16 V24DataLength = 0x01;
 
-/// A tag of more frames than this is nobody's; what follows them is not read.
+/// No real tag has more frames than this. What follows them is not read.
 constexpr size_t MaximumFrameCount = 65536;
 
 constexpr unsigned AllListFields = 0x1F;
-/// Bytes of an unsynchronised tag that hold the texts of nearly all files, read before the rest.
+/// Bytes of an unsynchronised tag that hold the texts of nearly all files. Read before the rest.
 constexpr qint64 MostlyEnough = 64 * 1024;
 
 /// A bit for each kind that the file list shows.
@@ -54,8 +54,8 @@ bool isIdentifierCharacter(char c)
     return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-/// Decompresses a zlib stream whose size it claims itself; nothing when the claim is beyond reason or wrong, or the
-/// data are broken. Never makes more than was claimed.
+/// Decompresses a zlib stream of a claimed size. Fails if the claim is beyond reason or wrong, or the data are broken.
+/// Never produces more than the claim.
 bool decompress(std::string_view data, qint64 claimedSize, QByteArray &out)
 {
     if (claimedSize < 0 || claimedSize > MaximumTextFrameSize)
@@ -245,19 +245,19 @@ bool Tag::walk(ByteWindow &window, Detail detail)
         if (detail == Detail::ListFields && settled == AllListFields)
             return true;
     }
-    m_writable = false; // a frame put behind those would not be read again
+    m_writable = false; // a frame appended to those would not be read again
     return false;
 }
 
-/// Decodes the tag in memory and walks it there. For the list its beginning is mostly enough, so that a picture behind
-/// the texts is not read.
+/// Decodes the tag in memory and walks it there. For the list its beginning usually suffices, so a picture behind the
+/// texts is not read.
 void Tag::walkUnsynchronised(ByteWindow &window, Detail detail)
 {
     const qint64 end = m_bodyEnd;
     const auto walkUpTo = [&](qint64 size) {
         const std::string_view bytes = window.exactly(0, size);
         if (bytes.empty())
-            return true; // the window tells why
+            return true; // the window has the error
         m_frames.clear();
         m_decoded = QByteArray(bytes.data(), TagHeaderSize);
         m_decoded += removeUnsynchronisation(bytes.substr(static_cast<size_t>(TagHeaderSize)));
@@ -279,7 +279,7 @@ qint64 Tag::skipExtendedHeader(ByteWindow &window) const
         return TagHeaderSize;
     // ID3v2.3 counts without the size field (6 or 10), ID3v2.4 with it and syncsafe (at least 6).
     qint64 size = m_header.majorVersion == 3 ? readBigEndian(sizeBytes) + 4 : readSyncsafe(sizeBytes);
-    // Some programs set the flag without an extended header: then a frame begins here.
+    // Some programs set the flag without writing an extended header: then a frame begins here.
     if (size < 6 || TagHeaderSize + size > m_bodyEnd || isIdentifier(sizeBytes))
         size = 0;
     return TagHeaderSize + size;
@@ -299,7 +299,7 @@ std::optional<FrameHeader> Tag::frameHeaderAt(ByteWindow &window, qint64 offset)
     std::copy_n(bytes.begin(), old ? 3 : 4, frame.id.begin());
     if (!old)
         frame.flags = static_cast<quint16>(readBigEndian(bytes.substr(8, 2)));
-    // The view dies with the next look, so the size bytes are copied.
+    // Copy the size bytes: the next read invalidates the view.
     const std::array<char, 4> size{bytes[old ? 3 : 4], bytes[old ? 4 : 5], bytes[old ? 5 : 6], old ? '\0' : bytes[7]};
     frame.bodySize = frameSize(window, {size.data(), old ? size_t{3} : size_t{4}}, offset + frame.headerSize);
     const qint64 syncsafe = old ? -1 : readSyncsafe({size.data(), size_t{4}});
@@ -311,8 +311,8 @@ std::optional<FrameHeader> Tag::frameHeaderAt(ByteWindow &window, qint64 offset)
     return frame;
 }
 
-/// ID3v2.4 sizes are syncsafe, ID3v2.3's are not, and programs have mixed them up in both directions. Where the two
-/// readings differ, the one after which a frame, padding or the end of the tag follows is right.
+/// ID3v2.4 sizes are syncsafe, ID3v2.3's are not, and programs have mixed them up both ways. Where the two readings
+/// differ, the right one is the one that leads to a frame, padding or the end of the tag.
 qint64 Tag::frameSize(ByteWindow &window, std::string_view sizeBytes, qint64 bodyOffset) const
 {
     const qint64 plain = readBigEndian(sizeBytes);
@@ -336,7 +336,7 @@ bool Tag::plausibleFrameStart(ByteWindow &window, qint64 offset) const
     return !next.empty() && canFollowFrame(next);
 }
 
-/// Decodes a frame of a kind that has room left for so many bytes. A frame that can't be read becomes an Other.
+/// Decodes a frame, if its kind has that many bytes of room left. A frame that can't be read becomes an Other.
 void Tag::readFrame(ByteWindow &window, Frame &frame, qint64 &room) const
 {
     std::string_view content;
@@ -362,7 +362,7 @@ void Tag::readFrame(ByteWindow &window, Frame &frame, qint64 &room) const
     frame.language = comment.language;
 }
 
-/// The frame's body without what its flags put around it. False when it can't be read here.
+/// The frame's body without what its flags add around it. Returns false if it can't be read here.
 bool Tag::frameContent(
     ByteWindow &window, const FrameHeader &frame, std::string_view &content, QByteArray &scratch) const
 {

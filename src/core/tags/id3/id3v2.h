@@ -13,21 +13,21 @@
 #include <string_view>
 #include <vector>
 
-/// Reading of the ID3v2 tag at the start of a file: ID3v2.2, 2.3 and 2.4 (id3.org: id3v2-00, id3v2.3.0,
-/// id3v2.4.0-structure), with unsynchronisation, extended headers, footers, compressed frames and the common faults of
-/// other programs. The frame directory is kept, the frames' own bytes stay in the file, so that what nobody edits is
-/// never decoded and encoded again. Writing is in id3v2writer.h.
+/// Reads the ID3v2 tag at the start of a file: ID3v2.2, 2.3 and 2.4 (id3.org: id3v2-00, id3v2.3.0,
+/// id3v2.4.0-structure), with unsynchronisation, extended headers, footers, compressed frames, and the common faults of
+/// other programs. Only the directory of frames is kept. The frames' bytes stay in the file, so that what nobody edits
+/// is never decoded and encoded again. id3v2writer.h writes.
 namespace ravlin::id3 {
 
 inline constexpr qint64 TagHeaderSize = 10;
 /// Buffer of the windows over a tag, in bytes: one read brings the texts of most files.
 inline constexpr size_t WindowSize = 4096;
-/// The largest body that a tag header can tell: 28 bits.
+/// The largest body that a tag header can state: 28 bits.
 inline constexpr qint64 MaximumBodySize = (1 << 28) - 1;
-/// Text frames with a larger body are carried along, not read.
+/// Text frames with a larger body are carried along unread.
 inline constexpr qint64 MaximumTextFrameSize = 1 << 20;
-/// Of the frames of one kind no more than this many bytes are read, decompressed, in one tag; what is beyond is carried
-/// along too. It bounds the memory that many small compressed frames can ask for.
+/// Of the frames of one kind in a tag no more than this many bytes, decompressed, are read; the rest is carried along
+/// unread. This bounds the memory that many small compressed frames can claim.
 inline constexpr qint64 MaximumTextSizePerKind = 4 * MaximumTextFrameSize;
 
 struct TagHeader
@@ -46,22 +46,22 @@ struct TagHeader
     qint64 regionSize() const { return TagHeaderSize + bodySize + (hasFooter() ? TagHeaderSize : 0); }
 };
 
-/// True for what can be a frame's identifier, three or four bytes long.
+/// Whether three or four bytes can be a frame's identifier.
 bool isIdentifier(std::string_view id);
 
-/// Whether those bytes, the next ten of a tag's body or all that are left of it, are what comes behind a frame: another
-/// one, padding, or the end.
+/// Whether those bytes, the next ten of a tag's body or all that are left of it, can follow a frame: another frame,
+/// padding, or the end.
 bool canFollowFrame(std::string_view next);
 
-/// The tag header that those bytes (at least ten) are, or nothing.
+/// Parses a tag header of at least ten bytes. Returns nothing if it is not one.
 std::optional<TagHeader> parseTagHeader(std::string_view bytes);
 
-/// A number of 7 bits a byte (ID3v2.4 structure §6.2), size bytes long; -1 when a top bit is set.
+/// A number of 7 bits a byte (ID3v2.4 structure §6.2), size bytes long. Returns -1 if a top bit is set.
 qint64 readSyncsafe(std::string_view bytes);
 void writeSyncsafe(char *out, qint64 value, int size);
 qint64 readBigEndian(std::string_view bytes);
 
-/// The unsynchronisation scheme (ID3v2.3 §5): a zero byte after each 0xFF that the scheme asks one for.
+/// The unsynchronisation scheme (ID3v2.3 §5): a zero byte after each 0xFF where the scheme demands one.
 QByteArray removeUnsynchronisation(std::string_view bytes);
 QByteArray applyUnsynchronisation(std::string_view bytes);
 
@@ -72,31 +72,32 @@ struct FrameHeader
     qint64 offset = 0;   ///< of the header, from the start of the tag
     qint64 bodySize = 0;
     quint16 flags = 0; ///< as stored; their meaning depends on the version
-    /// The size is stored in the form of the other version; what follows the frame tells that.
+    /// The size is stored in the form of the other version, as what follows the frame shows.
     bool hasForeignSize = false;
 
     std::string_view identifier() const { return {id.data(), headerSize == 6 ? size_t{3} : size_t{4}}; }
     qint64 size() const { return headerSize + bodySize; }
 };
 
-/// One frame of the directory. Text and comment are there for the kinds that the program edits only.
+/// One frame of the directory. Only the kinds that the program edits have text and comment.
 struct Frame
 {
     FrameHeader header;
-    FrameKind kind = FrameKind::Other; ///< Other too for frames that can't be read here (encrypted, damaged, huge)
+    FrameKind kind = FrameKind::Other; ///< also Other: frames that can't be read here (encrypted, damaged, huge)
     QString text;
     QString description; ///< comments only
     QByteArray language; ///< comments only
     int valueCount = 0;  ///< of a text frame
 
-    /// A comment that a program keeps for itself (gains, gapless data, disc identifiers): no comment to the user.
+    /// Whether this is a comment that a program keeps for itself (gains, gapless data, disc identifiers). The user does
+    /// not see such comments.
     bool isPrivateComment() const;
 };
 
 /// How much of a tag to read.
 enum class Detail
 {
-    ListFields, ///< title, artist, album, year and track; stops as soon as they are known
+    ListFields, ///< title, artist, album, year and track; stops once they are known
     Everything, ///< the whole directory
 };
 
@@ -110,17 +111,18 @@ public:
     const TagHeader &header() const { return m_header; }
     const std::vector<Frame> &frames() const { return m_frames; }
     /// The frame whose value the program shows for that kind: the first one that has a text; among those the comment
-    /// without description and the year frame of the tag's own version come first. nullptr when there is no frame.
+    /// without description, and the year frame of the tag's own version, come first. nullptr if there is no frame.
     const Frame *programFrame(FrameKind kind) const;
 
-    /// False when the tag claims more than the file holds, is of an unknown kind or has too many frames: it can't be
-    /// written without loss.
+    /// False if the tag cannot be written without loss: it claims more than the file holds, is of an unknown kind or
+    /// has too many frames.
     bool isWritable() const { return m_writable; }
-    /// True when the frames' offsets are those in the file; false when they are offsets into decoded() because
-    /// the whole tag is unsynchronised.
+    /// True if the frames' offsets are offsets in the file. False if they are offsets into decoded(), because the whole
+    /// tag is unsynchronised.
     bool isPlain() const { return m_decoded.isEmpty(); }
     const QByteArray &decoded() const { return m_decoded; }
-    /// Where the extended header (if any) begins and ends, and where the last frame ends: offsets like the frames'.
+    /// Where the frames begin, behind an extended header if there is one, and where the last one ends. Offsets like the
+    /// frames'.
     qint64 framesBegin() const { return m_framesBegin; }
     qint64 framesEnd() const { return m_framesEnd; }
     /// Where the body ends.

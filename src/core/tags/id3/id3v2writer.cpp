@@ -14,9 +14,9 @@ using storage::Segment;
 
 namespace {
 
-/// Room left behind the frames of a tag that had to grow, at least, so that the next edits fit.
+/// Least room left behind the frames of a tag that had to grow, so that the next edits fit.
 constexpr qint64 MinimumFreshPadding = 2048;
-/// The audio keeps its place within a block, so that file systems that share blocks between files can do so.
+/// The audio keeps its place within a block, so that file systems can share blocks between files.
 constexpr qint64 BlockSize = 4096;
 
 constexpr quint8 V24ExtendedCrc = 0x20;
@@ -34,8 +34,8 @@ qint64 lengthOf(const std::vector<Segment> &segments)
     return length;
 }
 
-/// The header of a frame that stays, with its size in the form of the tag's version: in the other form it would be read
-/// by what follows, which is going to change.
+/// The header of a frame that stays, with its size in the form of the tag's version. In the other form the size is
+/// recognised by what follows, which is going to change.
 QByteArray headerInOwnForm(const FrameHeader &frame, int majorVersion)
 {
     QByteArray header(frame.id.data(), 4);
@@ -48,7 +48,7 @@ QByteArray headerInOwnForm(const FrameHeader &frame, int majorVersion)
     return header;
 }
 
-/// The frames after the plan, as pieces of the bytes that the tag's offsets count in.
+/// The frames after the plan, as segments of the bytes that the tag's offsets refer to.
 std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
 {
     std::vector<Segment> segments;
@@ -78,7 +78,7 @@ std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
     return segments;
 }
 
-/// The region of a tag that must grow: room for the content and fresh padding.
+/// The size of a tag that must grow: room for the content and fresh padding.
 qint64 grownRegionSize(qint64 contentSize, qint64 oldRegionSize)
 {
     const qint64 needed = contentSize + MinimumFreshPadding;
@@ -98,9 +98,9 @@ QByteArray headerBytes(const TagHeader &header, qint64 regionSize)
     return bytes;
 }
 
-/// The extended header for changed frames: its checksum, which would no longer be right, is left out, and what it says
-/// of the padding is made right (ID3v2.3 §3.2, ID3v2.4 structure §3.2). padding: all of the tag behind the frames,
-/// whatever it is; so it is the same number whichever way the tag is written.
+/// The extended header for changed frames, without its checksum, which would no longer be right, and with the new size
+/// of the padding (ID3v2.3 §3.2, ID3v2.4 structure §3.2). padding: everything in the tag behind the frames, whatever it
+/// is, so that the number is the same whichever way the tag is written.
 QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 padding)
 {
     if (old.isEmpty())
@@ -113,8 +113,8 @@ QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 paddin
     }
     if (old.size() < 6 || (old[5] & V24ExtendedCrc) == 0)
         return old;
-    // Behind the flags come their data in the flags' order: "update" has a length byte only, the checksum length and
-    // five.
+    // The flags' data follow them in the flags' order: a length byte alone for "update", a length byte and five bytes
+    // for the checksum.
     const qsizetype crcAt = 6 + ((old[5] & 0x40) != 0 ? 1 : 0);
     old[5] = static_cast<char>(old[5] & ~V24ExtendedCrc);
     old.remove(crcAt, 6);
@@ -122,7 +122,7 @@ QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 paddin
     return old;
 }
 
-/// The first byte that is not zero in [offset, end); end when there is none; -1 when reading fails (see
+/// The first byte that is not zero in [offset, end). Returns end if there is none, -1 if reading fails (see
 /// ByteWindow::error).
 qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
 {
@@ -139,7 +139,7 @@ qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
     return end;
 }
 
-/// Whether the frames will be found to end at framesEnd when everything behind the old ones stays in its place. What
+/// Whether a reader will find the frames to end at framesEnd when everything behind the old ones stays in place. What
 /// follows a frame decides how its size is read (ID3v2.3 and ID3v2.4 store sizes in different forms).
 bool showsItsEnd(ByteWindow &bytes, const Tag &tag, qint64 framesEnd)
 {
@@ -155,7 +155,7 @@ bool showsItsEnd(ByteWindow &bytes, const Tag &tag, qint64 framesEnd)
     return tag.header().majorVersion == 2 || canFollowFrame({next.constData(), static_cast<size_t>(next.size())});
 }
 
-/// Behind the last byte that is not zero in [offset, end); offset when there is none; -1 when reading fails.
+/// The end of the last byte that is not zero in [offset, end). Returns offset if there is none, -1 if reading fails.
 qint64 endOfNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
 {
     while (offset < end) {
@@ -171,9 +171,9 @@ qint64 endOfNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
     return offset;
 }
 
-/// True when something without a proper identifier follows the last frame at once. Other programs may be able to read
-/// it and what comes behind, so it must not be parted from the frames: padding ends a tag. A frame whose size lies is
-/// another matter, in a tag that grew it would swallow what it never held.
+/// Whether something without a proper identifier follows the last frame directly. Other programs may be able to read it
+/// and what comes behind, so it must not be separated from the frames: padding ends a tag. A frame whose size lies is
+/// another matter: in a tag that grew it would swallow what it never held.
 bool isFollowedByUnknown(ByteWindow &bytes, const Tag &tag)
 {
     const qint64 room = std::max<qint64>(tag.bodyEnd() - tag.framesEnd(), 0);
@@ -203,7 +203,7 @@ std::vector<Segment> assemble(QByteArray head, std::vector<Segment> frames, qint
     return segments;
 }
 
-/// Small frames that move become new bytes, so that a change within one block of the file can be written in place.
+/// Turns small frames that move into new bytes, so that a change within one block of the file can be written in place.
 Result<void> materialiseMoved(ByteWindow &window, std::vector<Segment> &segments)
 {
     qint64 offset = 0;
@@ -263,8 +263,9 @@ Result<qint64> ComposedContent::readAt(std::span<char> buffer, qint64 offset)
     return done;
 }
 
-/// Checks that the frames of a new content will be found to end there (an offset as Tag::framesEnd). What follows the
-/// last one at once may make its size look like one in the other version's form; then nothing is written.
+/// Checks that a reader will find the frames of the new content to end at framesEnd (an offset like Tag::framesEnd).
+/// What follows the last one directly may make its size look like one in the other version's form; then nothing is
+/// written.
 Result<void> checkFramesEnd(ByteSource &old, const std::vector<Segment> &segments, qint64 framesEnd)
 {
     ComposedContent content(old, segments);
@@ -276,7 +277,7 @@ Result<void> checkFramesEnd(ByteSource &old, const std::vector<Segment> &segment
     return {};
 }
 
-/// A tag with something at once behind its frames that is carried along as one piece, the padding behind it.
+/// A tag with something directly behind its frames, which is carried along as one piece; the padding follows it.
 Result<std::vector<Segment>> composeBeforeUnknown(
     ByteSource &source, ByteWindow &window, const Tag &tag, std::vector<Segment> frames, const QByteArray &oldExtended)
 {
@@ -319,7 +320,7 @@ Result<std::vector<Segment>> composePlain(ByteSource &source, ByteWindow &window
     const qint64 region = header.regionSize();
     const bool fits = framesEnd <= tag.bodyEnd() && !header.hasFooter() && showsItsEnd(window, tag, framesEnd);
     if (fits) {
-        // It fits: what is left of the padding stays where it is, and so does all behind it.
+        // What is left of the padding stays where it is, and so does everything behind it.
         const qint64 keptFrom = std::max(framesEnd, tag.framesEnd());
         std::vector<Segment> segments =
             assemble(headerBytes(header, region) + extendedHeader(header, *oldExtended, tag.bodyEnd() - framesEnd),
@@ -346,7 +347,7 @@ Result<std::vector<Segment>> composePlain(ByteSource &source, ByteWindow &window
     return segments;
 }
 
-/// A tag that is unsynchronised as a whole: put together in memory and unsynchronised again.
+/// A tag that is unsynchronised as a whole: assembled in memory and unsynchronised again.
 Result<std::vector<Segment>> composeUnsynchronised(ByteSource &source, const Tag &tag, const FramePlan &plan)
 {
     const TagHeader &header = tag.header();
@@ -374,7 +375,7 @@ Result<std::vector<Segment>> composeUnsynchronised(ByteSource &source, const Tag
         TagHeaderSize + content.size() <= region ? region : grownRegionSize(TagHeaderSize + content.size(), region);
     if (newRegion - TagHeaderSize > MaximumBodySize)
         return tooLarge();
-    // The padding is told in the extended header, whose size in turn may depend on it: then it stays at none.
+    // The extended header states the padding, and its own encoded size may depend on that number: then it states none.
     const QByteArray withPadding = encoded(newRegion - TagHeaderSize - content.size());
     if (withPadding.size() == content.size())
         content = withPadding;
@@ -397,7 +398,7 @@ std::vector<Segment> composeNew(const TagHeader &header, const FramePlan &plan, 
     return {Segment::fresh(bytes), Segment::kept(0, fileSize)};
 }
 
-/// True when nothing but padding would be left of the tag's body.
+/// Whether nothing but padding would be left of the tag's body.
 bool leavesNothing(ByteWindow &file, const Tag &tag, const FramePlan &plan)
 {
     if (!plan.appended.isEmpty())
@@ -411,7 +412,7 @@ bool leavesNothing(ByteWindow &file, const Tag &tag, const FramePlan &plan)
     });
 }
 
-/// True when another tag follows the one at the start.
+/// Whether another tag follows the one at the start.
 bool anotherTagFollows(ByteWindow &window, const Tag &tag)
 {
     return parseTagHeader(window.exactly(tag.header().regionSize(), TagHeaderSize)).has_value();
@@ -436,7 +437,7 @@ Result<std::optional<std::vector<Segment>>> composeSave(
     platform::FileSource source(file, fileSize);
     std::array<char, WindowSize> buffer; // NOLINT(*-init): filled before use
     ByteWindow window(source, buffer);
-    // A tag must have a frame (ID3v2.3 §3.3): one without is taken away, unless that would bring another one to light.
+    // A tag must have a frame (ID3v2.3 §3.3). Remove one without, unless that would uncover another tag.
     const qint64 region = tag->header().regionSize();
     if (leavesNothing(window, *tag, *plan) && !anotherTagFollows(window, *tag))
         return std::vector<Segment>{Segment::kept(region, fileSize - region)};

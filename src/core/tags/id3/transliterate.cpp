@@ -18,7 +18,7 @@ struct Replacement
 };
 
 /// Letters and signs without a decomposition into Latin-1, in the order of their code points. Cyrillic follows the
-/// passport spelling (ICAO Doc 9303), Greek ISO 843's plain form.
+/// passport spelling (ICAO Doc 9303), Greek the plain form of ISO 843.
 constexpr Replacement Replacements[] = {
     {0x0110, "D"},
     {0x0111, "d"},
@@ -225,7 +225,7 @@ QByteArray characterInLatin1(const QString &character)
     const QString decomposed = character.normalized(QString::NormalizationForm_KD);
     for (const QChar c : decomposed) {
         if (c.isMark()) {
-            hasAccent = true; // one that Latin-1 has no letter with
+            hasAccent = true; // Latin-1 has no letter with it
             continue;
         }
         if (c.unicode() <= 0xFF)
@@ -235,7 +235,7 @@ QByteArray characterInLatin1(const QString &character)
         else
             return QByteArrayLiteral("?");
     }
-    // An accent alone stands on a blank.
+    // A lone accent decomposes into a space and a mark.
     const bool isInvisible = out.isEmpty() || (hasAccent && out.trimmed().isEmpty());
     return isInvisible ? QByteArrayLiteral("?") : out;
 }
@@ -275,7 +275,7 @@ QByteArray toLatin1Visibly(const QString &text, qsizetype maximumSize)
     QString visible = text;
     visible.remove(QChar(QChar::Null)); // it would end the field
     const QByteArray latin = inLatin1(visible, maximumSize);
-    // The blanks in front may have left no room for anything else.
+    // Leading spaces may have left no room for anything else.
     return latin.trimmed().isEmpty() ? inLatin1(visible.trimmed(), maximumSize) : latin;
 }
 

@@ -32,8 +32,7 @@ struct Spelling
     int number = 0;
 };
 
-/// What other programs write for genres whose name in the table differs by more than case and
-/// punctuation.
+/// Names that other programs use for genres and that differ from the table by more than case and punctuation.
 constexpr std::array<Spelling, 10> OtherSpellings{{
     {u"jazzfunk", 29},
     {u"altrock", 40},

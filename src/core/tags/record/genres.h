@@ -7,8 +7,8 @@
 
 /// The genres of ID3v1 with their extension up to number 125.
 ///
-/// The program's own names are written without blanks and keep two odd spellings ("Psychadelic", "Bebob"); saved names
-/// are matched against them. standardGenreNumber() is for the names as other programs write them.
+/// The program's own names are written without spaces and keep two odd spellings ("Psychadelic", "Bebob"); saved names
+/// are matched against them. standardGenreNumber() knows the names as other programs write them.
 namespace ravlin {
 
 inline constexpr int GenreCount = 126;
@@ -18,18 +18,18 @@ inline constexpr int GenreNone = 255; ///< "no genre" in an ID3v1 tag
 QStringView genreTable();
 /// The names, each at the index of its number.
 const QStringList &genreNames();
-/// The name of a genre; empty for numbers outside of 0 to 125.
+/// The name of a genre; empty outside of 0 to 125.
 QString genreName(int number);
 
 /// The number that is written for a genre's name: 1 to 124, or GenreNone.
 ///
-/// Blanks (U+0020) around the name and the case of letters are of no account. Names outside of the table have no
-/// number. Neither have the table's first and last: "Blues" counts as none because nothing stands before it, and
-/// "DanceHall" is not found because no bar follows it.
+/// Spaces (U+0020) around the name and the case of letters are ignored. Names outside of the table have no number.
+/// Neither have its first and last: "Blues" counts as none because no bar precedes it, and "DanceHall" because no bar
+/// follows it.
 int GenreNameToNumber(QStringView name);
 
 /// The number (0 to 125) of a genre in any of its usual spellings, or -1: "Classic Rock", "hip hop", "Bebop", "A
-/// Cappella". The case of letters, blanks, "-", "_" and "." are of no account.
+/// Cappella". Case, spaces, "-", "_" and "." are ignored.
 int standardGenreNumber(QStringView text);
 
 } // namespace ravlin

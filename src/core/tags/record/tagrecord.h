@@ -10,22 +10,21 @@ namespace ravlin {
 
 /// The tag of the current file, as the editors, the renaming and the file list see it.
 ///
-/// A read fills it completely, a write takes it as it stands. An empty text means that the file has no such value, or
-/// shall have none.
+/// A read fills all of it, a write takes it as it is. An empty text: the file has no such value, or shall have none.
 struct TagRecord
 {
     QString Title;   ///< song title
     QString Artist;  ///< lead artist
     QString Album;   ///< album
     QString Year;    ///< year; only a value of exactly four digits is written
-    QString Comment; ///< the comment without a description, else the first for people
+    QString Comment; ///< the comment without a description, else the first that no program keeps for itself
     /// Track number without the total; a stored 0 reads as empty. Only one or two digits are written.
     QString Track;
-    /// The name from the genre table, or the free text of the ID3v2 content type where that names none of the table.
+    /// The name from the genre table, or the free text of the ID3v2 content type if that names no genre of the table.
     /// Only names that GenreNameToNumber knows are written.
     QString Genre;
-    bool HasV1 = false; ///< the file carries an ID3v1 tag; of no effect on a write
-    bool HasV2 = false; ///< the file carries an ID3v2 tag; of no effect on a write
+    bool HasV1 = false; ///< the file has an ID3v1 tag; a write ignores it
+    bool HasV2 = false; ///< the file has an ID3v2 tag; a write ignores it
 
     friend bool operator==(const TagRecord &, const TagRecord &) = default;
 };
