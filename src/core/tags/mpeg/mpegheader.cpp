@@ -75,7 +75,7 @@ int FrameHeader::length(int freeLength) const
     const int padding = padded ? slotSize() : 0;
     if (isFreeFormat())
         return freeLength + padding;
-    // The standard rounds down to whole slots: 4 bytes in Layer I, single bytes else.
+    // The standard rounds down to whole slots: 4 bytes in Layer I, single bytes otherwise.
     const int slotsPerFrame = samples() / 8 / slotSize();
     return slotsPerFrame * bitRate * 1000 / sampleRate * slotSize() + padding;
 }

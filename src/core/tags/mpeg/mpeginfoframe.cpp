@@ -15,8 +15,8 @@ bool hasMark(std::span<const uchar> bytes, size_t offset, QByteArrayView mark)
            QByteArrayView(reinterpret_cast<const char *>(bytes.data()) + offset, mark.size()) == mark;
 }
 
-/// LAME's extension, which LAME's and FFmpeg's encoders and a few relatives write. What other
-/// programs have there is not what it looks like.
+/// LAME's extension, which LAME's and FFmpeg's encoders and a few relatives write. Other programs store other things in
+/// this place.
 std::optional<InfoFrame::Trimming> trimming(std::span<const uchar> extension)
 {
     constexpr size_t DelayOffset = 21;
@@ -57,9 +57,8 @@ InfoFrame parseXing(std::span<const uchar> block)
 
 InfoFrame parseVbri(std::span<const uchar> block)
 {
-    // "VBRI", version, delay and quality in two bytes each, bytes and frames in four each. Its
-    // delay is the encoder's idea of a decoder's and tells nothing of the end: players leave it
-    // alone.
+    // "VBRI", version, delay and quality in two bytes each, bytes and frames in four each. The delay is an assumption
+    // about decoders and says nothing of the end; players ignore it.
     constexpr size_t FramesOffset = 14;
     InfoFrame info;
     info.isVariable = true;
@@ -76,7 +75,7 @@ std::optional<InfoFrame> InfoFrame::parse(const FrameHeader &header, std::span<c
     if (header.layer != 3)
         return std::nullopt;
     const auto xingOffset = size_t(HeaderSize) + size_t(header.sideInfoSize());
-    // Behind a checksum some encoders shift the block by its two bytes and some don't.
+    // Some encoders move the block by the two bytes of a checksum, some don't.
     for (const size_t offset : {xingOffset, xingOffset + 2}) {
         if (hasMark(frame, offset, "Xing") || hasMark(frame, offset, "Info"))
             return parseXing(frame.subspan(offset));

@@ -6,17 +6,16 @@
 #include <optional>
 #include <span>
 
-/// The frame that encoders put before the audio to tell of the whole stream: Xing's (also named
-/// "Info" in streams of constant bit rate) with LAME's extension, or Fraunhofer's (VBRI). It has
-/// the form of an audio frame of silence, but players skip it.
+/// The frame in which encoders describe the whole stream, before its audio: Xing's (also named "Info" in streams of
+/// constant bit rate) with LAME's extension, or Fraunhofer's (VBRI). It has the form of a silent audio frame, but
+/// players skip it.
 namespace ravlin::mpeg {
 
 struct InfoFrame
 {
     bool isVariable = false;      ///< "Xing" or "VBRI" rather than "Info"
-    std::optional<qint64> frames; ///< audio frames as told, when it tells them
-    /// Samples that the encoder put before and after the music, each 0 to 4095; together absent
-    /// when not told.
+    std::optional<qint64> frames; ///< audio frames, if stated
+    /// Samples that the encoder put before and after the music, each 0 to 4095. Nothing if not stated.
     struct Trimming
     {
         int delay = 0;
@@ -24,8 +23,8 @@ struct InfoFrame
     };
     std::optional<Trimming> trimming;
 
-    /// The information in a frame, or nothing when it is an ordinary one. frame: the bytes from the
-    /// header on, at most the frame's own; reads no further than they reach.
+    /// Parses a frame. Returns nothing if it is an ordinary one. frame: the bytes from the header on, at most the
+    /// frame's own; may be cut short.
     static std::optional<InfoFrame> parse(const FrameHeader &header, std::span<const uchar> frame);
 };
 

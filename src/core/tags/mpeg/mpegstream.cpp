@@ -13,8 +13,8 @@ namespace ravlin::mpeg {
 
 namespace {
 
-/// Time in units of which every sampling rate has a whole number per sample (the rates' least
-/// common multiple), so that the lengths of streams that change their rate add up exactly.
+/// Time in units that give every sampling rate a whole number per sample (the least common multiple of the rates), so
+/// that the lengths of streams that change their rate add up exactly.
 constexpr qint64 TicksPerSecond = 14'112'000;
 
 qint64 ticks(qint64 samples, int sampleRate)
@@ -22,7 +22,7 @@ qint64 ticks(qint64 samples, int sampleRate)
     return samples * (TicksPerSecond / sampleRate);
 }
 
-/// A stretch of agreeing frames: what the walk needs at each of them.
+/// A run of agreeing frames: what the walk needs at each of them.
 struct Run
 {
     quint32 word = 0; ///< a header that all agree with
@@ -67,7 +67,7 @@ private:
     std::optional<InfoFrame> m_infoFrame;
     qint64 m_position = 0;
     qint64 m_ticks = 0;       ///< length of all samples
-    std::set<int> m_bitRates; ///< those met, in kilobits per second; 0 for free format
+    std::set<int> m_bitRates; ///< those seen, in kilobits per second; 0 for free format
 };
 
 Result<StreamInfo> Walk::analyse(qint64 audioEnd)
@@ -94,14 +94,13 @@ void Walk::skipTags()
         m_position += length;
 }
 
-/// Finds the first frame and takes the header values from the first audio frame. False when there
-/// is no frame.
+/// Finds the first frame and takes the header values from the first audio frame. Returns false if there is no frame.
 bool Walk::findFirst()
 {
     skipTags();
     const qint64 start = m_position;
     m_first = m_synchroniser.search(start);
-    // A file of two or three frames with unknown matter behind has no more to show.
+    // A file of two or three frames before unknown data can't show more followers.
     if (!m_first)
         m_first = m_synchroniser.search(start, 1);
     const qint64 searchEnd = std::min(start + Synchroniser::MaximumSearch, m_window.end());
@@ -119,7 +118,7 @@ bool Walk::findFirst()
     return true;
 }
 
-/// Steps over the frame that tells of the stream, when the first one is such.
+/// Steps over the info frame if the first frame is one.
 void Walk::takeInfoFrame(const SyncPoint &first)
 {
     const auto length = size_t(first.header.length(first.freeLength));
@@ -133,16 +132,16 @@ void Walk::takeInfoFrame(const SyncPoint &first)
     if (const auto audio = m_synchroniser.frameAt(m_position, 1); audio && agree(audio->header.word, first.header.word))
         m_first = audio;
     else
-        m_first->offset = m_position; // the walk looks for what comes there
+        m_first->offset = m_position; // the walk finds out what follows
 }
 
-/// Steps over agreeing frames from m_position to the first place where none begins.
+/// Steps over agreeing frames from m_position to the first place without one.
 void Walk::walkRun(const Run &run)
 {
     const int samplesPerFrame = run.header.samples();
     const qint64 start = m_position;
     const qint64 framesBefore = m_info.frames;
-    quint32 bitRateIndices = 0; // a bit for each one met
+    quint32 bitRateIndices = 0; // a bit for each one seen
     bool isRunning = true;
     while (isRunning) {
         const std::span<const uchar> bytes = m_window.at(m_position, HeaderSize);
@@ -183,8 +182,8 @@ void Walk::takeBitRates(const Run &run, quint32 indices)
     }
 }
 
-/// Where the walk goes on when no agreeing frame begins at m_position: behind tags, with a stream
-/// of another kind (files joined), or after a search. Nothing at the end.
+/// Where the walk continues if no agreeing frame begins at m_position: behind tags, with a stream of another kind
+/// (joined files), or after a search. Returns nothing at the end.
 std::optional<SyncPoint> Walk::continuation()
 {
     const qint64 before = m_position;
@@ -194,7 +193,7 @@ std::optional<SyncPoint> Walk::continuation()
     if (auto point = m_synchroniser.frameAt(m_position, m_position > before ? 1 : Synchroniser::Followers))
         return point;
     if (isZeroFrom(m_position))
-        return std::nullopt; // padding of the file, not damage
+        return std::nullopt; // the file is padded, not damaged
     const std::span<const uchar> bytes = m_window.at(m_position, HeaderSize);
     if (bytes.size() < size_t(HeaderSize) && !bytes.empty() && bytes[0] == 0xFF) {
         m_info.isTruncated = true; // within a header
@@ -204,8 +203,7 @@ std::optional<SyncPoint> Walk::continuation()
     return m_synchroniser.search(m_position);
 }
 
-/// Whether nothing but zeros follows. Ends at the first other byte, so that it costs no more than
-/// the search.
+/// Whether only zeros follow. Stops at the first other byte, so it costs no more than the search.
 bool Walk::isZeroFrom(qint64 offset)
 {
     const qint64 limit = offset + Synchroniser::MaximumSearch;
@@ -229,7 +227,7 @@ qint64 Walk::playedSamples() const
     const qint64 told = m_infoFrame->frames.value_or(0);
     if (m_info.frames >= told)
         return std::max<qint64>(0, m_info.samples - delay - padding);
-    // The end is missing, and with it all or some of the padding.
+    // The end is missing, and with it some or all of the padding.
     const qint64 musicEnd = told * m_first->header.samples() + DecoderDelay - padding;
     return std::max<qint64>(0, std::min(m_info.samples, musicEnd) - delay - DecoderDelay);
 }
@@ -247,8 +245,8 @@ void Walk::summarise()
     m_info.bitRate = bitRate();
 }
 
-/// Kilobits per second. Frames of one bit rate are now and then a byte shorter or longer than it
-/// asks for; where all bear the same, that is the bit rate, else the average is.
+/// Kilobits per second. A frame may be a byte shorter or longer than its bit rate demands, so if all frames state the
+/// same bit rate, that counts; otherwise the average.
 int Walk::bitRate() const
 {
     constexpr qint64 TicksPerMillisecond = TicksPerSecond / 1000;

@@ -14,7 +14,7 @@ std::optional<FrameHeader> Synchroniser::headerAt(qint64 offset)
     return bytes.size() < size_t(HeaderSize) ? std::nullopt : FrameHeader::parse(bigEndian32(bytes.data()));
 }
 
-/// Whether no header is due at offset: the audio ends there, or within a header, or a tag follows.
+/// Whether no header is due at offset: the audio ends there or within a header, or a tag follows.
 bool Synchroniser::endsAt(qint64 offset)
 {
     return offset + HeaderSize > m_window.end() || tagLengthAt(m_window, offset) > 0;
@@ -22,7 +22,7 @@ bool Synchroniser::endsAt(qint64 offset)
 
 std::optional<SyncPoint> Synchroniser::frameAt(qint64 offset, int followers)
 {
-    // Makes one block of the window serve the whole look ahead.
+    // One block of the window then serves the whole look ahead.
     if (m_window.at(offset, LookAhead).size() < size_t(HeaderSize))
         return std::nullopt;
     const std::optional<FrameHeader> header = headerAt(offset);
@@ -47,8 +47,7 @@ bool Synchroniser::isConfirmed(const SyncPoint &point, int followers)
         const std::optional<FrameHeader> follower = headerAt(next);
         if (!follower || !agree(follower->word, point.header.word))
             return endsAt(next);
-        // The frame with the stream's information may have a bit rate where the others are in free
-        // format.
+        // The info frame may have a bit rate where the others are in free format.
         if (follower->isFreeFormat() && freeLength == 0)
             freeLength = freeLengthAt(next, *follower);
         if (follower->isFreeFormat() && freeLength == 0)
@@ -58,12 +57,11 @@ bool Synchroniser::isConfirmed(const SyncPoint &point, int followers)
     return true;
 }
 
-/// Bytes of an unpadded frame of the free format stream that has a frame at offset; 0 when there is
-/// none. A frame is as long as the next header like this one is away, when the one after that is as
-/// far again.
+/// Bytes of an unpadded frame of the free format stream with a frame at offset; 0 if there is none. The next similar
+/// header gives the length if the one after it is equally far away.
 int Synchroniser::freeLengthAt(qint64 offset, const FrameHeader &header)
 {
-    constexpr int MaximumTries = 3; // headers by chance inside a frame are rare; more tries only serve hostile files
+    constexpr int MaximumTries = 3; // chance headers inside a frame are rare; more tries only serve hostile files
     const std::span<const uchar> bytes = m_window.at(offset, MaximumFreeLength + HeaderSize);
     const auto limit = std::min<qsizetype>(qsizetype(bytes.size()) - HeaderSize, MaximumFreeLength);
     const int padding = header.padded ? header.slotSize() : 0;
@@ -83,8 +81,7 @@ int Synchroniser::freeLengthAt(qint64 offset, const FrameHeader &header)
     return 0;
 }
 
-/// Whether the free format frame at second, if it is one of that length, is followed by another or
-/// by the end.
+/// Whether the free format frame at second, if it has that length, is followed by another or by the end.
 bool Synchroniser::repeats(qint64 second, const FrameHeader &first, int freeLength)
 {
     const std::optional<FrameHeader> header = headerAt(second);

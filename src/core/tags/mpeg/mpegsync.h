@@ -4,11 +4,11 @@
 #include "core/platform/bytewindow.h"
 #include "core/tags/mpeg/mpegheader.h"
 
-/// Telling real frames from bytes that look like a header by chance: a frame counts as found when
-/// headers of the same stream follow it where its length says.
+/// Tells real frames from bytes that only look like a header: a frame counts as found if headers of the same stream
+/// follow it where its length says.
 namespace ravlin::mpeg {
 
-/// A frame found, with what is needed to step from frame to frame behind it.
+/// A frame found, with what stepping to the next frame needs.
 struct SyncPoint
 {
     qint64 offset = 0;
@@ -16,17 +16,16 @@ struct SyncPoint
     int freeLength = 0; ///< bytes of an unpadded frame in free format, 0 else
 };
 
-/// Finds frames in a window. Every check looks at most LookAhead bytes ahead, so that a search
-/// costs time in proportion to the bytes searched, whatever they are.
+/// Finds frames in a window. Every check looks at most LookAhead bytes ahead, so the cost of a search is proportional
+/// to the bytes searched, whatever they are.
 class Synchroniser
 {
 public:
-    /// Longest frame in free format, in bytes; the highest bit rate that LAME makes (640 kbps)
-    /// needs 5,760.
+    /// Longest frame in free format, in bytes. The highest bit rate that LAME makes (640 kbps) needs 5,760.
     static constexpr int MaximumFreeLength = 8192;
-    /// Bytes that one search goes over before it gives up.
+    /// Bytes after which a search gives up.
     static constexpr qint64 MaximumSearch = 64 * 1024 * 1024;
-    /// Headers that must follow and agree; fewer where the stream ends before.
+    /// Headers that must follow and agree; fewer if the stream ends before.
     static constexpr int Followers = 2;
     /// Bytes of one to three frames, and of the header behind them. A window of less than twice as many would be moved
     /// too often.
@@ -34,7 +33,7 @@ public:
 
     explicit Synchroniser(platform::ByteWindow &window) : m_window(window) {}
 
-    /// The frame at offset, when followers agreeing headers follow or the audio ends with fewer.
+    /// The frame at offset, if followers agreeing headers follow, or fewer before the end of the audio.
     std::optional<SyncPoint> frameAt(qint64 offset, int followers = Followers);
     /// The first such frame from offset on.
     std::optional<SyncPoint> search(qint64 offset, int followers = Followers);

@@ -16,7 +16,7 @@ constexpr qint64 Id3v1Size = 128;
 constexpr qint64 Id3v1ExtensionSize = 227; // "TAG+", stands before an ID3v1 tag
 constexpr qint64 Id3v2HeaderSize = 10;     // its footer too
 constexpr qint64 ApeHeaderSize = 32;       // its footer too
-constexpr int MaximumTrailingTags = 64;    // no real file has ten; keeps a hostile one from costing a read each
+constexpr int MaximumTrailingTags = 64;    // no real file has ten; bounds the reads for a hostile one
 
 bool startsWith(std::span<const uchar> bytes, QByteArrayView magic)
 {
@@ -29,8 +29,7 @@ quint32 littleEndian32(const uchar *bytes)
     return quint32(bytes[3]) << 24U | quint32(bytes[2]) << 16U | quint32(bytes[1]) << 8U | bytes[0];
 }
 
-/// The size in an ID3v2 header or footer: four bytes of seven bits; -1 when the ten bytes are
-/// neither.
+/// The size in an ID3v2 header or footer: four bytes of seven bits. -1 if the ten bytes are neither.
 qint64 id3v2Content(std::span<const uchar> bytes, QByteArrayView magic)
 {
     if (bytes.size() < size_t(Id3v2HeaderSize) || !startsWith(bytes, magic) || bytes[3] == 0xFF || bytes[4] == 0xFF)
@@ -51,7 +50,7 @@ struct ApeBlock
     bool hasHeader = false;
 };
 
-/// The fields of an APE header or footer; content is -1 when the bytes are neither.
+/// The fields of an APE header or footer. content is -1 if the bytes are neither.
 ApeBlock apeBlock(std::span<const uchar> bytes)
 {
     ApeBlock block;
@@ -65,14 +64,14 @@ ApeBlock apeBlock(std::span<const uchar> bytes)
     return block;
 }
 
-/// The last bytes of what is left of a source, and reading elsewhere in it.
+/// The last bytes of what is left of a source, and access to the rest of it.
 class Tail
 {
 public:
     explicit Tail(ByteSource &source) : m_source(source), m_end(source.size()) {}
 
     qint64 end() const { return m_end; }
-    /// Makes the tail end there.
+    /// Moves the end of the tail.
     Result<void> setEnd(qint64 end)
     {
         m_end = end;
@@ -80,8 +79,7 @@ public:
             m_length = length;
         });
     }
-    /// The last count bytes, or none when there are fewer (or more are asked for than a tail
-    /// holds).
+    /// The last count bytes. Empty if the tail is shorter, or holds fewer.
     std::span<const uchar> last(qint64 count) const
     {
         if (count > m_length)
@@ -145,7 +143,7 @@ qint64 trailingLyrics3v1(Tail &tail)
 {
     if (!startsWith(tail.last(9), "LYRICSEND"))
         return 0;
-    // Up to 5,100 bytes of text between the two marks, found from behind.
+    // Up to 5,100 bytes of text between the two marks; search from the end.
     std::array<uchar, 11 + 5100 + 9> bytes{};
     const qint64 start = std::max<qint64>(0, tail.end() - qint64(bytes.size()));
     const qint64 length = tail.read(start, bytes).value_or(0);
@@ -162,7 +160,7 @@ qint64 trailingId3v1(const Tail &tail)
     return Id3v1Size + (isExtended ? Id3v1ExtensionSize : 0);
 }
 
-/// Bytes of the tag at the end of the tail, 0 when there is none.
+/// Bytes of the tag at the end of the tail; 0 if there is none.
 qint64 trailingTag(Tail &tail)
 {
     // APE first: the header of a short APE tag has "TAG" where an ID3v1 tag would begin.

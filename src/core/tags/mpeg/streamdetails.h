@@ -13,7 +13,7 @@ namespace ravlin {
 
 class clsXAnalyzer;
 
-/// What the labels beside a file's tag say of its audio. An empty text: not known.
+/// The texts of the labels about a file's audio. Empty: not known.
 struct StreamDetails
 {
     QString bitRate;   ///< "128 kbps"
@@ -26,29 +26,29 @@ struct StreamDetails
     friend bool operator==(const StreamDetails &, const StreamDetails &) = default;
 };
 
-/// The texts for an analysis. found: it was a success. bytes: the file's size, or -1 when not known.
+/// The texts for an analysis. found: it succeeded. bytes: the file's size, or -1 if not known.
 StreamDetails streamDetails(const clsXAnalyzer &analyzer, bool found, qint64 bytes);
 
 /// Analyses a file and makes its texts. For any thread.
 StreamDetails readStreamDetails(const QString &path, platform::FileSystem &fileSystem);
 
-/// Reads the stream details of the file that is shown, without keeping the interface waiting: on a thread of its own,
-/// one file at a time. Only the file asked for last is of interest; what is known of earlier ones is thrown away.
+/// Reads the stream details of the file that is shown, on a thread of its own so that the interface does not wait. Only
+/// the file requested last counts; results for earlier ones are dropped.
 class StreamDetailsReader : public QObject
 {
     Q_OBJECT
 
 public:
     explicit StreamDetailsReader(platform::FileSystem &fileSystem, QObject *parent = nullptr);
-    /// Waits for the file at work.
+    /// Waits for the analysis under way.
     ~StreamDetailsReader() override;
 
-    /// Most files are read in less than this, in milliseconds: so long request() waits, to spare the eye the change.
+    /// Milliseconds that request() waits for the result. Most files take less, and the labels then change only once.
     static constexpr int QuickWait = 15;
 
-    /// Takes a file to read. ready() follows: within this call for a file that is quick to read, else later.
+    /// Requests a file. ready() follows: within this call if the file is quick to read, else later.
     void request(const QString &path);
-    /// Nothing is wanted any longer; no ready() follows.
+    /// Drops the request; no ready() follows.
     void cancel();
 
 Q_SIGNALS:
@@ -61,7 +61,7 @@ private:
 
     platform::FileSystem &m_fileSystem;
     std::shared_ptr<Job> m_wanted;
-    QThreadPool m_pool; ///< last, so that it ends its work before the rest goes
+    QThreadPool m_pool; ///< last, so that its work ends before the rest is destroyed
 };
 
 } // namespace ravlin

@@ -77,7 +77,7 @@ QString channelModeNameOf(qint32 code)
     }
 }
 
-/// The text for a failure; bytesSearched is used for -9 only. The spelling is part of the contract with callers.
+/// The text for a failure. bytesSearched is used for -9 only. Callers rely on the spelling.
 QString errorTextOf(qint32 code, qint32 bytesSearched, const QString &path)
 {
     const QString place = QStringLiteral("\r\n") + path;
@@ -184,7 +184,7 @@ int clsXAnalyzer::Analyse(const QString &path)
 
 void clsXAnalyzer::take(qint32 code, const XAnalyzeRecord &record, const QString &path)
 {
-    // A damaged stream was found all the same, and its values are of use.
+    // A damaged stream was found, and its values are useful.
     if (code < 0 && code != XAnalyzeDamaged) {
         m_errorText = errorTextOf(code, record.frames, path);
         return;

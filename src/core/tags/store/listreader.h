@@ -7,7 +7,7 @@
 
 namespace ravlin {
 
-/// What the file list shows of a file's tags; the values are those that TagStore::ReadTag gives.
+/// What the file list shows of a file's tags. The values are those of TagStore::ReadTag.
 struct ListFields
 {
     QString title;
@@ -19,8 +19,9 @@ struct ListFields
     bool hasV2 = false;
 };
 
-/// Reads them with as little input as possible: the tag's frame headers up to the last field that the list shows, those
-/// fields' bytes, and the last 128 bytes of the file. Pictures are never read. Errors are those of reading.
+/// Reads the fields of the list with as little input as possible: the tag's frame headers up to the last field of the
+/// list, the bytes of those fields, and the last 128 bytes of the file. Never reads pictures. Fails only if reading
+/// does.
 Result<ListFields> readListFields(platform::File &file);
 
 } // namespace ravlin

@@ -15,7 +15,7 @@ QStringList genreListEntries()
 
 int genreListIndex(const QString &genre)
 {
-    // Not found is -1, which is the place before the first name: the empty entry.
+    // Not found is -1, which leads to the empty entry.
     return static_cast<int>(genreNames().indexOf(genre)) + 1;
 }
 

@@ -10,42 +10,42 @@
 
 #include <functional>
 
-/// What the pages that edit tags do, without their controls.
+/// The rules of the pages that edit tags, without their controls.
 namespace ravlin {
 
 class TagStore;
 
-/// The entries of a genre list: an empty one for "no genre", then all names, so that genre k is at index k + 1.
+/// The entries of a genre list: an empty one for "no genre", then all names. Genre k is at index k + 1.
 QStringList genreListEntries();
-/// The place of a genre in that list, by its exact name; 0 for an empty text and for one that is no entry.
+/// The index of a genre in that list, by its exact name; 0 for an empty text and for one that is not in the list.
 int genreListIndex(const QString &genre);
 
-/// What becomes of a key typed into a box for digits.
+/// What happens to a key typed into a box for digits.
 enum class KeyVerdict
 {
     Pass,
     Swallow,
     Beep ///< swallowed as well
 };
-/// Digits 0 to 9 pass and so do keys that type nothing visible (Backspace, Tab, Ctrl+V ...), Enter is swallowed, any
-/// other character beeps. typed: the text that the key produces.
+/// What happens to the text that a key produces. Digits 0 to 9 pass, and so do keys that type nothing visible
+/// (Backspace, Tab, Ctrl+V ...). Enter is swallowed, any other character beeps.
 KeyVerdict digitKeyVerdict(QStringView typed);
 
-/// Writes one and the same page into file after file.
+/// Writes the same page into file after file.
 ///
-/// A conversion works on the page, not on a copy: what it makes of the texts for one file is what the next file starts
-/// from, and what the boxes show at the end.
+/// A conversion changes the page itself, not a copy: its result for one file is the input for the next, and what the
+/// boxes show at the end.
 class PageSave
 {
 public:
     using Conversion = std::function<QString(const QString &)>;
 
-    /// page: the boxes' texts; its HasV1 and HasV2 are of no account. convert: applied to artist, album, title and
-    /// comment of the page before each file; none when empty.
+    /// page: the boxes' texts; HasV1 and HasV2 are ignored. convert: applied to artist, album, title and comment of the
+    /// page before each file; may be empty.
     PageSave(TagStore &store, TagRecord page, Conversion convert = {});
 
-    /// One file: reads its tag, converts the page, saves it. A file whose tag cannot be read is an error and leaves the
-    /// page as it was; a genre number beyond the table is none. Otherwise the errors of TagStore::SaveTag.
+    /// Reads the file's tag, converts the page and saves it. A file whose tag cannot be read is an error and leaves the
+    /// page unchanged; a genre number above 125 is not an error. Other errors are those of TagStore::SaveTag.
     Result<void> save(const QString &path);
 
     const TagRecord &page() const { return m_page; }

@@ -38,7 +38,7 @@ QString v1Text(const id3::V1Fields &fields, FrameKind kind)
     }
 }
 
-/// The frame whose value counts: ID3v2 has the frame and the frame has a value.
+/// The frame whose value counts: nullptr if ID3v2 has no such frame with a text.
 const id3::Frame *valueFrame(const std::optional<id3::Tag> &tag, FrameKind kind)
 {
     const id3::Frame *frame = tag ? tag->programFrame(kind) : nullptr;
@@ -150,7 +150,7 @@ Result<WriteOutcome> TagObject::SaveV1Tag(const WriteOptions &options)
 
 Result<WriteOutcome> TagObject::StripV1Tag(const WriteOptions &options)
 {
-    // One behind another, as careless programs leave them, would come to light: all of them go.
+    // Remove all of them: careless programs leave several, and stripping one would uncover the next.
     qint64 end = m_info.size;
     for (std::optional<QByteArray> block = m_v1; block;) {
         end -= id3::V1Size;
@@ -168,7 +168,7 @@ Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVe
 {
     if (!m_file)
         return write(Content(std::nullopt), options);
-    // What only ID3v1 has goes into ID3v2 too: every property is put, a put of the same value changes nothing.
+    // What only ID3v1 has goes into ID3v2 too: put every property. A put of the same value changes nothing.
     id3::FieldEdits edits = m_edits;
     for (const FrameKind kind : {FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album, FrameKind::Year,
              FrameKind::Comment, FrameKind::TrackNumber, FrameKind::ContentType}) {
@@ -200,7 +200,7 @@ Result<WriteOutcome> TagObject::write(const Content &content, const WriteOptions
         return tl::unexpected(withPath(content.error(), m_path));
     if (!*content)
         return WriteOutcome::Unchanged;
-    m_file.reset(); // some of Windows' file systems don't replace a file that is open
+    m_file.reset(); // some file systems of Windows don't replace an open file
     Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, m_path, m_info, **content, options);
     if (outcome && *outcome != WriteOutcome::Unchanged) {
         Close(); // what was parsed is no longer what the file holds

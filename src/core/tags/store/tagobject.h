@@ -13,12 +13,12 @@
 
 namespace ravlin {
 
-/// The tags of one MP3 file, ID3v1 and ID3v2 seen as one: a property has ID3v2's value where that tag has the frame,
-/// else ID3v1's. Puts and removals are collected and written by SaveV1Tag or SaveV2Tag, which take all properties
-/// into the tag kind that they write; whatever no put or removal touches stays byte for byte as it is.
+/// The tags of one MP3 file, ID3v1 and ID3v2 seen as one: a property has ID3v2's value if that tag has the frame, else
+/// ID3v1's. Puts and removals are collected until SaveV1Tag or SaveV2Tag writes all properties into one tag kind.
+/// Whatever no put or removal touches stays as it is, byte for byte.
 ///
-/// Made for one operation: Link, read or put, save or strip, Close. A save that wrote closes the object, since the file
-/// is no longer what was parsed. Not for use by two threads at once.
+/// For one operation: Link, read or put, save or strip, Close. A save that wrote closes the object, because the file is
+/// no longer what was parsed. One thread at a time.
 class TagObject
 {
 public:
@@ -34,12 +34,12 @@ public:
     QString Artist() const { return text(FrameKind::LeadArtist); }
     QString Album() const { return text(FrameKind::Album); }
     QString Title() const { return text(FrameKind::Title); }
-    /// The comment without description, else the first; never one that a program keeps for itself.
+    /// The comment without description, else the first one; never one that a program keeps for itself.
     QString Comment() const { return text(FrameKind::Comment); }
-    /// 0 to 254 as the tag has it, 255: none or a free text.
+    /// 0 to 254 as the tag has it; 255 for none or a free text.
     int Genre() const;
     QString Year() const { return text(FrameKind::Year); }
-    /// 0: none.
+    /// 0 for none.
     int Track() const;
 
     /// An empty text is a removal.
@@ -50,19 +50,18 @@ public:
     void setGenre(int number) { put(FrameKind::ContentType, {false, {}, number}); }
     void setYear(const QString &text) { put(FrameKind::Year, {text.isEmpty(), text, 0}); }
     void setTrack(int number) { put(FrameKind::TrackNumber, {false, {}, number}); }
-    /// Removes every frame of that kind, and the field from ID3v1.
+    /// Removes every frame of that kind, and the field of ID3v1.
     void removeFrames(FrameKind kind) { put(kind, {true, {}, 0}); }
 
-    /// The parsed ID3v2 frames in the tag's order; a Frame's text is the text field. Empty without ID3v2.
+    /// The parsed ID3v2 frames in the tag's order. Empty without ID3v2.
     const std::vector<id3::Frame> &frames() const;
 
-    /// Writes the properties into one tag kind, or takes one away: ID3v2 tags all that stand one behind the other at
-    /// the start of the file, ID3v1 tags all at its end. Errors: BrokenTag, TooLarge, and those of
-    /// storage::rewriteFile; the file is as it was then.
+    /// Writes the properties into one tag kind, or removes one: all ID3v2 tags that follow each other at the start of
+    /// the file, all ID3v1 tags at its end. Errors: BrokenTag, TooLarge, and those of storage::rewriteFile; the file is
+    /// then unchanged.
     Result<storage::WriteOutcome> SaveV1Tag(const storage::WriteOptions &options = {});
     Result<storage::WriteOutcome> StripV1Tag(const storage::WriteOptions &options = {});
-    /// newVersion: of an ID3v2 tag where the file has none, 3 or 4 for ID3v2.3 or 2.4; a tag that is there keeps its
-    /// own.
+    /// newVersion: 3 or 4, for an ID3v2.3 or 2.4 tag in a file without ID3v2. An existing tag keeps its version.
     Result<storage::WriteOutcome> SaveV2Tag(const storage::WriteOptions &options = {}, int newVersion = 3);
     Result<storage::WriteOutcome> StripV2Tag(const storage::WriteOptions &options = {});
 

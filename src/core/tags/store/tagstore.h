@@ -11,33 +11,32 @@ namespace ravlin {
 
 class TagObject;
 
-/// The program's only way into the tags of MP3 files: reads a file's tag into a TagRecord, writes a TagRecord by the
-/// tag-save mode, removes one tag kind. Each operation opens the file anew and ends at its first error; what it had
-/// done by then stays done. Showing an error, or saying nothing, is the caller's part.
+/// The program's only access to the tags of MP3 files: reads a file's tag into a TagRecord, writes a TagRecord by the
+/// tag-save mode, removes one tag kind. Each operation opens the file anew and stops at its first error, without
+/// undoing what it has done. Callers decide whether to show an error.
 class TagStore
 {
 public:
-    /// state gives the tag-save mode, the options for writing (version of new ID3v2 tags, whether files keep their time
-    /// of modification) and the free space of the current drive, and takes the cancelled flag.
+    /// state provides the tag-save mode, the options for writing (version of new ID3v2 tags, whether files keep their
+    /// modification time) and the free space of the current drive, and receives the cancelled flag.
     TagStore(ProgramState &state, platform::FileSystem &fileSystem) : m_state(state), m_fileSystem(fileSystem) {}
 
-    /// Fills the whole record from the file. On an error of opening or reading all texts are empty. GenreOutOfRange:
-    /// the genre number is above 125; all fields are filled then, Genre holds the number in digits, and a missing track
-    /// is "0".
+    /// Fills the whole record from the file. If opening or reading fails all texts are empty. GenreOutOfRange: the
+    /// genre number is above 125; all fields are filled, Genre has the number in digits, and a missing track is "0".
     Result<void> ReadTag(const QString &path, TagRecord &record) const;
     /// The record for rules that work on tag values. Unlike ReadTag, a genre number above 125 is not an error, and a
     /// missing track is always empty.
     Result<TagRecord> readRecordLeniently(const QString &path) const;
 
-    /// Writes the record into the tag kinds that the tag-save mode asks for. LowSpace (and the cancelled flag set):
-    /// less than the file's size and 5 MB are free on the drive, nothing was written. Any mode but 1 to 5 writes
-    /// nothing. A read-only file is written and read-only afterwards; when the write fails it may stay writable.
+    /// Writes the record into the tag kinds of the tag-save mode; any mode but 1 to 5 writes nothing. LowSpace, with
+    /// the cancelled flag set: the drive has less free space than the file's size and 5 MB, and nothing was written. A
+    /// read-only file is written and is read-only afterwards; if the write fails it may stay writable.
     Result<void> SaveTag(const QString &path, const TagRecord &record);
 
     /// One pass of SaveTag: "1" saves ID3v1, "2" saves ID3v2, "4" removes ID3v1, "5" removes ID3v2.
     Result<storage::WriteOutcome> WriteTagKind(const QString &path, const TagRecord &record, QChar kind);
 
-    /// Strip one tag kind. ReadOnly: the file bears the read-only attribute.
+    /// Remove one tag kind. ReadOnly: the file has the read-only attribute.
     Result<void> RemoveV1(const QString &path);
     Result<void> RemoveV2(const QString &path);
 
