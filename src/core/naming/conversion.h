@@ -9,8 +9,8 @@
 
 #include <array>
 
-/// The optional conversions of names and tag texts: each is a pair of controls, a check box `op4` that switches it on
-/// and a list `ccase` that chooses which.
+/// The optional conversions of names and tag texts. Each is a pair of controls: a check box `op4` switches it on, a
+/// list `ccase` chooses which.
 namespace ravlin {
 
 class Settings;
@@ -18,7 +18,7 @@ class Settings;
 enum class ConversionKind
 {
     Case,   ///< ConvertCase: upper, lower, first letters
-    Replace ///< ExchangeSpaces: blanks by underscores, underscores by blanks
+    Replace ///< ExchangeSpaces: spaces by underscores, underscores by spaces
 };
 
 /// The state of one pair.
@@ -27,17 +27,17 @@ struct ConversionChoice
     static constexpr int InitialIndex = 1;
 
     bool on = false;
-    int index = InitialIndex; ///< place in the list, from 0
+    int index = InitialIndex; ///< in the list, from 0
 
     friend bool operator==(const ConversionChoice &, const ConversionChoice &) = default;
 };
 
-/// One of the pairs, by the number that its controls bear.
+/// One of the pairs, by the number of its controls.
 struct ConversionPair
 {
     int number = 0;
     ConversionKind kind = ConversionKind::Case;
-    QStringView settingsKey; ///< empty for the one that is not remembered
+    QStringView settingsKey; ///< empty for the pair that is not remembered
 };
 
 inline constexpr int RenameCasePair = 0;
@@ -51,24 +51,24 @@ extern const std::array<ConversionPair, 5> ConversionPairs;
 
 /// Number of entries in a list of that kind.
 int conversionCount(ConversionKind kind);
-/// The mode that the transforms take for the entry at that place; -1 beyond the list.
+/// The transforms' mode for the entry at that index; -1 beyond the list.
 int conversionMode(ConversionKind kind, int index);
 /// The caption of the check box.
 Caption conversionCaption(ConversionKind kind);
 /// The captions of the list's entries, in list order.
 QList<Caption> conversionEntryCaptions(ConversionKind kind);
 
-/// The text as the choice wants it; as it is while the choice is off.
+/// The text after the conversion; unchanged while the choice is off.
 QString applyConversion(ConversionKind kind, ConversionChoice choice, const QString &text);
 
-/// The place in the list in digits, or empty for a choice that is off.
+/// The index in digits; empty for a choice that is off.
 QString conversionToText(ConversionChoice choice);
-/// The choice that such a text stands for. Empty, or a text that names no entry: off, with the initial entry.
+/// The choice for such a text. A text that is empty or names no entry is off, with the initial entry.
 ConversionChoice conversionFromText(ConversionKind kind, QStringView text);
 
-/// A pair's choice as the settings remember it; a pair without a key is as at the first start.
+/// A pair's choice from the settings. A pair without a key is as at the first start.
 ConversionChoice restoreConversion(const Settings &settings, const ConversionPair &pair);
-/// Takes effect for the file with Settings::save(). Nothing happens for a pair without a key.
+/// Settings::save() writes it to the file. Does nothing for a pair without a key.
 void storeConversion(Settings &settings, const ConversionPair &pair, ConversionChoice choice);
 
 } // namespace ravlin

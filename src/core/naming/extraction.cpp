@@ -9,16 +9,16 @@ namespace ravlin {
 
 namespace {
 
-/// What one placeholder of a pattern asks for.
+/// What one placeholder of a pattern requires.
 struct Step
 {
-    QStringView literal;                 ///< before the placeholder, behind the one before it
+    QStringView literal;                 ///< between the previous placeholder and this one
     QString TagRecord::*field = nullptr; ///< nullptr: the value is skipped
     QStringView separator;               ///< ends the value
     bool takesRest = false;              ///< there is no separator: the value runs to the end
 };
 
-/// Units of the code point that the text starts with; 0 for an empty text.
+/// UTF-16 units of the code point at the start of the text; 0 for an empty text.
 qsizetype firstSize(QStringView text)
 {
     if (text.size() > 1 && text[0].isHighSurrogate() && text[1].isLowSurrogate())
@@ -33,7 +33,7 @@ char32_t firstCharacter(QStringView text)
     return firstSize(text) == 2 ? QChar::surrogateToUcs4(text[0], text[1]) : char32_t(text[0].unicode());
 }
 
-/// The step at the pattern's next placeholder, which stands at an index, and what is left of the pattern behind it.
+/// The step for the placeholder at index percent. Leaves in pattern what is behind it.
 Step takeStep(QStringView &pattern, qsizetype percent)
 {
     Step step;
@@ -55,7 +55,7 @@ bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &
     QStringView nameLeft = name;
     for (qsizetype percent = patternLeft.indexOf(u'%'); percent >= 0; percent = patternLeft.indexOf(u'%')) {
         const Step step = takeStep(patternLeft, percent);
-        // An empty text does not start with an empty one in the eyes of Qt where it is a null text as well.
+        // A null text does not start with an empty one, according to Qt.
         if (!step.literal.isEmpty() && !nameLeft.startsWith(step.literal))
             return false;
         nameLeft = nameLeft.sliced(step.literal.size());

@@ -10,42 +10,42 @@
 
 #include <vector>
 
-/// Tags from file names: takes a file's bare name apart by a pattern such as "%1 - %3".
+/// Tags from file names: parses a file's bare name by a pattern such as "%1 - %3".
 namespace ravlin {
 
 class TagStore;
 
-/// Puts what stands in a name at the pattern's placeholders into the record (see extractionPlaceholders()). True when
-/// the match ran to the end of the pattern.
+/// Fills the record with what a name has at the pattern's placeholders (see extractionPlaceholders()). Returns true if
+/// the match reached the end of the pattern.
 ///
-/// Literal text must stand in the name exactly, upper and lower case told apart. A value ends at the first occurrence
-/// of the text up to the next placeholder, so it never contains it; between two placeholders without text the value is
-/// empty. Behind the last placeholder only the first character of the pattern counts, and only to end the value; a last
-/// placeholder without text behind it takes the rest. A pattern without placeholders fits every name. When the match
-/// fails, the fields before the place where it failed have been filled.
+/// Literal text must occur in the name exactly, including case. A value ends at the first occurrence of the text up to
+/// the next placeholder, so it never contains that text. Between two placeholders without text the value is empty.
+/// Behind the last placeholder only the first character of the pattern counts, and only to end the value; without any
+/// text there the last placeholder takes the rest. A pattern without placeholders fits every name. If the match fails,
+/// the fields before that place are filled all the same.
 bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &record);
 
 /// One file's extraction before it is written.
 struct Extraction
 {
-    TagRecord record;       ///< the file's own tag with what the pattern took from the name
+    TagRecord record;       ///< the file's own tag with the values from the name
     bool isMatched = false; ///< whether it would be written
 };
 
-/// Reads the file's tag and takes its name apart; writes nothing. Fails when the tag cannot be read; a genre number
-/// beyond the table is no failure.
+/// Reads the file's tag and parses its name; writes nothing. Fails if the tag cannot be read. A genre number above 125
+/// is not a failure.
 Result<Extraction> prepareExtraction(const QString &path, const QString &pattern, const TagStore &store);
 
 struct ExtractionOutcome
 {
     BatchOutcome rows;
-    /// Of each row that was taken: the file was written. False for one that failed and for one whose name does not fit
-    /// the pattern, which counts as done.
+    /// For each row that was processed: whether the file was written. False for one that failed and for one whose name
+    /// does not fit the pattern, which counts as done.
     std::vector<bool> isWritten;
 };
 
-/// Extracts and saves file after file. One that fails is passed over, but no further one is taken once the cancelled
-/// flag is set. On the thread that calls; see runBatch.
+/// Extracts and saves file after file. Skips files that fail, and stops once the cancelled flag is set. Runs on the
+/// calling thread; see runBatch.
 ExtractionOutcome runExtraction(const QStringList &paths, const QString &pattern, TagStore &store,
     const ProgramState &state, const ProgressReport &progress, const RecordSaved &saved = {});
 

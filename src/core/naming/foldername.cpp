@@ -28,7 +28,7 @@ QString filledPattern(const QString &pattern, const TagRecord &record)
     return name;
 }
 
-/// Empty when neither is there.
+/// Empty if there is neither.
 QString artistAndAlbum(const TagRecord &record)
 {
     const bool hasBoth = !record.Artist.isEmpty() && !record.Album.isEmpty();

@@ -12,23 +12,23 @@ namespace ravlin {
 
 class Settings;
 
-/// What the folder dialog is set to.
+/// The state of the folder dialog.
 struct FolderRule
 {
-    bool artistAlbum = false; ///< `Check1`: artist and album, or the one of them that there is
-    bool pattern = false;     ///< `Check2`: the pattern. When both are on, `Check1` wins wherever it makes a name
+    bool artistAlbum = false; ///< `Check1`: artist and album, or whichever there is
+    bool pattern = false;     ///< `Check2`: the pattern. If both are on, `Check1` wins where it makes a name
     QString patternText;      ///< of `avanzado`, with the placeholders of folderPlaceholders()
 
     friend bool operator==(const FolderRule &, const FolderRule &) = default;
 
     static FolderRule restored(const Settings &settings);
-    /// Takes effect for the file with Settings::save().
+    /// Settings::save() writes it to the file.
     void store(Settings &settings) const;
 };
 
 /// The folder's new path. folder: its present one, with or without separators at its end. The pattern's values are
-/// cleaned for names, those of `Check1` are not: a separator in them leads into a folder below. Nothing when no rule is
-/// on, the chosen ones make no name, or the folder has no parent.
+/// cleaned for names; those of `Check1` are not, so a separator in them leads into a subfolder. Returns nothing if no
+/// rule is on, the chosen ones make no name, or the folder has no parent.
 std::optional<QString> newFolderPath(const QString &folder, const TagRecord &record, const FolderRule &rule);
 
 } // namespace ravlin

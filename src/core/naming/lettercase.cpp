@@ -23,7 +23,7 @@ QString textOf(const CodePoints &codePoints)
     return QString::fromUcs4(reinterpret_cast<const char32_t *>(codePoints.constData()), codePoints.size());
 }
 
-/// Case_Ignorable (The Unicode Standard, D136): what may stand inside a word without being a letter of it.
+/// Case_Ignorable (The Unicode Standard, D136): what may occur inside a word without being a letter of it.
 bool isIgnorable(char32_t character)
 {
     constexpr QStringView InsideWords = u"'.:\u00B7\u0387\u055F\u05F4\u2018\u2019\u2024\u2027\uFE13\uFE52\uFE55\uFF07"
@@ -40,7 +40,7 @@ bool isIgnorable(char32_t character)
     }
 }
 
-/// Cased (D135) among what is not ignorable: letters with a case, and signs made of such.
+/// Cased (D135) among what is not ignorable: letters with a case, and signs made of them.
 bool isCased(char32_t character)
 {
     const QChar::Category category = QChar::category(character);
@@ -65,7 +65,7 @@ bool isBeforeCased(const CodePoints &text, qsizetype at)
     return at < text.size() && isCased(text[at]);
 }
 
-/// Index of the first mark above the letter at an index; -1 when it has none.
+/// Index of the first mark above the letter at an index; -1 if there is none.
 qsizetype markAbove(const CodePoints &text, qsizetype at)
 {
     for (++at; at < text.size() && QChar::combiningClass(text[at]) != 0; ++at) {
@@ -75,7 +75,7 @@ qsizetype markAbove(const CodePoints &text, qsizetype at)
     return -1;
 }
 
-/// Turns "Σ" at the end of a word into "ς"; all others are left to Qt.
+/// Turns "Σ" at the end of a word into "ς"; the others are left to Qt.
 void lowerFinalSigmas(CodePoints &text)
 {
     for (qsizetype at = 0; at < text.size(); ++at) {
@@ -84,7 +84,7 @@ void lowerFinalSigmas(CodePoints &text)
     }
 }
 
-/// Letter and mark "I\u0307" are one letter like "İ".
+/// The letter and mark "I\u0307" are one letter like "İ".
 void lowerTurkish(CodePoints &text)
 {
     for (qsizetype at = 0; at < text.size(); ++at) {
@@ -117,7 +117,7 @@ void lowerLithuanian(CodePoints &text)
     }
 }
 
-/// The dot that a small i kept under an accent goes.
+/// Removes the dot that a small i kept under an accent.
 void upperLithuanian(CodePoints &text)
 {
     for (qsizetype at = 0; at < text.size(); ++at) {
@@ -127,14 +127,14 @@ void upperLithuanian(CodePoints &text)
     }
 }
 
-/// A Greek letter without its marks, and what those were.
+/// A Greek letter without its marks, and what they were.
 struct GreekLetter
 {
-    char32_t base = 0; ///< 0 when it is no Greek letter
+    char32_t base = 0; ///< 0 if it is not a Greek letter
     bool isVowel = false;
     bool hasAccent = false;
     bool hasDialytika = false;
-    int ypogegrammeni = 0; ///< how often a small iota stands below it
+    int ypogegrammeni = 0; ///< number of small iotas below it
     qsizetype end = 0;     ///< index behind its marks
     bool isOneCodePoint = true;
 
@@ -167,8 +167,8 @@ GreekLetter greekLetterAt(const CodePoints &text, qsizetype at)
     return letter;
 }
 
-/// Takes the accents off; what they told of two vowels, that each is spoken, tells a dialytika on the second instead.
-/// The one-letter word "ή" keeps its accent, without which it would be another.
+/// Removes the accents. Where an accent showed that two vowels are spoken separately, the second gets a dialytika
+/// instead. The one-letter word "ή" keeps its accent, without which it would be another word.
 CodePoints withoutGreekAccents(const CodePoints &text)
 {
     CodePoints result;
@@ -208,7 +208,7 @@ bool isTurkic(const QLocale &locale)
 
 } // namespace
 
-// The letters with rules of their own are converted first; Qt leaves what has its case already.
+// Convert the letters with rules of their own first. Qt leaves alone what already has its case.
 
 QString upperCase(const QString &text, const QLocale &locale)
 {

@@ -4,12 +4,12 @@
 #include <QLocale>
 #include <QString>
 
-/// Upper and lower case by the rules of a language, the same on every system: Qt alone knows such rules only where it
-/// is built with ICU, which it is not for Windows.
+/// Upper and lower case by the rules of a language, the same on every system. Qt knows such rules only if built with
+/// ICU, and on Windows it is not.
 ///
-/// Beyond the mappings that hold for all languages these are the conditional ones of Unicode's SpecialCasing.txt (the
-/// final sigma; i and its dot in Turkish, Azerbaijani and Lithuanian), and that capitals bear no accents in Greek and
-/// have no ligature in Armenian, as the Unicode locale data (CLDR) has it.
+/// On top of the mappings that hold for all languages: the conditional ones of Unicode's SpecialCasing.txt (the final
+/// sigma; i and its dot in Turkish, Azerbaijani and Lithuanian), no accents on capitals in Greek, and no ligature of
+/// capitals in Armenian, as in the Unicode locale data (CLDR).
 namespace ravlin {
 
 QString upperCase(const QString &text, const QLocale &locale);

@@ -8,10 +8,10 @@ namespace ravlin {
 
 namespace {
 
-/// The number that a text for digits starts a run with.
+/// The number that a run starts with.
 qint64 firstTrack(const QString &text)
 {
-    // Beyond this no number of files leads back to one that is written, so a longer text means no more.
+    // From here on no number of files leads to a track that is written, so a longer text needs no more.
     constexpr qint64 Unwritable = 1'000'000'000;
     if (text.isEmpty())
         return 1;

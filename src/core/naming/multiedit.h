@@ -9,17 +9,17 @@
 #include <QString>
 #include <QStringList>
 
-/// Chosen fields into the tags of many files at once.
+/// Writes chosen fields into the tags of many files.
 namespace ravlin {
 
 class TagStore;
 struct SessionChoices;
 
-/// What the page of many files is set to: the boxes' texts and which of them are ticked.
+/// The state of the page for many files: the boxes' texts and which of them are ticked.
 struct MultiEditPage
 {
-    /// The boxes: `Tmartista`, `tmalbum`, `tma_o`, `cmestilo`, `tmcomentarios`; Track is `tmpista`, the number of the
-    /// first file, empty for 1. There is none for the title.
+    /// The boxes `Tmartista`, `tmalbum`, `tma_o`, `cmestilo`, `tmcomentarios`. Track is `tmpista`, the number of the
+    /// first file; empty means 1. There is no box for the title.
     TagRecord boxes;
     bool setsArtist = false;
     bool setsAlbum = false;
@@ -28,28 +28,28 @@ struct MultiEditPage
     bool setsComment = false;
     bool setsTrack = false;       ///< a running number in the order of the files
     ConversionChoice letterCase;  ///< `op4_1`: runs first
-    ConversionChoice replacement; ///< `op4_4`: of blanks and underscores
+    ConversionChoice replacement; ///< `op4_4`: of spaces and underscores
 
-    /// Whether anything is ticked, so that a run makes sense.
+    /// Whether anything is ticked, so that a run has an effect.
     bool changesAnything() const;
-    /// Takes the page's conversions from what the working modes are set to.
+    /// Sets the page's conversions from those of the working modes.
     void takeConversions(const SessionChoices &choices);
 };
 
-/// One run over file after file. A conversion works on the boxes' texts too, ticked or not, once for each file, and
-/// what it makes of them is what the next file starts from and what the boxes show at the end.
+/// One run over file after file. The conversions apply to the boxes' texts too, ticked or not, once for each file:
+/// their result for one file is the input for the next, and what the boxes show at the end.
 class MultiEdit
 {
 public:
     explicit MultiEdit(MultiEditPage page);
 
-    /// The next file's tag as the run would save it; counts the file. Fails when the tag cannot be read: then the boxes
-    /// stay as they are and the file has its number all the same.
+    /// The next file's tag as the run would save it. Fails if the tag cannot be read: the boxes then stay as they are,
+    /// but the file uses up its track number.
     Result<TagRecord> prepare(const QString &path, const TagStore &store);
-    /// The same, saved: what was saved, or the errors of TagStore::SaveTag.
+    /// Also saves it. Returns what was saved, or the errors of TagStore::SaveTag.
     Result<TagRecord> edit(const QString &path, TagStore &store);
 
-    /// The page with its boxes as they are by now.
+    /// The page with its boxes as converted so far.
     const MultiEditPage &page() const { return m_page; }
 
 private:
@@ -60,8 +60,7 @@ private:
     qint64 m_nextTrack;
 };
 
-/// Edits file after file. The first failure ends the run, and none is taken once the cancelled flag is set; see
-/// runBatch.
+/// Edits file after file. Stops at the first failure, and once the cancelled flag is set; see runBatch.
 BatchOutcome runMultiEdit(const QStringList &paths, MultiEdit &edit, TagStore &store, const ProgramState &state,
     const ProgressReport &progress, const RecordSaved &saved = {});
 

@@ -13,8 +13,7 @@ QString PatternHistory::key(qsizetype index) const
 PatternHistory PatternHistory::restored(QStringView name, const Settings &settings)
 {
     PatternHistory history(name);
-    // Backwards, so that using them one by one puts the list into its order; a file edited by hand may hold gaps and
-    // patterns twice.
+    // Backwards, so that using them one by one restores the order. A file edited by hand may have gaps and duplicates.
     for (qsizetype index = Capacity - 1; index >= 0; --index)
         history.use(settings.read(history.key(index)));
     return history;
@@ -24,7 +23,7 @@ void PatternHistory::store(Settings &settings) const
 {
     for (qsizetype index = 0; index < Capacity; ++index) {
         const QString text = m_patterns.value(index);
-        // A key that never held anything is not written, so that the file does not fill with empty lines.
+        // Don't write a key that never had a value: the file would fill with empty lines.
         if (settings.read(key(index)) != text)
             settings.write(key(index), text);
     }

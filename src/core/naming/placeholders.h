@@ -10,15 +10,15 @@
 #include <array>
 #include <span>
 
-/// The placeholders of patterns: "%" and one digit. Each direction has a table of its own, and they differ: "%6" to
-/// "%8" do not mean the same for the renaming and for the extraction, and folders number their fields anew.
+/// The placeholders of patterns: "%" and one digit. Each direction has its own table, and they differ: "%6" to "%8"
+/// mean different things for renaming and for extraction, and folders number their fields anew.
 namespace ravlin {
 
 struct Placeholder
 {
     char16_t digit = u'0';
-    /// The field that is filled in or written; nullptr for what is none of the tag: the file's own name, or text that
-    /// is skipped.
+    /// The field that is filled in or written. nullptr for what is not in the tag: the file's own name, or text that is
+    /// skipped.
     QString TagRecord::*field = nullptr;
     Caption caption{}; ///< the field's word
     int label = 0;     ///< number of the clickable label `lt` that appends it
@@ -27,17 +27,17 @@ struct Placeholder
     QString token() const { return QString(u'%') + QChar(digit); }
 };
 
-/// For new names of files; the order is that of filling in. "%6", which has no field, is the file's present bare name.
+/// For new names of files, in the order of filling in. "%6", which has no field, is the file's present bare name.
 std::span<const Placeholder> renamePlaceholders();
-/// For taking names apart, in the labels' order. "%0", which has no field, is skipped.
+/// For parsing names, in the labels' order. "%0", which has no field, is skipped.
 std::span<const Placeholder> extractionPlaceholders();
-/// For new names of folders; the order is that of filling in. The labels are those of the folder dialog.
+/// For new names of folders, in the order of filling in. The labels are those of the folder dialog.
 std::span<const Placeholder> folderPlaceholders();
 
-/// What a label shows: the placeholder, " - " and the field's word in the language of the interface.
+/// The text of a label: the placeholder, " - " and the field's word in the interface language.
 QString placeholderLabel(const Placeholder &placeholder, const QString &word);
 
-/// The field that a placeholder's digit names when a name is taken apart; nullptr for "%0" and any other character.
+/// The field for a placeholder's digit when a name is parsed; nullptr for "%0" and any other character.
 QString TagRecord::*extractionField(char32_t digit);
 
 } // namespace ravlin

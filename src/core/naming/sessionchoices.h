@@ -11,7 +11,7 @@ namespace ravlin {
 
 class Settings;
 
-/// What the working modes remember from run to run: the way of renaming, its pattern, and the conversions. Read once at
+/// What the working modes remember from run to run: the renaming rule, its pattern, and the conversions. Read once at
 /// the start and saved at the end.
 struct SessionChoices
 {
@@ -21,9 +21,9 @@ struct SessionChoices
     QString renamePattern;                       ///< the text of tavanzado; empty: as designed
     std::array<ConversionChoice, 5> conversions; ///< at the index of each pair's number
 
-    /// A stored rename mode that is none of the three chooses none; an empty one the default.
+    /// An empty rename mode means the default; one that is none of the three chooses none.
     static SessionChoices restored(const Settings &settings);
-    /// Takes effect for the file with Settings::save().
+    /// Settings::save() writes it to the file.
     void store(Settings &settings) const;
 };
 

@@ -28,23 +28,23 @@ char32_t codePointAt(QStringView text, qsizetype at)
     return codePointSize(text, at) == 2 ? QChar::surrogateToUcs4(text[at], text[at + 1]) : char32_t(text[at].unicode());
 }
 
-/// The upper-case form of the one code point that starts a word.
+/// The upper-case form of the code point that starts a word.
 QString capital(const QString &codePoint, const QLocale &locale)
 {
     // A mark has no case of its own; U+0345 would turn into a letter.
     if (QChar::isMark(codePointAt(codePoint, 0)))
         return codePoint;
-    // Greek drops the accents of words in capitals only, not that of a capital before small letters.
+    // Greek drops accents only in words of capitals, not on a capital before small letters.
     const QString upper = locale.language() == QLocale::Greek ? codePoint.toUpper() : upperCase(codePoint, locale);
-    // One character is to become a capital: where several letters would come out ("ß", "ﬁ"), it keeps its form.
+    // If the capital would be several letters ("ß", "ﬁ"), keep the character.
     return upper.size() == codePointSize(upper, 0) ? upper : codePoint;
 }
 
 /// The text from its second code point on, in lower case.
 QString lowerRest(const QString &text, qsizetype firstSize, const QLocale &locale)
 {
-    // Lower case may depend on what stands before (the final sigma of a two-letter word), so the
-    // whole text is converted where the first code point can be told apart afterwards.
+    // Lower case may depend on what precedes (the final sigma of a two-letter word), so convert the whole text if the
+    // first code point can be told apart afterwards.
     const QString lower = lowerCase(text, locale);
     const QString firstLower = lowerCase(text.first(firstSize), locale);
     return lower.startsWith(firstLower) ? lower.sliced(firstLower.size()) : lowerCase(text.sliced(firstSize), locale);
@@ -61,8 +61,7 @@ QString capitalize(const QString &text, const QLocale &locale)
     QString result;
     result.reserve(text.size() + 8);
     result += capital(text.first(firstSize), locale);
-    // Whether a capital is due is asked of the text before conversion, so that one that grows
-    // shifts nothing.
+    // Looks for the first separator in the text before conversion, because conversion may change its length.
     bool capitalDue = CapitalSeparators.contains(text.front());
     for (qsizetype at = 0; at < rest.size();) {
         const qsizetype size = codePointSize(rest, at);
@@ -76,8 +75,7 @@ QString capitalize(const QString &text, const QLocale &locale)
     return result;
 }
 
-/// A text whose characters are struck out one by one, with the next remaining one found in nearly
-/// constant time.
+/// A text whose characters are struck out one by one. Finds the next remaining one in nearly constant time.
 class StrikeableText
 {
 public:
@@ -86,7 +84,7 @@ public:
         std::iota(m_next.begin(), m_next.end(), qsizetype(0));
     }
 
-    /// Index of the first remaining unit at or after an index; the text's size when there is none.
+    /// Index of the first remaining unit at or after an index; the text's size if there is none.
     qsizetype remainingFrom(qsizetype at)
     {
         while (m_next[size_t(at)] != at) {
@@ -98,8 +96,7 @@ public:
 
     void strike(qsizetype at) { m_next[size_t(at)] = at + 1; }
 
-    /// Strikes out the first remaining code point from an index on, and the combining marks behind
-    /// it.
+    /// Strikes out the first remaining code point from an index on, and the combining marks behind it.
     void strikeCharacterFrom(qsizetype at)
     {
         at = remainingFrom(at);
@@ -139,7 +136,7 @@ private:
         return second < 0 ? char32_t(m_text[at].unicode()) : QChar::surrogateToUcs4(m_text[at], m_text[second]);
     }
 
-    /// False at the end of the text.
+    /// Returns false at the end of the text.
     bool strikeCodePoint(qsizetype at)
     {
         if (at >= m_text.size())
@@ -158,11 +155,11 @@ private:
 struct ForbiddenKind
 {
     QChar character;
-    bool takesFollower = false; ///< the character behind it goes as well
+    bool takesFollower = false; ///< also removes the character behind it
     qsizetype from = 0;         ///< nothing of this kind remains before this index
 };
 
-/// Strikes out the first remaining character of a kind; false when there is none.
+/// Strikes out the first remaining character of a kind. Returns false if there is none.
 bool strikeFirst(StrikeableText &struck, const QString &text, ForbiddenKind &kind)
 {
     qsizetype at = struck.remainingFrom(kind.from);

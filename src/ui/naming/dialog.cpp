@@ -161,7 +161,7 @@ void Dialog::done(int result)
     rule().store(m_context.settings);
     if (result == Accepted && m_byPattern->isChecked())
         m_pattern->remember();
-    // The values count for this run all the same; the file is tried again at the end of the program.
+    // A failure to save matters little: the values hold for this run, and the program saves again at its end.
     std::ignore = m_context.settings.save();
     const std::optional<RenameWish> wanted = wish();
     QDialog::done(result);

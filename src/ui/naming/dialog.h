@@ -19,28 +19,28 @@ namespace ravlin {
 class PatternBox;
 class PlaceholderBox;
 
-/// The dialog that renames a folder after the tag of its first file: by artist and album, or by a pattern. It shows the
-/// new name while the rule is being made up.
+/// The dialog that renames a folder after the tag of its first file: by artist and album, or by a pattern. Shows the
+/// new name while the user edits the rule.
 ///
-/// Its settings are read when it is made and written whenever it is closed. It renames nothing itself: whoever opens it
-/// does, when it has been accepted.
+/// Reads its settings when it is made and writes them whenever it is closed. Renames nothing itself: its opener does
+/// when it is accepted.
 class Dialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// folder: its path, with or without a separator at the end. firstFile: the file whose tag is taken; empty when the
-    /// folder's list is.
+    /// folder: its path, with or without a separator at the end. firstFile: the file whose tag is used; empty if the
+    /// folder's list is empty.
     Dialog(const PageContext &context, const QString &folder, const QString &firstFile, QWidget *parent = nullptr);
 
-    /// What the chosen rule asks for; nothing when no rule is chosen, it makes no name, or there is no file whose tag
-    /// could be read.
+    /// The renaming by the chosen rule. Nothing if no rule is chosen, it makes no name, or there is no file with a
+    /// readable tag.
     std::optional<RenameWish> wish() const;
 
     void done(int result) override;
 
 Q_SIGNALS:
-    /// The user wants the folder to be renamed so; the dialog is closed by then.
+    /// The user wants this renaming. The dialog is already closed.
     void renameRequested(const RenameWish &wish);
 
 private:
@@ -54,7 +54,7 @@ private:
 
     PageContext m_context;
     QString m_folder;
-    std::optional<TagRecord> m_record; ///< of the first file; none when there is none, or it can't be read
+    std::optional<TagRecord> m_record; ///< of the first file; nothing if there is none, or it can't be read
 
     QCheckBox *m_byArtistAlbum = nullptr;
     QCheckBox *m_byPattern = nullptr;

@@ -12,11 +12,9 @@ namespace ravlin {
 class PatternBox;
 class PlaceholderBox;
 
-/// The page that fills tags from file names: the pattern of the names, the labels of its placeholders, the run and its
-/// preview.
+/// The page that fills tags from file names: the pattern, the labels of its placeholders, the run and its preview.
 ///
-/// The window that holds it calls selectionChanged() whenever rows were selected or unselected, and applyCaptions() at
-/// a change of the language.
+/// Its window calls selectionChanged() when the selection changes, and applyCaptions() when the language does.
 class ExtractPage : public PageArea
 {
     Q_OBJECT
@@ -24,12 +22,12 @@ class ExtractPage : public PageArea
 public:
     explicit ExtractPage(const PageContext &context, QWidget *parent = nullptr);
 
-    /// Says how many files a run would write.
+    /// Shows how many files a run would write.
     void selectionChanged();
     void applyCaptions();
 
 Q_SIGNALS:
-    /// A run has ended and the list was filled again: the current row is to be shown again.
+    /// A run has ended and the list was filled again. The current row has to be shown again.
     void finished();
 
 protected:

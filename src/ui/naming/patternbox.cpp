@@ -12,7 +12,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr int UsefulLetters = 20; ///< narrower the box would not show a usual pattern
+constexpr int UsefulLetters = 20; ///< a narrower box would not show a usual pattern
 
 } // namespace
 
@@ -23,7 +23,7 @@ PatternBox::PatternBox(const QString &name, QStringView historyName, Settings &s
     setObjectName(name);
     setEditable(true);
     setInsertPolicy(QComboBox::NoInsert);
-    setCompleter(nullptr); // it would write an old pattern's end behind the start of a new one
+    setCompleter(nullptr); // it would add the end of an old pattern to a new one
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     setMinimumContentsLength(UsefulLetters);
     lineEdit()->setObjectName(name + QStringLiteral("Text"));

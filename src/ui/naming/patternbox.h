@@ -9,25 +9,25 @@ namespace ravlin {
 
 class Settings;
 
-/// A box for a pattern: free text, with a drop-down list of the patterns used before, the last one first.
+/// A box for a pattern: free text, with a drop-down list of used patterns, most recent first.
 class PatternBox : public QComboBox
 {
     Q_OBJECT
 
 public:
-    /// name: its object name. The settings, where the list lives, outlive the box.
+    /// name: its object name. The settings, which hold the list, outlive the box.
     PatternBox(const QString &name, QStringView historyName, Settings &settings, QWidget *parent = nullptr);
 
     QString text() const { return currentText(); }
     void setText(const QString &text) { setEditText(text); }
-    /// Puts a placeholder at the end of the text, wherever the cursor is.
+    /// Appends a placeholder, wherever the cursor is.
     void append(const QString &placeholder);
-    /// The text is being used: it comes first in the list. Takes effect for the settings' file with Settings::save().
+    /// Moves the text, which is being used, to the front of the list. Settings::save() writes it to the file.
     void remember();
-    /// Shows the list as the settings have it by now. The text stays.
+    /// Shows the list as the settings have it now. The text stays.
     void refresh();
 
-    /// For the box and its text.
+    /// The accessible name of the box and its text.
     void setName(const QString &accessibleName);
 
 private:

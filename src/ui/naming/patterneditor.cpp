@@ -133,7 +133,7 @@ void PatternEditor::deleteCurrent()
     updateButtons();
 }
 
-/// A button that is disabled while it has the focus would take the keyboard with it.
+/// Moves the focus off a button before disabling it: it would take the keyboard with it.
 void PatternEditor::updateButtons()
 {
     const int row = m_patterns->currentRow();

@@ -15,9 +15,9 @@ namespace ravlin {
 class Captions;
 class Settings;
 
-/// The editor of the saved pattern lists: shows the patterns that were used for extracting tags, renaming files and
-/// renaming folders, lets the user delete and reorder them, and stores them when it is accepted. Boxes that offer the
-/// lists are to be refreshed then (PatternBox::refresh()).
+/// The editor of the saved pattern lists: shows the patterns used for extracting tags, renaming files and renaming
+/// folders, lets the user delete and reorder them, and stores them when it is accepted. Boxes that offer the lists need
+/// PatternBox::refresh() then.
 class PatternEditor : public QDialog
 {
     Q_OBJECT
@@ -44,7 +44,7 @@ private:
 
     Settings &m_settings;
     std::array<QStringList, ListCount> m_lists; ///< as edited so far
-    int m_shown = 0;                            ///< the list that is shown
+    int m_shown = 0;                            ///< index of the list that is shown
     QComboBox *m_choice = nullptr;
     QListWidget *m_patterns = nullptr;
     QPushButton *m_up = nullptr;

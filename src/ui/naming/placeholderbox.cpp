@@ -49,7 +49,7 @@ QSize PlaceholderLabel::sizeHint() const
 
 bool PlaceholderLabel::event(QEvent *event)
 {
-    // Enter presses a link as it presses a button; in a dialog it would reach the default button instead.
+    // Enter clicks a link like a button; in a dialog it would reach the default button instead.
     if (event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent *>(event)->key();
         if (key == Qt::Key_Return || key == Qt::Key_Enter) {

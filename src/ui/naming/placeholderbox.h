@@ -19,7 +19,7 @@ class PlaceholderBox : public QGroupBox
     Q_OBJECT
 
 public:
-    /// The labels stand in rows of that many, in the order of the table.
+    /// columns: labels in a row, in the order of the table.
     PlaceholderBox(Caption title, std::span<const Placeholder> table, int columns, QWidget *parent);
 
     void applyCaptions(const Captions &captions);

@@ -142,7 +142,8 @@ bool preview::load(const PreviewRequest &request)
     return true;
 }
 
-/// As wide as the texts; where that is too much for the window, the columns of names share what the others leave.
+/// Makes the columns as wide as their texts. If that is too much for the window, the columns of names share what the
+/// others leave.
 void preview::fitColumns()
 {
     constexpr std::array<int, 4> NameColumns{0, 2, 3, 4};

@@ -23,20 +23,20 @@ struct PreviewRequest
 };
 
 /// The window that shows what the extraction or the renaming would do to the selected files, before anything is
-/// written. Which of the two, the program's preview mode says.
+/// written. The program's preview mode chooses between the two.
 ///
-/// It keeps the main window waiting, so that what it shows stays true, and deletes itself when it is closed.
+/// It is modal, so that what it shows stays true, and deletes itself when it is closed.
 class preview : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// Computes the rows, with progress, and shows the window. Nothing happens while other work is under way.
+    /// Computes the rows, with progress, and shows the window. Does nothing while other work is under way.
     static void open(const PageContext &context, const PreviewRequest &request, QWidget *parent);
 
     explicit preview(const PageContext &context, QWidget *parent = nullptr);
 
-    /// Fills the list. False, and the list stays as it was, while other work is under way.
+    /// Fills the list. Returns false, with the list unchanged, while other work is under way.
     bool load(const PreviewRequest &request);
 
 protected:

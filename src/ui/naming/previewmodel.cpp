@@ -48,7 +48,7 @@ QString cell(const PreviewRow &row, int column)
     }
 }
 
-/// The whole text of the cell, which may be too narrow for it, and what is to be said about the row.
+/// The whole text of the cell, which may be too narrow for it, and the remarks about the row.
 QString toolTip(const QString &cellText, const QStringList &remarks)
 {
     QStringList lines;

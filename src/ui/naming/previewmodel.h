@@ -19,10 +19,10 @@ enum class PreviewMark
 {
     None,
     Untouched, ///< the run would leave the file as it is
-    Trouble    ///< something stands in the way of what the run would do
+    Trouble    ///< something prevents what the run would do
 };
 
-/// A row of the preview and what is to be said about it.
+/// A row of the preview with remarks about it.
 struct PreviewLine
 {
     PreviewRow row;
@@ -32,13 +32,13 @@ struct PreviewLine
     bool isMarked() const { return mark != PreviewMark::None || !remarks.isEmpty(); }
 };
 
-/// The rows of an extraction or a renaming with what there is to say about each.
+/// The lines for the rows of an extraction or a renaming.
 std::vector<PreviewLine> extractionLines(const std::vector<PreviewRow> &rows, const Captions &captions);
 std::vector<PreviewLine> renamingLines(const FileRenaming &renaming, const Captions &captions);
 
-/// The rows of the preview window: name, track, title, artist, album, year and the tags' presence. A long name makes
-/// its row bold and red; marks are an icon before the name, and their words are the row's tooltip and are told to
-/// assistive tools with the name.
+/// The rows of the preview window: name, track, title, artist, album, year and the presence of tags. A long name makes
+/// its row bold and red. A mark is an icon before the name; its remarks are the row's tooltip and, for assistive tools,
+/// part of the name.
 class PreviewModel : public QAbstractTableModel
 {
     Q_OBJECT

@@ -7,7 +7,7 @@ namespace ravlin {
 
 class Captions;
 
-/// One sentence for the user about why a name can't be given.
+/// A sentence for the user about why a name can't be used.
 QString problemText(const Captions &captions, platform::NameProblem problem);
 
 } // namespace ravlin

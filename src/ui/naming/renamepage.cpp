@@ -117,7 +117,7 @@ void RenamePage::connectControls()
     connect(m_preview, &QPushButton::clicked, this, &RenamePage::showPreview);
 }
 
-/// The advanced pattern counts under its own rule only.
+/// The pattern only counts under its own rule.
 void RenamePage::updateEnabling()
 {
     m_pattern->setEnabled(m_byPattern->isChecked());
@@ -133,7 +133,7 @@ void RenamePage::showChoices(const SessionChoices &choices)
 {
     int number = 0;
     for (QRadioButton *option : {m_byArtistTitle, m_byTrackTitle, m_byPattern}) {
-        // One of a group can't be unchecked by itself.
+        // A button of an exclusive group can't be unchecked alone.
         option->setAutoExclusive(false);
         option->setChecked(++number == choices.renameMode);
     }
@@ -204,7 +204,7 @@ NamingRule RenamePage::rule() const
     return {chosenRule(), m_pattern->text(), m_caseConversion->choice(), m_replaceConversion->choice()};
 }
 
-/// Asks about every name that is taken. Nothing has been renamed by then.
+/// Asks about every name that is taken. Nothing has been renamed yet.
 void RenamePage::answerClashes(RenamingPlan &plan)
 {
     while (const std::optional<std::size_t> row = plan.nextClash()) {

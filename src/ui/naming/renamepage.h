@@ -17,11 +17,10 @@ class RenamingPlan;
 struct NamingRule;
 struct SessionChoices;
 
-/// The page that names files after their tags: the three rules, the advanced one's pattern, the conversions of the new
-/// name, the run and its preview.
+/// The page that names files after their tags: the three rules, the pattern of the advanced one, the conversions of the
+/// new name, the run and its preview.
 ///
-/// The window that holds it calls selectionChanged() whenever rows were selected or unselected, and applyCaptions() at
-/// a change of the language.
+/// Its window calls selectionChanged() when the selection changes, and applyCaptions() when the language does.
 class RenamePage : public PageArea
 {
     Q_OBJECT
@@ -29,16 +28,16 @@ class RenamePage : public PageArea
 public:
     explicit RenamePage(const PageContext &context, QWidget *parent = nullptr);
 
-    /// What the settings remember of the page.
+    /// The page's part of what the settings remember.
     void showChoices(const SessionChoices &choices);
     void storeChoices(SessionChoices &choices) const;
 
-    /// Says how many files a run would rename.
+    /// Shows how many files a run would rename.
     void selectionChanged();
     void applyCaptions();
 
 Q_SIGNALS:
-    /// A run has ended and the list was filled again: the current row is to be shown again.
+    /// A run has ended and the list was filled again. The current row has to be shown again.
     void finished();
 
 protected:

@@ -22,7 +22,7 @@ void DigitsEdit::setWidthForDigits(int digits)
 
 void DigitsEdit::keyPressEvent(QKeyEvent *event)
 {
-    // Ctrl makes a command of a key, whatever text the system gives it; together with Alt it is AltGr and types.
+    // Ctrl makes a key a command, whatever text the system gives it; with Alt it is AltGr and types.
     const bool isCommand =
         event->modifiers().testFlag(Qt::ControlModifier) && !event->modifiers().testFlag(Qt::AltModifier);
     switch (isCommand ? KeyVerdict::Pass : digitKeyVerdict(event->text())) {

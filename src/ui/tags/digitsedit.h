@@ -5,8 +5,8 @@
 
 namespace ravlin {
 
-/// A text box into which only digits can be typed. Enter does nothing in it, any other visible character beeps. Text
-/// that is pasted or dropped is taken as it is.
+/// A text box that accepts only digits. Enter does nothing, any other visible character beeps. Text that is pasted or
+/// dropped is accepted unchanged.
 class DigitsEdit : public QLineEdit
 {
     Q_OBJECT
@@ -14,7 +14,7 @@ class DigitsEdit : public QLineEdit
 public:
     explicit DigitsEdit(QWidget *parent = nullptr);
 
-    /// Makes it wide enough for that many digits and the frame around them, and no wider.
+    /// Makes it just wide enough for that many digits and the frame around them.
     void setWidthForDigits(int digits);
 
 Q_SIGNALS:

@@ -57,7 +57,7 @@ void MultiFilePage::createControls()
     m_hint = made<QLabel>("multiHint", this);
     m_save = made<QPushButton>("multiple", this);
 
-    // A comment may be longer than a text box takes by itself, and would be written cut.
+    // A text box limits its length, and would cut a long comment.
     for (QLineEdit *edit : {m_artist, m_album, m_comment})
         edit->setMaxLength(std::numeric_limits<int>::max());
     m_genre->addItems(genreListEntries());
@@ -208,7 +208,7 @@ MultiEditPage MultiFilePage::page() const
     return page;
 }
 
-/// What the conversions made of the boxes' texts.
+/// Shows the boxes' texts after the conversions.
 void MultiFilePage::showConverted(const TagRecord &boxes)
 {
     m_artist->setText(boxes.Artist);

@@ -22,10 +22,9 @@ struct SessionChoices;
 struct TagRecord;
 
 /// The page that writes chosen fields into the tags of all selected files, numbers their tracks and converts their
-/// texts. What is not chosen stays in each file as it is.
+/// texts. Fields that are not chosen stay as they are in each file.
 ///
-/// The window that holds it calls selectionChanged() whenever rows were selected or unselected, and applyCaptions() at
-/// a change of the language.
+/// Its window calls selectionChanged() when the selection changes, and applyCaptions() when the language does.
 class MultiFilePage : public PageArea
 {
     Q_OBJECT
@@ -33,23 +32,23 @@ class MultiFilePage : public PageArea
 public:
     explicit MultiFilePage(const PageContext &context, QWidget *parent = nullptr);
 
-    /// The conversions as the settings remember them.
+    /// The conversions, as the settings remember them.
     void showChoices(const SessionChoices &choices);
     void storeChoices(SessionChoices &choices) const;
 
-    /// Says how many files a run would write.
+    /// Shows how many files a run would write.
     void selectionChanged();
     void applyCaptions();
 
 Q_SIGNALS:
-    /// A run has ended and the list was filled again: the current row is to be shown again.
+    /// A run has ended and the list was filled again. The current row has to be shown again.
     void finished();
 
 protected:
     void applyIcons() override;
 
 private:
-    /// A check box, the box that it opens, and the caption of both.
+    /// A check box, the box that it enables, and the caption of both.
     struct Field
     {
         Caption caption;

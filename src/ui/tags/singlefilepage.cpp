@@ -57,7 +57,7 @@ void SingleFilePage::createControls()
     m_hint = made<QLabel>("saveHint", this);
     m_streamPanel = new StreamPanel(this);
 
-    // A comment may be longer than a text box takes by itself, and would be saved cut.
+    // A text box limits its length, and would cut a long comment.
     for (QLineEdit *edit : {m_title, m_artist, m_album, m_comment})
         edit->setMaxLength(std::numeric_limits<int>::max());
     m_genre->addItems(genreListEntries());
@@ -187,7 +187,7 @@ void SingleFilePage::ShowCurrent()
     }
     setSavingEnabled(true);
     m_isShowingFile = true;
-    // A file that cannot be read shows what was read of it, which may be nothing; that is all that is said.
+    // Shows whatever could be read; a failed read shows nothing.
     (void)m_context.tagStore.ReadTag(path, m_record);
     showPage(m_record);
     m_removeV1->setEnabled(m_record.HasV1);
@@ -255,7 +255,7 @@ void SingleFilePage::showPage(const TagRecord &record)
 {
     const auto show = [](QLineEdit *edit, const QString &text) {
         edit->setText(text);
-        edit->setCursorPosition(0); // the start of a long text is what one wants to see
+        edit->setCursorPosition(0); // show the start of a long text
     };
     show(m_artist, record.Artist);
     show(m_album, record.Album);
@@ -301,7 +301,7 @@ void SingleFilePage::removeTag(Caption caption, Result<void> (TagStore::*remove)
         return;
     TagStore &store = m_context.tagStore;
     const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
-        // Files that fail are passed over without a message.
+        // Skip files that fail, without a message.
         (void)runBatch(
             paths, m_context.state, progress, [&store, remove](const QString &path) { return (store.*remove)(path); },
             RowByRowPolicy);

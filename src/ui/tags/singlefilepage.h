@@ -25,8 +25,8 @@ class TagStore;
 /// The page that edits the tag of one file: shows the tag of the list's current row, writes it into every selected
 /// file, steps through the list and removes tags.
 ///
-/// The window that holds it calls ShowCurrent() when the list's current row changes, reset() after every listing,
-/// selectionChanged() whenever rows were selected or unselected, and applyCaptions() at a change of the language.
+/// Its window calls ShowCurrent() when the list's current row changes, reset() after every listing, selectionChanged()
+/// when the selection changes, and applyCaptions() when the language does.
 class SingleFilePage : public PageArea
 {
     Q_OBJECT
@@ -34,17 +34,17 @@ class SingleFilePage : public PageArea
 public:
     explicit SingleFilePage(const PageContext &context, QWidget *parent = nullptr);
 
-    /// Fills the page from the file of the current row; without a current row as reset().
+    /// Fills the page from the file of the current row. Without a current row, same as reset().
     void ShowCurrent();
-    /// Empties the page: no file is shown, nothing can be saved.
+    /// Empties the page: no file is shown and nothing can be saved.
     void reset();
-    /// Puts the cursor into the title, all of it selected.
+    /// Moves the focus to the title and selects all of it.
     void startEditing();
-    /// Says how many files a save would write.
+    /// Shows how many files a save would write.
     void selectionChanged();
     void applyCaptions();
 
-    /// The tag of the file that is shown, as it was read; all empty when there is none.
+    /// The tag of the file that is shown, as it was read; all empty if there is none.
     const TagRecord &shownRecord() const { return m_record; }
     bool isShowingFile() const { return m_isShowingFile; }
 
