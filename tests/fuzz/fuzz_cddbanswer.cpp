@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// A CD database may answer any bytes: reading the answer ends, and what comes out is complete or a failure, and safe to
-// send back in the next question. The same bytes serve as a server's address, a text to search for and an offset text.
+// A CD database may answer any bytes: parsing the answer ends, and the result is complete or a failure, and safe to
+// send in the next query. The same bytes serve as a server's address, a text to search for and an offset text.
 #include "core/online/cddb/cddbprotocol.h"
 
 #include <algorithm>
@@ -18,7 +17,7 @@ void require(bool condition)
         std::abort();
 }
 
-/// One question of ours in the form of an address: four fields, none of them added by what it contains.
+/// One query of ours in the form of an address: four fields, and its content adds none.
 void checkQuestion(const QUrl &url, qsizetype fields)
 {
     require(url.isValid());

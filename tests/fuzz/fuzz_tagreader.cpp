@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// Reading tags takes any bytes: it ends, keeps to memory that the file's size bounds, and the reader of the file list
-// shows what the tag object reads.
+// Reading tags accepts any bytes: it ends, its memory is bounded by the file's size, and the reader of the file list
+// returns what the tag object reads.
 #include "../support/memoryfilesystem.h"
 #include "core/tags/store/listreader.h"
 #include "core/tags/store/tagobject.h"
@@ -34,7 +33,7 @@ void checkFrames(const ravlin::TagObject &object, qsizetype fileSize)
         require(end <= fileSize, "frames lie inside the file");
         characters += frame.text.size() + frame.description.size();
     }
-    // The separator of several values is three characters for a byte.
+    // The separator of several values takes three characters for one byte.
     require(characters <= 3 * 7 * ravlin::id3::MaximumTextSizePerKind, "texts are bounded");
 }
 

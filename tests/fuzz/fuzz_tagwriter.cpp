@@ -1,9 +1,8 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
 // Saving and stripping tags of any file: the audio and all frames that nobody edited stay byte for byte and in order,
-// what was put is read back, a second save writes nothing, and after an error the file is as it was.
+// what was put reads back, a second save writes nothing, and after an error the file is unchanged.
 //
-// An input is eight bytes of commands, the texts to put (their length is told by the last command byte, their parts are
-// set apart by line feeds), and the file.
+// An input is eight bytes of commands, the texts to put (the last command byte gives their length, line feeds separate
+// them), and the file.
 #include "../support/foreignparts.h"
 #include "../support/memoryfilesystem.h"
 #include "core/tags/id3/framekind.h"
@@ -139,7 +138,7 @@ QString textOf(const TagObject &object, FrameKind kind)
     }
 }
 
-/// The text as a tag gives it back: valid Unicode without zero characters.
+/// The text as a tag returns it: valid Unicode without zero characters.
 QString storedForm(const QString &text)
 {
     const QByteArray body = ravlin::id3::encodeTextBody({text}, 3);
@@ -189,7 +188,7 @@ void checkPutsReadBack(const TagObject &object, const Input &input)
     }
 }
 
-/// The kinds that a save may change: those put, and those that only ID3v1 has, which ID3v2 takes over.
+/// The kinds that a save may change: those put, and those that only ID3v1 has, which ID3v2 adopts.
 std::vector<FrameKind> changedKinds(const Input &input, const TagObject &before)
 {
     std::vector<FrameKind> kinds;
@@ -242,7 +241,7 @@ void checkSavedV1(const MemoryFileSystem &files, const Input &input, bool hadV1)
     }
 }
 
-/// In a file of little else than a tag, what moves inside of it may come to lie where ID3v1 is looked for.
+/// In a file of little more than a tag, content that moves may end up where ID3v1 is looked for.
 bool mayMakeV1(const Input &input, const std::optional<ravlin::id3::Tag> &tag)
 {
     const qint64 rest = input.file.size() - regionOf(tag, input.file);
@@ -290,7 +289,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     check(files, input, hadV1);
     const QByteArray once = files.content(path());
-    // The same again: only a second tag that came to light by stripping is left to do.
+    // The same again: only a second tag that stripping uncovered is left to do.
     const Result<WriteOutcome> again = run(files, input);
     if (input.operation <= 1)
         require(again.has_value() && *again == WriteOutcome::Unchanged && files.content(path()) == once,

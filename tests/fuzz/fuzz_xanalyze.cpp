@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The stream analysis takes any bytes: it ends, reads nothing outside of them, and what it reports is possible.
+// The stream analysis accepts any bytes: it ends, reads nothing outside of them, and what it reports is possible.
 #include "core/tags/mpeg/mpegstream.h"
 
 #include <algorithm>
@@ -14,7 +13,7 @@ void require(bool condition)
         std::abort();
 }
 
-/// The input over and over, so that a small one moves the reading window too.
+/// The input repeated, so that a small one moves the reading window too.
 class RepeatedSource final : public ravlin::platform::ByteSource
 {
 public:
@@ -72,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const std::span<const char> bytes(reinterpret_cast<const char *>(data), size);
     ravlin::platform::MemorySource whole(QByteArrayView(bytes.data(), qsizetype(size)));
     analyse(whole);
-    // One input in 32, because it takes its time.
+    // One input in 32, because it is slow.
     if (size > 0 && (data[size - 1] & 31U) == 31) {
         RepeatedSource repeated(bytes, RepeatedSize);
         analyse(repeated);

@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// A record of a CD database may be any bytes: reading it ends, and what comes out can be shown and compared.
+// A record of a CD database may be any bytes: parsing it ends, and the result can be shown and compared.
 #include "core/online/cddb/xmcdrecord.h"
 
 #include <algorithm>
@@ -16,7 +15,7 @@ void require(bool condition)
         std::abort();
 }
 
-/// On one line, without blanks around and without what commands a terminal.
+/// On one line, without surrounding spaces and control characters.
 void requireLine(const QString &text)
 {
     require(text == text.trimmed());

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// Runs a fuzz target over the files of the folders named on the command line, so that ordinary builds check every
-// seed and every input that once failed.
+// Runs a fuzz target over the files of the folders on the command line, so that ordinary builds check every seed and
+// every input that once failed.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -17,7 +16,7 @@ void replay(const std::filesystem::path &path)
     std::ifstream file(path, std::ios::binary);
     const std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     std::printf("%s\n", path.string().c_str());
-    std::fflush(stdout); // a crash is then told by the last line
+    std::fflush(stdout); // the last line then names the input that crashed
     LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
 }
 

@@ -11,10 +11,10 @@
 #include <optional>
 #include <vector>
 
-/// What a save of some fields must leave alone. In a header alone because fuzz targets link nothing but the core.
+/// What a save of some fields must leave alone. Header-only because fuzz targets link only the core.
 namespace ravlin::test {
 
-/// The ID3v2 tag at the start of a file whose bytes those are.
+/// The ID3v2 tag at the start of a file of size bytes.
 inline Result<std::optional<id3::Tag>> tagOf(platform::File &file, qint64 size)
 {
     const auto v1 = id3::readV1Block(file, size);
@@ -24,8 +24,8 @@ inline Result<std::optional<id3::Tag>> tagOf(platform::File &file, qint64 size)
     return id3::Tag::parse(withoutV1, id3::Detail::Everything);
 }
 
-/// The bytes of the frames of other than the edited kinds, in their order, and of what follows the last frame inside
-/// the tag without the padding around it. content: the file that the tag is of.
+/// The bytes of the frames of kinds other than the edited ones, in order, and of what follows the last frame in the
+/// tag, without the padding around it. content: the file of the tag.
 inline QList<QByteArray> foreignParts(
     const std::optional<id3::Tag> &tag, const QByteArray &content, const std::vector<FrameKind> &editedKinds)
 {
@@ -37,8 +37,7 @@ inline QList<QByteArray> foreignParts(
         const bool isEdited = std::find(editedKinds.begin(), editedKinds.end(), frame.kind) != editedKinds.end();
         if (isEdited && !frame.isPrivateComment())
             continue;
-        // A save puts sizes right that are stored in the form of another version, so the size is compared as it is
-        // read.
+        // A save corrects sizes that are stored in the form of another version, so compare the size as it is read.
         const qsizetype sizeAt = frame.header.headerSize == 6 ? 3 : 4;
         parts += bytes.mid(frame.header.offset, sizeAt) + QByteArray::number(frame.header.bodySize) +
                  bytes.mid(frame.header.offset + 2 * sizeAt, frame.header.size() - 2 * sizeAt);

@@ -7,12 +7,12 @@
 #include <map>
 #include <memory>
 
-/// A file system that lives in memory, for tests that save thousands of files and for fuzz targets. One flat set of
-/// paths, no links, one user. Every change of a file gives it a new modification time, so that "nothing was written"
-/// can be told. In a header alone because fuzz targets link nothing but the core.
+/// A file system in memory, for tests that save thousands of files and for fuzz targets: one flat set of paths, no
+/// links, one user. Every change of a file gives it a new modification time, so that tests can check that nothing was
+/// written. Header-only because fuzz targets link only the core.
 namespace ravlin::test {
 
-/// What a path leads to. A file that was replaced lives on as long as it is open.
+/// What a path leads to. A file that was replaced exists as long as it is open.
 struct MemoryNode
 {
     QByteArray content;
@@ -108,20 +108,20 @@ private:
 class MemoryFileSystem final : public platform::FileSystem
 {
 public:
-    /// Puts a file there, in the place of an older one.
+    /// Creates or replaces a file.
     void put(const QString &path, const QByteArray &content)
     {
         const auto node = newNode(path);
         node->content = content;
         node->info.size = content.size();
     }
-    /// The file's bytes; empty when there is none.
+    /// The file's bytes; empty if there is none.
     QByteArray content(const QString &path) const
     {
         const auto found = m_nodes.find(path);
         return found == m_nodes.end() ? QByteArray() : found->second->content;
     }
-    /// How many files there are: one more than put means that something was left behind.
+    /// Number of files: one more than put means that something was left behind.
     size_t fileCount() const { return m_nodes.size(); }
 
     Result<std::unique_ptr<platform::File>> open(const QString &path, platform::OpenMode mode) override

@@ -5,7 +5,8 @@
 #include <QList>
 #include <QString>
 
-/// Builds small MP3 files byte by byte, independently of the code under test: what a test says is what the file holds.
+/// Builds small MP3 files byte by byte, independently of the code under test: the file holds exactly what the test
+/// says.
 namespace ravlin::test {
 
 /// An ID3v2 frame of a tag of that major version (2, 3 or 4), its body as given.
@@ -55,7 +56,7 @@ QByteArray lyrics3();
 QString writeFile(const QString &folder, const QString &name, const QByteArray &content);
 QByteArray readFile(const QString &path);
 
-/// The frames of the tag at the start of the file as raw bytes, in order: a reader of its own for checks (no
+/// The frames of the tag at the start of the file as raw bytes, in order: an independent reader for checks (no
 /// unsynchronisation, no faults tolerated).
 struct RawFrame
 {

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-/// Makes MPEG audio files out of parts, byte by byte after the standards. The frames carry no sound, only filling.
+/// Builds MPEG audio files from parts, byte by byte by the standards. The frames carry only filling, no sound.
 namespace ravlin::test {
 
 struct FrameSpec
@@ -31,10 +31,10 @@ FrameSpec ofBitRate(int bitRate);
 FrameSpec freeFormatFrame(int length, int layer = 3);
 /// The same frame with a padding slot.
 FrameSpec padded(FrameSpec spec);
-/// Bytes of no pattern in which no header can be found (0xFF is not among them).
+/// Bytes without a pattern in which no header can be found (0xFF is not among them).
 QByteArray junk(int size);
 
-/// What an info frame tells.
+/// The content of an info frame.
 struct InfoSpec
 {
     QByteArray mark = "Info"; ///< or "Xing"
@@ -42,7 +42,7 @@ struct InfoSpec
     QByteArray encoder = "LAME3.100"; ///< nine characters; empty for no extension
     int delay = 0;
     int padding = 0;
-    int shift = 0; ///< bytes that the block is moved behind its place
+    int shift = 0; ///< bytes between the usual place of the block and the block
 };
 
 class MpegBuilder
@@ -63,7 +63,7 @@ public:
     MpegBuilder &lyrics3v1();
     MpegBuilder &lyrics3v2();
 
-    /// Takes bytes off the end.
+    /// Removes bytes from the end.
     MpegBuilder &cut(qsizetype count);
 
     const QByteArray &data() const { return m_data; }

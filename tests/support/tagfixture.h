@@ -12,7 +12,7 @@
 /// What tests of batches over tags have in common.
 namespace ravlin::test {
 
-/// Keeps the rows that a batch told of.
+/// Keeps the rows that a batch reported.
 class ProgressRecorder
 {
 public:
@@ -33,7 +33,7 @@ inline ProgramState roomyState(int mode = DefaultTagSaveMode)
     return state;
 }
 
-/// A file's tag as the program reads it; ends the test program when it cannot be read.
+/// A file's tag as the program reads it. Ends the test program if it cannot be read.
 inline TagRecord readRecord(const QString &path)
 {
     ProgramState state;
@@ -44,7 +44,7 @@ inline TagRecord readRecord(const QString &path)
     return record;
 }
 
-/// Writes a record into a file in mode 2; ends the test program when that fails.
+/// Writes a record into a file in mode 2. Ends the test program if that fails.
 inline void writeRecord(const QString &path, const TagRecord &record)
 {
     ProgramState state = roomyState();
@@ -61,7 +61,7 @@ inline QString taggedFile(const QString &folder, const QString &name, const TagR
     return path;
 }
 
-/// What stands between a file's ID3v2 tag at the start and its ID3v1 tag at the end.
+/// What lies between a file's ID3v2 tag at the start and its ID3v1 tag at the end.
 inline QByteArray audioOf(const QString &path)
 {
     QByteArray content = readFile(path);

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of the conversion pairs: modes by place in the list, the captions of the entries, what the settings
-// remember of a pair and what they do not.
+// The conversion pairs: modes by index in the list, the captions of the entries, what the settings remember of a pair
+// and what they do not.
 
 #include "core/app/settings.h"
 #include "core/naming/conversion.h"

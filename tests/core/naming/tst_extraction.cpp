@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// What a pattern takes from a file's name: the matching, character by character, and the run over many files, which
-// leaves alone what does not fit, passes over what fails and stops when a save was refused for want of space.
+// What a pattern takes from a file's name: the matching, character by character, and the run over many files. The run
+// leaves alone files that do not fit, skips files that fail, and stops when a save is refused for lack of space.
 
 #include "core/naming/extraction.h"
 #include "core/naming/filename.h"
@@ -44,14 +43,14 @@ QString part(const QString &text, qsizetype from, qsizetype count)
     return text.mid(from - 1, count);
 }
 
-/// The place of a text in another at or after a position, both counting from 1; 0 when it is not there. The empty text
-/// is everywhere.
+/// The position of a text in another at or after a position, both from 1; 0 if it is not there. The empty text is
+/// everywhere.
 qsizetype place(const QString &text, const QString &sought, qsizetype from)
 {
     return sought.isEmpty() ? from : text.indexOf(sought, from - 1) + 1;
 }
 
-/// The matching once more, step by step with positions, as a witness. For texts without surrogate pairs.
+/// The matching once more, step by step with positions, as a reference. For texts without surrogate pairs.
 std::optional<TagRecord> witness(const QString &name, const QString &pattern)
 {
     TagRecord record;

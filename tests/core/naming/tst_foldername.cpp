@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The new name of a folder: the two rules, which of them wins, what is cleaned and what is not, and when there is no
-// new name at all; and how the dialog's choice is remembered.
+// The new name of a folder: the two rules and which of them wins, what is cleaned and what is not, when there is no new
+// name, and how the dialog's choice is remembered.
 
 #include "core/app/settings.h"
 #include "core/naming/foldername.h"

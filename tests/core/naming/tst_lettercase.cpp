@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// Upper and lower case by the rules of languages, as Unicode's SpecialCasing.txt and locale data have them; on every
-// system the same.
+// Upper and lower case by the rules of languages, as in Unicode's SpecialCasing.txt and locale data; the same on every
+// system.
 
 #include "core/naming/lettercase.h"
 

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The editing of many files: which fields are written, the running track, conversions that work on the boxes as well,
-// and when the run ends.
+// Editing many files: which fields are written, the running track, conversions that apply to the boxes as well, and
+// when the run ends.
 
 #include "core/naming/multiedit.h"
 #include "core/naming/previewrows.h"
@@ -229,7 +228,7 @@ private Q_SLOTS:
         page.letterCase = Capitals;
         page.replacement = {true, 1};
         MultiEdit edit(page);
-        // The other way round the blank would come first; both make a capital, but the page's "_" must be gone.
+        // In the other order the space would come first; both make a capital, but the page's "_" must be gone.
         QCOMPARE(edit.prepare(path, m_store)->Title, u"' X"_s);
     }
 

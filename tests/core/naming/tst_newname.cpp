@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
 // The new name of a file: the three rules, the padded track, what is cleaned and what is literal, the conversions
-// before the extension, and the path that comes of it.
+// before the extension, and the resulting path.
 
 #include "core/naming/newname.h"
 #include "core/naming/sessionchoices.h"
@@ -164,7 +163,7 @@ private Q_SLOTS:
         QCOMPARE(BuildNewName(u"old"_s, record, both), u"Artist - My Song"_s);
         both.replacement = Underscores;
         QCOMPARE(BuildNewName(u"old"_s, record, both), u"Artist_-_My_Song"_s);
-        // The other way round, "x" would follow a blank and become a capital.
+        // In the other order "x" would follow a space and become a capital.
         both = {NamingRule::Pattern, u"'_x"_s, ConversionChoice{true, 2}, ConversionChoice{true, 1}};
         QCOMPARE(BuildNewName(u"old"_s, record, both), u"' X"_s);
     }

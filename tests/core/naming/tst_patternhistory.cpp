@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The list of patterns used: most recent first, none twice, bounded, and the same again after a restart.
+// The list of used patterns: most recent first, without duplicates, bounded, and the same after a restart.
 
 #include "core/app/settings.h"
 #include "core/naming/patternhistory.h"
@@ -49,7 +48,7 @@ private Q_SLOTS:
         history.use(u"b"_s);
         history.use(u"a"_s);
         QCOMPARE(history.patterns(), (QStringList{u"a"_s, u"b"_s}));
-        history.use(u"A"_s); // another pattern: literals tell upper from lower case
+        history.use(u"A"_s); // another pattern: literals are case-sensitive
         QCOMPARE(history.patterns(), (QStringList{u"A"_s, u"a"_s, u"b"_s}));
     }
 
@@ -58,7 +57,7 @@ private Q_SLOTS:
         PatternHistory history(PatternHistory::Extraction);
         history.use(QString());
         QVERIFY(history.patterns().isEmpty());
-        history.use(u" "_s); // a blank is a pattern
+        history.use(u" "_s); // a space is a pattern
         QCOMPARE(history.patterns(), QStringList{u" "_s});
     }
 

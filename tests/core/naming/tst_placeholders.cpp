@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The tables of placeholders: which digit means which field, for renaming, for extraction and for folders, which differ
-// on purpose, and which label and caption belong to each.
+// The tables of placeholders: which digit means which field for renaming, extraction and folders, which differ on
+// purpose, and which label and caption belong to each.
 
 #include "core/app/idiomas.h"
 #include "core/naming/placeholders.h"

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// What a preview shows, that it touches nothing, and that it tells the truth: run over random files, tags and patterns,
-// the outcome is what the preview said, and what one pattern put into a name the same pattern takes out again.
+// What a preview shows, and that it touches nothing and is true: over random files, tags and patterns the run does what
+// the preview said, and extraction by a pattern recovers what renaming by the same pattern put into a name.
 
 #include "core/naming/extraction.h"
 #include "core/naming/filename.h"
@@ -40,7 +39,7 @@ const QStringList &letters()
     return alphabet;
 }
 
-/// A placeholder of the one table and that of the other for the same field.
+/// A placeholder of one table and the one of the other for the same field.
 struct DigitPair
 {
     char16_t renaming;
@@ -62,7 +61,7 @@ QString valueFor(Field field, QRandomGenerator &random)
     return randomText(random, letters(), 8).trimmed() + u'x';
 }
 
-/// One pattern in the digits of both tables, its fields in random order with random text between them, and a record
+/// One pattern in the digits of both tables, with its fields in random order and random text between them, and a record
 /// whose values don't contain that text.
 struct Scene
 {
@@ -82,7 +81,7 @@ Scene randomScene(QRandomGenerator &random)
         const QString separator = i == 0 ? QString() : randomText(random, letters() + QStringList{u"("_s, u"#"_s}, 4);
         if (i > 0) {
             const QString &before = scene.record.*(pairs[i - 1].field);
-            // The value must not contain its separator, not even across the seam of the two.
+            // The value must not contain its separator, not even across the boundary of the two.
             if ((before + separator).indexOf(separator) != before.size())
                 return randomScene(random);
         }
@@ -233,8 +232,8 @@ private Q_SLOTS:
         const QString path = file(u"long.mp3"_s, record);
         QVERIFY(!previewRenaming(path, {3, u"%3"_s, {}, {}}, m_store).isLongName);
         QVERIFY(previewRenaming(path, {3, u"%3!"_s, {}, {}}, m_store).isLongName);
-        // Extraction: the name it shows, which is the file's. 255 bytes are as many as the system takes, so letters of
-        // four are too many for a real file.
+        // Extraction: the name shown, which is the file's. The system takes at most 255 bytes, so letters of four bytes
+        // are too many for a real file.
         if (letter.toUtf8().size() * 61 + 4 > 255)
             return;
         QVERIFY(!previewExtraction(file(nameOf(64, letter)), u"%3"_s, m_store).isLongName);

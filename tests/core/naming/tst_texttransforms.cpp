@@ -1,7 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of the text transforms: the exact rules of each mode on plain texts, the user's
-// locale for letters, and for every text: valid UTF-16 in gives valid UTF-16 out. CleanFileName()
-// removes exactly what the passes of its rule remove, in linear time.
+// The text transforms: the exact rules of each mode on plain texts, the user's locale for letters, and for every text
+// that valid UTF-16 stays valid. CleanFileName() removes exactly what the passes of its rule remove, in linear time.
 
 #include "core/naming/texttransforms.h"
 
@@ -218,8 +216,7 @@ void TestTextTransforms::lettersThatGrowShiftNoSeparator()
 void TestTextTransforms::combiningMarksStayBehindTheirLetter()
 {
     QCOMPARE(ConvertCase(u"e\u0301te\u0301 e\u0301"_s, 12, English), u"E\u0301te\u0301 E\u0301"_s);
-    // A mark right behind a separator belongs to it: the mark has no case, and the letter is not
-    // the next character.
+    // A mark directly behind a separator belongs to it: the mark has no case, and the letter is not the next character.
     QCOMPARE(ConvertCase(u"a.\u0308b"_s, 12, English), u"A.\u0308b"_s);
     QCOMPARE(ConvertCase(u"a.\u0345b"_s, 12, English), u"A.\u0345b"_s);
 }
@@ -348,7 +345,7 @@ void TestTextTransforms::cleaningALongTextIsQuick()
     QCOMPARE(CleanFileName(bars), QString());
     QVERIFY(!CleanFileName(mixed).contains(u'/'));
     QCOMPARE(CleanFileName(marks), QString());
-    // A quadratic way takes minutes; the bound leaves room for sanitizers and busy machines.
+    // Quadratic time would be minutes; the bound leaves room for sanitizers and busy machines.
     QVERIFY2(timer.elapsed() < 10000, qPrintable(QString::number(timer.elapsed())));
 }
 

@@ -10,7 +10,7 @@
 
 namespace ravlin::test {
 
-/// A tag's texts; the empty ones are left out.
+/// A tag's texts. Empty ones are left out.
 struct Fields
 {
     QString title = {};
@@ -34,7 +34,7 @@ protected:
 
     QString musicFolder() const { return QDir::toNativeSeparators(m_folder->filePath(QStringLiteral("music"))); }
     QString at(const QString &name) const { return QDir::toNativeSeparators(musicFolder() + u'/' + name); }
-    /// A file of that name, which becomes the list's last row and is selected.
+    /// Adds a file, which becomes the list's last row and is selected.
     QString addFile(const QString &name, const Fields &fields = {})
     {
         const QString path = writeFile(musicFolder(), name, tagOf(fields) + audio());
@@ -43,7 +43,7 @@ protected:
         return path;
     }
     QStringList filesInMusic() const { return QDir(musicFolder()).entryList(QDir::Files, QDir::Name); }
-    /// Waits for a modal window of that name to come up, and hands it over. To be called before what opens it.
+    /// Passes the modal window of that name to act once it opens. Call before opening it.
     void whenOpened(const QString &name, const std::function<void(QWidget *)> &act)
     {
         QTimer::singleShot(0, this, [this, name, act] {

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
 // The dialog that renames the current folder: its rules, which exclude each other, its labels, the name that it shows
-// while the rule is being made up, what it asks for, and its settings.
+// while the user edits the rule, what it requests, and its settings.
 
 #include "ui/naming/dialog.h"
 #include "ui/naming/namingfixture.h"
@@ -37,7 +36,7 @@ private:
     QComboBox *pattern() const { return control<QComboBox>(m_dialog.get(), u"avanzado"_s); }
     void press(const QString &button) const { control<QPushButton>(m_dialog.get(), button)->click(); }
     QString shownName() const { return control<QLabel>(m_dialog.get(), u"newName"_s)->text(); }
-    /// The path that OKButton asks for; "none" when it asks for nothing.
+    /// The path that OKButton requests; "none" if it requests nothing.
     QString askedFor() const
     {
         QList<RenameWish> wishes;

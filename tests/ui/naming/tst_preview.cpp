@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The window that shows what extraction and renaming would do: its columns, the mark of long names, the marks and words
-// for files that something stands in the way of or that stay as they are, and that what it shows is what comes to pass.
+// The window that shows what extraction and renaming would do: its columns, the mark of long names, the marks and
+// remarks for files that can't be processed or stay as they are, and that the run does what it shows.
 
 #include "core/files/renaming/filerenaming.h"
 #include "core/naming/extraction.h"

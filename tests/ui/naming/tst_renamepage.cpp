@@ -1,6 +1,6 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The page that names files after their tags, by its real controls over real files: the rules, their captions and what
-// they enable, the names that a run gives, what it asks about names that are taken, and what the settings remember.
+// The page that names files after their tags, through its real controls over real files: the rules, their captions and
+// what they enable, the names that a run gives, its questions about names that are taken, and what the settings
+// remember.
 
 #include "core/naming/sessionchoices.h"
 #include "ui/naming/namingfixture.h"
@@ -42,7 +42,7 @@ private:
     }
     void rename() const { control<QPushButton>(m_page.get(), u"Command2"_s)->click(); }
     QString hint() const { return control<QLabel>(m_page.get(), u"renameHint"_s)->text(); }
-    /// The file that exists stands in the way of new.mp3, which is to get its name.
+    /// The existing file is in the way of new.mp3, which would get its name.
     void addClash()
     {
         writeFile(musicFolder(), u"Song.mp3"_s, audio(1));

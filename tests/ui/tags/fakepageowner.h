@@ -12,8 +12,8 @@
 
 namespace ravlin::test {
 
-/// Stands for the window around a page: a list of files, and a record of what the page asked for. Work runs on a thread
-/// of its own, as it does in the window.
+/// Stands for the window around a page: a list of files, and a record of what the page requested. Work runs on its own
+/// thread, as in the window.
 class FakePageOwner final : public PageOwner
 {
 public:
@@ -24,11 +24,11 @@ public:
     bool isBusy = false;
     std::function<void()> onRefresh = [] {};
 
-    QStringList events; ///< every call that is more than a question about the rows, in order
+    QStringList events; ///< every call but queries about the rows, in order
     QStringList advanced;
     QList<qsizetype> rowCounts;
 
-    /// As a click on a row does.
+    /// Does what a click on a row does.
     void click(qsizetype row)
     {
         current = row;

@@ -42,7 +42,7 @@ protected:
         m_owner = FakePageOwner();
         reopenSettings();
     }
-    /// As a later start of the program finds them.
+    /// Reads the settings as a later start of the program does.
     void reopenSettings() { m_settings = std::make_unique<Settings>(m_folder->filePath(QStringLiteral("ravlin.ini"))); }
 
     PageContext context(platform::FileSystem &fileSystem = platform::FileSystem::native())

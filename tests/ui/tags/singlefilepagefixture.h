@@ -12,7 +12,7 @@ class SingleFilePageFixture : public PageFixture
 protected:
     std::unique_ptr<SingleFilePage> m_page;
 
-    /// A file of that name, which becomes the list's last row.
+    /// Adds a file, which becomes the list's last row.
     QString addFile(const QString &name, const QByteArray &content = audio())
     {
         const QString path = writeFile(m_folder->path(), name, content);

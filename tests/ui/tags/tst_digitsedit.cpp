@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of a box for digits: what can be typed, what beeps, and that pasted text passes.
+// A box for digits: what can be typed, what beeps, and that pasted text passes.
 
 #include "ui/tags/digitsedit.h"
 

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The page as it is used without a mouse and in three languages: captions, the order of Tab, Alt keys, names for
-// assistive tools, and that nothing is cut at the narrowest usual width.
+// The page used without a mouse and in three languages: captions, the order of Tab, Alt keys, names for assistive
+// tools, and that nothing is cut at the narrowest usual width.
 
 #include "ui/tags/pagefixture.h"
 #include "ui/tags/singlefilepage.h"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the texts of genre, track and year frames mean, and how a new number is written into such a text.
+// The identifiers of the frames that the program edits, what the texts of genre, track and year frames mean, and how a
+// new number is written into such a text.
 
 #include "core/tags/id3/framekind.h"
 #include "core/tags/record/genres.h"
@@ -14,6 +15,31 @@ class TestFrameKind : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void identifiers()
+    {
+        const std::vector<FrameKind> kinds{FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album, FrameKind::Year,
+            FrameKind::ContentType, FrameKind::Comment, FrameKind::TrackNumber};
+        QByteArrayList written;
+        for (const int version : {2, 3, 4}) {
+            for (const FrameKind kind : kinds) {
+                const std::string_view identifier = frameIdentifier(kind, version);
+                QCOMPARE(frameKindOf(identifier), kind);
+                written << QByteArray(identifier.data(), static_cast<qsizetype>(identifier.size()));
+            }
+        }
+        QCOMPARE(written.join(' '), "TT2 TP1 TAL TYE TCO COM TRK TIT2 TPE1 TALB TYER TCON COMM TRCK "
+                                    "TIT2 TPE1 TALB TDRC TCON COMM TRCK");
+        QVERIFY(frameIdentifier(FrameKind::Other, 3).empty());
+    }
+
+    void oldIdentifiersInNewerTags()
+    {
+        QCOMPARE(frameKindOf("TT2 "), FrameKind::Title);
+        QCOMPARE(frameKindOf({"COM\0", 4}), FrameKind::Comment);
+        for (const std::string_view other : {"TIT", "TT2x", "TIT2x", "TXXX", "APIC", "tit2", "TI", ""})
+            QCOMPARE(frameKindOf(other), FrameKind::Other);
+    }
+
     void genreNumbers_data()
     {
         QTest::addColumn<QString>("text");

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// Texts as ID3v2 stores them: every encoding with and without marks, several values, comments; what is stored is read
-// back as it was.
+// Texts as ID3v2 stores them: every encoding with and without marks, several values, comments. What is stored reads
+// back unchanged.
 
 #include "core/tags/id3/id3text.h"
 

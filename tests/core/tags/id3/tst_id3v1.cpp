@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The 128 bytes of ID3v1 and ID3v1.1: fields are read up to their first zero byte; a field that holds the value already
-// keeps its bytes, whatever stands behind the text; the comment gives two bytes to a track.
+// The 128 bytes of ID3v1 and ID3v1.1. Fields are read up to their first zero byte; a field that already holds the value
+// keeps its bytes, whatever follows the text; a track takes two bytes of the comment.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/id3/id3v1.h"
@@ -43,7 +42,7 @@ private Q_SLOTS:
         QVERIFY(!blockOf(block + "z"));
         QVERIFY(!blockOf(block.chopped(1)));
         QVERIFY(!blockOf({}));
-        // The end of an APE tag's preamble is none; letters that only look like it do not hide a tag.
+        // The end of an APE preamble is not a tag; letters that only resemble it do not hide one.
         QVERIFY(!blockOf("APETAGEX" + QByteArray(123, '\0')));
         QVERIFY(blockOf("AP?TAGEX" + QByteArray(123, '\0')));
         QVERIFY(blockOf("APETAGEY" + QByteArray(123, '\0')));
@@ -80,7 +79,7 @@ private Q_SLOTS:
         const V1Fields withTrack = parse(buildV1(fields, {}));
         QCOMPARE(withTrack.comment, QString::fromLatin1(comment.left(28)));
         QCOMPARE(withTrack.track, 255);
-        // The track comes and goes in an old block, too.
+        // A track can be added to an old block and removed from it.
         const QByteArray old = test::id3v1({.comment = comment});
         QCOMPARE(parse(buildV1(fields, old)), withTrack);
         fields.track = 0;
@@ -103,7 +102,7 @@ private Q_SLOTS:
         const QByteArray changed = buildV1(fields, block);
         QCOMPARE(changed.mid(3, 30), QByteArray("uno").leftJustified(30, '\0'));
         QCOMPARE(changed.mid(33), block.mid(33));
-        // What is longer than its field changes nothing while its beginning is the same.
+        // A text longer than its field changes nothing if its beginning is the same.
         fields = parse(block);
         fields.artist = QString(30, u'q');
         block = buildV1(fields, block);

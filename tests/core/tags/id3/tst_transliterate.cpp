@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// Texts for fields that hold Latin-1 only: similar letters, else one '?' for each character that a reader sees; never
-// nothing for something, and nothing cut inside a character.
+// Texts for fields that hold only Latin-1: similar letters, else one '?' for each character that a reader sees. No
+// character disappears or is cut.
 
 #include "core/tags/id3/transliterate.h"
 

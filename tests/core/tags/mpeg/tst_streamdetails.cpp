@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The labels beside a file's tag: their texts, and that reading them never keeps the caller waiting and never tells of
-// a file that is no longer the one asked for.
+// The labels about a file's audio: their texts; reading them never blocks the caller and never reports a file other
+// than the last one requested.
 
 #include "core/tags/mpeg/streamdetails.h"
 #include "core/tags/mpeg/xanalyze.h"
@@ -114,7 +113,7 @@ private Q_SLOTS:
         reader.request(file(u"3.mp3"_s, audio(3)));
         fileSystem.letThrough(3);
         QTRY_COMPARE(told, QStringList(u"1251 bytes"_s));
-        QTest::qWait(50); // time for a wrong one to come
+        QTest::qWait(50); // time for a wrong one to arrive
         QCOMPARE(told.size(), 1);
     }
 

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The stream analysis: the tags around and between frames are stepped over; an info frame is no audio, whatever it
-// claims, but tells the encoder's delay and padding, which the played samples are without.
+// The stream analysis: tags around and between frames are skipped. An info frame is not audio, whatever it claims, but
+// the played samples exclude the encoder's delay and padding that it states.
 #include "core/tags/mpeg/xanalyze.h"
 #include "support/analysebytes.h"
 #include "support/mpegbuilder.h"
@@ -223,7 +222,7 @@ void TestXAnalyzeBlocks::trimmingBeyondTheStreamLeavesNothing()
 
 void TestXAnalyzeBlocks::truncatedStreamLosesItsPaddingFirst()
 {
-    // Ten frames told: the music ends 1000 - 529 samples before the tenth does; the decoder lags 529 behind.
+    // Ten frames stated: the music ends 1000 - 529 samples before the tenth does, because the decoder lags 529 behind.
     const InfoSpec info{.frames = 10, .delay = 576, .padding = 1000};
     const auto played = [&](int frames) {
         return analyse(MpegBuilder().xing(info).frames(frames)).stream.playedSamples;
@@ -231,7 +230,7 @@ void TestXAnalyzeBlocks::truncatedStreamLosesItsPaddingFirst()
     QCOMPARE(played(10), 11520 - 576 - 1000);
     QCOMPARE(played(9), 9 * 1152 - 576 - 529);
     QCOMPARE(played(1), 1152 - 576 - 529);
-    // Joined with more: players take the padding off all the same.
+    // Joined with more: players still cut the padding.
     QCOMPARE(played(12), 12 * 1152 - 576 - 1000);
 }
 

@@ -1,6 +1,6 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The stream analysis: damage is told and costs no more than the frames it hit; what looks like a header by chance is
-// not taken for one; failing and shrinking files end well; hostile bytes cost time in proportion to their number.
+// The stream analysis: damage is reported and costs no more than the frames it hit; bytes that look like a header by
+// chance are not taken for one; failing and shrinking files are handled; hostile bytes cost time proportional to their
+// number.
 #include "core/tags/mpeg/xanalyze.h"
 #include "support/analysebytes.h"
 #include "support/mpegbuilder.h"
@@ -16,7 +16,7 @@ using mpeg::Version;
 
 namespace {
 
-/// A source whose bytes end, or cannot be read, before the size that it tells.
+/// A source whose bytes end, or cannot be read, before its stated size.
 class FailingSource final : public platform::ByteSource
 {
 public:
@@ -35,7 +35,7 @@ private:
     bool m_fails;
 };
 
-/// Zeros without end but for their number.
+/// A number of zeros, without the memory for them.
 class ZeroSource final : public platform::ByteSource
 {
 public:
@@ -281,8 +281,8 @@ void TestXAnalyzeDamage::hostileBytesCostLittleTime()
     QElapsedTimer timer;
     timer.start();
     analyse(bytes);
-    // In proportion to the size this takes tens of milliseconds, a few hundred under sanitizers; quadratic behaviour
-    // would take minutes.
+    // Linear behaviour takes tens of milliseconds, a few hundred under sanitizers; quadratic behaviour would take
+    // minutes.
     QVERIFY2(timer.elapsed() < 20'000, qPrintable(QString::number(timer.elapsed())));
     qInfo("%lld ms", timer.elapsed());
 }

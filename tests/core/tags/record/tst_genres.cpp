@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of the genre table: 126 names in their order, a name's number with all consequences
-// of the search in the barred table, and the usual spellings of other programs.
+// The genre table: 126 names in their order, the number of a name with all consequences of the search in the barred
+// table, and the usual spellings of other programs.
 
 #include "core/tags/record/genres.h"
 

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// Over a folder of odd files (RAVLIN_CORPUS): each is read and saved in all five modes. The audio and the frames that
-// nobody edits stay byte for byte, a second save writes nothing, and a file that can't be written is left as it is.
+// Reads each file of a folder of odd files (RAVLIN_CORPUS) and saves it in all five modes. The audio and the frames
+// that nobody edits stay byte for byte, a second save writes nothing, and a file that can't be written is unchanged.
 
 #include "core/tags/store/tagstore.h"
 #include "support/foreignparts.h"

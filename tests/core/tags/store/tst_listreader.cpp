@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The reader for the list shows what the tag store reads, whatever the tag's form, and reads no picture for it.
+// The reader for the list returns what the tag store reads, whatever the form of the tag, and reads no picture.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/store/listreader.h"

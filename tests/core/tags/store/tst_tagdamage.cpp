@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The tag object and damaged or odd tags: what can be read is read, what can't be written without loss is refused, and
-// what is not understood stays where other programs find it.
+// The tag object with damaged and odd tags: what can be read is read, what can't be written without loss is refused,
+// and what is not understood stays where other programs find it.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagobject.h"
@@ -30,7 +29,7 @@ private:
             qFatal("%s", qPrintable(result.error().detail));
         return object;
     }
-    /// Saves a new title into ID3v2 and gives back the file.
+    /// Saves a new title into ID3v2 and returns the file.
     QByteArray withTitle(const QByteArray &content, const QString &title) const
     {
         const QString path = file(content);
@@ -112,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(object.Album(), QString(200, u'a'));
         object.setTitle(QStringLiteral("changed"));
         QVERIFY(object.SaveV2Tag());
-        // The sizes are put right, nothing else: what follows a frame would no longer tell how to read them.
+        // Only the sizes are corrected: what follows a frame would no longer show how to read them.
         QVERIFY(readFile(path).contains(pictureFrame(4, 300)));
         QCOMPARE(linked(path).Title(), QStringLiteral("changed"));
         QCOMPARE(linked(path).Album(), QString(200, u'a'));
@@ -120,7 +119,8 @@ private Q_SLOTS:
 
     void aSizeOfTheOtherVersionIsReadTheSameAfterTheTagGrew()
     {
-        // A 2.3 tag with a syncsafe size: read as it stands it would reach into fresh padding and take the new frame.
+        // A 2.3 tag with a syncsafe size: read as 2.3 has it, it would reach into fresh padding and swallow the new
+        // frame.
         const QByteArray before = id3v2(3, frame(4, "XAAA", QByteArray(140, 'x'))) + audio();
         const QByteArray after = withTitle(before, QStringLiteral("new"));
         QCOMPARE(foreign(after), QList<QByteArray>{frame(3, "XAAA", QByteArray(140, 'x'))});
@@ -128,7 +128,7 @@ private Q_SLOTS:
 
     void anUnknownFrameStaysWithTheOthers()
     {
-        // Padding ends a tag: what other programs can read behind the last frame must not be parted from it.
+        // Padding ends a tag, so what other programs can read behind the last frame must not be separated from it.
         const QByteArray unknown =
             "rgAD" + QByteArray("\0\0\0\4\0\0gain", 10) + textFrame(3, "TCOM", QStringLiteral("c"));
         for (const qint64 padding : {0, 400}) {
@@ -145,7 +145,7 @@ private Q_SLOTS:
 
     void id3v1BehindACutOffTagIsNoPartOfIt()
     {
-        // Ten bytes of the tag are missing; the 128 bytes behind are not its end.
+        // Ten bytes of the tag are missing; the 128 bytes behind are not part of it.
         const QByteArray before = id3v2(3, textFrame(3, "TIT2", QStringLiteral("title")), {.padding = 50}).chopped(10);
         const QString path = file(before);
         TagObject object = linked(path);

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// What the tag pages do without their controls: the genre list, the key filter of boxes for digits, and saving one page
-// into file after file with a conversion that works on the page itself.
+// The rules of the tag pages without their controls: the genre list, the key filter of boxes for digits, and saving one
+// page into file after file with a conversion that changes the page itself.
 
 #include "core/tags/record/genres.h"
 #include "core/tags/store/tageditor.h"

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// A save that fails, whatever call of the system fails: the file is the old one, or the new one of a pass that was
-// through, never a mixture; the error is returned. What was interrupted is completed by the next save.
+// Whatever system call of a save fails, the file is the old one, or the new one of a completed pass, never a mixture;
+// the error is returned. The next save completes what was interrupted.
 
 #include "core/tags/store/tagstore.h"
 #include "support/faultyfilesystem.h"
@@ -33,7 +32,7 @@ private:
         return record;
     }
     static QByteArray frames() { return textFrame(3, "TIT2", QStringLiteral("old")) + pictureFrame(3, 6000); }
-    /// What a file holds, first as it is and then after each pass of a mode.
+    /// The content of a file, first as it is and then after each pass of a mode.
     QList<QByteArray> stages(const QByteArray &content, int mode)
     {
         static constexpr const char *Passes[] = {"", "1", "2", "12", "15", "24"};
@@ -102,12 +101,12 @@ private Q_SLOTS:
                 break;
         }
         QVERIFY(at > 5);
-        // A short write is no failure; all others must be told at least for opening, reading and writing.
+        // A short write is not a failure; at least opening, reading and writing must report theirs.
         if (static_cast<Fault>(fault) == Fault::Fail)
             QVERIFY(errors > 5);
     }
 
-    // A write that fails after attributes were set to normal leaves the file with normal attributes.
+    // A write that fails after attributes were set to normal leaves them normal.
     void aFailedWriteLeavesAReadOnlyFileWritable()
     {
         for (const int mode : {1, 2, 3, 4, 5}) {
@@ -142,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(permissionsOf(path), 0444U);
     }
 
-    // Several hard links are written over, under the protection of a redo file: the next save completes it first.
+    // Several hard links are overwritten under the protection of a redo file; the next save completes it first.
     void anInterruptedSaveIsCompletedByTheNext()
     {
         const QByteArray content = id3v2(3, frames()) + audio(40);

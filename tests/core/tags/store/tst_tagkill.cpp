@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// A program that is killed at any moment while it saves tags leaves a file whose tags are those before or those after a
-// save, with all foreign frames and the audio.
+// A program killed at any moment while it saves tags leaves a file with the tags from before or after a save, all
+// foreign frames and the audio.
 
 #include "core/storage/safewrite.h"
 #include "core/tags/store/tagstore.h"
@@ -27,7 +26,7 @@ private:
 
     QTemporaryDir m_folder;
 
-    /// Titles that fit, that need the padding and that make the tag grow.
+    /// Titles that fit, that need the padding, and that make the tag grow.
     static QStringList titles()
     {
         return {QStringLiteral("a"), QStringLiteral("a title"), QString(1500, u'x'), QString(9000, u'y'),
@@ -50,7 +49,7 @@ private:
         }
     }
 
-    /// Runs the loop in a process of its own and kills it after so many microseconds.
+    /// Runs the loop in its own process and kills it after that many microseconds.
     static void runAndKill(const QString &path, int mode, unsigned microseconds)
     {
         const pid_t child = ::fork();
@@ -61,7 +60,7 @@ private:
         QCOMPARE(::kill(child, SIGKILL), 0);
         int status = 0;
         QCOMPARE(::waitpid(child, &status, 0), child);
-        QVERIFY(WIFSIGNALED(status)); // it was still saving, none of its saves had failed
+        QVERIFY(WIFSIGNALED(status)); // it was still saving, and no save had failed
     }
 
 private Q_SLOTS:
@@ -98,7 +97,7 @@ private Q_SLOTS:
             QVERIFY(TagStore(state, platform::FileSystem::native()).ReadTag(path, record));
             QVERIFY(titles().contains(record.Title));
         }
-        // What the kills left behind is recognisable, and goes.
+        // What the kills left behind is recognised and removed.
         QVERIFY(storage::cleanLeftovers(platform::FileSystem::native(), m_folder.path()));
         QCOMPARE(QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList(QStringLiteral("a.mp3")));
     }

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
 // The tag object writes what was put and nothing else: foreign frames with their flags and order, pictures, other tags,
-// junk and audio stay byte for byte; tags of every version and form are read and keep their form.
+// junk and audio stay byte for byte. Tags of every version and form are read and keep their form.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagobject.h"
@@ -31,7 +30,7 @@ private:
             qFatal("%s", qPrintable(result.error().detail));
         return object;
     }
-    /// Saves a new title into ID3v2 and gives back the file.
+    /// Saves a new title into ID3v2 and returns the file.
     QByteArray withTitle(const QByteArray &content, const QString &title, WriteOutcome *outcome = nullptr) const
     {
         const QString path = file(content);
@@ -56,7 +55,7 @@ private:
         }
         return frames;
     }
-    /// Foreign frames of all sorts for a version, some with flags.
+    /// All sorts of foreign frames of a version, some with flags.
     static QByteArray foreignFrames(int version)
     {
         if (version == 2)
@@ -117,7 +116,7 @@ private Q_SLOTS:
         const QByteArray grown = withTitle(before, QString(44, u'x'), &outcome);
         QVERIFY(regionSize(grown) > regionSize(before));
         QCOMPARE(outcome, WriteOutcome::Replaced);
-        // The audio keeps its place within a block, and the new padding is good for the next edits.
+        // The audio keeps its place within a block, and the new padding serves the next edits.
         QCOMPARE(regionSize(grown) % 4096, regionSize(before) % 4096);
         QCOMPARE(regionSize(withTitle(grown, QString(2000, u'x'), &outcome)), regionSize(grown));
     }
@@ -255,7 +254,7 @@ private Q_SLOTS:
         const QByteArray second = commentFrame(3, QStringLiteral("three"), QStringLiteral("e"), "fra", 1);
         QCOMPARE(linked(file(id3v2(3, described + plain + second) + audio())).Comment(), QStringLiteral("dos"));
         QCOMPARE(linked(file(id3v2(3, described + second) + audio())).Comment(), QStringLiteral("one"));
-        // A new text replaces that comment only, in its language and under its description.
+        // A new text replaces only that comment, with its language and description.
         const QString path = file(id3v2(3, described + plain + second, {.padding = 100}) + audio());
         TagObject object = linked(path);
         object.setComment(QStringLiteral("nuevo"));
@@ -281,7 +280,7 @@ private Q_SLOTS:
         const QList<RawFrame> left = rawFrames(readFile(path));
         QCOMPARE(left.size(), 3);
         QCOMPARE(left.at(0).bytes + left.at(1).bytes + left.at(2).bytes, norm + gapless + disc);
-        // With none of the user's own, ID3v1's comment shows.
+        // Without a comment for the user, ID3v1's shows.
         QCOMPARE(linked(path).Comment(), QStringLiteral("v1"));
     }
 
@@ -399,7 +398,7 @@ private Q_SLOTS:
         v24.replace(0, 4, QByteArray("\0\0\0", 3) + static_cast<char>(body.size()));
         QCOMPARE(
             linked(file(id3v2(4, frame(4, "TIT2", v24, 0x0009)) + audio())).Title(), QStringLiteral("packed 日本"));
-        // What can't be inflated is carried along and never taken for an empty title.
+        // What can't be inflated is carried along and not taken for an empty title.
         const QByteArray broken = frame(3, "TIT2", QByteArray("\x7F\xFF\xFF\xFFzz", 6), 0x0080);
         TagObject object = linked(file(id3v2(3, broken, {.padding = 20}) + audio()));
         object.removeFrames(FrameKind::Title);

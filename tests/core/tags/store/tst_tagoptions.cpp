@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// What the user may choose about the writing of tags: the version of new ID3v2 tags, and that files keep their time of
-// modification, however they are written.
+// The user's choices for writing tags: the version of new ID3v2 tags, and that files keep their modification time
+// however they are written.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagstore.h"

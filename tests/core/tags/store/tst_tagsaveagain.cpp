@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// A save settles a tag: what was written is read as it was written, and the same save again writes nothing, whatever
-// stands around the frames.
+// A save settles a tag: what was written reads back as it was written, and the same save again writes nothing, whatever
+// surrounds the frames.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagobject.h"
@@ -25,7 +24,7 @@ private:
     static QByteArray extendedHeader() { return {"\0\0\0\x0A\x80\0\0\0\0\x05\1\2\3\4", 14}; }
     /// A frame whose size lies: nothing behind it can be read.
     static QByteArray lyingFrame() { return QByteArray("TIT2\0\0\x20\x62\0\0", 10) + "what it holds"; }
-    /// What a tag of ID3v2.3 with an extended header says of its padding.
+    /// The padding that the extended header of an ID3v2.3 tag states.
     static quint32 toldPadding(const QByteArray &content) { return qFromBigEndian<quint32>(content.constData() + 16); }
 
     QString path() const { return m_folder.filePath(QStringLiteral("a.mp3")); }
@@ -81,8 +80,7 @@ private Q_SLOTS:
         QCOMPARE(saveTitle(QStringLiteral("one")).value(), WriteOutcome::Unchanged);
     }
 
-    // The padding used to be told without the tail where the tag had to grow, and with it where it was written in
-    // place.
+    // The stated padding once excluded the tail if the tag had to grow, and included it if it was written in place.
     void paddingIsToldAlikeInPlaceAndInAGrownTag()
     {
         write(id3v2(3, textFrame(3, "TIT2", QStringLiteral("x")),
@@ -98,7 +96,7 @@ private Q_SLOTS:
     }
 
     // 150 bytes are stored as 01 16 in ID3v2.4, which reads as 278 in the form of ID3v2.3. With less padding behind the
-    // frame than a header's size the other form looked right, as if the frame held what follows.
+    // frame than the size of a header, the other form looked right, as if the frame held what follows.
     void aFrameIsReadWithTheSizeItWasWrittenWith_data()
     {
         QTest::addColumn<int>("zeros");

@@ -1,6 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The tag store: reads a file's tags into a record and writes a record by the tag-save mode; the rules for what counts
-// as a year, a track and a genre; the free-space check; read-only files.
+// The tag store: reads a file's tags into a record and writes a record by the tag-save mode; what counts as a year, a
+// track and a genre; the check of free space; read-only files.
 
 #include "core/platform/filesystem.h"
 #include "core/tags/record/genres.h"
@@ -33,7 +32,7 @@ private:
             qFatal("%s", qPrintable(result.error().detail));
         return record;
     }
-    /// Saves a record with that mode and gives back what the file holds then.
+    /// Saves a record in that mode and returns what the file then holds.
     QByteArray saved(const QString &path, const TagRecord &record, int mode)
     {
         m_state.tagSaveMode = mode;
@@ -122,7 +121,7 @@ private Q_SLOTS:
                                                .comment = "hello",
                                                .track = 7,
                                                .genre = 52}));
-        // Where both tags have a value, ID3v2's is shown.
+        // If both tags have a value, ID3v2's is shown.
         QCOMPARE(read(path).Title, QStringLiteral("x"));
         QCOMPARE(read(path).Artist, QStringLiteral("Björk"));
     }
@@ -203,7 +202,7 @@ private Q_SLOTS:
         const QString path = file(before);
         TagRecord record = read(path);
         QCOMPARE(record.Genre, genre);
-        // The genre that the tag has already leaves its frame as it stands.
+        // An edit to the genre that the tag already has leaves the frame as it is.
         if (genre.startsWith(u'('))
             return;
         record.Title = QStringLiteral("new");
