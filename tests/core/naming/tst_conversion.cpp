@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The conversion pairs: modes by index in the list, the captions of the entries, what the settings remember of a pair
 // and what they do not.
 
