@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A CD database may answer any bytes: parsing the answer ends, and the result is complete or a failure, and safe to
 // send in the next query. The same bytes serve as a server's address, a text to search for and an offset text.
 #include "core/online/cddb/cddbprotocol.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reading tags accepts any bytes: it ends, its memory is bounded by the file's size, and the reader of the file list
 // returns what the tag object reads.
 #include "../support/memoryfilesystem.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Saving and stripping tags of any file: the audio and all frames that nobody edited stay byte for byte and in order,
 // what was put reads back, a second save writes nothing, and after an error the file is unchanged.
 //

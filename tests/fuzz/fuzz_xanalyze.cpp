@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The stream analysis accepts any bytes: it ends, reads nothing outside of them, and what it reports is possible.
 #include "core/tags/mpeg/mpegstream.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A record of a CD database may be any bytes: parsing it ends, and the result can be shown and compared.
 #include "core/online/cddb/xmcdrecord.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Runs a fuzz target over the files of the folders on the command line, so that ordinary builds check every seed and
 // every input that once failed.
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a pattern takes from a file's name: the matching, character by character, and the run over many files. The run
 // leaves alone files that do not fit, skips files that fail, and stops when a save is refused for lack of space.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The new name of a folder: the two rules and which of them wins, what is cleaned and what is not, when there is no new
 // name, and how the dialog's choice is remembered.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Upper and lower case by the rules of languages, as in Unicode's SpecialCasing.txt and locale data; the same on every
 // system.
 

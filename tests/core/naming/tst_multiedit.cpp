@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Editing many files: which fields are written, the running track, conversions that apply to the boxes as well, and
 // when the run ends.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The new name of a file: the three rules, the padded track, what is cleaned and what is literal, the conversions
 // before the extension, and the resulting path.
 

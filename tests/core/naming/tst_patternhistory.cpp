@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The list of used patterns: most recent first, without duplicates, bounded, and the same after a restart.
 
 #include "core/app/settings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tables of placeholders: which digit means which field for renaming, extraction and folders, which differ on
 // purpose, and which label and caption belong to each.
 

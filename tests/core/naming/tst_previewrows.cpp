@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a preview shows, and that it touches nothing and is true: over random files, tags and patterns the run does what
 // the preview said, and extraction by a pattern recovers what renaming by the same pattern put into a name.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the working modes remember from run to run is restored unchanged, under the keys of the settings.
 
 #include "core/app/settings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The text transforms: the exact rules of each mode on plain texts, the user's locale for letters, and for every text
 // that valid UTF-16 stays valid. CleanFileName() removes exactly what the passes of its rule remove, in linear time.
 

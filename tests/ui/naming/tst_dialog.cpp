@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The dialog that renames the current folder: its rules, which exclude each other, its labels, the name that it shows
 // while the user edits the rule, what it requests, and its settings.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page that fills tags from file names, through its real controls over real files: the labels, what a run writes
 // and leaves alone, the patterns that it remembers, and its preview.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window that shows what extraction and renaming would do: its columns, the mark of long names, the marks and
 // remarks for files that can't be processed or stay as they are, and that the run does what it shows.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page that names files after their tags, through its real controls over real files: the rules, their captions and
 // what they enable, the names that a run gives, its questions about names that are taken, and what the settings
 // remember.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A box for digits: what can be typed, what beeps, and that pasted text passes.
 
 #include "ui/tags/digitsedit.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page that writes chosen fields into many files, through its real controls over real files: which controls are
 // enabled when, what a run writes, how it numbers and converts, and what the settings remember.
 

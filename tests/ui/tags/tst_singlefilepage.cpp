@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page that edits one file's tag, through its real controls over real files: what it shows of the current row, and
 // stepping through the list.
 

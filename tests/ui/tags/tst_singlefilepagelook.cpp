@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The page used without a mouse and in three languages: captions, the order of Tab, Alt keys, names for assistive
 // tools, and that nothing is cut at the narrowest usual width.
 

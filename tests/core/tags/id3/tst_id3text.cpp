@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Texts as ID3v2 stores them: every encoding with and without marks, several values, comments. What is stored reads
 // back unchanged.
 

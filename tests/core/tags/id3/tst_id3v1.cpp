@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The 128 bytes of ID3v1 and ID3v1.1. Fields are read up to their first zero byte; a field that already holds the value
 // keeps its bytes, whatever follows the text; a track takes two bytes of the comment.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Texts for fields that hold only Latin-1: similar letters, else one '?' for each character that a reader sees. No
 // character disappears or is cut.
 

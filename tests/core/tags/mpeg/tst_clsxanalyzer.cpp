@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // clsXAnalyzer: names for the library's codes, seconds for its milliseconds, texts for its failures; what a failed
 // analysis leaves unchanged; how times are displayed.
 #include "core/tags/mpeg/xanalyze.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The labels about a file's audio: their texts; reading them never blocks the caller and never reports a file other
 // than the last one requested.
 

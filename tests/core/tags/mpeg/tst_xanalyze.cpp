@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The stream analysis: every kind of frame is walked and counted exactly, and the operations of the library return the
 // values in their record.
 #include "core/tags/mpeg/xanalyze.h"

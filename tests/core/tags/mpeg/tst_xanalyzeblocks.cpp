@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The stream analysis: tags around and between frames are skipped. An info frame is not audio, whatever it claims, but
 // the played samples exclude the encoder's delay and padding that it states.
 #include "core/tags/mpeg/xanalyze.h"

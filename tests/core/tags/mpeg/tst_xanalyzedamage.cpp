@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The stream analysis: damage is reported and costs no more than the frames it hit; bytes that look like a header by
 // chance are not taken for one; failing and shrinking files are handled; hostile bytes cost time proportional to their
 // number.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The genre table: 126 names in their order, the number of a name with all consequences of the search in the barred
 // table, and the usual spellings of other programs.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Reads each file of a folder of odd files (RAVLIN_CORPUS) and saves it in all five modes. The audio and the frames
 // that nobody edits stay byte for byte, a second save writes nothing, and a file that can't be written is unchanged.
 

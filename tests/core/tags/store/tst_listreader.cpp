@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The reader for the list returns what the tag store reads, whatever the form of the tag, and reads no picture.
 
 #include "core/platform/filesystem.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tag object with damaged and odd tags: what can be read is read, what can't be written without loss is refused,
 // and what is not understood stays where other programs find it.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The rules of the tag pages without their controls: the genre list, the key filter of boxes for digits, and saving one
 // page into file after file with a conversion that changes the page itself.
 

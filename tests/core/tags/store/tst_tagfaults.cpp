@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Whatever system call of a save fails, the file is the old one, or the new one of a completed pass, never a mixture;
 // the error is returned. The next save completes what was interrupted.
 

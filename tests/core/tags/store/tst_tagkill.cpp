@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A program killed at any moment while it saves tags leaves a file with the tags from before or after a save, all
 // foreign frames and the audio.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tag object writes what was put and nothing else: foreign frames with their flags and order, pictures, other tags,
 // junk and audio stay byte for byte. Tags of every version and form are read and keep their form.
 

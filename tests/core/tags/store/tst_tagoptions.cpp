@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The user's choices for writing tags: the version of new ID3v2 tags, and that files keep their modification time
 // however they are written.
 

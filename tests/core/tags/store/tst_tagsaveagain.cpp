@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A save settles a tag: what was written reads back as it was written, and the same save again writes nothing, whatever
 // surrounds the frames.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tag store: reads a file's tags into a record and writes a record by the tag-save mode; what counts as a year, a
 // track and a genre; the check of free space; read-only files.
 
