@@ -14,8 +14,8 @@ ravlin::cli::Output standardOutput(StandardStream stream)
 
 } // namespace
 
-// There is no QCoreApplication: in the C locale, where many scripts run, it would complain on standard error. What
-// waits for the network's events makes its own (cli/cddbdialogue.h).
+// No QCoreApplication: in the C locale, where many scripts run, it would complain on standard error. The command that
+// waits for the network makes its own (CddbDialogue in cli/disccommands.cpp).
 int main(int argc, char **argv)
 {
     ravlin::platform::prepareStandardStreams();

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/command.h"
-#include "cli/foldercleaner.h"
 #include "core/app/programstate.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/operations/playlist.h"

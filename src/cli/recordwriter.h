@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "cli/output.h"
+#include "cli/console.h"
 
 #include <QString>
 #include <QStringView>

@@ -2,9 +2,12 @@
 #include "cli/tagsaving.h"
 
 #include "core/app/settings.h"
+#include "core/platform/path.h"
+#include "core/storage/safewrite.h"
 #include "core/tags/record/genres.h"
 
 #include <array>
+#include <tuple>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -68,6 +71,19 @@ void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &
         if (const QString warning = warningNotSaved(field, record.*field); !warning.isEmpty())
             console.warn(path + u": "_s + warning);
     }
+}
+
+void FolderCleaner::cleanFolderOf(const QString &path)
+{
+    const Result<QString> canonical = m_fileSystem.canonicalPath(path);
+    if (!canonical)
+        return; // the operation on the file tells
+    const QString folder = platform::folderOf(*canonical);
+    if (m_done.contains(folder))
+        return;
+    m_done.insert(folder);
+    // Nobody asked for it, so nobody is told when it can't be done; what is left is harmless and never listed.
+    std::ignore = storage::cleanLeftovers(m_fileSystem, folder);
 }
 
 void SavingRun::prepareFor(const QString &path)

@@ -3,13 +3,13 @@
 
 #include "cli/arguments.h"
 #include "cli/console.h"
-#include "cli/foldercleaner.h"
 #include "cli/recordwriter.h"
 #include "core/app/batch.h"
 #include "core/app/programstate.h"
 #include "core/tags/record/tagrecord.h"
 #include "core/tags/store/tagstore.h"
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -32,6 +32,20 @@ ModeOrStatus modeFor(const QString &command, const Arguments &arguments, Console
 QString warningNotSaved(QString TagRecord::*field, const QString &text);
 /// Warns of each field of a record that a save leaves out. path: the file.
 void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &console);
+
+/// Clears away what interrupted writes have left in the folders that are about to be written to, each folder once.
+class FolderCleaner
+{
+public:
+    explicit FolderCleaner(platform::FileSystem &fileSystem) : m_fileSystem(fileSystem) {}
+
+    /// The folder that holds the file itself, where symbolic links lead to it.
+    void cleanFolderOf(const QString &path);
+
+private:
+    platform::FileSystem &m_fileSystem;
+    QSet<QString> m_done;
+};
 
 /// A batch that saves tags of files in any folders: before each it clears its folder of what interrupted writes left
 /// and asks for the free space of its drive.

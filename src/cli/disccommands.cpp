@@ -1,21 +1,139 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cli/cddbdialogue.h"
 #include "cli/command.h"
-#include "cli/discfiles.h"
 #include "cli/recordwriter.h"
 #include "cli/tagsaving.h"
+#include "core/app/idiomas.h"
 #include "core/app/options.h"
 #include "core/app/settings.h"
 #include "core/online/cddb/discapply.h"
+#include "core/online/cddb/ufreedb.h"
+#include "core/tags/mpeg/xanalyze.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
+#include <memory>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
 namespace ravlin::cli {
 
 namespace {
+
+/// Files that stand for the tracks of a disc, in their order.
+struct DiscFiles
+{
+    QString offsets;               ///< offset text
+    QString offsetsWithUsualDelay; ///< the other one to try; empty where there is none
+    DiscContents contents;         ///< of the first
+};
+
+/// Analyses the files. Returns nothing, with a message, if one cannot be analysed or they do not make a disc.
+std::optional<DiscFiles> analyseDisc(const QStringList &paths, Console &console)
+{
+    XAnalyzer analyzer(platform::FileSystem::native());
+    clsXAnalyzer properties;
+    std::vector<PlayedAudio> files;
+    bool areAllSound = true;
+    for (const QString &path : paths) {
+        const XAnalyzer::Outcome outcome = analyzer.analyse(path);
+        properties.take(outcome.code, outcome.record(), path);
+        if (!properties.errorText().isEmpty()) {
+            console.fail(path, properties.errorText().section(u"\r\n"_s, 0, 0));
+            areAllSound = false;
+        }
+        files.push_back(PlayedAudio::of(outcome.stream));
+    }
+    if (!areAllSound)
+        return {};
+    DiscFiles disc{offsetText(files), offsetTextWithUsualDelay(files), {}};
+    Result<DiscContents> contents = DiscContents::parse(disc.offsets);
+    if (!contents) {
+        console.fail(paths.front(), u"these files make no disc: "_s + contents.error().detail);
+        return {};
+    }
+    disc.contents = *std::move(contents);
+    return disc;
+}
+
+int runToc(const Arguments &arguments, Console &console)
+{
+    const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Blocks);
+    RecordWriter writer(
+        console.out(), format, {u"discId", u"tracks", u"seconds", u"offsets", u"offsetsWithUsualDelay"});
+    if (const std::optional<DiscFiles> disc = analyseDisc(arguments.paths(), console)) {
+        const DiscContents &contents = disc->contents;
+        writer.write({contents.discIdText(), qint64(contents.trackCount()), qint64(contents.totalSeconds()),
+            disc->offsets, disc->offsetsWithUsualDelay});
+    }
+    writer.finish();
+    return console.status();
+}
+
+/// The CD-database component for a program without an event loop: each operation returns when it has ended. One at a
+/// time in a program.
+class CddbDialogue
+{
+    Q_DISABLE_COPY_MOVE(CddbDialogue)
+
+public:
+    enum class Ending
+    {
+        NotFound,
+        ChoiceOffered,
+        RecordRead,
+        Failed ///< see failure()
+    };
+
+    CddbDialogue();
+
+    uFREEDB &freedb() { return *m_freedb; }
+    /// Begins an operation of the component, which must be one that ends with a signal, and waits for its end.
+    Ending wait(const std::function<void(uFREEDB &)> &begin);
+    const LookupFailure &failure() const { return m_failure; }
+
+private:
+    int m_argumentCount = 1;
+    char m_name[11] = "ravlin-cli";
+    char *m_arguments[2] = {m_name, nullptr};
+    std::unique_ptr<QCoreApplication> m_application;
+    std::unique_ptr<uFREEDB> m_freedb;
+    LookupFailure m_failure;
+};
+
+CddbDialogue::CddbDialogue()
+{
+    // In the C locale, where many scripts run, Qt would complain about it on standard error.
+    const QtMessageHandler before =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    m_application = std::make_unique<QCoreApplication>(m_argumentCount, m_arguments);
+    qInstallMessageHandler(before);
+    m_freedb = std::make_unique<uFREEDB>();
+}
+
+CddbDialogue::Ending CddbDialogue::wait(const std::function<void(uFREEDB &)> &begin)
+{
+    QEventLoop loop;
+    Ending ending = Ending::Failed;
+    const auto endWith = [&loop, &ending](Ending how) {
+        ending = how;
+        loop.quit();
+    };
+    QObject::connect(m_freedb.get(), &uFREEDB::notFound, &loop, [&] { endWith(Ending::NotFound); });
+    QObject::connect(m_freedb.get(), &uFREEDB::choiceOffered, &loop, [&] { endWith(Ending::ChoiceOffered); });
+    QObject::connect(m_freedb.get(), &uFREEDB::recordRead, &loop, [&] { endWith(Ending::RecordRead); });
+    QObject::connect(m_freedb.get(), &uFREEDB::failed, &loop, [&](const LookupFailure &failure) {
+        m_failure = failure;
+        endWith(Ending::Failed);
+    });
+    begin(*m_freedb);
+    loop.exec();
+    return ending;
+}
 
 constexpr Option ServerOption{u"--server", u"ADDRESS", u"ask this server: a host, HOST:PORT or a URL"};
 constexpr Option SearchOption{u"--search", u"TEXT", u"look for \"ARTIST / ALBUM\", an artist or an album instead"};
@@ -251,6 +369,15 @@ int runLookup(const Arguments &arguments, Console &console)
 }
 
 } // namespace
+
+Command tocCommand()
+{
+    return {u"toc", u"tell the table of contents of the CD that files come from",
+        u"Takes the files, in the order given, for the tracks of a CD and tells its identifier, the number of tracks,\n"
+        "its seconds and the frames (1/75 s) where each track begins and the last one ends. Where files don't tell\n"
+        "what their encoder added, the frames with its usual amount taken off are told, too. Nothing is sent.",
+        u"FILE", true, {JsonOption}, runToc};
+}
 
 Command lookupCommand()
 {

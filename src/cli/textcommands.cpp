@@ -37,6 +37,13 @@ int runCase(const Arguments &arguments, Console &console)
     return console.status();
 }
 
+int runClean(const Arguments &arguments, Console &console)
+{
+    for (const QString &text : arguments.operands())
+        console.print(CleanFileName(text));
+    return console.status();
+}
+
 } // namespace
 
 Command caseCommand()
@@ -46,6 +53,15 @@ Command caseCommand()
         u"start\n"
         "and behind each of  ( ) ? ¿ = ¡ ! / \\ _ - + & % $ # @ , .  and the blank, and makes all else lower case.",
         u"TEXT", true, {ModeOption}, runCase};
+}
+
+Command cleanCommand()
+{
+    return {u"clean", u"remove from texts what a file name may not hold",
+        u"Prints each text without the characters \\ / : * ? \" < > |, which a file name may not hold everywhere. "
+        u"Behind\n"
+        "> and | the next character goes too.",
+        u"TEXT", true, {}, runClean};
 }
 
 } // namespace ravlin::cli
