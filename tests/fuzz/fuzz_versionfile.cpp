@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // A version file may be any bytes: parsing it ends and gives at most 51 records, all with a name. The result leads to
 // no file outside a folder and to no address less secure than the version file's. The same bytes serve as a checksum.
-#include "core/online/update/checksumfile.h"
+#include "core/online/update/inetretreive.h"
 #include "core/online/update/sequentialtext.h"
 #include "core/online/update/updateaddress.h"
 #include "core/online/update/versionfile.h"

@@ -50,7 +50,7 @@ set(RAVLIN_LEFT_OUT_tst_clsfilefunc hardLinksInOtherCaseAreTaken
     caseAloneWhereCaseCounts) # where a name is to change its case alone, Wine does nothing, and says that it did
 # Wine's schannel can't load the certificate of the tests' own servers.
 set(RAVLIN_LEFT_OUT_tst_ufreedb encryptedServer)
-set(RAVLIN_LEFT_OUT_tst_cddbfetch certificateThatNobodyTrusts certificateOfAnotherName encryptedAnswer
+set(RAVLIN_LEFT_OUT_tst_webtext certificateThatNobodyTrusts certificateOfAnotherName encryptedAnswer
     neverFromEncryptedToPlain
     # The environment names the proxy there; here the settings of the system do, which all tests share.
     systemProxyIsUsed proxyIsLeftOutForThisComputer proxyThatIsNotThere)

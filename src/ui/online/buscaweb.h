@@ -26,8 +26,8 @@ Q_SIGNALS:
 private:
     void search();
 
-    QLineEdit *busca;
-    QPushButton *buscar;
+    QLineEdit *m_text;
+    QPushButton *m_search;
 };
 
 } // namespace ravlin

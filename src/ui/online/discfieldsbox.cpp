@@ -32,72 +32,72 @@ QLabel *labelOf(const char *name, QLineEdit *box, QWidget *parent)
 } // namespace
 
 DiscFieldsBox::DiscFieldsBox(QWidget *parent)
-    : QWidget(parent), tartista(textBox("tartista", this)), talbum(textBox("talbum", this)),
-      ta_o(textBox("ta_o", this)), testilo(textBox("testilo", this))
+    : QWidget(parent), m_artist(textBox("tartista", this)), m_album(textBox("talbum", this)),
+      m_year(textBox("ta_o", this)), m_genre(textBox("testilo", this))
 {
     setObjectName(QStringLiteral("discFields"));
-    label1 = labelOf("label1", tartista, this);
-    label2 = labelOf("label2", talbum, this);
-    Label5 = labelOf("Label5", ta_o, this);
-    Label6 = labelOf("Label6", testilo, this);
-    ta_o->setMinimumWidth(YearLetters * fontMetrics().averageCharWidth());
+    m_artistLabel = labelOf("label1", m_artist, this);
+    m_albumLabel = labelOf("label2", m_album, this);
+    m_yearLabel = labelOf("Label5", m_year, this);
+    m_genreLabel = labelOf("Label6", m_genre, this);
+    m_year->setMinimumWidth(YearLetters * fontMetrics().averageCharWidth());
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins({});
-    grid->addWidget(label1, 0, 0);
-    grid->addWidget(tartista, 0, 1);
-    grid->addWidget(Label5, 0, 2);
-    grid->addWidget(ta_o, 0, 3);
-    grid->addWidget(label2, 1, 0);
-    grid->addWidget(talbum, 1, 1);
-    grid->addWidget(Label6, 1, 2);
-    grid->addWidget(testilo, 1, 3);
+    grid->addWidget(m_artistLabel, 0, 0);
+    grid->addWidget(m_artist, 0, 1);
+    grid->addWidget(m_yearLabel, 0, 2);
+    grid->addWidget(m_year, 0, 3);
+    grid->addWidget(m_albumLabel, 1, 0);
+    grid->addWidget(m_album, 1, 1);
+    grid->addWidget(m_genreLabel, 1, 2);
+    grid->addWidget(m_genre, 1, 3);
     grid->setColumnStretch(1, 3);
     grid->setColumnStretch(3, 1);
-    for (const QLineEdit *box : {tartista, talbum, ta_o, testilo})
+    for (const QLineEdit *box : {m_artist, m_album, m_year, m_genre})
         connect(box, &QLineEdit::textChanged, this, &DiscFieldsBox::edited);
-    setTabOrder(tartista, talbum);
-    setTabOrder(talbum, ta_o);
-    setTabOrder(ta_o, testilo);
+    setTabOrder(m_artist, m_album);
+    setTabOrder(m_album, m_year);
+    setTabOrder(m_year, m_genre);
 }
 
 void DiscFieldsBox::setFields(const DiscFields &fields)
 {
-    tartista->setText(fields.artist);
-    talbum->setText(fields.album);
-    ta_o->setText(fields.year);
-    testilo->setText(fields.genre);
-    for (QLineEdit *box : {tartista, talbum, ta_o, testilo})
+    m_artist->setText(fields.artist);
+    m_album->setText(fields.album);
+    m_year->setText(fields.year);
+    m_genre->setText(fields.genre);
+    for (QLineEdit *box : {m_artist, m_album, m_year, m_genre})
         box->setCursorPosition(0); // of a text that is too long, the beginning is seen
 }
 
 DiscFields DiscFieldsBox::fields() const
 {
-    return {tartista->text(), talbum->text(), ta_o->text(), testilo->text()};
+    return {m_artist->text(), m_album->text(), m_year->text(), m_genre->text()};
 }
 
 QStringList DiscFieldsBox::remarks(const Captions &captions) const
 {
     QStringList remarks;
-    if (!ta_o->text().isEmpty() && !isWritableYear(ta_o->text()))
+    if (!m_year->text().isEmpty() && !isWritableYear(m_year->text()))
         remarks << captions.text(Text::LookupYearNotSaved);
-    if (!testilo->text().isEmpty() && GenreNameToNumber(testilo->text()) == GenreNone)
-        remarks << captions.text(Text::LookupGenreNotSaved).arg(testilo->text());
+    if (!m_genre->text().isEmpty() && GenreNameToNumber(m_genre->text()) == GenreNone)
+        remarks << captions.text(Text::LookupGenreNotSaved).arg(m_genre->text());
     return remarks;
 }
 
 QWidget *DiscFieldsBox::lastBox() const
 {
-    return testilo;
+    return m_genre;
 }
 
 void DiscFieldsBox::applyCaptions(const Captions &captions)
 {
-    label1->setText(captions.text(Caption::Artist));
-    label2->setText(captions.text(Caption::Album));
-    Label5->setText(captions.text(Caption::Year));
-    Label6->setText(captions.text(Caption::Genre));
-    for (QLineEdit *box : {ta_o, testilo})
+    m_artistLabel->setText(captions.text(Caption::Artist));
+    m_albumLabel->setText(captions.text(Caption::Album));
+    m_yearLabel->setText(captions.text(Caption::Year));
+    m_genreLabel->setText(captions.text(Caption::Genre));
+    for (QLineEdit *box : {m_year, m_genre})
         box->setToolTip(captions.text(Text::TipKeepsValue));
 }
 

@@ -33,14 +33,14 @@ Q_SIGNALS:
     void edited();
 
 private:
-    QLabel *label1;
-    QLineEdit *tartista;
-    QLabel *label2;
-    QLineEdit *talbum;
-    QLabel *Label5;
-    QLineEdit *ta_o;
-    QLabel *Label6;
-    QLineEdit *testilo;
+    QLabel *m_artistLabel;
+    QLineEdit *m_artist;
+    QLabel *m_albumLabel;
+    QLineEdit *m_album;
+    QLabel *m_yearLabel;
+    QLineEdit *m_year;
+    QLabel *m_genreLabel;
+    QLineEdit *m_genre;
 };
 
 } // namespace ravlin

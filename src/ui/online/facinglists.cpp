@@ -4,7 +4,6 @@
 #include "core/app/idiomas.h"
 #include "core/files/list/listcolumns.h"
 #include "core/online/cddb/disccomparison.h"
-#include "core/online/cddb/discshown.h"
 #include "ui/online/rowlist.h"
 
 #include <QIcon>
@@ -40,33 +39,33 @@ void setLines(RowList *list, std::vector<ListedLine> lines)
 } // namespace
 
 FacingLists::FacingLists(const Captions &captions, QWidget *parent)
-    : SplitPanel(parent), m_captions(captions), archivo(new RowList("archivo", Name, this)),
-      correlacion(new RowList("correlacion", Title, this))
+    : SplitPanel(parent), m_captions(captions), m_files(new RowList("archivo", Name, this)),
+      m_tracks(new RowList("correlacion", Title, this))
 {
     setMinPanelSize(SmallestPanel);
-    setFirstPanel(archivo);
-    setSecondPanel(correlacion);
-    archivo->rows().setRightAligned({PlayingTime});
-    correlacion->rows().setRightAligned({Track, Time});
-    correlacion->rows().setEditableColumn(Title);
-    for (const RowList *list : {archivo, correlacion}) {
+    setFirstPanel(m_files);
+    setSecondPanel(m_tracks);
+    m_files->rows().setRightAligned({PlayingTime});
+    m_tracks->rows().setRightAligned({Track, Time});
+    m_tracks->rows().setEditableColumn(Title);
+    for (const RowList *list : {m_files, m_tracks}) {
         connect(list, &RowList::orderChanged, this, [this] {
             compareLengths();
             Q_EMIT orderChanged();
         });
     }
-    connect(archivo, &RowList::selectionEdited, this, &FacingLists::fileSelectionEdited);
-    RowList::scrollTogether(archivo, correlacion);
+    connect(m_files, &RowList::selectionEdited, this, &FacingLists::fileSelectionEdited);
+    RowList::scrollTogether(m_files, m_tracks);
 }
 
 void FacingLists::applyCaptions()
 {
-    archivo->setHeaderTexts({m_captions.text(Caption::File), m_captions.text(Caption::Time)});
-    archivo->setAccessibleName(m_captions.text(Caption::Files));
-    correlacion->setHeaderTexts(
+    m_files->setHeaderTexts({m_captions.text(Caption::File), m_captions.text(Caption::Time)});
+    m_files->setAccessibleName(m_captions.text(Caption::Files));
+    m_tracks->setHeaderTexts(
         {m_captions.text(Caption::Track), m_captions.text(Caption::Title), m_captions.text(Caption::Time)});
-    correlacion->setAccessibleName(m_captions.text(Text::NameTracks));
-    for (RowList *list : {archivo, correlacion}) {
+    m_tracks->setAccessibleName(m_captions.text(Text::NameTracks));
+    for (RowList *list : {m_files, m_tracks}) {
         list->setToolTip(m_captions.text(Text::TipMoveRow));
         list->setAccessibleDescription(list->toolTip());
     }
@@ -75,7 +74,7 @@ void FacingLists::applyCaptions()
 
 void FacingLists::setRemarkIcon(const QIcon &icon)
 {
-    for (RowList *list : {archivo, correlacion})
+    for (RowList *list : {m_files, m_tracks})
         list->rows().setRemarkIcon(icon);
 }
 
@@ -89,24 +88,24 @@ void FacingLists::setFiles(const QStringList &paths, const QString &folder)
         const QString name = path.startsWith(folder) ? path.sliced(folder.size()) : path;
         lines.push_back({static_cast<int>(lines.size()), {shownName(name), {}}, {}});
     }
-    setLines(archivo, std::move(lines));
+    setLines(m_files, std::move(lines));
 }
 
 int FacingLists::rowOf(int file) const
 {
-    const std::vector<ListedLine> &lines = archivo->rows().lines();
+    const std::vector<ListedLine> &lines = m_files->rows().lines();
     return static_cast<int>(std::ranges::find(lines, file, &ListedLine::id) - lines.begin());
 }
 
 QString FacingLists::fileName(int file) const
 {
-    return archivo->rows().lines()[static_cast<std::size_t>(rowOf(file))].cells[Name];
+    return m_files->rows().lines()[static_cast<std::size_t>(rowOf(file))].cells[Name];
 }
 
 std::vector<int> FacingLists::fileOrder() const
 {
     std::vector<int> order;
-    for (const ListedLine &line : archivo->rows().lines())
+    for (const ListedLine &line : m_files->rows().lines())
         order.push_back(line.id);
     return order;
 }
@@ -114,12 +113,12 @@ std::vector<int> FacingLists::fileOrder() const
 void FacingLists::setPlayed(int file, const PlayedAudio &played)
 {
     m_fileFrames[static_cast<std::size_t>(file)] = played.frames();
-    archivo->rows().setCell(file, PlayingTime, shownTime(played.frames()));
+    m_files->rows().setCell(file, PlayingTime, shownTime(played.frames()));
 }
 
 void FacingLists::setFileRemark(int file, const QString &remark)
 {
-    archivo->rows().setRemark(rowOf(file), remark);
+    m_files->rows().setRemark(rowOf(file), remark);
 }
 
 void FacingLists::setDisc(const DiscRecord &disc)
@@ -131,7 +130,7 @@ void FacingLists::setDisc(const DiscRecord &disc)
         lines.push_back(
             {index, {QString::number(index + 1), shownTitle(track), shownTime(trackFrames(disc, index))}, {}});
     }
-    setLines(correlacion, std::move(lines));
+    setLines(m_tracks, std::move(lines));
 }
 
 void FacingLists::compareLengths()
@@ -139,14 +138,14 @@ void FacingLists::compareLengths()
     if (!m_disc)
         return;
     Lengths files;
-    for (const ListedLine &line : archivo->rows().lines())
+    for (const ListedLine &line : m_files->rows().lines())
         files.push_back(m_fileFrames[static_cast<std::size_t>(line.id)]);
     Lengths tracks;
-    for (const ListedLine &line : correlacion->rows().lines())
+    for (const ListedLine &line : m_tracks->rows().lines())
         tracks.push_back(trackFrames(*m_disc, line.id));
     const std::vector<qint64> differences = notableDifferences(files, tracks);
     for (std::size_t row = 0; row < differences.size(); ++row)
-        correlacion->rows().setRemark(static_cast<int>(row), differenceRemark(m_captions, differences[row]));
+        m_tracks->rows().setRemark(static_cast<int>(row), differenceRemark(m_captions, differences[row]));
     m_differing = static_cast<int>(differences.size() - std::ranges::count(differences, 0));
 }
 
@@ -154,19 +153,19 @@ QStringList FacingLists::remarks() const
 {
     if (!m_disc)
         return {};
-    return comparisonRemarks(m_captions, archivo->rows().rowCount(), correlacion->rows().rowCount(), m_differing);
+    return comparisonRemarks(m_captions, m_files->rows().rowCount(), m_tracks->rows().rowCount(), m_differing);
 }
 
 bool FacingLists::hasFiles(bool onlySelected) const
 {
-    return !m_paths.isEmpty() && (!onlySelected || archivo->selectionModel()->hasSelection());
+    return !m_paths.isEmpty() && (!onlySelected || m_files->selectionModel()->hasSelection());
 }
 
 std::vector<DiscFile> FacingLists::pairedFiles(bool onlySelected) const
 {
-    const std::vector<bool> selected = archivo->selectionFlags();
-    const std::vector<ListedLine> &files = archivo->rows().lines();
-    const std::vector<ListedLine> &tracks = correlacion->rows().lines();
+    const std::vector<bool> selected = m_files->selectionFlags();
+    const std::vector<ListedLine> &files = m_files->rows().lines();
+    const std::vector<ListedLine> &tracks = m_tracks->rows().lines();
     std::vector<DiscFile> paired;
     for (std::size_t row = 0; row < files.size(); ++row) {
         if (onlySelected && !selected[row])

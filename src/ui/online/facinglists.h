@@ -28,8 +28,8 @@ class FacingLists : public SplitPanel
 public:
     FacingLists(const Captions &captions, QWidget *parent);
 
-    RowList *files() const { return archivo; }
-    RowList *tracks() const { return correlacion; }
+    RowList *files() const { return m_files; }
+    RowList *tracks() const { return m_tracks; }
     void applyCaptions();
     void setRemarkIcon(const QIcon &icon);
 
@@ -64,8 +64,8 @@ private:
     std::vector<std::optional<qint64>> m_fileFrames; ///< by file, as far as known
     std::optional<DiscRecord> m_disc;
     int m_differing = 0; ///< rows whose playing times differ
-    RowList *archivo;
-    RowList *correlacion;
+    RowList *m_files;
+    RowList *m_tracks;
 };
 
 } // namespace ravlin

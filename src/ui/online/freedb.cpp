@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/online/freedb.h"
 
+#include "core/app/idiomas.h"
 #include "core/app/options.h"
 #include "core/app/pageowner.h"
 #include "core/app/settings.h"
@@ -57,7 +58,7 @@ freedb::freedb(const FreedbContext &context, QWidget *parent) : QDialog(parent),
     connectLookup();
     restorePlaces();
     updateEnabling();
-    sp->files()->setFocus();
+    m_lists->files()->setFocus();
 }
 
 freedb::~freedb() = default;
@@ -65,23 +66,23 @@ freedb::~freedb() = default;
 void freedb::createControls()
 {
     m_fields = new DiscFieldsBox(this);
-    sp = made<FacingLists>("sp", this, m_context.captions);
+    m_lists = made<FacingLists>("sp", this, m_context.captions);
     m_statusLine = made<QLabel>("status", this);
     m_statusLine->setTextFormat(Qt::PlainText);
     m_statusLine->setWordWrap(true);
     m_statusLine->setTextInteractionFlags(Qt::TextSelectableByMouse); // to be copied into a report
-    pb = made<QProgressBar>("pb", this);
-    pb->setTextVisible(false);
-    pb->setRange(0, WholeProgress);
-    pb->setValue(0);
-    sel = made<QCheckBox>("sel", this);
-    Pic = made<QPushButton>("Pic", this);
-    Command2 = made<QPushButton>("Command2", this);
-    Command2->setDefault(true);
+    m_progressBar = made<QProgressBar>("pb", this);
+    m_progressBar->setTextVisible(false);
+    m_progressBar->setRange(0, WholeProgress);
+    m_progressBar->setValue(0);
+    m_onlySelected = made<QCheckBox>("sel", this);
+    m_searchAgain = made<QPushButton>("Pic", this);
+    m_save = made<QPushButton>("Command2", this);
+    m_save->setDefault(true);
     m_close = made<QPushButton>("cancel", this);
-    timer1 = new QTimer(this);
-    timer1->setObjectName(QStringLiteral("timer1"));
-    timer1->setInterval(TickInterval);
+    m_timer = new QTimer(this);
+    m_timer->setObjectName(QStringLiteral("timer1"));
+    m_timer->setInterval(TickInterval);
     m_lookup = new DiscLookup(m_context.settings, m_context.fileSystem, this);
     m_saving = new DiscSaving(m_context.owner, m_context.tagStore, m_context.state, m_context.captions, this);
 }
@@ -89,31 +90,31 @@ void freedb::createControls()
 void freedb::arrange()
 {
     auto *foot = new QHBoxLayout;
-    foot->addWidget(Pic);
+    foot->addWidget(m_searchAgain);
     foot->addStretch();
-    foot->addWidget(sel);
-    foot->addWidget(Command2);
+    foot->addWidget(m_onlySelected);
+    foot->addWidget(m_save);
     foot->addWidget(m_close);
     auto *rows = new QVBoxLayout(this);
     rows->addWidget(m_fields);
-    rows->addWidget(sp, 1);
+    rows->addWidget(m_lists, 1);
     rows->addWidget(m_statusLine);
-    rows->addWidget(pb);
+    rows->addWidget(m_progressBar);
     rows->addLayout(foot);
-    tabThrough({m_fields->lastBox(), sp->files(), sp->findChild<QWidget *>(QStringLiteral("pbSplit")), sp->tracks(),
-        Pic, sel, Command2, m_close});
+    tabThrough({m_fields->lastBox(), m_lists->files(), m_lists->findChild<QWidget *>(QStringLiteral("pbSplit")),
+        m_lists->tracks(), m_searchAgain, m_onlySelected, m_save, m_close});
 }
 
 void freedb::connectControls()
 {
-    connect(Command2, &QPushButton::clicked, this, &freedb::save);
-    connect(Pic, &QPushButton::clicked, this, &freedb::openSearch);
+    connect(m_save, &QPushButton::clicked, this, &freedb::save);
+    connect(m_searchAgain, &QPushButton::clicked, this, &freedb::openSearch);
     connect(m_close, &QPushButton::clicked, this, &QDialog::reject);
-    connect(sel, &QCheckBox::toggled, this, &freedb::updateEnabling);
-    connect(sp, &FacingLists::fileSelectionEdited, this, &freedb::updateEnabling);
+    connect(m_onlySelected, &QCheckBox::toggled, this, &freedb::updateEnabling);
+    connect(m_lists, &FacingLists::fileSelectionEdited, this, &freedb::updateEnabling);
     connect(m_fields, &DiscFieldsBox::edited, this, &freedb::showStatus);
-    connect(sp, &FacingLists::orderChanged, this, [this] {
-        m_lookup->setOrder(sp->fileOrder());
+    connect(m_lists, &FacingLists::orderChanged, this, [this] {
+        m_lookup->setOrder(m_lists->fileOrder());
         showStatus();
     });
     connect(m_saving, &DiscSaving::advanced, this, &freedb::showProgress);
@@ -121,10 +122,11 @@ void freedb::connectControls()
 
 void freedb::connectLookup()
 {
-    connect(timer1, &QTimer::timeout, this, &freedb::tick);
-    connect(m_lookup, &DiscLookup::measured, sp, &FacingLists::setPlayed);
-    connect(m_lookup, &DiscLookup::notMeasured, sp,
-        [this](int file, const Error &error) { sp->setFileRemark(file, m_context.captions.errorText(error.code)); });
+    connect(m_timer, &QTimer::timeout, this, &freedb::tick);
+    connect(m_lookup, &DiscLookup::measured, m_lists, &FacingLists::setPlayed);
+    connect(m_lookup, &DiscLookup::notMeasured, m_lists, [this](int file, const Error &error) {
+        m_lists->setFileRemark(file, m_context.captions.errorText(error.code));
+    });
     connect(m_lookup, &DiscLookup::measuring, this, &freedb::showMeasuring);
     connect(m_lookup, &DiscLookup::measuringEnded, this, &freedb::endMeasuring);
     connect(m_lookup, &DiscLookup::askingBegan, this, &freedb::beginAsking);
@@ -146,22 +148,22 @@ void freedb::applyCaptions()
 {
     const Captions &captions = m_context.captions;
     m_fields->applyCaptions(captions);
-    sp->applyCaptions();
-    pb->setAccessibleName(captions.text(Text::NameProgress));
-    sel->setText(captions.text(Caption::OnlySelected));
-    sel->setToolTip(captions.text(Text::TipOnlySelected));
-    Pic->setText(captions.text(Caption::SearchAgain));
-    Pic->setToolTip(captions.text(Text::TipSearchAgain));
-    Command2->setText(captions.text(Caption::SaveTags));
-    Command2->setToolTip(captions.text(Text::TipSaveDisc));
+    m_lists->applyCaptions();
+    m_progressBar->setAccessibleName(captions.text(Text::NameProgress));
+    m_onlySelected->setText(captions.text(Caption::OnlySelected));
+    m_onlySelected->setToolTip(captions.text(Text::TipOnlySelected));
+    m_searchAgain->setText(captions.text(Caption::SearchAgain));
+    m_searchAgain->setToolTip(captions.text(Text::TipSearchAgain));
+    m_save->setText(captions.text(Caption::SaveTags));
+    m_save->setToolTip(captions.text(Text::TipSaveDisc));
     m_close->setText(captions.text(Caption::Cancel));
 }
 
 void freedb::applyIcons()
 {
-    Pic->setIcon(themedIcon(QStringLiteral("search"), palette()));
-    Command2->setIcon(themedIcon(QStringLiteral("save"), palette()));
-    sp->setRemarkIcon(themedIcon(QStringLiteral("triangle-alert"), palette()));
+    m_searchAgain->setIcon(themedIcon(QStringLiteral("search"), palette()));
+    m_save->setIcon(themedIcon(QStringLiteral("save"), palette()));
+    m_lists->setRemarkIcon(themedIcon(QStringLiteral("triangle-alert"), palette()));
 }
 
 void freedb::restorePlaces()
@@ -171,13 +173,13 @@ void freedb::restorePlaces()
         resize(StartSize.boundedTo(screen()->availableSize() * 9 / 10));
     bool isNumber = false;
     const int position = settings.read(SplitterPositionKey).toInt(&isNumber);
-    sp->setPosition(isNumber ? position : StartPosition);
+    m_lists->setPosition(isNumber ? position : StartPosition);
 }
 
 void freedb::loadFiles()
 {
     const QStringList paths = m_context.owner.selectedPaths();
-    sp->setFiles(paths, m_context.state.currentFolder);
+    m_lists->setFiles(paths, m_context.state.currentFolder);
     m_lookup->setFiles(paths);
 }
 
@@ -185,7 +187,7 @@ void freedb::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
     if (!event->spontaneous() && !m_hasBegun)
-        timer1->start();
+        m_timer->start();
 }
 
 void freedb::changeEvent(QEvent *event)
@@ -199,11 +201,11 @@ void freedb::done(int result)
 {
     if (m_saving->isUnderWay())
         return;
-    timer1->stop();
+    m_timer->stop();
     m_lookup->cancel();
     Settings &settings = m_context.settings;
     settings.write(GeometryKey, QString::fromLatin1(saveGeometry().toBase64()));
-    settings.write(SplitterPositionKey, QString::number(sp->position()));
+    settings.write(SplitterPositionKey, QString::number(m_lists->position()));
     // The values count for this run all the same; the file is tried again at the end of the program.
     std::ignore = settings.save();
     QDialog::done(result);
@@ -217,13 +219,13 @@ void freedb::tick()
     if (!m_hasBegun)
         begin();
     else if (m_lookup->isAsking())
-        pb->setValue(pb->value() >= WholeProgress ? 0 : pb->value() + TickStep);
+        m_progressBar->setValue(m_progressBar->value() >= WholeProgress ? 0 : m_progressBar->value() + TickStep);
 }
 
 void freedb::begin()
 {
     m_hasBegun = true;
-    if (sp->hasFiles(false))
+    if (m_lists->hasFiles(false))
         m_lookup->begin();
     else
         endLookup(m_context.captions.text(Text::HintNoFile));
@@ -237,16 +239,16 @@ void freedb::showMeasuring(int done, int count)
 
 void freedb::endMeasuring()
 {
-    sp->compareLengths();
+    m_lists->compareLengths();
     showStatus();
     if (!m_lookup->isAsking())
-        timer1->stop();
+        m_timer->stop();
 }
 
 void freedb::beginAsking()
 {
-    pb->setValue(0);
-    timer1->start();
+    m_progressBar->setValue(0);
+    m_timer->start();
     setStatus(m_context.captions.text(Text::LookupAsking).arg(cdServer(m_context.settings)));
     updateEnabling();
 }
@@ -254,8 +256,8 @@ void freedb::beginAsking()
 void freedb::endLookup(const QString &status)
 {
     if (m_hasBegun) // else its first tick is still wanted
-        timer1->stop();
-    pb->setValue(0);
+        m_timer->stop();
+    m_progressBar->setValue(0);
     setStatus(status);
     updateEnabling();
 }
@@ -263,7 +265,7 @@ void freedb::endLookup(const QString &status)
 void freedb::tellIncomplete(int file, const Error &error)
 {
     const QString reason = m_context.captions.errorText(error.code);
-    tellFailure({LookupFailureKind::BadContents, sp->fileName(file) + QStringLiteral(": ") + reason});
+    tellFailure({LookupFailureKind::BadContents, m_lists->fileName(file) + QStringLiteral(": ") + reason});
 }
 
 void freedb::tellNotFound()
@@ -305,7 +307,7 @@ void freedb::endChoice(int result)
 void freedb::showRecord(const DiscRecord &record)
 {
     m_fields->setFields({record.artist, record.album, record.year, record.genre});
-    sp->setDisc(record);
+    m_lists->setDisc(record);
     endLookup(m_context.captions.text(Text::LookupFound).arg(record.tracks.size()));
 }
 
@@ -321,24 +323,24 @@ void freedb::openSearch()
 
 void freedb::save()
 {
-    const std::vector<DiscFile> files = sp->pairedFiles(sel->isChecked());
+    const std::vector<DiscFile> files = m_lists->pairedFiles(m_onlySelected->isChecked());
     const QString statusBefore = m_status;
     setStatus(m_context.captions.text(Text::LookupSaving));
-    pb->setValue(0);
+    m_progressBar->setValue(0);
     const std::optional<qsizetype> saved = m_saving->save(files, m_fields->fields());
     if (!saved) {
         endLookup(statusBefore);
         return;
     }
     setStatus(m_context.captions.text(Text::LookupSaved).arg(*saved));
-    pb->setValue(WholeProgress);
+    m_progressBar->setValue(WholeProgress);
 }
 
 // What is shown
 
 void freedb::showProgress(int done, int count)
 {
-    pb->setValue(count > 0 ? WholeProgress * done / count : 0);
+    m_progressBar->setValue(count > 0 ? WholeProgress * done / count : 0);
 }
 
 void freedb::setStatus(const QString &status)
@@ -352,15 +354,15 @@ void freedb::showStatus()
     QStringList lines;
     if (!m_status.isEmpty())
         lines << m_status;
-    if (sp->hasDisc())
-        lines << sp->remarks() << m_fields->remarks(m_context.captions);
+    if (m_lists->hasDisc())
+        lines << m_lists->remarks() << m_fields->remarks(m_context.captions);
     m_statusLine->setText(lines.join(u'\n'));
 }
 
 void freedb::updateEnabling()
 {
     const bool isIdle = !m_lookup->isAsking() && m_choice == nullptr && !m_saving->isUnderWay();
-    Command2->setEnabled(sp->hasDisc() && isIdle && sp->hasFiles(sel->isChecked()));
+    m_save->setEnabled(m_lists->hasDisc() && isIdle && m_lists->hasFiles(m_onlySelected->isChecked()));
 }
 
 } // namespace ravlin

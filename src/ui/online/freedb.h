@@ -99,14 +99,14 @@ private:
     QString m_status;
 
     DiscFieldsBox *m_fields = nullptr; ///< tartista, talbum, ta_o, testilo
-    FacingLists *sp = nullptr;         ///< archivo, correlacion
+    FacingLists *m_lists = nullptr;    ///< archivo, correlacion
     QLabel *m_statusLine = nullptr;
-    QProgressBar *pb = nullptr;
-    QCheckBox *sel = nullptr;
-    QPushButton *Pic = nullptr;
-    QPushButton *Command2 = nullptr;
+    QProgressBar *m_progressBar = nullptr;
+    QCheckBox *m_onlySelected = nullptr;
+    QPushButton *m_searchAgain = nullptr;
+    QPushButton *m_save = nullptr;
     QPushButton *m_close = nullptr;
-    QTimer *timer1 = nullptr;
+    QTimer *m_timer = nullptr;
     DiscLookup *m_lookup = nullptr;
     DiscSaving *m_saving = nullptr;
     QPointer<MatchDialog> m_choice;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/online/mainform.h"
 
+#include "core/app/idiomas.h"
 #include "core/app/settings.h"
-#include "core/online/update/updatedescriptor.h"
 #include "ui/controls/elidedlabel.h"
 #include "ui/controls/making.h"
 
@@ -19,7 +19,6 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-#include <tuple>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -81,126 +80,126 @@ mainform::mainform(const UpdateContext &context, QWidget *parent)
     showState(ConnectionState::None);
     enableControls();
     restorePlace();
-    filelist->setFocus();
+    m_fileList->setFocus();
 }
 
 void mainform::createControls()
 {
-    labeltitle = made<QLabel>("labeltitle", this);
-    QFont large = labeltitle->font();
+    m_title = made<QLabel>("labeltitle", this);
+    QFont large = m_title->font();
     large.setPointSizeF(large.pointSizeF() * 3 / 2);
     large.setBold(true);
-    labeltitle->setFont(large);
-    frame1 = made<QGroupBox>("frame1", this);
-    frame2 = made<QGroupBox>("frame2", this);
-    labelstatus1 = made<ElidedLabel>("labelstatus1", frame1);
-    labelfname = made<ElidedLabel>("labelfname", frame1);
-    label1 = made<QLabel>("label1", frame1);
-    labelfs = made<QLabel>("labelfs", frame1);
-    labeldest = made<ElidedLabel>("labeldest", frame1);
-    labelst = made<ElidedLabel>("labelst", frame1);
-    m_estimate = made<QLabel>("estimate", frame1);
-    m_checks = made<ElidedLabel>("checks", frame1);
-    progressbar1 = made<QProgressBar>("progressbar1", frame1);
-    progressbar1->setTextVisible(false);
-    progressbar1->setValue(0);
-    filelist = made<QTreeWidget>("filelist", frame2);
-    filelist->setColumnCount(ColumnCount);
-    filelist->setRootIsDecorated(false);
-    filelist->setItemsExpandable(false);
-    filelist->setUniformRowHeights(true);
-    filelist->setAlternatingRowColors(true);
-    filelist->setAllColumnsShowFocus(true);
-    filelist->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    filelist->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    filelist->header()->setStretchLastSection(true);
-    filelist->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    cmdget = made<QPushButton>("cmdget", this);
-    cmdget->setDefault(true);
+    m_title->setFont(large);
+    m_statusFrame = made<QGroupBox>("frame1", this);
+    m_filesFrame = made<QGroupBox>("frame2", this);
+    m_action = made<ElidedLabel>("labelstatus1", m_statusFrame);
+    m_name = made<ElidedLabel>("labelfname", m_statusFrame);
+    m_sizeCaption = made<QLabel>("label1", m_statusFrame);
+    m_size = made<QLabel>("labelfs", m_statusFrame);
+    m_destination = made<ElidedLabel>("labeldest", m_statusFrame);
+    m_received = made<ElidedLabel>("labelst", m_statusFrame);
+    m_estimate = made<QLabel>("estimate", m_statusFrame);
+    m_checks = made<ElidedLabel>("checks", m_statusFrame);
+    m_progressBar = made<QProgressBar>("progressbar1", m_statusFrame);
+    m_progressBar->setTextVisible(false);
+    m_progressBar->setValue(0);
+    m_fileList = made<QTreeWidget>("filelist", m_filesFrame);
+    m_fileList->setColumnCount(ColumnCount);
+    m_fileList->setRootIsDecorated(false);
+    m_fileList->setItemsExpandable(false);
+    m_fileList->setUniformRowHeights(true);
+    m_fileList->setAlternatingRowColors(true);
+    m_fileList->setAllColumnsShowFocus(true);
+    m_fileList->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_fileList->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_fileList->header()->setStretchLastSection(true);
+    m_fileList->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    m_get = made<QPushButton>("cmdget", this);
+    m_get->setDefault(true);
     m_cancel = made<QPushButton>("cancel", this);
     m_cancel->setAutoDefault(false);
-    autoupdst = made<QStatusBar>("autoupdst", this);
-    autoupdst->setSizeGripEnabled(false);
-    m_state = made<ElidedLabel>("state", autoupdst);
-    autoupdst->addWidget(m_state, 1);
-    timer1 = made<QTimer>("timer1", this);
-    timer1->setInterval(EstimateTick);
-    timertimeout = made<QTimer>("timertimeout", this);
-    timertimeout->setInterval(ProgressTick);
+    m_statusBar = made<QStatusBar>("autoupdst", this);
+    m_statusBar->setSizeGripEnabled(false);
+    m_state = made<ElidedLabel>("state", m_statusBar);
+    m_statusBar->addWidget(m_state, 1);
+    m_estimateTimer = made<QTimer>("timer1", this);
+    m_estimateTimer->setInterval(EstimateTick);
+    m_progressTimer = made<QTimer>("timertimeout", this);
+    m_progressTimer->setInterval(ProgressTick);
 }
 
 QGroupBox *mainform::statusFrame()
 {
     auto *size = new QHBoxLayout;
-    size->addWidget(label1);
-    size->addWidget(labelfs);
+    size->addWidget(m_sizeCaption);
+    size->addWidget(m_size);
     size->addStretch();
     size->addWidget(m_estimate);
-    auto *rows = new QVBoxLayout(frame1);
-    rows->addWidget(labelstatus1);
-    rows->addWidget(labelfname);
-    rows->addWidget(labeldest);
+    auto *rows = new QVBoxLayout(m_statusFrame);
+    rows->addWidget(m_action);
+    rows->addWidget(m_name);
+    rows->addWidget(m_destination);
     rows->addLayout(size);
-    rows->addWidget(progressbar1);
-    rows->addWidget(labelst);
+    rows->addWidget(m_progressBar);
+    rows->addWidget(m_received);
     rows->addWidget(m_checks);
-    return frame1;
+    return m_statusFrame;
 }
 
 void mainform::createLayout()
 {
-    auto *list = new QVBoxLayout(frame2);
-    list->addWidget(filelist);
+    auto *list = new QVBoxLayout(m_filesFrame);
+    list->addWidget(m_fileList);
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();
-    buttons->addWidget(cmdget);
+    buttons->addWidget(m_get);
     buttons->addWidget(m_cancel);
     auto *rows = new QVBoxLayout(this);
-    rows->addWidget(labeltitle);
-    rows->addWidget(frame2, 1);
+    rows->addWidget(m_title);
+    rows->addWidget(m_filesFrame, 1);
     rows->addWidget(statusFrame());
     rows->addLayout(buttons);
-    rows->addWidget(autoupdst);
+    rows->addWidget(m_statusBar);
 }
 
 void mainform::applyCaptions()
 {
     const Captions &captions = m_context.captions;
     setWindowTitle(captions.text(Caption::ProgramUpdate));
-    labeltitle->setText(captions.text(Caption::ProgramUpdate));
-    frame1->setTitle(captions.text(Caption::UpdateStatus));
-    frame2->setTitle(captions.text(Caption::FileList));
-    label1->setText(captions.text(Caption::FileSize));
-    labelfname->setFullText(captions.text(Caption::FileName));
-    labeldest->setFullText(captions.text(Caption::Destination));
-    cmdget->setText(captions.text(Caption::Download));
-    cmdget->setToolTip(captions.text(Text::TipDownload));
+    m_title->setText(captions.text(Caption::ProgramUpdate));
+    m_statusFrame->setTitle(captions.text(Caption::UpdateStatus));
+    m_filesFrame->setTitle(captions.text(Caption::FileList));
+    m_sizeCaption->setText(captions.text(Caption::FileSize));
+    m_name->setFullText(captions.text(Caption::FileName));
+    m_destination->setFullText(captions.text(Caption::Destination));
+    m_get->setText(captions.text(Caption::Download));
+    m_get->setToolTip(captions.text(Text::TipDownload));
     m_cancel->setText(captions.text(Caption::Cancel));
-    filelist->setHeaderLabels({captions.text(Caption::File), captions.text(Caption::Percent),
+    m_fileList->setHeaderLabels({captions.text(Caption::File), captions.text(Caption::Percent),
         captions.text(Caption::Description), captions.text(Caption::Version)});
-    filelist->setAccessibleName(captions.text(Caption::FileList));
-    progressbar1->setAccessibleName(captions.text(Caption::Download));
-    autoupdst->setAccessibleName(captions.text(Text::NameStatusBar));
+    m_fileList->setAccessibleName(captions.text(Caption::FileList));
+    m_progressBar->setAccessibleName(captions.text(Caption::Download));
+    m_statusBar->setAccessibleName(captions.text(Text::NameStatusBar));
     m_download.setLeadingText(captions.text(Caption::UpdateStatus) + u": "_s);
     const int letter = fontMetrics().averageCharWidth();
     constexpr int FileLetters = 28;
     constexpr int PercentLetters = 12;
     constexpr int DescriptionLetters = 36;
-    filelist->setColumnWidth(FileColumn, FileLetters * letter);
-    filelist->setColumnWidth(PercentColumn, PercentLetters * letter);
-    filelist->setColumnWidth(DescriptionColumn, DescriptionLetters * letter);
+    m_fileList->setColumnWidth(FileColumn, FileLetters * letter);
+    m_fileList->setColumnWidth(PercentColumn, PercentLetters * letter);
+    m_fileList->setColumnWidth(DescriptionColumn, DescriptionLetters * letter);
 }
 
 void mainform::connectControls()
 {
-    connect(cmdget, &QPushButton::clicked, this, &mainform::download);
+    connect(m_get, &QPushButton::clicked, this, &mainform::download);
     connect(m_cancel, &QPushButton::clicked, this, [this] {
         if (m_check.isBusy() || m_queue.isBusy())
             abort();
         else
             reject();
     });
-    connect(filelist, &QTreeWidget::itemSelectionChanged, this, &mainform::enableControls);
+    connect(m_fileList, &QTreeWidget::itemSelectionChanged, this, &mainform::enableControls);
     connect(&m_check, &VersionCheck::stateChanged, this, &mainform::showState);
     connect(&m_download, &InetRetreive::stateChanged, this, &mainform::showState);
     connect(&m_download, &InetRetreive::sizeTold, this, &mainform::showSize);
@@ -208,8 +207,8 @@ void mainform::connectControls()
     connect(&m_queue, &DownloadQueue::downloaded, this,
         [this](int, const QString &path, bool isChecked) { showDownloaded(path, isChecked); });
     connect(&m_queue, &DownloadQueue::finished, this, &mainform::showFinished);
-    connect(timer1, &QTimer::timeout, this, &mainform::showEstimate);
-    connect(timertimeout, &QTimer::timeout, this, &mainform::showProgress);
+    connect(m_estimateTimer, &QTimer::timeout, this, &mainform::showEstimate);
+    connect(m_progressTimer, &QTimer::timeout, this, &mainform::showProgress);
 }
 
 void mainform::restorePlace()
@@ -223,8 +222,8 @@ void mainform::done(int result)
 {
     m_check.cancel();
     m_queue.cancel();
-    timer1->stop();
-    timertimeout->stop();
+    m_estimateTimer->stop();
+    m_progressTimer->stop();
     m_context.settings.write(PlaceKey, QString::fromLatin1(saveGeometry().toBase64()));
     QDialog::done(result);
 }
@@ -239,10 +238,8 @@ void mainform::showEvent(QShowEvent *event)
 
 void mainform::autoupdate(const QString &descriptor)
 {
-    if (descriptor.isEmpty())
-        return;
-    labeltitle->setText(u"autoupdate"_s);
-    std::ignore = DescriptorSeparators::of(descriptor);
+    if (!descriptor.isEmpty())
+        m_title->setText(u"autoupdate"_s);
 }
 
 void mainform::check()
@@ -270,8 +267,8 @@ void mainform::showVersions(const VersionFile &file)
     showStatus(u"ready to download"_s);
     m_versionFile = file;
     for (const VersionRecord &record : file.records)
-        filelist->addTopLevelItem(itemOf(record));
-    filelist->setCurrentItem(filelist->topLevelItem(0), FileColumn, QItemSelectionModel::NoUpdate);
+        m_fileList->addTopLevelItem(itemOf(record));
+    m_fileList->setCurrentItem(m_fileList->topLevelItem(0), FileColumn, QItemSelectionModel::NoUpdate);
     enableControls();
     const Captions &captions = m_context.captions;
     const bool isNewer = isNewerVersion(file.version, m_context.version);
@@ -298,8 +295,8 @@ void mainform::download()
     if (folder.isEmpty())
         return;
     std::vector<DownloadQueue::Entry> entries;
-    for (int row = 0; row < filelist->topLevelItemCount(); ++row) {
-        QTreeWidgetItem *item = filelist->topLevelItem(row);
+    for (int row = 0; row < m_fileList->topLevelItemCount(); ++row) {
+        QTreeWidgetItem *item = m_fileList->topLevelItem(row);
         item->setText(PercentColumn, {});
         if (item->isSelected())
             entries.push_back({row, m_versionFile.records[std::size_t(row)]});
@@ -329,39 +326,39 @@ void mainform::showBegun(int row, const QString &fileName, const QString &path)
     const Captions &captions = m_context.captions;
     m_row = row;
     m_fileName = fileName;
-    labelstatus1->setFullText(captions.text(Caption::DownloadingFile) + u' ' + fileName);
-    labelfname->setFullText(captions.text(Caption::FileName) + u": "_s + fileName);
-    labeldest->setFullText(captions.text(Caption::Destination) + u": "_s + path);
-    labelfs->clear();
-    labelst->setFullText({});
+    m_action->setFullText(captions.text(Caption::DownloadingFile) + u' ' + fileName);
+    m_name->setFullText(captions.text(Caption::FileName) + u": "_s + fileName);
+    m_destination->setFullText(captions.text(Caption::Destination) + u": "_s + path);
+    m_size->clear();
+    m_received->setFullText({});
     m_estimate->clear();
-    progressbar1->setRange(0, 1);
-    progressbar1->setValue(0);
-    filelist->scrollToItem(filelist->topLevelItem(row));
+    m_progressBar->setRange(0, 1);
+    m_progressBar->setValue(0);
+    m_fileList->scrollToItem(m_fileList->topLevelItem(row));
 }
 
 void mainform::showSize()
 {
     const DownloadProgress &progress = m_download.progress();
-    labelfs->setText(progress.sizeText());
-    labelst->setFullText(progress.firstText());
+    m_size->setText(progress.sizeText());
+    m_received->setFullText(progress.firstText());
     // Without a size the bar only shows that something goes on.
-    progressbar1->setRange(0, progress.isTotalKnown() ? int(progress.total()) : 0);
-    progressbar1->setValue(0);
+    m_progressBar->setRange(0, progress.isTotalKnown() ? int(progress.total()) : 0);
+    m_progressBar->setValue(0);
     m_rate = {};
     m_rate.measure({}, 0);
     m_clock.start();
-    timer1->start();
-    timertimeout->start();
+    m_estimateTimer->start();
+    m_progressTimer->start();
 }
 
 void mainform::showProgress()
 {
     const DownloadProgress &progress = m_download.progress();
     if (progress.isTotalKnown())
-        progressbar1->setValue(int(progress.value()));
-    labelst->setFullText(m_download.progressText());
-    filelist->topLevelItem(m_row)->setText(PercentColumn, progress.percentText());
+        m_progressBar->setValue(int(progress.value()));
+    m_received->setFullText(m_download.progressText());
+    m_fileList->topLevelItem(m_row)->setText(PercentColumn, progress.percentText());
 }
 
 void mainform::showEstimate()
@@ -375,12 +372,12 @@ void mainform::showEstimate()
 
 void mainform::showDownloaded(const QString &path, bool isChecked)
 {
-    timer1->stop();
-    timertimeout->stop();
+    m_estimateTimer->stop();
+    m_progressTimer->stop();
     showProgress();
     m_estimate->clear();
-    progressbar1->setMaximum(std::max(progressbar1->maximum(), 1));
-    progressbar1->setValue(progressbar1->maximum());
+    m_progressBar->setMaximum(std::max(m_progressBar->maximum(), 1));
+    m_progressBar->setValue(m_progressBar->maximum());
     showStatus(u"download completed successfully. file saved to "_s + path);
     (isChecked ? m_checkedNames : m_uncheckedNames) << m_fileName;
     QStringList remarks;
@@ -395,27 +392,31 @@ void mainform::showDownloaded(const QString &path, bool isChecked)
 void mainform::showFinished(bool hasReachedEnd)
 {
     if (hasReachedEnd)
-        labelst->setFullText(m_context.captions.text(Caption::DownloadFinished));
+        m_received->setFullText(m_context.captions.text(Caption::DownloadFinished));
     enableControls();
 }
 
-/// Ends what is under way, at the user's wish.
+void mainform::resetProgress()
+{
+    m_estimateTimer->stop();
+    m_progressTimer->stop();
+    m_estimate->clear();
+    m_progressBar->setRange(0, 1);
+    m_progressBar->setValue(0);
+}
+
 void mainform::abort()
 {
     m_check.cancel();
     m_queue.cancel();
-    timer1->stop();
-    timertimeout->stop();
-    m_estimate->clear();
-    progressbar1->setRange(0, 1);
-    progressbar1->setValue(0);
+    resetProgress();
     showStatus(u"download aborted"_s);
     enableControls();
 }
 
 void mainform::enableControls()
 {
-    cmdget->setEnabled(!m_check.isBusy() && !m_queue.isBusy() && !filelist->selectedItems().isEmpty());
+    m_get->setEnabled(!m_check.isBusy() && !m_queue.isBusy() && !m_fileList->selectedItems().isEmpty());
 }
 
 void mainform::openBox(
@@ -436,11 +437,7 @@ void mainform::openBox(
 
 void mainform::tellFailure(const QString &fileName, const UpdateFailure &failure, const std::function<void()> &goOn)
 {
-    timer1->stop();
-    timertimeout->stop();
-    m_estimate->clear();
-    progressbar1->setRange(0, 1);
-    progressbar1->setValue(0);
+    resetProgress();
     if (failure.kind != UpdateFailureKind::Web && !fileName.isEmpty())
         showStatus(u"download aborted"_s);
     const QString reason = updateFailureText(m_context.captions, failure);

@@ -80,6 +80,7 @@ private:
     void showEstimate();
     void showDownloaded(const QString &path, bool isChecked);
     void showFinished(bool hasReachedEnd);
+    void resetProgress();
     void abort();
     void enableControls();
 
@@ -104,25 +105,25 @@ private:
     TransferRate m_rate;
     QElapsedTimer m_clock; ///< since the file's size was told
 
-    QLabel *labeltitle = nullptr;
-    QGroupBox *frame1 = nullptr;
-    QGroupBox *frame2 = nullptr;
-    ElidedLabel *labelstatus1 = nullptr;
-    ElidedLabel *labelfname = nullptr;
-    QLabel *label1 = nullptr;
-    QLabel *labelfs = nullptr;
-    ElidedLabel *labeldest = nullptr;
-    ElidedLabel *labelst = nullptr;
-    QLabel *m_estimate = nullptr;    ///< estimate
-    ElidedLabel *m_checks = nullptr; ///< checks: which files had a checksum
-    QProgressBar *progressbar1 = nullptr;
-    QTreeWidget *filelist = nullptr;
-    QPushButton *cmdget = nullptr;
-    QPushButton *m_cancel = nullptr; ///< cancel
-    QStatusBar *autoupdst = nullptr;
-    ElidedLabel *m_state = nullptr; ///< state, in autoupdst
-    QTimer *timer1 = nullptr;
-    QTimer *timertimeout = nullptr;
+    QLabel *m_title = nullptr;
+    QGroupBox *m_statusFrame = nullptr;
+    QGroupBox *m_filesFrame = nullptr;
+    ElidedLabel *m_action = nullptr;
+    ElidedLabel *m_name = nullptr;
+    QLabel *m_sizeCaption = nullptr;
+    QLabel *m_size = nullptr;
+    ElidedLabel *m_destination = nullptr;
+    ElidedLabel *m_received = nullptr;
+    QLabel *m_estimate = nullptr;
+    ElidedLabel *m_checks = nullptr; ///< which files had a checksum
+    QProgressBar *m_progressBar = nullptr;
+    QTreeWidget *m_fileList = nullptr;
+    QPushButton *m_get = nullptr;
+    QPushButton *m_cancel = nullptr;
+    QStatusBar *m_statusBar = nullptr;
+    ElidedLabel *m_state = nullptr; ///< in m_statusBar
+    QTimer *m_estimateTimer = nullptr;
+    QTimer *m_progressTimer = nullptr;
 };
 
 } // namespace ravlin

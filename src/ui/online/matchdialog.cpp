@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/online/matchdialog.h"
 
-#include "core/online/cddb/discshown.h"
+#include "core/app/idiomas.h"
+#include "core/online/cddb/disccomparison.h"
 
 #include <QHeaderView>
 #include <QLabel>

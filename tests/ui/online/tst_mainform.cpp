@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The window that looks for a new version: what it asks and tells when it comes up, which files it downloads where and
 // what it shows meanwhile, that every failure is told and that it can be ended at any moment.
+#include "core/app/idiomas.h"
 #include "core/app/settings.h"
 #include "core/app/texttable.h"
 #include "core/platform/scratchfolder.h"

@@ -2,6 +2,7 @@
 #include "core/online/cddb/cddbprotocol.h"
 
 #include "core/online/cddb/cddbtext.h"
+#include "core/online/web/webtext.h"
 
 #include <QStringList>
 

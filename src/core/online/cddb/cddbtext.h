@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QByteArrayView>
 #include <QString>
 #include <QStringView>
 
 /// Texts as CD databases send them.
 namespace ravlin::cddb {
-
-/// UTF-8 if it is that, else the Latin letters of one byte that Windows has (Latin-1 with quotes and dashes, which
-/// old records hold although they should not).
-QString decodedText(QByteArrayView bytes);
 
 /// The text on one line: without control characters, and without blanks around it.
 QString onOneLine(const QString &text);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/online/cddb/xmcdrecord.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -12,6 +14,13 @@
 namespace ravlin {
 
 class Captions;
+
+/// The title or, on discs of several artists, "artist / title", as the database writes it.
+QString shownTitle(const DiscTrack &track);
+/// A length of 0 or more frames as "mm:ss.t"; empty where it is not known.
+QString shownTime(std::optional<qint64> frames);
+/// By how much a file plays longer, "+1.2 s" or "-1.2 s"; empty where that is not known.
+QString shownDifference(std::optional<qint64> frames);
 
 using Lengths = std::vector<std::optional<qint64>>;
 

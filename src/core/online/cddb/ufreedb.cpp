@@ -5,27 +5,27 @@
 
 namespace ravlin {
 
-uFREEDB::uFREEDB(QObject *parent) : QObject(parent), m_fetch(new CddbFetch(this)) {}
+uFREEDB::uFREEDB(QObject *parent) : QObject(parent) {}
 
 void uFREEDB::setIgnoresProxy(bool ignores)
 {
-    FetchSettings settings = m_fetch->settings();
+    FetchSettings settings = m_web.settings();
     settings.ignoresProxy = ignores;
-    m_fetch->setSettings(settings);
+    m_web.setSettings(settings);
 }
 
 void uFREEDB::setUsesProxyForThisComputer(bool uses)
 {
-    FetchSettings settings = m_fetch->settings();
+    FetchSettings settings = m_web.settings();
     settings.usesProxyForThisComputer = uses;
-    m_fetch->setSettings(settings);
+    m_web.setSettings(settings);
 }
 
 void uFREEDB::setTimeLimit(int seconds)
 {
-    FetchSettings settings = m_fetch->settings();
+    FetchSettings settings = m_web.settings();
     settings.timeLimit = seconds > 0 ? std::chrono::seconds(seconds) : FetchSettings::UsualTimeLimit;
-    m_fetch->setSettings(settings);
+    m_web.setSettings(settings);
 }
 
 void uFREEDB::setServer(const QString &server)
@@ -56,7 +56,7 @@ void uFREEDB::setSearchText(const QString &text)
 
 void uFREEDB::cancel()
 {
-    m_fetch->cancel();
+    m_web.cancel();
     m_isBusy = false;
     ++m_operation;
 }
@@ -108,7 +108,8 @@ void uFREEDB::ask(const Question &question, const Answered &answered)
         return;
     }
     const cddb::Questions questions(*server, cddb::Hello::of(m_mail, m_clientName, m_clientVersion), m_level);
-    m_fetch->get(question(questions), answered);
+    m_web.get(question(questions),
+        [answered](const WebAnswer &answer) { answered(LookupResult<QByteArray>(answer.map_error(lookupFailureOf))); });
 }
 
 void uFREEDB::query(const DiscContents &disc, const QString &otherOffsetText)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/online/cddb/cddbfetch.h"
 #include "core/online/cddb/cddbprotocol.h"
+#include "core/online/web/webtext.h"
 
 #include <QObject>
 #include <QString>
@@ -85,7 +85,7 @@ private:
     void endSoon(const LookupFailure &failure);
     void fail(const LookupFailure &failure);
 
-    CddbFetch *m_fetch;
+    WebText m_web;
     QString m_server;
     QString m_mail;
     QString m_clientName;

@@ -2,6 +2,7 @@
 #include "core/online/cddb/xmcdrecord.h"
 
 #include "core/online/cddb/cddbtext.h"
+#include "core/online/web/webtext.h"
 #include "core/tags/record/genres.h"
 
 #include <QHash>
@@ -92,7 +93,7 @@ private:
                trackIndex(key, "TTITLE") || trackIndex(key, "EXTT");
     }
 
-    QString value(const QByteArray &key) const { return unescaped(cddb::decodedText(m_values.value(key))); }
+    QString value(const QByteArray &key) const { return unescaped(decodedText(m_values.value(key))); }
 
     void takeComment(QByteArrayView comment)
     {
@@ -117,9 +118,9 @@ private:
     {
         for (auto entry = m_values.cbegin(); entry != m_values.cend(); ++entry) {
             if (const std::optional<int> index = trackIndex(entry.key(), "TTITLE"))
-                trackAt(*index).title = unescaped(cddb::decodedText(entry.value()));
+                trackAt(*index).title = unescaped(decodedText(entry.value()));
             else if (const std::optional<int> remarked = trackIndex(entry.key(), "EXTT"))
-                trackAt(*remarked).extendedData = unescaped(cddb::decodedText(entry.value())).trimmed();
+                trackAt(*remarked).extendedData = unescaped(decodedText(entry.value())).trimmed();
         }
     }
 

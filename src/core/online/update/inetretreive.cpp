@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/update/inetretreive.h"
 
-#include "core/online/update/checksumfile.h"
 #include "core/online/update/updateaddress.h"
 #include "core/platform/desktop.h"
 #include "core/platform/fileio.h"
 #include "core/platform/nodes.h"
 #include "core/storage/safewrite.h"
 
+#include <QByteArrayList>
+
+#include <algorithm>
+#include <cctype>
 #include <tuple>
 #include <utility>
 
@@ -16,6 +19,7 @@ namespace ravlin {
 namespace {
 
 constexpr qint64 MaximumChecksumSize = 64 * 1024;
+constexpr qsizetype ChecksumDigits = 64;
 /// Bytes after which the disk may catch up, so that it has little to do at the end.
 constexpr qint64 SyncedAtOnce = 8 * 1024 * 1024;
 
@@ -42,10 +46,7 @@ UpdateFailure incomplete()
 
 UpdateFailure ofChecksum(UpdateFailureKind kind, const QString &path)
 {
-    UpdateFailure failure;
-    failure.kind = kind;
-    failure.detail = platform::nameOf(path);
-    return failure;
+    return {kind, platform::nameOf(path)};
 }
 
 /// That there is none, as opposed to that it can't be had now.
@@ -56,7 +57,30 @@ bool tellsThatThereIsNone(const WebFailure &failure)
     return failure.kind == WebFailureKind::HttpStatus && (failure.status == NotFound || failure.status == Gone);
 }
 
+std::optional<QByteArray> fromDigits(QByteArrayView digits)
+{
+    const auto isDigit = [](char byte) { return std::isxdigit(static_cast<unsigned char>(byte)) != 0; };
+    if (digits.size() != ChecksumDigits || !std::all_of(digits.begin(), digits.end(), isDigit))
+        return {};
+    return QByteArray::fromHex(digits.toByteArray());
+}
+
 } // namespace
+
+std::optional<QByteArray> checksumIn(QByteArrayView text, const QString &fileName)
+{
+    const QByteArray whole = text.toByteArray();
+    if (const auto alone = fromDigits(whole.trimmed()))
+        return alone;
+    const QByteArray name = fileName.toUtf8();
+    for (const QByteArray &line : whole.split('\n')) {
+        const QByteArray trimmed = line.trimmed();
+        const QByteArray rest = trimmed.mid(ChecksumDigits);
+        if (rest == "  " + name || rest == " *" + name)
+            return fromDigits(QByteArrayView(trimmed).first(ChecksumDigits));
+    }
+    return {};
+}
 
 InetRetreive::InetRetreive(platform::FileSystem &fileSystem, QObject *parent)
     : QObject(parent), m_fileSystem(fileSystem)
@@ -180,11 +204,10 @@ void InetRetreive::finishContent()
 
 void InetRetreive::askForChecksum()
 {
-    m_checksum.get(
-        checksumUrl(m_job.url), [this](const tl::expected<QByteArray, WebFailure> &text) { takeChecksum(text); });
+    m_checksum.get(checksumUrl(m_job.url), [this](const WebAnswer &text) { takeChecksum(text); });
 }
 
-void InetRetreive::takeChecksum(const tl::expected<QByteArray, WebFailure> &text)
+void InetRetreive::takeChecksum(const WebAnswer &text)
 {
     if (!text && !tellsThatThereIsNone(text.error())) {
         fail(UpdateFailure::ofWeb(text.error()));

@@ -17,6 +17,11 @@
 
 namespace ravlin {
 
+/// The SHA-256 that a checksum file gives for a file, as 32 bytes. The text is either 64 hexadecimal digits alone, or
+/// lines as sha256sum writes them ("DIGITS  NAME" or "DIGITS *NAME"), of which the one with that name counts. Returns
+/// nothing for any other text.
+std::optional<QByteArray> checksumIn(QByteArrayView text, const QString &fileName);
+
 /// Downloads one file after the other, on the event loop of the thread that it lives in. The file bears its name only
 /// when it is whole: as long as the server announced, with the checksum that stands beside it on the server where one
 /// does ("NAME.sha256"), and on the disk. Until then it is a temporary file in the same folder, which a failure, a
@@ -74,7 +79,7 @@ private:
     Result<void> append(const QByteArray &bytes);
     void finishContent();
     void askForChecksum();
-    void takeChecksum(const tl::expected<QByteArray, WebFailure> &text);
+    void takeChecksum(const WebAnswer &text);
     Result<void> giveName();
     void complete(bool isChecked);
     void fail(const UpdateFailure &failure);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/update/sequentialtext.h"
 
-#include "core/online/cddb/cddbtext.h"
+#include "core/online/web/webtext.h"
 
 #include <algorithm>
 
@@ -65,7 +65,7 @@ tl::expected<QString, SequentialError> SequentialReader::field()
     if (std::any_of(bytes.begin(), bytes.end(), isControl))
         return fail(SequentialError::NotText);
     skipDivider();
-    return cddb::decodedText(bytes);
+    return decodedText(bytes);
 }
 
 void SequentialReader::skipBlanks()

@@ -13,12 +13,9 @@ namespace {
 
 constexpr QStringView VersionFilePath = u"/ravlin/app/ravlin.ver";
 
-UpdateFailure failure(UpdateFailureKind kind, const QString &detail)
+tl::unexpected<UpdateFailure> failure(UpdateFailureKind kind, const QString &detail)
 {
-    UpdateFailure made;
-    made.kind = kind;
-    made.detail = detail;
-    return made;
+    return tl::unexpected(UpdateFailure{kind, detail});
 }
 
 bool isWebAddress(const QUrl &url)
@@ -52,7 +49,7 @@ UpdateResult<QUrl> versionFileUrl(const QString &baseAddress)
 {
     QUrl url(baseAddress.trimmed(), QUrl::StrictMode);
     if (!isWebAddress(url) || url.hasQuery() || url.hasFragment())
-        return tl::unexpected(failure(UpdateFailureKind::BadAddress, baseAddress));
+        return failure(UpdateFailureKind::BadAddress, baseAddress);
     QString path = url.path(QUrl::FullyEncoded);
     while (path.endsWith(u'/'))
         path.chop(1);
@@ -68,7 +65,7 @@ UpdateResult<QUrl> downloadUrl(const QUrl &versionFile, const VersionRecord &rec
     url.setFragment({});
     const bool isLessSecure = versionFile.scheme() == u"https"_s && url.scheme() != u"https"_s;
     if (!isWebAddress(url) || isLessSecure)
-        return tl::unexpected(failure(UpdateFailureKind::BadLocation, record.location));
+        return failure(UpdateFailureKind::BadLocation, record.location);
     const QString path = url.path(QUrl::FullyEncoded);
     if (path.isEmpty() || path.endsWith(u'/')) {
         const QString name = QString::fromLatin1(QUrl::toPercentEncoding(record.fileName));
@@ -91,7 +88,7 @@ UpdateResult<QString> safeFileName(const QString &name)
                          std::none_of(name.begin(), name.end(), isOdd) && !name.endsWith(u'.') &&
                          !name.front().isSpace() && !name.back().isSpace();
     if (!isPlain)
-        return tl::unexpected(failure(UpdateFailureKind::BadName, name));
+        return failure(UpdateFailureKind::BadName, name);
     return name;
 }
 

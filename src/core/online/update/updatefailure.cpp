@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/update/updatefailure.h"
 
-#include "core/online/cddb/lookupfailure.h"
-
-using namespace Qt::StringLiterals;
+#include "core/app/idiomas.h"
 
 namespace ravlin {
 
@@ -13,7 +11,7 @@ QString sentenceOf(const Captions &captions, const UpdateFailure &failure)
 {
     switch (failure.kind) {
     case UpdateFailureKind::Web:
-        return lookupFailureText(captions, lookupFailureOf({failure.web, {}}));
+        return webFailureText(captions, failure.web);
     case UpdateFailureKind::File:
         return captions.errorText(failure.file);
     case UpdateFailureKind::BadAddress:
@@ -43,20 +41,12 @@ bool isOfOneAddress(WebFailureKind kind)
 
 UpdateFailure UpdateFailure::ofWeb(const WebFailure &failure)
 {
-    UpdateFailure made;
-    made.kind = UpdateFailureKind::Web;
-    made.web = failure.kind;
-    made.detail = failure.detail;
-    return made;
+    return {.kind = UpdateFailureKind::Web, .detail = failure.detail, .web = failure.kind};
 }
 
 UpdateFailure UpdateFailure::ofFile(const Error &error)
 {
-    UpdateFailure made;
-    made.kind = UpdateFailureKind::File;
-    made.file = error.code;
-    made.detail = error.path;
-    return made;
+    return {.kind = UpdateFailureKind::File, .detail = error.path, .file = error.code};
 }
 
 bool UpdateFailure::isOfOneFile() const
@@ -81,8 +71,7 @@ bool UpdateFailure::isOfOneFile() const
 
 QString updateFailureText(const Captions &captions, const UpdateFailure &failure)
 {
-    const QString sentence = sentenceOf(captions, failure);
-    return failure.detail.isEmpty() ? sentence : sentence + u" ("_s + failure.detail + u')';
+    return withDetail(sentenceOf(captions, failure), failure.detail);
 }
 
 } // namespace ravlin

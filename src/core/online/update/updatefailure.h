@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/app/idiomas.h"
-#include "core/online/web/webget.h"
+#include "core/online/web/webfailure.h"
 #include "core/platform/error.h"
 
 #include <QString>

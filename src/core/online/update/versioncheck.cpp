@@ -54,7 +54,7 @@ QString VersionCheck::localPath()
 
 void VersionCheck::check(const QUrl &versionFile, Done done)
 {
-    m_web.get(versionFile, [this, done = std::move(done)](const tl::expected<QByteArray, WebFailure> &body) {
+    m_web.get(versionFile, [this, done = std::move(done)](const WebAnswer &body) {
         if (!body) {
             Q_EMIT stateChanged(ConnectionState::Failed);
             done(tl::unexpected(UpdateFailure::ofWeb(body.error())));

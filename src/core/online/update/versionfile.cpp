@@ -32,12 +32,9 @@ std::optional<VersionRecord> readRecord(SequentialReader &reader)
     return VersionRecord{fields[0], fields[1], fields[2], fields[3]};
 }
 
-UpdateFailure badFile(const QString &detail)
+tl::unexpected<UpdateFailure> badFile(const QString &detail)
 {
-    UpdateFailure failure;
-    failure.kind = UpdateFailureKind::BadVersionFile;
-    failure.detail = detail;
-    return failure;
+    return tl::unexpected(UpdateFailure{UpdateFailureKind::BadVersionFile, detail});
 }
 
 } // namespace
@@ -45,12 +42,12 @@ UpdateFailure badFile(const QString &detail)
 UpdateResult<VersionFile> VersionFile::parse(QByteArrayView bytes)
 {
     if (bytes.size() > MaximumSize)
-        return tl::unexpected(badFile(u"more than 64 KB"_s));
+        return badFile(u"more than 64 KB"_s);
     SequentialReader reader(bytes);
     const auto version = reader.field();
     const auto unused = reader.field();
     if (!version || !unused || !isVersion(*version))
-        return tl::unexpected(badFile(u"no version at its beginning"_s));
+        return badFile(u"no version at its beginning"_s);
     VersionFile file;
     file.version = *version;
     for (int count = 0; count < MaximumRecords && !reader.atEnd(); ++count) {

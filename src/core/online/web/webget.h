@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/online/web/webfailure.h"
+
 #include <QByteArray>
 #include <QNetworkAccessManager>
 #include <QTimer>
@@ -24,28 +26,6 @@ struct FetchSettings
     int redirectLimit = 5;
     bool ignoresProxy = false;             ///< connects directly, whatever proxy the system has
     bool usesProxyForThisComputer = false; ///< servers on this computer too are asked by way of the system's proxy
-};
-
-/// Why there is no whole answer.
-enum class WebFailureKind
-{
-    NoConnection,     ///< no such host, or it does not take calls
-    Proxy,            ///< the proxy between does not let us through
-    TimedOut,         ///< no whole answer in time
-    TooLarge,         ///< more than an answer may be
-    TooManyRedirects, ///< sent from one address to the next
-    InsecureRedirect, ///< sent from an encrypted address to one that is not, or to what is no web address
-    Certificate,      ///< the server cannot prove who it is
-    HttpStatus,       ///< the web server refuses
-    Garbage,          ///< the answer is no HTTP
-    Incomplete,       ///< the answer ends too early
-};
-
-struct WebFailure
-{
-    WebFailureKind kind = WebFailureKind::Garbage;
-    QString detail; ///< in plain English or in the server's words
-    int status = 0; ///< of HTTP, where it was told
 };
 
 /// Where a fetch has got to.

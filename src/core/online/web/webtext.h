@@ -4,6 +4,8 @@
 #include "core/online/web/webget.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
 
 #include <tl/expected.hpp>
 
@@ -11,13 +13,19 @@
 
 namespace ravlin {
 
+/// Text as servers send it: UTF-8 or else Windows-1252, which is Latin-1 with quotes and dashes in the place of control
+/// characters.
+QString decodedText(QByteArrayView bytes);
+
+using WebAnswer = tl::expected<QByteArray, WebFailure>;
+
 /// Fetches one answer after the other as a whole, within the limits of WebGet.
 class WebText : public QObject
 {
     Q_OBJECT
 
 public:
-    using Done = std::function<void(const tl::expected<QByteArray, WebFailure> &)>;
+    using Done = std::function<void(const WebAnswer &)>;
 
     explicit WebText(QObject *parent = nullptr);
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How far a download has come is counted in chunks of 1024 bytes and told to the letter; how long it takes is worked
 // out from what moved lately. A checksum is found in what stands beside a file.
-#include "core/online/update/checksumfile.h"
 #include "core/online/update/downloadprogress.h"
+#include "core/online/update/inetretreive.h"
 
 #include <QCryptographicHash>
 #include <QTest>

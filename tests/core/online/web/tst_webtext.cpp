@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // An answer is fetched whole or a failure says why: late, too long, sent elsewhere, refused, cut off, without a
 // certificate that is trusted. The system's proxy is used as wanted. Nothing here leaves this computer.
-#include "core/online/cddb/cddbfetch.h"
+#include "core/online/web/webtext.h"
 #include "support/cddbserver.h"
 #include "support/cddbtest.h"
 
@@ -12,8 +12,6 @@ using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-using Fetched = LookupResult<QByteArray>;
 
 /// A question that the server answers with two lines.
 QUrl question(const CddbServer &server)
@@ -26,20 +24,20 @@ const QByteArray Answer = "211 Found inexact matches, list follows (until termin
 
 } // namespace
 
-class TestCddbFetch : public QObject
+class TestWebText : public QObject
 {
     Q_OBJECT
 
 private:
     /// The outcome of one fetch.
-    static Fetched fetched(CddbFetch &fetch, const QUrl &url)
+    static WebAnswer fetched(WebText &fetch, const QUrl &url)
     {
-        std::optional<Fetched> outcome;
-        fetch.get(url, [&outcome](const Fetched &result) { outcome = result; });
+        std::optional<WebAnswer> outcome;
+        fetch.get(url, [&outcome](const WebAnswer &result) { outcome = result; });
         if (outcome)
             qFatal("told before it was asked");
         [&] { QTRY_VERIFY_WITH_TIMEOUT(outcome, PatientWait); }();
-        return outcome.value_or(tl::unexpected(LookupFailure{LookupFailureKind::Garbage, u"no end"_s}));
+        return outcome.value_or(tl::unexpected(WebFailure{WebFailureKind::Garbage, u"no end"_s}));
     }
 
 private Q_SLOTS:
@@ -68,29 +66,29 @@ private Q_SLOTS:
     void proxyThatIsNotThere();
 };
 
-void TestCddbFetch::wholeAnswer()
+void TestWebText::wholeAnswer()
 {
     const CddbServer server;
-    CddbFetch fetch;
+    WebText fetch;
     QCOMPARE(fetched(fetch, question(server)).value(), Answer);
     QVERIFY(!fetch.isBusy());
     QCOMPARE(fetched(fetch, question(server)).value(), Answer);
 }
 
-void TestCddbFetch::redirectIsFollowed()
+void TestWebText::redirectIsFollowed()
 {
     CddbServer server;
     server.setFault(Fault::RedirectOnce);
-    CddbFetch fetch;
+    WebText fetch;
     QCOMPARE(fetched(fetch, question(server)).value(), Answer);
     QCOMPARE(server.requests().size(), 2);
 }
 
-void TestCddbFetch::faults_data()
+void TestWebText::faults_data()
 {
     QTest::addColumn<Fault>("fault");
-    QTest::addColumn<LookupFailureKind>("kind");
-    using enum LookupFailureKind;
+    QTest::addColumn<WebFailureKind>("kind");
+    using enum WebFailureKind;
     QTest::newRow("hangs up") << Fault::HangsUp << Incomplete;
     QTest::newRow("half sent") << Fault::HalfSent << Incomplete;
     QTest::newRow("announces too much") << Fault::TooLong << TooLarge;
@@ -101,82 +99,82 @@ void TestCddbFetch::faults_data()
     QTest::newRow("wants a login") << Fault::HttpLogin << HttpStatus;
 }
 
-void TestCddbFetch::faults()
+void TestWebText::faults()
 {
     QFETCH(Fault, fault);
-    QFETCH(LookupFailureKind, kind);
+    QFETCH(WebFailureKind, kind);
     CddbServer server;
     server.setFault(fault);
-    CddbFetch fetch;
-    const LookupFailure failure = fetched(fetch, question(server)).error();
+    WebText fetch;
+    const WebFailure failure = fetched(fetch, question(server)).error();
     QCOMPARE(failure.kind, kind);
     QVERIFY(!fetch.isBusy());
     server.setFault(Fault::None);
     QCOMPARE(fetched(fetch, question(server)).value(), Answer);
 }
 
-void TestCddbFetch::redirectsAreCounted()
+void TestWebText::redirectsAreCounted()
 {
     CddbServer server;
     server.setFault(Fault::RedirectLoop);
-    CddbFetch fetch;
-    QCOMPARE(fetched(fetch, question(server)).error().kind, LookupFailureKind::TooManyRedirects);
+    WebText fetch;
+    QCOMPARE(fetched(fetch, question(server)).error().kind, WebFailureKind::TooManyRedirects);
     QCOMPARE(server.requests().size(), 1 + FetchSettings().redirectLimit);
 }
 
-void TestCddbFetch::lateAnswer_data()
+void TestWebText::lateAnswer_data()
 {
     QTest::addColumn<Fault>("fault");
     QTest::newRow("never answers") << Fault::Silence;
     QTest::newRow("stops in the middle") << Fault::Stalls;
 }
 
-void TestCddbFetch::lateAnswer()
+void TestWebText::lateAnswer()
 {
     QFETCH(Fault, fault);
     CddbServer server;
     server.setFault(fault);
-    CddbFetch fetch;
+    WebText fetch;
     FetchSettings settings;
     settings.timeLimit = std::chrono::milliseconds(200);
     fetch.setSettings(settings);
-    QCOMPARE(fetched(fetch, question(server)).error().kind, LookupFailureKind::TimedOut);
+    QCOMPARE(fetched(fetch, question(server)).error().kind, WebFailureKind::TimedOut);
     QTRY_COMPARE_WITH_TIMEOUT(server.openConnections(), 0, PatientWait);
 }
 
-void TestCddbFetch::answerAsLongAsAllowed()
+void TestWebText::answerAsLongAsAllowed()
 {
     const CddbServer server;
-    CddbFetch fetch;
+    WebText fetch;
     FetchSettings settings;
     settings.sizeLimit = Answer.size();
     fetch.setSettings(settings);
     QCOMPARE(fetched(fetch, question(server)).value(), Answer);
     --settings.sizeLimit;
     fetch.setSettings(settings);
-    QCOMPARE(fetched(fetch, question(server)).error().kind, LookupFailureKind::TooLarge);
+    QCOMPARE(fetched(fetch, question(server)).error().kind, WebFailureKind::TooLarge);
 }
 
-void TestCddbFetch::nobodyThere()
+void TestWebText::nobodyThere()
 {
     QUrl url;
     {
         const CddbServer server;
         url = question(server);
     }
-    CddbFetch fetch;
-    const LookupFailure failure = fetched(fetch, url).error();
-    QCOMPARE(failure.kind, LookupFailureKind::NoConnection);
+    WebText fetch;
+    const WebFailure failure = fetched(fetch, url).error();
+    QCOMPARE(failure.kind, WebFailureKind::NoConnection);
     QVERIFY(!failure.detail.isEmpty());
 }
 
-void TestCddbFetch::cancelledFetchTellsNothing()
+void TestWebText::cancelledFetchTellsNothing()
 {
     CddbServer server;
     server.setFault(Fault::Silence);
-    CddbFetch fetch;
+    WebText fetch;
     bool isTold = false;
-    fetch.get(question(server), [&isTold](const Fetched &) { isTold = true; });
+    fetch.get(question(server), [&isTold](const WebAnswer &) { isTold = true; });
     QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, PatientWait);
     fetch.cancel();
     QVERIFY(!fetch.isBusy());
@@ -184,85 +182,85 @@ void TestCddbFetch::cancelledFetchTellsNothing()
     QVERIFY(!isTold);
 }
 
-void TestCddbFetch::nextFetchEndsTheOneBefore()
+void TestWebText::nextFetchEndsTheOneBefore()
 {
     CddbServer silent;
     silent.setFault(Fault::Silence);
     const CddbServer server;
-    CddbFetch fetch;
+    WebText fetch;
     bool isTold = false;
-    fetch.get(question(silent), [&isTold](const Fetched &) { isTold = true; });
+    fetch.get(question(silent), [&isTold](const WebAnswer &) { isTold = true; });
     QCOMPARE(fetched(fetch, question(server)).value(), Answer);
     QVERIFY(!isTold);
 }
 
-void TestCddbFetch::fetchEndsWithItsObject()
+void TestWebText::fetchEndsWithItsObject()
 {
     CddbServer server;
     server.setFault(Fault::Silence);
     bool isTold = false;
     {
-        CddbFetch fetch;
-        fetch.get(question(server), [&isTold](const Fetched &) { isTold = true; });
+        WebText fetch;
+        fetch.get(question(server), [&isTold](const WebAnswer &) { isTold = true; });
         QTRY_COMPARE_WITH_TIMEOUT(server.requests().size(), 1, PatientWait);
     }
     QTRY_COMPARE_WITH_TIMEOUT(server.openConnections(), 0, PatientWait);
     QVERIFY(!isTold);
 }
 
-void TestCddbFetch::certificateThatNobodyTrusts()
+void TestWebText::certificateThatNobodyTrusts()
 {
     const CddbServer server(CddbServer::Security::Encrypted);
-    CddbFetch fetch;
-    const LookupFailure failure = fetched(fetch, question(server)).error();
-    QCOMPARE(failure.kind, LookupFailureKind::Certificate);
+    WebText fetch;
+    const WebFailure failure = fetched(fetch, question(server)).error();
+    QCOMPARE(failure.kind, WebFailureKind::Certificate);
     QVERIFY(!failure.detail.isEmpty());
     QVERIFY(server.requests().isEmpty());
 }
 
-void TestCddbFetch::certificateOfAnotherName()
+void TestWebText::certificateOfAnotherName()
 {
     const TrustedCertificate trusted(CddbServer::certificate());
     const CddbServer server(CddbServer::Security::EncryptedElsewhere);
-    CddbFetch fetch;
-    QCOMPARE(fetched(fetch, question(server)).error().kind, LookupFailureKind::Certificate);
+    WebText fetch;
+    QCOMPARE(fetched(fetch, question(server)).error().kind, WebFailureKind::Certificate);
     QVERIFY(server.requests().isEmpty());
 }
 
-void TestCddbFetch::encryptedAnswer()
+void TestWebText::encryptedAnswer()
 {
     const TrustedCertificate trusted(CddbServer::certificate());
     const CddbServer server(CddbServer::Security::Encrypted);
-    CddbFetch fetch;
+    WebText fetch;
     QCOMPARE(fetched(fetch, question(server)).value(), Answer);
 }
 
-void TestCddbFetch::neverFromEncryptedToPlain()
+void TestWebText::neverFromEncryptedToPlain()
 {
     const TrustedCertificate trusted(CddbServer::certificate());
     CddbServer server(CddbServer::Security::Encrypted);
     server.setFault(Fault::RedirectInsecure);
-    CddbFetch fetch;
-    QCOMPARE(fetched(fetch, question(server)).error().kind, LookupFailureKind::InsecureRedirect);
+    WebText fetch;
+    QCOMPARE(fetched(fetch, question(server)).error().kind, WebFailureKind::InsecureRedirect);
     QCOMPARE(server.requests().size(), 1);
 }
 
-void TestCddbFetch::systemProxyIsUsed()
+void TestWebText::systemProxyIsUsed()
 {
     const CddbServer proxy;
     qputenv("http_proxy", "http://" + proxy.hostAndPort().toLatin1());
-    CddbFetch fetch;
+    WebText fetch;
     const QUrl url(u"http://db.invalid/~cddb/cddb.cgi?cmd=cddb+album+Gaviotas&hello=a+b+c+d&proto=6"_s);
     QCOMPARE(fetched(fetch, url).value(), Answer);
     QCOMPARE(proxy.requests(), QByteArrayList{url.toEncoded()});
 }
 
-void TestCddbFetch::proxyIsLeftOutForThisComputer()
+void TestWebText::proxyIsLeftOutForThisComputer()
 {
     const CddbServer proxy;
     const CddbServer server;
     qputenv("http_proxy", "http://" + proxy.hostAndPort().toLatin1());
-    CddbFetch fetch;
+    WebText fetch;
     QCOMPARE(fetched(fetch, question(server)).value(), Answer);
     QVERIFY(proxy.requests().isEmpty());
     FetchSettings settings;
@@ -273,12 +271,12 @@ void TestCddbFetch::proxyIsLeftOutForThisComputer()
     QCOMPARE(server.requests().size(), 1);
 }
 
-void TestCddbFetch::proxyIsIgnored()
+void TestWebText::proxyIsIgnored()
 {
     const CddbServer proxy;
     const CddbServer server;
     qputenv("http_proxy", "http://" + proxy.hostAndPort().toLatin1());
-    CddbFetch fetch;
+    WebText fetch;
     FetchSettings settings;
     settings.usesProxyForThisComputer = true;
     settings.ignoresProxy = true;
@@ -287,16 +285,16 @@ void TestCddbFetch::proxyIsIgnored()
     QVERIFY(proxy.requests().isEmpty());
 }
 
-void TestCddbFetch::proxyThatIsNotThere()
+void TestWebText::proxyThatIsNotThere()
 {
     {
         const CddbServer gone;
         qputenv("http_proxy", "http://" + gone.hostAndPort().toLatin1());
     }
-    CddbFetch fetch;
+    WebText fetch;
     const QUrl url(u"http://db.invalid/~cddb/cddb.cgi?cmd=x"_s);
-    QCOMPARE(fetched(fetch, url).error().kind, LookupFailureKind::Proxy);
+    QCOMPARE(fetched(fetch, url).error().kind, WebFailureKind::Proxy);
 }
 
-QTEST_GUILESS_MAIN(TestCddbFetch)
-#include "tst_cddbfetch.moc"
+QTEST_GUILESS_MAIN(TestWebText)
+#include "tst_webtext.moc"
