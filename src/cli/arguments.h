@@ -18,34 +18,35 @@ namespace ravlin::cli {
 struct Option
 {
     QStringView name;      ///< with its hyphens: "--title"
-    QStringView valueName; ///< what stands for its value in the help; empty for an option without value
+    QStringView valueName; ///< placeholder for its value in the help; empty if it takes none
     QStringView help;
 };
 
-/// The command line makes no sense; the text says why.
+/// The command line is wrong; the text says why.
 struct UsageError
 {
     QString text;
 };
 
-/// A command's options and operands. Options may stand before, between and behind the operands; "--" ends them. A value
-/// follows as the next argument, whatever that begins with, or in the same one behind "=". A lone "-" is an operand.
+/// A command's options and operands. Options may come before, between and after operands; "--" ends them. A value is
+/// the next argument, whatever it begins with, or follows "=" in the same one. A lone "-" is an operand. Not
+/// QCommandLineParser: it accepts -h inside -xh and --h for --help, reads on after --help, and reports neither the
+/// first error nor an option as it was written.
 class Arguments
 {
 public:
-    /// The words behind a command's name. When an option of those that end the reading (help, version) is met, what
-    /// follows it is not looked at.
+    /// Parses the words after a command's name, up to an option that ends parsing (help, version).
     static tl::expected<Arguments, UsageError> parse(const QStringList &words, std::span<const Option> options);
 
     bool has(QStringView option) const { return value(option).has_value(); }
-    /// The value given last; the empty text for an option without value.
+    /// The last value given; empty for an option without one.
     std::optional<QString> value(QStringView option) const;
     const QStringList &operands() const { return m_operands; }
-    /// The operands as paths, with the platform's separators.
+    /// The operands as paths with native separators.
     const QStringList &paths() const { return m_paths; }
 
 private:
-    std::vector<std::pair<QStringView, QString>> m_options; ///< names are those of the table
+    std::vector<std::pair<QStringView, QString>> m_options; ///< names point into the table
     QStringList m_operands;
     QStringList m_paths;
 };

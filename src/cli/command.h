@@ -8,16 +8,16 @@
 
 namespace ravlin::cli {
 
-/// One command of the command line: what it is called, takes and does.
+/// A command: its name, what it takes and what it does.
 struct Command
 {
     QStringView name;
     QStringView summary;     ///< one line, for the list of commands
     QStringView description; ///< for the command's help, in lines that fit a terminal
-    QStringView operand;     ///< what its operands are: "FOLDER", "FILE", "TEXT"
+    QStringView operand;     ///< name of its operands: "FOLDER", "FILE", "TEXT"
     bool takesSeveral = true;
-    std::vector<Option> options; ///< without help and version, which all have
-    /// Returns the exit status. Finds at least one operand; exactly one unless takesSeveral.
+    std::vector<Option> options; ///< without help and version, which every command has
+    /// Gets at least one operand, exactly one unless takesSeveral. Returns the exit status.
     int (*run)(const Arguments &arguments, Console &console);
 };
 
@@ -39,10 +39,10 @@ Command lookupCommand();
 Command caseCommand();
 Command cleanCommand();
 
-/// All of them in the order of the help.
+/// In the order of the help.
 std::vector<Command> allCommands();
 
-/// The program: finds the command that the first word names and runs it. Returns the exit status.
+/// Runs the command that the first word names. Returns the exit status.
 int run(const QStringList &words, Console &console);
 
 } // namespace ravlin::cli

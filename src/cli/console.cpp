@@ -39,7 +39,7 @@ void Console::print(const QString &line)
 void Console::message(const QString &text)
 {
     if (m_out.isTerminal())
-        m_out.flush(); // keeps the order of what a person sees
+        m_out.flush(); // keeps results and messages in order
     m_err.write("ravlin-cli: " + encoded(text, m_err.isTerminal()) + '\n');
     m_err.flush();
 }
@@ -80,7 +80,7 @@ QString describe(const Error &error)
     Captions english;
     english.fill();
     const QString meaning = english.errorText(error.code);
-    // The other codes say it all.
+    // The other codes need no detail.
     const bool hasMore = error.code == ErrorCode::Io || error.code == ErrorCode::InvalidArgument ||
                          error.code == ErrorCode::Unsupported || error.code == ErrorCode::TooLarge ||
                          error.code == ErrorCode::VerifyFailed || error.code == ErrorCode::Settings;

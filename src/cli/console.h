@@ -12,11 +12,11 @@
 
 namespace ravlin::cli {
 
-/// Collects bytes for one stream and passes them on in large pieces. After a failure nothing more is written.
+/// Buffers bytes for one stream. Writes nothing more after a failure.
 class Output
 {
 public:
-    /// Writes all bytes; false: nobody reads them any more.
+    /// Writes all bytes. Returns false if the reader has gone.
     using Sink = std::function<Result<bool>(QByteArrayView)>;
 
     Output(Sink sink, bool isTerminal) : m_sink(std::move(sink)), m_isTerminal(isTerminal) {}
@@ -25,9 +25,9 @@ public:
     void flush();
 
     bool isTerminal() const { return m_isTerminal; }
-    /// Whether writing has become pointless: it failed, or the reader has gone.
+    /// Whether writing is pointless: it failed, or the reader has gone.
     bool isBroken() const { return m_readerGone || m_error; }
-    /// Why writing failed. A reader that has gone is none: it has seen what it wanted.
+    /// Why writing failed. A reader that has gone is not an error: it has seen what it wanted.
     const std::optional<Error> &error() const { return m_error; }
 
 private:
@@ -46,8 +46,8 @@ enum ExitStatus
     Usage = 2
 };
 
-/// Where a command's results and messages go; remembers whether anything failed. Messages are written at once and
-/// carry the program's name.
+/// Takes a command's results and messages; remembers whether anything failed. Messages are written at once, after the
+/// program's name.
 class Console
 {
 public:
@@ -55,20 +55,20 @@ public:
 
     Output &out() { return m_out; }
 
-    /// A line on the results' stream; a path in it is written as its own bytes.
+    /// Writes a line to the results. Bytes of a path stay as they are.
     void print(const QString &line);
-    /// Something that the user should know, but no failure.
+    /// A warning, which is not a failure.
     void warn(const QString &text);
-    /// What failed, and for which file.
+    /// A failure of one file.
     void fail(const QString &path, const QString &text);
     void fail(const QString &path, const Error &error);
-    /// The command line makes no sense. command: whose help tells more; empty for the program's. Returns the exit
+    /// Reports a wrong command line and the command whose help to read; empty means the program's. Returns the exit
     /// status.
     int refuse(const QString &command, const QString &text);
 
-    /// Success, or Failure after a call of fail().
+    /// Success, or Failure once fail() was called.
     int status() const { return m_status; }
-    /// Writes what is pending. Returns the exit status: the given one, or Failure if the results could not be written.
+    /// Flushes. Returns the given exit status, or Failure if the results could not be written.
     int finish(int status);
 
 private:
@@ -79,7 +79,7 @@ private:
     int m_status = Success;
 };
 
-/// What an error means, in one line of English.
+/// Describes an error in one line of English.
 QString describe(const Error &error);
 
 } // namespace ravlin::cli

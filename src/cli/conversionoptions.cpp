@@ -10,7 +10,7 @@ namespace ravlin::cli {
 
 namespace {
 
-/// The words in the order of the lists of conversions.
+/// In the order of the program's lists of conversions.
 constexpr std::array<QStringView, 3> CaseWords{u"upper", u"lower", u"capitalize"};
 constexpr std::array<QStringView, 2> ReplaceWords{u"underscores", u"blanks"};
 

@@ -24,12 +24,12 @@ namespace ravlin::cli {
 
 namespace {
 
-/// Files that stand for the tracks of a disc, in their order.
+/// Files that stand for the tracks of a disc, in order.
 struct DiscFiles
 {
     QString offsets;               ///< offset text
-    QString offsetsWithUsualDelay; ///< the other one to try; empty where there is none
-    DiscContents contents;         ///< of the first
+    QString offsetsWithUsualDelay; ///< second one to try; may be empty
+    DiscContents contents;         ///< of offsets
 };
 
 /// Analyses the files. Returns nothing, with a message, if one cannot be analysed or they do not make a disc.
@@ -74,8 +74,8 @@ int runToc(const Arguments &arguments, Console &console)
     return console.status();
 }
 
-/// The CD-database component for a program without an event loop: each operation returns when it has ended. One at a
-/// time in a program.
+/// uFREEDB for a program without an event loop: each operation returns when it has ended. Makes the QCoreApplication,
+/// so only one may exist.
 class CddbDialogue
 {
     Q_DISABLE_COPY_MOVE(CddbDialogue)
@@ -92,7 +92,7 @@ public:
     CddbDialogue();
 
     uFREEDB &freedb() { return *m_freedb; }
-    /// Begins an operation of the component, which must be one that ends with a signal, and waits for its end.
+    /// Begins an operation of the component, which must end with a signal, and waits for its end.
     Ending wait(const std::function<void(uFREEDB &)> &begin);
     const LookupFailure &failure() const { return m_failure; }
 
@@ -107,7 +107,7 @@ private:
 
 CddbDialogue::CddbDialogue()
 {
-    // In the C locale, where many scripts run, Qt would complain about it on standard error.
+    // In the C locale, which many scripts use, Qt would complain on standard error.
     const QtMessageHandler before =
         qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     m_application = std::make_unique<QCoreApplication>(m_argumentCount, m_arguments);
@@ -149,7 +149,7 @@ constexpr qint64 inMilliseconds(qint64 frames)
     return frames * 1000 / FramesPerSecond;
 }
 
-/// Looks a disc up and deals with what is found.
+/// Looks a disc up, prints it and applies it.
 class DiscLookup
 {
 public:
@@ -159,7 +159,7 @@ public:
         m_english.fill();
     }
 
-    /// Whether there is a disc.
+    /// Returns whether a disc was found.
     bool find(const QString &server, const QString &mail)
     {
         uFREEDB &freedb = m_dialogue.freedb();
@@ -264,7 +264,7 @@ private:
         return run.store().SaveTag(path, record);
     }
 
-    /// Lists the matches with how well the first few of them fit.
+    /// Lists the matches; for the first few, reports how well they fit.
     void tellMatches()
     {
         const std::vector<cddb::Match> matches = m_dialogue.freedb().matches();
@@ -318,13 +318,13 @@ private:
     const Arguments &m_arguments;
     Console &m_console;
     DiscFiles m_files;
-    const QString m_subject; ///< whom messages about the disc name
+    const QString m_subject; ///< the file named in messages about the disc
     QString m_server;
     Captions m_english;
     CddbDialogue m_dialogue;
 };
 
-/// What is wrong with the options; empty if nothing is.
+/// Why the options are wrong; empty if they are not.
 QString usageProblem(const Arguments &arguments)
 {
     const std::optional<QString> text = arguments.value(SearchOption.name);

@@ -14,8 +14,8 @@ ravlin::cli::Output standardOutput(StandardStream stream)
 
 } // namespace
 
-// No QCoreApplication: in the C locale, where many scripts run, it would complain on standard error. The command that
-// waits for the network makes its own (CddbDialogue in cli/disccommands.cpp).
+// No QCoreApplication: in the C locale, which many scripts use, it would complain on standard error. The command that
+// needs the network makes its own (CddbDialogue in cli/disccommands.cpp).
 int main(int argc, char **argv)
 {
     ravlin::platform::prepareStandardStreams();

@@ -39,7 +39,7 @@ bool isNumber(const QString &text)
     return !text.isEmpty() && std::ranges::all_of(text, [](QChar c) { return c >= u'0' && c <= u'9'; });
 }
 
-/// The page that the options stand for, or what is wrong with one.
+/// The page that the options describe, or why they are wrong.
 tl::expected<MultiEditPage, UsageError> pageGiven(const Arguments &arguments)
 {
     MultiEditPage page;
@@ -76,7 +76,7 @@ int previewRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &c
         const Result<TagRecord> record = edit.prepare(path, run.store());
         if (!record) {
             console.fail(path, record.error());
-            break; // as the run itself
+            break; // as the real run does
         }
         writer.write(previewRecord(path, *record, isLongName(platform::nameOf(path)), true));
         warnOfTextsNotSaved(path, *record, console);

@@ -18,7 +18,7 @@ namespace {
 constexpr Option RecursiveOption{u"--recursive", {}, u"also the files of the folders below it"};
 constexpr Option PlaylistDryRunOption{u"--dry-run", {}, u"print the lines of the list, and write nothing"};
 
-/// By folder, the folder's own files first, then by name, without regard to case.
+/// By folder, its own files first, then by name without regard to case.
 QStringList sortedTexts(const Listing &listing)
 {
     std::vector<std::tuple<QString, QString, QString>> keys;
@@ -61,7 +61,7 @@ int runPlaylist(const Arguments &arguments, Console &console)
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     ProgramState state;
     TagRecord record;
-    if (!texts.isEmpty()) // one without a tag that can be read gives the list the name of one without a tag
+    if (!texts.isEmpty()) // an unreadable tag counts as an empty one
         std::ignore = TagStore(state, fileSystem).ReadTag(folder + texts.front(), record);
     const Result<QString> written = WritePlaylist(fileSystem, folder, texts, record);
     if (written)

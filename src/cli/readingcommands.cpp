@@ -21,7 +21,7 @@ QStringView folderOf(QStringView rowText)
     return rowText.first(platform::nameStart(rowText));
 }
 
-/// Sorts the rows of each folder by name without regard to case; the folders stay in their order.
+/// Sorts the rows of each folder by name without regard to case; keeps the order of folders.
 void sortInsideFolders(std::vector<ListRow> &rows)
 {
     struct Entry
@@ -58,7 +58,7 @@ void sortInsideFolders(std::vector<ListRow> &rows)
 
 Result<Listing> listing(const QString &folder, bool recursive)
 {
-    if (folder.isEmpty()) // with a separator behind it, it would be the root
+    if (folder.isEmpty()) // with a separator appended it would be the root
         return tl::unexpected(Error{ErrorCode::NotFound, folder, {}});
     if (recursive)
         return ListFolderTree(folder);
@@ -112,9 +112,9 @@ int runShow(const Arguments &arguments, Console &console)
                 console.fail(path, read.error());
                 continue;
             }
-            // All the rest has been read, and the number is shown.
+            // Everything else was read, and the number is shown.
             console.warn(path + u": "_s + describe(read.error()));
-            if (tag.Track == u"0"_s) // stands for none
+            if (tag.Track == u"0"_s) // means no track
                 tag.Track.clear();
         }
         writer.write({path, tag.Title, tag.Artist, tag.Album, tag.Year, tag.Comment, tag.Track, tag.Genre, tag.HasV1,
@@ -124,7 +124,7 @@ int runShow(const Arguments &arguments, Console &console)
     return console.status();
 }
 
-/// The part of an error text for one line that names the file itself.
+/// The part of an error text that goes after the file's name.
 QString firstLine(const QString &errorText)
 {
     const QString line = errorText.section(u"\r\n"_s, 0, 0);

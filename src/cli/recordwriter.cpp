@@ -11,7 +11,7 @@ namespace ravlin::cli {
 
 namespace {
 
-/// As people and tables see it.
+/// The value in tables and blocks.
 QString textOf(const Value &value)
 {
     if (const auto *text = std::get_if<QString>(&value))

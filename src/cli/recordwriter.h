@@ -12,31 +12,30 @@
 
 namespace ravlin::cli {
 
-/// One value of a record; monostate: not known.
+/// A value of a record; monostate means unknown.
 using Value = std::variant<std::monostate, QString, qint64, bool>;
 using Record = std::vector<Value>;
 
-/// How records are written.
 enum class Format
 {
-    Json,         ///< one array with an object a line
-    TabSeparated, ///< for scripts: a line with the columns' names, then one a record
-    Table,        ///< for people: columns aligned; written at the end, since only then the widths are known
-    Blocks,       ///< for people: a line a value, an empty line between records
+    Json,         ///< one array, an object per line
+    TabSeparated, ///< for scripts: a line of column names, then a line per record
+    Table,        ///< for people: aligned columns; written at the end, when all widths are known
+    Blocks,       ///< for people: a line per value, an empty line between records
 };
 
-/// JSON if that is asked for; else forPeople on a terminal, and fields with tabs between them elsewhere.
+/// Returns Json if requested, else forPeople on a terminal and TabSeparated elsewhere.
 Format chooseFormat(bool json, const Output &out, Format forPeople);
 
-/// Writes records that have the same columns.
+/// Writes records with the same columns.
 class RecordWriter
 {
 public:
     RecordWriter(Output &out, Format format, std::vector<QStringView> columns);
 
-    /// As many values as there are columns.
+    /// The record has a value for each column.
     void write(const Record &record);
-    /// Ends the output; to be called even if there was no record.
+    /// Ends the output. Must be called even if there was no record.
     void finish();
 
 private:
@@ -49,7 +48,7 @@ private:
     const Format m_format;
     const std::vector<QStringView> m_columns;
     bool m_isFirst = true;
-    std::vector<std::vector<QString>> m_rows; ///< of the table
+    std::vector<std::vector<QString>> m_rows; ///< only for Table
 };
 
 } // namespace ravlin::cli

@@ -29,7 +29,7 @@ constexpr std::array Fields{
 
 using FieldTexts = std::vector<std::pair<const Field *, QString>>;
 
-/// The fields given, or what is wrong with one.
+/// The given fields, or what is wrong with one.
 tl::expected<FieldTexts, UsageError> givenFields(const Arguments &arguments)
 {
     FieldTexts given;
@@ -44,7 +44,7 @@ tl::expected<FieldTexts, UsageError> givenFields(const Arguments &arguments)
     return given;
 }
 
-/// Reads, changes and saves one file after the other.
+/// Reads, changes and saves files, one at a time.
 class Tagger
 {
 public:
@@ -75,7 +75,7 @@ private:
         if (Result<void> read = m_store.ReadTag(path, record); !read) {
             if (read.error().code != ErrorCode::GenreOutOfRange)
                 return read;
-            if (record.Track == u"0") // stands for none; saved, it would become a track
+            if (record.Track == u"0") // means no track; saved, it would become one
                 record.Track.clear();
         }
         for (const auto &[field, text] : m_fields)
@@ -91,7 +91,7 @@ private:
         return saved;
     }
 
-    /// What the file had and could not be written again.
+    /// Warns of texts of the file that cannot be written back.
     void warnOfLostTexts(const QString &path, const TagRecord &record)
     {
         for (const Field &field : Fields) {

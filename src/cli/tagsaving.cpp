@@ -16,7 +16,7 @@ namespace ravlin::cli {
 
 namespace {
 
-/// The fields that not every text can be saved for.
+/// Fields that can't store every text.
 constexpr std::array<std::pair<QString TagRecord::*, QStringView>, 3> RestrictedFields{
     {{&TagRecord::Year, u"year"}, {&TagRecord::Track, u"track"}, {&TagRecord::Genre, u"genre"}}};
 
@@ -45,7 +45,7 @@ ModeOrStatus modeFor(const QString &command, const Arguments &arguments, Console
         return *mode;
     }
     const Settings settings;
-    // Not to save in a mode that the user may have decided against.
+    // Don't save in a mode that the user may have decided against.
     if (settings.problem()) {
         console.fail(settings.path(), *settings.problem());
         return tl::unexpected<int>(console.status());
@@ -77,12 +77,12 @@ void FolderCleaner::cleanFolderOf(const QString &path)
 {
     const Result<QString> canonical = m_fileSystem.canonicalPath(path);
     if (!canonical)
-        return; // the operation on the file tells
+        return; // the operation on the file reports it
     const QString folder = platform::folderOf(*canonical);
     if (m_done.contains(folder))
         return;
     m_done.insert(folder);
-    // Nobody asked for it, so nobody is told when it can't be done; what is left is harmless and never listed.
+    // A failure stays silent: nobody asked for the cleaning, and what is left is harmless and never listed.
     std::ignore = storage::cleanLeftovers(m_fileSystem, folder);
 }
 
@@ -90,7 +90,7 @@ void SavingRun::prepareFor(const QString &path)
 {
     constexpr qint64 Megabyte = 1024 * 1024;
     m_cleaner.cleanFolderOf(path);
-    // A drive that does not tell counts as full.
+    // A drive of unknown free space counts as full.
     m_state.freeMegabytes = m_fileSystem.freeBytes(path).value_or(0) / Megabyte;
 }
 

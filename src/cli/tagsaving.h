@@ -15,31 +15,30 @@
 
 #include <vector>
 
-/// What the commands that save tags have in common.
+/// Shared by the commands that save tags.
 namespace ravlin::cli {
 
 inline constexpr Option ModeOption{
     u"--mode", u"1..5", u"which tags to write; without it as chosen in the program, at first 2"};
 inline constexpr Option DryRunOption{u"--dry-run", {}, u"print what would be done and change nothing"};
 
-/// A tag-save mode, or the exit status of a command that cannot have one.
+/// A tag-save mode, or the exit status if there is none.
 using ModeOrStatus = tl::expected<int, int>;
-/// The mode given, or else the one that the settings hold. Where it makes no sense or the settings cannot be read, the
-/// console has been told.
+/// Returns the mode given, else the stored one. Reports a wrong mode and settings that cannot be read.
 ModeOrStatus modeFor(const QString &command, const Arguments &arguments, Console &console);
 
-/// Why a save will leave a field's text out and remove the field, as a warning; empty when it will be written.
+/// A warning if a save will drop this text and remove the field; empty if it will be written.
 QString warningNotSaved(QString TagRecord::*field, const QString &text);
-/// Warns of each field of a record that a save leaves out. path: the file.
+/// Warns of each field that a save will drop.
 void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &console);
 
-/// Clears away what interrupted writes have left in the folders that are about to be written to, each folder once.
+/// Removes what interrupted writes left in folders about to be written to, once per folder.
 class FolderCleaner
 {
 public:
     explicit FolderCleaner(platform::FileSystem &fileSystem) : m_fileSystem(fileSystem) {}
 
-    /// The folder that holds the file itself, where symbolic links lead to it.
+    /// Cleans the folder of the file itself, following symbolic links.
     void cleanFolderOf(const QString &path);
 
 private:
@@ -47,8 +46,8 @@ private:
     QSet<QString> m_done;
 };
 
-/// A batch that saves tags of files in any folders: before each it clears its folder of what interrupted writes left
-/// and asks for the free space of its drive.
+/// Saves tags of files in any folders. Before each file it cleans the file's folder and reads the free space of its
+/// drive.
 class SavingRun
 {
 public:
@@ -72,12 +71,12 @@ private:
     FolderCleaner m_cleaner{m_fileSystem};
 };
 
-/// Tells of every file that failed, and how many were not taken any more.
+/// Reports every file that failed, and how many were not tried.
 void tellFailures(const QStringList &paths, const BatchOutcome &outcome, Console &console);
 
-/// The columns of a preview: the file and its tag as it would be.
+/// Columns of a preview: the file and its future tag.
 std::vector<QStringView> previewColumns();
-/// A preview's values in those columns. isWritten: whether the file would be.
+/// Values for those columns. isWritten: whether the file would be written.
 Record previewRecord(const QString &path, const TagRecord &record, bool isLongName, bool isWritten);
 
 } // namespace ravlin::cli

@@ -15,7 +15,7 @@ bool isControl(char16_t unit)
     return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
 }
 
-/// Whether the unit at the position is half of a surrogate pair.
+/// Whether the unit at the position belongs to a surrogate pair.
 bool isPaired(QStringView text, qsizetype position)
 {
     const QChar unit = text[position];
@@ -54,11 +54,11 @@ void appendJsonUnit(QByteArray &json, char16_t unit)
     }
 }
 
-/// Whether the unit at the position stands in a JSON string as it is.
+/// Whether the unit at the position needs no escape in a JSON string.
 bool isPlain(QStringView text, qsizetype position)
 {
     const QChar unit = text[position];
-    // DEL and the controls above it may stand there, but a terminal could obey them.
+    // JSON allows DEL and the C1 controls, but a terminal could obey them.
     if (isControl(unit.unicode()) || unit == u'"' || unit == u'\\')
         return false;
     return !unit.isSurrogate() || isPaired(text, position);
@@ -91,7 +91,7 @@ QByteArray tabSeparatedField(const QString &text)
     if (std::none_of(
             field.cbegin(), field.cend(), [](char c) { return c == '\\' || c == '\t' || c == '\n' || c == '\r'; }))
         return field;
-    // The backslash first: the others bring new ones.
+    // Backslashes first: the other escapes add new ones.
     return field.replace('\\', "\\\\").replace('\t', "\\t").replace('\n', "\\n").replace('\r', "\\r");
 }
 

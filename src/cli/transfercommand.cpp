@@ -85,14 +85,14 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
         return console.refuse(command, u"--json is for --dry-run"_s);
 
     platform::FileSystem &fileSystem = platform::FileSystem::native();
-    if (!isDry) // nobody asked for it: what can't be cleared away is harmless
+    if (!isDry) // a failure stays silent: what is left is harmless
         std::ignore = storage::cleanLeftovers(fileSystem, folder);
     auto plan = makeTransferPlan(fileSystem, {kind, arguments.paths(), folder});
     if (!plan) {
         console.fail(folder, plan.error());
         return console.status();
     }
-    // What can't be replaced without a loss is skipped.
+    // Skip what can't be replaced without loss.
     std::ignore = answerClashes(*plan, [&](const Clash &) { return ClashDecision{*reply, false}; });
     if (isDry) {
         RecordWriter writer(console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
