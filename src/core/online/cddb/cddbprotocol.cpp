@@ -17,15 +17,15 @@ namespace {
 
 constexpr QStringView UsualPath = u"/~cddb/cddb.cgi";
 
-/// An answer taken apart into its first line and what follows.
+/// An answer's first line and the rest.
 struct Answer
 {
     int code = 0;
-    QByteArrayView text; ///< behind the code
-    QByteArrayView rest; ///< behind the first line
+    QByteArrayView text; ///< after the code
+    QByteArrayView rest; ///< after the first line
 };
 
-/// Cuts the first line off, with its line break.
+/// Cuts off the first line and its line break.
 QByteArrayView takeLine(QByteArrayView &bytes)
 {
     const qsizetype end = bytes.indexOf('\n');
@@ -38,7 +38,7 @@ QByteArrayView takeLine(QByteArrayView &bytes)
 
 tl::unexpected<LookupFailure> failure(LookupFailureKind kind, QByteArrayView detail = {})
 {
-    // In a message only a line that fits one.
+    // Messages show a single short line.
     constexpr qsizetype Longest = 200;
     return tl::unexpected(LookupFailure{kind, onOneLine(decodedText(detail).left(Longest))});
 }
@@ -66,7 +66,7 @@ LookupResult<Answer> parseAnswer(QByteArrayView bytes)
     return Answer{line.first(CodeSize).toInt(), line.sliced(CodeSize).trimmed(), bytes};
 }
 
-/// What the refusal of a question means.
+/// The failure that a refusal stands for.
 tl::unexpected<LookupFailure> refusal(const Answer &answer)
 {
     const QByteArray words = QByteArray::number(answer.code) + ' ' + answer.text.toByteArray();
@@ -81,7 +81,7 @@ tl::unexpected<LookupFailure> refusal(const Answer &answer)
     case NoHandshake:
         return failure(LookupFailureKind::NotGreeted, words);
     default:
-        // Codes of success that answer no question of ours, and codes that there are none of, make no sense.
+        // Success codes that don't fit the question, and unknown codes, are garbage.
         const bool isRefusal = answer.code >= 400 && answer.code < 600;
         return failure(isRefusal ? LookupFailureKind::Refused : LookupFailureKind::Garbage, words);
     }
@@ -92,7 +92,7 @@ bool isHexDigit(QChar digit)
     return (digit >= u'0' && digit <= u'9') || (digit >= u'a' && digit <= u'f') || (digit >= u'A' && digit <= u'F');
 }
 
-/// A word that goes back to the server in the next question: nothing but letters that are safe there.
+/// Checks a word that goes back to the server in the next question: only letters that are safe there.
 bool isCategory(const QString &word)
 {
     constexpr qsizetype Longest = 40;
@@ -119,7 +119,7 @@ std::optional<Match> parseMatch(QByteArrayView line, bool isExact)
     return match;
 }
 
-/// The bytes up to the line with nothing but a full stop.
+/// The bytes before the line with a single full stop.
 LookupResult<QByteArrayView> textUpToEnd(QByteArrayView bytes)
 {
     QByteArrayView rest = bytes;
@@ -146,7 +146,7 @@ LookupResult<std::vector<Match>> parseMatches(QByteArrayView bytes, bool areExac
     return matches;
 }
 
-/// A word as it stands in a greeting, where blanks divide the words.
+/// A word of the greeting, where blanks separate words.
 QString oneWord(const QString &text)
 {
     QString word = onOneLine(text);
@@ -205,7 +205,7 @@ QUrl Questions::url(const QByteArray &question) const
     for (const QString &word : {m_hello.user, m_hello.host, m_hello.client, m_hello.version})
         hello << encoded(word);
     QUrl url = m_server;
-    // The question is encoded already, and must not be looked at as text: at older levels it is no UTF-8.
+    // Pass the encoded question as bytes: at older levels it is not UTF-8.
     const QByteArray all =
         url.toEncoded() + '?' + question + "&hello=" + hello.join('+') + "&proto=" + QByteArray::number(m_level);
     return QUrl::fromEncoded(all, QUrl::StrictMode);
@@ -263,7 +263,7 @@ LookupResult<std::vector<Match>> readSearchAnswer(QByteArrayView bytes)
     const LookupResult<Answer> answer = parseAnswer(bytes);
     if (!answer)
         return tl::unexpected(answer.error());
-    // "Found" has a list behind it, but servers that take the search for a query name the disc in the line itself.
+    // A list follows "Found", except from servers that treat the search as a query and name the disc in the first line.
     if (answer->code == Found && !parseMatch(answer->text, true))
         return parseMatches(answer->rest, false);
     LookupResult<std::vector<Match>> matches = readQueryAnswer(bytes);

@@ -11,21 +11,21 @@
 
 #include <vector>
 
-/// The protocol of CD databases over HTTP: how a question is put into an address, and what an answer says. Levels 1 to
-/// 6 of the public CDDB protocol; texts are UTF-8 at level 6 and Latin-1 below. Nothing here uses the network.
+/// The CDDB protocol over HTTP, levels 1 to 6: builds the addresses of questions and parses answers. Text is UTF-8 at
+/// level 6 and Latin-1 below. Does not use the network.
 namespace ravlin::cddb {
 
-/// The levels in the order in which they are tried: newest first.
+/// Protocol levels, in the order in which they are tried.
 inline constexpr int NewestLevel = 6;
-inline constexpr int LatinLevel = 5; ///< as 6, in Latin-1
+inline constexpr int LatinLevel = 5; ///< like 6, in Latin-1
 inline constexpr int OldestLevel = 1;
 
-/// Codes that an answer begins with.
+/// Code at the start of an answer.
 enum AnswerCode
 {
-    Found = 200, ///< one exact match, or a list after a search by text
+    Found = 200, ///< one exact match; after a text search, a list
     NoMatch = 202,
-    ExactMatches = 210, ///< a list follows; of a read: the record follows
+    ExactMatches = 210, ///< a list follows; after a read, the record
     InexactMatches = 211,
     NoEntry = 401,
     ServerError = 402,
@@ -36,7 +36,7 @@ enum AnswerCode
     ServerTimeout = 530,
 };
 
-/// Who asks. Each part is one word; blanks in it are sent as underscores.
+/// The client's greeting. Each part is one word; blanks in it are sent as underscores.
 struct Hello
 {
     QString user;
@@ -44,18 +44,17 @@ struct Hello
     QString client;
     QString version;
 
-    /// User and host of an e-mail address. What is no address becomes the user, at "localhost".
+    /// Splits an e-mail address into user and host. Any other text becomes the user, at "localhost".
     static Hello of(const QString &mail, const QString &client, const QString &version);
 };
 
-/// The address of a server's program for questions: "host", "host:port" or a whole URL (http, https), which may name
-/// another path than the usual "/~cddb/cddb.cgi". BadAddress for anything else.
+/// The address that a server takes questions at, from "host", "host:port" or a whole http or https URL, which may
+/// replace the usual path "/~cddb/cddb.cgi". Fails with BadAddress for anything else.
 LookupResult<QUrl> serverUrl(const QString &server);
 
-/// A disc that the server offers.
 struct Match
 {
-    QString category; ///< part of the database: a word of a few letters
+    QString category; ///< section of the database: a short word
     QString discId;   ///< eight hexadecimal digits
     QString artist;
     QString album;
@@ -64,18 +63,18 @@ struct Match
     bool operator==(const Match &) const = default;
 };
 
-/// What a search by text looks for. An empty one is not asked for.
+/// The words of a text search. Nothing is asked for empty words.
 struct SearchWords
 {
     QString artist;
     QString album;
 
     bool isEmpty() const { return artist.isEmpty() && album.isEmpty(); }
-    /// "artist / album" and "artist - album" divided; any other text is the artist.
+    /// Splits "artist / album" and "artist - album"; any other text is the artist.
     static SearchWords of(const QString &text);
 };
 
-/// Puts questions into addresses for one server at one level.
+/// Builds the addresses of questions to one server at one level.
 class Questions
 {
 public:
@@ -87,7 +86,7 @@ public:
     QUrl query(const DiscContents &disc) const;
     QUrl read(const Match &match) const;
     QUrl search(const SearchWords &words) const;
-    /// The same search as a command, which older servers know.
+    /// The same search as the album command, for older servers.
     QUrl album(const SearchWords &words) const;
 
 private:
@@ -100,14 +99,14 @@ private:
     int m_level;
 };
 
-/// The answer to a query: what matches, which may be nothing.
+/// Parses the answer to a query: the matches, possibly none.
 LookupResult<std::vector<Match>> readQueryAnswer(QByteArrayView bytes);
-/// The answer to a search by text, or to the album command.
+/// Parses the answer to a text search or an album command.
 LookupResult<std::vector<Match>> readSearchAnswer(QByteArrayView bytes);
-/// The answer to a read.
+/// Parses the answer to a read.
 LookupResult<DiscRecord> readRecordAnswer(QByteArrayView bytes);
 
-/// Whether the server may understand the question at an older level.
+/// Whether the server may understand the question at a lower level.
 bool mayUnderstandOlderLevel(const LookupFailure &failure);
 
 } // namespace ravlin::cddb

@@ -4,22 +4,22 @@
 #include <QString>
 #include <QStringView>
 
-/// Texts as CD databases send them.
+/// Text of CD databases.
 namespace ravlin::cddb {
 
-/// The text on one line: without control characters, and without blanks around it.
+/// Puts text on one line: replaces control characters by blanks and trims.
 QString onOneLine(const QString &text);
 
 struct ArtistAndTitle
 {
     QString artist;
     QString title;
-    bool isDivided = false; ///< the text had a " / "; without one both are the whole text
+    bool isDivided = false; ///< if false, there was no " / " and both are the whole text
 };
-/// Divides "artist / title" at the first " / ". Both come on one line.
+/// Splits "artist / title" at the first " / " and puts each part on one line.
 ArtistAndTitle dividedTitle(const QString &text);
 
-/// Whether a disc's artist only says that there are many ("Various", "Varios artistas", "Artistes divers").
+/// Whether the artist of a disc stands for several artists ("Various", "Varios artistas", "Artistes divers").
 bool isVariousArtists(QStringView artist);
 
 } // namespace ravlin::cddb

@@ -25,7 +25,7 @@ BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc
     QStringList paths;
     for (const DiscFile &file : files)
         paths << file.path;
-    size_t next = 0; // a path alone does not tell which file it is: one may be there twice
+    size_t next = 0; // count, since the same path may be there twice
     const auto save = [&](const QString &path) -> Result<void> {
         const DiscRow &row = files[next++].row;
         TagRecord record;

@@ -9,29 +9,29 @@
 #include <optional>
 #include <vector>
 
-/// What is odd about files and tracks that stand side by side, row by row. Lengths are in frames of a CD, nothing where
-/// they are not known.
+/// Files and a disc's tracks side by side, row by row: how lengths are shown and which differ. Lengths are in CD
+/// frames, nullopt if unknown.
 namespace ravlin {
 
 class Captions;
 
-/// The title or, on discs of several artists, "artist / title", as the database writes it.
+/// The title, or "artist / title" on discs of several artists, as the database writes it.
 QString shownTitle(const DiscTrack &track);
-/// A length of 0 or more frames as "mm:ss.t"; empty where it is not known.
+/// A length of 0 or more frames as "mm:ss.t"; empty if unknown.
 QString shownTime(std::optional<qint64> frames);
-/// By how much a file plays longer, "+1.2 s" or "-1.2 s"; empty where that is not known.
+/// How much longer a file plays, as "+1.2 s" or "-1.2 s"; empty if unknown.
 QString shownDifference(std::optional<qint64> frames);
 
 using Lengths = std::vector<std::optional<qint64>>;
 
-/// For each track by how much the file beside it plays longer (negative: shorter); 0 where that is not known, not worth
-/// a word (2 seconds or less: encoders add that much), or where there is no file.
+/// For each track, how much longer the file beside it plays (negative: shorter). 0 if unknown, if there is no file, or
+/// up to 2 seconds, which encoders add.
 std::vector<qint64> notableDifferences(const Lengths &files, const Lengths &tracks);
 
-/// A sentence about one of these differences; empty for 0.
+/// A sentence about one such difference; empty for 0.
 QString differenceRemark(const Captions &captions, qint64 frames);
 
-/// Sentences about what differs in the whole: the number of rows, and how many tracks have a notable difference.
+/// Sentences about the whole: different numbers of rows, and how many tracks differ notably.
 QStringList comparisonRemarks(const Captions &captions, qsizetype files, qsizetype tracks, qsizetype differing);
 
 } // namespace ravlin

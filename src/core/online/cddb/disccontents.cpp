@@ -13,7 +13,7 @@ namespace ravlin {
 namespace {
 
 constexpr int MaximumSeconds = 0xFFFF;
-/// A day: beyond any file that is a track; keeps sums of frames far from overflow.
+/// A day: longer than any track; keeps sums of frames from overflowing.
 constexpr double LongestPlayingTime = 24.0 * 60 * 60;
 
 struct DiscTime
@@ -25,12 +25,12 @@ struct DiscTime
 
     void add(double playingTime)
     {
-        // Not a number fails the comparison and counts as nothing.
+        // NaN fails the comparison and counts as 0.
         const double length = playingTime > 0 ? std::min(playingTime, LongestPlayingTime) : 0;
         const double wholeSeconds = std::trunc(length);
         const double exactFrames = (length - wholeSeconds) * FramesPerSecond;
         int added = int(exactFrames);
-        // Begun frames count, but not what is but an error of the calculation.
+        // Count a frame that was begun, but not a rounding error.
         constexpr double Tolerance = 0.01;
         if (exactFrames - added > Tolerance)
             ++added;

@@ -30,7 +30,7 @@ DiscLookup::~DiscLookup()
     m_times->leave();
 }
 
-/// In the order that the component's users keep to.
+/// Sets everything, in the usual order of the component's users.
 void DiscLookup::configureDatabase(const Settings &settings)
 {
     m_database->setIgnoresProxy(false);

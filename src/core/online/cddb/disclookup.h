@@ -18,54 +18,54 @@ class PlayingTimes;
 class Settings;
 class uFREEDB;
 
-/// Looks for the disc that files make up: measures how long they play, then asks the CD database of the settings for
-/// it. The user may search the database by a text instead, at any moment; the files are measured all the same.
+/// Looks up the disc that files make: measures how long they play, then asks the CD database of the settings. The user
+/// may search by text instead at any moment; the files are measured all the same.
 ///
-/// Works on the event loop of its thread and tells of everything by signals; a file is told by its place among the
-/// paths, from 0.
+/// Works on the event loop of its thread and reports by signals. Files are numbered by their place among the paths,
+/// from 0.
 class DiscLookup : public QObject
 {
     Q_OBJECT
 
 public:
     DiscLookup(const Settings &settings, platform::FileSystem &fileSystem, QObject *parent);
-    /// A drive that has to wake up first keeps nobody waiting.
+    /// Does not wait for a drive that has to wake up.
     ~DiscLookup() override;
 
-    /// To be called once, first.
+    /// Must be called once, first.
     void setFiles(const QStringList &paths);
-    /// The order in which the files make up the disc, that of the paths at first: each file once.
+    /// The order of the files on the disc, each file once. At first that of the paths.
     void setOrder(std::vector<int> files);
-    /// Begins to measure. The database is asked once that is done, unless a search has come before. More files than a
-    /// disc has tracks are not measured: failed().
+    /// Starts measuring, then asks the database unless a search came first. With more files than a disc has tracks it
+    /// measures nothing and emits failed().
     void begin();
-    /// Nothing happens for a text without words.
+    /// Does nothing for a text without words.
     void search(const QString &text);
-    /// No further signal comes.
+    /// No signal follows.
     void cancel();
 
-    /// The database's answer is being waited for.
+    /// Whether an answer of the database is pending.
     bool isAsking() const;
-    /// The disc that the files make up, as far as they are measured and make one.
+    /// The disc that the files make, once all are measured and if they make one.
     std::optional<DiscContents> contents() const;
     uFREEDB &database() { return *m_database; }
 
 Q_SIGNALS:
     void measured(int file, const ravlin::PlayedAudio &played);
     void notMeasured(int file, const ravlin::Error &error);
-    /// How far the measuring has come, while the database is to be asked afterwards.
+    /// Progress of the measuring, while the database is to be asked afterwards.
     void measuring(int done, int count);
     void measuringEnded();
     void askingBegan();
 
     // Each search, and begin() without one, ends with one of these:
 
-    /// This file, the first of those that could not be measured, keeps the disc from being asked for.
+    /// The disc cannot be looked up because this file, the first of such, could not be measured.
     void incomplete(int file, const ravlin::Error &error);
     void notFound();
-    /// There are matches to be chosen from: see database().
+    /// There are several matches: see database().
     void choiceOffered();
-    /// Comes for each match that is read while the user chooses, too; and so does failed().
+    /// Like failed(), also comes for each match that is read while the user chooses.
     void recordRead(const ravlin::DiscRecord &record);
     void failed(const ravlin::LookupFailure &failure);
 
@@ -85,11 +85,11 @@ private:
     };
 
     QStringList m_paths;
-    std::vector<std::optional<PlayedAudio>> m_played; ///< by the place of the path, as far as measured
+    std::vector<std::optional<PlayedAudio>> m_played; ///< by file, once measured
     std::vector<int> m_order;
     std::optional<Unmeasured> m_unmeasured; ///< the first one
     int m_measuredCount = 0;
-    bool m_asksOnceMeasured = true; ///< no search has taken the question's place
+    bool m_asksOnceMeasured = true; ///< no search came first
     uFREEDB *m_database;
     PlayingTimes *m_times;
 };

@@ -46,7 +46,7 @@ using LookupResult = tl::expected<T, LookupFailure>;
 /// A failure to get an answer at all.
 LookupFailure lookupFailureOf(const WebFailure &failure);
 
-/// One sentence for the user in the interface language, the detail behind it in brackets.
+/// One sentence for the user in the interface language, followed by the detail in brackets.
 QString lookupFailureText(const Captions &captions, const LookupFailure &failure);
 
 } // namespace ravlin

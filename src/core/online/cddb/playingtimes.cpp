@@ -10,7 +10,7 @@ namespace ravlin {
 
 namespace {
 
-/// A file that can be read until the reading is to stop.
+/// A file that can be read until a stop is requested.
 class StoppableSource final : public platform::ByteSource
 {
 public:
@@ -85,7 +85,7 @@ void PlayingTimes::measure(const QStringList &paths)
     m_worker->submit([this, paths, stop = m_stop.get_token()] { measureAll(paths, stop); });
 }
 
-/// On the worker's thread. A signal that was on its way when the run was cancelled is dropped on the other side.
+/// Runs on the worker's thread. The receiving thread drops signals of a cancelled run.
 void PlayingTimes::measureAll(const QStringList &paths, const std::stop_token &stop)
 {
     std::vector<char> buffer;

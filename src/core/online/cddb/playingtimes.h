@@ -16,28 +16,28 @@ namespace platform {
 class Workers;
 }
 
-/// Measures how long files play, on a thread of its own: the thread that the object lives in learns of each file by a
-/// signal, in the order of the files, and of the end by another. Large files can be given up in the middle.
+/// Measures how long files play, on a thread of its own. Reports each file, in order, and the end by signals in the
+/// thread of the object. Can stop in the middle of a large file.
 class PlayingTimes : public QObject
 {
     Q_OBJECT
 
 public:
     explicit PlayingTimes(platform::FileSystem &fileSystem = platform::FileSystem::native(), QObject *parent = nullptr);
-    /// Cancels, and waits for the reading under way.
+    /// Cancels, and waits for the current read.
     ~PlayingTimes() override;
 
-    /// Begins anew; what was begun before ends without further signals.
+    /// Starts anew; an earlier run ends without further signals.
     void measure(const QStringList &paths);
-    /// No further signal comes.
+    /// No signal follows.
     void cancel();
-    /// Cancels and deletes itself, now or, without keeping anybody waiting, once the reading under way has ended.
+    /// Cancels, and deletes itself once the current read has ended, without making the caller wait.
     void leave();
 
 Q_SIGNALS:
     /// file: its place among the paths, from 0.
     void measured(int file, const ravlin::PlayedAudio &played);
-    /// NoStream: it has no audio. Otherwise the errors of reading.
+    /// NoStream: the file has no audio. Otherwise an error of reading.
     void notMeasured(int file, const ravlin::Error &error);
     void finished();
 
@@ -47,7 +47,7 @@ private:
 
     platform::FileSystem &m_fileSystem;
     std::stop_source m_stop;
-    int m_running = 0; ///< measurings whose end has not been told of yet
+    int m_running = 0; ///< runs whose end was not reported yet
     bool m_isLeaving = false;
     std::unique_ptr<platform::Workers> m_worker; ///< from the first measuring on
 };

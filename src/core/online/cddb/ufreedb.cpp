@@ -224,7 +224,7 @@ void uFREEDB::endSoon(const LookupFailure &failure)
 void uFREEDB::fail(const LookupFailure &failure)
 {
     if (failure.kind == LookupFailureKind::Refused)
-        m_level = cddb::NewestLevel; // it was not the level
+        m_level = cddb::NewestLevel; // the level was not the reason
     m_isBusy = false;
     Q_EMIT failed(failure);
 }

@@ -12,11 +12,11 @@
 
 namespace ravlin {
 
-/// Looks up discs in a CD database: by a table of contents or by a text.
+/// Looks up discs in a CD database by a table of contents or by a text.
 ///
-/// Query() and Search() return at once and work on the event loop of the thread that the object lives in. Each ends
-/// with exactly one of the signals, later than the call returns; another one, take() or cancel() ends it without. What
-/// was read stays until a new record was read.
+/// Query(), Search() and take() return at once and work on the event loop of the object's thread. Each ends with
+/// exactly one of the signals, after the call has returned; another call or cancel() ends it without one. The last
+/// record stays until a new one is read.
 class uFREEDB : public QObject
 {
     Q_OBJECT
@@ -24,48 +24,47 @@ class uFREEDB : public QObject
 public:
     explicit uFREEDB(QObject *parent = nullptr);
 
-    /// The two on-off options about the system's proxy, both off at first: whether it is left out altogether, and
-    /// whether it is asked for servers on this computer, too.
+    /// Options about the system's proxy, both off at first: ignore it, and use it even for servers on this computer.
     void setIgnoresProxy(bool ignores);
     void setUsesProxyForThisComputer(bool uses);
-    /// The time for one answer in seconds; 0, as at first, for the usual 30.
+    /// Seconds to wait for an answer; 0, the default, means 30.
     void setTimeLimit(int seconds);
     void setServer(const QString &server); ///< "host", "host:port" or a URL
-    void setMail(const QString &mail);     ///< the user's address: servers want to be told who asks
+    void setMail(const QString &mail);     ///< the user's address, which servers ask for
     void setClientName(const QString &name);
     void setClientVersion(const QString &version);
 
-    /// Looks for the disc with this offset text and, if there is none, for that with the other one. One exact match is
-    /// read at once.
+    /// Looks for the disc with this offset text and, if there is none, for the other one. A single exact match is read
+    /// at once.
     void Query(const QString &offsetText, const QString &otherOffsetText = {});
     void setSearchText(const QString &text);
     /// Looks for discs by the search text: "artist / album", "artist - album", or an artist or album alone. A single
-    /// match is read at once. Without a text nothing happens, and no signal comes.
+    /// match is read at once. Without a text it does nothing and emits no signal.
     void Search();
-    /// Reads one of the matches, the index counting from 0. Nothing happens for an index beyond them.
+    /// Reads a match, by its index from 0. Does nothing for an index out of range.
     void take(int match);
     void cancel();
     bool isBusy() const { return m_isBusy; }
 
-    /// What the last Query() or Search() found.
+    /// Matches of the last Query() or Search().
     const std::vector<cddb::Match> &matches() const { return m_matches; }
-    /// The number of matches: 0 when no disc was found.
+    /// The number of matches.
     int result() const { return int(m_matches.size()); }
 
-    /// The disc read last. Its tracks are as many as titles; a track's index counts from 0 and must be below their
-    /// number.
+    /// The last disc that was read. A track's index counts from 0 and must be less than trackCount().
     const DiscRecord &record() const { return m_record; }
     int trackCount() const { return int(m_record.tracks.size()); }
     const DiscTrack &track(int index) const { return m_record.tracks.at(size_t(index)); }
-    /// The table of contents that the last Query() asked for last: where it found something, that of the disc.
+    /// The table of contents of the last Query(): of the two that it tried, the last one. If it found something, that
+    /// of the disc.
     const std::optional<DiscContents> &contents() const { return m_contents; }
 
 Q_SIGNALS:
-    /// No disc: result() is 0.
+    /// No disc was found: result() is 0.
     void notFound();
-    /// There are several matches, or one that is not exact: take() one of them.
+    /// There are several matches, or an inexact one: take() one of them.
     void choiceOffered();
-    /// record() is the disc that was looked for.
+    /// record() is the disc.
     void recordRead();
     void failed(const ravlin::LookupFailure &failure);
 
@@ -91,9 +90,9 @@ private:
     QString m_clientName;
     QString m_clientVersion;
     QString m_searchText;
-    int m_level = cddb::NewestLevel; ///< at which the server understands us, as far as we know
+    int m_level = cddb::NewestLevel; ///< that the server understands, as far as known
     bool m_isBusy = false;
-    quint64 m_operation = 0; ///< number of the one under way
+    quint64 m_operation = 0; ///< number of the current one
     std::vector<cddb::Match> m_matches;
     DiscRecord m_record;
     std::optional<DiscContents> m_contents;

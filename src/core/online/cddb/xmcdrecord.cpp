@@ -16,7 +16,7 @@ namespace ravlin {
 
 namespace {
 
-/// A number of a few digits at the start of the text, blanks before it left out.
+/// Parses a number of a few digits at the start of the text, after blanks.
 std::optional<qint64> leadingNumber(QByteArrayView text)
 {
     text = text.trimmed();
@@ -29,7 +29,7 @@ std::optional<qint64> leadingNumber(QByteArrayView text)
     return text.first(length).toLongLong();
 }
 
-/// The track's index for a key such as TTITLE3.
+/// The index of the track in a key such as TTITLE3.
 std::optional<int> trackIndex(QByteArrayView key, QByteArrayView prefix)
 {
     if (!key.startsWith(prefix))
@@ -57,7 +57,7 @@ QString unescaped(const QString &text)
     return plain;
 }
 
-/// Gathers a record line by line.
+/// Builds a record line by line.
 class Reader
 {
 public:
@@ -86,7 +86,7 @@ public:
     }
 
 private:
-    /// Keys are known beforehand, so that a record full of others takes no memory.
+    /// Only known keys are kept, so that a record full of others takes no memory.
     static bool isOfUse(QByteArrayView key)
     {
         return key == "DTITLE" || key == "DYEAR" || key == "DGENRE" || key == "EXTD" || key == "DISCID" ||
@@ -131,8 +131,8 @@ private:
         return m_record.tracks[size_t(index)];
     }
 
-    /// "artist / title" is an artist and a title where the disc has several artists: it says so, or all its titles are
-    /// made like that. On other discs it is a title, as of a medley.
+    /// On a disc of several artists, "artist / title" names both: if its artist is "various", or all its titles have
+    /// that form. On other discs it is a title, as of a medley.
     void divideTrackTitles()
     {
         const auto isDivided = [](const DiscTrack &track) { return track.title.contains(u" / "); };

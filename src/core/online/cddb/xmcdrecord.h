@@ -12,45 +12,45 @@
 
 namespace ravlin {
 
-/// A track of a disc's record. Titles and artists are on one line.
+/// A track of a record. Title and artist are single lines.
 struct DiscTrack
 {
-    QString artist; ///< of this track, on discs of several artists; else empty: it is the disc's
+    QString artist; ///< on discs of several artists; else empty, the artist is the disc's
     QString title;
     QString extendedData; ///< further remarks; may have several lines
 
     bool operator==(const DiscTrack &) const = default;
 };
 
-/// What a CD database knows of a disc.
+/// A record of a CD database.
 struct DiscRecord
 {
     QString artist;
     QString album;
     QString year;                     ///< four digits, or empty
-    QString genre;                    ///< as the genre table spells it where it knows it, else free text; may be empty
+    QString genre;                    ///< spelt as in the genre table if it is there, else free text; may be empty
     QString extendedData;             ///< further remarks; may have several lines
     std::vector<DiscTrack> tracks;    ///< in the order of the disc
-    QStringList discIds;              ///< identifiers of the pressings that the record is for
-    std::vector<qint64> frameOffsets; ///< of the tracks' starts, if the record tells them
-    int seconds = 0;                  ///< of the whole disc with its lead-in; 0 if the record does not tell it
+    QStringList discIds;              ///< identifiers of the pressings it is for
+    std::vector<qint64> frameOffsets; ///< of the tracks' starts; may be missing
+    int seconds = 0;                  ///< of the whole disc, lead-in included; 0 if missing
 
     const QString &artistOf(const DiscTrack &track) const { return track.artist.isEmpty() ? artist : track.artist; }
     bool operator==(const DiscRecord &) const = default;
 };
 
-/// Reads a record of the xmcd format as CD databases keep it (protocol levels 1 to 6): values of the same key are
-/// pieces of one text, \n, \t and \\ are escapes, comments tell the offsets. Texts are UTF-8 or Latin-1, each for
-/// itself. Year and genre are those of DYEAR and DGENRE or, in older records, of a "YEAR: 1998 ID3G: 17" among the
-/// remarks. Nothing: there is no title in it, so it is no record.
+/// Parses a record in the xmcd format of CD databases (protocol levels 1 to 6). Values of the same key are pieces of
+/// one text, \n, \t and \\ are escapes, and comments hold the offsets. Each text is decoded by itself, as UTF-8 or
+/// Latin-1. Year and genre come from DYEAR and DGENRE or, in older records, from "YEAR: 1998 ID3G: 17" in the remarks.
+/// Returns nothing if there is no title.
 std::optional<DiscRecord> parseXmcdRecord(QByteArrayView bytes);
 
-/// The length of one of the record's tracks in frames, index from 0. Nothing where the record does not tell it. The end
-/// of the last track is known to the second only.
+/// The length of a track in frames, index from 0; nothing if the record lacks it. The end of the last track is only
+/// known to the second.
 std::optional<qint64> trackFrames(const DiscRecord &record, int index);
 
-/// By how many frames each of the disc's tracks is longer than that of the record (negative: shorter); as many entries
-/// as the disc has tracks. Nothing where the record has no such track or does not tell (trackFrames()).
+/// For each track of the disc, how many frames it is longer than the record's (negative: shorter); nothing if the
+/// record has no such track or no length for it.
 std::vector<std::optional<qint64>> lengthDifferences(const DiscContents &disc, const DiscRecord &record);
 
 } // namespace ravlin

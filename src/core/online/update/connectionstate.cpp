@@ -7,7 +7,7 @@ namespace ravlin {
 
 QString connectionStateText(ConnectionState state)
 {
-    // To the letter: blanks and the number of the state that follows are meant.
+    // Exactly these texts: the blanks and the number of the next state are intended.
     switch (state) {
     case ConnectionState::None:
         return u"no state to report. 1"_s;

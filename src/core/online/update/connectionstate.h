@@ -9,7 +9,7 @@
 
 namespace ravlin {
 
-/// What a connection is at, by the numbers that it is told with.
+/// State of a connection, with the number that the program shows for it.
 enum class ConnectionState
 {
     None = 0,
@@ -24,13 +24,13 @@ enum class ConnectionState
     Disconnecting = 9,
     Disconnected = 10,
     Failed = 11,
-    ResponseComplete = 12, ///< its content can be read
+    ResponseComplete = 12, ///< content can be read
 };
 
-/// What is shown of a state, the same in every language; empty for ResponseComplete, which has more than one text.
+/// The text of a state, the same in every language; empty for ResponseComplete, which has more than one text.
 QString connectionStateText(ConnectionState state);
 
-/// The states that lie behind a fetch when it has got to that step since the one before, in order.
+/// The states passed since the step before, in order.
 std::vector<ConnectionState> statesOf(WebStep step);
 
 } // namespace ravlin

@@ -50,7 +50,7 @@ QString DownloadProgress::percentText() const
 void TransferRate::measure(std::chrono::milliseconds time, qint64 bytes)
 {
     m_counts.emplace_back(time, bytes);
-    // The one at the window's beginning or just before it stays.
+    // Keep the last count at or before the start of the window.
     while (m_counts.size() > 2 && m_counts[1].first <= time - Window)
         m_counts.pop_front();
 }

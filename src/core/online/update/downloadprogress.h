@@ -10,13 +10,13 @@
 
 namespace ravlin {
 
-/// How far a download has come, and how that is told. It is counted in chunks: the last one counts as a whole one, too.
+/// Progress of a download and its texts. Counts in chunks; the last one counts as a whole one, too.
 class DownloadProgress
 {
 public:
     static constexpr qint64 ChunkSize = 1024; ///< bytes
 
-    /// total: bytes, -1 where nobody told.
+    /// total: bytes, or -1 if unknown.
     explicit DownloadProgress(qint64 total = -1) : m_total(total) {}
 
     void addChunks(qint64 count) { m_received += count * ChunkSize; }
@@ -24,16 +24,16 @@ public:
     bool isTotalKnown() const { return m_total >= 0; }
     qint64 total() const { return m_total; }
     qint64 received() const { return m_received; }
-    /// What a progress bar shows: no more than the total.
+    /// For a progress bar: at most the total.
     qint64 value() const;
 
     /// "19.53 Mb"
     QString sizeText() const;
     /// "0 bytes of 20480000 bytes"
     QString firstText() const;
-    /// "(1.25 MB of 19.53 MB)" behind the leading text
+    /// "(1.25 MB of 19.53 MB)" after the leading text
     QString text(const QString &leading) const;
-    /// "37%"; as "#" formats it, there is no digit for nothing at all: "%".
+    /// "37%"; for 0 just "%", as the format "#" gives it.
     QString percentText() const;
 
 private:
@@ -41,22 +41,22 @@ private:
     qint64 m_received = 0;
 };
 
-/// How fast a download is: measured over the last few seconds, so that it follows a network that becomes slower.
+/// Speed of a download, measured over the last few seconds so that it follows a network that slows down.
 class TransferRate
 {
 public:
     static constexpr std::chrono::milliseconds Window = std::chrono::seconds(5);
 
-    /// The count so far at a time since the start; times don't go back.
+    /// Records the count so far at a time since the start. Times must not go back.
     void measure(std::chrono::milliseconds time, qint64 bytes);
-    /// How long that many bytes will take, rounded down; none while nothing has moved.
+    /// Seconds for that many bytes, rounded down; nothing while nothing has moved.
     std::optional<qint64> secondsFor(qint64 bytes) const;
 
 private:
     std::deque<std::pair<std::chrono::milliseconds, qint64>> m_counts;
 };
 
-/// "estimated time 12 s ", with the words of the interface language in front.
+/// "estimated time 12 s ", after the words of the interface language.
 QString estimateText(const QString &words, qint64 seconds);
 
 } // namespace ravlin

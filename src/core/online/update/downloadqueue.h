@@ -12,11 +12,11 @@
 
 namespace ravlin {
 
-/// Downloads the files of several records into one folder, one after the other. A name that is not safe is refused, a
-/// file that is there already is replaced only if the user says so and is left out otherwise. What goes wrong with one
-/// file is told, and the others follow; what would go wrong with the others as well ends the queue.
+/// Downloads the files of several records into one folder, one at a time. Refuses an unsafe name. Replaces an existing
+/// file only if the user agrees, else skips it. After a failure of one file it goes on; after one that would hit the
+/// others too, it ends.
 ///
-/// Questions and messages may be answered at any later time; nothing happens meanwhile.
+/// The host may answer at any later time; the queue waits.
 class DownloadQueue : public QObject
 {
     Q_OBJECT
@@ -24,31 +24,31 @@ class DownloadQueue : public QObject
 public:
     struct Entry
     {
-        int row = 0; ///< for the caller to know it by
+        int row = 0; ///< chosen by the caller
         VersionRecord record;
     };
     struct Host
     {
-        /// Whether the file at the path may be replaced.
+        /// Asks whether the file at the path may be replaced.
         std::function<void(const QString &path, const std::function<void(bool)> &answer)> askToReplace;
-        /// A file could not be downloaded. goOn is to be called once the user has seen it.
+        /// Reports a failed download. goOn must be called once the user has seen it.
         std::function<void(const QString &fileName, const UpdateFailure &failure, const std::function<void()> &goOn)>
             tellFailure;
     };
 
-    /// download is used by nobody else meanwhile and outlives this.
+    /// download must outlive this and not be used elsewhere meanwhile.
     DownloadQueue(InetRetreive &download, Host host, QObject *parent = nullptr);
 
-    /// folder: with or without a separator at its end.
+    /// folder: with or without a trailing separator.
     void start(const QUrl &versionFile, const QString &folder, std::vector<Entry> entries);
-    /// Ends it; no signal follows, and answers that are still to come are of no effect.
+    /// Ends the run. No signal follows, and pending answers have no effect.
     void cancel();
     bool isBusy() const { return m_isBusy; }
 
 Q_SIGNALS:
     void begun(int row, const QString &fileName, const QString &path);
     void downloaded(int row, const QString &path, bool isChecked);
-    /// Once for each start. hasReachedEnd: every entry was dealt with.
+    /// Once per start. hasReachedEnd: every entry was dealt with.
     void finished(bool hasReachedEnd);
 
 private:
@@ -56,7 +56,7 @@ private:
     void fetch(const Entry &entry, const QUrl &url, const QString &path, bool replaces);
     void fail(const Entry &entry, const UpdateFailure &failure);
     void end(bool hasReachedEnd);
-    /// What calls it only as long as the run of now is still on.
+    /// Wraps a call so that it does nothing after the end of the current run.
     std::function<void()> inThisRun(std::function<void()> call);
 
     InetRetreive &m_download;
@@ -66,7 +66,7 @@ private:
     std::vector<Entry> m_entries;
     std::size_t m_next = 0;
     bool m_isBusy = false;
-    int m_run = 0; ///< number of the present run, or of the next one
+    int m_run = 0; ///< number of the current or next run
 };
 
 } // namespace ravlin

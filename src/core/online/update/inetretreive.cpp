@@ -20,7 +20,7 @@ namespace {
 
 constexpr qint64 MaximumChecksumSize = 64 * 1024;
 constexpr qsizetype ChecksumDigits = 64;
-/// Bytes after which the disk may catch up, so that it has little to do at the end.
+/// Sync after this many bytes, so that little is left to sync at the end.
 constexpr qint64 SyncedAtOnce = 8 * 1024 * 1024;
 
 FetchSettings fileSettings()
@@ -49,7 +49,7 @@ UpdateFailure ofChecksum(UpdateFailureKind kind, const QString &path)
     return {kind, platform::nameOf(path)};
 }
 
-/// That there is none, as opposed to that it can't be had now.
+/// Whether the checksum does not exist, rather than being unavailable now.
 bool tellsThatThereIsNone(const WebFailure &failure)
 {
     constexpr int NotFound = 404;
@@ -107,7 +107,7 @@ void InetRetreive::start(const Job &job, Done done)
     m_written = 0;
     m_synced = 0;
     m_hash.reset();
-    // What a program that was killed left there.
+    // Left by a program that was killed.
     std::ignore = storage::cleanLeftovers(m_fileSystem, platform::folderOf(job.path));
     m_web.get(job.url);
 }
@@ -148,7 +148,7 @@ Result<void> InetRetreive::openFile()
     return {};
 }
 
-/// Whole chunks only: what is left over waits for the rest of its chunk.
+/// Takes whole chunks; the rest waits until its chunk is full.
 void InetRetreive::takeChunks()
 {
     const qint64 count = m_web.available() / DownloadProgress::ChunkSize;
@@ -192,7 +192,7 @@ void InetRetreive::finishContent()
         m_progress.addChunks(1);
         Q_EMIT progressed();
     }
-    // Nothing at all in chunks is what an answer looks like whose chunks make no sense.
+    // An answer with malformed chunks looks like an empty one.
     if (m_progress.isTotalKnown() ? m_written != m_progress.total() : m_written == 0) {
         fail(incomplete());
         return;
@@ -217,7 +217,7 @@ void InetRetreive::takeChecksum(const WebAnswer &text)
         if (m_isEndCertain)
             complete(false);
         else
-            fail(incomplete()); // nothing tells whether this is all of it
+            fail(incomplete()); // it may not be complete
         return;
     }
     const std::optional<QByteArray> checksum = checksumIn(*text, platform::nameOf(m_job.path));
@@ -237,12 +237,12 @@ Result<void> InetRetreive::giveName()
     const bool isFile = present && present->kind == platform::NodeKind::File;
     if (present && m_job.replaces && !isFile && present->kind != platform::NodeKind::Link)
         return tl::unexpected(Error{ErrorCode::NotAFile, m_job.path, {}});
-    // A memory stick may not know permissions.
+    // The file system of a memory stick may not have permissions.
     const bool takesPlace = isFile && m_job.replaces;
     std::ignore = m_fileSystem.setPermissions(
         m_file->path(), takesPlace ? present->info.permissions : platform::newFilePermissions());
     auto moved = m_job.replaces ? m_file->moveTo(m_job.path) : m_file->moveToNew(m_job.path);
-    // That the name outlasts a power cut is a courtesy: without it the download is made again.
+    // Syncing the folder is a courtesy: if a power cut takes the name, the download is made again.
     if (moved)
         std::ignore = m_fileSystem.syncFolder(platform::folderOf(m_job.path));
     return moved;

@@ -22,10 +22,10 @@ namespace ravlin {
 /// nothing for any other text.
 std::optional<QByteArray> checksumIn(QByteArrayView text, const QString &fileName);
 
-/// Downloads one file after the other, on the event loop of the thread that it lives in. The file bears its name only
-/// when it is whole: as long as the server announced, with the checksum that stands beside it on the server where one
-/// does ("NAME.sha256"), and on the disk. Until then it is a temporary file in the same folder, which a failure, a
-/// cancel() and the end of this object remove. Nothing that was downloaded is ever run or opened.
+/// Downloads files, one at a time, on the event loop of its thread. A file gets its name only once it is complete: as
+/// long as the server announced, matching its checksum ("NAME.sha256" beside it on the server, if there is one), and
+/// synced. Until then it is a temporary file in the same folder, which a failure, cancel() and the destructor remove.
+/// Downloaded files are never run or opened.
 class InetRetreive : public QObject
 {
     Q_OBJECT
@@ -34,8 +34,8 @@ public:
     struct Job
     {
         QUrl url;
-        QString path;          ///< in a folder that exists; the name is safe, see safeFileName()
-        bool replaces = false; ///< takes the place of a file of that name; without it that is a failure
+        QString path;          ///< in an existing folder; the name is safe, see safeFileName()
+        bool replaces = false; ///< replace a file of that name, instead of failing
     };
     struct Downloaded
     {
@@ -49,26 +49,26 @@ public:
     explicit InetRetreive(platform::FileSystem &fileSystem, QObject *parent = nullptr);
     ~InetRetreive() override;
 
-    /// The limits for a file. At first MaximumSize, half a minute without a sign of life, and some hours in all.
+    /// Limits for a file. The defaults are MaximumSize, 30 seconds without a byte, and 6 hours in all.
     void setSettings(const FetchSettings &settings) { m_web.setSettings(settings); }
     const FetchSettings &settings() const { return m_web.settings(); }
 
-    /// What stands in front of progressText(); nothing at first.
+    /// Goes before progressText(); empty at first.
     void setLeadingText(const QString &text) { m_leadingText = text; }
 
-    /// Calls done once, later than this returns; not at all after cancel() or another start, which ends this one.
+    /// Calls done once, after this has returned. Does not call it after cancel() or another start, which ends this one.
     void start(const Job &job, Done done);
-    /// Ends the download, if there is one, and leaves nothing of it behind.
+    /// Ends the download, if there is one, and removes what there is of it.
     void cancel();
     bool isBusy() const { return m_done != nullptr; }
 
-    /// Of the present download, or else the last.
+    /// Of the current download, or else the last.
     const DownloadProgress &progress() const { return m_progress; }
     QString progressText() const { return m_progress.text(m_leadingText); }
 
 Q_SIGNALS:
     void stateChanged(ravlin::ConnectionState state);
-    /// The server has announced the size, or not: see progress().
+    /// The headers are there, with or without a size: see progress().
     void sizeTold();
     void progressed();
 
@@ -91,13 +91,13 @@ private:
     WebText m_checksum;
     QString m_leadingText;
     Job m_job;
-    Done m_done; ///< empty when there is no download
+    Done m_done; ///< empty if there is no download
     DownloadProgress m_progress;
     std::optional<storage::TemporaryFile> m_file;
     qint64 m_written = 0; ///< bytes
     qint64 m_synced = 0;
     QCryptographicHash m_hash{QCryptographicHash::Sha256};
-    bool m_isEndCertain = false; ///< a connection that broke would have shown
+    bool m_isEndCertain = false; ///< a broken connection would have been noticed
 };
 
 } // namespace ravlin

@@ -74,7 +74,7 @@ void SequentialReader::skipBlanks()
         ++m_position;
 }
 
-/// Empty lines stand before a record, not between a comma and its field.
+/// Empty lines may come before a record, but not between a comma and its field.
 void SequentialReader::skipToField()
 {
     skipBlanks();

@@ -11,31 +11,31 @@
 
 namespace ravlin {
 
-/// What ends the reading of a sequential text.
+/// Why reading a sequential text ended.
 enum class SequentialError
 {
     EndOfText,      ///< there is no further field
-    UnclosedQuote,  ///< a field's second double quote is missing in its line
-    TextAfterQuote, ///< something stands between a field's second double quote and the next comma
+    UnclosedQuote,  ///< no second double quote in the line of the field
+    TextAfterQuote, ///< text between the second double quote and the next comma
     NotText,        ///< a control character
 };
 
-/// Reads the fields of a sequential text one after the other: the format of BASIC's statements "write" and "input".
+/// Reads the fields of a sequential text: the format of BASIC's statements "write" and "input".
 ///
-/// Commas and line ends (CR LF, LF or CR) divide fields. A text field stands in double quotes, with commas and anything
-/// else but double quotes and line ends in it; others, such as numbers, stand as they are. Blanks around a field don't
-/// count, nor do empty lines; nothing between two commas is an empty field. The text ends with the bytes or with a
-/// Ctrl+Z. Fields are UTF-8 or else Windows-1252.
+/// Commas and line ends (CR LF, LF or CR) separate fields. A text field is in double quotes and may hold anything but
+/// double quotes and line ends; others, such as numbers, are bare. Blanks around fields and empty lines are ignored;
+/// two adjacent commas enclose an empty field. The text ends with the bytes or at a Ctrl+Z. Fields are UTF-8 or else
+/// Windows-1252.
 ///
-/// The first error is the last thing read: what follows it can't be known.
+/// The first error ends the reading: nothing after it can be trusted.
 class SequentialReader
 {
 public:
-    /// The bytes outlive the reader.
+    /// The bytes must outlive the reader.
     explicit SequentialReader(QByteArrayView bytes);
 
-    /// True when there is no further field. A comma at the very end promises one that is not there, so this is false
-    /// there, and field() an error.
+    /// Whether there is no further field. After a trailing comma, which promises another field, this is false and
+    /// field() fails.
     bool atEnd();
     tl::expected<QString, SequentialError> field();
 
@@ -51,7 +51,7 @@ private:
 
     QByteArrayView m_bytes;
     qsizetype m_position = 0;
-    bool m_isPromised = false; ///< a comma was read last
+    bool m_isPromised = false; ///< the last divider was a comma
     std::optional<SequentialError> m_error;
 };
 

@@ -24,7 +24,7 @@ bool isWebAddress(const QUrl &url)
            url.userInfo().isEmpty();
 }
 
-/// What no system or no reader takes for what it is.
+/// A character that a system or a reader could take for something else.
 bool isOdd(QChar character)
 {
     return QStringView(u"/\\:*?\"<>|").contains(character) || character.category() == QChar::Other_Control ||

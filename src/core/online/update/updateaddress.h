@@ -6,27 +6,26 @@
 #include <QString>
 #include <QUrl>
 
-/// Where new versions are, and what of that may be believed.
+/// Addresses of new versions, and which of them to trust.
 namespace ravlin {
 
-/// The base address: the environment variable RAVLIN_UPDATE_URL, or else what the program was built with.
+/// The base address: the environment variable RAVLIN_UPDATE_URL, or else the one built in.
 QString updateAddress();
 
-/// The version file at a base address, "https://host.example" with or without a path; BadAddress for any other text.
+/// The version file at a base address, "https://host.example" with or without a path. BadAddress for any other text.
 UpdateResult<QUrl> versionFileUrl(const QString &baseAddress);
 
-/// Where a record's file is: its location, taken as beside the version file where it is no whole address, with the
-/// file's name behind it where it ends with a slash or is empty. Never less secure than the version file's address.
-/// BadLocation for what is no address of the web.
+/// The address of a record's file: its location, relative to the version file, plus the file name if it is empty or
+/// ends with a slash. Fails with BadLocation if that is not a web address or less secure than the version file's.
 UpdateResult<QUrl> downloadUrl(const QUrl &versionFile, const VersionRecord &record);
 
-/// Where the checksum of a file is: "NAME.sha256" beside it.
+/// The address of a file's checksum: "NAME.sha256" beside it.
 QUrl checksumUrl(const QUrl &file);
 
-/// The name as it came from the network, if it is plain and fit for every system; else BadName. Refused are separators
-/// and what leads to other folders or drives, names of devices, hidden files, control characters and those that
-/// disguise what follows, names that Windows would change, and such as are too long. No name is made fit: what was
-/// offered is what is fetched.
+/// Returns the name unchanged if it is plain and valid on every system, else BadName. Refuses separators and whatever
+/// leads to other folders or drives, device names, hidden files, control characters and those that disguise what
+/// follows, names that Windows would change, and names that are too long. Names are never adjusted: what was offered is
+/// what is fetched.
 UpdateResult<QString> safeFileName(const QString &name);
 
 } // namespace ravlin

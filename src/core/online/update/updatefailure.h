@@ -10,38 +10,38 @@
 
 namespace ravlin {
 
-/// Why a new version could not be looked for or fetched, for callers to branch on.
+/// Why looking for or fetching a new version failed.
 enum class UpdateFailureKind
 {
     Web,            ///< see UpdateFailure::web
     File,           ///< see UpdateFailure::file
-    BadAddress,     ///< the address to look for new versions at is none
-    BadVersionFile, ///< the answer is no version file
-    BadName,        ///< a file's name is not a plain one, or one that is not fit for every system
-    BadLocation,    ///< a file's address is none, or less secure than the version file's
-    BadChecksum,    ///< what stands beside a file as its checksum is none
-    WrongChecksum,  ///< a file is not what its checksum says
+    BadAddress,     ///< the address of the version file is not one
+    BadVersionFile, ///< the answer is not a version file
+    BadName,        ///< a file's name is not plain, or not valid on every system
+    BadLocation,    ///< a file's address is not one, or less secure than the version file's
+    BadChecksum,    ///< a file's checksum is not one
+    WrongChecksum,  ///< a file does not match its checksum
 };
 
 /// A failure as a value.
 struct UpdateFailure
 {
     UpdateFailureKind kind = UpdateFailureKind::Web;
-    QString detail; ///< in plain English or in the server's words
+    QString detail; ///< plain English, or the server's words
     WebFailureKind web = WebFailureKind::Garbage;
     ErrorCode file = ErrorCode::Io;
 
     static UpdateFailure ofWeb(const WebFailure &failure);
     static UpdateFailure ofFile(const Error &error);
 
-    /// Whether nothing in it speaks against another file of the same server, or in the same folder.
+    /// Whether another file of the same server or in the same folder may still succeed.
     bool isOfOneFile() const;
 };
 
 template <typename T>
 using UpdateResult = tl::expected<T, UpdateFailure>;
 
-/// One sentence for the user in the interface language, the detail behind it in brackets.
+/// One sentence for the user in the interface language, followed by the detail in brackets.
 QString updateFailureText(const Captions &captions, const UpdateFailure &failure);
 
 } // namespace ravlin

@@ -12,8 +12,8 @@
 
 namespace ravlin {
 
-/// Fetches the version file, keeps it under its fixed name ("ravlin.ver", see platform::fixedFilePath) and reads it
-/// from there. On the event loop of the thread that it lives in.
+/// Fetches the version file, stores it under its fixed name ("ravlin.ver", see platform::fixedFilePath) and reads it
+/// from there. Works on the event loop of its thread.
 class VersionCheck : public QObject
 {
     Q_OBJECT
@@ -23,10 +23,10 @@ public:
 
     explicit VersionCheck(platform::FileSystem &fileSystem, QObject *parent = nullptr);
 
-    /// Where the version file is kept.
+    /// Where the version file is stored.
     static QString localPath();
 
-    /// Calls done once, later than this returns; not at all after cancel() or another check, which ends this one.
+    /// Calls done once, after this has returned. Does not call it after cancel() or another check, which ends this one.
     void check(const QUrl &versionFile, Done done);
     void cancel() { m_web.cancel(); }
     bool isBusy() const { return m_web.isBusy(); }

@@ -22,7 +22,7 @@ bool isVersion(const QString &text)
 
 std::optional<VersionRecord> readRecord(SequentialReader &reader)
 {
-    std::array<QString, 5> fields; // the fifth is not used
+    std::array<QString, 5> fields; // the fifth is unused
     for (QString &text : fields) {
         auto field = reader.field();
         if (!field)

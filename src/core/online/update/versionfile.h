@@ -9,7 +9,7 @@
 
 #include <vector>
 
-/// What the maker tells about the newest version: a small text on the web, in the format that SequentialReader reads.
+/// The maker's announcement of the newest version: a small text on the web in the format of SequentialReader.
 namespace ravlin {
 
 /// One file of the new version.
@@ -18,7 +18,7 @@ struct VersionRecord
     QString fileName;
     QString description;
     QString version;
-    QString location; ///< where it is to be had: an address, or a path beside the version file
+    QString location; ///< an address, or a path relative to the version file
 
     bool operator==(const VersionRecord &) const = default;
 };
@@ -28,20 +28,20 @@ struct VersionFile
     static constexpr qsizetype MaximumSize = 64 * 1024; ///< bytes
     static constexpr int MaximumRecords = 51;
 
-    QString version;                    ///< the newest: numbers with full stops between them
-    std::vector<VersionRecord> records; ///< in the file's order, without those that have no file name
+    QString version;                    ///< the newest: numbers separated by full stops
+    std::vector<VersionRecord> records; ///< in order, without those that have no file name
 
-    /// Reads the header (the version and a field that is not used) and at most MaximumRecords records of five fields,
-    /// of which the last is not used. The first error ends the reading; the records before it count. Bytes that don't
-    /// begin with such a header, and more than MaximumSize of them, are a failure (BadVersionFile).
+    /// Parses the header (the version and an unused field) and at most MaximumRecords records of five fields, the last
+    /// of which is unused. The first error ends the parsing; the records before it count. Fails with BadVersionFile for
+    /// bytes without such a header or longer than MaximumSize.
     static UpdateResult<VersionFile> parse(QByteArrayView bytes);
 };
 
-/// This program's own version: "1.4.0".
+/// Version of this program: "1.4.0".
 QString runningVersion();
 
-/// Whether the offered version comes behind the running one as texts, character by character: 1.10.0 does not come
-/// behind 1.9.0.
+/// Whether the offered version sorts after the running one as text, character by character: 1.10.0 does not sort after
+/// 1.9.0.
 bool isNewerVersion(const QString &offered, const QString &running);
 
 } // namespace ravlin

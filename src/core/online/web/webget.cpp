@@ -24,7 +24,7 @@ bool isThisComputer(const QString &host)
            host.endsWith(u".localhost", Qt::CaseInsensitive);
 }
 
-/// The system's proxies, as far as they are wanted.
+/// The system's proxies, as the settings want them.
 class WantedProxies : public QNetworkProxyFactory
 {
 public:
@@ -46,7 +46,7 @@ QNetworkRequest requestFor(const QUrl &url, const FetchSettings &settings)
 {
     QNetworkRequest request(url);
     request.setHeader(QNetworkRequest::UserAgentHeader, u"ravlin/"_s + QString::fromLatin1(RAVLIN_VERSION));
-    // An answer that unpacks to many times its size is not for us.
+    // Refuse compression: an answer could unpack to many times its size.
     request.setRawHeader("Accept-Encoding", "identity");
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     request.setMaximumRedirectsAllowed(settings.redirectLimit);
@@ -91,7 +91,7 @@ int statusOf(const QNetworkReply &reply)
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-/// 2xx. What sends us elsewhere is followed where it may be, and a refusal where not.
+/// 2xx. Redirects are followed where allowed, and fail where not.
 bool promisesContent(int status)
 {
     constexpr int Hundred = 100;
@@ -126,12 +126,12 @@ WebGet::~WebGet()
 void WebGet::setSettings(const FetchSettings &settings)
 {
     m_settings = settings;
-    m_network.setProxyFactory(new WantedProxies(settings)); // which the manager owns
+    m_network.setProxyFactory(new WantedProxies(settings)); // the manager owns it
 }
 
 void WebGet::get(const QUrl &url)
 {
-    constexpr qint64 Buffered = 1024 * 1024; // more than a megabyte waits with the server
+    constexpr qint64 Buffered = 1024 * 1024; // anything beyond waits at the server
     cancel();
     m_certificateTrouble.clear();
     m_isRefused = false;
@@ -153,7 +153,8 @@ void WebGet::get(const QUrl &url)
     connect(m_reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) {
         m_certificateTrouble = errors.isEmpty() ? QString() : errors.front().errorString();
     });
-    // Queued, so that an error known at once is told later, too; by then the fetch may have been ended.
+    // Queued, so that even an immediate error is reported after get() has returned. The fetch may have been ended
+    // meanwhile.
     connect(
         m_reply, &QNetworkReply::finished, this,
         [this, reply = m_reply] {
@@ -172,8 +173,8 @@ void WebGet::cancel()
     if (reply == nullptr)
         return;
     reply->disconnect(this);
-    // Its destruction ends what is under way. After abort() Qt would complain of the error that may be on its way from
-    // the network's thread already.
+    // Destruction ends the fetch. After abort() Qt would complain about an error already on its way from the network's
+    // thread.
     reply->deleteLater();
 }
 
@@ -232,13 +233,13 @@ void WebGet::takeHeaders()
     }
     m_isAnswering = true;
     const QNetworkReply *const reply = m_reply;
-    if (!m_isSent) // on some systems the network tells it too late
+    if (!m_isSent) // some systems report it too late
         tellSent();
-    if (m_reply == reply) // whoever heard of that may have ended the fetch
+    if (m_reply == reply) // a slot may have ended the fetch
         Q_EMIT stepped(WebStep::Answering);
 }
 
-/// The reply must not be aborted while it is reading its headers.
+/// Fails later, because a reply must not be aborted while it reads its headers.
 void WebGet::failSoon(const WebFailure &failure)
 {
     m_isRefused = true;
@@ -264,7 +265,7 @@ void WebGet::tellReadable()
 
 void WebGet::finish()
 {
-    if (m_isRefused) // of which the end is on its way
+    if (m_isRefused) // its end is on its way
         return;
     if (m_reply->error() != QNetworkReply::NoError)
         end(failureOf(*m_reply));
@@ -285,7 +286,7 @@ WebFailure WebGet::failureOf(const QNetworkReply &reply) const
     if (!m_certificateTrouble.isEmpty())
         return {WebFailureKind::Certificate, m_certificateTrouble};
     WebFailureKind kind = kindOf(reply.error());
-    // With a proxy between it is the proxy that is not there: only that one was called.
+    // With a proxy, only the proxy was called, so it is the one that is missing.
     const QList<QNetworkProxy> proxies = m_network.proxyFactory()->queryProxy(QNetworkProxyQuery(reply.url()));
     if (kind == WebFailureKind::NoConnection && !proxies.isEmpty() && proxies.front().type() != QNetworkProxy::NoProxy)
         kind = WebFailureKind::Proxy;
@@ -309,7 +310,7 @@ void WebGet::end(const std::function<void()> &tell)
     const QNetworkReply *const reply = m_reply;
     const QPointer<WebGet> self(this); // a slot may delete this
     tell();
-    if (self && reply == m_reply) // nor may it have begun the next one
+    if (self && reply == m_reply) // or start another fetch
         cancel();
 }
 

@@ -13,13 +13,12 @@
 
 namespace ravlin {
 
-/// Text as servers send it: UTF-8 or else Windows-1252, which is Latin-1 with quotes and dashes in the place of control
-/// characters.
+/// Decodes text from a server: UTF-8, or else Windows-1252 (Latin-1 with quotes and dashes instead of the C1 controls).
 QString decodedText(QByteArrayView bytes);
 
 using WebAnswer = tl::expected<QByteArray, WebFailure>;
 
-/// Fetches one answer after the other as a whole, within the limits of WebGet.
+/// Fetches whole answers, one at a time, within the limits of WebGet.
 class WebText : public QObject
 {
     Q_OBJECT
@@ -32,8 +31,8 @@ public:
     void setSettings(const FetchSettings &settings) { m_web.setSettings(settings); }
     const FetchSettings &settings() const { return m_web.settings(); }
 
-    /// Calls done once with the answer's body or what went wrong, later than this returns; not at all after cancel()
-    /// or another get(), which ends this one.
+    /// Calls done once, after this has returned, with the body or the failure. Does not call it after cancel() or
+    /// another get(), which ends this one.
     void get(const QUrl &url, Done done);
     /// Ends the fetch, if there is one.
     void cancel();
