@@ -10,17 +10,17 @@ namespace ravlin {
 
 class Captions;
 
-/// Asks for the text of a new search in the CD database.
+/// The window for the text of a new search in the CD database.
 class buscaweb : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// text: what the box has at first, all of it selected.
+    /// text: selected in the box at first.
     buscaweb(const Captions &captions, const QString &text, QWidget *parent = nullptr);
 
 Q_SIGNALS:
-    /// The user wants this text to be searched for; it may be empty. The window closes.
+    /// The user searches for this text, which may be empty. The window closes.
     void searchRequested(const QString &text);
 
 private:

@@ -68,7 +68,7 @@ void DiscFieldsBox::setFields(const DiscFields &fields)
     m_year->setText(fields.year);
     m_genre->setText(fields.genre);
     for (QLineEdit *box : {m_artist, m_album, m_year, m_genre})
-        box->setCursorPosition(0); // of a text that is too long, the beginning is seen
+        box->setCursorPosition(0); // show the start of a long text
 }
 
 DiscFields DiscFieldsBox::fields() const

@@ -13,7 +13,7 @@ namespace ravlin {
 
 class Captions;
 
-/// The text boxes for what all files of a disc get.
+/// The text boxes for the fields that all files of a disc get.
 class DiscFieldsBox : public QWidget
 {
     Q_OBJECT
@@ -23,9 +23,9 @@ public:
 
     void setFields(const DiscFields &fields);
     DiscFields fields() const;
-    /// What would become of the boxes' texts that can't be saved, a sentence each.
+    /// A sentence about each text that cannot be saved.
     QStringList remarks(const Captions &captions) const;
-    /// The last one in the order of Tab.
+    /// The last box in Tab order.
     QWidget *lastBox() const;
     void applyCaptions(const Captions &captions);
 

@@ -43,7 +43,7 @@ bool DiscSaving::run(const std::vector<DiscFile> &files, const DiscFields &disc,
     });
 }
 
-/// What is told after the end comes too late.
+/// Drops reports that arrive after the end.
 void DiscSaving::tellAdvance(int done, int count)
 {
     if (m_isUnderWay)

@@ -15,24 +15,24 @@ namespace ravlin {
 class Captions;
 class PageOwner;
 
-/// Saves a disc's data into the tags of its files, with the progress shown, and says in a box over the window which
-/// files could not be saved.
+/// Saves a disc's data into the tags of its files with progress, and lists the files that could not be saved in a box
+/// over the window.
 class DiscSaving : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The window owns it.
+    /// Owned by the window.
     DiscSaving(
         PageOwner &owner, TagStore &tagStore, const ProgramState &state, const Captions &captions, QWidget *window);
 
     bool isUnderWay() const { return m_isUnderWay; }
-    /// Returns when the files have been saved, with their number, and the main list shows them. Nothing, and nothing
-    /// done, while other work is under way.
+    /// Saves, refreshes the main list and returns the number of files saved. Returns nothing, having done nothing,
+    /// while other work is under way.
     std::optional<qsizetype> save(const std::vector<DiscFile> &files, const DiscFields &disc);
 
 Q_SIGNALS:
-    /// Comes during save() only.
+    /// Emitted only during save().
     void advanced(int done, int count);
 
 private:

@@ -14,7 +14,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr int SmallestPanel = 3000; ///< in twips; the titles stay readable
+constexpr int SmallestPanel = 3000; ///< in twips; keeps the titles readable
 
 enum FileColumn
 {

@@ -18,9 +18,9 @@ namespace ravlin {
 class Captions;
 class RowList;
 
-/// The files (`archivo`) and a disc's tracks (`correlacion`) side by side, both in the order that the user gives them.
-/// What stands in the same row belongs together; a track that does not play as long as its file has a remark. A file is
-/// told by its place among the paths, from 0, wherever its row is.
+/// The files (`archivo`) and a disc's tracks (`correlacion`) side by side, each in an order the user chooses. What
+/// stands in the same row belongs together; a track that does not play as long as its file has a remark. Files are
+/// numbered by their place among the paths, from 0, wherever their row is.
 class FacingLists : public SplitPanel
 {
     Q_OBJECT
@@ -33,7 +33,7 @@ public:
     void applyCaptions();
     void setRemarkIcon(const QIcon &icon);
 
-    /// The names are shown without the folder, which ends with a separator.
+    /// Shows the names without the folder, which ends with a separator.
     void setFiles(const QStringList &paths, const QString &folder);
     QString fileName(int file) const;
     std::vector<int> fileOrder() const;
@@ -42,17 +42,17 @@ public:
     void setDisc(const DiscRecord &disc);
     bool hasDisc() const { return m_disc.has_value(); }
 
-    /// To be called when playing times have come; done by itself when rows have.
+    /// Must be called when playing times have changed; moved or new rows are compared anyway.
     void compareLengths();
-    /// What is odd about the whole: sentences, none without a disc.
+    /// Sentences about the whole; none without a disc.
     QStringList remarks() const;
 
     bool hasFiles(bool onlySelected) const;
-    /// In their order, each with the track beside it.
+    /// The files in row order, each with the track beside it.
     std::vector<DiscFile> pairedFiles(bool onlySelected) const;
 
 Q_SIGNALS:
-    /// Rows stand in another order, or are others, and have been compared.
+    /// Rows were moved or replaced, and have been compared.
     void orderChanged();
     void fileSelectionEdited();
 
@@ -61,7 +61,7 @@ private:
 
     const Captions &m_captions;
     QStringList m_paths;
-    std::vector<std::optional<qint64>> m_fileFrames; ///< by file, as far as known
+    std::vector<std::optional<qint64>> m_fileFrames; ///< by file, once known
     std::optional<DiscRecord> m_disc;
     int m_differing = 0; ///< rows whose playing times differ
     RowList *m_files;

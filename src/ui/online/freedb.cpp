@@ -70,7 +70,7 @@ void freedb::createControls()
     m_statusLine = made<QLabel>("status", this);
     m_statusLine->setTextFormat(Qt::PlainText);
     m_statusLine->setWordWrap(true);
-    m_statusLine->setTextInteractionFlags(Qt::TextSelectableByMouse); // to be copied into a report
+    m_statusLine->setTextInteractionFlags(Qt::TextSelectableByMouse); // so that a user can copy it
     m_progressBar = made<QProgressBar>("pb", this);
     m_progressBar->setTextVisible(false);
     m_progressBar->setRange(0, WholeProgress);
@@ -133,7 +133,7 @@ void freedb::connectLookup()
     connect(m_lookup, &DiscLookup::incomplete, this, &freedb::tellIncomplete);
     connect(m_lookup, &DiscLookup::notFound, this, &freedb::tellNotFound);
     connect(m_lookup, &DiscLookup::choiceOffered, this, &freedb::offerChoice);
-    // While the user chooses among several discs, they are read for the window of the choice.
+    // While the user chooses among several discs, the choice dialog reads them.
     connect(m_lookup, &DiscLookup::recordRead, this, [this](const DiscRecord &record) {
         if (m_choice == nullptr)
             showRecord(record);
@@ -206,14 +206,14 @@ void freedb::done(int result)
     Settings &settings = m_context.settings;
     settings.write(GeometryKey, QString::fromLatin1(saveGeometry().toBase64()));
     settings.write(SplitterPositionKey, QString::number(m_lists->position()));
-    // The values count for this run all the same; the file is tried again at the end of the program.
+    // The values apply to this run anyway; the file is written again when the program ends.
     std::ignore = settings.save();
     QDialog::done(result);
 }
 
 // Looking up
 
-/// The first tick begins; the others show that the database is being asked.
+/// The first tick starts the work; later ones show that the database is being asked.
 void freedb::tick()
 {
     if (!m_hasBegun)
@@ -255,7 +255,7 @@ void freedb::beginAsking()
 
 void freedb::endLookup(const QString &status)
 {
-    if (m_hasBegun) // else its first tick is still wanted
+    if (m_hasBegun) // else the first tick is still needed
         m_timer->stop();
     m_progressBar->setValue(0);
     setStatus(status);

@@ -30,7 +30,7 @@ struct DiscRecord;
 struct LookupFailure;
 struct ProgramState;
 
-/// What the window works with. All of it outlives the window.
+/// All of it outlives the window.
 struct FreedbContext
 {
     PageOwner &owner;
@@ -38,22 +38,22 @@ struct FreedbContext
     TagStore &tagStore;
     const Captions &captions;
     Settings &settings;
-    std::function<QString()> firstArtist; ///< what the main list shows as its first row's artist
+    std::function<QString()> firstArtist; ///< the artist in the first row of the main list
     platform::FileSystem &fileSystem = platform::FileSystem::native();
 };
 
 /// The window that looks the selected files up in a CD database, lets the user put files and tracks side by side, and
 /// writes album, track numbers and titles into the files' tags.
 ///
-/// Once it is shown it measures the files' playing times and asks the database for the disc that they make; all of that
-/// happens while the window can be used, and ends when it is closed. Nothing is written but by `Command2`, which is
-/// enabled once a disc has been found: row by row the files get the tracks that stand beside them.
+/// When shown, it measures the files' playing times and asks the database for the disc they make, while the window
+/// stays usable. Closing the window ends this. Only `Command2`, which is enabled once a disc was found, writes: each
+/// file gets the track beside it.
 class freedb : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// The files are those that are selected in the main window now, in its order.
+    /// Takes the files that are selected in the main window now, in its order.
     explicit freedb(const FreedbContext &context, QWidget *parent = nullptr);
     ~freedb() override;
 
@@ -95,7 +95,7 @@ private:
     void updateEnabling();
 
     FreedbContext m_context;
-    bool m_hasBegun = false; ///< the first tick has come
+    bool m_hasBegun = false; ///< after the first tick
     QString m_status;
 
     DiscFieldsBox *m_fields = nullptr; ///< tartista, talbum, ta_o, testilo

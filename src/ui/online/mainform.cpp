@@ -28,7 +28,7 @@ namespace ravlin {
 namespace {
 
 constexpr QStringView PlaceKey = u"update geometry";
-constexpr QStringView FolderKey = u"update folder"; ///< that was downloaded into last
+constexpr QStringView FolderKey = u"update folder"; ///< last download folder
 constexpr std::chrono::milliseconds EstimateTick = std::chrono::seconds(1);
 constexpr std::chrono::milliseconds ProgressTick(250);
 constexpr QSize StartSize(720, 560);
@@ -231,7 +231,7 @@ void mainform::done(int result)
 void mainform::showEvent(QShowEvent *event)
 {
     QDialog::showEvent(event);
-    // Once the window is there.
+    // Once the window is visible.
     if (!std::exchange(m_hasChecked, true))
         QTimer::singleShot(0, this, &mainform::check);
 }
@@ -342,7 +342,7 @@ void mainform::showSize()
     const DownloadProgress &progress = m_download.progress();
     m_size->setText(progress.sizeText());
     m_received->setFullText(progress.firstText());
-    // Without a size the bar only shows that something goes on.
+    // Without a size the bar just shows activity.
     m_progressBar->setRange(0, progress.isTotalKnown() ? int(progress.total()) : 0);
     m_progressBar->setValue(0);
     m_rate = {};

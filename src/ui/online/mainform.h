@@ -33,25 +33,25 @@ struct UpdateContext
     QString version = runningVersion(); ///< of this program
 };
 
-/// The window that looks for a newer version when it comes up, lists the files of the newest one, and downloads those
-/// that are selected into a folder of the user's choice. It never runs any of them.
+/// The window that looks for a newer version when it opens, lists the files of the newest one, and downloads the
+/// selected ones into a folder the user chooses. It never runs any of them.
 ///
-/// The network is waited for on the event loop: the window answers meanwhile. Its button cancel ends what is under way
-/// and closes the window when nothing is; closing it ends everything and leaves nothing half done behind.
+/// Waits for the network on the event loop, so the window stays usable. The cancel button ends what is under way, and
+/// closes the window if nothing is. Closing it ends everything and leaves nothing half done.
 class mainform : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// Asks the user for a folder; empty for none. The title, and the folder to begin with.
+    /// Asks the user for a folder, given a title and a folder to start in. Returns an empty text for none.
     using ChooseFolder = std::function<QString(const QString &title, const QString &start)>;
 
-    /// context's members outlive the window.
+    /// context's members must outlive the window.
     explicit mainform(const UpdateContext &context, QWidget *parent = nullptr);
 
     void setChooseFolder(ChooseFolder choose) { m_chooseFolder = std::move(choose); }
 
-    /// Takes an update descriptor. Nothing is made of it but the title; nobody hands one over.
+    /// Takes an update descriptor. Only changes the title; nothing calls it.
     void autoupdate(const QString &descriptor);
 
     void done(int result) override;
@@ -98,12 +98,12 @@ private:
     QUrl m_versionFileUrl;
     VersionFile m_versionFile;
     bool m_hasChecked = false;
-    int m_row = -1; ///< of the file that is downloaded
+    int m_row = -1; ///< of the current file
     QString m_fileName;
-    QStringList m_checkedNames;   ///< of this run, by their checksums
+    QStringList m_checkedNames;   ///< of this run, verified by a checksum
     QStringList m_uncheckedNames; ///< without one
     TransferRate m_rate;
-    QElapsedTimer m_clock; ///< since the file's size was told
+    QElapsedTimer m_clock; ///< since the file's size was known
 
     QLabel *m_title = nullptr;
     QGroupBox *m_statusFrame = nullptr;

@@ -18,7 +18,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr int MostReadAhead = 10; ///< discs that are read without being asked for
+constexpr int MostReadAhead = 10; ///< discs
 constexpr QSize StartSize(680, 480);
 
 enum MatchColumn
@@ -157,7 +157,7 @@ void MatchDialog::currentChanged()
     showTracks();
     const int match = current();
     if (match >= 0 && match != m_reading && !m_candidates[static_cast<std::size_t>(match)].record)
-        take(match); // what is being read comes later
+        take(match); // one that is being read comes later
 }
 
 void MatchDialog::take(int match)
@@ -199,7 +199,7 @@ std::vector<std::optional<qint64>> MatchDialog::differences(const DiscRecord &re
     return m_contents ? lengthDifferences(*m_contents, record) : std::vector<std::optional<qint64>>();
 }
 
-/// The number of tracks and, if they are as many as the files, by how much the worst of them differs.
+/// Shows the number of tracks and, if there are as many files, the largest difference.
 void MatchDialog::showFit(int match)
 {
     const DiscRecord &record = *m_candidates[static_cast<std::size_t>(match)].record;

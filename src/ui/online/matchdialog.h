@@ -16,19 +16,19 @@ namespace ravlin {
 
 class Captions;
 
-/// Lets the user choose one of the discs that match, with the tracks of each and how much the files' lengths differ
-/// from them. It reads the first discs by itself and any other when it becomes the current one; one that has been read
-/// can be chosen.
+/// Lets the user choose one of several matching discs. Shows the tracks of each and how much the files' lengths differ.
+/// Reads the first discs ahead, and any other when it becomes the current one; a disc can be chosen once it has been
+/// read.
 class MatchDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// database: it has just offered the choice, and does nothing else while the window is open. contents: that of the
+    /// database: has just offered the choice, and does nothing else while the dialog is open. contents: those of the
     /// files, if they make a disc.
     MatchDialog(const Captions &captions, uFREEDB &database, std::optional<DiscContents> contents, QWidget *parent);
 
-    /// The disc that was chosen. Only once the window has been accepted.
+    /// The chosen disc. Only once the dialog was accepted.
     const DiscRecord &chosen() const;
 
     void done(int result) override;
@@ -59,7 +59,7 @@ private:
     std::optional<DiscContents> m_contents;
     std::vector<Candidate> m_candidates;
     int m_reading = -1;
-    bool m_readsAhead = true; ///< until the server fails altogether
+    bool m_readsAhead = true; ///< until the server fails for all
     QTreeWidget *m_matches = nullptr;
     QTreeWidget *m_tracks = nullptr;
     QLabel *m_status = nullptr;

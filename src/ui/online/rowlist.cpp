@@ -17,7 +17,7 @@ namespace {
 
 constexpr int RoomBetweenRows = 2; ///< pixels
 
-/// Makes a row with a sign as high as one without: rows of the two lists face each other.
+/// Makes a row with an icon as high as one without, so that the rows of both lists stay level.
 class EvenRows final : public QStyledItemDelegate
 {
 public:
@@ -76,7 +76,7 @@ void RowList::scrollTogether(RowList *one, RowList *other)
     connect(other->verticalScrollBar(), &QScrollBar::valueChanged, one, [one, other] { one->follow(other); });
 }
 
-/// A list that has fewer rows goes as far as it can, and does not pull the other one back.
+/// A shorter list scrolls as far as it can and does not pull the other one back.
 void RowList::follow(const RowList *other)
 {
     if (other->m_isFollowing)
@@ -121,10 +121,10 @@ void RowList::keyPressEvent(QKeyEvent *event)
     if (isMove && event->key() == Qt::Key_Up)
         moveRowTo(row, row - 1);
     else if (isMove && event->key() == Qt::Key_Down)
-        moveRowTo(row, row + 2); // before the one behind the next
+        moveRowTo(row, row + 2); // after the next row
     else if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
         QTreeView::keyPressEvent(event);
-    // Enter ends the editing of a cell; it must not press the window's default button as well.
+    // Enter ends the editing of a cell; it must not also press the default button.
 }
 
 // Dragging a row
@@ -145,7 +145,7 @@ void RowList::mouseMoveEvent(QMouseEvent *event)
 void RowList::mouseReleaseEvent(QMouseEvent *event)
 {
     if (const std::optional<RowDrag::Drop> drop = m_drag->release(*event)) {
-        setState(NoState); // of the press, which the view has seen
+        setState(NoState); // which the press has set
         moveRowTo(drop->row, drop->position);
     } else {
         QTreeView::mouseReleaseEvent(event);

@@ -12,29 +12,29 @@ namespace ravlin {
 
 class RowDrag;
 
-/// A list whose rows the user puts in order: a row is dragged with the left button and dropped before the row under the
-/// pointer, which a mark shows meanwhile, or moved by Alt and an arrow key. The selection goes with the rows.
+/// A list whose rows the user puts in order: by dragging a row with the left button and dropping it before the row
+/// under the pointer, where a mark shows meanwhile, or with Alt and an arrow key. The selection moves with the rows.
 class RowList : public QTreeView
 {
     Q_OBJECT
 
 public:
-    /// wideColumn: takes the room that the others, which are as wide as their texts, leave.
+    /// wideColumn takes the room that the others, as wide as their texts, leave.
     RowList(const char *name, int wideColumn, QWidget *parent);
 
     RowListModel &rows() { return *m_model; }
     const RowListModel &rows() const { return *m_model; }
     void setHeaderTexts(const QStringList &texts);
-    /// By position, from 0 on.
+    /// By row, from 0.
     std::vector<bool> selectionFlags() const;
 
-    /// What dropping a row there does; see RowListModel::moveTo.
+    /// Does what dropping a row there does; see RowListModel::moveTo.
     void moveRowTo(int row, int position);
-    /// From now on the two lists show the same rows side by side: who scrolls one, scrolls the other.
+    /// Makes the two lists scroll together.
     static void scrollTogether(RowList *one, RowList *other);
 
 Q_SIGNALS:
-    /// The rows stand in another order, or are others.
+    /// Rows were moved or replaced.
     void orderChanged();
     void selectionEdited();
 
@@ -55,8 +55,8 @@ private:
     RowListModel *const m_model;
     RowDrag *const m_drag;
     int m_wideColumn;
-    bool m_isFollowing = false;       ///< the other list's scrolling
-    QItemSelection m_selectionBefore; ///< the press, which a drag gives back
+    bool m_isFollowing = false;       ///< the other list
+    QItemSelection m_selectionBefore; ///< restored when the press becomes a drag
 };
 
 } // namespace ravlin

@@ -8,7 +8,7 @@ namespace ravlin {
 
 namespace {
 
-/// The whole text of the cell, which may be too narrow for it, and what is odd about the row.
+/// The full text of the cell, which may be cut off, and the remark.
 QString toolTip(const QString &cell, const QString &remark)
 {
     QStringList lines;
@@ -62,7 +62,7 @@ void RowListModel::setRemark(int row, const QString &remark)
 bool RowListModel::moveTo(int row, int position)
 {
     if (!beginMoveRows({}, row, row, {}, position))
-        return false; // it is there already
+        return false; // already there
     const auto first = m_lines.begin();
     if (position > row)
         std::rotate(first + row, first + row + 1, first + position);

@@ -10,18 +10,18 @@
 
 namespace ravlin {
 
-/// A row of one of the two lists that face each other.
+/// A row of one of the two facing lists.
 struct ListedLine
 {
-    int id = 0; ///< stays the row's own wherever it is moved to
+    int id = 0; ///< stays the same wherever the row moves
     QStringList cells;
-    QString remark; ///< a sentence on what is odd about it, in the user's language; mostly empty
+    QString remark; ///< a sentence in the interface language about something unusual; usually empty
 
     bool operator==(const ListedLine &) const = default;
 };
 
-/// Rows of texts that the user puts in order. A row with a remark has a sign in its last column, and its words are the
-/// row's tooltip and told to assistive tools with its first cell.
+/// Rows of text that the user puts in order. A row with a remark has an icon in its last column; the remark is in its
+/// tooltip and in the accessible text of its first cell.
 class RowListModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -29,19 +29,19 @@ class RowListModel : public QAbstractTableModel
 public:
     using QAbstractTableModel::QAbstractTableModel;
 
-    void setHeaderTexts(const QStringList &texts); ///< as many as there are columns; to be set first
+    void setHeaderTexts(const QStringList &texts); ///< one per column; must be set first
     void setRightAligned(const QSet<int> &columns) { m_rightAligned = columns; }
-    /// The column whose texts the user can edit; -1, as at first: none.
+    /// The editable column; -1, the default, means none.
     void setEditableColumn(int column) { m_editable = column; }
     void setRemarkIcon(const QIcon &icon);
 
     const std::vector<ListedLine> &lines() const { return m_lines; }
     void setLines(std::vector<ListedLine> lines);
-    /// Of the row with that id, which must be there.
+    /// Sets a cell of the row with that id, which must exist.
     void setCell(int id, int column, const QString &text);
     void setRemark(int row, const QString &remark);
-    /// Takes a row out and puts it in again before the one that is at the position now (rowCount(): last). False where
-    /// nothing changes.
+    /// Moves a row before the one now at the position; rowCount() moves it to the end. Returns false if nothing
+    /// changes.
     bool moveTo(int row, int position);
 
     int rowCount(const QModelIndex &parent = {}) const override;
