@@ -8,6 +8,7 @@ import os
 import subprocess
 import unittest
 import wave
+from concurrent.futures import ThreadPoolExecutor
 
 from clitest import PROGRAM, CliTest, id3v2, mp3
 
@@ -224,24 +225,29 @@ class FailureTest(LookupTest):
             self.assertTrue(message.endswith(b": disc not found\n"), message)
 
     def test_bad_servers_write_nothing(self):
-        paths = self.files(LIBRARY)
-        before = [self.read(path) for path in paths]
-        for fault, words in (("Silence", "did not answer in time"), ("Stalls", "did not answer in time"),
-                             ("HangsUp", "is not complete"), ("HalfSent", "is not complete"),
-                             ("CutList", "is not complete"), ("WebPage", "makes no sense"), ("Zeros", "makes no sense"),
-                             ("TooLong", "is too long"), ("Endless", "is too long"),
-                             ("RedirectLoop", "another address"), ("RedirectToFile", "not secure"),
-                             ("HttpRefused", "HTTP 503"), ("Code403", "is damaged on the server"),
-                             ("Code530", "try again later")):
+        before = [self.read(path) for path in self.files(LIBRARY)]
+        faults = {"Silence": "did not answer in time", "Stalls": "did not answer in time", "HangsUp": "is not complete",
+                  "HalfSent": "is not complete", "CutList": "is not complete", "WebPage": "makes no sense",
+                  "Zeros": "makes no sense", "TooLong": "is too long", "Endless": "is too long",
+                  "RedirectLoop": "another address", "RedirectToFile": "not secure", "HttpRefused": "HTTP 503",
+                  "Code403": "is damaged on the server", "Code530": "try again later"}
+
+        def look_up(fault):
+            paths = [self.make("%s/%d.mp3" % (fault, number), content) for number, content in enumerate(before)]
+            server = self.serve("--fault", fault, "--only", "cddb read")
+            limit = ["--timeout=1"] if "in time" in faults[fault] else []
+            result = self.run_cli("lookup", "--json", "--apply", *limit, "--server", server.address, *paths)
+            return result, [self.read(path) for path in paths]
+
+        with ThreadPoolExecutor() as pool:  # so that the time limits pass at the same time
+            results = dict(zip(faults, pool.map(look_up, faults)))
+        for fault, words in faults.items():
             with self.subTest(fault):
-                server = self.serve("--fault", fault, "--only", "cddb read")
-                limit = ["--timeout=1"] if "in time" in words else []
-                output, message = self.fail_with(1, "lookup", "--json", "--apply", *limit, "--server", server.address,
-                                                 *paths)
-                self.assertEqual(json.loads(output), [])
-                self.assertIn(words, message.decode())
-                self.assertEqual([self.read(path) for path in paths], before)
-                server.stop()
+                result, after = results[fault]
+                self.assertEqual((result.returncode, json.loads(result.stdout)), (1, []))
+                self.assertTrue(result.stderr.startswith(b"ravlin-cli: "), result.stderr)
+                self.assertIn(words, result.stderr.decode())
+                self.assertEqual(after, before)
 
     def test_nobody_there(self):
         server = self.serve()

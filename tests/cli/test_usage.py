@@ -9,10 +9,18 @@ import unittest
 
 from clitest import COMMANDS, PROGRAM, ROOT, CliTest, id3v2, mp3
 
+HELP = {}  # command: its help, which several tests read
 OPTION = re.compile(r"(?<![\w-])--[a-z][a-z0-9-]*")
 
 
-class HelpTest(CliTest):
+class HelpReader(CliTest):
+    def help_of(self, command):
+        if command not in HELP:
+            HELP[command] = self.succeed(command, "--help").decode()
+        return HELP[command]
+
+
+class HelpTest(HelpReader):
     def test_the_help_lists_every_command(self):
         text = self.succeed("--help").decode()
         self.assertEqual(tuple(re.findall(r"^  ([a-z]+)  ", text, re.MULTILINE)), COMMANDS)
@@ -22,7 +30,7 @@ class HelpTest(CliTest):
         version = self.succeed("--version")
         self.assertRegex(version, rb"^ravlin-cli \d+\.\d+\.\d+\n$")
         for command in COMMANDS:
-            text = self.succeed(command, "--help").decode()
+            text = self.help_of(command)
             self.assertTrue(text.startswith("Usage: ravlin-cli %s " % command), text)
             self.assertLessEqual(max(map(len, text.split("\n"))), 120)
             self.assertEqual(self.succeed(command, "operand", "-h").decode(), text)
@@ -35,7 +43,7 @@ class HelpTest(CliTest):
         for command in COMMANDS:
             self.assertIn("ravlin-cli " + command, synopsis)
             self.assertRegex(page, r"(?m)^\.B %s$" % command)
-            known |= set(OPTION.findall(self.succeed(command, "--help").decode()))
+            known |= set(OPTION.findall(self.help_of(command)))
         self.assertGreater(len(known), 10)
         self.assertEqual(set(OPTION.findall(page)), known)
 
@@ -47,7 +55,7 @@ class HelpTest(CliTest):
         self.assertEqual((result.returncode, result.stderr), (0, b""))
 
 
-class CompletionTest(CliTest):
+class CompletionTest(HelpReader):
     def complete(self, *words):
         """What bash offers when the last of the words is to be completed."""
         script = ('source "$0"; program=$1; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); '
@@ -65,7 +73,7 @@ class CompletionTest(CliTest):
 
     def test_options(self):
         for command in COMMANDS:
-            known = set(OPTION.findall(self.succeed(command, "--help").decode()))
+            known = set(OPTION.findall(self.help_of(command)))
             self.assertEqual(set(self.complete(command, "-")), known)
         self.assertEqual(self.complete("tag", "--mode", ""), ["1", "2", "3", "4", "5"])
         self.assertEqual(self.complete("multi", "--mode", ""), ["1", "2", "3", "4", "5"])

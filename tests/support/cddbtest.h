@@ -4,8 +4,11 @@
 #include "core/online/cddb/disccontents.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QSslCertificate>
 #include <QSslConfiguration>
+#include <QTimer>
 #include <QtGlobal>
 
 #include <chrono>
@@ -15,6 +18,21 @@ namespace ravlin::test {
 
 /// Milliseconds to wait for what takes moments: machines may be slow and busy.
 inline constexpr int PatientWait = 60'000;
+
+/// Handles events until the condition holds, and checks it after each batch of them: unlike QTRY_VERIFY, which checks
+/// every 50 ms, it returns at once. Returns whether the condition holds; gives up after PatientWait.
+template <typename Condition>
+bool waitUntil(Condition condition)
+{
+    QTimer waker; // the deadline needs an event, too
+    waker.start(std::chrono::milliseconds(50));
+    const QDeadlineTimer deadline(PatientWait);
+    while (!condition() && !deadline.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return condition();
+}
 
 /// Nothing in the environment may send a test's questions elsewhere.
 inline void leaveProxiesOut()

@@ -128,8 +128,15 @@ protected:
         openForm();
         waitForTracks(static_cast<int>(disc(index).titles.size()));
     }
-    void waitForTracks(int count) { QTRY_COMPARE_WITH_TIMEOUT(tracks()->rows().rowCount(), count, PatientWait); }
-    void waitUntilIdle() { QTRY_VERIFY_WITH_TIMEOUT(!timer()->isActive(), PatientWait); }
+    void waitForTracks(int count)
+    {
+        waitUntil([&] { return tracks()->rows().rowCount() == count; });
+        QCOMPARE(tracks()->rows().rowCount(), count);
+    }
+    void waitUntilIdle()
+    {
+        QVERIFY(waitUntil([this] { return !timer()->isActive(); }));
+    }
 
     template <typename Control = QWidget>
     Control *control(const QString &name) const
@@ -174,7 +181,7 @@ protected:
     template <typename Window = QDialog>
     Window *waitForWindow(const QString &name)
     {
-        [&] { QTRY_VERIFY_WITH_TIMEOUT(window<Window>(name) != nullptr, PatientWait); }();
+        [&] { QVERIFY(waitUntil([&] { return window<Window>(name) != nullptr; })); }();
         auto *found = window<Window>(name);
         if (found == nullptr)
             qFatal("no window %s", qPrintable(name));

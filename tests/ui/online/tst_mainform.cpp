@@ -97,14 +97,20 @@ private:
     /// Waits for a box and presses one of its buttons. Returns its text, and what it tells beside.
     QStringList answerBox(QMessageBox::StandardButton button = QMessageBox::Ok) const
     {
-        [&] { QTRY_VERIFY_WITH_TIMEOUT(box(), PatientWait); }();
+        [&] { QVERIFY(waitUntil([this] { return box() != nullptr; })); }();
         if (!box())
             return {};
         const QPointer<QMessageBox> shown = box();
         const QStringList texts{shown->text(), shown->informativeText(), QString::number(shown->icon())};
         shown->button(button)->click();
-        [&] { QTRY_VERIFY_WITH_TIMEOUT(!shown, PatientWait); }();
+        [&] { QVERIFY(waitUntil([&shown] { return !shown; })); }();
         return texts;
+    }
+    /// The progress text once the download has finished.
+    QString lastProgress() const
+    {
+        waitUntil([this] { return text("labelst") == u"download finished"_s; });
+        return text("labelst");
     }
     /// The window with the list of three files, and the box about the version answered.
     void openList()
@@ -313,7 +319,7 @@ private Q_SLOTS:
         QVERIFY(cmdget()->isEnabled());
         cmdget()->click();
         QVERIFY(!cmdget()->isEnabled());
-        QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+        QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(filesAskedFor(), (QByteArrayList{"a.zip", "c.zip"})); // in list order
         QCOMPARE(m_folder->names(), (QStringList{u"a.zip"_s, u"c.zip"_s}));
         QCOMPARE(ScratchFolder::read(m_folder->path(u"c.zip"_s)), Content);
@@ -348,7 +354,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(text("estimate").startsWith(u"estimated time "_s), PatientWait);
         QVERIFY(text("estimate").endsWith(u" s "_s));
         m_server->allow(Content.size());
-        QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+        QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(control<QProgressBar>("progressbar1")->value(), Content.size());
         QCOMPARE(text("estimate"), QString());
     }
@@ -359,7 +365,7 @@ private Q_SLOTS:
         openList();
         select({0});
         cmdget()->click();
-        QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+        QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(text("labelfs"), u"? Mb"_s);
         QCOMPARE(percent(0), QString());
         QCOMPARE(ScratchFolder::read(m_folder->path(u"a.zip"_s)), Content);
@@ -372,7 +378,7 @@ private Q_SLOTS:
         m_chosen = m_folder->path() + platform::Separator;
         select({0});
         cmdget()->click();
-        QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+        QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(text("labeldest"), u"destination: "_s + m_folder->path(u"a.zip"_s));
         QCOMPARE(m_folder->names(), QStringList{u"a.zip"_s});
     }
@@ -430,7 +436,7 @@ private Q_SLOTS:
             QVERIFY(cmdget()->isEnabled());
             serveFiles();
             cmdget()->click(); // once more
-            QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+            QCOMPARE(lastProgress(), u"download finished"_s);
             QCOMPARE(m_folder->names(), (QStringList{u"a.zip"_s, u"b.zip"_s}));
         }
         QVERIFY(!box());
@@ -464,7 +470,7 @@ private Q_SLOTS:
         select({0, 1, 2});
         cmdget()->click();
         QCOMPARE(answerBox()[1], u"b.zip: the web server refused the request (HTTP 404 Not Found)"_s);
-        QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+        QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(m_folder->names(), (QStringList{u"a.zip"_s, u"c.zip"_s}));
     }
 
@@ -508,7 +514,7 @@ private Q_SLOTS:
         QCOMPARE(first.first(), u"the file %1 exists already; replace it?"_s.arg(m_folder->path(u"a.zip"_s)));
         QCOMPARE(first[2], QString::number(QMessageBox::Question));
         QVERIFY(answerBox(QMessageBox::Yes).first().contains(u"b.zip"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+        QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(ScratchFolder::read(m_folder->path(u"a.zip"_s)), QByteArray("old a"));
         QCOMPARE(ScratchFolder::read(m_folder->path(u"b.zip"_s)), Content);
         QCOMPARE(filesAskedFor(), (QByteArrayList{"b.zip", "c.zip"}));
@@ -535,7 +541,7 @@ private Q_SLOTS:
         select({0, 1, 2});
         cmdget()->click();
         QCOMPARE(answerBox()[1], u"b.zip: the file was discarded: it does not match its checksum (b.zip)"_s);
-        QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+        QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(m_folder->names(), (QStringList{u"a.zip"_s, u"c.zip"_s}));
         QCOMPARE(text("checks"), u"has no checksum: c.zip; matches its checksum: a.zip"_s);
     }
@@ -561,7 +567,7 @@ private Q_SLOTS:
         const int width = m_window->width();
         select({0});
         cmdget()->click();
-        QTRY_COMPARE_WITH_TIMEOUT(text("labelst"), u"download finished"_s, PatientWait);
+        QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(m_window->width(), width);
         QVERIFY(m_window->minimumSizeHint().width() < width);
         const auto *label = control<QLabel>("labelfname");

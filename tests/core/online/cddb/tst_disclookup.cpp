@@ -54,7 +54,8 @@ private:
     }
     void waitFor(const QString &last)
     {
-        QTRY_COMPARE_WITH_TIMEOUT(m_told.isEmpty() ? QString() : m_told.constLast(), last, PatientWait);
+        waitUntil([&] { return m_told.value(m_told.size() - 1) == last; });
+        QCOMPARE(m_told.value(m_told.size() - 1), last);
     }
 
 private Q_SLOTS:

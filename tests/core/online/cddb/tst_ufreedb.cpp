@@ -67,7 +67,7 @@ struct Client
     {
         if (!signalled.isEmpty() || !freedb.isBusy())
             return u"ended within the call"_s;
-        [this] { QTRY_VERIFY_WITH_TIMEOUT(!freedb.isBusy(), PatientWait); }();
+        [this] { QVERIFY(waitUntil([this] { return !freedb.isBusy(); })); }();
         return std::exchange(signalled, {}).join(u", ");
     }
 

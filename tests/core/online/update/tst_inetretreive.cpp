@@ -52,7 +52,7 @@ private:
         download.start(job, [&outcome](const Outcome &result) { outcome = result; });
         if (outcome)
             qFatal("told before it was asked");
-        [&] { QTRY_VERIFY_WITH_TIMEOUT(outcome, PatientWait); }();
+        [&] { QVERIFY(waitUntil([&] { return outcome.has_value(); })); }();
         return outcome.value_or(tl::unexpected(UpdateFailure()));
     }
     Outcome downloaded(bool replaces = false) const
@@ -217,7 +217,7 @@ private Q_SLOTS:
         download.setSettings(settings);
         QCOMPARE(outcomeOf(download, job()).error().web, WebFailureKind::TimedOut);
         QCOMPARE(m_folder->names(), QStringList());
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->openConnections(), 0, PatientWait);
+        QVERIFY(waitUntil([&] { return m_server->openConnections() == 0; }));
     }
 
     void theServerIsStoppedInTheMiddle()
@@ -273,7 +273,7 @@ private Q_SLOTS:
         else
             download->cancel();
         QCOMPARE(m_folder->names(), QStringList());
-        QTRY_COMPARE_WITH_TIMEOUT(m_server->openConnections(), 0, PatientWait);
+        QVERIFY(waitUntil([&] { return m_server->openConnections() == 0; }));
         QVERIFY(!isTold);
     }
 

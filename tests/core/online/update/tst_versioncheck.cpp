@@ -34,7 +34,7 @@ private:
         check.check(url, [&outcome](const Checked &result) { outcome = result; });
         if (outcome)
             qFatal("told before it was asked");
-        [&] { QTRY_VERIFY_WITH_TIMEOUT(outcome, PatientWait); }();
+        [&] { QVERIFY(waitUntil([&] { return outcome.has_value(); })); }();
         return outcome.value_or(tl::unexpected(UpdateFailure()));
     }
     static QByteArray kept()

@@ -36,7 +36,7 @@ private:
         fetch.get(url, [&outcome](const WebAnswer &result) { outcome = result; });
         if (outcome)
             qFatal("told before it was asked");
-        [&] { QTRY_VERIFY_WITH_TIMEOUT(outcome, PatientWait); }();
+        [&] { QVERIFY(waitUntil([&] { return outcome.has_value(); })); }();
         return outcome.value_or(tl::unexpected(WebFailure{WebFailureKind::Garbage, u"no end"_s}));
     }
 
