@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-/// Contract: options and operands are told apart as the help says, whatever the operands and values look like; what
-/// makes no sense is refused with a reason.
+/// Contract: options and operands are told apart as the help says, whatever operands and values look like; a wrong
+/// command line is refused with a reason.
 #include "cli/arguments.h"
 
 #include <QTest>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-/// Contract: records come out as JSON, as fields with tabs, as an aligned table or as blocks of lines; large output
-/// goes out in pieces; nothing is written any more once writing failed; a message names the program and the file.
+/// Contract: records are written as JSON, as tab-separated fields, as an aligned table or as blocks of lines; large
+/// output is written in pieces, and nothing after a failure; a message names the program and the file.
 #include "cli/command.h"
 #include "cli/recordwriter.h"
 #include "core/platform/standardstreams.h"
@@ -13,7 +13,7 @@ namespace ravlin::cli {
 
 namespace {
 
-/// A stream that keeps what it gets.
+/// A stream that stores what it gets.
 struct Memory
 {
     QByteArray bytes;

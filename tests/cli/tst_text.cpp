@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-/// Contract: whatever a file's name or tag holds, JSON is valid UTF-8 and comes back as the same text, a line of fields
-/// stays a line, and a terminal is not commanded.
+/// Contract: whatever a file's name or tag holds, JSON is valid UTF-8 and decodes to the same text, a line of fields
+/// stays one line, and nothing commands a terminal.
 #include "cli/text.h"
 #include "core/platform/filesystem.h"
 #include "core/platform/standardstreams.h"

@@ -3,7 +3,7 @@
 
 namespace ravlin::test {
 
-// Made for these tests and of use for nothing else.
+// Made for these tests only.
 inline constexpr char Certificate[] = R"(-----BEGIN CERTIFICATE-----
 MIIBaDCCAQ2gAwIBAgIBATAKBggqhkjOPQQDAjAUMRIwEAYDVQQDDAlsb2NhbGhv
 c3QwIBcNMDAwMTAxMDAwMDAwWhgPMjEwMDAxMDEwMDAwMDBaMBQxEjAQBgNVBAMM

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The discs of the CD database for tests: made up, but shaped as real ones are.
+// The discs of the CD database for tests: invented, but shaped like real ones.
 #include "support/cddbserver.h"
 
 using namespace Qt::StringLiterals;

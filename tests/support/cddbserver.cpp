@@ -26,7 +26,7 @@ constexpr std::array<std::pair<Fault, const char *>, 24> FaultNames{{{Fault::Non
     {Fault::Code401, "Code401"}, {Fault::Code402, "Code402"}, {Fault::Code403, "Code403"}, {Fault::Code409, "Code409"},
     {Fault::Code500, "Code500"}, {Fault::Code530, "Code530"}}};
 
-/// What a request asks for.
+/// A parsed request.
 struct Request
 {
     QByteArray target;
@@ -71,7 +71,7 @@ QByteArray titleOf(const ServedDisc &disc)
     return (disc.artist + u" / "_s + disc.album).toUtf8();
 }
 
-/// "KEY=value" in as many lines as it takes, none of them long, none ending within a letter or an escape.
+/// "KEY=value" in as many short lines as needed, none ending within a letter or an escape.
 QByteArray keyLines(const QByteArray &key, const QString &value)
 {
     QByteArray lines;
@@ -235,7 +235,7 @@ private:
     }
 };
 
-/// The words behind the code of an answer that refuses.
+/// The words after the code of a refusal.
 QByteArray refusalOf(Fault fault)
 {
     switch (fault) {
@@ -303,7 +303,7 @@ public:
         socket.disconnectFromHost(); // when all is written
     }
 
-    /// Of the faults that send something and hang up.
+    /// For the faults that send something and hang up.
     QByteArray wrongAnswer(const Request &request, const QByteArray &body, Fault wrong) const
     {
         switch (wrong) {

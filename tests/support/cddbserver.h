@@ -13,9 +13,9 @@
 #include <optional>
 #include <vector>
 
-/// A CD database over HTTP for tests, on a port of its own of this computer, in the thread that made it: its events are
-/// dealt with by that thread's event loop. It has a few discs, speaks the protocol's levels 1, 5 and 6, keeps what it
-/// was asked, and misbehaves on request. It shares no code with the program.
+/// A CD database over HTTP for tests, on its own port of this computer, served by the event loop of the thread that
+/// made it. Has a few discs, speaks protocol levels 1, 5 and 6, records its requests, and misbehaves on request. Shares
+/// no code with the program.
 namespace ravlin::test {
 
 /// A disc of the database.
@@ -35,7 +35,7 @@ struct ServedDisc
     QString offsetText() const;
 };
 
-/// What goes wrong.
+/// What the server does wrong.
 enum class Fault
 {
     None,
@@ -45,17 +45,17 @@ enum class Fault
     WebPage,          ///< an HTML page
     Zeros,            ///< an answer of zeros
     HalfSent,         ///< closes in the middle of the announced length
-    CutList,          ///< ends before the line with the full stop, in good order
+    CutList,          ///< ends before the line with the full stop, with a correct length
     Stalls,           ///< sends half and then nothing
     TooLong,          ///< announces more than 1 MB
     Endless,          ///< sends without end and announces no length
-    RedirectLoop,     ///< sends to itself for ever
-    RedirectToFile,   ///< sends to a file of this computer
-    RedirectInsecure, ///< sends from https to http
-    RedirectOnce,     ///< sends to itself once: no fault
+    RedirectLoop,     ///< redirects to itself forever
+    RedirectToFile,   ///< redirects to a file of this computer
+    RedirectInsecure, ///< redirects from https to http
+    RedirectOnce,     ///< redirects to itself once: not a fault
     HttpRefused,      ///< HTTP 503
     HttpLogin,        ///< HTTP 401
-    Compressed,       ///< gzip, though not asked for
+    Compressed,       ///< gzip, though not requested
     Code401,
     Code402,
     Code403,
@@ -64,7 +64,7 @@ enum class Fault
     Code530,
 };
 
-/// The fault of that name ("Silence"), for programs.
+/// Returns the fault of that name ("Silence"), for programs.
 std::optional<Fault> faultFromName(const QByteArray &name);
 
 class CddbServer
@@ -85,17 +85,17 @@ public:
     QString hostAndPort() const; ///< "127.0.0.1:1234"
     QString url() const;         ///< with scheme and path
 
-    /// A request of a higher level is refused with 501. 6 at first.
+    /// Refuses requests of a higher level with 501. At first 6.
     void setNewestLevel(int level);
-    /// Below: what it knows besides query and read. Both at first.
+    /// Which commands it knows besides query and read. At first both.
     void setKnowsSearch(bool knows);
     void setKnowsAlbum(bool knows);
     /// Answers in Latin-1 at level 6, too.
     void setAlwaysLatin1(bool always);
-    /// For questions whose command begins with these words ("cddb read"); without words for all.
+    /// For questions whose command begins with these words ("cddb read"); for all if empty.
     void setFault(Fault fault, const QByteArray &command = {});
 
-    /// The requests' addresses so far, as they were sent.
+    /// The addresses requested so far, as sent.
     QByteArrayList requests() const;
     /// The commands so far, decoded: "cddb query 92093e0a 10 ...", "search".
     QByteArrayList commands() const;

@@ -13,10 +13,10 @@
 
 #include <chrono>
 
-/// What tests that talk to a CD database have in common.
+/// Shared by the tests that use the network.
 namespace ravlin::test {
 
-/// Milliseconds to wait for what takes moments: machines may be slow and busy.
+/// Milliseconds to wait at most: machines may be slow and busy.
 inline constexpr int PatientWait = 60'000;
 
 /// Handles events until the condition holds, and checks it after each batch of them: unlike QTRY_VERIFY, which checks
@@ -34,7 +34,7 @@ bool waitUntil(Condition condition)
     return condition();
 }
 
-/// Nothing in the environment may send a test's questions elsewhere.
+/// Removes what could send a test's questions elsewhere.
 inline void leaveProxiesOut()
 {
     for (const char *name : {"http_proxy", "https_proxy", "all_proxy", "no_proxy", "HTTP_PROXY", "HTTPS_PROXY",
@@ -42,7 +42,8 @@ inline void leaveProxiesOut()
         qunsetenv(name);
 }
 
-/// An MP3 file (MPEG-2.5 layer III, 8 kbit/s, 8,000 Hz, mono) that plays for that many frames of a CD and tells so.
+/// An MP3 file (MPEG-2.5 layer III, 8 kbit/s, 8,000 Hz, mono) that plays for that many CD frames and states what its
+/// encoder added.
 inline QByteArray cdTrack(qint64 frames)
 {
     constexpr int Rate = 8000;

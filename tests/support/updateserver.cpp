@@ -12,7 +12,7 @@ QByteArray chunk(const QByteArray &bytes)
     return QByteArray::number(bytes.size(), 16) + "\r\n" + bytes + "\r\n";
 }
 
-/// In two chunks and the last one, which is empty.
+/// Two chunks, and the empty last one.
 QByteArray chunked(const QByteArray &content)
 {
     const qsizetype half = content.size() / 2;
@@ -58,7 +58,7 @@ void UpdateServer::sendAllowed(Gate &gate) const
         gate.socket->disconnectFromHost();
 }
 
-/// Of the ways that send something and hang up.
+/// For the ways that send something and hang up.
 std::optional<QByteArray> UpdateServer::wholeAnswer(const Served &served)
 {
     const QByteArray &content = served.content;

@@ -8,15 +8,15 @@
 
 #include <optional>
 
-/// A web server for tests that has files of a new version, and misbehaves on request.
+/// A web server for tests that serves files of a new version, and misbehaves on request.
 namespace ravlin::test {
 
 enum class Serving
 {
-    Length,      ///< with the length in front: no fault
-    Chunked,     ///< in chunks: no fault
+    Length,      ///< with the length: not a fault
+    Chunked,     ///< in chunks: not a fault
     Unmarked,    ///< without a length; the end of the connection is the end
-    Gated,       ///< with the length in front, but no more bytes than allow() allows
+    Gated,       ///< with the length, but only as many bytes as allow() permits
     CutOff,      ///< closes in the middle of the announced length
     CutChunked,  ///< closes in the middle of the chunks
     CutHead,     ///< closes in the middle of the headers
@@ -29,7 +29,7 @@ enum class Serving
     Redirect,    ///< to Served::goal
     Status,      ///< answers with Served::status and the content as a page
     Garbage,     ///< sends the content instead of HTTP
-    BrokenCoding ///< in chunks whose sizes are no numbers
+    BrokenCoding ///< in chunks whose sizes are not numbers
 };
 
 struct Served
@@ -45,15 +45,15 @@ class UpdateServer : public WebServer
 public:
     explicit UpdateServer(Security security = Security::Plain) : WebServer(security) {}
 
-    /// What is under a path ("/ravlin/app/ravlin.ver"); all else is not found.
+    /// Serves content under a path ("/ravlin/app/ravlin.ver"); all others are not found.
     void serve(const QByteArray &path, const Served &served) { m_served[path] = served; }
     void serveVersionFile(const QByteArray &content, Serving way = Serving::Length);
-    /// The checksum of a file that is served, beside it.
+    /// Serves the checksum of a served file beside it.
     void serveChecksum(const QByteArray &path);
-    /// Lets gated content go out up to that many bytes.
+    /// Permits gated content up to that many bytes.
     void allow(qint64 bytes);
 
-    /// The paths asked for so far.
+    /// The paths requested so far.
     const QByteArrayList &requests() const { return m_requests; }
 
 protected:

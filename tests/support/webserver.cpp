@@ -38,7 +38,7 @@ WebServer::WebServer(Security security)
 
 WebServer::~WebServer()
 {
-    // What is still open must not call a server that is half gone.
+    // Open connections must not call a half-destroyed server.
     for (const QPointer<QSslSocket> &socket : std::as_const(m_connections)) {
         if (socket)
             socket->disconnect();

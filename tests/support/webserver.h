@@ -9,9 +9,8 @@
 
 #include <memory>
 
-/// What the tests' servers have in common: plain or encrypted HTTP on a port of its own of this computer, one request a
-/// connection, in the thread that made it: its events are dealt with by that thread's event loop. It shares no code
-/// with the program.
+/// Base of the tests' servers: plain or encrypted HTTP on its own port of this computer, one request per connection,
+/// served by the event loop of the thread that made it. Shares no code with the program.
 namespace ravlin::test {
 
 class WebServer
@@ -22,8 +21,8 @@ public:
     enum class Security
     {
         Plain,
-        Encrypted,         ///< with a certificate of its own that nobody trusts, see certificate()
-        EncryptedElsewhere ///< the same at an address that the certificate is not for
+        Encrypted,         ///< with its own untrusted certificate, see certificate()
+        EncryptedElsewhere ///< the same, at an address the certificate is not for
     };
 
     explicit WebServer(Security security);
@@ -36,7 +35,7 @@ public:
     QString hostAndPort() const; ///< "127.0.0.1:1234"
     QString origin() const;      ///< "https://127.0.0.1:1234"
     int openConnections() const;
-    /// Ends every connection without a farewell, and takes no new ones.
+    /// Drops every connection, and accepts no new ones.
     void stop();
 
     static QByteArray httpHead(const QByteArray &status, const QByteArrayList &fields);
@@ -44,7 +43,7 @@ public:
         const QByteArray &body, const QByteArray &type = "text/plain", const QByteArray &status = "200 OK");
 
 protected:
-    /// A request's head has come in. The connection stays open until disconnectFromHost() is called.
+    /// Called with a request's head. The connection stays open until disconnectFromHost() is called.
     virtual void answer(QSslSocket &socket, const QByteArray &head) = 0;
 
 private:

@@ -32,7 +32,6 @@ namespace ravlin::test {
 
 using namespace Qt::StringLiterals;
 
-/// The discs of the server.
 enum Discs
 {
     Gaviotas,
@@ -49,7 +48,7 @@ inline const ServedDisc &disc(int index)
     return CddbServer::discs().at(static_cast<std::size_t>(index));
 }
 
-/// The window with the tests' server, real files in a folder, and short words for its controls.
+/// The window with the tests' server, real files in a folder, and helpers for its controls.
 class LookupFixture : public QObject
 {
 protected:
@@ -61,7 +60,7 @@ protected:
     Captions m_captions;
     FakePageOwner m_owner;
     QString m_firstArtist;
-    platform::FileSystem *m_fileSystem = &platform::FileSystem::native(); ///< that files are measured by
+    platform::FileSystem *m_fileSystem = &platform::FileSystem::native(); ///< that measures files
     std::unique_ptr<freedb> m_form;
 
     void startAfresh()
@@ -121,7 +120,7 @@ protected:
         makeForm();
         m_form->show();
     }
-    /// With files for that disc, found.
+    /// Opens the window with files for that disc and waits until it is found.
     void openFound(int index)
     {
         addTracks(disc(index).marks);
@@ -171,7 +170,7 @@ protected:
     QStringList fileNames() const { return column(files(), 0); }
     QStringList titles() const { return column(tracks(), 1); }
 
-    /// The window of that name over the form; nullptr where there is none.
+    /// The visible window of that name over the form, or nullptr.
     template <typename Window = QDialog>
     Window *window(const QString &name) const
     {
@@ -187,7 +186,7 @@ protected:
             qFatal("no window %s", qPrintable(name));
         return found;
     }
-    /// The text of the message box of that name, which is closed.
+    /// Closes the message box of that name and returns its text.
     QString answerBox(const QString &name)
     {
         auto *box = waitForWindow<QMessageBox>(name);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window that asks for the text of a new search: it begins with a text that is selected, and the button or Enter
-// hands over what is in the box and closes it, whatever that is.
+// The window for the text of a new search: its text is selected at first, and the button or Enter reports whatever is
+// in the box and closes the window.
 
 #include "core/app/idiomas.h"
 #include "ui/online/buscaweb.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window that looks the album of files up: what it asks for, and that it does so once it is shown; what it shows of
-// a disc; what it says when there is none, when several match and when the server fails; searching again; and that it
-// can be closed at any moment.
+// The window that looks up the album of files: what it asks, and that it asks once shown; what it shows of a disc; what
+// it says without a disc, with several and when the server fails; searching again; and closing it at any moment.
 
 #include "core/online/cddb/playingtimes.h"
 #include "support/gatedfilesystem.h"
@@ -290,7 +289,7 @@ private Q_SLOTS:
         QCOMPARE(column(tracks(), 0), (QStringList{u"2"_s, u"1"_s, u"3"_s}));
         QTest::keyClicks(field(u"talbum"_s), u" 2"_s);
         QVERIFY(field(u"talbum"_s)->text().contains(u'2'));
-        // Another search takes the place of the one that hangs.
+        // Another search replaces the one that hangs.
         m_server->setFault(Fault::None);
         searchFor(u"Marie L'Été"_s);
         waitForTracks(9);
@@ -388,7 +387,7 @@ private Q_SLOTS:
         QCOMPARE(bar()->value(), 33);
         const QPointer<PlayingTimes> times = control<PlayingTimes>({});
         m_form->close();
-        m_form.reset(); // although a file is being waited for
+        m_form.reset(); // while a file is being read
         QVERIFY(times != nullptr);
         gate.letThrough(1);
         QVERIFY(waitUntil([&] { return times == nullptr; }));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the window saves: row by row the files get the tracks that stand beside them, by the tag-save mode of now; which
-// values a file keeps; what is said when a file can't be written; and that the order is the user's.
+// What the window saves: each file gets the track beside it, in the current tag-save mode; which values a file keeps;
+// what it says if a file can't be written; and that the order is the user's.
 
 #include "ui/online/lookupfixture.h"
 

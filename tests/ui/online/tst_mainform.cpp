@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window that looks for a new version: what it asks and tells when it comes up, which files it downloads where and
-// what it shows meanwhile, that every failure is told and that it can be ended at any moment.
+// The window that looks for a new version: what it requests and says when it opens, which files it downloads where,
+// what it shows meanwhile, that it reports every failure, and that it can be ended at any moment.
 #include "core/app/idiomas.h"
 #include "core/app/settings.h"
 #include "core/app/texttable.h"
@@ -94,7 +94,7 @@ private:
         }
         return nullptr;
     }
-    /// Waits for a box and presses one of its buttons. Returns its text, and what it tells beside.
+    /// Waits for a box and presses one of its buttons. Returns its text, its informative text and its icon.
     QStringList answerBox(QMessageBox::StandardButton button = QMessageBox::Ok) const
     {
         [&] { QVERIFY(waitUntil([this] { return box() != nullptr; })); }();
@@ -112,7 +112,7 @@ private:
         waitUntil([this] { return text("labelst") == u"download finished"_s; });
         return text("labelst");
     }
-    /// The window with the list of three files, and the box about the version answered.
+    /// Opens the window with the list of three files and answers the box about the version.
     void openList()
     {
         m_server->serveVersionFile(ThreeFiles);
@@ -350,7 +350,7 @@ private Q_SLOTS:
         QCOMPARE(percent(1), u"50%"_s);
         QCOMPARE(text("labelst"), u"status: (0.15 MB of 0.29 MB)"_s);
         QCOMPARE(state(), u"download..."_s);
-        // The time is estimated as soon as the rate is measured.
+        // The time is estimated once the rate is known.
         QTRY_VERIFY_WITH_TIMEOUT(text("estimate").startsWith(u"estimated time "_s), PatientWait);
         QVERIFY(text("estimate").endsWith(u" s "_s));
         m_server->allow(Content.size());
@@ -403,7 +403,7 @@ private Q_SLOTS:
         select({0});
         cmdget()->click();
         QTRY_COMPARE_WITH_TIMEOUT(filesAskedFor().size(), 1, PatientWait);
-        Q_EMIT cmdget()->clicked(); // from a tool that goes round the disabled button
+        Q_EMIT cmdget()->clicked(); // as a tool may, despite the disabled button
         QCOMPARE(m_titles.size(), 1);
         QVERIFY(!cmdget()->isEnabled());
     }
@@ -435,7 +435,7 @@ private Q_SLOTS:
             QCOMPARE(state(), u"download aborted"_s);
             QVERIFY(cmdget()->isEnabled());
             serveFiles();
-            cmdget()->click(); // once more
+            cmdget()->click(); // again
             QCOMPARE(lastProgress(), u"download finished"_s);
             QCOMPARE(m_folder->names(), (QStringList{u"a.zip"_s, u"b.zip"_s}));
         }

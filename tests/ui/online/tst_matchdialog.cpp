@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Choosing among several discs: what matches is listed with the number of tracks and how well the lengths fit, the
-// tracks of the current one stand below with their differences, and the chosen one fills the form.
+// Choosing among several discs: the matches are listed with their number of tracks and how well the lengths fit, the
+// tracks of the current one below with their differences, and the chosen one fills the form.
 
 #include "ui/online/lookupfixture.h"
 
@@ -121,7 +121,7 @@ private Q_SLOTS:
         choose(1);
         QVERIFY(note().isEmpty());
         QVERIFY(ok()->isEnabled());
-        // Whoever comes back to it asks again.
+        // Coming back to it asks again.
         m_server->setFault(Fault::None);
         choose(0);
         QVERIFY(waitUntil([this] { return ok()->isEnabled(); }));
@@ -140,7 +140,7 @@ private Q_SLOTS:
     {
         m_server->setFault(Fault::Silence, "cddb read jazz");
         openChoice(disc(FirstTake).marks);
-        choose(1); // while the first is being waited for
+        choose(1); // while the first is being read
         QVERIFY(waitUntil([this] { return ok()->isEnabled(); }));
         ok()->click();
         QCOMPARE(field(u"talbum"_s)->text(), u"First Take (reissue)"_s);

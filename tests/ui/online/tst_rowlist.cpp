@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The lists that face each other: rows are put in order by dragging one, which goes before the row under the pointer,
-// and by Alt and the arrow keys; the selection goes with them; a mark shows where a row would go.
+// The facing lists: the user orders rows by dragging one, which goes before the row under the pointer, and with Alt and
+// the arrow keys. The selection moves along, and a mark shows where a row would go.
 
 #include "ui/online/lookupfixture.h"
 
@@ -28,7 +28,7 @@ private:
         }
         return names;
     }
-    /// Whether something is drawn at the edge above that row (5: below the last) that was not before.
+    /// Whether something new is drawn at the edge above that row (5: below the last).
     bool isMarkedAbove(const QImage &before, int row) const
     {
         const int height = m_list->visualRect(m_list->model()->index(0, 0)).height();
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QCOMPARE(topRow(other), 30);
         other.verticalScrollBar()->setValue(7);
         QCOMPARE(topRow(*m_list), 7);
-        // The shorter one goes as far as it can and holds the longer one not back.
+        // The shorter list scrolls as far as it can and does not hold the longer one back.
         m_list->verticalScrollBar()->setValue(80);
         QCOMPARE(topRow(*m_list), 80);
         QCOMPARE(other.verticalScrollBar()->value(), other.verticalScrollBar()->maximum());

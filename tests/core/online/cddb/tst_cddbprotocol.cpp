@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The protocol of CD databases: what an address for the server is, how a question is written at each level, and what
-// each answer means, whatever a server sends.
+// The CDDB protocol: which text is a server's address, how each question is written at each level, and what each answer
+// means, whatever a server sends.
 #include "core/online/cddb/cddbprotocol.h"
 
 #include <QTest>

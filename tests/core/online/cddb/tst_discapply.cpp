@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A disc's data in a file's tag: track, title, artist and album are the disc's; year and genre only where it has them;
-// the rest stays. Of a batch, a line for each file that was not saved tells why.
+// A disc's data in a file's tag: track, title, artist and album are the disc's, year and genre only if it has them, and
+// the rest stays. Each file of a batch that was not saved gets a line with the reason.
 #include "core/app/idiomas.h"
 #include "core/online/cddb/discapply.h"
 

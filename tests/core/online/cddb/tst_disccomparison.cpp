@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Files and tracks side by side: a track that plays more than two seconds longer or shorter than the file beside it is
-// told of, and so are numbers of rows that differ; what is not known is no difference.
+// Files and tracks side by side: a length that differs by more than two seconds is pointed out, and so are different
+// numbers of rows. Unknown lengths do not differ. Titles, times and differences are shown as documented.
 #include "core/app/idiomas.h"
 #include "core/online/cddb/disccomparison.h"
 #include "core/online/cddb/disccontents.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Playing times become a disc's offset text, begun frames counted; the text becomes the disc's table of contents and
-// its identifier. The played samples of a ripped and encoded disc give back the disc's own offsets.
+// Playing times become a disc's offset text, which counts frames that were begun; the text becomes the table of
+// contents and its identifier. The played samples of a ripped and encoded disc give back the disc's own offsets.
 #include "core/online/cddb/disccontents.h"
 #include "core/online/cddb/xmcdrecord.h"
 
@@ -19,7 +19,7 @@ using Times = std::vector<double>;
 
 constexpr qint64 SamplesOfAFrame = 588; // of a CD: 44,100 / 75
 
-/// A disc's tracks as they come out of a ripper: whole frames.
+/// A disc's tracks as a ripper makes them: whole frames.
 std::vector<PlayedAudio> rippedTracks(const std::vector<qint64> &frames, bool tellsDelay)
 {
     std::vector<PlayedAudio> files;
@@ -166,7 +166,7 @@ void TestDiscContents::identifiers_data()
     QTest::addColumn<QString>("id");
     QTest::addColumn<int>("tracks");
     QTest::addColumn<int>("seconds");
-    // The last number is any frame of the second told.
+    // The last number may be any frame of the stated second.
     QTest::newRow("ten tracks") << u"175 18469 34444 51154 70524 88841 104824 124686 140966 159454 177600"_s
                                 << u"92093e0a"_s << 10 << 2368;
     QTest::newRow("nine tracks") << u"150 21834 43363 63436 89772 115596 138570 167224 190210 211499"_s << u"820b0109"_s

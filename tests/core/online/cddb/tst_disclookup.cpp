@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The looking up of files: they are measured, then their disc is asked for in the order that counts at that moment; a
-// search takes the question's place; files that make no disc are told of and nothing is asked.
+// Looking up files: they are measured, then their disc is looked up in the order set at that moment. A search replaces
+// this question. Files that do not make a disc are reported and nothing is asked.
 #include "core/app/options.h"
 #include "core/app/settings.h"
 #include "core/online/cddb/disclookup.h"
@@ -140,7 +140,7 @@ private Q_SLOTS:
         m_lookup->search(u" / "_s);
         QVERIFY(!m_lookup->isAsking());
         m_lookup->begin();
-        waitFor(u"not found"_s); // and takes no question's place
+        waitFor(u"not found"_s); // and has replaced no question
     }
 
     void severalMatchesAreAChoice()

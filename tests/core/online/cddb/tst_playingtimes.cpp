@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Playing times are measured in the order of the files on a thread of their own; a file that has none is told of with
-// the reason; a measuring that is cancelled tells nothing more, and one that is left keeps nobody waiting.
+// Playing times are measured on a thread of their own, in the order of the files. A file without one is reported with
+// the reason. A cancelled run reports nothing more, and leave() makes nobody wait.
 
 #include "core/online/cddb/playingtimes.h"
 #include "support/cddbtest.h"
@@ -76,8 +76,8 @@ private Q_SLOTS:
         gate.letThrough(1);
         QTRY_COMPARE_WITH_TIMEOUT(m_told.size(), 1, PatientWait);
         times.cancel();
-        gate.letThrough(1); // the one that is being waited for
-        times.measure({});  // its end comes after everything of the first
+        gate.letThrough(1); // the one being read
+        times.measure({});  // ends after everything of the first run
         QTRY_COMPARE_WITH_TIMEOUT(m_told, (QStringList{u"0: 11520 of 44100"_s, u"finished"_s}), PatientWait);
     }
 
@@ -98,7 +98,7 @@ private Q_SLOTS:
         const QPointer<PlayingTimes> times = new PlayingTimes(gate, this);
         listenTo(times);
         times->measure({file(u"h.mp3"_s, audio(10))});
-        times->leave(); // although the file is not open yet
+        times->leave(); // before the file is open
         QVERIFY(times != nullptr);
         gate.letThrough(1);
         QTRY_VERIFY_WITH_TIMEOUT(times == nullptr, PatientWait);

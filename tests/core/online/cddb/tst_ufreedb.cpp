@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The CD-database component: a disc is looked up by its offsets or by a text, one exact match is read at once, several
-// are offered; older servers are understood; whatever a server does, exactly one signal tells the end, later than the
-// call returns, and what was read before stays.
+// The CD-database component: looks up a disc by its offsets or by a text, reads a single exact match at once, offers
+// several, and understands older servers. Whatever a server does, exactly one signal reports the end, after the call
+// has returned, and the last record stays.
 #include "core/online/cddb/ufreedb.h"
 #include "support/cddbserver.h"
 #include "support/cddbtest.h"
@@ -41,7 +41,7 @@ QStringList titlesOf(const DiscRecord &record)
     return titles;
 }
 
-/// A component that asks a server, and what it signalled.
+/// A component that asks a server, and its signals.
 struct Client
 {
     explicit Client(const CddbServer &server)
@@ -62,7 +62,7 @@ struct Client
         });
     }
 
-    /// The signal that ends what was begun.
+    /// The signal that ended the operation.
     QString ending()
     {
         if (!signalled.isEmpty() || !freedb.isBusy())
@@ -195,7 +195,7 @@ void TestUFreedb::inexactMatchesAreOffered()
     QCOMPARE(client.take(0), u"record"_s);
     const auto differences = lengthDifferences(*client.freedb.contents(), client.freedb.record());
     QCOMPARE(differences, (std::vector<std::optional<qint64>>{50, -50, -75}));
-    // A single one that is not exact is a choice, too.
+    // A single inexact match is a choice, too.
     QCOMPARE(client.query(u"150 20000 40000 60100"_s), u"choice"_s);
     QCOMPARE(client.freedb.result(), 1);
 }
@@ -240,7 +240,7 @@ void TestUFreedb::secondTryTakesTheUsualDelayOff()
     constexpr qint64 SamplesOfAFrame = 588;
     for (size_t track = 0; track + 1 < marks.size(); ++track)
         files.push_back({(marks[track + 1] - marks[track]) * SamplesOfAFrame + UsualEncoderSamples, 44100, false});
-    // So long a disc that the server takes the first offsets for no disc of its own.
+    // A disc so long that the server does not take the first offsets for another of its discs.
     const QString first = u"150 1150 9150"_s;
     QCOMPARE(client.query(first, offsetTextWithUsualDelay(files)), u"record"_s);
     QCOMPARE(client.freedb.record().album, u"Harbour Songs"_s);
@@ -305,7 +305,7 @@ void TestUFreedb::olderServers()
     QCOMPARE(record.year, u"2003"_s);
     QTEST(record.genre, "genre");
     QCOMPARE(record.tracks[5].title, u"Garçon"_s);
-    // What Latin-1 lacks, the server could not send.
+    // Letters outside Latin-1 could not be sent by the server.
     QCOMPARE(record.tracks[6].title, u"C?ur"_s);
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Records of the xmcd format: repeated keys, escapes, year and genre in both places, artists of several artists' discs,
-// UTF-8 and Latin-1, offsets in comments; nothing that a record says does harm.
+// Records in the xmcd format: repeated keys, escapes, year and genre in both places, track artists, UTF-8 and Latin-1,
+// offsets in comments. No record does harm, whatever it holds.
 #include "core/online/cddb/cddbtext.h"
 #include "core/online/cddb/xmcdrecord.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How far a download has come is counted in chunks of 1024 bytes and told to the letter; how long it takes is worked
-// out from what moved lately. A checksum is found in what stands beside a file.
+// Progress of a download is counted in chunks of 1024 bytes and worded exactly as specified; the remaining time follows
+// the recent speed. A checksum is found in a checksum file.
 #include "core/online/update/downloadprogress.h"
 #include "core/online/update/inetretreive.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A download bears its name only when it is whole, checked and on the disk; whatever goes wrong, and whenever it is
-// cancelled, nothing of it is left behind and an older file of that name stays as it was.
+// A download gets its name only once it is complete, checked and on the disk. After any failure and any cancel nothing
+// of it is left, and an older file of that name is untouched.
 #include "core/online/update/inetretreive.h"
 #include "core/platform/desktop.h"
 #include "core/platform/scratchfolder.h"
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(sizes, 1, PatientWait);
         QCOMPARE(download.progress().firstText(), u"0 bytes of 102900 bytes"_s);
         QCOMPARE(states, (QList<int>{1, 2, 3, 4, 5, 6, 7, 8, 12}));
-        m_server->allow(1023); // waits for the rest of its chunk
+        m_server->allow(1023); // not a whole chunk
         m_server->allow(51200);
         QTRY_COMPARE_WITH_TIMEOUT(download.progress().received(), 51200, PatientWait);
         QCOMPARE(texts.last(), u"status: (0.05 MB of 0.10 MB)"_s);
@@ -286,7 +286,7 @@ private Q_SLOTS:
         m_server->allow(51200);
         QTRY_COMPARE_WITH_TIMEOUT(download.progress().received(), 51200, PatientWait);
         serve({.content = Content});
-        QVERIFY(outcomeOf(download, job()).has_value()); // ends the one before
+        QVERIFY(outcomeOf(download, job()).has_value()); // ends the earlier one
         QVERIFY(!isTold);
         QVERIFY(file() == Content);
         QCOMPARE(m_folder->names(), QStringList{u"a.zip"_s});
@@ -346,7 +346,7 @@ private Q_SLOTS:
         const UpdateFailure failure = downloaded(true).error();
         QCOMPARE(failure.kind, UpdateFailureKind::WrongChecksum);
         QCOMPARE(failure.detail, u"a.zip"_s);
-        QVERIFY(file() == Content); // the one before
+        QVERIFY(file() == Content); // the earlier one
         QCOMPARE(m_folder->names(), QStringList{u"a.zip"_s});
     }
 

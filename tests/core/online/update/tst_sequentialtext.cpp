@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A sequential text's fields come out as BASIC's "write" put them in, whatever the line ends; what is wrong or missing
-// ends the reading, and a text that is cut anywhere gives the fields that are whole and nothing else.
+// The fields of a sequential text are those that BASIC's "write" put in, whatever the line ends. An error ends the
+// reading, and a text cut anywhere gives its complete fields and nothing else.
 #include "core/online/update/sequentialtext.h"
 
 #include <QTest>
@@ -13,7 +13,7 @@ class TestSequentialText : public QObject
     Q_OBJECT
 
 private:
-    /// The fields, with "?" and the error's number behind them where there was one.
+    /// The fields, followed by "?" and the error's number if there was one.
     static QStringList fieldsOf(const QByteArray &text)
     {
         SequentialReader reader(text);
@@ -101,8 +101,7 @@ private Q_SLOTS:
         QCOMPARE(reader.field().error(), SequentialError::EndOfText);
     }
 
-    /// Every beginning of a text gives a beginning of its fields; the last of them may be short only where it is not
-    /// quoted.
+    /// Every prefix of a text gives a prefix of its fields; only an unquoted last field may be shortened.
     void aTextCutAnywhere()
     {
         const QByteArray text = "\"1.4.0\",\"x,y\"\r\n\"a.zip\", \"b\",12\r\n";

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where new versions are looked for and fetched from: https unless somebody chose otherwise, never less secure than the
-// version file, and under names that stay in the folder that was chosen.
+// Addresses of new versions: https unless chosen otherwise, never less secure than the version file, and file names
+// that stay in the chosen folder.
 #include "core/online/update/updateaddress.h"
 
 #include <QTest>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The version file is fetched, kept under its fixed name and read from there; everything that is not a version file,
-// late, too long, sent elsewhere, refused, cut off or without a trusted certificate is a failure that says so.
+// The version file is fetched, stored under its fixed name and read from there. Anything that is not a version file,
+// late, too long, redirected, refused, cut off or without a trusted certificate is a failure that says so.
 #include "core/online/update/updateaddress.h"
 #include "core/online/update/versioncheck.h"
 #include "support/cddbtest.h"

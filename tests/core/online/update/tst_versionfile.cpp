@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the version file tells: its header, up to 51 records, and what is made of a file that is damaged or none.
-// Versions are compared as texts.
+// The version file: its header, up to 51 records, and damaged files and other files. Versions are compared as text.
 #include "core/online/update/versionfile.h"
 
 #include <QTest>
@@ -61,7 +60,7 @@ private Q_SLOTS:
         const VersionFile file = VersionFile::parse(records(1) + nameless + record(2)).value();
         QCOMPARE(file.records.size(), 2U);
         QCOMPARE(file.records.back().fileName, u"file2.zip"_s);
-        // It is one of the 51 that are read all the same.
+        // It still counts as one of the 51.
         QCOMPARE(VersionFile::parse("1.0,0\n" + nameless + records(51).mid(12)).value().records.size(), 50U);
     }
 

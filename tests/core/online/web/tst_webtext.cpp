@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// An answer is fetched whole or a failure says why: late, too long, sent elsewhere, refused, cut off, without a
-// certificate that is trusted. The system's proxy is used as wanted. Nothing here leaves this computer.
+// An answer is fetched whole, or a failure gives the reason: late, too long, redirected, refused, cut off, without a
+// trusted certificate. The system's proxy is used as the settings say. Nothing here leaves this computer.
 #include "core/online/web/webtext.h"
 #include "support/cddbserver.h"
 #include "support/cddbtest.h"
@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A question that the server answers with two lines.
+/// A question with a two-line answer.
 QUrl question(const CddbServer &server)
 {
     return QUrl(server.url() + u"?cmd=cddb+album+Gaviotas&hello=a+b+c+d&proto=6"_s);
