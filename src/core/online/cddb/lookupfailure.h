@@ -9,29 +9,27 @@
 
 namespace ravlin {
 
-/// Why a CD database gave no usable answer, for callers to branch on. The first ten are those of WebFailureKind and
-/// have its values.
+/// Why a CD database gave no usable answer, for callers to branch on. Extends WebFailureKind, whose values it keeps.
 enum class LookupFailureKind
 {
-    NoConnection,
-    Proxy,
-    TimedOut,
-    TooLarge,
-    TooManyRedirects,
-    InsecureRedirect,
-    Certificate,
-    HttpStatus,
-    Garbage,       ///< also: the answer makes no sense
-    Incomplete,    ///< also: the end mark is missing
-    BadAddress,    ///< the server's address is not one
-    BadContents,   ///< the files' playing times do not make a disc
-    NoEntry,       ///< the entry that was offered is not there (401)
-    BrokenEntry,   ///< the entry is damaged (403)
-    ServerTrouble, ///< the database has a problem (402, 530)
-    NotGreeted,    ///< the database wants to know who asks (409)
-    Refused,       ///< the database does not understand the question (500 and others)
+    NoConnection = int(WebFailureKind::NoConnection),
+    Proxy = int(WebFailureKind::Proxy),
+    TimedOut = int(WebFailureKind::TimedOut),
+    TooLarge = int(WebFailureKind::TooLarge),
+    TooManyRedirects = int(WebFailureKind::TooManyRedirects),
+    InsecureRedirect = int(WebFailureKind::InsecureRedirect),
+    Certificate = int(WebFailureKind::Certificate),
+    HttpStatus = int(WebFailureKind::HttpStatus),
+    Garbage = int(WebFailureKind::Garbage),       ///< also: the answer makes no sense
+    Incomplete = int(WebFailureKind::Incomplete), ///< also: the end mark is missing
+    BadAddress,                                   ///< the server's address is not one
+    BadContents,                                  ///< the files' playing times do not make a disc
+    NoEntry,                                      ///< the entry that was offered is not there (401)
+    BrokenEntry,                                  ///< the entry is damaged (403)
+    ServerTrouble,                                ///< the database has a problem (402, 530)
+    NotGreeted,                                   ///< the database wants to know who asks (409)
+    Refused,                                      ///< the database does not understand the question (500 and others)
 };
-static_assert(int(LookupFailureKind::Incomplete) == int(WebFailureKind::Incomplete));
 
 /// A failure as a value.
 struct LookupFailure

@@ -22,6 +22,18 @@ private:
 private Q_SLOTS:
     void initTestCase() { m_captions.fill(); }
 
+    void titlesTimesAndDifferencesAreShown()
+    {
+        QCOMPARE(shownTitle({u"Ana"_s, u"Faro"_s, {}}), u"Ana / Faro"_s);
+        QCOMPARE(shownTitle({{}, u"Faro"_s, {}}), u"Faro"_s);
+        QCOMPARE(shownTime(75 * 61 + 45), u"01:01.6"_s);
+        QCOMPARE(shownTime(std::nullopt), QString());
+        QCOMPARE(shownDifference(90), u"+1.2 s"_s);
+        QCOMPARE(shownDifference(-90), u"-1.2 s"_s);
+        QCOMPARE(shownDifference(0), u"0.0 s"_s);
+        QCOMPARE(shownDifference(std::nullopt), QString());
+    }
+
     void twoSecondsMoreOrLessAreNothing()
     {
         QCOMPARE(notableDifferences({1150, 1151, 850, 849}, {1000, 1000, 1000, 1000}), (Differences{0, 151, 0, -151}));
