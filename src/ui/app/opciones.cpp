@@ -210,7 +210,7 @@ void opciones::accept()
 
 void opciones::openUpdate()
 {
-    auto *window = new mainform({m_program.settings, m_program.captions, m_program.fileSystem}, this);
+    auto *window = new mainform(m_program.settings, m_program.captions, m_program.fileSystem, this);
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->open();
 }

@@ -61,10 +61,11 @@ QTreeWidgetItem *itemOf(const VersionRecord &record)
 
 } // namespace
 
-mainform::mainform(const UpdateContext &context, QWidget *parent)
-    : QDialog(parent), m_context(context),
+mainform::mainform(Settings &settings, const Captions &captions, platform::FileSystem &fileSystem, QWidget *parent,
+    const QString &address, const QString &version)
+    : QDialog(parent), m_settings(settings), m_captions(captions), m_address(address), m_version(version),
       m_chooseFolder([this](const QString &title, const QString &start) { return chooseBySystem(this, title, start); }),
-      m_check(context.fileSystem), m_download(context.fileSystem),
+      m_check(fileSystem), m_download(fileSystem),
       m_queue(m_download,
           {[this](const QString &path, const std::function<void(bool)> &answer) { askToReplace(path, answer); },
               [this](const QString &fileName, const UpdateFailure &failure, const std::function<void()> &goOn) {
@@ -164,23 +165,22 @@ void mainform::createLayout()
 
 void mainform::applyCaptions()
 {
-    const Captions &captions = m_context.captions;
-    setWindowTitle(captions.text(Caption::ProgramUpdate));
-    m_title->setText(captions.text(Caption::ProgramUpdate));
-    m_statusFrame->setTitle(captions.text(Caption::UpdateStatus));
-    m_filesFrame->setTitle(captions.text(Caption::FileList));
-    m_sizeCaption->setText(captions.text(Caption::FileSize));
-    m_name->setFullText(captions.text(Caption::FileName));
-    m_destination->setFullText(captions.text(Caption::Destination));
-    m_get->setText(captions.text(Caption::Download));
-    m_get->setToolTip(captions.text(Text::TipDownload));
-    m_cancel->setText(captions.text(Caption::Cancel));
-    m_fileList->setHeaderLabels({captions.text(Caption::File), captions.text(Caption::Percent),
-        captions.text(Caption::Description), captions.text(Caption::Version)});
-    m_fileList->setAccessibleName(captions.text(Caption::FileList));
-    m_progressBar->setAccessibleName(captions.text(Caption::Download));
-    m_statusBar->setAccessibleName(captions.text(Text::NameStatusBar));
-    m_download.setLeadingText(captions.text(Caption::UpdateStatus) + u": "_s);
+    setWindowTitle(m_captions.text(Caption::ProgramUpdate));
+    m_title->setText(m_captions.text(Caption::ProgramUpdate));
+    m_statusFrame->setTitle(m_captions.text(Caption::UpdateStatus));
+    m_filesFrame->setTitle(m_captions.text(Caption::FileList));
+    m_sizeCaption->setText(m_captions.text(Caption::FileSize));
+    m_name->setFullText(m_captions.text(Caption::FileName));
+    m_destination->setFullText(m_captions.text(Caption::Destination));
+    m_get->setText(m_captions.text(Caption::Download));
+    m_get->setToolTip(m_captions.text(Text::TipDownload));
+    m_cancel->setText(m_captions.text(Caption::Cancel));
+    m_fileList->setHeaderLabels({m_captions.text(Caption::File), m_captions.text(Caption::Percent),
+        m_captions.text(Caption::Description), m_captions.text(Caption::Version)});
+    m_fileList->setAccessibleName(m_captions.text(Caption::FileList));
+    m_progressBar->setAccessibleName(m_captions.text(Caption::Download));
+    m_statusBar->setAccessibleName(m_captions.text(Text::NameStatusBar));
+    m_download.setLeadingText(m_captions.text(Caption::UpdateStatus) + u": "_s);
     const int letter = fontMetrics().averageCharWidth();
     constexpr int FileLetters = 28;
     constexpr int PercentLetters = 12;
@@ -213,7 +213,7 @@ void mainform::connectControls()
 
 void mainform::restorePlace()
 {
-    const QByteArray place = QByteArray::fromBase64(m_context.settings.read(PlaceKey).toLatin1());
+    const QByteArray place = QByteArray::fromBase64(m_settings.read(PlaceKey).toLatin1());
     if (!restoreGeometry(place))
         resize(StartSize);
 }
@@ -224,7 +224,7 @@ void mainform::done(int result)
     m_queue.cancel();
     m_estimateTimer->stop();
     m_progressTimer->stop();
-    m_context.settings.write(PlaceKey, QString::fromLatin1(saveGeometry().toBase64()));
+    m_settings.write(PlaceKey, QString::fromLatin1(saveGeometry().toBase64()));
     QDialog::done(result);
 }
 
@@ -253,7 +253,7 @@ void mainform::check()
         tellFailure({}, file.error(), [] {});
         enableControls();
     };
-    const UpdateResult<QUrl> url = versionFileUrl(m_context.address);
+    const UpdateResult<QUrl> url = versionFileUrl(m_address);
     if (!url) {
         tell(tl::unexpected(url.error()));
         return;
@@ -270,10 +270,9 @@ void mainform::showVersions(const VersionFile &file)
         m_fileList->addTopLevelItem(itemOf(record));
     m_fileList->setCurrentItem(m_fileList->topLevelItem(0), FileColumn, QItemSelectionModel::NoUpdate);
     enableControls();
-    const Captions &captions = m_context.captions;
-    const bool isNewer = isNewerVersion(file.version, m_context.version);
-    const QString text = isNewer ? captions.text(Caption::NewVersion) + u": "_s + file.version
-                                 : captions.text(Caption::LastVersion) + u": "_s + m_context.version;
+    const bool isNewer = isNewerVersion(file.version, m_version);
+    const QString text = isNewer ? m_captions.text(Caption::NewVersion) + u": "_s + file.version
+                                 : m_captions.text(Caption::LastVersion) + u": "_s + m_version;
     openBox(QMessageBox::Information, "version", text, {}, [](int) {});
 }
 
@@ -310,25 +309,24 @@ void mainform::download()
 
 QString mainform::chooseFolder()
 {
-    QString start = m_context.settings.read(FolderKey);
+    QString start = m_settings.read(FolderKey);
     if (start.isEmpty() || !QDir(start).exists())
         start = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
-    const QString chosen = m_chooseFolder(m_context.captions.text(Caption::SelectFolder), start);
+    const QString chosen = m_chooseFolder(m_captions.text(Caption::SelectFolder), start);
     if (chosen.isEmpty())
         return {};
     const QString folder = QDir::toNativeSeparators(chosen);
-    m_context.settings.write(FolderKey, folder);
+    m_settings.write(FolderKey, folder);
     return folder;
 }
 
 void mainform::showBegun(int row, const QString &fileName, const QString &path)
 {
-    const Captions &captions = m_context.captions;
     m_row = row;
     m_fileName = fileName;
-    m_action->setFullText(captions.text(Caption::DownloadingFile) + u' ' + fileName);
-    m_name->setFullText(captions.text(Caption::FileName) + u": "_s + fileName);
-    m_destination->setFullText(captions.text(Caption::Destination) + u": "_s + path);
+    m_action->setFullText(m_captions.text(Caption::DownloadingFile) + u' ' + fileName);
+    m_name->setFullText(m_captions.text(Caption::FileName) + u": "_s + fileName);
+    m_destination->setFullText(m_captions.text(Caption::Destination) + u": "_s + path);
     m_size->clear();
     m_received->setFullText({});
     m_estimate->clear();
@@ -367,7 +365,7 @@ void mainform::showEstimate()
     m_rate.measure(std::chrono::milliseconds(m_clock.elapsed()), progress.received());
     const std::optional<qint64> seconds =
         progress.isTotalKnown() ? m_rate.secondsFor(progress.total() - progress.value()) : std::nullopt;
-    m_estimate->setText(seconds ? estimateText(m_context.captions.text(Caption::EstimatedTime), *seconds) : QString());
+    m_estimate->setText(seconds ? estimateText(m_captions.text(Caption::EstimatedTime), *seconds) : QString());
 }
 
 void mainform::showDownloaded(const QString &path, bool isChecked)
@@ -384,7 +382,7 @@ void mainform::showDownloaded(const QString &path, bool isChecked)
     for (const auto &[text, names] :
         {std::pair(Text::UpdateUnchecked, m_uncheckedNames), std::pair(Text::UpdateChecked, m_checkedNames)}) {
         if (!names.isEmpty())
-            remarks << m_context.captions.text(text).arg(names.join(u", "_s));
+            remarks << m_captions.text(text).arg(names.join(u", "_s));
     }
     m_checks->setFullText(remarks.join(u"; "_s));
 }
@@ -392,7 +390,7 @@ void mainform::showDownloaded(const QString &path, bool isChecked)
 void mainform::showFinished(bool hasReachedEnd)
 {
     if (hasReachedEnd)
-        m_received->setFullText(m_context.captions.text(Caption::DownloadFinished));
+        m_received->setFullText(m_captions.text(Caption::DownloadFinished));
     enableControls();
 }
 
@@ -440,14 +438,14 @@ void mainform::tellFailure(const QString &fileName, const UpdateFailure &failure
     resetProgress();
     if (failure.kind != UpdateFailureKind::Web && !fileName.isEmpty())
         showStatus(u"download aborted"_s);
-    const QString reason = updateFailureText(m_context.captions, failure);
+    const QString reason = updateFailureText(m_captions, failure);
     openBox(QMessageBox::Critical, "error", u"error"_s, fileName.isEmpty() ? reason : fileName + u": "_s + reason,
         [goOn](int) { goOn(); });
 }
 
 void mainform::askToReplace(const QString &path, const std::function<void(bool)> &answer)
 {
-    openBox(QMessageBox::Question, "replace", m_context.captions.text(Text::UpdateReplace).arg(path), {},
+    openBox(QMessageBox::Question, "replace", m_captions.text(Text::UpdateReplace).arg(path), {},
         [answer](int button) { answer(button == QMessageBox::Yes); });
 }
 

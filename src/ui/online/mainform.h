@@ -21,17 +21,9 @@ class QTreeWidget;
 
 namespace ravlin {
 
+class Captions;
 class ElidedLabel;
 class Settings;
-
-struct UpdateContext
-{
-    Settings &settings;
-    const Captions &captions;
-    platform::FileSystem &fileSystem;
-    QString address = updateAddress();
-    QString version = runningVersion(); ///< of this program
-};
 
 /// The window that looks for a newer version when it opens, lists the files of the newest one, and downloads the
 /// selected ones into a folder the user chooses. It never runs any of them.
@@ -46,8 +38,9 @@ public:
     /// Asks the user for a folder, given a title and a folder to start in. Returns an empty text for none.
     using ChooseFolder = std::function<QString(const QString &title, const QString &start)>;
 
-    /// context's members must outlive the window.
-    explicit mainform(const UpdateContext &context, QWidget *parent = nullptr);
+    /// The references must outlive the window. version: of this program.
+    mainform(Settings &settings, const Captions &captions, platform::FileSystem &fileSystem, QWidget *parent = nullptr,
+        const QString &address = updateAddress(), const QString &version = runningVersion());
 
     void setChooseFolder(ChooseFolder choose) { m_chooseFolder = std::move(choose); }
 
@@ -90,7 +83,10 @@ private:
     void tellFailure(const QString &fileName, const UpdateFailure &failure, const std::function<void()> &goOn);
     void askToReplace(const QString &path, const std::function<void(bool)> &answer);
 
-    UpdateContext m_context;
+    Settings &m_settings;
+    const Captions &m_captions;
+    const QString m_address;
+    const QString m_version;
     ChooseFolder m_chooseFolder;
     VersionCheck m_check;
     InetRetreive m_download;

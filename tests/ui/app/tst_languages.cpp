@@ -113,7 +113,7 @@ QList<WindowMaker> windowMakers()
                 if (!silent.isListening() && !silent.listen(QHostAddress::LocalHost))
                     qFatal("no port to listen on");
                 const QString address = u"http://127.0.0.1:%1"_s.arg(silent.serverPort());
-                auto *window = new mainform({program.settings, program.captions, program.fileSystem, address});
+                auto *window = new mainform(program.settings, program.captions, program.fileSystem, nullptr, address);
                 window->setMinimumWidth(1200); // room for its states in any font: a text that is cut is none of them
                 return window;
             },

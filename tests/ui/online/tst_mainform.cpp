@@ -53,8 +53,8 @@ private:
 
     void open(const QString &version = u"1.4.0"_s, const QString &address = {})
     {
-        m_window = std::make_unique<mainform>(UpdateContext{*m_settings, *m_captions, platform::FileSystem::native(),
-            address.isEmpty() ? m_server->origin() : address, version});
+        m_window = std::make_unique<mainform>(*m_settings, *m_captions, platform::FileSystem::native(), nullptr,
+            address.isEmpty() ? m_server->origin() : address, version);
         m_window->setChooseFolder([this](const QString &title, const QString &) {
             m_titles << title;
             return m_chosen;
