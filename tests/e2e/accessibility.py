@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The windows as a screen reader sees them: the AT-SPI bus, asked by plain D-Bus calls, so that no answer is an old one
-out of a cache."""
+"""The windows as a screen reader sees them: the AT-SPI bus over plain D-Bus calls, which unlike a client library cache
+nothing."""
 
 from gi.repository import Gio, GLib
 
@@ -16,13 +16,13 @@ TABLE = "org.a11y.atspi.Table"
 TEXT = "org.a11y.atspi.Text"
 VALUE = "org.a11y.atspi.Value"
 
-CALL_LIMIT = 30_000  # milliseconds; a program that is at work does not answer at once
+CALL_LIMIT = 30_000  # milliseconds; a busy program answers late
 
-LABELLED_BY = 2  # kind of relation
-# Of the standard's numbers, those that are used here.
+LABELLED_BY = 2  # type of relation
+# The state numbers of AT-SPI that are used here.
 STATES = {1: "active", 4: "checked", 7: "editable", 8: "enabled", 9: "expandable", 10: "expanded", 11: "focusable",
           12: "focused", 16: "modal", 22: "selectable", 23: "selected", 24: "sensitive", 25: "showing", 30: "visible"}
-# Their children are rows and cells, which can be many, and are asked for by place.
+# Their children are rows and cells, possibly many; use cell() instead of walking over them.
 TABLES = ("table", "tree table", "tree", "list", "list box")
 
 
@@ -32,7 +32,7 @@ def connect(address):
 
 
 class Node:
-    """One control. Every answer is asked for anew; one that is gone raises Gone."""
+    """One control. Every property is a call to the program; it raises Gone if the control no longer exists."""
 
     def __init__(self, connection, owner, path):
         self._connection = connection
@@ -97,7 +97,7 @@ class Node:
 
     @property
     def labels(self):
-        """What stands beside it: the names of the labels that it is related to."""
+        """The names of the labels beside it, by their relation."""
         return [self._node(target).name for kind, targets in self.call(ACCESSIBLE, "GetRelationSet")[0]
                 if kind == LABELLED_BY for target in targets]
 
@@ -120,34 +120,70 @@ class Node:
         return self._node(self.call(TABLE, "GetAccessibleAt", "(ii)", row, column)[0])
 
     def walk(self, tables=False):
-        """This and all below it, the parts of tables only if asked for."""
-        yield self
+        """This node and all below it, hidden ones too; the parts of tables only on request."""
+        return (node for node, _ in self._walk(tables))
+
+    def _walk(self, tables=False):
         try:
-            if not tables and self.role in TABLES:
-                return
+            role = self.role
+        except Gone:
+            return
+        yield self, role
+        if role in TABLES and not tables:
+            return
+        try:
             children = self.children
         except Gone:
             return
         for child in children:
-            yield from child.walk(tables)
+            yield from child._walk(tables)
+
+    def shown(self):
+        """The nodes below this one that are on the screen, with their roles, without the parts of tables.
+
+        What is hidden hides all below it: of a page that is not open, one call is all that is made.
+        """
+        try:
+            children = self.children
+        except Gone:
+            return
+        for child in children:
+            try:
+                if "showing" not in child.states:
+                    continue
+                role = child.role
+            except Gone:
+                continue
+            yield child, role
+            if role not in TABLES:
+                yield from child.shown()
+
+    def find_shown(self, role, name=None):
+        """Generates the nodes below this one that are on the screen and have that role, and that name unless None."""
+        for node, found in self.shown():
+            try:
+                if found == role and (name is None or node.name == name):
+                    yield node
+            except Gone:
+                pass
 
     def find_all(self, role, name=None):
-        """All of that role, and of that name where one is given, in the order of the tree."""
+        """This node and those below it, hidden ones too, that have that role, and that name unless None."""
         found = []
-        for node in self.walk():
+        for node, kind in self._walk():
             try:
-                if node.role == role and (name is None or node.name == name):
+                if kind == role and (name is None or node.name == name):
                     found.append(node)
             except Gone:
                 pass
         return found
 
     def find(self, role, name=None):
-        """The first of that role and name; None where there is none."""
+        """The first of that role and name, or None."""
         return next(iter(self.find_all(role, name)), None)
 
     def describe(self, depth=0):
-        """The tree as text, for whoever reads a failure."""
+        """The tree as text, to explain a failure."""
         try:
             head = f"{self.role} {self.name!r} {sorted(self.states)}"
             children = self.children
@@ -157,7 +193,7 @@ class Node:
 
 
 class AccessibilityBus:
-    """The bus on which programs tell of their windows."""
+    """The bus on which programs publish their windows."""
 
     def __init__(self, session_address):
         session = connect(session_address)
@@ -178,7 +214,7 @@ class AccessibilityBus:
         return Node(self._connection, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
 
     def application(self, process):
-        """The program with that process number; None while it has not announced itself."""
+        """The program with that process ID, or None if it has not registered yet."""
         for node in self.registry().children:
             try:
                 if self._process_of(node.owner) == process:

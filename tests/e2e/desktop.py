@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A desktop of a test's own: display, window manager, session bus, accessibility bus, home folder."""
+"""A desktop for tests: display, window manager, session bus, accessibility bus, and a home folder for each test."""
 
 import ctypes
 import os
@@ -13,13 +13,13 @@ from accessibility import AccessibilityBus
 from waiting import LIMIT, wait_until
 
 SCREEN = "1280x900x24"
-NEEDED = ("Xvfb", "openbox", "dbus-daemon", "xdotool", "xprop", "import", "xdg-open", "mimetype")
+NEEDED = ("Xvfb", "openbox", "dbus-daemon", "xdotool", "xprop", "xwininfo", "import", "xdg-open", "mimetype")
 BUS_LAUNCHER = "/usr/libexec/at-spi-bus-launcher"
 PR_SET_PDEATHSIG = 1
 PR_SET_CHILD_SUBREAPER = 36
-DOUBLE_CLICK = 0.6  # seconds: two clicks further apart than this are two, by Qt's 0.4 s
+DOUBLE_CLICK = 0.6  # seconds between clicks that Qt must not take for a double click; its limit is 0.4 s
 
-# Without mouse bindings: for those the manager stops the pointer at every press until it has looked at it.
+# No mouse bindings: for them the manager freezes the pointer at every press.
 WINDOW_MANAGER_SETTINGS = """<?xml version="1.0" encoding="UTF-8"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
   <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
@@ -37,7 +37,7 @@ def die_with_parent():
 
 
 def adopt_orphans():
-    """What our children leave behind becomes our child, so that it can be found and ended."""
+    """Orphaned descendants become our children, so that they can be found and killed."""
     _libc.prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
 
@@ -49,11 +49,11 @@ def children_of(parent):
         return []
 
 
-def end_descendants():
-    """Ends every process that this one started, and those they started."""
+def end_descendants(spared=()):
+    """Kills the children of this process and what they started, except those spared and their children."""
     deadline = time.monotonic() + LIMIT
     while time.monotonic() < deadline:
-        children = children_of(os.getpid())
+        children = [child for child in children_of(os.getpid()) if child not in spared]
         if not children:
             return
         for child in children:
@@ -74,27 +74,27 @@ def missing_programs():
 
 
 class Desktop:
-    """Starts everything in the constructor; close() ends it. Its files are under a folder that the caller removes."""
+    """The constructor starts everything and moves into the folder; close() ends it. The caller removes the folders.
+
+    Several users can follow one another: leave() ends what one has started, move_in() gives the next a home and an
+    environment of its own. They share the display, the buses, the window manager and the place of the pointer.
+    """
 
     def __init__(self, folder):
         adopt_orphans()
-        self.folder = folder
-        self.home = folder / "home"
-        self.config = folder / "config"
         self.log = open(folder / "desktop.log", "wb")
         self.bus = None
         self._processes = []
+        self._spared = ()
         self._last_click = (0.0, 0, 0)
         runtime = folder / "run"
-        for path in (self.home, self.config, folder / "data", folder / "cache", folder / "state", runtime):
-            path.mkdir(mode=0o700)
-        self.environment = {
-            "PATH": os.environ.get("PATH", os.defpath), "LC_ALL": "C.UTF-8", "TMPDIR": str(folder), "TZ": "UTC",
-            "HOME": str(self.home), "XDG_CONFIG_HOME": str(self.config), "XDG_DATA_HOME": str(folder / "data"),
-            "XDG_CACHE_HOME": str(folder / "cache"), "XDG_STATE_HOME": str(folder / "state"),
+        runtime.mkdir(mode=0o700)
+        self._basis = {
+            "PATH": os.environ.get("PATH", os.defpath), "LC_ALL": "C.UTF-8", "TZ": "UTC",
             "XDG_RUNTIME_DIR": str(runtime), "GSETTINGS_BACKEND": "memory", "QT_QPA_PLATFORM": "xcb",
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_ACCESSIBILITY": "1",
         }
+        self.move_in(folder)
         try:
             self._start_display()
             self._start_buses()
@@ -102,6 +102,30 @@ class Desktop:
         except BaseException:
             self.close()
             raise
+        self._basis.update({name: self.environment[name] for name in ("DISPLAY", "DBUS_SESSION_BUS_ADDRESS")})
+        self._spared = tuple(process.pid for process in self._processes)
+
+    def move_in(self, folder):
+        """Makes an empty home below the folder and an environment for it."""
+        self.folder = folder
+        self.home = folder / "home"
+        self.config = folder / "config"
+        for path in (self.home, self.config, folder / "data", folder / "cache", folder / "state"):
+            path.mkdir(mode=0o700)
+        self.environment = {
+            **self._basis, "TMPDIR": str(folder), "HOME": str(self.home), "XDG_CONFIG_HOME": str(self.config),
+            "XDG_DATA_HOME": str(folder / "data"), "XDG_CACHE_HOME": str(folder / "cache"),
+            "XDG_STATE_HOME": str(folder / "state"),
+        }
+
+    def leave(self):
+        """Kills all that was started since the desktop itself stands."""
+        while len(self._processes) > len(self._spared):
+            process = self._processes.pop()
+            process.kill()
+            process.wait()
+        end_descendants(self._spared)
+        self.park_pointer()
 
     def start(self, command, **options):
         options = {"stdin": subprocess.DEVNULL, "stdout": self.log, "stderr": self.log, "env": self.environment,
@@ -110,20 +134,20 @@ class Desktop:
         return self._processes[-1]
 
     def run(self, *command):
-        """Runs a program of the desktop's to its end and returns what it printed."""
+        """Runs a program on the desktop to its end and returns its output."""
         return subprocess.run(command, env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=self.log, timeout=LIMIT, check=True, preexec_fn=die_with_parent).stdout.decode()
 
     def _start_display(self):
-        """The display number is the server's choice, so that servers started at the same time don't meet."""
+        """The server chooses the display number, so that servers started at the same time don't collide."""
         for _ in range(5):
-            told, tells = os.pipe()
-            # -r: a key that a busy machine releases late must not repeat itself.
-            server = self.start(["Xvfb", "-displayfd", str(tells), "-screen", "0", SCREEN, "-nolisten", "tcp",
-                                 "-noreset", "-r"], pass_fds=[tells])
-            os.close(tells)
-            number = self._line_from(told)
-            os.close(told)
+            reading, writing = os.pipe()
+            # -r: no repetition, for a busy machine releases keys late.
+            server = self.start(["Xvfb", "-displayfd", str(writing), "-screen", "0", SCREEN, "-nolisten", "tcp",
+                                 "-noreset", "-r"], pass_fds=[writing])
+            os.close(writing)
+            number = self._line_from(reading)
+            os.close(reading)
             if number:
                 self.environment["DISPLAY"] = f":{number}"
                 return
@@ -145,13 +169,13 @@ class Desktop:
         return line.decode().strip()
 
     def _start_buses(self):
-        told, tells = os.pipe()
+        reading, writing = os.pipe()
         self.start(["dbus-daemon", "--session", "--nofork", "--nopidfile",
-                    f"--address=unix:dir={self.environment['XDG_RUNTIME_DIR']}", f"--print-address={tells}"],
-                   pass_fds=[tells])
-        os.close(tells)
-        address = self._line_from(told)
-        os.close(told)
+                    f"--address=unix:dir={self.environment['XDG_RUNTIME_DIR']}", f"--print-address={writing}"],
+                   pass_fds=[writing])
+        os.close(writing)
+        address = self._line_from(reading)
+        os.close(reading)
         if not address:
             raise AssertionError("no session bus could be started")
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
@@ -179,7 +203,7 @@ class Desktop:
         self.run("xdotool", "type", "--clearmodifiers", "--delay", "0", text)
 
     def click(self, x, y, button=1):
-        """The pointer leaves at once: where it rests a tooltip comes up and takes the next click in its place."""
+        """Moves the pointer away at once: where it rests, a tooltip would appear and take the next click."""
         at, former_x, former_y = self._last_click
         since = time.monotonic() - at
         if abs(x - former_x) < 20 and abs(y - former_y) < 20 and since < DOUBLE_CLICK:
@@ -189,9 +213,9 @@ class Desktop:
         self._last_click = (time.monotonic(), x, y)
 
     def drag(self, *points):
-        """Presses the left button at the first place, goes by way of the others and lets go at the last.
+        """Presses the left button at the first point, moves over the others and releases it at the last.
 
-        The pointer stays: of the moves that wait for the program, the last makes those before it forgotten.
+        The pointer stays there: Qt compresses pending moves, and one more would replace the last of the drag.
         """
         command = ["xdotool", "mousemove", *map(str, points[0]), "mousedown", "1"]
         for point in points[1:]:
@@ -201,6 +225,16 @@ class Desktop:
     def park_pointer(self):
         self.run("xdotool", "mousemove", "0", "0")
 
+    def active_window_extents(self):
+        """Left, top, width and height of the active window as the X server knows them; None if there is none."""
+        window = self.run("xprop", "-root", "_NET_ACTIVE_WINDOW").split()[-1]
+        try:
+            lines = self.run("xwininfo", "-id", window).splitlines()
+        except subprocess.CalledProcessError:
+            return None  # no window is active, or it has just gone
+        values = dict(line.strip().split(":", 1) for line in lines if ":" in line)
+        return tuple(int(values[name]) for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+
     def take_picture(self, path):
         self.run("import", "-silent", "-window", "root", str(path))
 
@@ -208,7 +242,7 @@ class Desktop:
         if self.bus is not None:
             try:
                 self.bus.close()
-            except Exception:  # the bus may have gone first
+            except Exception:  # the bus may have ended first
                 pass
             self.bus = None
         for process in reversed(self._processes):

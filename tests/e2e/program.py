@@ -1,13 +1,14 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The program as a process in a window, driven by keys and mouse and looked at over the accessibility bus."""
+"""The program as a process with windows, driven by keys and mouse and observed over the accessibility bus."""
 
 import os
 import sys
 
-from waiting import LIMIT, wait_until
+from waiting import LIMIT, Gone, wait_until
 
 PROGRAM = os.path.join(os.environ["RAVLIN_BIN_DIR"], "ravlin")
-TRY_AGAIN = 15.0  # seconds before what shows no effect is done again
+TRY_AGAIN = 15.0  # seconds before an action without effect is repeated
+WINDOWS = ("frame", "dialog", "alert message")  # children of the application
 
 
 def centre(extents):
@@ -16,12 +17,13 @@ def centre(extents):
 
 
 class Program:
-    """The names by which parts of the window are found are those of the language that it speaks; English at first."""
+    """Controls are found by their names in the language of the program; list_name is the file list's, in English."""
 
     def __init__(self, desktop, *arguments, window=("frame", "ravlin!")):
-        """window: role and name of the one that comes up first."""
+        """window: role and name of the first one to appear."""
         self.desktop = desktop
         self.list_name = "file list"
+        self._trees = {}
         self.window = None
         with open(desktop.folder / "program.log", "ab") as log:
             self._process = desktop.start([PROGRAM, *map(os.fspath, arguments)], stdout=log, stderr=log)
@@ -29,7 +31,7 @@ class Program:
         self.enter(*window)
 
     def enter(self, role, name):
-        """Waits until that window is the active one and rests at its place."""
+        """Waits until that window is active and at its final place."""
         self.window = self.wait_for(role, name)
         self.wait(lambda: "active" in self.window.states, "the window active")
         places = []
@@ -41,15 +43,17 @@ class Program:
         return self.window
 
     def close_dialog(self, button):
-        """Closes the dialog that was entered, by that button, and goes back into the main window."""
+        """Closes the entered dialog by that button and enters the main window."""
         dialog = self.window
         self.press(button, lambda: dialog not in self.application.children, "the dialog's end", inside=dialog)
         self.enter("frame", "ravlin!")
 
     def _rests(self, places):
-        """Whether the window manager is done with moving it: the same place ten times."""
+        """Whether the window manager has placed it: the program names the place where the display has it, three times."""
         places.append(self.window.extents)
-        return len(places) > 10 and len(set(map(tuple, places[-10:]))) == 1
+        if len(places) < 3 or len(set(places[-3:])) > 1:
+            return False
+        return places[-1] == self.desktop.active_window_extents()
 
     def wait(self, condition, what, limit=LIMIT):
         return wait_until(condition, what, limit, self._must_run)
@@ -61,40 +65,58 @@ class Program:
     # Controls
 
     def seen(self, role, name=None, inside=None):
-        """The control of that role and name that is on the screen now; None where there is none."""
-        for node in (inside or self.application).find_all(role, name):
-            if "showing" in node.states:
-                return node
+        """The first control of that role and name that is on the screen now, or None."""
+        if inside is None and role in WINDOWS:
+            return self._window(role, name)
+        return next((inside or self.application).find_shown(role, name), None)
+
+    def _window(self, role, name):
+        for node in self.application.children:
+            try:
+                if node.role == role and name in (None, node.name) and "showing" in node.states:
+                    return node
+            except Gone:
+                pass
         return None
+
+    def _seen_tree(self, name):
+        """The tree of that name, looked for anew only if the one found last is not shown any more."""
+        tree = self._trees.get(name)
+        try:
+            if tree is not None and "showing" in tree.states and tree.name == name:
+                return tree
+        except Gone:
+            pass
+        self._trees[name] = self.seen("tree", name)
+        return self._trees[name]
 
     def wait_for(self, role, name=None, inside=None):
         return self.wait(lambda: self.seen(role, name, inside), f"{role} '{name}'")
 
     def combo_box(self, label):
-        """The one with that label; its own name is its chosen entry."""
+        """The combo box with that label; its own name is the chosen entry."""
         def seen():
-            return next((box for box in self.application.find_all("combo box")
-                         if label in box.labels and "showing" in box.states), None)
+            return next((box for box in self.application.find_shown("combo box") if label in box.labels), None)
 
         return self.wait(seen, f"combo box '{label}'")
 
     @property
     def list(self):
-        return self.wait_for("tree", self.list_name)
+        return self.wait(lambda: self._seen_tree(self.list_name), f"tree '{self.list_name}'")
 
     @property
     def tree(self):
-        return self.wait_for("tree", "folders")
+        return self.wait(lambda: self._seen_tree("folders"), "tree 'folders'")
 
     def text_of(self, name, inside=None):
         return self.wait_for("text", name, inside).text
 
     def status(self):
-        """The texts of the two status panels."""
+        """The texts of the two panels of the status bar."""
         return [label.name for label in self.wait_for("status bar").find_all("label")]
 
     def file_rows(self, table=None):
-        """The first column's texts, of the file list if no other is told."""
+        """The texts of the first column, by default of the file list."""
         table = table or self.list
         return [table.cell(row).name for row in range(table.row_count)]
 
@@ -113,9 +135,9 @@ class Program:
         self.desktop.click(*centre(node.extents))
 
     def press(self, name, condition, what, inside=None):
-        """Clicks on a button, once it can be clicked, until it shows."""
+        """Clicks on a button, once it is enabled, until the condition holds."""
         def ready():
-            # One with a drop-down menu has a role of its own; its own part is the larger one.
+            # A button with a menu has a role of its own; its centre is the button, not the arrow.
             button = self.seen("push button", name, inside) or self.seen("button menu", name, inside)
             return button if button is not None and "enabled" in button.states else None
 
@@ -128,8 +150,9 @@ class Program:
         self.again_until(click, condition, what)
 
     def again_until(self, action, condition, what):
-        """Does something until it shows. It is done again after a time in which every window that heard it has shown
-        it: a key or a click goes lost when, on a busy machine, it meets a window that is just getting the focus.
+        """Repeats an action until the condition holds, after long enough for any action that arrived to take effect.
+
+        On a busy machine a key or a click gets lost if it meets a window that is just getting the focus.
         """
         for _ in range(5):
             action()
@@ -141,7 +164,7 @@ class Program:
         return self.wait(condition, what)
 
     def key_until(self, keys, condition, what):
-        """Strikes keys, several with blanks between them, until it shows."""
+        """Presses keys, separated by blanks, until the condition holds."""
         self.again_until(lambda: self.desktop.key(*keys.split()), condition, what)
 
     def focus(self, role, name, inside=None):
@@ -151,7 +174,7 @@ class Program:
         return node
 
     def fill(self, name, text, inside=None):
-        """Types a text into a text box, in the place of what is there; what no key types goes over the bus."""
+        """Replaces the content of a text box: ASCII by keys, other text over the bus."""
         box = self.focus("text", name, inside)
 
         def write():
@@ -164,7 +187,7 @@ class Program:
         self.again_until(write, lambda: box.text == text, lambda: f"'{text}' in '{name}', but it is '{box.text}'")
 
     def switch(self, role, name, on=True):
-        """Ticks a check box, chooses an option, or takes the tick away."""
+        """Ticks or unticks a check box, or chooses a radio button."""
         box = self.wait_for(role, name)
         is_so = lambda: ("checked" in box.states) == on  # noqa: E731
 
@@ -176,7 +199,7 @@ class Program:
         return box
 
     def switch_conversion(self, name, key=None, entry=None):
-        """Ticks a conversion and chooses an entry by a key in the list behind it; without a key, takes the tick away."""
+        """Ticks a conversion and chooses an entry of its list by a key; without a key, unticks it."""
         box = self.switch("check box", name, on=False)
         if key is None:
             return
@@ -187,10 +210,10 @@ class Program:
         self.key_until(key, lambda: entries.name == entry, f"'{entry}' chosen for '{name}'")
 
     def focused_combo_box(self):
-        return next((box for box in self.application.find_all("combo box") if "focused" in box.states), None)
+        return next((box for box in self.application.find_shown("combo box") if "focused" in box.states), None)
 
     def open_page(self, tab, control):
-        """Chooses a tab; control is the role and name of something on its page."""
+        """Opens a page by its tab; control is the role and name of a control on it."""
         page = self.wait_for("page tab", tab)
         self.again_until(lambda: self.click(page), lambda: self.seen(*control), f"page '{tab}'")
 
@@ -198,7 +221,7 @@ class Program:
         self.wait(lambda: self.file_rows() == rows, lambda: f"the list with {rows}, but it is {self.file_rows()}")
 
     def click_row(self, number):
-        """Clicks on a row and waits until it alone is selected and its file shown."""
+        """Clicks on a row and waits until only this row is selected and the status bar shows its file."""
         def click():
             self.click(self.list.cell(number))
 
@@ -207,15 +230,12 @@ class Program:
                          f"row {number} clicked")
 
     def click_header(self, name, rows):
-        """Clicks on a column's header until the rows are in that order."""
+        """Clicks on a column header until the rows are in that order."""
         header = next(node for node in self.list.children[:8] if node.name == name)
         self.again_until(lambda: self.click(header), lambda: self.file_rows() == rows, f"the order {rows}")
 
     def drag_row(self, number, to, table=None):
-        """Drops a row in front of another, or behind the last, and waits for the new order.
-
-        table: where it is not the file list.
-        """
+        """Drops a row in front of another, or behind the last, and waits for the new order. table: default the file list."""
         table = table or self.list
         left, top, width, height = table.cell(number).extents
         rows = self.file_rows(table)
@@ -235,7 +255,7 @@ class Program:
         self.desktop.park_pointer()
 
     def folder_item(self, name):
-        """The tree's item of that name that is on the screen."""
+        """The item of the folder tree with that name that is on the screen, or None."""
         return next((node for node in self.tree.children
                      if node.role == "tree item" and node.name == name and "showing" in node.states), None)
 
@@ -245,7 +265,7 @@ class Program:
                          lambda: {"selected", "focused"} <= item.states, f"folder '{name}' chosen")
 
     def close(self):
-        """By the window manager, as its user does. Returns the exit status."""
+        """Closes the window by the window manager, as a user does. Returns the exit status."""
         for _ in range(6):
             self.desktop.key("alt+F4")
             try:

@@ -41,8 +41,7 @@ class FileOperations(EndToEndTest):
         program = self.program
         program.key_until(key, lambda: program.seen("dialog", title), f"the dialog '{title}'")
         program.enter("dialog", title)
-        box = program.wait(lambda: next((text for text in program.window.find_all("text") if "showing" in text.states),
-                                        None), "the text box of the dialog")
+        box = program.wait_for("text", inside=program.window)
         box.text = str(self.target)
         program.wait(lambda: box.text == str(self.target), "the folder's path in the dialog")
         program.key_until("Return", lambda: program.seen("dialog", title) is None, "the dialog's end")

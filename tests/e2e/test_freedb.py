@@ -56,7 +56,7 @@ class Lookup(EndToEndTest):
 
     def save(self, program, count):
         def is_told():
-            return any(label.name.startswith(f"saved: {count}") for label in program.window.find_all("label"))
+            return any(label.name.startswith(f"saved: {count}") for label in program.window.find_shown("label"))
 
         program.press("save id3", is_told, "the files saved", inside=program.window)
 

@@ -56,7 +56,7 @@ class Update(EndToEndTest):
 
     def box(self, text):
         """The box with that text."""
-        return next((box for box in self.program.application.find_all("alert message", UPDATE)
+        return next((box for box in self.program.application.find_shown("alert message", UPDATE)
                      if box.find("label", text)), None)
 
     def answer_box(self, text):
@@ -88,8 +88,7 @@ class Update(EndToEndTest):
         program = self.program
         program.press("download", lambda: program.seen("dialog", "select dir"), "the folder dialog")
         program.enter("dialog", "select dir")
-        box = program.wait(lambda: next((text for text in program.window.find_all("text") if "showing" in text.states),
-                                        None), "the text box of the dialog")
+        box = program.wait_for("text", inside=program.window)
         box.text = str(self.target)
         program.wait(lambda: box.text == str(self.target), "the folder's path in the dialog")
         program.key_until("Return", lambda: program.seen("dialog", "select dir") is None, "the dialog's end")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Waiting for something to become so: asked again and again, with a limit that no loaded machine reaches."""
+"""Polling for a condition, with a limit that even a loaded machine does not reach."""
 
 import time
 
@@ -8,13 +8,13 @@ PAUSE = 0.05
 
 
 class Gone(Exception):
-    """What was asked for its state is not there any more, or not yet."""
+    """The object asked for its state no longer exists, or does not exist yet."""
 
 
 def wait_until(condition, what, limit=LIMIT, check=None):
-    """Returns the first true answer of condition(). Gone counts as false. check() raises where waiting is of no use.
+    """Returns the first true result of condition(). Gone counts as false. check() raises if waiting is pointless.
 
-    what tells the reader of a failure what did not come; it may be a function that tells it then.
+    what names the condition in the failure message; a function is called at the time of the failure.
     """
     deadline = time.monotonic() + limit
     while True:
