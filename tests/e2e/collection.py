@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""MP3 files made for a test, and what is in their tags, written and read by mutagen."""
+"""MP3 files for tests, with tags written and read by mutagen."""
 
 from typing import NamedTuple
 
@@ -7,8 +7,6 @@ from mutagen.id3 import COMM, ID3, TALB, TCON, TIT2, TPE1, TRCK, TYER, ID3NoHead
 
 FRAME = b"\xff\xfb\x90\x64" + bytes(413)  # silence: MPEG-1 layer III, 128 kbit/s, 44,100 Hz, joint stereo
 AUDIO = FRAME * 40
-
-
 CD_FRAMES = 75  # a second
 CD_HEADER = b"\xff\xe3\x18\xc4"  # MPEG-2.5 layer III, 8 kbit/s, 8,000 Hz, mono: 72 bytes, 576 samples
 
@@ -35,7 +33,7 @@ def frames_of(song):
 
 
 def make_file(path, song=None, v1=False, v2=True):
-    """A file with that song in the tags asked for; without a song it has none."""
+    """Makes a file with the song in the requested tags; without a song it has no tags."""
     path.parent.mkdir(parents=True, exist_ok=True)
     path.write_bytes(AUDIO)
     if song is None:
@@ -49,7 +47,7 @@ def make_file(path, song=None, v1=False, v2=True):
 
 
 def make_cd_tracks(folder, marks):
-    """Files 01.mp3, 02.mp3 ... that play as long as the tracks of a CD between those frames, and tell their padding."""
+    """Makes 01.mp3, 02.mp3 ... that play as long as a CD's tracks between those frames; Info tags hold the padding."""
     for number, (start, end) in enumerate(zip(marks, marks[1:]), 1):
         samples = (end - start) * 8000 // CD_FRAMES
         count = -(-samples // 576)
@@ -79,7 +77,7 @@ def _song(tag):
 
 
 def read_v2(path):
-    """The ID3v2 tag; None where there is none."""
+    """The ID3v2 tag, or None."""
     try:
         return _song(ID3(str(path), load_v1=False, translate=False))
     except ID3NoHeaderError:
@@ -87,7 +85,7 @@ def read_v2(path):
 
 
 def read_v1(path):
-    """The ID3v1 tag; None where there is none."""
+    """The ID3v1 tag, or None."""
     frames = ParseID3v1(path.read_bytes()[-128:], v2_version=3)
     if frames is None:
         return None

@@ -233,7 +233,8 @@ class Desktop:
         except subprocess.CalledProcessError:
             return None  # no window is active, or it has just gone
         values = dict(line.strip().split(":", 1) for line in lines if ":" in line)
-        return tuple(int(values[name]) for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+        names = ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")
+        return tuple(int(values[name]) for name in names)
 
     def take_picture(self, path):
         self.run("import", "-silent", "-window", "root", str(path))

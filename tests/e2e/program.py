@@ -49,7 +49,7 @@ class Program:
         self.enter("frame", "ravlin!")
 
     def _rests(self, places):
-        """Whether the window manager has placed it: the program names the place where the display has it, three times."""
+        """Whether the place is final: the same three times, and the display knows the same."""
         places.append(self.window.extents)
         if len(places) < 3 or len(set(places[-3:])) > 1:
             return False
@@ -235,7 +235,7 @@ class Program:
         self.again_until(lambda: self.click(header), lambda: self.file_rows() == rows, f"the order {rows}")
 
     def drag_row(self, number, to, table=None):
-        """Drops a row in front of another, or behind the last, and waits for the new order. table: default the file list."""
+        """Drops a row in front of another, or behind the last, and waits for the new order; in the file list by default."""
         table = table or self.list
         left, top, width, height = table.cell(number).extents
         rows = self.file_rows(table)

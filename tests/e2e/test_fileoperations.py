@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Files and folders copied, moved, put into the trash, listed for a player and played from the window, and undone."""
+"""Files and folders copied, moved, moved to the trash, listed for a player and played from the window, and undone."""
 
 import unittest
 from urllib.parse import unquote
@@ -8,18 +8,18 @@ from urllib.parse import unquote
 from collection import Song, make_file
 from harness import EndToEndTest
 
-ARROW = 12  # the part of a button at its right that opens its menu, in pixels
+ARROW = 12  # pixels at the right of a button that open its menu
 PLAYER_ENTRY = """[Desktop Entry]
 Type=Application
 Name=Player
 Exec={player} %f
 MimeType={types}
 """
-# Notes what it was given and leaves at once. The note comes up whole, whoever else is at work on one.
+# Notes what it was given and ends. Renaming makes the note appear whole, whatever else runs.
 PLAYER = """#!/bin/sh
 cp -- "$1" '{note}'.$$ && mv '{note}'.$$ '{note}'
 """
-PLAYLIST_TYPES = ("audio/x-mpegurl", "application/vnd.apple.mpegurl")  # both are known by the name *.m3u
+PLAYLIST_TYPES = ("audio/x-mpegurl", "application/vnd.apple.mpegurl")  # both have the glob *.m3u
 
 
 class FileOperations(EndToEndTest):
@@ -37,7 +37,7 @@ class FileOperations(EndToEndTest):
         return sorted(path.name for path in folder.iterdir())
 
     def choose_target(self, key, title):
-        """Strikes the command's key and gives the folder dialog the target's path."""
+        """Presses the key of a command and enters the target's path into the folder dialog."""
         program = self.program
         program.key_until(key, lambda: program.seen("dialog", title), f"the dialog '{title}'")
         program.enter("dialog", title)
@@ -95,7 +95,7 @@ class FileOperations(EndToEndTest):
         self.close()
 
     def choose_entry(self, button, entry, condition, what):
-        """Chooses an entry of the menu behind a button's arrow until it shows."""
+        """Chooses an entry of the menu behind a button's arrow until the condition holds."""
         program = self.program
 
         def choose():
@@ -149,7 +149,7 @@ class FileOperations(EndToEndTest):
 
 
 class Playing(EndToEndTest):
-    """The selected rows are given to the player that the desktop has for playlists."""
+    """The desktop's player for playlists gets the selected rows."""
 
     def setUp(self):
         super().setUp()
@@ -162,7 +162,7 @@ class Playing(EndToEndTest):
         self.program.wait_for_rows(["a.mp3", "b.mp3", "c.mp3"])
 
     def register_player(self):
-        """A stand-in player, the only one registered; the desktop is none that has a way of its own to open files."""
+        """Registers a fake as the only player, on a desktop without an opener of its own."""
         self.desktop.environment["XDG_CURRENT_DESKTOP"] = "X-Generic"
         player = self.folder / "player"
         player.write_text(PLAYER.format(note=self.note), encoding="utf-8")
@@ -176,7 +176,7 @@ class Playing(EndToEndTest):
             "\n".join(["[Default Applications]", *defaults]) + "\n", encoding="utf-8")
 
     def plays(self, *names):
-        """Whether the player was given the playlist of these files last."""
+        """Whether the last playlist that the player got holds these files."""
         lines = "".join(f"{self.music / name}\r\n" for name in names)
         return self.note.exists() and self.note.read_bytes() == lines.encode()
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""An album looked up in a CD database on this computer: found by the files' playing times, put in order, saved; not found
-and searched for by a text; and a server that hangs."""
+"""An album looked up in a local CD database: found by the files' playing times, put in order and saved; not found and
+searched for by a text; and a server that hangs."""
 
 import os
 import subprocess
@@ -11,7 +11,7 @@ from collection import Song, make_cd_tracks, read_v2
 from harness import EndToEndTest
 
 SERVER = os.path.join(os.environ["RAVLIN_BIN_DIR"], "..", "tests", "cddb_server")
-# A disc of the server: where its tracks begin and the last one ends, in frames, and their titles.
+# A disc of the server: the frames where its tracks begin and the last one ends, and their titles.
 MARKS = (175, 18469, 34444, 51154, 70524, 88841, 104824, 124686, 140966, 159454, 177600)
 TITLES = ["Puerto", "Sal y Viento", "La Niña del Faro", "Día de Pesca", "Bajamar", "Redes",
           "Canción de los que se fueron y no volvieron nunca más a la orilla de aquella playa larga y blanca del norte",
@@ -21,7 +21,7 @@ NAMES = [f"{number:02}.mp3" for number in range(1, 11)]
 
 class Lookup(EndToEndTest):
     def open_form(self, *options):
-        """The window over the main one, for all files, with a server of those options."""
+        """Opens the dialog for all files, with a server that has those options."""
         server = self.desktop.start([SERVER, *options], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.addCleanup(server.stdout.close)
         self.addCleanup(server.stdin.close)
@@ -32,7 +32,7 @@ class Lookup(EndToEndTest):
         return program
 
     def leave_box(self, program, text):
-        """Closes the message box with that text and goes back to the form."""
+        """Closes the message box with that text and enters the dialog again."""
         program.wait_for("label", text)
         program.key_until("Return", lambda: program.seen("label", text) is None, "the message's end")
         program.enter("dialog", "freedb")
@@ -42,7 +42,7 @@ class Lookup(EndToEndTest):
         program.enter("frame", "ravlin!")
 
     def move_first_down(self, program, tracks):
-        """Moves the first track down by the keyboard."""
+        """Moves the first track down by keys."""
         def titles():
             return [tracks.cell(row, 1).name for row in range(tracks.row_count)]
 
@@ -121,7 +121,7 @@ class Lookup(EndToEndTest):
         before = (self.music / "01.mp3").read_bytes()
         program = self.open_form("--fault", "Silence")
         program.enter("dialog", "freedb")
-        program.fill("artist", "Ana", program.window)  # it can be used meanwhile
+        program.fill("artist", "Ana", program.window)  # the dialog stays usable
         self.close_form(program)
         self.assertEqual((self.music / "01.mp3").read_bytes(), before)
         program.click_row(0)

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The main window's daily work, done from outside on real files: open a folder, look at it, edit, save, come back."""
+"""Everyday work in the main window on real files: open a folder, look at it, edit, save, come back."""
 
 import unittest
 
@@ -62,9 +62,9 @@ class Editing(EndToEndTest):
         genre = program.combo_box("genre")
         program.key_until("Tab", lambda: "focused" in genre.states, "the focus on the genre")
         self.assertEqual(genre.name, self.OLD.genre)
-        # Past the empty entry.
+        # Skips the empty entry.
         program.key_until("Home Down Down Down", lambda: genre.name == self.NEW.genre, "the genre chosen")
-        # The list is filled anew, with all rows selected, when the save is done.
+        # After the save the list is filled anew, with all rows selected.
         program.press("save id3", lambda: program.selected_rows() == [0, 1], "the list filled anew")
 
     def test_saving_writes_the_tags_that_each_mode_asks_for(self):
@@ -162,10 +162,10 @@ class ComingBack(EndToEndTest):
         return program.wait_for("slider", "width of the folders").value
 
     def move_splitter(self, program):
-        """By keys; returns where it then is."""
+        """Moves the splitter by keys and returns its new place."""
         before = self.splitter_place(program)
         splitter = program.wait_for("slider", "width of the folders")
-        # From the folders, which were clicked.
+        # The focus is on the folders, which were clicked.
         program.key_until("Tab", lambda: "focused" in splitter.states, "the focus on the splitter")
         program.key_until("Right", lambda: self.splitter_place(program) > before, "the splitter moved")
         return self.splitter_place(program)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Names and tags, done from outside on real files: tags from names, names from tags, many files at once, folders; with
-accents, Japanese and long names."""
+"""Names and tags of real files: tags from names, names from tags, many files at once, folders; with accents, Japanese and
+long names."""
 
 import unittest
 
@@ -14,7 +14,7 @@ UNFIT = "the name does not fit the mask; the file stays as it is"
 
 
 def name_of_length(start, length):
-    """A file name that long, extension included."""
+    """A file name of that length, extension included."""
     return start + "ñ" * (length - len(start) - len(".mp3")) + ".mp3"
 
 
@@ -27,8 +27,7 @@ class NamingTest(EndToEndTest):
         return sorted(path.name for path in self.folder_at_work.iterdir())
 
     def previewed(self, program):
-        """Opens and closes the preview of the page that is open. Returns the names that it shows in order, what it
-        remarks on which, and the first row's cells."""
+        """Opens and closes the preview of the open page. Returns the names, the remarks by name, and row 0."""
         before = {path: path.read_bytes() for path in self.folder_at_work.iterdir()}
         program.open_dialog("preview", "preview")
         table = program.wait_for("tree", "preview")
@@ -80,8 +79,7 @@ class Renaming(NamingTest):
              Song("T.N.T.", "AC/DC", "High Voltage", "1975", "3", "Rock", "live"),
              Song(LONG, "Ana Cívica", "Largo", "2001", "4", "Folk", "corto"),
              Song(LONG + "ñ", "Ana Cívica", "Largo", "2001", "5", "Folk", "largo"))
-    # The names that each rule makes, in the order of the songs, without conversions and with them: each first letter in
-    # upper case, underscores for spaces.
+    # The names by each rule, in the order of the songs, without and with conversions: capitalized, spaces by underscores.
     RULES = {
         "artist - title": (
             ["Ana Cívica - Niebla azul", "Nocturna - 夜の路面電車", "ACDC - T.N.T.", f"Ana Cívica - {LONG}",

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The very first start and the options, by keys alone: what is chosen holds at once and after a restart."""
+"""The first start and the options, by keys alone: a choice takes effect at once and lasts after a restart."""
 
 import unittest
 
@@ -17,12 +17,12 @@ class FirstRun(EndToEndTest):
         return program
 
     def leave(self, program, key):
-        """The options, for the main window."""
+        """Leaves the options for the main window."""
         program.key_until(key, lambda: program.seen("frame", "ravlin!"), "the main window")
         program.enter("frame", "ravlin!")
 
     def check_saving(self, program, path):
-        """Saves a file's tags in the French window, by mode 5."""
+        """Saves a file's tags by mode 5 in the French window."""
         program.list_name = "liste de fichier"
         program.wait_for_rows(["a.mp3", "b.mp3"])
         program.click_row(0)
@@ -30,7 +30,7 @@ class FirstRun(EndToEndTest):
         self.assertEqual((read_v1(path), read_v2(path)), (None, SONG))
 
     def choose_last(self, program, label, shown):
-        """The last entry of the list that has the focus; waits for what then shows."""
+        """Chooses the last entry of the focused list until shown() holds."""
         box = program.combo_box(label)
         program.wait(lambda: "focused" in box.states, f"the focus on '{label}'")
         program.again_until(lambda: program.desktop.key("End"), shown, f"the last entry of '{label}' chosen")

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""New versions, from the button in the options to the files on the disk: found, downloaded, cancelled, cut off."""
+"""New versions, from the button in the options to the downloaded files: found, downloaded, cancelled, cut off."""
 
 import hashlib
 import os
@@ -44,7 +44,7 @@ class Update(EndToEndTest):
     # The window
 
     def open_update(self, told):
-        """From the options; answers the box about the version."""
+        """Opens the window from the options and answers the box about the version."""
         program = self.program
         program.enter("dialog", "options")
         program.press("check for new version", lambda: self.box(told), f"the box '{told}'")
@@ -55,7 +55,7 @@ class Update(EndToEndTest):
         program.key_until("Escape", lambda: program.seen("dialog", UPDATE) is None, "the end of the update window")
 
     def box(self, text):
-        """The box with that text."""
+        """The message box with that text, or None."""
         return next((box for box in self.program.application.find_shown("alert message", UPDATE)
                      if box.find("label", text)), None)
 
@@ -70,7 +70,7 @@ class Update(EndToEndTest):
         return self.program.wait_for("tree", "file list", inside=self.program.window)
 
     def select(self, first, last):
-        """The rows from first to last."""
+        """Selects the rows from first to last."""
         program = self.program
         table = self.table
 
@@ -95,14 +95,14 @@ class Update(EndToEndTest):
         program.enter("dialog", UPDATE)
 
     def wait_for_progress(self, row, percent):
-        """Until exactly so much is shown: a rounded percentage is there a little earlier."""
+        """Waits for the exact number of bytes; the rounded percentage appears a little earlier."""
         program = self.program
         bar = program.wait_for("progress bar", "download", inside=program.window)
         program.wait(lambda: bar.value == SIZE * percent // 100 and self.table.cell(row, 1).name == f"{percent}%",
                      lambda: f"{percent}% of row {row}, but it is '{self.table.cell(row, 1).name}' and {bar.value}")
 
     def names(self):
-        """All that is in the target's folder, hidden files too."""
+        """The target folder's entries, hidden files too."""
         return sorted(path.name for path in self.target.iterdir())
 
     # The tests
@@ -127,24 +127,24 @@ class Update(EndToEndTest):
         self.close()
 
     def check_download(self):
-        """Two files of three, the progress seen to move."""
+        """Downloads two of three files and sees the progress move."""
         program = self.program
         self.select(0, 1)
         self.start_download()
         self.server.allow(5 * MEGABYTE)
         self.wait_for_progress(0, 25)
-        program.wait_for("label", "20.00 Mb")
-        program.wait_for("label", "status: (5.00 MB of 20.00 MB)")
+        program.wait_for("label", "20.00 Mb", program.window)
+        program.wait_for("label", "status: (5.00 MB of 20.00 MB)", program.window)
         self.server.allow(12 * MEGABYTE)
         self.wait_for_progress(0, 60)
         self.assertEqual([name for name in self.names() if not name.startswith(".")], [])
         self.server.allow(SIZE)
-        program.wait_for("label", "download finished")
+        program.wait_for("label", "download finished", program.window)
         self.assertEqual(self.names(), ["a.zip", "b.zip"])
         for name in self.names():
             self.assertTrue((self.target / name).read_bytes() == self.contents[name], name)
         self.assertEqual([self.table.cell(row, 1).name for row in range(3)], ["100%", "100%", ""])
-        program.wait_for("label", "has no checksum: b.zip; matches its checksum: a.zip")
+        program.wait_for("label", "has no checksum: b.zip; matches its checksum: a.zip", program.window)
 
     def check_cancel(self):
         program = self.program
@@ -153,7 +153,7 @@ class Update(EndToEndTest):
         self.start_download()
         self.server.allow(5 * MEGABYTE)
         self.wait_for_progress(2, 25)
-        program.press("cancel", lambda: program.seen("label", "download aborted"), "the end of the download",
+        program.press("cancel", lambda: program.seen("label", "download aborted", program.window), "the end of the download",
                       inside=program.window)
         self.assertEqual(self.names(), ["a.zip", "b.zip"])
 
@@ -165,7 +165,7 @@ class Update(EndToEndTest):
         self.wait_for_progress(2, 50)
         self.server.stop()
         self.answer_box("error")
-        program.wait_for("label", " an error occurred in communicating with the host computer.12")
+        program.wait_for("label", " an error occurred in communicating with the host computer.12", program.window)
         self.assertEqual(self.names(), ["a.zip", "b.zip"])
 
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""A web server with a new version, whose large files go out only as far as the test allows."""
+"""A web server with a new version, which sends large files only as far as the test allows."""
 
 import http.server
 import threading
@@ -22,13 +22,13 @@ class UpdateServer:
         return f"http://127.0.0.1:{self._server.server_port}"
 
     def allow(self, size):
-        """Lets each file go out up to that many bytes."""
+        """Lets the server send up to that many bytes of each file."""
         with self._changed:
             self._allowed = size
             self._changed.notify_all()
 
     def stop(self):
-        """Ends all connections, wherever they are, and takes no new ones."""
+        """Ends all connections in whatever state, and accepts no more."""
         with self._changed:
             self._stopped = True
             self._changed.notify_all()
@@ -36,7 +36,7 @@ class UpdateServer:
         self._server.server_close()
 
     def _wait_for_more(self, sent):
-        """How far a file may go by now; None when the server is stopped."""
+        """Blocks until more than that many bytes may go out and returns how many, or None once the server is stopped."""
         with self._changed:
             self._changed.wait_for(lambda: self._stopped or self._allowed > sent)
             return None if self._stopped else self._allowed
@@ -67,7 +67,7 @@ class UpdateServer:
                     else:
                         server._send(content, self.wfile.write)
                 except OSError:
-                    pass  # the program has hung up
+                    pass  # the program closed the connection
 
             def log_message(self, *arguments):
                 pass
