@@ -255,13 +255,12 @@ private:
     Result<void> save(SavingRun &run, const QString &path, const DiscFields &fields, const DiscRow &row)
     {
         run.prepareFor(path);
-        TagRecord record;
-        if (const Result<void> read = run.store().ReadTag(path, record);
-            !read && read.error().code != ErrorCode::GenreOutOfRange)
-            return read;
-        applyDisc(record, fields, row);
-        warnOfTextsNotSaved(path, record, m_console);
-        return run.store().SaveTag(path, record);
+        Result<TagRecord> record = run.store().readRecordLeniently(path);
+        if (!record)
+            return tl::unexpected(record.error());
+        applyDisc(*record, fields, row);
+        warnOfTextsNotSaved(path, *record, m_console);
+        return run.store().SaveTag(path, *record);
     }
 
     /// Lists the matches; for the first few, reports how well they fit.

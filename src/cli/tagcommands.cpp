@@ -71,23 +71,19 @@ public:
 private:
     Result<void> change(const QString &path)
     {
-        TagRecord record;
-        if (Result<void> read = m_store.ReadTag(path, record); !read) {
-            if (read.error().code != ErrorCode::GenreOutOfRange)
-                return read;
-            if (record.Track == u"0") // means no track; saved, it would become one
-                record.Track.clear();
-        }
+        Result<TagRecord> record = m_store.readRecordLeniently(path);
+        if (!record)
+            return tl::unexpected(record.error());
         for (const auto &[field, text] : m_fields)
-            record.*(field->member) = text;
+            (*record).*(field->member) = text;
         const Result<qint64> freeBytes = m_fileSystem.freeBytes(path);
         if (!freeBytes)
             return tl::unexpected(freeBytes.error());
         constexpr qint64 Megabyte = 1024 * 1024;
         m_state.freeMegabytes = *freeBytes / Megabyte;
-        Result<void> saved = m_store.SaveTag(path, record);
+        Result<void> saved = m_store.SaveTag(path, *record);
         if (saved)
-            warnOfLostTexts(path, record);
+            warnOfLostTexts(path, *record);
         return saved;
     }
 

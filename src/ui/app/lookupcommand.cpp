@@ -25,9 +25,9 @@ void LookupCommand::openForm()
     const auto firstArtist = [this] {
         return m_list.rowCount() == 0 ? QString() : columnText(m_list.rows().rowAt(0), ListColumn::Artist);
     };
-    auto *form = new freedb({m_owner, m_program.state, m_program.tagStore, m_program.captions, m_program.settings,
-                                firstArtist, m_program.fileSystem},
-        m_window);
+    auto *form = new freedb(
+        {m_owner, m_program.state, m_program.tagStore, m_program.captions, m_program.settings, m_program.fileSystem},
+        firstArtist, m_window);
     form->setAttribute(Qt::WA_DeleteOnClose);
     m_form = form;
     form->show();

@@ -27,6 +27,7 @@
 #include <QVBoxLayout>
 
 #include <tuple>
+#include <utility>
 
 namespace ravlin {
 
@@ -43,7 +44,8 @@ constexpr int WholeProgress = 100;
 
 } // namespace
 
-freedb::freedb(const FreedbContext &context, QWidget *parent) : QDialog(parent), m_context(context)
+freedb::freedb(const PageContext &context, std::function<QString()> firstArtist, QWidget *parent)
+    : QDialog(parent), m_context(context), m_firstArtist(std::move(firstArtist))
 {
     setObjectName(QStringLiteral("freedb"));
     setWindowTitle(QStringLiteral("freedb"));
@@ -313,7 +315,7 @@ void freedb::showRecord(const DiscRecord &record)
 
 void freedb::openSearch()
 {
-    auto *window = new buscaweb(m_context.captions, m_context.firstArtist(), this);
+    auto *window = new buscaweb(m_context.captions, m_firstArtist(), this);
     window->setAttribute(Qt::WA_DeleteOnClose);
     connect(window, &buscaweb::searchRequested, m_lookup, &DiscLookup::search);
     window->open();

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/platform/error.h"
-#include "core/platform/filesystem.h"
+#include "ui/controls/pagecontext.h"
 
 #include <QDialog>
 #include <QPointer>
@@ -17,30 +17,13 @@ class QTimer;
 
 namespace ravlin {
 
-class Captions;
 class DiscFieldsBox;
 class DiscLookup;
 class DiscSaving;
 class FacingLists;
 class MatchDialog;
-class PageOwner;
-class Settings;
-class TagStore;
 struct DiscRecord;
 struct LookupFailure;
-struct ProgramState;
-
-/// All of it outlives the window.
-struct FreedbContext
-{
-    PageOwner &owner;
-    const ProgramState &state;
-    TagStore &tagStore;
-    const Captions &captions;
-    Settings &settings;
-    std::function<QString()> firstArtist; ///< the artist in the first row of the main list
-    platform::FileSystem &fileSystem = platform::FileSystem::native();
-};
 
 /// The window that looks the selected files up in a CD database, lets the user put files and tracks side by side, and
 /// writes album, track numbers and titles into the files' tags.
@@ -53,8 +36,9 @@ class freedb : public QDialog
     Q_OBJECT
 
 public:
-    /// Takes the files that are selected in the main window now, in its order.
-    explicit freedb(const FreedbContext &context, QWidget *parent = nullptr);
+    /// Takes the files that are selected in the main window now, in its order. firstArtist returns the artist in the
+    /// first row of the main list.
+    freedb(const PageContext &context, std::function<QString()> firstArtist, QWidget *parent = nullptr);
     ~freedb() override;
 
     /// Does nothing while tags are being saved.
@@ -94,7 +78,8 @@ private:
     void showStatus();
     void updateEnabling();
 
-    FreedbContext m_context;
+    const PageContext m_context;
+    const std::function<QString()> m_firstArtist;
     bool m_hasBegun = false; ///< after the first tick
     QString m_status;
 

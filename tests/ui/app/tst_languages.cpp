@@ -96,8 +96,9 @@ QList<WindowMaker> windowMakers()
         {u"freedb"_s,
             [](Program &program) {
                 static FakePageOwner owner; // outlives all windows
-                return new freedb({owner, program.state, program.tagStore, program.captions, program.settings,
-                    [] { return QString(); }, program.fileSystem});
+                return new freedb(
+                    {owner, program.state, program.tagStore, program.captions, program.settings, program.fileSystem},
+                    [] { return QString(); });
             },
             {}, {u"freedb"_s}},
         {u"buscaweb"_s, [](Program &program) { return new buscaweb(program.captions, {}); }},

@@ -112,8 +112,9 @@ protected:
 
     void makeForm()
     {
-        m_form = std::make_unique<freedb>(FreedbContext{
-            m_owner, m_state, *m_store, m_captions, *m_settings, [this] { return m_firstArtist; }, *m_fileSystem});
+        m_form =
+            std::make_unique<freedb>(PageContext{m_owner, m_state, *m_store, m_captions, *m_settings, *m_fileSystem},
+                [this] { return m_firstArtist; });
     }
     void openForm()
     {

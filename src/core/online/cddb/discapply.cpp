@@ -28,12 +28,11 @@ BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc
     size_t next = 0; // count, since the same path may be there twice
     const auto save = [&](const QString &path) -> Result<void> {
         const DiscRow &row = files[next++].row;
-        TagRecord record;
-        const Result<void> read = tagStore.ReadTag(path, record);
-        if (!read && read.error().code != ErrorCode::GenreOutOfRange)
-            return read;
-        applyDisc(record, disc, row);
-        return tagStore.SaveTag(path, record);
+        Result<TagRecord> record = tagStore.readRecordLeniently(path);
+        if (!record)
+            return tl::unexpected(record.error());
+        applyDisc(*record, disc, row);
+        return tagStore.SaveTag(path, *record);
     };
     return runBatch(paths, state, progress, save, {OnFailure::GoOn, OnCancelled::StopTaking});
 }
