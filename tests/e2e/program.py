@@ -235,7 +235,7 @@ class Program:
         self.again_until(lambda: self.click(header), lambda: self.file_rows() == rows, f"the order {rows}")
 
     def drag_row(self, number, to, table=None):
-        """Drops a row in front of another, or behind the last, and waits for the new order; in the file list by default."""
+        """Drops a row before another, or behind the last, and waits for the new order; by default in the file list."""
         table = table or self.list
         left, top, width, height = table.cell(number).extents
         rows = self.file_rows(table)

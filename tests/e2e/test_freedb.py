@@ -51,7 +51,7 @@ class Lookup(EndToEndTest):
                 program.desktop.key("alt+Down")
 
         cell = tracks.cell(0)
-        program.again_until(lambda: program.click(cell), lambda: "focused" in cell.states, "the focus on the first track")
+        program.again_until(lambda: program.click(cell), lambda: "focused" in cell.states, "the first track focused")
         program.again_until(strike, lambda: titles() == [TITLES[1], TITLES[0], *TITLES[2:]], "the track moved down")
 
     def save(self, program, count):

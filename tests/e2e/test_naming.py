@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Names and tags of real files: tags from names, names from tags, many files at once, folders; with accents, Japanese and
-long names."""
+"""Names and tags of real files: tags from names, names from tags, many files at once, folders; with accents, Japanese
+and long names."""
 
 import unittest
 
@@ -79,7 +79,8 @@ class Renaming(NamingTest):
              Song("T.N.T.", "AC/DC", "High Voltage", "1975", "3", "Rock", "live"),
              Song(LONG, "Ana Cívica", "Largo", "2001", "4", "Folk", "corto"),
              Song(LONG + "ñ", "Ana Cívica", "Largo", "2001", "5", "Folk", "largo"))
-    # The names by each rule, in the order of the songs, without and with conversions: capitalized, spaces by underscores.
+    # The names by each rule, in the order of the songs, without conversions and with them: capitalized, with
+    # underscores for spaces.
     RULES = {
         "artist - title": (
             ["Ana Cívica - Niebla azul", "Nocturna - 夜の路面電車", "ACDC - T.N.T.", f"Ana Cívica - {LONG}",

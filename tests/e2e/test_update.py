@@ -153,8 +153,8 @@ class Update(EndToEndTest):
         self.start_download()
         self.server.allow(5 * MEGABYTE)
         self.wait_for_progress(2, 25)
-        program.press("cancel", lambda: program.seen("label", "download aborted", program.window), "the end of the download",
-                      inside=program.window)
+        program.press("cancel", lambda: program.seen("label", "download aborted", program.window),
+                      "the end of the download", inside=program.window)
         self.assertEqual(self.names(), ["a.zip", "b.zip"])
 
     def check_server_stopped(self):

@@ -36,7 +36,7 @@ class UpdateServer:
         self._server.server_close()
 
     def _wait_for_more(self, sent):
-        """Blocks until more than that many bytes may go out and returns how many, or None once the server is stopped."""
+        """Blocks until more than that many bytes may go out. Returns how many, or None once the server is stopped."""
         with self._changed:
             self._changed.wait_for(lambda: self._stopped or self._allowed > sent)
             return None if self._stopped else self._allowed
