@@ -4,15 +4,16 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 namespace ravlin::platform {
 
-/// Calls work(index) for every index below count, on all cores, and returns when all are done. The order is not told;
-/// each call must write to places of its own and must not throw. The calling thread takes part in the work. A thread
-/// takes chunkSize indices at a time (at least 1): so many that taking them costs nothing beside the work; counts up to
-/// that run on the calling thread alone.
+/// Calls work(index) for every index below count, on all cores, and returns when all are done. The order is unspecified;
+/// each call must write to places of its own and must not throw. The calling thread takes part, alone if the system has
+/// no threads left. A thread takes chunkSize indices at a time (at least 1), enough to make the cost of taking them
+/// negligible; a count up to that runs on the calling thread alone.
 template <typename Work>
 void parallelFor(std::size_t count, Work work, std::size_t chunkSize = 32)
 {
@@ -27,8 +28,11 @@ void parallelFor(std::size_t count, Work work, std::size_t chunkSize = 32)
         }
     };
     std::vector<std::jthread> helpers;
-    for (std::size_t i = 1; i < threads; ++i)
-        helpers.emplace_back(run);
+    try {
+        while (helpers.size() + 1 < threads)
+            helpers.emplace_back(run);
+    } catch (const std::system_error &) { // those that have started do it all
+    }
     run();
 }
 

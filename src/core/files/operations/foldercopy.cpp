@@ -2,6 +2,8 @@
 #include "core/files/operations/transferrun.h"
 #include "core/platform/path.h"
 
+#include <QScopeGuard>
+
 namespace ravlin {
 
 using platform::Node;
@@ -12,10 +14,13 @@ Result<void> CopyQueue::add(const CopiedNode &copied, const QString &tag, bool r
     auto copy = storage::FileCopy::prepare(m_fileSystem, copied.source, platform::folderOf(copied.target), m_watch);
     if (!copy)
         return tl::unexpected(copy.error());
-    Pending &pending = m_pending.emplace_back(Pending{{copied, tag, replaces, {}}, std::move(*copy)});
+    Pending &pending = m_pending.emplace_back(Pending{{copied, tag, replaces, {}}, std::move(*copy), {}});
     const auto placing = replaces ? storage::Placing::InPlaceOf : storage::Placing::New;
-    m_workers.submit([&pending, placing, check = m_check] {
-        pending.result.outcome = pending.copy.secure(check).and_then(
+    // Deferred only if the system has no threads left: then settle() does the work.
+    pending.outcome = std::async(std::launch::async | std::launch::deferred, [this, &pending, placing] {
+        m_mayWait.acquire();
+        const auto ended = qScopeGuard([this] { m_mayWait.release(); });
+        return pending.copy.secure(m_check).and_then(
             [&] { return pending.copy.place(pending.result.copied.target, placing); });
     });
     return {};
@@ -23,11 +28,12 @@ Result<void> CopyQueue::add(const CopiedNode &copied, const QString &tag, bool r
 
 std::vector<CopyQueue::Settled> CopyQueue::settle()
 {
-    m_workers.drain();
     std::vector<Settled> settled;
     settled.reserve(m_pending.size());
-    for (Pending &pending : m_pending)
+    for (Pending &pending : m_pending) {
+        pending.result.outcome = pending.outcome.get();
         settled.push_back(std::move(pending.result));
+    }
     m_pending.clear(); // removes the temporary files of those that failed
     return settled;
 }

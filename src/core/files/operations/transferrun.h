@@ -2,11 +2,12 @@
 #pragma once
 
 #include "core/files/operations/transfer.h"
-#include "core/platform/workers.h"
 #include "core/storage/copyfile.h"
 
 #include <deque>
+#include <future>
 #include <list>
+#include <semaphore>
 
 /// How runTransfer works; for transfer.h's own sources.
 namespace ravlin {
@@ -20,17 +21,17 @@ struct CopiedNode
     platform::Node node;
 };
 
-/// Copies files of one request. Waiting for the disk is left to a few threads, many files at once: one after the other
-/// it takes several times as long.
+/// Copies files of one request. Several files wait for the disk at once, each on a thread of its own: one after the other
+/// they would take several times as long.
 class CopyQueue
 {
 public:
     CopyQueue(platform::FileSystem &fileSystem, storage::CopyWatch watch, storage::CopyCheck check)
-        : m_fileSystem(fileSystem), m_watch(std::move(watch)), m_check(check), m_workers(WorkerCount)
+        : m_fileSystem(fileSystem), m_watch(std::move(watch)), m_check(check)
     {
     }
 
-    /// Begins the copy; how it ends is told by settle. An error at once is returned.
+    /// Begins the copy, or returns why it cannot begin. settle() returns how it ended.
     Result<void> add(const CopiedNode &copied, const QString &tag, bool replaces);
     bool isFull() const { return m_pending.size() >= Most; }
 
@@ -41,7 +42,7 @@ public:
         bool replaced = false;
         Result<void> outcome;
     };
-    /// Waits for all that were begun, in their order.
+    /// Waits for all copies that were begun and returns them in that order.
     std::vector<Settled> settle();
 
 private:
@@ -49,15 +50,16 @@ private:
     {
         Settled result;
         storage::FileCopy copy;
+        std::future<Result<void>> outcome; ///< last: its destructor waits for the thread, which uses the rest
     };
-    static constexpr std::size_t WorkerCount = 8;
-    static constexpr std::size_t Most = 64; ///< files open at a time: two descriptors each
+    static constexpr std::ptrdiff_t MostWaiting = 8; ///< for the disk at once
+    static constexpr std::size_t Most = 64;          ///< files open at once: two descriptors each
 
     platform::FileSystem &m_fileSystem;
     const storage::CopyWatch m_watch;
     const storage::CopyCheck m_check;
-    std::list<Pending> m_pending; ///< a list: workers hold addresses of its elements
-    platform::Workers m_workers;  ///< last, so that it ends first
+    std::counting_semaphore<MostWaiting> m_mayWait{MostWaiting};
+    std::list<Pending> m_pending; ///< a list: threads hold addresses of its elements
 };
 
 /// Copies one folder with all that is in it into an empty folder that is there already, all or nothing.

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/cddb/playingtimes.h"
 
-#include "core/platform/workers.h"
 #include "core/tags/mpeg/mpegstream.h"
 
 #include <new>
+#include <system_error>
 
 namespace ravlin {
 
@@ -58,7 +58,6 @@ PlayingTimes::PlayingTimes(platform::FileSystem &fileSystem, QObject *parent)
 PlayingTimes::~PlayingTimes()
 {
     cancel();
-    m_worker.reset();
 }
 
 void PlayingTimes::cancel()
@@ -79,13 +78,19 @@ void PlayingTimes::measure(const QStringList &paths)
 {
     cancel();
     m_stop = std::stop_source();
-    if (!m_worker)
-        m_worker = std::make_unique<platform::Workers>(1);
     ++m_running;
-    m_worker->submit([this, paths, stop = m_stop.get_token()] { measureAll(paths, stop); });
+    try {
+        // Each run ends the one before first, off the caller's thread.
+        m_thread = std::jthread([this, paths, stop = m_stop.get_token(), before = std::move(m_thread)]() mutable {
+            before = {};
+            measureAll(paths, stop);
+        });
+    } catch (const std::system_error &) { // no threads left
+        measureAll(paths, m_stop.get_token());
+    }
 }
 
-/// Runs on the worker's thread. The receiving thread drops signals of a cancelled run.
+/// Runs on the measuring thread. The receiving thread drops signals of a cancelled run.
 void PlayingTimes::measureAll(const QStringList &paths, const std::stop_token &stop)
 {
     std::vector<char> buffer;

@@ -7,8 +7,8 @@
 #include <QObject>
 #include <QStringList>
 
-#include <memory>
 #include <stop_token>
+#include <thread>
 
 namespace ravlin {
 
@@ -35,7 +35,7 @@ public:
     void leave();
 
 Q_SIGNALS:
-    /// file: its place among the paths, from 0.
+    /// file: index of its path.
     void measured(int file, const ravlin::PlayedAudio &played);
     /// NoStream: the file has no audio. Otherwise an error of reading.
     void notMeasured(int file, const ravlin::Error &error);
@@ -49,7 +49,7 @@ private:
     std::stop_source m_stop;
     int m_running = 0; ///< runs whose end was not reported yet
     bool m_isLeaving = false;
-    std::unique_ptr<platform::Workers> m_worker; ///< from the first measuring on
+    std::jthread m_thread; ///< measures; last, so that it ends before the rest goes
 };
 
 } // namespace ravlin
