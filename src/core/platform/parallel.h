@@ -10,10 +10,10 @@
 
 namespace ravlin::platform {
 
-/// Calls work(index) for every index below count, on all cores, and returns when all are done. The order is unspecified;
-/// each call must write to places of its own and must not throw. The calling thread takes part, alone if the system has
-/// no threads left. A thread takes chunkSize indices at a time (at least 1), enough to make the cost of taking them
-/// negligible; a count up to that runs on the calling thread alone.
+/// Calls work(index) for every index below count, on all cores, and returns when all are done. The order is
+/// unspecified; each call must write to places of its own and must not throw. The calling thread takes part, alone if
+/// the system has no threads left. A thread takes chunkSize indices at a time (at least 1), enough to make the cost of
+/// taking them negligible; a count up to that runs on the calling thread alone.
 template <typename Work>
 void parallelFor(std::size_t count, Work work, std::size_t chunkSize = 32)
 {

@@ -12,8 +12,7 @@ constexpr char32_t Replacement = 0xFFFD;
 
 bool isAscii(const char *bytes, qsizetype size)
 {
-    // An OR over everything instead of leaving at the first hit: the compiler makes vector code of
-    // it.
+    // An OR over everything instead of an early exit: the compiler vectorises it.
     unsigned char seen = 0;
     for (qsizetype i = 0; i < size; ++i)
         seen = static_cast<unsigned char>(seen | static_cast<unsigned char>(bytes[i]));
@@ -32,7 +31,7 @@ bool isAscii(const QString &text)
 struct Sequence
 {
     char32_t codePoint = 0;
-    int length = 0; ///< bytes; 0 when the bytes do not begin with a well-formed sequence
+    int length = 0; ///< bytes; 0 if the bytes do not begin with a well-formed sequence
 };
 
 Sequence continued(char32_t lead, const uchar *bytes, qsizetype size, int length)
@@ -92,7 +91,7 @@ char *appendUtf8(char *out, char32_t codePoint)
     return out;
 }
 
-/// How much of a path is the root of its drive, or of what a network shares: what has no folder above it.
+/// Length of the path's root, which has no folder above it: the root of a drive, or a network share.
 qsizetype rootSize(const QString &path)
 {
     if (Separator != u'\\')

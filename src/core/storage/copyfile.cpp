@@ -9,7 +9,7 @@
 namespace ravlin::storage {
 namespace {
 
-constexpr qint64 Step = 4 * 1024 * 1024; ///< between two looks whether to stop
+constexpr qint64 Step = 4 * 1024 * 1024; ///< bytes between two checks for a stop
 constexpr qint64 EndLength = 64 * 1024;
 
 tl::unexpected<Error> failure(ErrorCode code, const QString &path, const QString &detail)
@@ -68,7 +68,7 @@ Result<void> FileCopy::fill(const CopyWatch &watch)
             watch.advanced(length);
     }
     return platform::takeAttributes(m_from, m_temporary.path()).map([&] {
-        // Windows sets the time anew when the handle that has written is closed, unless that was given it too.
+        // Windows updates the time when the handle that wrote is closed, unless the handle set it too.
         static_cast<void>(m_temporary.file().setModified(m_before.modified));
     });
 }
@@ -86,7 +86,7 @@ Result<void> FileCopy::compare(CopyCheck check)
     const auto now = m_source->info();
     if (!now)
         return tl::unexpected(now.error());
-    // One more look by path: the file that bears the name is the one that may be deleted.
+    // Also by path: what has the name now is what may be deleted.
     const auto named = platform::nodeAt(m_from);
     if (!named)
         return tl::unexpected(named.error());

@@ -29,7 +29,7 @@ bool isHexDigit(QChar c)
     return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f');
 }
 
-/// Strict, so that no file of the user's own is taken for one of ours.
+/// Strict, so that none of the user's own files is taken for one of ours.
 bool isNumbered(QStringView name, QStringView suffix)
 {
     if (name.size() != Prefix.size() + HexDigits + suffix.size() || !name.startsWith(Prefix) || !name.endsWith(suffix))
@@ -38,11 +38,11 @@ bool isNumbered(QStringView name, QStringView suffix)
     return std::all_of(number.begin(), number.end(), isHexDigit);
 }
 
-/// Removes a temporary file unless its writer is alive. True when it is gone.
+/// Removes a temporary file or folder unless its writer is alive. True if it is gone.
 bool removeIfStale(platform::FileSystem &fileSystem, const QString &path)
 {
     const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read);
-    if (!file && file.error().code == ErrorCode::NotAFile) { // a link is none of ours: lockFolder refuses it
+    if (!file && file.error().code == ErrorCode::NotAFile) { // or a link, which is not ours: lockFolder refuses it
         const std::unique_ptr<platform::FolderLock> lock = platform::lockFolder(path);
         return lock && platform::removeTree(fileSystem, path).has_value();
     }
@@ -88,7 +88,7 @@ TemporaryFile::TemporaryFile(TemporaryFile &&other) noexcept
 
 TemporaryFile::~TemporaryFile()
 {
-    // A failure leaves a file that cleanLeftovers knows by its name.
+    // On failure a file stays that cleanLeftovers recognises by its name.
     if (!m_path.isEmpty())
         static_cast<void>(m_fileSystem->remove(m_path));
 }
@@ -104,13 +104,13 @@ Result<TemporaryFile> TemporaryFile::create(platform::FileSystem &fileSystem, co
             continue;
         if (!file)
             return tl::unexpected(file.error());
-        // A file system without locks has no cleaning either: nothing is taken for stale there.
+        // On a file system without locks nothing is taken for stale, and nothing is cleaned.
         const auto locked = (*file)->tryLock();
         const auto info = (*file)->info();
         TemporaryFile made(fileSystem, path, std::move(*file), info.value_or(platform::FileInfo()));
         if (!info)
             return tl::unexpected(info.error());
-        // Between creation and lock it looked stale: a cleaner may have it, or have removed it.
+        // Until it was locked it looked stale: a cleaner may hold it or have removed it.
         const bool taken = (locked && !*locked) || info->linkCount == 0;
         if (!taken)
             return made;
@@ -147,7 +147,7 @@ TemporaryFolder::TemporaryFolder(TemporaryFolder &&other) noexcept
 
 TemporaryFolder::~TemporaryFolder()
 {
-    // A failure leaves a folder that cleanLeftovers knows by its name.
+    // On failure a folder stays that cleanLeftovers recognises by its name.
     if (!m_path.isEmpty())
         static_cast<void>(platform::removeTree(*m_fileSystem, m_path));
 }
@@ -164,9 +164,8 @@ Result<TemporaryFolder> TemporaryFolder::create(platform::FileSystem &fileSystem
             continue;
         if (!made)
             return tl::unexpected(made.error());
-        // One without a lock is on a file system without locks: nothing is taken for stale there.
         TemporaryFolder temporary(fileSystem, path, platform::lockFolder(path));
-        // Between creation and lock it looked stale: a cleaner may have removed it. Not all drives know permissions.
+        // Until it was locked it looked stale: a cleaner may have removed it. Not all drives have permissions.
         static_cast<void>(fileSystem.setPermissions(path, OwnerOnly));
         if (platform::isTaken(path))
             return temporary;
@@ -197,8 +196,7 @@ Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &fold
             gone += removeIfStale(fileSystem, platform::inFolder(*canonical, name)) ? 1 : 0;
         } else if (isRedoName(name)) {
             const auto finished = finishRedo(fileSystem, platform::inFolder(*canonical, name));
-            // One that cannot be finished now stays for the next time and keeps no other from being
-            // finished.
+            // One that cannot be finished now stays for the next time and must not hold up the others.
             gone += finished && *finished ? 1 : 0;
         }
     }

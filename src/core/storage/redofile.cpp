@@ -80,7 +80,7 @@ qint64 RedoHeader::newOffset() const
 
 qint64 RedoHeader::oldOffset() const
 {
-    // On a block of its own, so that file systems that can share blocks do.
+    // Block-aligned, so that file systems can share the blocks.
     return toNextBlock(newOffset() + newSize);
 }
 
@@ -96,7 +96,7 @@ Result<void> writeRedoHeader(platform::File &redo, const RedoHeader &header)
 
 Result<void> writeRedoTrailer(platform::File &redo, const RedoHeader &header)
 {
-    // Without this an old content of no bytes would leave the gap before it outside the file.
+    // Or an empty old content would leave the gap before it outside the file.
     if (auto grown = redo.truncate(header.trailerOffset()); !grown)
         return grown;
     const auto trailer = makeTrailer(redo, header.trailerOffset());
@@ -116,7 +116,7 @@ Result<std::optional<RedoHeader>> readRedo(platform::File &redo)
     if (!block)
         return tl::unexpected(block.error());
     const auto header = decodeHeader(*block);
-    // The sizes are checked one by one before they are added up: they may be anything.
+    // The sizes may be anything, so each is checked before they are added up.
     if (!header || header->newSize < 0 || header->newSize > info->size || header->oldSize < 0 ||
         header->oldSize > info->size || header->trailerOffset() + TrailerSize != info->size)
         return std::nullopt;
@@ -145,7 +145,7 @@ Result<void> expectSame(const Result<bool> &same, const QString &path)
     return {};
 }
 
-/// Overwrites the file with a range of the redo file and makes sure of it.
+/// Overwrites the file with a range of the redo file, syncs and verifies it.
 Result<void> overwrite(platform::File &file, const QString &path, platform::File &redo, qint64 offset, qint64 size)
 {
     return platform::copyAll(redo, offset, file, 0, size)
@@ -154,7 +154,7 @@ Result<void> overwrite(platform::File &file, const QString &path, platform::File
         .and_then([&] { return expectSame(platform::sameBytes(redo, offset, file, 0, size), path); });
 }
 
-/// A redo file that cannot be removed is made void instead.
+/// Removes the redo file, or empties it if it cannot be removed.
 Result<void> discard(platform::FileSystem &fileSystem, const QString &redoPath, platform::File &redo)
 {
     const auto removed = fileSystem.remove(redoPath);
@@ -163,7 +163,7 @@ Result<void> discard(platform::FileSystem &fileSystem, const QString &redoPath, 
     return redo.truncate(0);
 }
 
-/// Fills the redo file; afterwards it lacks only its name.
+/// Fills the redo file; only its name is missing then.
 Result<void> fillRedo(
     platform::File &redo, const RedoHeader &header, const RewriteTarget &target, const NewContent &content)
 {
@@ -191,19 +191,19 @@ Result<void> expectUnchanged(const RewriteTarget &target)
     return {};
 }
 
-/// Puts the old content back after a failure. The redo file stays where even that fails: then the
-/// new content comes when the file is recovered.
+/// Restores the old content after a failure. If even that fails, the redo file stays, and recovery brings the new
+/// content.
 Result<void> rollBack(platform::FileSystem &fileSystem, const RewriteTarget &target, const RedoHeader &header,
     const QString &redoPath, platform::File &redo)
 {
     const auto restored = overwrite(target.file, target.path, redo, header.oldOffset(), header.oldSize);
     if (!restored)
         return restored;
-    static_cast<void>(target.file.setModified(header.oldModified)); // a courtesy only
+    static_cast<void>(target.file.setModified(header.oldModified)); // best effort
     return discard(fileSystem, redoPath, redo);
 }
 
-/// What the chunk of the file at offset may hold: both contents there, each as long as it reaches.
+/// Whether each byte of a chunk of the file is that of the old or of the new content, as far as these reach.
 bool isOldOrNew(const QByteArray &present, const QByteArray &oldBytes, const QByteArray &newBytes)
 {
     if (present == newBytes || present == oldBytes)
@@ -218,7 +218,7 @@ bool isOldOrNew(const QByteArray &present, const QByteArray &oldBytes, const QBy
     return true;
 }
 
-/// The bytes of a content inside the redo file from position on, at most length.
+/// At most length bytes from position on of a content inside the redo file.
 Result<QByteArray> contentBytes(
     platform::File &redo, qint64 contentOffset, qint64 contentSize, qint64 position, qint64 length)
 {
@@ -226,7 +226,7 @@ Result<QByteArray> contentBytes(
     return platform::readExactly(redo, contentOffset + position, available);
 }
 
-/// True when the file is in a state that the interrupted rewriting can have left.
+/// Whether the interrupted overwriting can have left the file in its state.
 Result<bool> isInterrupted(platform::File &file, qint64 size, platform::File &redo, const RedoHeader &header)
 {
     constexpr qint64 Chunk = 256 * 1024;
@@ -251,7 +251,7 @@ Result<bool> isInterrupted(platform::File &file, qint64 size, platform::File &re
 struct OpenedFile
 {
     QString path;
-    std::unique_ptr<platform::File> file; ///< none when it was not found
+    std::unique_ptr<platform::File> file; ///< null if it was not found
     platform::FileInfo info;
 };
 
@@ -272,8 +272,7 @@ Result<OpenedFile> openByInode(platform::FileSystem &fileSystem, const QString &
     return OpenedFile{path, std::move(*file), *info};
 }
 
-/// The file that a redo file belongs to: by its name, or, if it was renamed meanwhile, by its
-/// inode.
+/// The file that a redo file belongs to: by its name or, if it was renamed meanwhile, by its inode.
 Result<OpenedFile> openTarget(
     platform::FileSystem &fileSystem, const QString &folder, const RedoHeader &header, quint64 device)
 {
@@ -311,7 +310,7 @@ Result<void> rollForward(const OpenedFile &target, platform::File &redo, const R
     return written;
 }
 
-/// The redo file, locked by us; no file when it is none of our business.
+/// The redo file, locked by us; a null file if it does not concern us.
 Result<OpenedFile> openRedo(platform::FileSystem &fileSystem, const QString &redoPath)
 {
     auto file = fileSystem.openUnlinked(redoPath, platform::OpenMode::ReadWrite);
@@ -326,7 +325,7 @@ Result<OpenedFile> openRedo(platform::FileSystem &fileSystem, const QString &red
         return tl::unexpected(locked.error());
     if (!*locked)
         return failure(ErrorCode::ChangedMeanwhile, redoPath, QStringLiteral("another program is writing the file"));
-    // Asked only now: its writer may have finished and removed it before the lock was ours.
+    // Only now: its writer may have finished and removed it before we had the lock.
     const auto info = (*file)->info();
     if (!info)
         return tl::unexpected(info.error());
@@ -402,7 +401,7 @@ Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTar
     }
     if (options.keepModified)
         static_cast<void>(target.file.setModified(target.info.modified));
-    // Should it stay after all, then it finds the file as it should be and does nothing.
+    // If it stays after all, recovery finds the file as it should be and does nothing.
     static_cast<void>(discard(fileSystem, redoPath, *redo));
     return {};
 }

@@ -20,19 +20,19 @@ bool isHexDigit(QChar c)
     return (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f');
 }
 
-/// Where the extension starts, dot included: only a short one counts, for folders have full stops anywhere.
+/// Where the extension starts, dot included. Only ".mp3" counts: folders may have full stops anywhere.
 qsizetype extensionStart(QStringView name)
 {
     return name.endsWith(u".mp3", Qt::CaseInsensitive) ? name.size() - 4 : name.size();
 }
 
-/// The path of a file that got its former name back, or another that is like it.
+/// Gives a file its former name back, or that name with a number, and returns the path.
 std::optional<QString> bringBack(
     platform::FileSystem &fileSystem, const QString &folder, const QString &name, const QString &former)
 {
     const QString path = folder + name;
     if (const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read)) {
-        // Held until the file has its name, so that two programs don't both bring it back.
+        // Held until the file has its name, so that not two programs bring it back.
         const Result<bool> locked = (*file)->tryLock();
         if (locked && !*locked)
             return std::nullopt;
@@ -51,7 +51,7 @@ std::optional<QString> bringBack(
     return std::nullopt;
 }
 
-/// No file system renames to a name that is the file's own already, so it gets another one in between.
+/// No file system renames a file to a name that it already has, so it gets another one in between.
 Result<void> renameInTwoSteps(platform::FileSystem &fileSystem, const QString &from, const QString &to)
 {
     const QString aside = asidePath(from);
@@ -60,7 +60,7 @@ Result<void> renameInTwoSteps(platform::FileSystem &fileSystem, const QString &f
         return moved;
     Result<void> renamed = fileSystem.renameNew(aside, to);
     if (!renamed)
-        static_cast<void>(fileSystem.renameNew(aside, from)); // else it keeps a name that says what it was
+        static_cast<void>(fileSystem.renameNew(aside, from)); // on failure it keeps a name that says what it was
     return renamed;
 }
 
@@ -125,7 +125,7 @@ bool isSameButForCase(platform::FileSystem &fileSystem, const QString &from, con
     const Result<platform::FileInfo> other = fileSystem.info(to);
     if (!one || !other || one->inode != other->inode || one->device != other->device)
         return false;
-    // Two names of one file on a file system that heeds case look the same up to here.
+    // So far it could also be a second hard link on a file system that distinguishes case.
     const Result<std::vector<QString>> names = fileSystem.names(folder.isEmpty() ? QStringLiteral(".") : folder);
     return names && std::ranges::find(*names, platform::nameOf(to)) == names->end();
 }

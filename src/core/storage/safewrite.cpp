@@ -30,8 +30,8 @@ Result<platform::FileInfo> expectState(const Result<platform::FileInfo> &now, co
     return now;
 }
 
-/// The file to be rewritten. It may be open for reading only as long as it is not known whether
-/// anything is to be written: to find that out must work on read-only files too.
+/// The file to be rewritten. It may be open for reading only until there is something to write: finding that out has to
+/// work on read-only files too.
 struct Original
 {
     std::unique_ptr<platform::File> file;
@@ -68,7 +68,7 @@ Result<Original> openOriginal(platform::FileSystem &fileSystem, const QString &p
     return original;
 }
 
-/// Opens the original for writing if it is not; deals with the read-only attribute.
+/// Opens the original for writing unless it is; handles the read-only attribute.
 Result<void> makeWritable(
     platform::FileSystem &fileSystem, const QString &path, Original &original, const WriteOptions &options)
 {
@@ -91,14 +91,14 @@ Result<void> makeWritable(
     return {};
 }
 
-/// The time is a courtesy: that it may not be set is no reason to undo a save that worked.
+/// Best effort: a time that cannot be set is no reason to undo a save that worked.
 void restoreModified(platform::File &file, const platform::FileInfo &before, const WriteOptions &options)
 {
     if (options.keepModified)
         static_cast<void>(file.setModified(before.modified));
 }
 
-/// The one write of an in-place change, taken back when it fails.
+/// The one write of an in-place change, undone if it fails.
 Result<void> writeBlock(platform::File &file, const platform::FileInfo &before, const Change &change)
 {
     auto written = platform::writeAll(file, change.newBytes, change.offset);
@@ -114,11 +114,11 @@ Result<void> writeBlock(platform::File &file, const platform::FileInfo &before, 
     if (!undone)
         written.error().detail += QStringLiteral("; undoing it failed: ") + undone.error().detail;
     else
-        static_cast<void>(file.setModified(before.modified)); // a courtesy only
+        static_cast<void>(file.setModified(before.modified)); // best effort
     return written;
 }
 
-/// Everything that makes the new file ready to take the place of the original.
+/// Makes the new file ready to replace the original.
 Result<void> prepareReplacement(
     TemporaryFile &temporary, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
 {
@@ -142,7 +142,7 @@ Result<void> prepareReplacement(
         });
 }
 
-/// Whether a new file can be given the original's owner; asked before anything is copied.
+/// Whether a new file can get the original's owner; checked before anything is copied.
 Result<bool> canTakeOwner(TemporaryFile &temporary, const RewriteTarget &target)
 {
     if (temporary.info().owner == target.info.owner && temporary.info().group == target.info.group)
@@ -153,8 +153,8 @@ Result<bool> canTakeOwner(TemporaryFile &temporary, const RewriteTarget &target)
     return taken.has_value();
 }
 
-/// False, with nothing done, when the new file could not be given the original's owner. The original is closed before
-/// it is replaced: some of Windows' file systems refuse that to an open file.
+/// Returns false and does nothing if the new file cannot get the original's owner. Closes the original before replacing
+/// it: some file systems of Windows do not replace an open file.
 Result<bool> tryReplace(platform::FileSystem &fileSystem, const RewriteTarget &target,
     std::unique_ptr<platform::File> &original, const NewContent &content, const WriteOptions &options)
 {
@@ -166,13 +166,12 @@ Result<bool> tryReplace(platform::FileSystem &fileSystem, const RewriteTarget &t
     const auto prepared = prepareReplacement(*temporary, target, content, options);
     if (!prepared)
         return tl::unexpected(prepared.error());
-    // By path: what bears the name now is what would be lost.
+    // By path: what has the name now is what would be lost.
     const auto now = expectState(fileSystem.info(target.path), target.info);
     if (!now)
         return tl::unexpected(now.error());
     original.reset();
-    // The folder is not synced: after a power cut it names the old file or the new one, both of
-    // them whole.
+    // The folder is not synced: after a power cut it names the old file or the new one, and both are whole.
     return temporary->moveTo(target.path).map([] { return true; });
 }
 
@@ -234,7 +233,7 @@ Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, const QString
 
 bool mayNeedRecovery(platform::FileSystem &fileSystem, const platform::FileInfo &info)
 {
-    // Any other file is replaced instead, for a new one can be given its owner and group.
+    // Any other file is replaced instead, since a new one can get its owner and group.
     return info.isFile &&
            (info.linkCount > 1 || info.owner != fileSystem.currentUser() || info.group != fileSystem.currentGroup());
 }

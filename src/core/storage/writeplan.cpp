@@ -30,10 +30,10 @@ bool continues(const Segment &previous, const Segment &next)
     return isKept(previous) && isKept(next) && previous.oldOffset + previous.length == next.oldOffset;
 }
 
-/// Index of the first difference; size when there is none.
+/// Index of the first difference; size if there is none.
 qsizetype firstDifference(const char *one, const char *other, qsizetype size)
 {
-    constexpr qsizetype Stride = 256; // memcmp is fast but does not tell where
+    constexpr qsizetype Stride = 256; // memcmp is fast but does not say where
     qsizetype at = 0;
     while (at + Stride <= size && std::memcmp(one + at, other + at, Stride) == 0)
         at += Stride;
@@ -42,7 +42,7 @@ qsizetype firstDifference(const char *one, const char *other, qsizetype size)
     return at;
 }
 
-/// Index after the last difference; 0 when there is none.
+/// Index after the last difference; 0 if there is none.
 qsizetype endOfDifferences(const char *one, const char *other, qsizetype size)
 {
     constexpr qsizetype Stride = 256;
@@ -54,7 +54,7 @@ qsizetype endOfDifferences(const char *one, const char *other, qsizetype size)
     return end;
 }
 
-/// A range of the file, growing to take in every difference found.
+/// A range of the file that grows to include every difference found.
 struct Extent
 {
     qint64 begin = std::numeric_limits<qint64>::max();
@@ -69,13 +69,13 @@ struct Extent
     }
 };
 
-/// Finds the extent of the differences between a file and new bytes, piece by piece from the front.
+/// Finds the extent of the differences between a file and new bytes, segment by segment from the front.
 class Comparison
 {
 public:
     Comparison(platform::File &file, qint64 oldSize) : m_file(file), m_oldSize(oldSize) {}
 
-    /// Compares new bytes that come to stand at offset. Leaves early once a second block differs.
+    /// Compares the new bytes for offset with the file. Returns early once a second block differs.
     Result<void> add(const QByteArray &bytes, qint64 offset)
     {
         const qint64 common = std::clamp<qint64>(m_oldSize - offset, 0, bytes.size());
@@ -189,7 +189,7 @@ Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent
         change.kind = content.size < oldSize ? Change::Cut : Change::None;
         return change;
     }
-    // Size and bytes reach the disk separately, so both at once are not one step.
+    // Size and bytes reach the disk separately: changing both is not one step.
     const bool growsOnly = extent.begin >= oldSize;
     if (!extent.isInOneBlock() || (content.size != oldSize && !growsOnly))
         return change;

@@ -21,8 +21,8 @@ struct CopiedNode
     platform::Node node;
 };
 
-/// Copies files of one request. Several files wait for the disk at once, each on a thread of its own: one after the other
-/// they would take several times as long.
+/// Copies files of one request. Several files wait for the disk at once, each on a thread of its own: one after the
+/// other they would take several times as long.
 class CopyQueue
 {
 public:

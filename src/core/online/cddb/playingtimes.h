@@ -12,10 +12,6 @@
 
 namespace ravlin {
 
-namespace platform {
-class Workers;
-}
-
 /// Measures how long files play, on a thread of its own. Reports each file, in order, and the end by signals in the
 /// thread of the object. Can stop in the middle of a large file.
 class PlayingTimes : public QObject

@@ -12,7 +12,7 @@
 namespace ravlin::platform {
 namespace {
 
-/// Runs a call and gives back its errno value, 0 for success.
+/// Runs a call and returns its errno value, 0 for success.
 template <typename Call>
 int numberOf(Call call)
 {
@@ -24,7 +24,7 @@ bool isUnknownHere(int number)
     return number == EINVAL || number == ENOSYS || number == EOPNOTSUPP;
 }
 
-/// What link() answers where there are no hard links, and for folders.
+/// What link() fails with if there are no hard links, and for folders.
 bool cannotLink(int number)
 {
     return isUnknownHere(number) || number == EPERM || number == EMLINK || number == EACCES;
@@ -43,7 +43,7 @@ int renameByLinking(const char *from, const char *to)
         return number;
     const int number = numberOf([&] { return ::unlink(from); });
     if (number != 0)
-        ::unlink(to); // it would have two names else
+        ::unlink(to); // or the file would have two names
     return number;
 }
 

@@ -15,9 +15,9 @@ namespace {
 
 constexpr qint64 NanosecondsPerSecond = 1'000'000'000;
 constexpr qint64 CopyBufferSize = 1024 * 1024;
-constexpr qint64 LargestTransfer = 0x7ffff000; ///< what Linux moves in one call
+constexpr qint64 LargestTransfer = 0x7ffff000; ///< the most that Linux moves in one call
 
-/// copy_file_range does not serve every pair of files; reading and writing does.
+/// copy_file_range does not support every pair of files; reading and writing does.
 bool needsPlainCopy(int number)
 {
     return number == EXDEV || number == ENOSYS || number == EOPNOTSUPP || number == EINVAL || number == EPERM ||
@@ -94,8 +94,7 @@ Result<void> PosixFile::truncate(qint64 size)
 
 Result<void> PosixFile::sync()
 {
-    // Not fdatasync: owner, mode and attributes have to be there too when the file takes another's
-    // place.
+    // Not fdatasync: when the file replaces another, its owner, mode and attributes have to be on the disk too.
     if (uninterrupted([&] { return ::fsync(m_descriptor); }) != 0)
         return systemError(errno, m_path, "fsync");
     return {};
@@ -129,7 +128,7 @@ Result<qint64> PosixFile::copyFrom(File &source, qint64 sourceOffset, qint64 off
         return copied;
     if (copied < 0 && !needsPlainCopy(errno))
         return systemError(errno, m_path, "copy_file_range");
-    // Some file systems answer 0 before the end of the source, so the end is what reading says.
+    // Some file systems return 0 before the end of the source; only reading finds the end.
     return copyThroughMemory(source, sourceOffset, offset, length);
 }
 

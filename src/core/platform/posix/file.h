@@ -15,8 +15,7 @@ FileInfo fileInfo(const struct stat &status);
 class PosixFile final : public File
 {
 public:
-    /// Owns the descriptor. atOpening: its state, which info() gives away once without asking the
-    /// system again.
+    /// Owns the descriptor. atOpening: its state, which the first info() returns without a system call.
     PosixFile(int descriptor, QString path, const FileInfo &atOpening);
     ~PosixFile() override;
     PosixFile(const PosixFile &) = delete;
@@ -40,8 +39,7 @@ private:
     std::optional<FileInfo> m_atOpening;
 };
 
-/// The second half of PosixFile::takeMetadata (metadata_posix.cpp): both are open descriptors, path
-/// is the one of to.
+/// Does the work of PosixFile::takeMetadata, in metadata.cpp. from and to are open descriptors; path is that of to.
 Result<void> copyMetadata(int from, int to, const QString &path);
 
 } // namespace ravlin::platform

@@ -19,8 +19,7 @@
 namespace ravlin::platform {
 namespace {
 
-/// A path as the system takes it. The system stops at a zero byte, so a path that holds one would
-/// name another file.
+/// A path as the system takes it. The system stops at a zero byte, so a path with one would name another file.
 class NativePath
 {
 public:

@@ -9,16 +9,14 @@
 #include <algorithm>
 #include <optional>
 
-/// Owner, permissions, extended attributes and the access control list, which is an attribute too
-/// (acl(5)).
+/// Owner, permissions, extended attributes, and the access control list, which is an attribute too (acl(5)).
 namespace ravlin::platform {
 namespace {
 
 constexpr char AccessList[] = "system.posix_acl_access";
 
-/// Reads something of unknown size that may grow between asking for its size and reading it.
-/// The callable takes a buffer and its size and returns the size like flistxattr(2); nothing on
-/// failure.
+/// Reads something of unknown size that may grow between the query of its size and the read. The callable takes a
+/// buffer and its size and returns the size like flistxattr(2). Returns nothing on failure.
 template <typename Read>
 std::optional<QByteArray> readGrowing(Read read)
 {
@@ -39,7 +37,7 @@ std::optional<QByteArray> readGrowing(Read read)
     }
 }
 
-/// The names of all attributes; none where the file system has no attributes.
+/// The names of all attributes; none if the file system has no attributes.
 std::vector<QByteArray> attributeNames(int descriptor)
 {
     const auto list = readGrowing([&](char *buffer, size_t size) { return ::flistxattr(descriptor, buffer, size); });
@@ -58,8 +56,7 @@ std::optional<QByteArray> attribute(int descriptor, const QByteArray &name)
         [&](char *buffer, size_t size) { return ::fgetxattr(descriptor, name.constData(), buffer, size); });
 }
 
-/// True for an attribute that may not be set here by us: losing it is no reason to refuse the
-/// whole.
+/// Whether we may not set the attribute here. Losing it is no reason to fail as a whole.
 bool isRefusal(int number)
 {
     return number == EOPNOTSUPP || number == EPERM || number == EACCES || number == EINVAL;
@@ -70,7 +67,7 @@ Result<void> copyAttributes(int from, const std::vector<QByteArray> &names, int 
     for (const QByteArray &name : names) {
         const auto value = attribute(from, name);
         if (!value)
-            continue; // removed by somebody else meanwhile, or not for us to read
+            continue; // removed meanwhile, or not for us to read
         const auto size = static_cast<size_t>(value->size());
         if (::fsetxattr(to, name.constData(), value->constData(), size, 0) != 0 && !isRefusal(errno))
             return systemError(errno, path, "fsetxattr");
@@ -78,7 +75,7 @@ Result<void> copyAttributes(int from, const std::vector<QByteArray> &names, int 
     return {};
 }
 
-/// A new file may have inherited a list from its folder that the old one does not have.
+/// A new file may have inherited an access control list from its folder that the old one does not have.
 Result<void> dropInheritedAccessList(const std::vector<QByteArray> &wanted, int to, const QString &path)
 {
     if (std::find(wanted.begin(), wanted.end(), AccessList) != wanted.end())
@@ -101,8 +98,8 @@ Result<void> copyMetadata(int from, int to, const QString &path)
     if (otherOwner && ::fchown(to, wanted.st_uid, wanted.st_gid) != 0)
         return systemError(errno, path, "fchown");
 
-    // In this order: with a list in place fchmod would set the list's mask instead of the group's
-    // bits, and a change of owner or permissions may clear attributes.
+    // In this order: with an access control list in place fchmod would set the list's mask instead of the group's bits,
+    // and a change of owner or permissions may clear attributes.
     const std::vector<QByteArray> names = attributeNames(from);
     if (auto dropped = dropInheritedAccessList(names, to, path); !dropped)
         return dropped;

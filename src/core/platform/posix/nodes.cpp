@@ -27,7 +27,7 @@ NodeKind kindOf(mode_t mode)
     return S_ISLNK(mode) ? NodeKind::Link : NodeKind::Other;
 }
 
-/// What must not pass in silence: the rest of what can go wrong with attributes is a refusal.
+/// Failures that must not pass in silence; all others mean that attributes are refused.
 bool isDamage(int number)
 {
     return number == ENOSPC || number == EDQUOT || number == EIO || number == ENOENT;
@@ -35,7 +35,7 @@ bool isDamage(int number)
 
 std::vector<QByteArray> attributeNames(const char *path)
 {
-    QByteArray list(64 * 1024, '\0'); // the most that the system allows
+    QByteArray list(64 * 1024, '\0'); // the system's limit
     const ssize_t size = ::llistxattr(path, list.data(), static_cast<size_t>(list.size()));
     std::vector<QByteArray> names;
     for (ssize_t start = 0; start < size;) {
@@ -49,7 +49,7 @@ std::vector<QByteArray> attributeNames(const char *path)
 Result<void> takeExtendedAttributes(const char *from, const char *to, const QString &path)
 {
     const std::vector<QByteArray> names = attributeNames(from);
-    // What was made anew may have inherited a list from its folder that the other does not have.
+    // A new file may have inherited an access control list from its folder that the other does not have.
     for (const char *list : {AccessList, DefaultAccessList}) {
         if (std::find(names.begin(), names.end(), list) == names.end())
             ::lremovexattr(to, list);
@@ -113,7 +113,7 @@ Result<void> takeAttributes(const QString &from, const QString &to)
         mode &= ~static_cast<mode_t>(S_ISGID);
     if (wanted.st_uid != present.st_uid && ::lchown(target.constData(), wanted.st_uid, static_cast<gid_t>(-1)) != 0)
         mode &= ~static_cast<mode_t>(S_ISUID);
-    // The permissions first: with a list in place they would set its mask.
+    // The permissions first: with an access control list in place they would set its mask.
     if (!S_ISLNK(wanted.st_mode) && ::chmod(target.constData(), mode) != 0 && isDamage(errno))
         return systemError(errno, to, "chmod");
     if (auto taken = takeExtendedAttributes(source.constData(), target.constData(), to); !taken)

@@ -20,7 +20,7 @@ int descriptorOf(StandardStream stream)
     return stream == StandardStream::Output ? STDOUT_FILENO : STDERR_FILENO;
 }
 
-/// Waits until a stream that somebody else has made non-blocking takes bytes again.
+/// Waits until a stream that another program has made non-blocking takes bytes again.
 void waitUntilWritable(int descriptor)
 {
     constexpr int ForEver = -1;
@@ -46,12 +46,12 @@ QString commandLineText(int argc, char **argv)
 void prepareStandardStreams()
 {
     std::signal(SIGPIPE, SIG_IGN);
-    // open() takes the lowest free number. Opened for reading only, so that writing still fails as it should.
+    // open() takes the lowest free number. Read-only, so that writing still fails as it should.
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (::fcntl(descriptor, F_GETFD) == -1 && errno == EBADF && ::open("/dev/null", O_RDONLY) != descriptor)
             return;
     }
-    // For displayWidth: the language does not matter, that characters are Unicode does.
+    // For displayWidth. Any language will do whose characters are Unicode.
     if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr)
         std::setlocale(LC_CTYPE, "");
 }

@@ -47,7 +47,7 @@ ErrorCode codeFor(int number)
 
 tl::unexpected<Error> systemError(int number, const QString &path, const char *call)
 {
-    // std::generic_category instead of strerror, which threads must not share.
+    // std::generic_category instead of strerror, which is not thread-safe.
     const std::string text = std::generic_category().message(number);
     return tl::unexpected(
         Error{codeFor(number), path, QString::fromLatin1(call) + QStringLiteral(": ") + QString::fromStdString(text)});

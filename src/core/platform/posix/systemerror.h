@@ -5,13 +5,13 @@
 
 #include <cerrno>
 
-/// From the system's error numbers to error values, and calling again what a signal interrupted.
+/// Turns the system's error numbers into error values, and repeats calls that a signal interrupted.
 namespace ravlin::platform {
 
-/// The error for a system call that failed with the number (an errno value) on path.
+/// The error for a system call on path that failed with an errno value.
 tl::unexpected<Error> systemError(int number, const QString &path, const char *call);
 
-/// Calls until the result is something else than "interrupted by a signal".
+/// Repeats the call until no signal interrupts it.
 template <typename Call>
 auto uninterrupted(Call call)
 {

@@ -12,7 +12,7 @@ TextKey TextOrder::keyOf(const QString &text) const
 {
     if (text.isEmpty())
         return std::nullopt;
-    // Folded because the locale "C" knows no rules that could ignore case.
+    // Folded because the locale "C" has no rules to ignore case.
     return m_collator.sortKey(text.toCaseFolded());
 }
 

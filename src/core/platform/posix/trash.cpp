@@ -20,7 +20,7 @@ namespace {
 constexpr quint32 StickyBit = 01000;
 constexpr quint32 OwnerOnly = 0700;
 
-/// A trash folder; paths in its info files are told from base on, or in full where that is empty.
+/// A trash folder. Paths in its info files are relative to base, or absolute if that is empty.
 struct Trash
 {
     QString folder;
@@ -43,7 +43,7 @@ QString homeTrash()
     return home.isEmpty() ? QString() : inFolder(home, QStringLiteral(".local/share/Trash"));
 }
 
-/// The nearest folder above (or at) a path that exists: a home trash may have to be made first.
+/// The nearest existing folder at or above a path: a home trash may not exist yet.
 QString existingFolder(QString path)
 {
     while (path.size() > 1 && !nodeAt(path))
@@ -66,14 +66,14 @@ QString topOf(QString folder)
     return folder;
 }
 
-/// A folder that others can't have put there to get at what is deleted: no link, and the user's own.
+/// Whether this is the user's own folder and not a link: others may have planted one to get at what is deleted.
 bool isOwnFolder(const QString &path)
 {
     const auto node = nodeAt(path);
     return node && node->kind == NodeKind::Folder && node->info.owner == ::geteuid();
 }
 
-/// Makes a folder, and those above it that are missing, for the owner alone.
+/// Creates a folder and the missing ones above it, for the owner alone.
 bool makeOwnFolder(const QString &path)
 {
     if (isOwnFolder(path))
@@ -84,7 +84,7 @@ bool makeOwnFolder(const QString &path)
     return ::mkdir(encodePath(path).constData(), OwnerOnly) == 0 || (errno == EEXIST && isOwnFolder(path));
 }
 
-/// The folder of this user in the trash that an administrator has made for all, if there is a safe one.
+/// This user's folder in the trash that an administrator has created for all, if that is safe.
 QString sharedTrash(const QString &top)
 {
     const QString shared = inFolder(top, QStringLiteral(".Trash"));
@@ -99,7 +99,7 @@ bool isUsable(const QString &trash)
            makeOwnFolder(inFolder(trash, QStringLiteral("info")));
 }
 
-/// Whether it is there or could be made; makes nothing.
+/// Whether a trash exists or could be created. Creates nothing.
 bool couldBeUsable(const QString &trash)
 {
     if (isTaken(trash))
@@ -107,7 +107,7 @@ bool couldBeUsable(const QString &trash)
     return ::access(encodePath(existingFolder(folderOf(trash))).constData(), W_OK | X_OK) == 0;
 }
 
-/// The trash for what is in a folder (canonical). accept tells whether one will do.
+/// The first trash for what is in a folder (a canonical path) that accept returns true for.
 template <typename Accept>
 Result<Trash> findTrash(const QString &folder, Accept accept)
 {
@@ -127,18 +127,17 @@ Result<Trash> findTrash(const QString &folder, Accept accept)
     return tl::unexpected(Error{ErrorCode::NoTrash, folder, QStringLiteral("no trash on this drive")});
 }
 
-/// Percent-encoding of RFC 2396 §2.4.1, as the trash's layout has it: of the bytes of the name.
+/// Percent-encoding of the name's bytes by RFC 2396 §2.4.1, as the trash specification requires.
 QByteArray encodedForInfo(const QString &path)
 {
     return encodePath(path).toPercentEncoding("/!$&'()*+,:=@");
 }
 
-/// The name with a number behind it (from 2) and its extension kept, short enough for ".trashinfo" to fit behind it
-/// too.
+/// The name with a number before its extension, from 2 on, short enough for ".trashinfo" to fit as well.
 QString nameInTrash(const QString &name, int number, NodeKind kind)
 {
     constexpr int InfoSuffix = 10;
-    constexpr int LongestExtension = 32; ///< more than that is no extension
+    constexpr int LongestExtension = 32; ///< longer ones are not extensions
     const qsizetype dot = kind == NodeKind::Folder ? -1 : name.lastIndexOf(u'.');
     const bool hasExtension = dot > 0 && nameLength(name.sliced(dot)) <= LongestExtension;
     const qsizetype stem = hasExtension ? dot : name.size();
@@ -146,7 +145,7 @@ QString nameInTrash(const QString &name, int number, NodeKind kind)
     return shortened(name.first(stem), MaxNameLength - InfoSuffix - nameLength(end)) + end;
 }
 
-/// Claims a name by making its info file: whoever makes that owns the name.
+/// Claims a name by creating its info file: whoever creates that owns the name.
 Result<QString> claimName(const Trash &trash, const QString &original, const QString &name, NodeKind kind)
 {
     const qsizetype skipped = trash.base.isEmpty() ? 0 : withEndSeparator(trash.base).size();
@@ -205,7 +204,7 @@ Result<TrashedItem> moveToTrash(const QString &path)
         if (moved)
             return item;
         static_cast<void>(FileSystem::native().remove(item.info));
-        if (moved.error().code == ErrorCode::Unsupported) // one drive mounted twice: renaming doesn't reach it
+        if (moved.error().code == ErrorCode::Unsupported) // one drive mounted twice: renaming does not reach it
             return tl::unexpected(Error{ErrorCode::NoTrash, path, moved.error().detail});
         if (moved.error().code != ErrorCode::AlreadyExists || !isTaken(item.file))
             return tl::unexpected(moved.error());
@@ -217,7 +216,7 @@ Result<void> restoreFromTrash(const TrashedItem &item)
 {
     auto restored = FileSystem::native().renameNew(item.file, item.original);
     if (restored)
-        static_cast<void>(FileSystem::native().remove(item.info)); // one that stays is cleared away by any desktop
+        static_cast<void>(FileSystem::native().remove(item.info)); // any desktop removes one that stays
     return restored;
 }
 

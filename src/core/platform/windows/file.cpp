@@ -11,9 +11,9 @@ namespace {
 constexpr qint64 HundredNanoseconds = 100;
 constexpr qint64 EpochDifference = 116'444'736'000'000'000; ///< from 1601 to 1970 in steps of 100 ns
 constexpr qint64 CopyBufferSize = 1024 * 1024;
-constexpr size_t LargestTransfer = 0x4000'0000; ///< bytes in one call, which counts them in 32 bits
+constexpr size_t LargestTransfer = 0x4000'0000; ///< bytes in one call, which counts in 32 bits
 constexpr unsigned HalfBits = 32;
-/// Where the lock lies: beyond the end of any file, since the system keeps others from reading and writing there.
+/// The byte to lock: beyond the end of any file, since the system keeps others from reading and writing a locked one.
 constexpr DWORD LockOffsetHigh = 0x7fff'fff0;
 
 OVERLAPPED position(qint64 offset)
@@ -118,7 +118,7 @@ Result<void> WindowsFile::takeMetadata(File &source)
 Result<void> WindowsFile::setModified(qint64 nanoseconds)
 {
     m_atOpening.reset();
-    FILE_BASIC_INFO basic{}; // zero leaves a time, or the attributes, as they are
+    FILE_BASIC_INFO basic{}; // zero leaves a time or the attributes as they are
     basic.LastWriteTime.QuadPart = nanoseconds / HundredNanoseconds + EpochDifference;
     if (!::SetFileInformationByHandle(m_handle.get(), FileBasicInfo, &basic, sizeof basic))
         return lastError(m_path, "SetFileInformationByHandle");
@@ -151,7 +151,7 @@ Result<std::unique_ptr<File>> openPlainFile(const QString &path, OpenMode mode, 
     Handle handle = openExisting(native, access);
     if (!handle) {
         const DWORD number = ::GetLastError();
-        // A folder can't be opened for writing, and some not for reading: it is a folder all the same.
+        // Some folders cannot be opened for reading and none for writing; report them as folders all the same.
         const Handle looked = openExisting(native, FILE_READ_ATTRIBUTES);
         const auto info = looked ? infoOf(looked.get(), path) : lastError(path, "CreateFileW");
         if (info && info->isFolder)

@@ -11,7 +11,7 @@ namespace ravlin::platform {
 class WindowsFile final : public File
 {
 public:
-    /// atOpening: its state, which info() gives away once without asking the system again.
+    /// atOpening: its state, which the first info() returns without a system call.
     WindowsFile(Handle handle, QString path, const FileInfo &atOpening);
 
     Result<qint64> readAt(std::span<char> buffer, qint64 offset) override;
@@ -26,7 +26,7 @@ public:
 
 private:
     Handle m_handle;
-    const QString m_path; ///< for error values, and for what only goes by path
+    const QString m_path; ///< for error values, and for what needs a path
     std::optional<FileInfo> m_atOpening;
 };
 
@@ -39,20 +39,20 @@ enum class LinkAtEnd
 /// Opens a plain file that exists; folders and devices are NotAFile.
 Result<std::unique_ptr<File>> openPlainFile(const QString &path, OpenMode mode, LinkAtEnd link);
 
-/// From metadata_windows.cpp.
+// In metadata.cpp.
 
-/// The attributes that users set: read-only, hidden, system, archive; the times of creation and, where wanted, of the
-/// last change; both handles may write attributes.
 enum class TakeTimes
 {
     Creation,
     All
 };
+/// Copies the attributes that users set (read-only, hidden, system, archive), the time of creation and, if wanted, that
+/// of the last change. Both handles have to permit writing attributes.
 Result<void> copyBasics(HANDLE from, HANDLE to, TakeTimes times, const QString &path);
-/// The streams beside the content, such as where a file was downloaded from. One that the target's file system or the
-/// system refuses is left out.
+/// Copies the streams beside the content, such as where a file was downloaded from. Leaves out one that the target's
+/// file system or the system refuses.
 Result<void> copyStreams(const QString &from, const QString &to);
-/// Who may do what with it. Errors are those of an access list that is there and can't be given.
+/// Copies the access list. An error if there is one and it cannot be copied.
 Result<void> copyAccessList(HANDLE from, HANDLE to, const QString &path);
 
 } // namespace ravlin::platform

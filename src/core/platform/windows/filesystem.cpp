@@ -35,12 +35,12 @@ public:
     Result<void> syncFolder(const QString &folder) override;
     Result<qint64> freeBytes(const QString &path) override;
     Result<std::vector<QString>> names(const QString &folder) override;
-    // Owners are no matter of file access here: access lists are.
+    // Access lists decide here, not owners.
     quint32 currentUser() override { return 0; }
     quint32 currentGroup() override { return 0; }
 };
 
-/// Runs a call of the system on a path and turns its failure into an error value.
+/// Runs a system call on a path and turns its failure into an error value.
 template <typename Call>
 Result<void> callOnPath(const QString &path, const char *name, Call call)
 {
@@ -52,8 +52,8 @@ Result<void> callOnPath(const QString &path, const char *name, Call call)
     return {};
 }
 
-/// Takes the read-only attribute off a file while it is removed or replaced, which that attribute hinders here (and not
-/// on other systems); gives it back unless it is to stay off.
+/// Clears a file's read-only attribute, which unlike on other systems keeps the file from being removed or replaced.
+/// Restores it on destruction unless done() was called.
 class Writable
 {
 public:
@@ -66,7 +66,7 @@ public:
     {
         if (!isReadOnly() || m_isDone)
             return;
-        const DWORD number = ::GetLastError(); // of the call that it was for
+        const DWORD number = ::GetLastError(); // of the call in between
         ::SetFileAttributesW(m_path, m_attributes);
         ::SetLastError(number);
     }
@@ -86,8 +86,8 @@ private:
     bool m_isDone = false;
 };
 
-/// One step of the file system, also while somebody has the old file open: as on other systems. Only some file systems
-/// know it (NTFS, and not all versions of it over a network).
+/// Replaces a file in one step, even while somebody has it open, as other systems do. Few file systems support it:
+/// NTFS, but not all versions of it over a network.
 bool replaceInOneStep(const NativePath &from, const NativePath &to)
 {
     const Handle source = openExisting(from, DELETE | SYNCHRONIZE, FILE_FLAG_OPEN_REPARSE_POINT);
@@ -148,7 +148,7 @@ Result<QString> WindowsFileSystem::canonicalPath(const QString &path)
     const DWORD size = ::GetFinalPathNameByHandleW(handle.get(), nullptr, 0, FILE_NAME_NORMALIZED);
     std::wstring found(size, L'\0');
     const DWORD length = ::GetFinalPathNameByHandleW(handle.get(), found.data(), size, FILE_NAME_NORMALIZED);
-    // Some drives of other makers' drivers can't tell.
+    // Some third-party drivers do not support this.
     if (size == 0 || length == 0 || length >= size)
         return withoutPrefix(fromWide(native.text()));
     return withoutPrefix(QString::fromWCharArray(found.data(), length));
@@ -236,8 +236,8 @@ Result<void> WindowsFileSystem::syncFolder(const QString &folder)
         return systemError(ERROR_INVALID_NAME, folder, "CreateFileW");
     if (const auto there = info(folder); !there)
         return tl::unexpected(there.error());
-    // Refused where the user may not add to the folder, and by drives that need no such call; NTFS keeps a journal of
-    // names, in their order, anyway.
+    // Fails if the user may not add to the folder, and on drives that need no such call. NTFS keeps an ordered journal
+    // of names anyway.
     const Handle handle = openExisting(native, GENERIC_WRITE);
     if (handle && !::FlushFileBuffers(handle.get())) {
         const DWORD number = ::GetLastError();

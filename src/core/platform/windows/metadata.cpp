@@ -9,14 +9,14 @@ namespace {
 constexpr DWORD UsersAttributes = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
                                   FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
 
-/// What must not pass in silence: the rest of what can go wrong with a stream is a refusal.
+/// Failures that must not pass in silence; all others mean that a stream is refused.
 bool isDamage(DWORD number)
 {
     return number == ERROR_DISK_FULL || number == ERROR_HANDLE_DISK_FULL || number == ERROR_DISK_QUOTA_EXCEEDED ||
            number == ERROR_CRC || number == ERROR_IO_DEVICE;
 }
 
-/// The names of the streams beside the content, as ":name:$DATA"; none where the file system has none.
+/// The names of the streams beside the content, as ":name:$DATA"; none if the file system has no streams.
 std::vector<QString> streamNames(const NativePath &path)
 {
     std::vector<QString> names;
@@ -38,7 +38,7 @@ DWORD copyStream(const NativePath &from, const NativePath &to)
 {
     const Handle source = openExisting(from, GENERIC_READ);
     if (!source)
-        return 0; // removed by somebody else meanwhile, or not for us to read
+        return 0; // removed meanwhile, or not for us to read
     const Handle target(
         ::CreateFileW(to.text(), GENERIC_WRITE, ShareAll, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!target)
@@ -67,7 +67,7 @@ bool isEncrypted(HANDLE handle)
 
 Result<void> copyBasics(HANDLE from, HANDLE to, TakeTimes times, const QString &path)
 {
-    // A file that its owner has encrypted must not come to lie on the disk for everyone to read.
+    // A file that its owner has encrypted must not end up on the disk for everyone to read.
     if (isEncrypted(from) && !isEncrypted(to))
         return systemError(ERROR_ACCESS_DENIED, path, "taking over the encryption");
     FILE_BASIC_INFO wanted{};
@@ -109,11 +109,11 @@ Result<void> copyAccessList(HANDLE from, HANDLE to, const QString &path)
     ::GetKernelObjectSecurity(from, AccessList, nullptr, 0, &size);
     std::vector<std::byte> descriptor(size);
     if (size == 0 || !::GetKernelObjectSecurity(from, AccessList, descriptor.data(), size, &size))
-        return {}; // a file system without, or a list that is not for us to read
+        return {}; // no access lists on this file system, or not for us to read
     SECURITY_DESCRIPTOR_CONTROL control = 0;
     DWORD revision = 0;
     if (::GetSecurityDescriptorControl(descriptor.data(), &control, &revision) &&
-        (control & SE_DACL_AUTO_INHERITED) != 0) // else entries that come from the folder would become the file's own
+        (control & SE_DACL_AUTO_INHERITED) != 0) // or entries inherited from the folder would become the file's own
         ::SetSecurityDescriptorControl(descriptor.data(), SE_DACL_AUTO_INHERIT_REQ, SE_DACL_AUTO_INHERIT_REQ);
     if (!::SetKernelObjectSecurity(to, AccessList, descriptor.data()) && ::GetLastError() == ERROR_ACCESS_DENIED)
         return lastError(path, "SetKernelObjectSecurity");

@@ -17,7 +17,7 @@ bool isDrivePath(const QString &path)
     return path.size() >= 3 && path.at(0).isLetter() && path.at(1) == u':' && path.at(2) == Separator;
 }
 
-/// Whether the system has to work the path out first: the prefix turns that off.
+/// Whether the system has to resolve the path first, which the prefix turns off.
 bool needsResolving(const QString &path)
 {
     if (!isDrivePath(path) && !path.startsWith(QStringLiteral(R"(\\)")))
@@ -103,7 +103,7 @@ NativePath::NativePath(const QString &path)
     QString text = path;
     text.replace(u'/', Separator);
     if (text.size() == 2 && text.at(1) == u':')
-        text += Separator; // not the folder in use on that drive: names are put behind it
+        text += Separator; // or it would mean the current folder of that drive
     if (!text.startsWith(Prefix)) {
         if (needsResolving(text))
             text = resolved(text);

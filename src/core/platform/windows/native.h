@@ -16,14 +16,14 @@
 /// What all Windows sources share: paths as the system takes them, handles, error numbers.
 namespace ravlin::platform {
 
-/// A path in the form that the system takes as it stands, however long: \\?\C:\folder\file. Names that end in a blank
-/// or full stop, which other systems make, stay what they are in it.
+/// A path of any length in the form that the system takes literally: \\?\C:\folder\file. Names that end in a blank or
+/// full stop, as other systems create them, stay as they are.
 class NativePath
 {
 public:
     explicit NativePath(const QString &path);
 
-    /// False for an empty path and for one with a zero in it, where the system would stop reading.
+    /// False for an empty path and for one with a NUL in it, where the system would stop reading.
     bool isValid() const { return !m_text.empty(); }
     const wchar_t *text() const { return m_text.c_str(); }
 
@@ -31,10 +31,10 @@ private:
     std::wstring m_text;
 };
 
-/// Without the \\?\ that the system puts before a path.
+/// The path without the prefix \\?\.
 QString withoutPrefix(const QString &native);
 
-/// A handle of the system that is closed on destruction.
+/// A system handle, closed on destruction.
 class Handle
 {
 public:
@@ -57,13 +57,13 @@ private:
     HANDLE m_handle = nullptr;
 };
 
-/// Others may do with a file what they like while we have it open, as on other systems.
+/// While we have a file open, others may do with it as they like, as on other systems.
 inline constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-/// Opens what is there, also a folder; flags as those of CreateFileW.
+/// Opens an existing file or folder; flags as for CreateFileW.
 Handle openExisting(const NativePath &path, DWORD access, DWORD flags = 0);
 
-/// The error for a call of the system that failed with the number (of GetLastError) on path.
+/// The error for a system call on path that failed with a number of GetLastError.
 tl::unexpected<Error> systemError(DWORD number, const QString &path, const char *call);
 inline tl::unexpected<Error> lastError(const QString &path, const char *call)
 {
@@ -73,16 +73,16 @@ inline tl::unexpected<Error> lastError(const QString &path, const char *call)
 /// The state of an open file or folder.
 Result<FileInfo> infoOf(HANDLE handle, const QString &path);
 
-/// Whether it stands for another place: a symbolic link, or a folder that a drive or another folder is mounted on. What
-/// a cloud store keeps elsewhere is no such link.
+/// Whether it stands for another place: a symbolic link, or a folder that a drive or another folder is mounted on. A
+/// file whose content is in a cloud store is not such a link.
 bool isLink(HANDLE handle);
 
-/// Calls until the result is something else than "in use by somebody", a few times: virus scanners and indexers open
-/// what has just been written for some milliseconds. The call returns whether it went well.
+/// Repeats a call a few times while the file is in use by somebody: virus scanners and indexers open what has just been
+/// written for some milliseconds. The call returns whether it succeeded.
 template <typename Call>
 bool patiently(Call call)
 {
-    constexpr DWORD LongestWait = 80; // milliseconds; 155 in sum
+    constexpr DWORD LongestWait = 80; // milliseconds; 155 in total
     for (DWORD wait = 5;; wait *= 2) {
         if (call())
             return true;

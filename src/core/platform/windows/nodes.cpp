@@ -12,7 +12,7 @@ namespace {
 
 constexpr DWORD LargestLink = 16 * 1024; ///< MAXIMUM_REPARSE_DATA_BUFFER_SIZE
 
-/// What a link is made of, as the system keeps it.
+/// The content of a link, as the system stores it.
 Result<std::vector<std::byte>> linkData(const QString &path)
 {
     const NativePath native(path);
@@ -27,7 +27,7 @@ Result<std::vector<std::byte>> linkData(const QString &path)
     return data;
 }
 
-/// Makes the file or folder that is to become the link.
+/// Creates the file or folder that is to become the link.
 bool makePlaceholder(const NativePath &path, bool isFolder)
 {
     if (isFolder)
@@ -89,7 +89,7 @@ Result<void> copyLink(const QString &from, const QString &to)
     return systemError(number, to, "DeviceIoControl");
 }
 
-/// Who may do what with it comes from the folder that it is put into, as everywhere on this system.
+/// Leaves out the access list, which comes from the new folder, as everywhere on this system.
 Result<void> takeAttributes(const QString &from, const QString &to)
 {
     const NativePath source(from);
@@ -114,7 +114,7 @@ Result<void> takeAttributes(const QString &from, const QString &to)
 
 void forgetCached(const QString &path)
 {
-    // To open a file past the cache makes the system write and drop what the cache has of it.
+    // Opening a file without buffering makes the system write and drop what the cache has of it.
     const NativePath native(path);
     if (native.isValid())
         openExisting(native, GENERIC_READ, FILE_FLAG_NO_BUFFERING);

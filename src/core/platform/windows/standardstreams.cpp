@@ -48,7 +48,7 @@ bool isWide(char32_t character)
 /// Writes to a console, which takes UTF-16 whatever its code page is.
 bool writeToConsole(HANDLE console, QByteArrayView bytes)
 {
-    constexpr qsizetype MostUnits = 8 * 1024; // older consoles refuse much more at once
+    constexpr qsizetype MostUnits = 8 * 1024; // older consoles refuse more at once
     const QString text = QString::fromUtf8(bytes);
     for (qsizetype done = 0; done < text.size();) {
         qsizetype length = std::min(MostUnits, text.size() - done);
@@ -66,7 +66,7 @@ bool writeToConsole(HANDLE console, QByteArrayView bytes)
 
 QStringList programArguments(int, char **)
 {
-    // What main() gets is in the code page, in which not every name can be told.
+    // What main() gets is in the code page, which lacks characters of some names.
     int count = 0;
     wchar_t **const found = ::CommandLineToArgvW(::GetCommandLineW(), &count);
     QStringList arguments;
@@ -79,7 +79,7 @@ QStringList programArguments(int, char **)
 QString commandLineText(int, char **)
 {
     QString text = fromWide(::GetCommandLineW());
-    // The program's name ends at a blank, but for those between quotes.
+    // The program's name ends at the first blank outside quotes.
     qsizetype end = 0;
     for (bool isQuoted = false; end < text.size() && (isQuoted || !text.at(end).isSpace()); ++end)
         isQuoted = text.at(end) == u'"' ? !isQuoted : isQuoted;
@@ -90,7 +90,7 @@ QString commandLineText(int, char **)
 
 void prepareStandardStreams()
 {
-    // Nothing of what other systems need: handles have no numbers that could be taken, and no signal ends the program.
+    // Nothing to do: handles have no numbers that could be reused, and no signal ends the program.
 }
 
 bool isTerminal(StandardStream stream)

@@ -8,7 +8,7 @@
 namespace ravlin::platform {
 namespace {
 
-/// Compares as the text's UTF-16 does.
+/// Bytes that compare like the text's UTF-16.
 QByteArray plainKey(const QString &text)
 {
     QByteArray key(text.size() * qsizetype(sizeof(char16_t)), Qt::Uninitialized);
@@ -30,7 +30,7 @@ TextKey TextOrder::keyOf(const QString &text) const
     const std::wstring name = m_collator.locale().bcp47Name().toStdWString();
     const std::wstring wide = folded.toStdWString();
     const auto map = [&](QByteArray &key) {
-        // The size of a sort key is told in bytes, and so is that of the room for it.
+        // For sort keys both sizes are in bytes.
         return ::LCMapStringEx(name.c_str(), LCMAP_SORTKEY | NORM_IGNORECASE, wide.data(), int(wide.size()),
             reinterpret_cast<wchar_t *>(key.data()), int(key.size()), nullptr, nullptr, 0);
     };

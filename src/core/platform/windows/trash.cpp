@@ -28,7 +28,7 @@ private:
     const HRESULT m_outcome;
 };
 
-/// One reference to an object of the shell's.
+/// A reference to one of the shell's objects.
 template <typename Object>
 class ComPointer
 {
@@ -54,8 +54,8 @@ private:
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-/// Learns where in the recycle bin a file has come to lie, and keeps the shell from deleting for good what does not fit
-/// into it. Lives on the stack for as long as the operation.
+/// Learns where in the recycle bin a file ends up, and keeps the shell from deleting for good what does not fit into
+/// it. Lives on the stack during the operation.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): see above.
 class DeletionWatch final : public IFileOperationProgressSink
 {
@@ -91,7 +91,7 @@ public:
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 
-    // Of no interest.
+    // The other notifications do not matter.
     HRESULT STDMETHODCALLTYPE StartOperations() override { return S_OK; }
     HRESULT STDMETHODCALLTYPE FinishOperations(HRESULT) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE PreRenameItem(DWORD, IShellItem *, LPCWSTR) override { return S_OK; }
@@ -128,10 +128,10 @@ private:
 #pragma GCC diagnostic pop
 
 constexpr DWORD RecycleOnDelete = 0x0008'0000; ///< FOFX_RECYCLEONDELETE
-constexpr DWORD AddUndoRecord = 0x2000'0000;   ///< FOFX_ADDUNDORECORD: the shell's own undo knows of it too
+constexpr DWORD AddUndoRecord = 0x2000'0000;   ///< FOFX_ADDUNDORECORD: the shell can undo it too
 constexpr WORD WithoutDialogs = FOF_NOCONFIRMATION | FOF_SILENT | FOF_NOERRORUI;
 
-/// Runs the shell's operation on one file or folder; watch then knows more.
+/// Runs the shell's operation on one file or folder; watch holds the outcome.
 HRESULT recycle(const std::wstring &path, DeletionWatch &watch)
 {
     ComPointer<IFileOperation> operation;
@@ -151,11 +151,11 @@ HRESULT recycle(const std::wstring &path, DeletionWatch &watch)
     return outcome;
 }
 
-/// The shell's older operation, for shells that know the newer one by name only. It does not tell where the file is
-/// then.
+/// The shell's older operation, for shells that only pretend to know the newer one. It does not report where the file
+/// ends up.
 bool recycleByOlderCall(std::wstring path)
 {
-    path.push_back(L'\0'); // a list ends with two
+    path.push_back(L'\0'); // a list ends in two zeros
     SHFILEOPSTRUCTW operation{};
     operation.wFunc = FO_DELETE;
     operation.pFrom = path.c_str();
@@ -173,8 +173,9 @@ QString driveOf(const QString &path)
     return withoutPrefix(fromWide(root.c_str()));
 }
 
-/// Whether the shell, which knows no prefix, finds by a path what we do: it takes blanks and full stops off the end of
-/// a name, where another file may bear the rest, and finds nothing by a long path.
+/// Whether a path means the same file to the shell as to us. The shell, which does not take the prefix, strips blanks
+/// and full stops from the end of a name, where another file may have the remaining name, and finds nothing by a long
+/// path.
 bool isForShell(const QString &path)
 {
     const std::wstring text = path.toStdWString();
@@ -204,7 +205,7 @@ Result<TrashedItem> moveToTrash(const QString &path)
         return tl::unexpected(Error{ErrorCode::NoTrash, path, QStringLiteral("no recycle bin on this drive")});
 
     const ComSession session;
-    // The shell takes no path with the prefix, nor one that is not complete.
+    // The shell takes neither a path with the prefix nor a relative one.
     const QString original = withoutPrefix(fromWide(NativePath(path).text()));
     if (!isForShell(original))
         return tl::unexpected(Error{ErrorCode::NoTrash, path, QStringLiteral("the shell takes no such path")});
@@ -221,7 +222,7 @@ Result<TrashedItem> moveToTrash(const QString &path)
         return tl::unexpected(Error{
             ErrorCode::AccessDenied, path, QStringLiteral("the shell's operation failed (0x%1)").arg(number, 0, Hex)});
     }
-    // Beside the file, whose name begins with "$R", lies one of the same name with "$I" that tells where it was.
+    // Beside the file, whose name begins with "$R", a file of that name with "$I" records where it was.
     QString info;
     if (nameOf(watch.place()).startsWith(QStringLiteral("$R")))
         info = inFolder(folderOf(watch.place()), QStringLiteral("$I") + nameOf(watch.place()).mid(2));
@@ -235,7 +236,7 @@ Result<void> restoreFromTrash(const TrashedItem &item)
             Error{ErrorCode::Unsupported, item.original, QStringLiteral("only the shell knows where it is")});
     auto restored = FileSystem::native().renameNew(item.file, item.original);
     if (restored && !item.info.isEmpty())
-        static_cast<void>(FileSystem::native().remove(item.info)); // one that stays is cleared away by the shell
+        static_cast<void>(FileSystem::native().remove(item.info)); // the shell removes one that stays
     return restored;
 }
 
