@@ -4,7 +4,6 @@
 // attributes and, when asked, the time.
 
 #include "core/platform/scratchfolder.h"
-#include "core/storage/leftovers.h"
 #include "core/storage/safewrite.h"
 
 #include <QProcess>
@@ -105,8 +104,6 @@ private Q_SLOTS:
     void fileOfAnotherOwner();
     void folderWithoutWriteAccess();
     void bigFileIsNotReadIntoMemory();
-    void leftoverNames();
-    void cleaning();
 };
 
 void TestSafeWrite::writesContent_data()
@@ -462,38 +459,6 @@ void TestSafeWrite::bigFileIsNotReadIntoMemory()
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.read(5100), sample(5000, 2) + sample(100));
-}
-
-void TestSafeWrite::leftoverNames()
-{
-    QVERIFY(isLeftoverName(QStringLiteral(".ravlin-0123456789abcdef.tmp")));
-    QVERIFY(isLeftoverName(QStringLiteral(".ravlin-0000000000000001.redo")));
-    for (const auto *name : {".ravlin-0123456789abcdef.mp3", ".ravlin-.tmp", ".ravlin-0123456789abcdeg.tmp",
-             ".ravlin-0123456789ABCDEF.tmp", "ravlin-0123456789abcdef.tmp", ".ravlin-0123456789abcdef.tmp.mp3", ""})
-        QVERIFY2(!isLeftoverName(QString::fromLatin1(name)), name);
-    QCOMPARE(redoName(0xABC), QStringLiteral(".ravlin-0000000000000abc.redo"));
-}
-
-void TestSafeWrite::cleaning()
-{
-    const ScratchFolder folder;
-    const QStringList others{QStringLiteral(".ravlin-notes.tmp"), QStringLiteral("song.mp3")};
-    for (const QString &name : others)
-        folder.write(name, "mine");
-    const QString stale = folder.write(QStringLiteral(".ravlin-00000000000000aa.tmp"), "x");
-    const QString broken = folder.write(QStringLiteral(".ravlin-00000000000000bb.redo"), "x");
-    auto busy = TemporaryFile::create(native(), folder.path());
-    QVERIFY(busy);
-    // A link with such a name is not followed and not ours.
-    const QString link = folder.path(QStringLiteral(".ravlin-00000000000000cc.tmp"));
-    QVERIFY(QFile::link(QStringLiteral("song.mp3"), link));
-
-    QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 2);
-    QVERIFY(!QFile::exists(stale) && !QFile::exists(broken));
-    QCOMPARE(folder.names().size(), others.size() + 2);
-    QCOMPARE(ScratchFolder::read(folder.path(QStringLiteral("song.mp3"))), "mine");
-    QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 0);
-    QCOMPARE(cleanLeftovers(native(), folder.path(QStringLiteral("none"))).error().code, ErrorCode::NotFound);
 }
 
 QTEST_GUILESS_MAIN(TestSafeWrite)

@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Contract: only names that we give ourselves count as leftovers. A temporary file or folder is locked while it is used,
+// is gone with its object unless it got its final name, and takes no other's place unless asked to. cleanLeftovers removes
+// what nobody uses any more and touches nothing else: no file in use, no file of the user's, nothing behind a link.
+
+#include "core/platform/nodes.h"
+#include "core/platform/scratchfolder.h"
+#include "core/storage/leftovers.h"
+#include "core/storage/safewrite.h"
+#include "support/faultyfilesystem.h"
+#include "support/filetree.h"
+
+#include <QtTest>
+
+using namespace ravlin;
+using namespace ravlin::platform;
+using namespace ravlin::storage;
+using namespace Qt::StringLiterals;
+using ravlin::test::Call;
+using ravlin::test::Fault;
+using ravlin::test::FaultyFileSystem;
+using ravlin::test::infoOf;
+using ravlin::test::MakesLinks;
+using ravlin::test::ScratchFolder;
+
+namespace {
+
+FileSystem &native()
+{
+    return FileSystem::native();
+}
+
+/// Whether the lock of a file that another holds open can be had.
+bool isFree(const QString &path)
+{
+    const auto file = native().open(path, OpenMode::Read);
+    return (*file)->tryLock().value();
+}
+
+const QString StaleFile = u".ravlin-00000000000000aa.tmp"_s;
+const QString StaleFolder = u".ravlin-00000000000000bb.tmp"_s;
+
+} // namespace
+
+class TestLeftovers : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void leftoverNames();
+    void aTemporaryFileIsGoneWithItsObject();
+    void aTemporaryFileGetsItsFinalName();
+    void aTakenNameIsKeptOrReplaced();
+    void aReleasedFileStaysLocked();
+    void aFileThatACleanerTookIsMadeAnew_data();
+    void aFileThatACleanerTookIsMadeAnew();
+    void aTemporaryFolderIsGoneWithAllThatIsInIt();
+    void aTemporaryFolderGetsItsFinalName();
+    void aFolderThatIsNotThere();
+    void cleaning();
+    void whatIsInUseStays();
+    void staleFoldersGoButNotWhatTheirLinksLeadTo();
+    void withoutLocksNothingIsStale();
+};
+
+void TestLeftovers::leftoverNames()
+{
+    QVERIFY(isLeftoverName(QStringLiteral(".ravlin-0123456789abcdef.tmp")));
+    QVERIFY(isLeftoverName(QStringLiteral(".ravlin-0000000000000001.redo")));
+    for (const auto *name : {".ravlin-0123456789abcdef.mp3", ".ravlin-.tmp", ".ravlin-0123456789abcdeg.tmp",
+             ".ravlin-0123456789ABCDEF.tmp", "ravlin-0123456789abcdef.tmp", ".ravlin-0123456789abcdef.tmp.mp3", ""})
+        QVERIFY2(!isLeftoverName(QString::fromLatin1(name)), name);
+    QCOMPARE(redoName(0xABC), QStringLiteral(".ravlin-0000000000000abc.redo"));
+    QVERIFY(isRedoName(redoName(0xABC)) && !isTemporaryName(redoName(0xABC)));
+    QVERIFY(isTemporaryName(StaleFile) && !isRedoName(StaleFile));
+}
+
+void TestLeftovers::aTemporaryFileIsGoneWithItsObject()
+{
+    const ScratchFolder folder;
+    {
+        const auto temporary = TemporaryFile::create(native(), folder.path());
+        QVERIFY(temporary);
+        QCOMPARE(folder.names(), QStringList{nameOf(temporary->path())});
+        QVERIFY(isTemporaryName(nameOf(temporary->path())));
+        QCOMPARE(temporary->info().inode, infoOf(temporary->path()).inode);
+        QVERIFY(!isFree(temporary->path()));
+    }
+    QVERIFY(folder.names().isEmpty());
+}
+
+void TestLeftovers::aTemporaryFileGetsItsFinalName()
+{
+    const ScratchFolder folder;
+    const QString path = folder.path(u"new.mp3"_s);
+    {
+        auto temporary = TemporaryFile::create(native(), folder.path());
+        QVERIFY(temporary->file().writeAt(std::span("new", 3), 0));
+        QVERIFY(temporary->moveToNew(path));
+    }
+    QCOMPARE(folder.names(), QStringList{u"new.mp3"_s});
+    QCOMPARE(ScratchFolder::read(path), "new");
+}
+
+void TestLeftovers::aTakenNameIsKeptOrReplaced()
+{
+    const ScratchFolder folder;
+    const QString path = folder.write(u"song.mp3"_s, "old");
+    {
+        auto temporary = TemporaryFile::create(native(), folder.path());
+        const auto moved = temporary->moveToNew(path);
+        QVERIFY(!moved);
+        QCOMPARE(moved.error().code, ErrorCode::AlreadyExists);
+        QCOMPARE(folder.names().size(), 2);
+    }
+    QCOMPARE(folder.names(), QStringList{u"song.mp3"_s});
+    QCOMPARE(ScratchFolder::read(path), "old");
+    {
+        auto temporary = TemporaryFile::create(native(), folder.path());
+        QVERIFY(temporary->moveTo(path));
+    }
+    QCOMPARE(folder.names(), QStringList{u"song.mp3"_s});
+    QCOMPARE(ScratchFolder::read(path), QByteArray());
+}
+
+void TestLeftovers::aReleasedFileStaysLocked()
+{
+    const ScratchFolder folder;
+    const QString path = folder.path(u"new.mp3"_s);
+    std::unique_ptr<File> file;
+    {
+        auto temporary = TemporaryFile::create(native(), folder.path());
+        QVERIFY(temporary->moveToNew(path));
+        file = temporary->release();
+    }
+    QVERIFY(file && !isFree(path));
+    file.reset();
+    QVERIFY(isFree(path));
+}
+
+void TestLeftovers::aFileThatACleanerTookIsMadeAnew_data()
+{
+    QTest::addColumn<bool>("isRemoved");
+    QTest::newRow("removed before it was locked") << true;
+    QTest::newRow("locked by the cleaner") << false;
+}
+
+void TestLeftovers::aFileThatACleanerTookIsMadeAnew()
+{
+    QFETCH(bool, isRemoved);
+    const ScratchFolder folder;
+    FaultyFileSystem fileSystem;
+    QString taken;
+    std::unique_ptr<File> cleaner;
+    fileSystem.beforeCall = [&](Call call) {
+        if (call != Call::Lock || !taken.isEmpty())
+            return;
+        taken = folder.path(folder.names().constFirst());
+        if (isRemoved) {
+            QVERIFY(native().remove(taken));
+        } else {
+            cleaner = *native().open(taken, OpenMode::Read);
+            QVERIFY(cleaner->tryLock().value());
+        }
+    };
+    const auto temporary = TemporaryFile::create(fileSystem, folder.path());
+    QVERIFY(temporary);
+    QVERIFY(!taken.isEmpty() && temporary->path() != taken);
+    QVERIFY(infoOf(temporary->path()).isFile);
+    QVERIFY(!isFree(temporary->path()));
+}
+
+void TestLeftovers::aTemporaryFolderIsGoneWithAllThatIsInIt()
+{
+    const ScratchFolder folder;
+    {
+        const auto temporary = TemporaryFolder::create(native(), folder.path());
+        QVERIFY(temporary);
+        const QString name = nameOf(temporary->path());
+        QVERIFY(isTemporaryName(name) && infoOf(temporary->path()).isFolder);
+        if (Separator == u'/')
+            QCOMPARE(infoOf(temporary->path()).permissions, 0700U);
+        QVERIFY(!lockFolder(temporary->path()));
+        QVERIFY(native().createFolder(inFolder(temporary->path(), u"cd1"_s)));
+        folder.write(name + u"/cd1/song.mp3"_s, "content");
+    }
+    QVERIFY(folder.names().isEmpty());
+}
+
+void TestLeftovers::aTemporaryFolderGetsItsFinalName()
+{
+    const ScratchFolder folder;
+    const QString path = folder.path(u"disc"_s);
+    {
+        auto temporary = TemporaryFolder::create(native(), folder.path());
+        QVERIFY(temporary->moveToNew(path));
+    }
+    QCOMPARE(folder.names(), QStringList{u"disc"_s});
+    QVERIFY(lockFolder(path));
+    {
+        auto temporary = TemporaryFolder::create(native(), folder.path());
+        QCOMPARE(temporary->moveToNew(path).error().code, ErrorCode::AlreadyExists);
+    }
+    QCOMPARE(folder.names(), QStringList{u"disc"_s});
+}
+
+void TestLeftovers::aFolderThatIsNotThere()
+{
+    const ScratchFolder folder;
+    const QString none = folder.path(u"none"_s);
+    QCOMPARE(TemporaryFile::create(native(), none).error().code, ErrorCode::NotFound);
+    QCOMPARE(TemporaryFolder::create(native(), none).error().code, ErrorCode::NotFound);
+}
+
+void TestLeftovers::cleaning()
+{
+    const ScratchFolder folder;
+    const QStringList others{QStringLiteral(".ravlin-notes.tmp"), QStringLiteral("song.mp3")};
+    for (const QString &name : others)
+        folder.write(name, "mine");
+    const QString stale = folder.write(QStringLiteral(".ravlin-00000000000000aa.tmp"), "x");
+    const QString broken = folder.write(QStringLiteral(".ravlin-00000000000000bb.redo"), "x");
+    auto busy = TemporaryFile::create(native(), folder.path());
+    QVERIFY(busy);
+    // A link with such a name is not followed and not ours.
+    const QString link = folder.path(QStringLiteral(".ravlin-00000000000000cc.tmp"));
+    QVERIFY(!MakesLinks || QFile::link(QStringLiteral("song.mp3"), link));
+
+    QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 2);
+    QVERIFY(!QFile::exists(stale) && !QFile::exists(broken));
+    QCOMPARE(folder.names().size(), others.size() + (MakesLinks ? 2 : 1));
+    QCOMPARE(ScratchFolder::read(folder.path(QStringLiteral("song.mp3"))), "mine");
+    QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 0);
+    QCOMPARE(cleanLeftovers(native(), folder.path(QStringLiteral("none"))).error().code, ErrorCode::NotFound);
+}
+
+void TestLeftovers::whatIsInUseStays()
+{
+    const ScratchFolder folder;
+    const auto file = TemporaryFile::create(native(), folder.path());
+    const auto subfolder = TemporaryFolder::create(native(), folder.path());
+    QVERIFY(file && subfolder);
+    QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 0);
+    QVERIFY(infoOf(file->path()).isFile);
+    QVERIFY(infoOf(subfolder->path()).isFolder);
+}
+
+void TestLeftovers::staleFoldersGoButNotWhatTheirLinksLeadTo()
+{
+    const ScratchFolder folder;
+    folder.write(u"song.mp3"_s, "mine");
+    QVERIFY(native().createFolder(folder.path(StaleFolder)));
+    folder.write(StaleFolder + u"/half.mp3"_s, "half");
+    if (MakesLinks)
+        QVERIFY(QFile::link(folder.path(u"song.mp3"_s), folder.path(StaleFolder + u"/link.mp3"_s)));
+    QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 1);
+    QCOMPARE(folder.names(), QStringList{u"song.mp3"_s});
+    QCOMPARE(ScratchFolder::read(folder.path(u"song.mp3"_s)), "mine");
+}
+
+void TestLeftovers::withoutLocksNothingIsStale()
+{
+    const ScratchFolder folder;
+    folder.write(StaleFile, "x");
+    FaultyFileSystem fileSystem;
+    fileSystem.setPlan({.fault = Fault::Fail, .only = Call::Lock, .forEver = true, .code = ErrorCode::Unsupported});
+    QCOMPARE(cleanLeftovers(fileSystem, folder.path()).value(), 0);
+    QCOMPARE(folder.names(), QStringList{StaleFile});
+    QVERIFY(TemporaryFile::create(fileSystem, folder.path()));
+    QVERIFY(fileSystem.hasFired());
+}
+
+QTEST_GUILESS_MAIN(TestLeftovers)
+#include "tst_leftovers.moc"
