@@ -44,7 +44,7 @@ void setAttributes(const QString &path, DWORD attributes)
     QVERIFY(::SetFileAttributesW(wide(path).c_str(), attributes) != 0);
 }
 
-/// As nativePath of ScratchFolder, in the form that the program gives paths.
+/// The path of a name in the folder, with the system's separators.
 QString in(const ScratchFolder &folder, const QString &name)
 {
     return QDir::toNativeSeparators(folder.path(name));
@@ -64,7 +64,7 @@ const QByteArray Large(20'000, 'o');
 
 } // namespace
 
-/// The contracts of FileSystem, Folder, nodes and safe writes, as Windows keeps them.
+/// Contract: FileSystem, Folder, nodes and safe writes keep their promises on Windows.
 class TestWindowsFiles : public QObject
 {
     Q_OBJECT
@@ -202,7 +202,7 @@ private Q_SLOTS:
         auto second = files().open(path, OpenMode::Read).value();
         QVERIFY(first->tryLock().value());
         QVERIFY(!second->tryLock().value());
-        QCOMPARE(readExactly(*second, 0, 7).value(), "content"); // it hinders no reading
+        QCOMPARE(readExactly(*second, 0, 7).value(), "content"); // the lock does not hinder reading
         first.reset();
         QVERIFY(second->tryLock().value());
     }

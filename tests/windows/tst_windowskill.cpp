@@ -24,7 +24,7 @@ using test::ScratchFolder;
 const QByteArray OldContent(300'000, 'o');
 const QByteArray NewContent = QByteArray(9'000, 'n') + OldContent;
 
-/// Writes one content and the other in turn until it is killed.
+/// Writes the two contents in turn until it is killed.
 int writeForEver(const QString &path)
 {
     std::fputs("writing\n", stdout);
@@ -41,7 +41,7 @@ int writeForEver(const QString &path)
 
 } // namespace
 
-/// A program that is killed while it writes leaves the old content or the new one.
+/// Contract: a program that is killed while it writes leaves the old content or the new one.
 class TestWindowsKill : public QObject
 {
     Q_OBJECT

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Operations on files and folders where Windows differs: drives and their roots, names that differ in case alone, both
-// separators in a pattern, names that the shell or the file system takes for others.
+// Contract: operations on files and folders work where Windows differs: drives and their roots, names that differ in
+// case alone, both separators in a pattern, names that the shell or the file system takes for others.
 
 #include "core/files/operations/deletion.h"
 #include "core/files/operations/fileoperations.h"
@@ -31,7 +31,7 @@ platform::FileSystem &files()
     return platform::FileSystem::native();
 }
 
-/// A file in the root of drive C, gone with its object.
+/// A file in the root of drive C:, removed on destruction.
 class FileInRoot
 {
 public:
@@ -55,7 +55,7 @@ private:
     bool m_isThere = false;
 };
 
-/// The root of a drive that is not there.
+/// The root of a drive that does not exist.
 QString missingDrive()
 {
     const DWORD taken = ::GetLogicalDrives();
@@ -66,7 +66,7 @@ QString missingDrive()
     return {};
 }
 
-/// Nobody is asked anything but whether files are to be deleted for good.
+/// Expects no question but whether files are to be deleted for good.
 class Host final : public FileOperationHost
 {
 public:
@@ -189,11 +189,11 @@ private Q_SLOTS:
         for (const QString &root : {u"C:\\"_s, u"C:"_s}) {
             QCOMPARE(files().canonicalPath(root).value(), u"C:\\"_s);
             QVERIFY(files().info(root)->inode != test::infoOf(inUse.path()).inode);
-            // What is in the root is there already.
+            // What is in the root is where it is to go.
             const auto moved = makeTransferPlan(files(), {TransferKind::Move, {file.path()}, root});
             QCOMPARE(moved->items.front().error.value_or(Error{}).code, ErrorCode::AlreadyExists);
         }
-        // What is in the folder in use is not.
+        // What is in the current folder is not.
         inUse.write(u"a.mp3"_s, "content");
         const auto moved = makeTransferPlan(files(), {TransferKind::Move, {inUse.path(u"a.mp3"_s)}, u"C:\\"_s});
         QVERIFY(!moved->items.front().error);
@@ -206,7 +206,7 @@ private Q_SLOTS:
         for (const QString &path : {missingDrive(), missingDrive().left(2)}) {
             const DeletionReport report = deleteForGood(files(), {path});
             QCOMPARE(report.failures.size(), 1U);
-            QCOMPARE(report.failures.front().error.code, ErrorCode::InvalidArgument); // it was not even looked for
+            QCOMPARE(report.failures.front().error.code, ErrorCode::InvalidArgument); // not NotFound: nothing was looked up
         }
     }
 
@@ -244,7 +244,7 @@ private Q_SLOTS:
         for (const QString &name : {u"song.mp3."_s, u"song.mp3 "_s}) {
             QVERIFY(files().createNew(scratch.path(name)));
             QCOMPARE(platform::moveToTrash(scratch.path(name)).error().code, ErrorCode::NoTrash);
-            // The user is asked whether it may be deleted for good instead.
+            // Instead the user is asked whether to delete it for good.
             Host host;
             UndoHistory history;
             FileOperations operations(files(), host, history);
@@ -296,7 +296,7 @@ private Q_SLOTS:
         QCOMPARE(
             test::snapshotOf(scratch.path()), (test::Snapshot{{u"cd"_s, "folder"}, {u"cd/a.mp3"_s, "file content"}}));
         QVERIFY(test::infoOf(song).isReadOnly());
-        QVERIFY(files().setPermissions(song, 0666)); // else the folder can't be cleared away
+        QVERIFY(files().setPermissions(song, 0666)); // or the folder could not be removed
     }
 };
 

@@ -26,7 +26,7 @@ namespace {
 
 using test::ScratchFolder;
 
-/// The default value of a key of the user's part of the classes root.
+/// The default value of a key below the user's part of the classes root.
 QString classValue(const QString &key)
 {
     const QSettings classes(u"HKEY_CURRENT_USER\\Software\\Classes\\"_s + key, QSettings::NativeFormat);
@@ -35,7 +35,7 @@ QString classValue(const QString &key)
 
 } // namespace
 
-/// What the program asks of Windows besides files: recycle bin, registry, code page, special folders, drives.
+/// Contract: recycle bin, registry, code page, standard folders and drives of Windows work as the program expects.
 class TestWindowsSystem : public QObject
 {
     Q_OBJECT
@@ -164,7 +164,7 @@ private Q_SLOTS:
             QCOMPARE(toCodePage(u"Años"_s), QByteArray("A\xf1os"));
             QCOMPARE(toCodePage(u"€"_s), QByteArray("\x80"));
             QVERIFY(!toCodePage(u"日本"_s));
-            QVERIFY(!toCodePage(u"Ā"_s)); // no "A" in its stead
+            QVERIFY(!toCodePage(u"Ā"_s)); // not replaced by "A"
         } else if (::GetACP() == CP_UTF8) {
             QCOMPARE(toCodePage(u"日本"_s), u"日本"_s.toUtf8());
             QVERIFY(!toCodePage(QString(QChar(0xD800))));
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(displayWidth(U'ñ'), 1);
         QCOMPARE(displayWidth(U'日'), 2);
         QCOMPARE(displayWidth(0x1F3B5), 2); // a musical note
-        QCOMPARE(displayWidth(0x301), 0);   // an accent on the letter before
+        QCOMPARE(displayWidth(0x301), 0);   // an accent on the preceding letter
         QCOMPARE(displayWidth(U'\n'), -1);
     }
 };

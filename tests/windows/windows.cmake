@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# The tests of a build for Windows: they run as Windows programs under Wine, in a prefix (a Windows disk with its registry)
-# of the build folder's own. docs/windows.md tells how, and what of Wine to bear in mind.
+# The tests of a build for Windows. They run as Windows programs under Wine, in a prefix (a Windows disk with its registry)
+# of the build folder. docs/windows.md says how, and what Wine lacks.
 
 find_program(RAVLIN_WINE NAMES wine NO_CMAKE_FIND_ROOT_PATH)
 if(NOT RAVLIN_WINE)
@@ -16,10 +16,9 @@ set(RAVLIN_TEST_START "${CMAKE_CURRENT_SOURCE_DIR}/windows/under-wine" "${RAVLIN
     "${RAVLIN_WINDOWS_QT}" "${ravlin_compiler_folder}")
 set(RAVLIN_TEST_LABELS windows)
 set(RAVLIN_TEST_FIXTURES wine)
-set(RAVLIN_TEST_ROOT "Z:") # the drive that is the whole disk of the computer
+set(RAVLIN_TEST_ROOT "Z:") # the drive that stands for the computer's whole disk
 
-# Tests that are not for Windows, each with its reason. What they check of our own code is checked there by the tests of
-# tests/windows/.
+# Tests that are not for Windows, each with its reason. tests/windows/ checks there what they check of our own code.
 set(RAVLIN_NOT_FOR_WINDOWS
     # They call POSIX in the test itself: permission bits, owners, pipes, extended attributes, limits of resources, or
     # processes that they fork in order to kill them.
@@ -40,35 +39,35 @@ file(GLOB RAVLIN_WINDOWS_TESTS CONFIGURE_DEPENDS windows/tst_*.cpp)
 list(APPEND RAVLIN_TEST_SOURCES ${RAVLIN_WINDOWS_TESTS})
 
 # Functions that are left out of tests that run.
-# They take the trash of freedesktop.org away; tst_windowsoperations asks for what the recycle bin does not take.
+# They remove the trash of freedesktop.org; tst_windowsoperations checks what the recycle bin does not take.
 set(RAVLIN_LEFT_OUT_tst_fileoperations withoutTrashAPlainQuestion aYesToTheTrashIsNoneToLosing)
 # Permission bits and symbolic links as POSIX has them.
 set(RAVLIN_LEFT_OUT_tst_settings aSymbolicLinkStays permissions)
-# Names of bytes that are no Unicode, and two names that differ in case alone.
+# Names that are not valid Unicode, and two names that differ in case alone.
 set(RAVLIN_LEFT_OUT_tst_folderscan namesThatAreNoUnicodeAreListedAndFoundAgain)
 set(RAVLIN_LEFT_OUT_tst_clsfilefunc hardLinksInOtherCaseAreTaken
-    caseAloneWhereCaseCounts) # where a name is to change its case alone, Wine does nothing, and says that it did
-# Wine's schannel can't load the certificate of the tests' own servers.
+    caseAloneWhereCaseCounts) # Wine does not change a name's case alone, but reports success
+# Wine's schannel cannot load the certificate of the tests' servers.
 set(RAVLIN_LEFT_OUT_tst_ufreedb encryptedServer)
 set(RAVLIN_LEFT_OUT_tst_webtext certificateThatNobodyTrusts certificateOfAnotherName encryptedAnswer
     neverFromEncryptedToPlain
-    # The environment names the proxy there; here the settings of the system do, which all tests share.
+    # The environment names the proxy there; on Windows the system's settings do, which all tests share.
     systemProxyIsUsed proxyIsLeftOutForThisComputer proxyThatIsNotThere)
 set(RAVLIN_LEFT_OUT_tst_mainform anAddressThatIsLessSecureIsRefused)
 set(RAVLIN_LEFT_OUT_tst_versioncheck certificates neverFromEncryptedToPlain)
 set(RAVLIN_LEFT_OUT_tst_inetretreive encryptedAndRedirectedFiles neverFromEncryptedToPlain)
-# They measure time, or the width of texts in a font that Wine has not.
+# They measure time, or the width of texts in a font that Wine lacks.
 set(RAVLIN_LEFT_OUT_tst_busy shortWorkIsNotSlowedDown)
 set(RAVLIN_LEFT_OUT_tst_singlefilepagelook nothingIsCutInAnyLanguage aLongFileNameLosesItsMiddleOnly)
 set(RAVLIN_LEFT_OUT_tst_principallook theTabKeyGoesAsTheEyeDoes)
 
-# The prefix is made first and its server kept while tests run: to start both takes longer than most tests.
+# The prefix is created first and its server kept running: starting both takes longer than most tests.
 add_test(NAME windows/prefix COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/windows/prefix" start "${RAVLIN_WINE_PREFIX}")
 add_test(NAME windows/prefix-end COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/windows/prefix" end "${RAVLIN_WINE_PREFIX}")
 set_tests_properties(windows/prefix PROPERTIES FIXTURES_SETUP wine LABELS windows TIMEOUT 300)
 set_tests_properties(windows/prefix-end PROPERTIES FIXTURES_CLEANUP wine LABELS windows TIMEOUT 60)
 
-# The packed program in a window; tests/windows/run packs it before. It runs alone, since it waits for what is seen.
+# The packed program in a window; tests/windows/run packs it first. It runs alone, since it waits for what is shown.
 add_test(NAME windows/installed
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/support/with-own-home" /usr/bin/python3
         "${CMAKE_CURRENT_SOURCE_DIR}/windows/test_installed.py")

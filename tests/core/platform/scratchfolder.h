@@ -7,14 +7,14 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-/// A folder of a test's own, and files in it read and written without the code under test.
+/// A temporary folder for a test, with files that are read and written without the code under test.
 namespace ravlin::test {
 
 class ScratchFolder
 {
 public:
     ScratchFolder() = default;
-    /// A folder inside one that others can reach too, unlike the usual one for temporary files.
+    /// A folder inside a given one, which others can reach, unlike the usual one for temporary files.
     explicit ScratchFolder(const QString &parent) : m_folder(parent + QStringLiteral("/ravlin-test-XXXXXX")) {}
 
     QString path(const QString &name) const { return QDir::toNativeSeparators(m_folder.filePath(name)); }
@@ -25,14 +25,14 @@ public:
         QFile file(path(name));
         if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
             qFatal("cannot write the test's file %s", qPrintable(file.fileName()));
-        return path(name); // QFile tells it with slashes
+        return path(name); // QFile returns it with slashes
     }
     static QByteArray read(const QString &path)
     {
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<cannot be read>");
     }
-    /// Every name in the folder, hidden ones too, sorted.
+    /// All names in the folder, including hidden ones, sorted.
     QStringList names() const
     {
         return QDir(path()).entryList(

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a program becomes the one that opens files of an extension for this user; all other choices of the user's
-// stay as they are; what can't be registered says so and changes nothing. The folders of a purpose are found by number.
+// Contract: a program becomes this user's default for an extension, and all other choices of the user stay. What cannot
+// be registered is an error and changes nothing. Standard folders are found by their numbers.
 
 #include "core/files/operations/clsfilefunc.h"
 #include "core/platform/desktop.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: each way of renaming refuses a taken name and leaves both files as they are; the ways that need it fall
-// back on the next one.
+// Contract: each way of renaming refuses a taken name and leaves both files as they are. If the file system does not
+// support a way, the next one is used.
 
 #include "core/platform/posix/exclusiverename.h"
 #include "core/platform/scratchfolder.h"
@@ -57,9 +57,9 @@ void TestExclusiveRename::neverOverwrites()
     QCOMPARE(ScratchFolder::read(folder.path(u"b"_s)), QByteArray("two"));
     QCOMPARE(ScratchFolder::read(folder.path(u"c"_s)), QByteArray("one"));
     QCOMPARE(infoOf(folder.path(u"c"_s)).linkCount, 1U);
-    QCOMPARE(way(a.constData(), b.constData()) == 0, false); // it is gone
+    QCOMPARE(way(a.constData(), b.constData()) == 0, false); // it no longer exists
     QCOMPARE(way(a.constData(), folder.path(u"d"_s).toUtf8().constData()), ENOENT);
-    // A link is renamed itself.
+    // A link is renamed, not its target.
     QCOMPARE(way(folder.path(u"link"_s).toUtf8().constData(), folder.path(u"link2"_s).toUtf8().constData()), 0);
     QVERIFY(QFileInfo(folder.path(u"link2"_s)).isSymLink());
 }

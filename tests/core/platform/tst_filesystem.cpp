@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: the native file system does what filesystem.h promises: errors as values with the right
-// code, no blocking on pipes, full reads, copies and metadata complete, locks seen by others.
+// Contract: the native file system does what filesystem.h promises: errors as values with the right code, no blocking
+// on pipes, full reads, complete copies and metadata, locks that others see.
 
 #include "core/platform/filesystem.h"
 #include "core/platform/scratchfolder.h"
@@ -127,7 +127,7 @@ void TestFileSystem::createNewNeedsFreeName()
     QVERIFY(native().createNew(path));
     QCOMPARE(infoOf(path).permissions, quint32(0600));
     QCOMPARE(codeOf(native().createNew(path)), ErrorCode::AlreadyExists);
-    // Not through a dangling link either.
+    // Nor through a dangling link.
     const QString link = folder.path(QStringLiteral("link"));
     QVERIFY(QFile::link(folder.path(QStringLiteral("elsewhere")), link));
     QCOMPARE(codeOf(native().createNew(link)), ErrorCode::AlreadyExists);
@@ -341,7 +341,7 @@ void TestFileSystem::accessIsDenied()
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("file"), "x");
     QVERIFY(native().setPermissions(path, 0));
-    // In a child that is not root, which may read everything.
+    // In a child process that is not root, since root may read everything.
     const pid_t child = ::fork();
     if (child == 0) {
         const bool isRoot = ::geteuid() == 0;
@@ -395,7 +395,7 @@ void TestFileSystem::tellsFreeBytes()
     const ScratchFolder folder;
     const qint64 free = native().freeBytes(folder.path()).value();
     const qint64 byQt = QStorageInfo(folder.path()).bytesAvailable();
-    // Others write meanwhile.
+    // Other programs write at the same time.
     QVERIFY(qAbs(free - byQt) < 1024LL * 1024 * 1024);
     QCOMPARE(codeOf(native().freeBytes(folder.path(QStringLiteral("none")))), ErrorCode::NotFound);
 }

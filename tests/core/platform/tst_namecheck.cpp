@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a name that a system can't hold, or that would hide the file, is adjusted or refused, and says which.
+// Contract: a name that some system cannot store, or that would hide the file, is adjusted or refused with the reason.
 
 #include "core/platform/namecheck.h"
 
@@ -88,7 +88,7 @@ void TestNameCheck::lengthIsThatOfTheSystem()
     const auto problemOf = [](const QString &name) { return checkName(name, NameKind::File).problem; };
     QVERIFY(!problemOf(QString(251, u'a') + u".mp3"_s));
     QVERIFY(problemOf(QString(252, u'a') + u".mp3"_s) == NameProblem::TooLong);
-    // Bytes or UTF-16 units, as the system counts.
+    // Bytes or UTF-16 units, whichever the system counts.
     const bool countsBytes = nameLength(u"夜"_s) == 3;
     QVERIFY(countsBytes || nameLength(u"夜"_s) == 1);
     if (countsBytes) {
@@ -109,7 +109,7 @@ void TestNameCheck::numberedNamesFit()
     const QString name = numberedName(QString(251, u'a') + u".mp3"_s, 12, NameKind::File);
     QCOMPARE(nameLength(name), qsizetype(MaxNameLength));
     QVERIFY(name.endsWith(u"a (12).mp3"_s));
-    // An extension without end leaves no room; there is an end to the cutting all the same.
+    // An overlong extension leaves no room for the name; shortening ends all the same.
     QVERIFY(numberedName(u"a."_s + QString(300, u'b'), 2, NameKind::File).startsWith(u" (2)."_s));
 }
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: every sequence of bytes that can be a file's name comes back from decodePath and
-// encodePath as the same bytes, valid UTF-8 reads as the text it is, and no two names decode to the
-// same path. folderPrefix and nameOf split a path without loss; folderOf climbs to the root and stays
-// there; withoutEndSeparator never makes a root into something else; isPlainName holds only for names
-// that stay in their folder.
+// Contract: every sequence of bytes that can be a file's name survives decodePath and encodePath, valid UTF-8 reads as
+// the text it is, and no two names decode to the same path. folderPrefix and nameOf split a path without loss; folderOf
+// climbs to the root and stays there; withoutEndSeparator never turns a root into something else; isPlainName is true
+// only for names that stay in their folder.
 
 #include "core/platform/path.h"
 #include "support/nativepath.h"
@@ -139,7 +138,7 @@ void TestPath::everyCodePointRoundTrips()
 
 void TestPath::randomBytesRoundTrip()
 {
-    // Mostly bytes that begin or continue sequences, so that broken sequences of all kinds come up.
+    // Mostly bytes that begin or continue sequences, so that all kinds of broken sequences occur.
     std::mt19937 random(20240229);
     const QByteArray frequent("a/\x80\xBF\xA0\x9F\xC2\xC3\xE0\xED\xEF\xF0\xF4\xF5\xFF");
     for (int round = 0; round < 200'000; ++round) {
@@ -170,7 +169,7 @@ void TestPath::agreesWithQtOnValidText()
 
 void TestPath::encodesForeignSurrogatesVisibly()
 {
-    // Not from decodePath: there is no name on disk that they could stand for.
+    // decodePath never makes these: no name on disk could stand for them.
     const QByteArray replacement("\xEF\xBF\xBD");
     QCOMPARE(encodePath(QString(QChar(0xD800))), replacement);
     QCOMPARE(encodePath(QString(QChar(0xDC7F))), replacement);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: what is deleted goes into the trash of its own drive, laid out as freedesktop.org's trash specification 1.0
-// has it, and comes back from there. Where there is no safe trash nothing is touched.
+// Contract: what is deleted goes into the trash of its own drive, laid out by freedesktop.org's trash
+// specification 1.0, and comes back from there. Without a safe trash nothing is touched.
 
 #include "core/platform/trash.h"
 
@@ -56,7 +56,7 @@ void TestTrash::aFileGoesIntoTheHomeTrash()
 {
     writeFile(in(u"music/a.mp3"_s), "audio");
     QVERIFY(hasTrash(in(u"music/a.mp3"_s)));
-    QVERIFY(!isTaken(trash())); // asking makes nothing
+    QVERIFY(!isTaken(trash())); // the question creates nothing
     const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
     const auto item = moveToTrash(in(u"music/a.mp3"_s));
     QVERIFY2(item.has_value(), qPrintable(item ? QString() : item.error().detail));
@@ -104,7 +104,7 @@ void TestTrash::aSecondOneOfTheSameName()
 
 void TestTrash::aNameThatADesktopHasTaken()
 {
-    // A file in the trash without its info file: it must not be overwritten, and the info file not be another's.
+    // A file in the trash without an info file must neither be overwritten nor get the info file of another.
     writeFile(trash() + u"/files/a.mp3"_s, "orphan");
     QDir().mkpath(trash() + u"/info"_s);
     writeFile(in(u"a.mp3"_s), "mine");
@@ -132,7 +132,7 @@ void TestTrash::namesAreEncoded()
     static_cast<void>((*file)->readAt({content.data(), 2000}, 0));
     QVERIFY(content.contains("/caf%E9.mp3\n"));
     QVERIFY(restoreFromTrash(*item));
-    QVERIFY(FileSystem::native().remove(in(bytes))); // QTemporaryDir can't
+    QVERIFY(FileSystem::native().remove(in(bytes))); // QTemporaryDir cannot
 }
 
 void TestTrash::comesBack()
@@ -143,7 +143,7 @@ void TestTrash::comesBack()
     QVERIFY(restoreFromTrash(*item));
     QCOMPARE(snapshotOf(in(u"music"_s)), before);
     QCOMPARE(snapshotOf(trash()), (Snapshot{{u"files"_s, "folder"}, {u"info"_s, "folder"}}));
-    const auto again = restoreFromTrash(*item); // it is not in the trash any more
+    const auto again = restoreFromTrash(*item); // it is no longer in the trash
     QVERIFY(!again);
     QCOMPARE(again.error().code, ErrorCode::NotFound);
     QCOMPARE(snapshotOf(in(u"music"_s)), before);
@@ -173,7 +173,7 @@ void TestTrash::fromAnotherDrive()
     const QString own = u"/dev/shm/.Trash-%1"_s.arg(::geteuid());
     QVERIFY2(item->file.startsWith(own + u"/files/"_s), qPrintable(item->file));
     QVERIFY(item->info.startsWith(own + u"/info/"_s));
-    // Told from the top of the drive on, so that it holds wherever that is mounted.
+    // Relative to the top of the drive, so that it holds wherever the drive is mounted.
     QVERIFY(readFile(item->info).contains("\nPath=" + QFile::encodeName(drive.path().sliced(9)) + "/%C3%B1.mp3\n"));
     QVERIFY(!isTaken(trash()));
     QVERIFY(restoreFromTrash(*item));

@@ -6,7 +6,7 @@
 
 #include <unistd.h>
 
-/// A file, its old and its new content, for tests that disturb the change from one to the other.
+/// A file with an old and a new content, for tests that disturb the change from one to the other.
 namespace ravlin::test {
 
 /// The ways in which rewriteFile writes.
@@ -57,7 +57,7 @@ public:
         return QByteArray(7000, 'n') + m_old;
     }
 
-    /// The way from the old content to the new.
+    /// From the old content to the new.
     std::vector<storage::Segment> forward() const
     {
         using storage::Segment;
@@ -75,7 +75,7 @@ public:
         }
         return {Segment::fresh(QByteArray(7000, 'n')), Segment::kept(0, m_old.size())};
     }
-    /// And back again.
+    /// From the new content to the old.
     std::vector<storage::Segment> backward() const
     {
         using storage::Segment;
@@ -97,7 +97,7 @@ public:
     {
         return storage::rewriteFile(fileSystem, m_path, infoOf(m_path), forward());
     }
-    /// No file but those of the beginning.
+    /// Whether the folder holds only the files it began with.
     bool isClean() const { return m_folder.names() == m_names; }
     bool hasOnlyLeftovers() const
     {

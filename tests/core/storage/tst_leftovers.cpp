@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: only names that we give ourselves count as leftovers. A temporary file or folder is locked while it is used,
-// is gone with its object unless it got its final name, and takes no other's place unless asked to. cleanLeftovers removes
-// what nobody uses any more and touches nothing else: no file in use, no file of the user's, nothing behind a link.
+// Contract: only names that we give ourselves count as leftovers. A temporary file or folder is locked while it is
+// used, is gone with its object unless it got its final name, and takes no other's place unless asked to.
+// cleanLeftovers removes what nobody uses any more and touches nothing else: no file in use, no file of the user's,
+// nothing behind a link.
 
 #include "core/platform/nodes.h"
 #include "core/platform/scratchfolder.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a name for the time being holds the file's own, can be told from every other, and is brought back unless
-// the program that gave it is still at work.
+// Contract: a temporary name contains the file's own, is distinguishable from every other name, and is undone unless
+// the program that gave it is still running.
 
 #include "core/files/renaming/renamingcase.h"
 #include "core/platform/namecheck.h"

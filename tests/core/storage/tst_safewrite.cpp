@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: rewriteFile gives a file exactly the content that the pieces make up, by the smallest
-// safe change, touches nothing where nothing differs, and keeps links, owner, permissions,
-// attributes and, when asked, the time.
+// Contract: rewriteFile gives a file exactly the content that the segments make up, by the smallest safe change. It
+// touches nothing if nothing differs, and keeps links, owner, permissions, attributes and, on request, the time.
 
 #include "core/platform/scratchfolder.h"
 #include "core/storage/safewrite.h"
@@ -46,7 +45,7 @@ QByteArray sample(qsizetype size, int seed = 1)
     return bytes;
 }
 
-/// The content that the pieces make of an old one.
+/// The content that the segments make of an old one.
 QByteArray applied(const QByteArray &old, const std::vector<Segment> &segments)
 {
     QByteArray result;
@@ -68,7 +67,7 @@ ErrorCode codeOf(const Result<WriteOutcome> &result)
     return result.error().code;
 }
 
-/// Runs in a child process; true when the callable returned true there.
+/// Runs a callable in a child process. True if it returned true there.
 bool inChild(const std::function<bool()> &act)
 {
     const pid_t child = ::fork();
@@ -250,7 +249,7 @@ void TestSafeWrite::readOnlyFileIsRefused()
 {
     const ScratchFolder folder;
     const QString path = folder.write(QStringLiteral("song.mp3"), "0123456789");
-    QVERIFY(native().setPermissions(path, 0464)); // the owner's bit alone counts
+    QVERIFY(native().setPermissions(path, 0464)); // only the owner's bit counts
     const auto result = rewrite(path, {Segment::fresh("X")});
     QCOMPARE(codeOf(result), ErrorCode::ReadOnly);
     QCOMPARE(result.error().path, path);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: whichever system call of a save fails, does half its work or is the program's last one,
-// the file holds the old content or the new one, the caller hears of a failure, and what stays
-// behind is known by its name and goes away.
+// Contract: whichever system call of a save fails, does half its work or is the program's last one, the file holds the
+// old content or the new one, the caller gets an error, and what stays behind is recognised by its name and cleaned.
 
 #include "core/platform/path.h"
 #include "core/storage/leftovers.h"
@@ -23,7 +22,7 @@ Q_DECLARE_METATYPE(ravlin::test::Fault)
 
 namespace {
 
-constexpr int MostSteps = 500; ///< no save takes so many calls: the loops end before
+constexpr int MostSteps = 500; ///< more than any save takes, so that the loops end
 
 FileSystem &native()
 {
@@ -51,7 +50,7 @@ void addWaysAndFaults(std::initializer_list<std::pair<const char *, Fault>> faul
 void leaveRedo(const RewriteCase &rewriteCase)
 {
     FaultyFileSystem faulty;
-    // What fails is the first copy after the commit, and all undoing with it.
+    // The first copy after the commit fails, and with it all undoing.
     faulty.beforeCall = [&](Call call) {
         if (call == Call::SyncFolder)
             faulty.setPlan({.fault = Fault::Short, .at = 1, .forEver = true});
@@ -117,8 +116,7 @@ void TestSafeWriteFaults::everyStepFails()
             QVERIFY(faulty.hasFired());
             QCOMPARE(result.error().detail.left(8), QStringLiteral("injected"));
             QCOMPARE(present, rewriteCase.oldContent());
-            // A time that changes where the content did not would have the file read again for
-            // nothing.
+            // A changed time with unchanged content would cause a needless read.
             QCOMPARE(infoOf(rewriteCase.path()).modified, modified);
         }
         QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
@@ -144,8 +142,7 @@ void TestSafeWriteFaults::everythingFailsFromStepOn()
         QVERIFY(rewriteCase.hasOnlyLeftovers());
         QVERIFY(recoverFile(native(), rewriteCase.path()));
         const QByteArray present = ScratchFolder::read(rewriteCase.path());
-        // Reading back and undoing failed too: for one block nothing but the new content can stand
-        // there then.
+        // Reading back and undoing failed too: then a single block can only hold the new content.
         const bool mayBeNew = result || way != Way::Replaced;
         QVERIFY(present == rewriteCase.oldContent() || (mayBeNew && present == rewriteCase.newContent()));
         QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
@@ -250,7 +247,7 @@ void TestSafeWriteFaults::changedWhileBeingCopied()
     };
     const auto result = rewriteCase.rewriteForward(faulty);
     QVERIFY(!result);
-    // Read back against the changed file, or noticed by its state: either way nothing is lost.
+    // Found by reading back or by the file's state: either way nothing is lost.
     QVERIFY(result.error().code == ErrorCode::ChangedMeanwhile || result.error().code == ErrorCode::VerifyFailed);
     QCOMPARE(ScratchFolder::read(rewriteCase.path()), "somebody else's");
     QVERIFY(rewriteCase.isClean());
@@ -274,7 +271,7 @@ void TestSafeWriteFaults::ownerMayNotBeGiven()
 
 void TestSafeWriteFaults::recoveringIsItselfSafe()
 {
-    // It may fail or die at any step and be begun again.
+    // It may fail or die at any step and be started again.
     for (const Fault fault : {Fault::Fail, Fault::FailLater, Fault::Die, Fault::DieAfter}) {
         bool wentThrough = false;
         for (int step = 0; step < MostSteps && !wentThrough; ++step) {
@@ -323,7 +320,7 @@ void TestSafeWriteFaults::redoOfRenamedFileIsFinished()
 
 void TestSafeWriteFaults::redoOfChangedFileIsDropped()
 {
-    // Somebody else saved the file after the crash: his content is not to be lost.
+    // Another program saved the file after the crash: its content must not be lost.
     const RewriteCase rewriteCase(Way::Rewritten);
     leaveRedo(rewriteCase);
     const QByteArray theirs(25'000, 'z');
@@ -385,7 +382,7 @@ void TestSafeWriteFaults::redoOfAStrangerIsIgnored()
     QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 0);
     QCOMPARE(ScratchFolder::read(rewriteCase.path()), before);
     QVERIFY(QFile::exists(redoPath));
-    // It is taken from the file's own owner.
+    // One that belongs to the file's owner is accepted.
     QCOMPARE(::chown(encodePath(rewriteCase.path()), 12345, 0), 0);
     QVERIFY(recoverFile(native(), rewriteCase.path()));
     QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
@@ -414,7 +411,7 @@ void TestSafeWriteFaults::redoCannotLeaveItsFolder()
     const QString here = folder.path(QStringLiteral("here"));
     QVERIFY(QFile::link(QStringLiteral("../victim.mp3"), here + QStringLiteral("/link.mp3")));
     for (const QString &target : {victim, inner}) {
-        // Complete and with a right digest: made by somebody who knows how.
+        // Complete and with a correct digest: planted by somebody who knows the format.
         const RedoHeader header{infoOf(target).inode, 6, content.size(), 0, false, name};
         const QString redoPath = here + Separator + redoName(header.inode);
         {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: where the disk or the user's limit on file sizes is too small for the new content, the file keeps the old
-// one, nothing stays behind, and the caller is told NoSpace.
+// Contract: if the disk or the user's limit on file sizes is too small for the new content, the file keeps the old one,
+// nothing stays behind, and the error is NoSpace.
 
 #include "core/platform/scratchfolder.h"
 #include "core/storage/safewrite.h"
@@ -53,7 +53,7 @@ ErrorCode codeOf(const Result<WriteOutcome> &result)
     return result.error().code;
 }
 
-/// Runs in a child process; true when the callable returned true there.
+/// Runs a callable in a child process. True if it returned true there.
 bool inChild(const std::function<bool()> &act)
 {
     const pid_t child = ::fork();
@@ -131,7 +131,7 @@ void TestSafeWriteFull::fullDiskLeavesOldFile()
     QCOMPARE(codeOf(rewrite(path, grow)), ErrorCode::NoSpace);
     QCOMPARE(ScratchFolder::read(path), old);
     QCOMPARE(folder.names().size(), 2);
-    // What fits into its own place needs no room.
+    // What fits in place needs no space.
     QCOMPARE(*rewrite(path, {Segment::fresh("X"), Segment::kept(1, old.size() - 1)}), WriteOutcome::InPlace);
 }
 

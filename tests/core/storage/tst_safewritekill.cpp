@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a program that is killed (SIGKILL) at any moment while it saves leaves a file with
-// exactly one of the valid contents; where a file is written over under a redo file, that holds
-// after recoverFile.
+// Contract: a program that is killed (SIGKILL) at any moment while it saves leaves a file with exactly one of the valid
+// contents; if it was overwriting the file under a redo file, this holds after recoverFile.
 
 #include "core/storage/rewritecase.h"
 
@@ -29,10 +28,10 @@ FileSystem &native()
     return FileSystem::native();
 }
 
-/// Saves the one content and the other in turn until killed. Ends by itself only when a save fails.
+/// Saves the two contents in turn until it is killed. Ends by itself only if a save fails.
 [[noreturn]] void saveForEver(const RewriteCase &rewriteCase)
 {
-    // The old content was made anew by the last round or is what a kill left.
+    // The old content comes from the last round or is what a kill left.
     bool isNew = infoOf(rewriteCase.path()).size != rewriteCase.oldContent().size() ||
                  ScratchFolder::read(rewriteCase.path()) == rewriteCase.newContent();
     while (true) {
@@ -91,7 +90,7 @@ void TestSafeWriteKill::fileIsWhole()
         QVERIFY(rewriteCase.isClean());
     }
     qInfo("%d kills: %d times the new content, %d times leftovers to clear away", KillsPerWay, newOnes, interrupted);
-    // Both contents were met, so the kills did hit saves.
+    // Both contents occurred, so the kills did hit saves.
     QVERIFY(newOnes > 0 && newOnes < KillsPerWay);
 }
 
