@@ -168,6 +168,7 @@ Result<void> PosixFile::setModified(qint64 nanoseconds)
 
 Result<bool> PosixFile::tryLock()
 {
+    m_atOpening.reset(); // whether the file is still there counts from the lock on
     if (uninterrupted([&] { return ::flock(m_descriptor, LOCK_EX | LOCK_NB); }) == 0)
         return true;
     if (errno == EWOULDBLOCK)

@@ -127,6 +127,7 @@ Result<void> WindowsFile::setModified(qint64 nanoseconds)
 
 Result<bool> WindowsFile::tryLock()
 {
+    m_atOpening.reset(); // whether the file is still there counts from the lock on
     OVERLAPPED place{};
     place.OffsetHigh = LockOffsetHigh;
     if (::LockFileEx(m_handle.get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place))
