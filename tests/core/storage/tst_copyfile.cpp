@@ -58,6 +58,7 @@ private Q_SLOTS:
     void aLinkIsNotAFile();
     void aSourceThatChangesIsNoticed_data();
     void aSourceThatChangesIsNoticed();
+    void aSourceInAReplacedFolderIsNoticed();
     void aWrongCopyIsNoticed_data();
     void aWrongCopyIsNoticed();
     void afterAFailureNothingStays_data();
@@ -216,6 +217,24 @@ void TestCopyFile::aSourceThatChangesIsNoticed()
         QCOMPARE(secured.error().path, path);
     }
     QVERIFY(m_to->names().isEmpty());
+}
+
+void TestCopyFile::aSourceInAReplacedFolderIsNoticed()
+{
+    if (Separator != u'/')
+        QSKIP("a folder that holds an open file cannot be renamed here");
+    // The copied file itself is as it was, but it is another that a move would delete.
+    const QString disc = m_from->path(u"disc"_s);
+    QVERIFY(native().createFolder(disc));
+    m_from->write(u"disc/song.mp3"_s, "content");
+    auto copy = FileCopy::prepare(native(), inFolder(disc, u"song.mp3"_s), m_to->path(), {});
+    QVERIFY(copy);
+    QVERIFY(native().renameNew(disc, m_from->path(u"former disc"_s)));
+    QVERIFY(native().createFolder(disc));
+    m_from->write(u"disc/song.mp3"_s, "content");
+    const auto secured = copy->secure(CopyCheck::Everything);
+    QVERIFY(!secured);
+    QCOMPARE(secured.error().code, ErrorCode::ChangedMeanwhile);
 }
 
 void TestCopyFile::aWrongCopyIsNoticed_data()
