@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/app/commandline.h"
+#include "core/app/programstate.h"
 #include "core/platform/standardstreams.h"
 #include "ui/app/principal.h"
 #include "ui/app/program.h"
-#include "ui/controls/contextmenukey.h"
 #include "ui/controls/icons.h"
+#include "ui/controls/making.h"
 
 #include <QApplication>
 #include <QDir>

@@ -3,7 +3,7 @@
 #include "cli/recordwriter.h"
 #include "cli/tagsaving.h"
 #include "core/app/idiomas.h"
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 #include "core/app/settings.h"
 #include "core/online/cddb/discapply.h"
 #include "core/online/cddb/ufreedb.h"

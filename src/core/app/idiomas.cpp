@@ -3,6 +3,9 @@
 
 #include "core/app/settings.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -24,6 +27,9 @@ constexpr std::array<Language, 3> Languages{{
     {u"french", u"fr", &LanguageTexts::french},
 }};
 
+// From the program's folder: where programs stand alone (Windows), and where all programs stand together.
+constexpr QStringView GuideFolders[] = {u"guide", u"../share/doc/ravlin/guide"};
+
 } // namespace
 
 QString languageNameFromCode(QStringView code)
@@ -36,6 +42,20 @@ QString languageCodeFromName(QStringView name)
 {
     const auto found = std::ranges::find(Languages, name, &Language::name);
     return found == Languages.end() ? QString() : found->code.toString();
+}
+
+QString guidePage(const QString &programFolder, QStringView languageName)
+{
+    for (const QString &code : {languageCodeFromName(languageName), u"en"_s}) {
+        if (code.isEmpty())
+            continue;
+        for (const QStringView folder : GuideFolders) {
+            const QString page = QDir::cleanPath(u"%1/%2/%3/index.html"_s.arg(programFolder, folder, code));
+            if (QFileInfo(page).isFile())
+                return page;
+        }
+    }
+    return {};
 }
 
 Captions::Column Captions::columnOf(QStringView languageName)
@@ -118,6 +138,13 @@ QString Captions::errorText(ErrorCode code) const
     }
     Q_UNREACHABLE();
     return {};
+}
+
+QString selectionHint(const Captions &captions, qsizetype selected, Text many)
+{
+    if (selected == 0)
+        return captions.text(Text::HintNoFile);
+    return selected > 1 ? captions.text(many).arg(selected) : QString();
 }
 
 } // namespace ravlin

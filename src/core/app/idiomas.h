@@ -13,16 +13,21 @@ namespace ravlin {
 
 class Settings;
 
-/// The language's name ("spanish", "english", "french") for the code that the settings hold ("es", "en", "fr"); empty
-/// for any other code.
+/// The language's name ("spanish", "english", "french") for the code in the settings ("es", "en", "fr"); empty for any
+/// other code.
 QString languageNameFromCode(QStringView code);
 /// The other way round; empty for any other name.
 QString languageCodeFromName(QStringView name);
 
+/// The user guide's page in the language of that name, else in English. Looks where an installation puts the guide: in
+/// "guide" inside the program's folder, then in "share/doc/ravlin/guide" beside it. Returns an empty text if there is
+/// none, since a system may leave documentation out.
+QString guidePage(const QString &programFolder, QStringView languageName);
+
 /// The interface texts in the current language.
 ///
-/// Windows read their texts by number when they apply their captions, so a change of the language shows in a window as
-/// soon as that window applies them again. Used by the interface thread alone.
+/// Windows read their texts when they apply their captions, so a new language shows in a window as soon as it applies
+/// them again. Used by the interface thread alone.
 class Captions
 {
 public:
@@ -31,14 +36,14 @@ public:
     /// Takes effect with the next fill().
     void setLanguageName(const QString &name) { m_languageName = name; }
 
-    /// Takes all texts from the current language. Under a name that is no language's, nothing changes; before the first
-    /// fill all captions are empty.
+    /// Takes all texts from the current language. An unknown language name changes nothing. Before the first fill all
+    /// captions are empty.
     void fill();
 
-    /// Sets the language that the settings ask for, English where they ask for none that exists, and fills.
+    /// Sets the language stored in the settings, English if they hold none or an unknown one, and fills.
     void chooseAtStart(const Settings &settings);
 
-    /// Empty for a number that the table does not have. An ampersand marks the accelerator key.
+    /// Empty for a number that the table lacks. An ampersand marks the accelerator key.
     QString text(Caption caption) const;
     /// A text beyond the captions; in English before the first fill.
     QString text(Text text) const;
@@ -54,5 +59,9 @@ private:
     Column m_column = &LanguageTexts::english; ///< of the last fill
     std::array<QString, CaptionCount> m_captions;
 };
+
+/// The hint beside a page's button: that no file is selected, or the text many with the number of the selected files.
+/// Empty for a single file.
+QString selectionHint(const Captions &captions, qsizetype selected, Text many);
 
 } // namespace ravlin

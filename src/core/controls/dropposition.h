@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-/// Where a row that is dragged over a list goes: pure functions over rows of equal height, in pixels.
+#include <algorithm>
+
+/// Where a row dragged over a list goes: pure functions over rows of equal height, in pixels.
 namespace ravlin {
 
 enum class DropRule
@@ -20,8 +22,14 @@ struct RowsPlace
     int topOf(int row) const { return firstTop + row * rowHeight; }
 };
 
-/// The position between the rows that a height y stands for: 0 before the first, rowCount behind the last, also for any
-/// y beyond them. Rows without a height: behind the last.
-int dropPosition(int y, const RowsPlace &rows, DropRule rule);
+/// The position between the rows for a height y: 0 before the first row, rowCount behind the last, also for any y
+/// beyond them. Rows without a height: behind the last.
+constexpr int dropPosition(int y, const RowsPlace &rows, DropRule rule)
+{
+    if (rows.rowHeight <= 0)
+        return rows.rowCount;
+    const int below = y - rows.firstTop + (rule == DropRule::NearestEdge ? rows.rowHeight / 2 : 0);
+    return std::clamp(below / rows.rowHeight, 0, rows.rowCount);
+}
 
 } // namespace ravlin

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/platform/twips.h"
-
 #include <QtGlobal>
 
 /// How a split panel divides its extent between two panels and the bar between them: pure functions over lengths in
 /// twips, along the axis in which the bar is dragged. Halves round to the even neighbour. No function fails; sizes that
 /// make no sense (negative ones, a bar thicker than the extent) still give spans within the extent.
 namespace ravlin {
+
+/// Twips to a logical pixel.
+inline constexpr int TwipsPerPixel = 15;
 
 constexpr int twipsFromPixels(int pixels)
 {

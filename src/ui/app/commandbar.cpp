@@ -2,14 +2,11 @@
 #include "ui/app/commandbar.h"
 
 #include "ui/app/filecommands.h"
-#include "ui/app/foldercommand.h"
 #include "ui/app/listcontroller.h"
-#include "ui/app/lookupcommand.h"
-#include "ui/app/program.h"
+#include "ui/app/programdialogs.h"
 #include "ui/controls/icons.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
-#include "ui/naming/patterneditor.h"
 
 #include <QDir>
 #include <QMenu>
@@ -28,7 +25,7 @@ constexpr int Files = 9;
 constexpr int Selection = 12;
 constexpr int Patterns = 14;
 
-/// A command whose key the list or the tree sees to: elsewhere the key means something else, such as a letter.
+/// A command whose key the list or the tree handles: elsewhere the key means something else, such as a letter.
 ToolbarCommand withKeyOfAView(Caption caption, const char *icon, const QKeySequence &key)
 {
     return {caption, QLatin1String(icon), key, Qt::WidgetShortcut};
@@ -41,48 +38,47 @@ ToolbarCommand withKey(Caption caption, const char *icon, const QKeySequence &ke
 
 } // namespace
 
-CommandBar::CommandBar(
-    const CommandBarContext &context, FileCommands &files, FolderCommand &folder, LookupCommand &lookup)
-    : QObject(context.window), m_context(context), m_listMenu(new QMenu(&context.list)),
-      m_treeMenu(new QMenu(&context.tree))
+CommandBar::CommandBar(const WindowParts &parts, FileCommands &files, ProgramDialogs &dialogs)
+    : QObject(parts.window), m_parts(parts), m_listMenu(new QMenu(&parts.list)), m_treeMenu(new QMenu(&parts.tree))
 {
-    addLookupButton(lookup);
+    addLookupButton(dialogs);
     addPlaylistButtons(files);
-    addFolderButton(files, folder);
+    addFolderButton(files);
     addFilesButton(files);
     addSelectionButton();
-    addPatternsButton();
+    addPatternsButton(dialogs);
     addFurtherActions(files);
     connectKeys(files);
     makeMenus();
-    connect(&context.lister, &ListController::listed, this, &CommandBar::updateEnabling);
+    connect(&parts.lister, &ListController::listed, this, &CommandBar::updateEnabling);
     connect(&files, &FileCommands::ended, this, &CommandBar::updateEnabling);
-    connect(context.list.selectionModel(), &QItemSelectionModel::selectionChanged, this, &CommandBar::updateEnabling);
+    connect(parts.list.selectionModel(), &QItemSelectionModel::selectionChanged, this, &CommandBar::updateEnabling);
     updateEnabling();
 }
 
-void CommandBar::addLookupButton(LookupCommand &lookup)
+void CommandBar::addLookupButton(ProgramDialogs &dialogs)
 {
     const ToolbarCommand command = withKey(Caption::LookUpDisc, "disc-3", Qt::Key_F3);
-    m_lookup = m_context.toolbar.addButton(Lookup, command);
-    m_lookupEntry = m_context.toolbar.addMenuEntry(Lookup, QStringLiteral("freedb"),
+    m_lookup = m_parts.toolbar.addButton(Lookup, command);
+    m_lookupEntry = m_parts.toolbar.addMenuEntry(Lookup, QStringLiteral("freedb"),
         {command.caption, command.icon, command.shortcut, Qt::WidgetShortcut}); // the button has the key
     for (QAction *action : {m_lookup, m_lookupEntry})
-        connect(action, &QAction::triggered, &lookup, &LookupCommand::openForm);
+        connect(action, &QAction::triggered, &dialogs, &ProgramDialogs::openLookup);
 }
 
 void CommandBar::addPlaylistButtons(FileCommands &files)
 {
     const QKeySequence writeKey(Qt::SHIFT | Qt::Key_L);
     const QKeySequence playKey(Qt::SHIFT | Qt::Key_P);
-    Toolbar &tb = m_context.toolbar;
-    m_writePlaylist = tb.addButton(Playlist, withKeyOfAView(Caption::WritePlaylist, "list-music", writeKey));
-    m_writeEntry = tb.addMenuEntry(
+    Toolbar &toolbar = m_parts.toolbar;
+    m_writePlaylist = toolbar.addButton(Playlist, withKeyOfAView(Caption::WritePlaylist, "list-music", writeKey));
+    m_writeEntry = toolbar.addMenuEntry(
         Playlist, QStringLiteral("lista"), withKeyOfAView(Caption::WritePlaylist, "list-music", writeKey));
-    m_deletePlaylists = tb.addMenuEntry(Playlist, QStringLiteral("blistas"),
+    m_deletePlaylists = toolbar.addMenuEntry(Playlist, QStringLiteral("blistas"),
         withKeyOfAView(Caption::DeletePlaylists, "list-minus", QKeySequence(Qt::SHIFT | Qt::Key_B)));
-    m_play = tb.addButton(Play, withKeyOfAView(Caption::PlayFiles, "play", playKey));
-    m_playEntry = tb.addMenuEntry(Play, QStringLiteral("play"), withKeyOfAView(Caption::PlayFiles, "play", playKey));
+    m_play = toolbar.addButton(Play, withKeyOfAView(Caption::PlayFiles, "play", playKey));
+    m_playEntry =
+        toolbar.addMenuEntry(Play, QStringLiteral("play"), withKeyOfAView(Caption::PlayFiles, "play", playKey));
     for (QAction *action : {m_writePlaylist, m_writeEntry})
         connect(action, &QAction::triggered, &files, &FileCommands::writePlaylist);
     for (QAction *action : {m_play, m_playEntry})
@@ -90,27 +86,28 @@ void CommandBar::addPlaylistButtons(FileCommands &files)
     connect(m_deletePlaylists, &QAction::triggered, &files, &FileCommands::deletePlaylists);
 }
 
-void CommandBar::addFolderButton(FileCommands &files, FolderCommand &folder)
+void CommandBar::addFolderButton(FileCommands &files)
 {
-    Toolbar &tb = m_context.toolbar;
-    m_renameFolder = tb.addButton(Folder, withKey(Caption::RenameFolder, "folder-pen", Qt::Key_F8));
-    m_moveFolder = tb.addMenuEntry(Folder, QStringLiteral("mcarpeta"),
+    Toolbar &toolbar = m_parts.toolbar;
+    m_renameFolder = toolbar.addButton(Folder, withKey(Caption::RenameFolder, "folder-pen", Qt::Key_F8));
+    m_moveFolder = toolbar.addMenuEntry(Folder, QStringLiteral("mcarpeta"),
         withKey(Caption::MoveFolder, "folder-output", QKeySequence(Qt::SHIFT | Qt::Key_F6)));
-    m_copyFolder = tb.addMenuEntry(Folder, QStringLiteral("ccarpeta"),
+    m_copyFolder = toolbar.addMenuEntry(Folder, QStringLiteral("ccarpeta"),
         withKey(Caption::CopyFolder, "folders", QKeySequence(Qt::SHIFT | Qt::Key_F7)));
-    connect(m_renameFolder, &QAction::triggered, &folder, &FolderCommand::openDialog);
+    connect(m_renameFolder, &QAction::triggered, &files, &FileCommands::renameFolder);
     connect(m_moveFolder, &QAction::triggered, &files, &FileCommands::moveFolder);
     connect(m_copyFolder, &QAction::triggered, &files, &FileCommands::copyFolder);
 }
 
 void CommandBar::addFilesButton(FileCommands &files)
 {
-    Toolbar &tb = m_context.toolbar;
-    m_deleteFiles = tb.addButton(Files, withKeyOfAView(Caption::DeleteFiles, "trash-2", QKeySequence::Delete));
+    Toolbar &toolbar = m_parts.toolbar;
+    m_deleteFiles = toolbar.addButton(Files, withKeyOfAView(Caption::DeleteFiles, "trash-2", QKeySequence::Delete));
     m_moveFiles =
-        tb.addMenuEntry(Files, QStringLiteral("mover"), withKey(Caption::MoveFiles, "folder-input", Qt::Key_F6));
-    m_copyFiles = tb.addMenuEntry(Files, QStringLiteral("copiar"), withKey(Caption::CopyFiles, "copy", Qt::Key_F7));
-    m_deleteFolder = tb.addMenuEntry(Files, QStringLiteral("bcarpeta"),
+        toolbar.addMenuEntry(Files, QStringLiteral("mover"), withKey(Caption::MoveFiles, "folder-input", Qt::Key_F6));
+    m_copyFiles =
+        toolbar.addMenuEntry(Files, QStringLiteral("copiar"), withKey(Caption::CopyFiles, "copy", Qt::Key_F7));
+    m_deleteFolder = toolbar.addMenuEntry(Files, QStringLiteral("bcarpeta"),
         withKey(Caption::DeleteFolder, "folder-x", QKeySequence(Qt::SHIFT | Qt::Key_F8)));
     connect(m_deleteFiles, &QAction::triggered, &files, &FileCommands::deleteFiles);
     connect(m_moveFiles, &QAction::triggered, &files, &FileCommands::moveFiles);
@@ -120,32 +117,32 @@ void CommandBar::addFilesButton(FileCommands &files)
 
 void CommandBar::addSelectionButton()
 {
-    Toolbar &tb = m_context.toolbar;
-    m_selectAll = tb.addButton(Selection, withKey(Caption::SelectAll, "list-checks", QKeySequence::SelectAll));
-    m_selectNone = tb.addMenuEntry(Selection, QStringLiteral("none"),
+    Toolbar &toolbar = m_parts.toolbar;
+    m_selectAll = toolbar.addButton(Selection, withKey(Caption::SelectAll, "list-checks", QKeySequence::SelectAll));
+    m_selectNone = toolbar.addMenuEntry(Selection, QStringLiteral("none"),
         withKey(Caption::SelectNone, "list-x", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)));
-    connect(m_selectAll, &QAction::triggered, &m_context.list, &FileList::selectAllRows);
-    connect(m_selectNone, &QAction::triggered, &m_context.list, &FileList::selectNone);
+    connect(m_selectAll, &QAction::triggered, &m_parts.list, &FileList::selectAllRows);
+    connect(m_selectNone, &QAction::triggered, &m_parts.list, &FileList::selectNone);
 }
 
-void CommandBar::addPatternsButton()
+void CommandBar::addPatternsButton(ProgramDialogs &dialogs)
 {
-    m_patterns = m_context.toolbar.addButton(
+    m_patterns = m_parts.toolbar.addButton(
         Patterns, {Text::TitlePatterns, QStringLiteral("bookmark"), QKeySequence(Qt::Key_F9)});
-    connect(m_patterns, &QAction::triggered, this, &CommandBar::editPatterns);
+    connect(m_patterns, &QAction::triggered, &dialogs, &ProgramDialogs::openPatterns);
 }
 
-/// Commands that have no place on the toolbar.
+/// Commands without a button.
 void CommandBar::addFurtherActions(FileCommands &files)
 {
     m_undo = furtherAction(QStringLiteral("undo"), QStringLiteral("undo-2"), QKeySequence::Undo);
     m_listTree = furtherAction(QStringLiteral("listTree"), QStringLiteral("folder-tree"), Qt::Key_F2);
     m_refreshTree = furtherAction(QStringLiteral("refreshTree"), QStringLiteral("refresh-cw"), Qt::Key_F5);
     for (QAction *ofTheTree : {m_listTree, m_refreshTree})
-        ofTheTree->setShortcutContext(Qt::WidgetShortcut); // the tree sees to these keys
+        ofTheTree->setShortcutContext(Qt::WidgetShortcut); // the tree handles these keys
     connect(m_undo, &QAction::triggered, &files, &FileCommands::undo);
-    connect(m_listTree, &QAction::triggered, &m_context.lister, &ListController::ListFolderTree);
-    connect(m_refreshTree, &QAction::triggered, &m_context.tree, &FolderTree::refresh);
+    connect(m_listTree, &QAction::triggered, &m_parts.lister, &ListController::ListFolderTree);
+    connect(m_refreshTree, &QAction::triggered, &m_parts.tree, &FolderTree::refresh);
 }
 
 QAction *CommandBar::furtherAction(const QString &name, const QString &icon, const QKeySequence &shortcut)
@@ -153,19 +150,19 @@ QAction *CommandBar::furtherAction(const QString &name, const QString &icon, con
     auto *action = new QAction(this);
     action->setObjectName(name);
     action->setShortcut(shortcut);
-    action->setIcon(themedIcon(icon, m_context.window->palette()));
-    m_context.window->addAction(action);
+    action->setIcon(themedIcon(icon, m_parts.window->palette()));
+    m_parts.window->addAction(action);
     return action;
 }
 
 void CommandBar::connectKeys(FileCommands &files)
 {
-    const FileList &list = m_context.list;
+    const FileList &list = m_parts.list;
     connect(&list, &FileList::deleteRequested, &files, &FileCommands::deleteFiles);
     connect(&list, &FileList::writePlaylistRequested, &files, &FileCommands::writePlaylist);
     connect(&list, &FileList::playRequested, &files, &FileCommands::playSelection);
     connect(&list, &FileList::deletePlaylistsRequested, &files, &FileCommands::deletePlaylists);
-    connect(&m_context.tree, &FolderTree::deleteRequested, m_deleteFolder, &QAction::trigger);
+    connect(&m_parts.tree, &FolderTree::deleteRequested, m_deleteFolder, &QAction::trigger);
 }
 
 void CommandBar::makeMenus()
@@ -187,11 +184,11 @@ void CommandBar::makeMenus()
     m_treeMenu->addSeparator();
     m_treeMenu->addAction(m_undo);
 
-    connect(&m_context.list, &FileList::menuRequested, m_listMenu, [this](const QPoint &at) { m_listMenu->popup(at); });
-    m_context.tree.setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(&m_context.tree, &QWidget::customContextMenuRequested, m_treeMenu,
-        [this](const QPoint &at) { m_treeMenu->popup(m_context.tree.viewport()->mapToGlobal(at)); });
-    for (QMenu *menu : {m_listMenu, m_treeMenu, m_context.toolbar.button(Playlist)->menu()})
+    connect(&m_parts.list, &FileList::menuRequested, m_listMenu, [this](const QPoint &at) { m_listMenu->popup(at); });
+    m_parts.tree.setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(&m_parts.tree, &QWidget::customContextMenuRequested, m_treeMenu,
+        [this](const QPoint &at) { m_treeMenu->popup(m_parts.tree.viewport()->mapToGlobal(at)); });
+    for (QMenu *menu : {m_listMenu, m_treeMenu, m_parts.toolbar.button(Playlist)->menu()})
         connect(menu, &QMenu::aboutToShow, this, &CommandBar::updatePlaylists);
 }
 
@@ -202,34 +199,34 @@ void CommandBar::addToListMenu(QAction *action)
 
 void CommandBar::updateEnabling()
 {
-    const QString &folder = m_context.program.state.currentFolder;
+    const QString &folder = m_parts.program.state.currentFolder;
     const bool hasFolder = !folder.isEmpty();
     const bool canChangeFolder = hasFolder && !QDir(folder).isRoot();
-    const bool hasRows = m_context.list.rowCount() > 0;
-    const bool hasSelection = m_context.list.selectionModel()->hasSelection();
+    const bool hasRows = m_parts.list.rowCount() > 0;
+    const bool hasSelection = m_parts.list.selectionModel()->hasSelection();
     for (QAction *action : {m_writePlaylist, m_play, m_selectAll})
         action->setEnabled(hasRows);
     for (QAction *action : {m_lookup, m_lookupEntry, m_deleteFiles, m_moveFiles, m_copyFiles, m_selectNone})
         action->setEnabled(hasSelection);
-    // A list without files is a list, too.
+    // A playlist may be written and played without files.
     for (QAction *action : {m_writeEntry, m_playEntry, m_deletePlaylists, m_listTree})
         action->setEnabled(hasFolder);
     for (QAction *action : {m_renameFolder, m_moveFolder, m_copyFolder, m_deleteFolder})
         action->setEnabled(canChangeFolder);
-    m_undo->setEnabled(m_context.program.undoHistory.next().has_value());
+    m_undo->setEnabled(m_parts.program.undoHistory.next().has_value());
     applyCaptions();
 }
 
-/// Asked only for a menu that is about to be seen: it takes a look at the whole folder.
+/// Called only for a menu about to be shown, since it reads the whole folder.
 void CommandBar::updatePlaylists()
 {
-    const QString &folder = m_context.program.state.currentFolder;
+    const QString &folder = m_parts.program.state.currentFolder;
     m_deletePlaylists->setEnabled(!folder.isEmpty() && !playlistsIn(folder).isEmpty());
 }
 
 Text CommandBar::undoText() const
 {
-    const std::optional<UndoSubject> subject = m_context.program.undoHistory.next();
+    const std::optional<UndoSubject> subject = m_parts.program.undoHistory.next();
     if (!subject)
         return Text::CommandUndo;
     switch (subject->kind) {
@@ -250,26 +247,12 @@ Text CommandBar::undoText() const
 
 void CommandBar::applyCaptions()
 {
-    const Captions &captions = m_context.program.captions;
+    const Captions &captions = m_parts.program.captions;
     m_undo->setText(captions.text(undoText()));
     m_listTree->setText(captions.text(Text::CommandListTree));
     m_refreshTree->setText(captions.text(Text::CommandRefresh));
     for (QAction *action : {m_undo, m_listTree, m_refreshTree})
         action->setToolTip(tooltipOf(action->text(), action->shortcut()));
-}
-
-void CommandBar::editPatterns()
-{
-    if (m_patternEditor != nullptr) {
-        m_patternEditor->raise();
-        m_patternEditor->activateWindow();
-        return;
-    }
-    auto *editor = new PatternEditor(m_context.program.settings, m_context.program.captions, m_context.window);
-    editor->setAttribute(Qt::WA_DeleteOnClose);
-    connect(editor, &QDialog::accepted, this, &CommandBar::patternsEdited);
-    m_patternEditor = editor;
-    editor->open();
 }
 
 } // namespace ravlin

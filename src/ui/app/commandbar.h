@@ -1,33 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "ui/app/program.h"
 #include "ui/app/toolbar.h"
 
 #include <QObject>
-#include <QPointer>
 
 class QMenu;
 
 namespace ravlin {
 
 class FileCommands;
-class FileList;
-class FolderCommand;
-class FolderTree;
-class ListController;
-class LookupCommand;
-struct Program;
-
-/// What the commands of list and folder are reached from.
-struct CommandBarContext
-{
-    Program &program;
-    Toolbar &toolbar;
-    FileList &list;
-    FolderTree &tree;
-    ListController &lister;
-    QWidget *window;
-};
+class ProgramDialogs;
 
 /// Puts the commands of list and folder on the toolbar, into the context menus of list and tree and on their keys, and
 /// keeps disabled what has nothing to act on.
@@ -36,41 +20,36 @@ class CommandBar : public QObject
     Q_OBJECT
 
 public:
-    CommandBar(const CommandBarContext &context, FileCommands &files, FolderCommand &folder, LookupCommand &lookup);
+    CommandBar(const WindowParts &parts, FileCommands &files, ProgramDialogs &dialogs);
 
     /// Puts the current language's texts on what is not the toolbar's own.
     void applyCaptions();
-    /// A command of another part, to be in the list's context menu as well; after the captions of its own.
+    /// Adds another part's command to the end of the list's context menu.
     void addToListMenu(QAction *action);
 
-Q_SIGNALS:
-    /// The saved patterns were edited: boxes that offer them are to show the lists anew.
-    void patternsEdited();
-
 private:
-    void addLookupButton(LookupCommand &lookup);
+    void addLookupButton(ProgramDialogs &dialogs);
     void addPlaylistButtons(FileCommands &files);
-    void addFolderButton(FileCommands &files, FolderCommand &folder);
+    void addFolderButton(FileCommands &files);
     void addFilesButton(FileCommands &files);
     void addSelectionButton();
-    void addPatternsButton();
+    void addPatternsButton(ProgramDialogs &dialogs);
     void addFurtherActions(FileCommands &files);
     void connectKeys(FileCommands &files);
     void makeMenus();
     QAction *furtherAction(const QString &name, const QString &icon, const QKeySequence &shortcut);
     void updateEnabling();
     void updatePlaylists();
-    void editPatterns();
     Text undoText() const;
 
-    CommandBarContext m_context;
-    QAction *m_lookup = nullptr;        ///< tb_1
-    QAction *m_lookupEntry = nullptr;   ///< freedb
-    QAction *m_writePlaylist = nullptr; ///< tb_3
-    QAction *m_writeEntry = nullptr;    ///< lista
+    WindowParts m_parts;
+    QAction *m_lookup = nullptr;
+    QAction *m_lookupEntry = nullptr;
+    QAction *m_writePlaylist = nullptr;
+    QAction *m_writeEntry = nullptr;
     QAction *m_deletePlaylists = nullptr;
-    QAction *m_play = nullptr;      ///< tb_5
-    QAction *m_playEntry = nullptr; ///< play
+    QAction *m_play = nullptr;
+    QAction *m_playEntry = nullptr;
     QAction *m_renameFolder = nullptr;
     QAction *m_moveFolder = nullptr;
     QAction *m_copyFolder = nullptr;
@@ -86,7 +65,6 @@ private:
     QAction *m_refreshTree = nullptr;
     QMenu *m_listMenu;
     QMenu *m_treeMenu;
-    QPointer<QWidget> m_patternEditor;
 };
 
 } // namespace ravlin

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/filecommands.h"
 
+#include "core/app/pageowner.h"
 #include "core/files/list/listcolumns.h"
+#include "core/files/renaming/renaming.h"
 #include "core/platform/path.h"
 #include "ui/app/listcontroller.h"
-#include "ui/app/program.h"
 #include "ui/app/statuspanels.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
+#include "ui/naming/dialog.h"
+#include "ui/naming/problemtext.h"
 
 #include <QDesktopServices>
 #include <QDir>
@@ -16,12 +19,13 @@
 #include <QUrl>
 
 #include <tuple>
+#include <utility>
 
 namespace ravlin {
 
 namespace {
 
-/// Key in the settings: the folder that something was copied or moved to last.
+/// Key in the settings: the folder that files were last copied or moved to.
 constexpr QStringView DestinationKey = u"destination";
 
 void openBySystem(const QString &path)
@@ -31,11 +35,11 @@ void openBySystem(const QString &path)
 
 } // namespace
 
-FileCommands::FileCommands(const FileCommandsContext &context, QObject *parent)
-    : QObject(parent), m_context(context), m_dialogs(context.program.captions, context.busy, context.window),
-      m_operations(context.program.fileSystem, m_dialogs, context.program.undoHistory),
-      m_files(context.program.fileSystem, m_operations), m_lastTag([] { return TagRecord(); }), m_open(&openBySystem),
-      m_chooseFolder([window = context.window](const QString &title, const QString &start) {
+FileCommands::FileCommands(const WindowParts &parts, LastTag lastTag)
+    : QObject(parts.window), m_parts(parts), m_dialogs(parts.program.captions, parts.busy, parts.window),
+      m_operations(parts.program.fileSystem, m_dialogs, parts.program.undoHistory),
+      m_files(parts.program.fileSystem, m_operations), m_lastTag(std::move(lastTag)), m_open(&openBySystem),
+      m_chooseFolder([window = parts.window](const QString &title, const QString &start) {
           QFileDialog dialog(window, title, start);
           dialog.setObjectName(QStringLiteral("destination"));
           dialog.setFileMode(QFileDialog::Directory);
@@ -47,13 +51,13 @@ FileCommands::FileCommands(const FileCommandsContext &context, QObject *parent)
 
 QString FileCommands::selectedSources() const
 {
-    return sourceList(m_context.program.state.currentFolder, m_context.list.selectedRowTexts());
+    return sourceList(m_parts.program.state.currentFolder, m_parts.list.selectedRowTexts());
 }
 
-/// The current folder as a thing of its own: without a separator at its end.
+/// The current folder itself: without a separator at its end.
 QString FileCommands::folderSource() const
 {
-    return platform::withoutEndSeparator(m_context.program.state.currentFolderAsChosen);
+    return platform::withoutEndSeparator(m_parts.program.state.currentFolderAsChosen);
 }
 
 void FileCommands::moveFiles()
@@ -81,9 +85,9 @@ void FileCommands::transfer(Transfer operation, Caption caption, const std::func
     const QString source = sources();
     if (source.isEmpty())
         return;
-    const QString destination = askDestination(m_context.program.captions.text(caption));
+    const QString destination = askDestination(m_parts.program.captions.text(caption));
     if (destination.isEmpty()) {
-        m_context.tree.refresh();
+        m_parts.tree.refresh();
         return;
     }
     std::ignore = (m_files.*operation)(source, platform::withEndSeparator(destination), true, 0);
@@ -92,13 +96,13 @@ void FileCommands::transfer(Transfer operation, Caption caption, const std::func
     Q_EMIT ended();
 }
 
-/// Begins in the folder chosen last, or in what is left of the way to it.
+/// Starts at the folder chosen last, or at the nearest folder above it that is left.
 QString FileCommands::askDestination(const QString &title)
 {
-    Settings &settings = m_context.program.settings;
+    Settings &settings = m_parts.program.settings;
     const QString last = settings.read(DestinationKey);
-    const QString left = last.isEmpty() ? QString() : nearestFolder(m_context.program.fileSystem, last);
-    const QString start = left.isEmpty() ? m_context.program.state.currentFolder : left;
+    const QString left = last.isEmpty() ? QString() : nearestFolder(m_parts.program.fileSystem, last);
+    const QString start = left.isEmpty() ? m_parts.program.state.currentFolder : left;
     const QString chosen = QDir::toNativeSeparators(m_chooseFolder(title, start));
     if (!chosen.isEmpty())
         settings.write(DestinationKey, chosen);
@@ -120,35 +124,71 @@ void FileCommands::remove(const QString &source)
     if (source.isEmpty())
         return;
     std::ignore = m_files.DeleteFile(source, true, 0);
-    // A no keeps the list with its selection.
+    // If the user declined, the list keeps its selection.
     if (m_dialogs.takeHasWorked())
         showChanges();
     Q_EMIT ended();
 }
 
-/// Tree and list show the folder as it is now or, when it is gone, the nearest one that is left. formerFolder: where it
-/// may have come back to.
+/// Makes tree and list show the folder as it is now or, if it is gone, the nearest one that is left. formerFolder:
+/// where an undone move may have put it back.
 void FileCommands::showChanges(const QString &formerFolder)
 {
-    FolderTree &tree = m_context.tree;
+    FolderTree &tree = m_parts.tree;
     const QString before = tree.path();
     if (!formerFolder.isEmpty() && !QFileInfo(before).isDir() && QFileInfo(formerFolder).isDir())
         tree.refreshTo(formerFolder);
     else
         tree.refresh();
     if (tree.path() == before)
-        m_context.lister.RefreshList(); // else the tree has told of its other folder
+        m_parts.lister.RefreshList(); // otherwise the tree has reported its new folder
+}
+
+void FileCommands::renameFolder()
+{
+    const Program &program = m_parts.program;
+    const QString folder = program.state.currentFolder;
+    if (folder.isEmpty())
+        return;
+    const QString firstFile = m_parts.list.rowCount() == 0 ? QString() : folder + m_parts.list.rowText(0);
+    auto *dialog = new Dialog(
+        {program.settings, program.captions, program.tagStore, program.fileSystem}, folder, firstFile, m_parts.window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &Dialog::renameRequested, this, &FileCommands::rename);
+    dialog->show();
+}
+
+void FileCommands::rename(const RenameWish &wish)
+{
+    platform::FileSystem &fileSystem = m_parts.program.fileSystem;
+    RenamingOutcome outcome;
+    const bool ran = m_parts.owner.runWithProgress(1, [&](const ProgressReport &progress) {
+        outcome = runRenaming(fileSystem, RenamingPlan(fileSystem, {wish}), {progress});
+    });
+    if (!ran)
+        return;
+    m_parts.program.undoHistory.addRenames(outcome.renames, outcome.foldersMade);
+    const RenameRow &row = outcome.rows.front();
+    const Captions &captions = m_parts.program.captions;
+    if (row.renames())
+        m_parts.tree.refreshTo(row.path);
+    else if (row.problem)
+        m_parts.owner.showError(problemText(captions, *row.problem));
+    else if (row.error)
+        m_parts.owner.showError(captions.errorText(row.error->code));
+    else if (row.isCollision)
+        m_parts.owner.showError(captions.text(Text::ErrorAlreadyExists));
 }
 
 void FileCommands::writePlaylist()
 {
-    Program &program = m_context.program;
+    Program &program = m_parts.program;
     if (program.state.currentFolder.isEmpty())
         return;
     const Result<QString> written =
-        WritePlaylist(program.fileSystem, program.state.currentFolder, m_context.list.selectedRowTexts(), m_lastTag());
+        WritePlaylist(program.fileSystem, program.state.currentFolder, m_parts.list.selectedRowTexts(), m_lastTag());
     const Captions &captions = program.captions;
-    m_context.status.showPassing(
+    m_parts.status.showPassing(
         written ? captions.text(Text::PlaylistWritten).arg(shownName(platform::nameOf(*written)))
                 : captions.text(Text::PlaylistNotWritten).arg(captions.errorText(written.error().code)));
     Q_EMIT ended();
@@ -156,28 +196,28 @@ void FileCommands::writePlaylist()
 
 void FileCommands::playSelection()
 {
-    Program &program = m_context.program;
+    Program &program = m_parts.program;
     if (program.state.currentFolder.isEmpty())
         return;
     const Result<void> written = PlaySelection(
-        program.fileSystem, program.state.currentFolder, m_context.list.selectedRowTexts(), playListPath(), m_open);
+        program.fileSystem, program.state.currentFolder, m_parts.list.selectedRowTexts(), playListPath(), m_open);
     if (!written)
-        m_context.status.showPassing(
+        m_parts.status.showPassing(
             program.captions.text(Text::PlaylistNotWritten).arg(program.captions.errorText(written.error().code)));
 }
 
 void FileCommands::deletePlaylists()
 {
-    if (m_context.program.state.currentFolder.isEmpty())
+    if (m_parts.program.state.currentFolder.isEmpty())
         return;
-    std::ignore = DeletePlaylists(m_files, m_context.program.state.currentFolder);
+    std::ignore = DeletePlaylists(m_files, m_parts.program.state.currentFolder);
     std::ignore = m_dialogs.takeHasWorked(); // the list shows no playlists
     Q_EMIT ended();
 }
 
 void FileCommands::undo()
 {
-    const std::optional<UndoSubject> subject = m_context.program.undoHistory.next();
+    const std::optional<UndoSubject> subject = m_parts.program.undoHistory.next();
     if (!subject)
         return;
     std::ignore = m_operations.undo();

@@ -3,56 +3,36 @@
 
 #include "core/files/operations/clsfilefunc.h"
 #include "core/files/operations/playlist.h"
+#include "ui/app/program.h"
 #include "ui/files/operationdialogs.h"
 
 #include <QObject>
 
 #include <functional>
 
-class QWidget;
-
 namespace ravlin {
 
-class Busy;
-class FileList;
-class FolderTree;
-class ListController;
-class StatusPanels;
-struct Program;
-struct TagRecord;
+struct RenameWish;
 
-/// What the window's commands need of it.
-struct FileCommandsContext
-{
-    Program &program;
-    ListController &lister;
-    FileList &list;
-    FolderTree &tree;
-    StatusPanels &status;
-    Busy &busy;
-    QWidget *window;
-};
-
-/// The commands that work on the selected files and on the current folder: copy, move, delete, playlists, and undo.
-/// Asks what has to be asked, carries the command out by clsFileFunc, and lets tree and list show what has become of
-/// the files. Each does nothing where there is nothing to act on.
+/// The commands for the selected files and the current folder: copy, move, delete, playlists, renaming the folder, and
+/// undo. Asks the user, carries the command out (files by clsFileFunc) and makes tree and list show the result. Each
+/// does nothing where there is nothing to act on.
 class FileCommands : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Lets the user choose a folder, beginning in one; empty: cancelled.
+    /// Lets the user choose a folder, starting at one; returns an empty text if cancelled.
     using FolderChooser = std::function<QString(const QString &title, const QString &start)>;
     /// The tag that was read last.
     using LastTag = std::function<TagRecord()>;
 
-    FileCommands(const FileCommandsContext &context, QObject *parent);
+    /// lastTag: names the playlists.
+    FileCommands(const WindowParts &parts, LastTag lastTag);
 
-    /// Where playlists take their name from; without it they have none to take it from.
-    void setLastTag(LastTag lastTag) { m_lastTag = std::move(lastTag); }
-    /// Who opens the play list; the system at first.
+    /// Opens the play list; the system at first.
     void setOpener(Opener open) { m_open = std::move(open); }
-    /// Who asks for a destination; a folder dialog at first.
+    /// Asks for a destination; a folder dialog at first.
     void setFolderChooser(FolderChooser choose) { m_chooseFolder = std::move(choose); }
 
     void moveFiles();
@@ -61,13 +41,15 @@ public:
     void moveFolder();
     void copyFolder();
     void deleteFolder();
+    /// Opens the dialog that renames the current folder after the tag of its first file.
+    void renameFolder();
     void writePlaylist();
     void playSelection();
     void deletePlaylists();
     void undo();
 
 Q_SIGNALS:
-    /// A command has ended: files may be others, and another operation the one to be undone.
+    /// A command has ended: files may have changed, and so may the operation that undo() takes back.
     void ended();
 
 private:
@@ -78,9 +60,10 @@ private:
     void transfer(Transfer operation, Caption caption, const std::function<QString()> &sources);
     QString askDestination(const QString &title);
     void remove(const QString &source);
+    void rename(const RenameWish &wish);
     void showChanges(const QString &formerFolder = {});
 
-    FileCommandsContext m_context;
+    WindowParts m_parts;
     OperationDialogs m_dialogs;
     FileOperations m_operations;
     clsFileFunc m_files;

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/frmabout.h"
 
-#include "core/app/guide.h"
 #include "core/app/idiomas.h"
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 #include "ui/controls/icons.h"
-#include "ui/controls/linkbutton.h"
 #include "ui/controls/making.h"
 
 #include <QDesktopServices>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
+#include <QStyleOptionFocusRect>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -26,14 +26,60 @@ constexpr int LogoSize = 32;
 constexpr int TextLetters = 52; ///< width of the texts in average letters
 
 constexpr QStringView TagLibrarySite = u"https://taglib.org/";
-/// Carries on freedb, whose own site has closed.
+/// The successor of freedb, whose own site has closed.
 constexpr QStringView DatabaseSite = u"https://gnudb.org/";
 
-/// What the program is made with, and under which licences. Names need no translation.
+/// The libraries and their licences. Names need no translation.
 QString libraries()
 {
     return QStringLiteral("Qt %1 (LGPL 3), tl::expected (CC0 1.0), Lucide (ISC, MIT)").arg(QLatin1String(qVersion()));
 }
+
+/// The palette's own colour for links is made for light windows, and dark palettes often keep it.
+QColor linkColour(const QPalette &palette)
+{
+    const QColor colour = palette.color(QPalette::Link);
+    const bool isDark = palette.color(QPalette::Window).lightness() < 128;
+    return isDark && colour.lightness() < 160 ? QColor(122, 178, 255) : colour;
+}
+
+/// An address to click: looks like a link, is a button for keyboard and assistive tools. Its text is the address.
+class LinkButton final : public QPushButton
+{
+public:
+    explicit LinkButton(const QString &address, QWidget *parent) : QPushButton(address, parent)
+    {
+        setFlat(true);
+        setAutoDefault(false);
+        setCursor(Qt::PointingHandCursor);
+        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+        QFont underlined = font();
+        underlined.setUnderline(true);
+        setFont(underlined);
+    }
+
+    QSize sizeHint() const override
+    {
+        return fontMetrics().size(Qt::TextSingleLine, text()) + QSize(2 * Margin, 2 * Margin);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setPen(linkColour(palette()));
+        painter.drawText(rect().adjusted(Margin, 0, -Margin, 0), Qt::AlignVCenter | Qt::AlignLeft, text());
+        if (hasFocus()) {
+            QStyleOptionFocusRect option;
+            option.initFrom(this);
+            option.backgroundColor = palette().color(QPalette::Window);
+            style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+        }
+    }
+
+private:
+    static constexpr int Margin = 1; ///< pixels around the text, for the frame of the focus
+};
 
 QPushButton *logo(const char *name, const QString &text, QStringView site, QWidget *parent)
 {
@@ -62,7 +108,7 @@ frmAbout::frmAbout(const Captions &captions, QWidget *parent, OpenAddress openAd
     connectControls();
     applyCaptions();
     applyIcons();
-    cmdOK->setFocus();
+    m_ok->setFocus();
 }
 
 void frmAbout::createControls()
@@ -72,21 +118,21 @@ void frmAbout::createControls()
     large.setPointSizeF(2 * large.pointSizeF());
     large.setBold(true);
     m_name->setFont(large);
-    lblVersion = made<QLabel>("lblVersion", this, QStringLiteral("version ") + QStringLiteral(RAVLIN_VERSION));
-    lblVersion->setTextInteractionFlags(Qt::TextSelectableByMouse); // to be copied into a report
-    lblDisclaimer = made<QLabel>("lblDisclaimer", this);
-    Label1 = made<LinkButton>("Label1", this, defaults::WebSite.toString());
-    Label2 = made<LinkButton>("Label2", this, defaults::Mail.toString());
-    Label3 = made<QLabel>("Label3", this);
+    m_version = made<QLabel>("lblVersion", this, QStringLiteral("version ") + QStringLiteral(RAVLIN_VERSION));
+    m_version->setTextInteractionFlags(Qt::TextSelectableByMouse); // so that it can be copied into a report
+    m_makers = made<QLabel>("lblDisclaimer", this);
+    m_webSite = made<LinkButton>("Label1", this, defaults::WebSite.toString());
+    m_mail = made<LinkButton>("Label2", this, defaults::Mail.toString());
+    m_thanks = made<QLabel>("Label3", this);
     m_libraries = made<QLabel>("libraries", this);
-    Pic = logo("Pic", QStringLiteral("TagLib"), TagLibrarySite, this);
-    Picture1 = logo("Picture1", QStringLiteral("freedb"), DatabaseSite, this);
+    m_tagLibrary = logo("Pic", QStringLiteral("TagLib"), TagLibrarySite, this);
+    m_database = logo("Picture1", QStringLiteral("freedb"), DatabaseSite, this);
     m_guide = made<QPushButton>("guide", this);
     m_guide->setAutoDefault(false);
     m_guide->setVisible(!m_guidePage.isEmpty());
-    cmdOK = made<QPushButton>("cmdOK", this, QStringLiteral("aceptar"));
-    cmdOK->setDefault(true);
-    for (QLabel *label : {lblDisclaimer, Label3, m_libraries}) {
+    m_ok = made<QPushButton>("cmdOK", this, QStringLiteral("aceptar"));
+    m_ok->setDefault(true);
+    for (QLabel *label : {m_makers, m_thanks, m_libraries}) {
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
         label->setMinimumWidth(TextLetters * fontMetrics().averageCharWidth());
@@ -99,24 +145,24 @@ void frmAbout::createLayout()
     picture->setPixmap(programIcon().pixmap(QSize(ProgramIconSize, ProgramIconSize), devicePixelRatioF()));
     auto *texts = new QVBoxLayout;
     texts->addWidget(m_name);
-    texts->addWidget(lblVersion);
+    texts->addWidget(m_version);
     texts->addSpacing(fontMetrics().height() / 2);
-    texts->addWidget(lblDisclaimer);
-    texts->addWidget(Label1);
-    texts->addWidget(Label2);
+    texts->addWidget(m_makers);
+    texts->addWidget(m_webSite);
+    texts->addWidget(m_mail);
     texts->addSpacing(fontMetrics().height() / 2);
-    texts->addWidget(Label3);
+    texts->addWidget(m_thanks);
     texts->addWidget(m_libraries);
     auto *upper = new QHBoxLayout;
     upper->addWidget(picture, 0, Qt::AlignTop);
     upper->addSpacing(fontMetrics().height());
     upper->addLayout(texts, 1);
     auto *foot = new QHBoxLayout;
-    foot->addWidget(Pic);
-    foot->addWidget(Picture1);
+    foot->addWidget(m_tagLibrary);
+    foot->addWidget(m_database);
     foot->addStretch();
     foot->addWidget(m_guide);
-    foot->addWidget(cmdOK);
+    foot->addWidget(m_ok);
     auto *rows = new QVBoxLayout(this);
     rows->addLayout(upper);
     rows->addSpacing(fontMetrics().height() / 2);
@@ -126,43 +172,43 @@ void frmAbout::createLayout()
 
 void frmAbout::connectControls()
 {
-    connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
+    connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
     const auto opens = [this](const QPushButton *button, const QUrl &address) {
         connect(button, &QPushButton::clicked, this, [this, address] { m_openAddress(address); });
     };
-    opens(Label1, QUrl(Label1->text()));
-    opens(Label2, QUrl(QStringLiteral("mailto:") + Label2->text()));
+    opens(m_webSite, QUrl(m_webSite->text()));
+    opens(m_mail, QUrl(QStringLiteral("mailto:") + m_mail->text()));
     opens(m_guide, QUrl::fromLocalFile(m_guidePage));
-    opens(Pic, QUrl(TagLibrarySite.toString()));
-    opens(Picture1, QUrl(DatabaseSite.toString()));
+    opens(m_tagLibrary, QUrl(TagLibrarySite.toString()));
+    opens(m_database, QUrl(DatabaseSite.toString()));
 }
 
 void frmAbout::applyCaptions()
 {
     setWindowTitle(m_captions.text(Caption::Info));
-    lblDisclaimer->setText(m_captions.text(Text::AboutAuthors) + u'\n' + m_captions.text(Text::AboutLicence));
-    Label1->setAccessibleName(m_captions.text(Text::NameWebSite));
-    Label1->setAccessibleDescription(Label1->text());
-    Label2->setAccessibleName(m_captions.text(Text::NameMail));
-    Label2->setAccessibleDescription(Label2->text());
-    Label2->setToolTip(m_captions.text(Text::TipWriteMail));
-    Label3->setText(m_captions.text(Text::AboutThanks));
+    m_makers->setText(m_captions.text(Text::AboutAuthors) + u'\n' + m_captions.text(Text::AboutLicence));
+    m_webSite->setAccessibleName(m_captions.text(Text::NameWebSite));
+    m_webSite->setAccessibleDescription(m_webSite->text());
+    m_mail->setAccessibleName(m_captions.text(Text::NameMail));
+    m_mail->setAccessibleDescription(m_mail->text());
+    m_mail->setToolTip(m_captions.text(Text::TipWriteMail));
+    m_thanks->setText(m_captions.text(Text::AboutThanks));
     m_libraries->setText(m_captions.text(Text::AboutLibraries) + QStringLiteral(": ") + libraries());
     m_guide->setText(m_captions.text(Text::AboutGuide));
     m_guide->setToolTip(m_captions.text(Text::TipGuide));
-    cmdOK->setText(m_captions.text(Caption::Ok));
+    m_ok->setText(m_captions.text(Caption::Ok));
 }
 
 void frmAbout::applyIcons()
 {
-    Pic->setIcon(themedIcon(QStringLiteral("tags"), palette()));
-    Picture1->setIcon(themedIcon(QStringLiteral("disc-3"), palette()));
+    m_tagLibrary->setIcon(themedIcon(QStringLiteral("tags"), palette()));
+    m_database->setIcon(themedIcon(QStringLiteral("disc-3"), palette()));
 }
 
 void frmAbout::changeEvent(QEvent *event)
 {
     QDialog::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && cmdOK != nullptr)
+    if (event->type() == QEvent::PaletteChange && m_ok != nullptr)
         applyIcons();
 }
 

@@ -13,22 +13,20 @@ class QPushButton;
 namespace ravlin {
 
 class Captions;
-class LinkButton;
 
-/// The about box: the program's version, its makers, where to find and to write to them, and the libraries that it is
-/// made with. It opens the user guide where that is installed. It hands addresses to the system; what the system makes
-/// of them is not checked.
+/// The about box: the program's version, its makers and their addresses, and the libraries it uses. Opens the user
+/// guide if that is installed. Hands addresses to the system and ignores what becomes of them.
 class frmAbout : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// Asks the system to open an address: a web page, a page of the guide, or a message in the mail program.
+    /// Opens an address: a web page, a page of the guide, or a message in the mail program.
     using OpenAddress = std::function<void(const QUrl &)>;
     /// QDesktopServices::openUrl.
     static void openBySystem(const QUrl &address);
 
-    /// programFolder: from where the guide is looked for.
+    /// programFolder: where the search for the guide starts.
     explicit frmAbout(const Captions &captions, QWidget *parent = nullptr, OpenAddress openAddress = &openBySystem,
         const QString &programFolder = QCoreApplication::applicationDirPath());
 
@@ -44,18 +42,18 @@ private:
 
     const Captions &m_captions;
     OpenAddress m_openAddress;
-    QLabel *m_name = nullptr; ///< programName
-    QLabel *lblVersion = nullptr;
-    QLabel *lblDisclaimer = nullptr;
-    LinkButton *Label1 = nullptr;
-    LinkButton *Label2 = nullptr;
-    QLabel *Label3 = nullptr;
-    QLabel *m_libraries = nullptr;  ///< libraries
-    QString m_guidePage;            ///< empty: there is none
-    QPushButton *m_guide = nullptr; ///< guide
-    QPushButton *Pic = nullptr;
-    QPushButton *Picture1 = nullptr;
-    QPushButton *cmdOK = nullptr;
+    QLabel *m_name = nullptr;
+    QLabel *m_version = nullptr;
+    QLabel *m_makers = nullptr;
+    QPushButton *m_webSite = nullptr;
+    QPushButton *m_mail = nullptr;
+    QLabel *m_thanks = nullptr;
+    QLabel *m_libraries = nullptr;
+    QString m_guidePage; ///< empty: there is none
+    QPushButton *m_guide = nullptr;
+    QPushButton *m_tagLibrary = nullptr;
+    QPushButton *m_database = nullptr;
+    QPushButton *m_ok = nullptr;
 };
 
 } // namespace ravlin

@@ -3,7 +3,7 @@
 
 #include "core/app/idiomas.h"
 #include "core/files/list/listcolumns.h"
-#include "ui/controls/wheelguard.h"
+#include "ui/controls/making.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -19,14 +19,6 @@ namespace {
 
 constexpr int ColumnsInARow = 4;
 
-template <typename Control>
-Control *named(const QString &name, QWidget *parent)
-{
-    auto *control = new Control(parent);
-    control->setObjectName(name);
-    return control;
-}
-
 } // namespace
 
 furtheroptions::furtheroptions(const Captions &captions, QWidget *parent) : QWidget(parent), m_captions(captions)
@@ -38,21 +30,23 @@ furtheroptions::furtheroptions(const Captions &captions, QWidget *parent) : QWid
 
 void furtheroptions::createControls()
 {
-    m_writing = named<QGroupBox>(QStringLiteral("writing"), this);
-    m_versionLabel = named<QLabel>(QStringLiteral("lversion"), m_writing);
-    m_version = named<QComboBox>(QStringLiteral("cversion"), m_writing);
+    m_writing = made<QGroupBox>("writing", this);
+    m_versionLabel = made<QLabel>("lversion", m_writing);
+    m_version = made<QComboBox>("cversion", m_writing);
     m_version->addItem(QStringLiteral("ID3v2.3"), 3);
     m_version->addItem(QStringLiteral("ID3v2.4"), 4);
-    m_keepTimes = named<QCheckBox>(QStringLiteral("chtimes"), m_writing);
-    m_list = named<QGroupBox>(QStringLiteral("list"), this);
-    m_clickLabel = named<QLabel>(QStringLiteral("lclick"), m_list);
-    m_click = named<QComboBox>(QStringLiteral("cclick"), m_list);
+    m_keepTimes = made<QCheckBox>("chtimes", m_writing);
+    m_list = made<QGroupBox>("list", this);
+    m_clickLabel = made<QLabel>("lclick", m_list);
+    m_click = made<QComboBox>("cclick", m_list);
     m_click->addItem(QString(), static_cast<int>(DoubleClick::Open));
     m_click->addItem(QString(), static_cast<int>(DoubleClick::Edit));
-    m_columnsLabel = named<QLabel>(QStringLiteral("lcolumns"), m_list);
-    for (std::size_t i = 0; i < m_columns.size(); ++i)
-        m_columns[i] = named<QCheckBox>(QStringLiteral("chcolumn_%1").arg(i), m_list);
-    m_columns[0]->setEnabled(false); // without the files' names the list is no list of files
+    m_columnsLabel = made<QLabel>("lcolumns", m_list);
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        m_columns[i] = new QCheckBox(m_list);
+        m_columns[i]->setObjectName(QStringLiteral("chcolumn_%1").arg(i));
+    }
+    m_columns[0]->setEnabled(false); // a list of files shows their names
     m_versionLabel->setBuddy(m_version);
     m_clickLabel->setBuddy(m_click);
     guardAgainstWheel(m_version);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 
 #include <QWidget>
 
@@ -17,7 +17,7 @@ namespace ravlin {
 class Captions;
 
 /// The second page of the options dialog: how tags are written, what a double click does, and which columns the file
-/// list shows. It shows choices and tells what the user made of them; storing them is the dialog's part.
+/// list shows. The dialog stores the choices.
 class furtheroptions : public QWidget
 {
     Q_OBJECT
@@ -27,9 +27,8 @@ public:
     explicit furtheroptions(const Captions &captions, QWidget *parent = nullptr);
 
     void show(const FurtherOptions &options);
-    /// What is chosen now.
     FurtherOptions choices() const;
-    /// What the user has chosen and not saved yet stays.
+    /// Keeps choices that are not saved yet.
     void applyCaptions();
 
 private:
@@ -37,16 +36,16 @@ private:
     void createLayout();
 
     const Captions &m_captions;
-    QString m_shownColumnsText;             ///< the hidden columns' text that show() got
-    QGroupBox *m_writing = nullptr;         ///< writing
-    QLabel *m_versionLabel = nullptr;       ///< lversion
-    QComboBox *m_version = nullptr;         ///< cversion
-    QCheckBox *m_keepTimes = nullptr;       ///< chtimes
-    QGroupBox *m_list = nullptr;            ///< list
-    QLabel *m_clickLabel = nullptr;         ///< lclick
-    QComboBox *m_click = nullptr;           ///< cclick
-    QLabel *m_columnsLabel = nullptr;       ///< lcolumns
-    std::array<QCheckBox *, 8> m_columns{}; ///< chcolumn_0 to chcolumn_7
+    QString m_shownColumnsText; ///< the text of the hidden columns given to show()
+    QGroupBox *m_writing = nullptr;
+    QLabel *m_versionLabel = nullptr;
+    QComboBox *m_version = nullptr;
+    QCheckBox *m_keepTimes = nullptr;
+    QGroupBox *m_list = nullptr;
+    QLabel *m_clickLabel = nullptr;
+    QComboBox *m_click = nullptr;
+    QLabel *m_columnsLabel = nullptr;
+    std::array<QCheckBox *, 8> m_columns{};
 };
 
 } // namespace ravlin

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/opciones.h"
 
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 #include "ui/app/furtheroptions.h"
 #include "ui/app/program.h"
 #include "ui/controls/making.h"
-#include "ui/controls/wheelguard.h"
 #include "ui/online/mainform.h"
 
 #include <QCheckBox>
@@ -42,69 +41,69 @@ opciones::opciones(Program &program, QWidget *parent) : QDialog(parent), m_progr
     createControls();
     createLayout();
     load();
-    connect(cidioma, &QComboBox::activated, this, &opciones::changeLanguage);
-    connect(upd, &QPushButton::clicked, this, &opciones::openUpdate);
+    connect(m_language, &QComboBox::activated, this, &opciones::changeLanguage);
+    connect(m_checkVersion, &QPushButton::clicked, this, &opciones::openUpdate);
     connect(m_ok, &QPushButton::clicked, this, &opciones::accept);
     connect(m_cancel, &QPushButton::clicked, this, &opciones::reject);
-    cidioma->setFocus();
+    m_language->setFocus();
 }
 
 void opciones::createControls()
 {
     m_pages = made<QTabWidget>("optionPages", this);
     m_further = new furtheroptions(m_program.captions, m_pages);
-    general = made<QGroupBox>("general", this, QStringLiteral("general"));
-    freedb = made<QGroupBox>("freedb", this, QStringLiteral("freedb"));
-    lidioma = made<QLabel>("lidioma", general, QStringLiteral("lenguage"));
-    cidioma = made<QComboBox>("cidioma", general);
-    cidioma->addItems({QStringLiteral("spanish"), QStringLiteral("english"), QStringLiteral("french")});
-    cidioma->setCurrentText(QStringLiteral("english"));
-    Label1 = made<QLabel>("Label1", general, QStringLiteral("tags"));
-    ctags = made<QComboBox>("ctags", general);
-    opreme = made<QCheckBox>("opreme", general, QStringLiteral("remember last directory"));
-    lserver = made<QLabel>("lserver", freedb, QStringLiteral("freedb server"));
-    tserver = made<QLineEdit>("tserver", freedb, defaults::Server.toString());
-    lmail = made<QLabel>("lmail", freedb, QStringLiteral("email"));
-    tmail = made<QLineEdit>("tmail", freedb, defaults::Mail.toString());
+    m_general = made<QGroupBox>("general", this, QStringLiteral("general"));
+    m_freedb = made<QGroupBox>("freedb", this, QStringLiteral("freedb"));
+    m_languageLabel = made<QLabel>("lidioma", m_general, QStringLiteral("lenguage"));
+    m_language = made<QComboBox>("cidioma", m_general);
+    m_language->addItems({QStringLiteral("spanish"), QStringLiteral("english"), QStringLiteral("french")});
+    m_language->setCurrentText(QStringLiteral("english"));
+    m_modeLabel = made<QLabel>("Label1", m_general, QStringLiteral("tags"));
+    m_mode = made<QComboBox>("ctags", m_general);
+    m_remember = made<QCheckBox>("opreme", m_general, QStringLiteral("remember last directory"));
+    m_serverLabel = made<QLabel>("lserver", m_freedb, QStringLiteral("freedb server"));
+    m_server = made<QLineEdit>("tserver", m_freedb, defaults::Server.toString());
+    m_mailLabel = made<QLabel>("lmail", m_freedb, QStringLiteral("email"));
+    m_mail = made<QLineEdit>("tmail", m_freedb, defaults::Mail.toString());
     m_update = made<QGroupBox>("update", this, QStringLiteral("update"));
-    upd = made<QPushButton>("upd", m_update);
-    upd->setAutoDefault(false);
+    m_checkVersion = made<QPushButton>("upd", m_update);
+    m_checkVersion->setAutoDefault(false);
     m_ok = made<QPushButton>("ok", this, QStringLiteral("save"));
     m_ok->setDefault(true);
     m_cancel = made<QPushButton>("cancel", this, QStringLiteral("cancel"));
     m_cancel->setAutoDefault(false);
 
-    lidioma->setBuddy(cidioma);
-    Label1->setBuddy(ctags);
-    lserver->setBuddy(tserver);
-    lmail->setBuddy(tmail);
-    guardAgainstWheel(cidioma);
-    guardAgainstWheel(ctags);
-    for (QLineEdit *edit : {tserver, tmail}) {
-        edit->setMaxLength(std::numeric_limits<int>::max()); // stored as typed, however long
+    m_languageLabel->setBuddy(m_language);
+    m_modeLabel->setBuddy(m_mode);
+    m_serverLabel->setBuddy(m_server);
+    m_mailLabel->setBuddy(m_mail);
+    guardAgainstWheel(m_language);
+    guardAgainstWheel(m_mode);
+    for (QLineEdit *edit : {m_server, m_mail}) {
+        edit->setMaxLength(std::numeric_limits<int>::max()); // stored as typed, whatever its length
         edit->setMinimumWidth(FieldLetters * fontMetrics().averageCharWidth());
     }
 }
 
 QWidget *opciones::createFirstPage()
 {
-    auto *generalRows = new QFormLayout(general);
-    generalRows->addRow(lidioma, cidioma);
-    generalRows->addRow(Label1, ctags);
-    generalRows->addRow(opreme);
-    auto *freedbRows = new QFormLayout(freedb);
-    freedbRows->addRow(lserver, tserver);
-    freedbRows->addRow(lmail, tmail);
+    auto *generalRows = new QFormLayout(m_general);
+    generalRows->addRow(m_languageLabel, m_language);
+    generalRows->addRow(m_modeLabel, m_mode);
+    generalRows->addRow(m_remember);
+    auto *freedbRows = new QFormLayout(m_freedb);
+    freedbRows->addRow(m_serverLabel, m_server);
+    freedbRows->addRow(m_mailLabel, m_mail);
     auto *updateRow = new QHBoxLayout(m_update);
-    updateRow->addWidget(upd);
+    updateRow->addWidget(m_checkVersion);
     updateRow->addStretch();
     for (QFormLayout *rows : {generalRows, freedbRows})
         rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
 
     auto *page = made<QWidget>("firstPage", m_pages);
     auto *rows = new QVBoxLayout(page);
-    rows->addWidget(general);
-    rows->addWidget(freedb);
+    rows->addWidget(m_general);
+    rows->addWidget(m_freedb);
     rows->addWidget(m_update);
     rows->addStretch();
     return page;
@@ -127,28 +126,28 @@ void opciones::createLayout()
 void opciones::load()
 {
     Settings &settings = m_program.settings;
-    // Another instance may have saved since. What can't be read stays as this one knows it.
+    // Another instance may have saved since. If reading fails, this one keeps what it knows.
     std::ignore = settings.reload();
     const QString code = settings.read(settingskey::Idioma);
     const QString language = code.isEmpty() ? QStringLiteral("english") : languageNameFromCode(code);
     if (!language.isEmpty())
-        cidioma->setCurrentText(language);
+        m_language->setCurrentText(language);
     m_further->show(FurtherOptions::restored(settings));
     changeLanguage();
     if (const QString remembers = settings.read(settingskey::Recuerda);
         remembers == QStringLiteral("si") || remembers == QStringLiteral("no"))
-        opreme->setChecked(remembers == QStringLiteral("si"));
+        m_remember->setChecked(remembers == QStringLiteral("si"));
     if (const QString server = settings.read(settingskey::Servidor); !server.isEmpty())
-        tserver->setText(server);
+        m_server->setText(server);
     if (const QString mail = settings.read(settingskey::Correo); !mail.isEmpty())
-        tmail->setText(mail);
-    tserver->setCursorPosition(0);
-    tmail->setCursorPosition(0);
+        m_mail->setText(mail);
+    m_server->setCursorPosition(0);
+    m_mail->setCursorPosition(0);
 }
 
 void opciones::changeLanguage()
 {
-    speakLanguage(m_program, cidioma->currentText());
+    speakLanguage(m_program, m_language->currentText());
     applyCaptions();
 }
 
@@ -156,11 +155,11 @@ void opciones::applyCaptions()
 {
     const Captions &captions = m_program.captions;
     setWindowTitle(captions.text(Caption::Options));
-    lserver->setText(captions.text(Caption::Server));
-    lidioma->setText(captions.text(Caption::Language));
-    opreme->setText(captions.text(Caption::RememberLastFolder));
+    m_serverLabel->setText(captions.text(Caption::Server));
+    m_languageLabel->setText(captions.text(Caption::Language));
+    m_remember->setText(captions.text(Caption::RememberLastFolder));
     m_update->setTitle(captions.text(Caption::ProgramUpdate));
-    upd->setText(captions.text(Caption::CheckForNewVersion));
+    m_checkVersion->setText(captions.text(Caption::CheckForNewVersion));
     m_ok->setText(captions.text(Caption::Save));
     m_cancel->setText(captions.text(Caption::Cancel));
     for (QPushButton *button : {m_ok, m_cancel})
@@ -168,11 +167,11 @@ void opciones::applyCaptions()
     m_pages->setTabText(0, captions.text(Caption::Options));
     m_pages->setTabText(1, captions.text(Text::TabFurtherOptions));
     m_pages->tabBar()->setAccessibleName(captions.text(Text::NameOptionPages));
-    for (const QLabel *label : {lidioma, Label1, lserver, lmail})
+    for (const QLabel *label : {m_languageLabel, m_modeLabel, m_serverLabel, m_mailLabel})
         label->buddy()->setAccessibleName(label->text());
-    ctags->clear();
+    m_mode->clear();
     for (std::size_t i = 0; i < ModeCaptions.size(); ++i)
-        ctags->addItem(captions.text(ModeCaptions[i]), FirstTagSaveMode + static_cast<int>(i));
+        m_mode->addItem(captions.text(ModeCaptions[i]), FirstTagSaveMode + static_cast<int>(i));
     showStoredMode();
     m_further->applyCaptions();
     adjustSize();
@@ -182,20 +181,20 @@ void opciones::showStoredMode()
 {
     const QString stored = m_program.settings.read(settingskey::Tags);
     const std::optional<int> mode = stored.isEmpty() ? defaults::TagSaveModeShown : tagSaveModeFromText(stored);
-    ctags->setCurrentIndex(mode ? ctags->findData(*mode) : -1);
+    m_mode->setCurrentIndex(mode ? m_mode->findData(*mode) : -1);
 }
 
 void opciones::storeChoices()
 {
     Settings &settings = m_program.settings;
     settings.write(settingskey::Idioma, languageCodeFromName(m_program.captions.languageName()));
-    if (const QVariant mode = ctags->currentData(); mode.isValid()) {
+    if (const QVariant mode = m_mode->currentData(); mode.isValid()) {
         settings.write(settingskey::Tags, QString::number(mode.toInt()));
         m_program.state.tagSaveMode = mode.toInt();
     }
-    settings.write(settingskey::Recuerda, opreme->isChecked() ? QStringLiteral("si") : QStringLiteral("no"));
-    settings.write(settingskey::Servidor, tserver->text());
-    settings.write(settingskey::Correo, tmail->text());
+    settings.write(settingskey::Recuerda, m_remember->isChecked() ? QStringLiteral("si") : QStringLiteral("no"));
+    settings.write(settingskey::Servidor, m_server->text());
+    settings.write(settingskey::Correo, m_mail->text());
     m_program.state.options = m_further->choices();
     m_program.state.options.store(settings);
 }

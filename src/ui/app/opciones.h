@@ -16,22 +16,22 @@ namespace ravlin {
 class furtheroptions;
 struct Program;
 
-/// The options dialog: what the interface speaks, which tags a save writes, whether the last folder is opened again,
-/// and how a CD database is asked; on a second page what furtheroptions has. It reads the settings when it is made and
-/// writes them when it is accepted (button ok). Its button upd opens the window that looks for a new version.
+/// The options dialog: the interface's language, which tags a save writes, whether the last folder is opened again, and
+/// the CD database's server; furtheroptions is its second page. Reads the settings when it is made and writes them when
+/// it is accepted (button ok). Its button upd opens the window that looks for a new version.
 ///
 /// A choice of language takes effect at once, for this dialog's own texts and for windows that apply their captions
-/// later; without ok it lasts until the program ends. The tag-save mode shown is then the stored one again.
+/// later; without ok it lasts until the program ends. It resets the shown tag-save mode to the stored one.
 class opciones : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// Reads the settings anew. program outlives the dialog.
+    /// Reads the settings' file again. program outlives the dialog.
     explicit opciones(Program &program, QWidget *parent = nullptr);
 
-    /// Writes the choices into the settings and puts them in force. When the settings' file can't be written a box
-    /// tells so; the choices are in force all the same, and the program tries again when it ends.
+    /// Writes the choices into the settings and applies them. If the settings' file can't be written, a box says so;
+    /// the choices apply all the same, and the program tries again when it ends.
     void accept() override;
 
 private:
@@ -49,21 +49,21 @@ private:
     Program &m_program;
     QTabWidget *m_pages = nullptr;
     furtheroptions *m_further = nullptr;
-    QGroupBox *general = nullptr;
-    QLabel *lidioma = nullptr;
-    QComboBox *cidioma = nullptr;
-    QLabel *Label1 = nullptr;
-    QComboBox *ctags = nullptr;
-    QCheckBox *opreme = nullptr;
-    QGroupBox *freedb = nullptr;
-    QLabel *lserver = nullptr;
-    QLineEdit *tserver = nullptr;
-    QLabel *lmail = nullptr;
-    QLineEdit *tmail = nullptr;
-    QGroupBox *m_update = nullptr; ///< update
-    QPushButton *upd = nullptr;
-    QPushButton *m_ok = nullptr;     ///< ok
-    QPushButton *m_cancel = nullptr; ///< cancel
+    QGroupBox *m_general = nullptr;
+    QLabel *m_languageLabel = nullptr;
+    QComboBox *m_language = nullptr;
+    QLabel *m_modeLabel = nullptr;
+    QComboBox *m_mode = nullptr;
+    QCheckBox *m_remember = nullptr;
+    QGroupBox *m_freedb = nullptr;
+    QLabel *m_serverLabel = nullptr;
+    QLineEdit *m_server = nullptr;
+    QLabel *m_mailLabel = nullptr;
+    QLineEdit *m_mail = nullptr;
+    QGroupBox *m_update = nullptr;
+    QPushButton *m_checkVersion = nullptr;
+    QPushButton *m_ok = nullptr;
+    QPushButton *m_cancel = nullptr;
 };
 
 } // namespace ravlin

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/principal.h"
 
-#include "core/app/windowlayout.h"
 #include "ui/app/batchpages.h"
 #include "ui/app/commandbar.h"
 #include "ui/app/filecommands.h"
-#include "ui/app/foldercommand.h"
 #include "ui/app/listcontroller.h"
-#include "ui/app/lookupcommand.h"
 #include "ui/app/modetabs.h"
 #include "ui/app/openwindows.h"
 #include "ui/app/program.h"
@@ -45,14 +42,18 @@ namespace ravlin {
 
 namespace {
 
-/// Keys of the window's own in the settings, beside those that all parts share.
+/// The window's own keys in the settings.
 constexpr QStringView GeometryKey = u"window geometry";
 constexpr QStringView SplitterPositionKey = u"splitter Position";
 
+constexpr int SmallestWidth = 6000 / TwipsPerPixel;
+constexpr int PanesMargins = 200 / TwipsPerPixel; ///< both sides of the toolbar and the panes
+constexpr int TabsMargins = 800 / TwipsPerPixel;
+constexpr int SplitterStart = 3800; ///< twips: the bar's centre from the left at the first start
 constexpr int Margin = 6;
 constexpr QSize StartSize(1000, 700);
 
-/// Takes what is dropped without moving it: the program that it comes from keeps its files.
+/// Accepts a drop without moving files: the program that they come from keeps them.
 void acceptWithoutMoving(QDropEvent *event)
 {
     if (event->possibleActions() & Qt::CopyAction)
@@ -72,7 +73,7 @@ principal::principal(Program &program)
 {
     setObjectName(QStringLiteral("principal"));
     setWindowTitle(QStringLiteral("ravlin!"));
-    setMinimumWidth(windowlayout::MinimumWidth);
+    setMinimumWidth(SmallestWidth);
     setAcceptDrops(true);
     setCentralWidget(m_area);
     createToolbar();
@@ -90,105 +91,103 @@ principal::principal(Program &program)
     m_program.state.options = FurtherOptions::restored(m_program.settings);
     applyOptions();
     restoreWindow();
-    ListView1->setFocus();
+    m_list->setFocus();
 }
 
 principal::~principal() = default;
 
 void principal::createToolbar()
 {
-    tb = new Toolbar(this, m_area);
-    tb->setObjectName(QStringLiteral("tb"));
-    m_options =
-        tb->addButton(16, {Caption::Options, QStringLiteral("settings"), QKeySequence(Qt::CTRL | Qt::Key_Comma)});
-    m_info =
-        tb->addEndButton(QStringLiteral("info"), {Caption::Info, QStringLiteral("info"), QKeySequence(Qt::Key_F1)});
+    m_toolbar = new Toolbar(this, m_area);
+    m_toolbar->setObjectName(QStringLiteral("tb"));
+    m_options = m_toolbar->addButton(
+        16, {Caption::Options, QStringLiteral("settings"), QKeySequence(Qt::CTRL | Qt::Key_Comma)});
+    m_info = m_toolbar->addEndButton(
+        QStringLiteral("info"), {Caption::Info, QStringLiteral("info"), QKeySequence(Qt::Key_F1)});
 }
 
 void principal::createPanes()
 {
-    sp2 = new SplitPanel(m_area);
-    sp2->setObjectName(QStringLiteral("sp2"));
-    folder = new FolderTree(sp2);
-    folder->setObjectName(QStringLiteral("folder"));
-    ListView1 = new FileList(sp2);
-    ListView1->setObjectName(QStringLiteral("ListView1"));
-    sp2->setFirstPanel(folder);
-    sp2->setSecondPanel(ListView1);
-    sp2->setPosition(windowlayout::SplitterStart);
-    sbStatusBar = new StatusPanels(this);
-    setStatusBar(sbStatusBar);
-    m_lister = new ListController(m_program, *ListView1, *sbStatusBar, *m_busy, this);
+    m_splitter = new SplitPanel(m_area);
+    m_splitter->setObjectName(QStringLiteral("sp2"));
+    m_tree = new FolderTree(m_splitter);
+    m_tree->setObjectName(QStringLiteral("folder"));
+    m_list = new FileList(m_splitter);
+    m_list->setObjectName(QStringLiteral("ListView1"));
+    m_splitter->setFirstPanel(m_tree);
+    m_splitter->setSecondPanel(m_list);
+    m_splitter->setPosition(SplitterStart);
+    m_statusPanels = new StatusPanels(this);
+    setStatusBar(m_statusPanels);
+    m_lister = new ListController(m_program, *m_list, *m_statusPanels, *m_busy, this);
 }
 
 void principal::createPages()
 {
-    m_services = new WindowServices(m_program.state, *ListView1, *m_lister, *m_busy, this);
-    tabs = new ModeTabs(m_area);
-    tabs->setObjectName(QStringLiteral("tabs"));
-    m_singleFilePage = new SingleFilePage(m_program.pageContext(*m_services), tabs);
-    tabs->addPage(m_singleFilePage, Caption::SingleFileTab, Caption::SingleFileTip,
+    m_services = new WindowServices(m_program.state, *m_list, *m_lister, *m_busy, this);
+    m_tabs = new ModeTabs(m_area);
+    m_tabs->setObjectName(QStringLiteral("tabs"));
+    m_singleFilePage = new SingleFilePage(m_program.pageContext(*m_services), m_tabs);
+    m_tabs->addPage(m_singleFilePage, Caption::SingleFileTab, Caption::SingleFileTip,
         [this] { m_singleFilePage->applyCaptions(); });
-    m_batchPages = new BatchPages(m_program, *m_services, *tabs, *ListView1, this);
+    m_batchPages = new BatchPages(m_program, *m_services, *m_tabs, *m_list, this);
     m_area->installEventFilter(this);
-    for (QLineEdit *edit : tabs->findChildren<QLineEdit *>())
+    for (QLineEdit *edit : m_tabs->findChildren<QLineEdit *>())
         edit->installEventFilter(this);
 }
 
 void principal::createCommands()
 {
-    m_dialogs = new ProgramDialogs(m_program, this);
-    m_fileCommands = new FileCommands({m_program, *m_lister, *ListView1, *folder, *sbStatusBar, *m_busy, this}, this);
-    m_fileCommands->setLastTag([this] { return lastTag(); });
-    auto *folderCommand = new FolderCommand(m_program, *m_services, *folder, *ListView1, this);
-    auto *lookup = new LookupCommand(m_program, *m_services, *ListView1, this);
-    m_commandBar = new CommandBar(
-        {m_program, *tb, *ListView1, *folder, *m_lister, this}, *m_fileCommands, *folderCommand, *lookup);
+    const WindowParts parts{
+        m_program, this, *m_toolbar, *m_tree, *m_list, *m_statusPanels, *m_busy, *m_lister, *m_services};
+    m_dialogs = new ProgramDialogs(parts);
+    m_fileCommands = new FileCommands(parts, [this] { return lastTag(); });
+    m_commandBar = new CommandBar(parts, *m_fileCommands, *m_dialogs);
     m_commandBar->addToListMenu(m_options);
-    connect(m_commandBar, &CommandBar::patternsEdited, m_batchPages, &BatchPages::refreshPatterns);
+    connect(m_dialogs, &ProgramDialogs::patternsEdited, m_batchPages, &BatchPages::refreshPatterns);
     connect(m_batchPages, &BatchPages::finished, m_fileCommands, &FileCommands::ended);
 }
 
-/// The tag that was read last: of the file on the page or, when none was shown since the listing, of the last one
-/// listed.
+/// The tag that was read last: that of the file on the page or, if the page has shown none since the listing, that of
+/// the last listed file.
 TagRecord principal::lastTag() const
 {
     if (m_singleFilePage->isShowingFile())
         return m_singleFilePage->shownRecord();
     TagRecord record;
-    std::ignore = m_program.tagStore.ReadTag(m_lister->pathOfRow(ListView1->rowCount() - 1), record);
+    std::ignore = m_program.tagStore.ReadTag(m_lister->pathOfRow(m_list->rowCount() - 1), record);
     return record;
 }
 
 void principal::connectParts()
 {
-    connect(folder, &FolderTree::pathChanged, m_lister, &ListController::openFolder);
-    connect(folder, &FolderTree::listTreeRequested, m_lister, &ListController::ListFolderTree);
+    connect(m_tree, &FolderTree::pathChanged, m_lister, &ListController::openFolder);
+    connect(m_tree, &FolderTree::listTreeRequested, m_lister, &ListController::ListFolderTree);
     connect(m_lister, &ListController::listed, m_singleFilePage, &SingleFilePage::reset);
     connect(m_lister, &ListController::listed, this, [this] { m_isPageBehind = false; });
-    connect(tabs, &QTabWidget::currentChanged, this, &principal::catchUpPage);
-    connect(ListView1, &FileList::itemSelected, this, &principal::showCurrentFile);
-    connect(ListView1->selectionModel(), &QItemSelectionModel::selectionChanged, m_singleFilePage,
+    connect(m_tabs, &QTabWidget::currentChanged, this, &principal::catchUpPage);
+    connect(m_list, &FileList::itemSelected, this, &principal::showCurrentFile);
+    connect(m_list->selectionModel(), &QItemSelectionModel::selectionChanged, m_singleFilePage,
         &SingleFilePage::selectionChanged);
     connect(m_batchPages, &BatchPages::finished, this, &principal::showCurrentFile);
-    connect(ListView1, &FileList::rightClicked, this, [this] { tabs->setCurrentIndex(0); });
-    connect(ListView1, &FileList::fileActivated, this, &principal::activateFile);
+    connect(m_list, &FileList::rightClicked, this, [this] { m_tabs->setCurrentIndex(0); });
+    connect(m_list, &FileList::fileActivated, this, &principal::activateFile);
     connect(m_options, &QAction::triggered, m_dialogs, &ProgramDialogs::openOptions);
     connect(m_info, &QAction::triggered, m_dialogs, &ProgramDialogs::openAbout);
     connect(m_dialogs, &ProgramDialogs::optionsClosed, this, &principal::applyOptions);
 }
 
-/// As the eye goes, from the toolbar down to the pages.
+/// From the toolbar down to the pages.
 void principal::setTabOrder()
 {
-    auto *bar = sp2->findChild<QWidget *>(QStringLiteral("pbSplit"));
-    const std::vector<QToolButton *> buttons = tb->buttons();
+    auto *bar = m_splitter->findChild<QWidget *>(QStringLiteral("pbSplit"));
+    const std::vector<QToolButton *> buttons = m_toolbar->buttons();
     for (size_t next = 1; next < buttons.size(); ++next)
         QWidget::setTabOrder(buttons[next - 1], buttons[next]);
-    QWidget::setTabOrder(buttons.back(), folder);
-    QWidget::setTabOrder(folder, bar);
-    QWidget::setTabOrder(bar, ListView1);
-    QWidget::setTabOrder(ListView1, tabs->tabBar());
+    QWidget::setTabOrder(buttons.back(), m_tree);
+    QWidget::setTabOrder(m_tree, bar);
+    QWidget::setTabOrder(bar, m_list);
+    QWidget::setTabOrder(m_list, m_tabs->tabBar());
 }
 
 void principal::chooseTagSaveMode()
@@ -197,10 +196,10 @@ void principal::chooseTagSaveMode()
     m_program.state.tagSaveMode = mode.value_or(DefaultTagSaveMode);
 }
 
-/// What the options dialog may have changed.
+/// Applies what the options dialog may have changed.
 void principal::applyOptions()
 {
-    ListView1->setHiddenColumns(hiddenColumnsFromText(m_program.state.options.hiddenColumns));
+    m_list->setHiddenColumns(hiddenColumnsFromText(m_program.state.options.hiddenColumns));
     applyCaptions();
 }
 
@@ -209,14 +208,14 @@ void principal::chooseAtFirstRun()
     m_dialogs->chooseAtFirstRun();
 }
 
-/// What a double click does.
+/// Does what a double click is set to do.
 void principal::activateFile(int row)
 {
     if (m_program.state.options.doubleClick == DoubleClick::Open) {
         QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row)));
         return;
     }
-    tabs->setCurrentWidget(m_singleFilePage);
+    m_tabs->setCurrentWidget(m_singleFilePage);
     m_singleFilePage->startEditing();
 }
 
@@ -228,7 +227,7 @@ void principal::restoreWindow()
     const QString position = m_program.settings.read(SplitterPositionKey);
     bool isNumber = false;
     if (const int twips = position.toInt(&isNumber); isNumber)
-        sp2->setPosition(twips);
+        m_splitter->setPosition(twips);
 }
 
 void principal::openAtStart(const QString &folderOfCommandLine)
@@ -242,21 +241,22 @@ void principal::openAtStart(const QString &folderOfCommandLine)
 
 void principal::openFolder(const QString &path)
 {
-    folder->setPath(path);
+    m_tree->setPath(path);
 }
 
 void principal::showCurrentFile()
 {
     m_lister->showCurrentRow();
-    m_isPageBehind = tabs->currentWidget() != m_singleFilePage;
+    m_isPageBehind = m_tabs->currentWidget() != m_singleFilePage;
     if (!m_isPageBehind)
         m_singleFilePage->ShowCurrent();
 }
 
-/// The page must not offer to save one file's tag into another that was chosen while it was out of sight.
+/// Makes the page follow the current row once it is visible again. Otherwise it would offer to save one file's tag into
+/// another.
 void principal::catchUpPage()
 {
-    if (tabs->currentWidget() == m_singleFilePage && std::exchange(m_isPageBehind, false))
+    if (m_tabs->currentWidget() == m_singleFilePage && std::exchange(m_isPageBehind, false))
         m_singleFilePage->ShowCurrent();
 }
 
@@ -264,46 +264,46 @@ void principal::applyCaptions()
 {
     const Captions &captions = m_program.captions;
     for (size_t column = 0; column < ColumnCaptions.size(); ++column)
-        ListView1->setHeaderText(static_cast<ListColumn>(column), captions.text(ColumnCaptions[column]));
-    tb->applyCaptions(captions);
+        m_list->setHeaderText(static_cast<ListColumn>(column), captions.text(ColumnCaptions[column]));
+    m_toolbar->applyCaptions(captions);
     m_commandBar->applyCaptions();
-    tabs->applyCaptions(captions);
+    m_tabs->applyCaptions(captions);
     m_waitWindow->setWindowTitle(captions.text(Text::TitleWaiting));
     m_waitWindow->setStopText(captions.text(Caption::Cancel));
     m_lister->showCurrentRow();
     applyNames();
 }
 
-/// What assistive tools call the parts that bear no text.
+/// Names the parts without a text for assistive tools.
 void principal::applyNames()
 {
     const Captions &captions = m_program.captions;
-    folder->setAccessibleName(captions.text(Text::NameFolders));
-    sp2->setBarAccessibleName(captions.text(Text::NameSplitter));
-    ListView1->setAccessibleName(captions.text(Caption::FileList));
-    sbStatusBar->setAccessibleName(captions.text(Text::NameStatusBar));
+    m_tree->setAccessibleName(captions.text(Text::NameFolders));
+    m_splitter->setBarAccessibleName(captions.text(Text::NameSplitter));
+    m_list->setAccessibleName(captions.text(Caption::FileList));
+    m_statusPanels->setAccessibleName(captions.text(Text::NameStatusBar));
 }
 
-/// The parts' places: the toolbar on top, the pages at the foot with the height that they need, the panes between them.
+/// Places the toolbar on top, the pages at the foot with the height that they need, the panes between them.
 void principal::placeParts()
 {
     const int width = m_area->width();
-    const int panes = windowlayout::panesWidth(width);
+    const int panes = width - PanesMargins;
     const int left = (width - panes) / 2;
-    const int toolbarHeight = tb->sizeHint().height();
-    tb->setGeometry(left, 0, panes, toolbarHeight);
-    const int tabsWidth = windowlayout::tabsWidth(width);
-    const int tabsHeight = std::min(tabs->sizeHint().height(), (m_area->height() - toolbarHeight) / 2);
+    const int toolbarHeight = m_toolbar->sizeHint().height();
+    m_toolbar->setGeometry(left, 0, panes, toolbarHeight);
+    const int tabsWidth = width - TabsMargins;
+    const int tabsHeight = std::min(m_tabs->sizeHint().height(), (m_area->height() - toolbarHeight) / 2);
     const int tabsTop = m_area->height() - tabsHeight - Margin;
-    tabs->setGeometry((width - tabsWidth) / 2, tabsTop, tabsWidth, tabsHeight);
-    sp2->setGeometry(left, toolbarHeight, panes, std::max(0, tabsTop - toolbarHeight - Margin));
+    m_tabs->setGeometry((width - tabsWidth) / 2, tabsTop, tabsWidth, tabsHeight);
+    m_splitter->setGeometry(left, toolbarHeight, panes, std::max(0, tabsTop - toolbarHeight - Margin));
 }
 
 bool principal::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_area && (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest))
         placeParts();
-    // A text box would take a dropped file's address as text; passed over, the window gets it.
+    // A text box would take a dropped file's address as text. Ignored there, the drop reaches the window.
     if (event->type() == QEvent::DragEnter && watched != m_area) {
         auto *drag = static_cast<QDragEnterEvent *>(event);
         if (drag->mimeData()->hasUrls()) {
@@ -314,7 +314,7 @@ bool principal::eventFilter(QObject *watched, QEvent *event)
     return QMainWindow::eventFilter(watched, event);
 }
 
-/// The folder that was dropped, or that the dropped file is in; empty for anything else.
+/// The dropped folder, or the folder of the dropped file; empty for anything else.
 QString principal::droppedFolder(const QDropEvent *event) const
 {
     const QString path = event->mimeData()->urls().value(0).toLocalFile();
@@ -341,7 +341,7 @@ void principal::dropEvent(QDropEvent *event)
     if (path.isEmpty())
         return;
     acceptWithoutMoving(event);
-    // The drag's source waits for the end of this event, the folder is read afterwards.
+    // The drag's source waits until this event ends, so read the folder afterwards.
     QTimer::singleShot(0, this, [this, path] { openFolder(path); });
 }
 
@@ -359,8 +359,8 @@ void principal::saveSettings()
     m_batchPages->storeChoices();
     m_program.choices.store(settings);
     settings.write(GeometryKey, QString::fromLatin1(saveGeometry().toBase64()));
-    settings.write(SplitterPositionKey, QString::number(sp2->position()));
-    // Nobody is left to be told when the settings can't be saved; the file is then as it was.
+    settings.write(SplitterPositionKey, QString::number(m_splitter->position()));
+    // Nobody is left to see an error. If saving fails, the file stays as it was.
     std::ignore = settings.save();
 }
 

@@ -27,21 +27,20 @@ struct Program;
 struct TagRecord;
 
 /// The main window: folder tree and file list in a splitter, the toolbar above them, the working modes' pages below,
-/// the status bar at the foot. It makes the parts, connects them and gives them their places; what they do is theirs.
+/// the status bar at the foot. Makes the parts, connects and places them; the parts do the work.
 class principal : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /// Restores what the settings remember, and shows the texts of the stored language. program outlives the window.
+    /// Restores what the settings hold, and shows the texts of the stored language. program outlives the window.
     explicit principal(Program &program);
     ~principal() override;
 
-    /// On the very first run, while no tag-save mode was ever chosen, asks for one by the options dialog. Returns once
-    /// it is closed; to be called before the window is shown.
+    /// On the very first run, when no tag-save mode was ever chosen, opens the options dialog to choose one. Returns
+    /// once it is closed. Call it before the window is shown.
     void chooseAtFirstRun();
-    /// Opens the folder that the command line named, or, without one, the last one if the user asked for it to be
-    /// remembered.
+    /// Opens the folder that the command line names or, if it is empty and the user has chosen so, the last one.
     void openAtStart(const QString &folderOfCommandLine);
     /// Puts the current language's texts on everything.
     void applyCaptions();
@@ -78,14 +77,14 @@ private:
     esperate *m_waitWindow = nullptr;
     Busy *m_busy = nullptr;
     QWidget *m_area = nullptr;
-    Toolbar *tb = nullptr;
+    Toolbar *m_toolbar = nullptr;
     QAction *m_options = nullptr;
     QAction *m_info = nullptr;
-    SplitPanel *sp2 = nullptr;
-    FolderTree *folder = nullptr;
-    FileList *ListView1 = nullptr;
-    ModeTabs *tabs = nullptr;
-    StatusPanels *sbStatusBar = nullptr;
+    SplitPanel *m_splitter = nullptr;
+    FolderTree *m_tree = nullptr;
+    FileList *m_list = nullptr;
+    ModeTabs *m_tabs = nullptr;
+    StatusPanels *m_statusPanels = nullptr;
     ListController *m_lister = nullptr;
     WindowServices *m_services = nullptr;
     SingleFilePage *m_singleFilePage = nullptr;
@@ -93,7 +92,7 @@ private:
     ProgramDialogs *m_dialogs = nullptr;
     FileCommands *m_fileCommands = nullptr;
     CommandBar *m_commandBar = nullptr;
-    bool m_isPageBehind = false; ///< another row was clicked while the single-file page was out of sight
+    bool m_isPageBehind = false; ///< another row was clicked while the single-file page was hidden
 };
 
 } // namespace ravlin

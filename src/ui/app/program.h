@@ -12,7 +12,17 @@
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/pagecontext.h"
 
+class QWidget;
+
 namespace ravlin {
+
+class Busy;
+class FileList;
+class FolderTree;
+class ListController;
+class PageOwner;
+class StatusPanels;
+class Toolbar;
 
 /// What lives for the whole run. Made once, in main(), and passed by reference; used by the interface thread, and by
 /// the one operation that it waits for.
@@ -34,8 +44,22 @@ struct Program
     }
 };
 
-/// Makes a language the one of the interface, by its name; one that is none changes nothing but the name. Windows show
-/// it when they next apply their captions.
+/// The main window and its parts, for whatever acts on several of them. All outlive it.
+struct WindowParts
+{
+    Program &program;
+    QWidget *window;
+    Toolbar &toolbar;
+    FolderTree &tree;
+    FileList &list;
+    StatusPanels &status;
+    Busy &busy;
+    ListController &lister;
+    PageOwner &owner;
+};
+
+/// Makes the interface speak a language, by its name; an unknown name changes nothing but the name. Windows show it
+/// when they next apply their captions.
 inline void speakLanguage(Program &program, const QString &languageName)
 {
     program.captions.setLanguageName(languageName);

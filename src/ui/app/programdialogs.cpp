@@ -1,32 +1,32 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/programdialogs.h"
 
+#include "core/app/pageowner.h"
 #include "ui/app/opciones.h"
-#include "ui/app/program.h"
+#include "ui/files/filelist.h"
+#include "ui/naming/patterneditor.h"
+#include "ui/online/freedb.h"
 
 namespace ravlin {
 
 namespace {
 
-bool raise(QDialog *dialog)
+bool raise(QWidget *window)
 {
-    if (dialog == nullptr)
+    if (window == nullptr)
         return false;
-    dialog->raise();
-    dialog->activateWindow();
+    window->raise();
+    window->activateWindow();
     return true;
 }
 
 } // namespace
 
-ProgramDialogs::ProgramDialogs(Program &program, QWidget *window)
-    : QObject(window), m_program(program), m_window(window)
-{
-}
+ProgramDialogs::ProgramDialogs(const WindowParts &parts) : QObject(parts.window), m_parts(parts) {}
 
 opciones *ProgramDialogs::createOptions()
 {
-    auto *dialog = new opciones(m_program, m_window);
+    auto *dialog = new opciones(m_parts.program, m_parts.window);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::finished, this, &ProgramDialogs::optionsClosed);
     m_options = dialog;
@@ -35,7 +35,7 @@ opciones *ProgramDialogs::createOptions()
 
 void ProgramDialogs::chooseAtFirstRun()
 {
-    if (m_program.settings.read(settingskey::Tags).isEmpty())
+    if (m_parts.program.settings.read(settingskey::Tags).isEmpty())
         createOptions()->exec();
 }
 
@@ -49,9 +49,34 @@ void ProgramDialogs::openAbout()
 {
     if (raise(m_about))
         return;
-    m_about = new frmAbout(m_program.captions, m_window, m_openAddress);
+    m_about = new frmAbout(m_parts.program.captions, m_parts.window, m_openAddress);
     m_about->setAttribute(Qt::WA_DeleteOnClose);
     m_about->open();
+}
+
+void ProgramDialogs::openPatterns()
+{
+    if (raise(m_patterns))
+        return;
+    m_patterns = new PatternEditor(m_parts.program.settings, m_parts.program.captions, m_parts.window);
+    m_patterns->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_patterns, &QDialog::accepted, this, &ProgramDialogs::patternsEdited);
+    m_patterns->open();
+}
+
+void ProgramDialogs::openLookup()
+{
+    if (raise(m_lookup) || m_parts.owner.selectedCount() == 0)
+        return;
+    Program &program = m_parts.program;
+    const auto firstArtist = [&list = m_parts.list] {
+        return list.rowCount() == 0 ? QString() : columnText(list.rows().rowAt(0), ListColumn::Artist);
+    };
+    m_lookup = new freedb({m_parts.owner, program.state, program.tagStore, program.captions, program.settings,
+                              firstArtist, program.fileSystem},
+        m_parts.window);
+    m_lookup->setAttribute(Qt::WA_DeleteOnClose);
+    m_lookup->show();
 }
 
 } // namespace ravlin

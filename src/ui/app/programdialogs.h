@@ -2,47 +2,50 @@
 #pragma once
 
 #include "ui/app/frmabout.h"
+#include "ui/app/program.h"
 
 #include <QObject>
 #include <QPointer>
 
-class QWidget;
-
 namespace ravlin {
 
 class opciones;
-struct Program;
 
-/// Opens the dialogs that belong to the program as a whole, over the main window: options and about box.
+/// Opens the windows over the main window, each once: options, about box, saved patterns and the lookup of discs.
 class ProgramDialogs : public QObject
 {
     Q_OBJECT
 
 public:
-    /// program outlives this.
-    ProgramDialogs(Program &program, QWidget *window);
+    explicit ProgramDialogs(const WindowParts &parts);
 
-    /// Opens the options, if no tag-save mode was ever chosen, and returns once they are closed. Made for the start.
+    /// Opens the options if no tag-save mode was ever chosen, and returns once they are closed. Meant for the start.
     void chooseAtFirstRun();
-    /// Opens a dialog, or brings it to the front, and returns at once.
+    /// Opens a window, or brings it to the front, and returns at once.
     void openOptions();
     void openAbout();
+    void openPatterns();
+    /// Opens the lookup of discs for the selected files; does nothing while none is selected.
+    void openLookup();
 
-    /// Who opens the about box's addresses; the system at first.
+    /// Opens the about box's addresses; the system at first.
     void setOpenAddress(frmAbout::OpenAddress open) { m_openAddress = std::move(open); }
 
 Q_SIGNALS:
-    /// The options were closed: language, columns and the like may be others now.
+    /// The options were closed: language, columns and the like may have changed.
     void optionsClosed();
+    /// The saved patterns were edited: boxes that offer them have to show them anew.
+    void patternsEdited();
 
 private:
     opciones *createOptions();
 
-    Program &m_program;
-    QWidget *m_window;
+    WindowParts m_parts;
     frmAbout::OpenAddress m_openAddress = &frmAbout::openBySystem;
     QPointer<QDialog> m_options;
     QPointer<QDialog> m_about;
+    QPointer<QDialog> m_patterns;
+    QPointer<QWidget> m_lookup;
 };
 
 } // namespace ravlin

@@ -20,11 +20,11 @@ ElidedLabel *panel(QWidget *parent, const QString &name)
 } // namespace
 
 StatusPanels::StatusPanels(QWidget *parent)
-    : QStatusBar(parent), panel1(panel(this, QStringLiteral("panel1"))), panel2(panel(this, QStringLiteral("panel2")))
+    : QStatusBar(parent), m_count(panel(this, QStringLiteral("panel1"))), m_path(panel(this, QStringLiteral("panel2")))
 {
     setObjectName(QStringLiteral("sbStatusBar"));
-    addWidget(panel1, 1);
-    addWidget(panel2, 5);
+    addWidget(m_count, 1);
+    addWidget(m_path, 5);
 }
 
 void StatusPanels::showPassing(const QString &text)
@@ -34,8 +34,8 @@ void StatusPanels::showPassing(const QString &text)
 
 void StatusPanels::setTexts(const QString &count, const QString &path)
 {
-    panel1->setFullText(count);
-    panel2->setFullText(path);
+    m_count->setFullText(count);
+    m_path->setFullText(path);
 }
 
 } // namespace ravlin

@@ -17,12 +17,12 @@ public:
     explicit StatusPanels(QWidget *parent = nullptr);
 
     void setTexts(const QString &count, const QString &path);
-    /// Shows a text in place of the panels for a few seconds.
+    /// Shows a text instead of the panels for a few seconds.
     void showPassing(const QString &text);
 
 private:
-    ElidedLabel *panel1;
-    ElidedLabel *panel2;
+    ElidedLabel *m_count;
+    ElidedLabel *m_path;
 };
 
 } // namespace ravlin

@@ -2,7 +2,7 @@
 #include "ui/controls/conversionbox.h"
 
 #include "core/app/idiomas.h"
-#include "ui/controls/wheelguard.h"
+#include "ui/controls/making.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -6,12 +6,15 @@
 
 #include <utility>
 
+class QComboBox;
+class QObject;
 class QPushButton;
 class QWidget;
 
+/// What windows and pages do to controls when they make them.
 namespace ravlin {
 
-/// A new control that is found under this name; parent owns it. arguments are what its constructor takes besides.
+/// A new control with this object name, owned by parent. Its constructor gets the arguments, then parent.
 template <typename Control, typename... Arguments>
 Control *made(const char *name, QWidget *parent, Arguments &&...arguments)
 {
@@ -20,11 +23,19 @@ Control *made(const char *name, QWidget *parent, Arguments &&...arguments)
     return control;
 }
 
-/// Lets the Tab key go through these controls in this order.
+/// Makes the Tab key go through these controls in this order.
 void tabThrough(const QList<QWidget *> &controls);
 
-/// Gives a button that starts something a bit more room beside its text than the style does. To be called when the text
-/// has changed.
+/// Gives a button that starts something a bit more room beside its text than the style does. Call it again when the
+/// text has changed.
 void makeRoomy(QPushButton *button);
+
+/// Keeps the mouse wheel from changing a drop-down list that merely lies under the pointer: the wheel turns a list only
+/// if it has the keyboard focus, and otherwise scrolls what is around it.
+void guardAgainstWheel(QComboBox *list);
+
+/// Makes Shift+F10 open the context menu of the control with the keyboard focus, in every window of the program, as the
+/// menu key does. Keyboards without a menu key rely on it. The filter lives as long as application.
+void openContextMenusByKey(QObject *application);
 
 } // namespace ravlin

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/files/filelist.h"
 
+#include "core/controls/splitlayout.h"
 #include "ui/controls/rowdrag.h"
 #include "ui/files/elidedtips.h"
 

@@ -3,7 +3,6 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
-#include "core/app/selectionhint.h"
 #include "core/naming/extraction.h"
 #include "core/naming/placeholders.h"
 #include "core/tags/store/tagstore.h"

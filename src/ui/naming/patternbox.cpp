@@ -2,7 +2,7 @@
 #include "ui/naming/patternbox.h"
 
 #include "core/app/settings.h"
-#include "ui/controls/wheelguard.h"
+#include "ui/controls/making.h"
 
 #include <QLineEdit>
 

@@ -3,7 +3,6 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
-#include "core/app/selectionhint.h"
 #include "core/files/operations/undo.h"
 #include "core/files/renaming/filerenaming.h"
 #include "core/naming/placeholders.h"

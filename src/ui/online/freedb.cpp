@@ -2,8 +2,8 @@
 #include "ui/online/freedb.h"
 
 #include "core/app/idiomas.h"
-#include "core/app/options.h"
 #include "core/app/pageowner.h"
+#include "core/app/programstate.h"
 #include "core/app/settings.h"
 #include "core/online/cddb/disclookup.h"
 #include "ui/controls/icons.h"

@@ -3,7 +3,6 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
-#include "core/app/selectionhint.h"
 #include "core/naming/multiedit.h"
 #include "core/naming/sessionchoices.h"
 #include "core/tags/store/tageditor.h"
@@ -11,7 +10,6 @@
 #include "ui/controls/conversionbox.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
-#include "ui/controls/wheelguard.h"
 #include "ui/tags/digitsedit.h"
 
 #include <QCheckBox>

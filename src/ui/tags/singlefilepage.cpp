@@ -10,7 +10,6 @@
 #include "ui/controls/elidedlabel.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
-#include "ui/controls/wheelguard.h"
 #include "ui/tags/digitsedit.h"
 #include "ui/tags/streampanel.h"
 

@@ -2,7 +2,7 @@
 // Where the user guide is found: beside the program or where the system keeps documentation, in the language that is
 // spoken.
 
-#include "core/app/guide.h"
+#include "core/app/idiomas.h"
 
 #include <QDir>
 #include <QFile>

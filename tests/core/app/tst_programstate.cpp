@@ -1,42 +1,159 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of the shared state: its values at the start, and that a tag-save mode is exactly one digit from 1 to 5.
+// What the program works with during one run. The shared state starts with its defaults, and a tag-save mode is exactly
+// one digit from 1 to 5. Options: nothing stored, or nothing known, gives the defaults; only changes are written, so a
+// value that a later version stored is not overwritten. The command line names a folder, or a file whose folder is
+// meant.
 
 #include "core/app/programstate.h"
+#include "core/app/settings.h"
+#include "support/nativepath.h"
 
-#include <QString>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace ravlin;
+using namespace ravlin::test;
 
 class TestProgramState : public QObject
 {
     Q_OBJECT
 
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString path() const { return m_folder->filePath(u"ravlin.ini"_s); }
+    void put(const QByteArray &content) const
+    {
+        QFile file(path());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
+    QByteArray got() const
+    {
+        QFile file(path());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
 private Q_SLOTS:
-    void valuesAtTheStart();
-    void modesAreExactlyOneDigit();
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    void valuesAtTheStart()
+    {
+        const ProgramState state;
+        QCOMPARE(state.tagSaveMode, 2);
+        QCOMPARE(state.currentFolder, QString());
+        QCOMPARE(state.currentFolderAsChosen, QString());
+        QCOMPARE(state.freeMegabytes, 0);
+        QVERIFY(!state.cancelled);
+        QCOMPARE(state.previewMode, PreviewMode::None);
+    }
+
+    void modesAreExactlyOneDigit()
+    {
+        for (int mode = 1; mode <= 5; ++mode)
+            QCOMPARE(tagSaveModeFromText(QString::number(mode)), std::optional(mode));
+        for (const QString &text :
+            {QString(), u"0"_s, u"6"_s, u" 2"_s, u"2 "_s, u"02"_s, u"22"_s, u"-1"_s, u"two"_s, u"٣"_s, u"３"_s, u"²"_s})
+            QVERIFY2(!tagSaveModeFromText(text), qPrintable(text));
+    }
+
+    void anEmptyTextGivesTheDefault()
+    {
+        QCOMPARE(textOrDefault(QString(), u"default"), u"default"_s);
+        QCOMPARE(textOrDefault(u" "_s, u"default"), u" "_s);
+        QCOMPARE(textOrDefault(u"text"_s, u"default"), u"text"_s);
+    }
+
+    void serverAndMailAreTheStoredOnesOrTheDefaults()
+    {
+        Settings settings(path());
+        QCOMPARE(cdServer(settings), defaults::Server.toString());
+        QCOMPARE(cdMail(settings), defaults::Mail.toString());
+        settings.write(settingskey::Servidor, u"cd.example.org"_s);
+        settings.write(settingskey::Correo, u"me@example.org"_s);
+        QCOMPARE(cdServer(settings), u"cd.example.org"_s);
+        QCOMPARE(cdMail(settings), u"me@example.org"_s);
+        settings.write(settingskey::Servidor, QString());
+        QCOMPARE(cdServer(settings), defaults::Server.toString());
+    }
+
+    void nothingStoredGivesTheDefaults()
+    {
+        const FurtherOptions options = FurtherOptions::restored(Settings(path()));
+        QCOMPARE(options.newTagVersion, 3);
+        QVERIFY(!options.keepFileTimes);
+        QCOMPARE(options.doubleClick, DoubleClick::Open);
+        QCOMPARE(options.hiddenColumns, QString());
+        QVERIFY(options == FurtherOptions());
+    }
+
+    void whatIsStoredIsRestored()
+    {
+        const FurtherOptions options{4, true, DoubleClick::Edit, u"track year"_s};
+        {
+            Settings settings(path());
+            options.store(settings);
+            QVERIFY(settings.save());
+        }
+        QCOMPARE(
+            got(), QByteArray("[ini]\ndouble click=edit\nhidden columns=track year\nid3v2 version=4\nkeep times=si\n"));
+        QVERIFY(FurtherOptions::restored(Settings(path())) == options);
+        {
+            Settings settings(path());
+            FurtherOptions().store(settings);
+            QVERIFY(settings.save());
+        }
+        QVERIFY(FurtherOptions::restored(Settings(path())) == FurtherOptions());
+    }
+
+    void theDefaultsAreNotWrittenWhereNothingIsStored()
+    {
+        Settings settings(path());
+        FurtherOptions().store(settings);
+        QVERIFY(settings.save());
+        QVERIFY(!QFile::exists(path()));
+    }
+
+    void whatOnlyALaterVersionKnowsStaysUntilTheUserChooses()
+    {
+        const QByteArray later = "[ini]\nid3v2 version=5\nkeep times=newer only\ndouble click=rate\n";
+        put(later);
+        Settings settings(path());
+        FurtherOptions options = FurtherOptions::restored(settings);
+        QVERIFY(options == FurtherOptions());
+        options.store(settings);
+        QVERIFY(settings.save());
+        QCOMPARE(got(), later);
+        options.newTagVersion = 4;
+        options.store(settings);
+        QVERIFY(settings.save());
+        QCOMPARE(got(), QByteArray("[ini]\nid3v2 version=4\nkeep times=newer only\ndouble click=rate\n"));
+    }
+
+    void aCommandLineNamesAFolder_data()
+    {
+        QTest::addColumn<QString>("commandLine");
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("a folder opens that folder") << QStringLiteral("/Music") << QStringLiteral("/Music");
+        QTest::newRow("a quoted file opens its folder, the separator at the end kept")
+            << QStringLiteral("\"/Music/a.mp3\"") << QStringLiteral("/Music/");
+        QTest::newRow("a file in the root") << QStringLiteral("/a.mp3") << QStringLiteral("/");
+        QTest::newRow("a file name alone is cut to its first character")
+            << QStringLiteral("song.mp3") << QStringLiteral("s");
+        QTest::newRow("upper case") << QStringLiteral("/Music/A.MP3") << QStringLiteral("/Music/");
+        QTest::newRow("a file of another type is taken as a folder")
+            << QStringLiteral("/Music/a.ogg") << QStringLiteral("/Music/a.ogg");
+        QTest::newRow("empty") << QString() << QString();
+        QTest::newRow("a quote alone") << QStringLiteral("\"") << QString();
+    }
+    void aCommandLineNamesAFolder()
+    {
+        QFETCH(QString, commandLine);
+        QFETCH(QString, folder);
+        QCOMPARE(folderOfCommandLine(native(commandLine)), native(folder));
+    }
 };
-
-void TestProgramState::valuesAtTheStart()
-{
-    const ProgramState state;
-    QCOMPARE(state.tagSaveMode, 2);
-    QCOMPARE(state.currentFolder, QString());
-    QCOMPARE(state.currentFolderAsChosen, QString());
-    QCOMPARE(state.freeMegabytes, 0);
-    QVERIFY(!state.cancelled);
-    QCOMPARE(state.previewMode, PreviewMode::None);
-}
-
-void TestProgramState::modesAreExactlyOneDigit()
-{
-    for (int mode = 1; mode <= 5; ++mode)
-        QCOMPARE(tagSaveModeFromText(QString::number(mode)), std::optional(mode));
-    for (const QString &text :
-        {QString(), u"0"_s, u"6"_s, u" 2"_s, u"2 "_s, u"02"_s, u"22"_s, u"-1"_s, u"two"_s, u"٣"_s, u"３"_s, u"²"_s})
-        QVERIFY2(!tagSaveModeFromText(text), qPrintable(text));
-}
 
 QTEST_GUILESS_MAIN(TestProgramState)
 #include "tst_programstate.moc"

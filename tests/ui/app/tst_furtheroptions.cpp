@@ -2,7 +2,7 @@
 // The second page of the options: it shows what is stored, and what the user chooses there is saved with the first page
 // and in force at once.
 
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 #include "core/app/settings.h"
 #include "ui/app/furtheroptions.h"
 #include "ui/app/opciones.h"

@@ -2,7 +2,7 @@
 // The options dialog: what it shows of the settings, how the language changes at once, what save writes and cancel does
 // not.
 
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 #include "core/app/settings.h"
 #include "support/cddbtest.h"
 #include "support/updateserver.h"

@@ -2,7 +2,7 @@
 // Starting and closing the main window: what it takes from the settings and the command line, what it gives back, and
 // in which order it closes.
 
-#include "core/app/commandline.h"
+#include "core/app/programstate.h"
 #include "ui/app/principalfixture.h"
 #include "ui/controls/splitpanel.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/app/idiomas.h"
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 #include "core/app/settings.h"
 #include "core/online/cddb/ufreedb.h"
 #include "support/cddbserver.h"

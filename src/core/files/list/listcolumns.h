@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/files/list/listrow.h"
-#include "core/platform/twips.h"
 
 #include <array>
 #include <bitset>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/cddb/disclookup.h"
 
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 #include "core/online/cddb/playingtimes.h"
 #include "core/online/cddb/ufreedb.h"
 

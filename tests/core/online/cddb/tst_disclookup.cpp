@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Looking up files: they are measured, then their disc is looked up in the order set at that moment. A search replaces
 // this question. Files that do not make a disc are reported and nothing is asked.
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 #include "core/app/settings.h"
 #include "core/online/cddb/disclookup.h"
 #include "core/online/cddb/ufreedb.h"

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/app/options.h"
+#include "core/app/programstate.h"
 
 #include "core/app/settings.h"
+#include "core/platform/path.h"
+
+#include <algorithm>
 
 namespace ravlin {
 
@@ -29,6 +32,16 @@ QString cdMail(const Settings &settings)
     return textOrDefault(settings.read(settingskey::Correo), defaults::Mail);
 }
 
+std::optional<int> tagSaveModeFromText(QStringView text)
+{
+    if (text.size() != 1)
+        return std::nullopt;
+    const int mode = text.front().unicode() - u'0';
+    if (mode < FirstTagSaveMode || mode > LastTagSaveMode)
+        return std::nullopt;
+    return mode;
+}
+
 FurtherOptions FurtherOptions::restored(const Settings &settings)
 {
     FurtherOptions options;
@@ -53,6 +66,16 @@ void FurtherOptions::store(Settings &settings) const
             DoubleClickKey, doubleClick == DoubleClick::Edit ? QStringLiteral("edit") : QStringLiteral("open"));
     if (hiddenColumns != stored.hiddenColumns)
         settings.write(HiddenColumnsKey, hiddenColumns);
+}
+
+QString folderOfCommandLine(const QString &commandLine)
+{
+    QString path = commandLine;
+    if (path.endsWith(u'"'))
+        path = path.mid(1, path.size() - 2);
+    if (!path.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive))
+        return path;
+    return path.left(std::max<qsizetype>(platform::nameStart(path), 1));
 }
 
 } // namespace ravlin

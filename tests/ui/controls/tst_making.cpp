@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: Shift+F10 opens the context menu of the control that has the focus, once, at its cursor; other keys, and
 // the same key with other modifiers, reach the control as ever.
-#include "ui/controls/contextmenukey.h"
+#include "ui/controls/making.h"
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>
@@ -36,7 +36,7 @@ protected:
 
 } // namespace
 
-class TestContextMenuKey : public QObject
+class TestMaking : public QObject
 {
     Q_OBJECT
 
@@ -71,5 +71,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestContextMenuKey)
-#include "tst_contextmenukey.moc"
+QTEST_MAIN(TestMaking)
+#include "tst_making.moc"
