@@ -12,7 +12,7 @@
 
 namespace {
 
-/// The command line as one text, made absolute, since folders are shown by full paths.
+/// The command line as one text, made absolute, because windows show full paths.
 QString commandLine(int argc, char *argv[])
 {
     const QString text = ravlin::platform::commandLineText(argc, argv);
@@ -39,7 +39,7 @@ int main(int argc, char *argv[])
     ravlin::principal window(program);
     window.chooseAtFirstRun();
     window.show();
-    // The window is there before its folder is read.
+    // Show the window before reading its folder.
     const QString opened = ravlin::folderOfCommandLine(commandLine(argc, argv));
     QTimer::singleShot(0, &window, [&window, opened] { window.openAtStart(opened); });
     return QApplication::exec();

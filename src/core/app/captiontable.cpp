@@ -3,9 +3,8 @@
 
 namespace ravlin {
 
-// The spellings are deliberate, the odd ones too ("lenguage", "versionon", "underscores ben
-// espaces", 44's "tag i"). Entries that are equal in text serve different windows and stay
-// separate. Entry 46 is empty on purpose.
+// The spellings are deliberate, the odd ones too ("lenguage", "versionon", "underscores ben espaces", 44's "tag i").
+// Entries with equal texts serve different windows and stay separate. Entry 46 is empty on purpose.
 // clang-format off
 const std::array<LanguageTexts, CaptionCount> CaptionTable{{
     // English, Spanish, French

@@ -15,7 +15,7 @@ struct LanguageTexts
     QStringView french;
 };
 
-/// The captions by their numbers in the table. A name says what the text is.
+/// The captions, by their numbers in the table. Equal texts for different windows bear the window's name.
 enum class Caption
 {
     PreviousFile = 1,
@@ -56,7 +56,7 @@ enum class Caption
     SelectNone = 36,
     MoveFiles = 37,
     CopyFiles = 38,
-    SingleFileTab = 39, ///< the Tabs and Tips are those of the working modes
+    SingleFileTab = 39, ///< Tab and Tip: of a working mode
     MultiFileTab = 40,
     ExtractTab = 41,
     SingleFileTip = 42,
@@ -113,7 +113,7 @@ enum class Caption
 
 inline constexpr int CaptionCount = static_cast<int>(Caption::LastVersion);
 
-/// The headings of the list's columns for texts, in the columns' order.
+/// The headings of the file list's columns of text, in the columns' order.
 inline constexpr std::array ColumnCaptions{
     Caption::File, Caption::Track, Caption::Title, Caption::Artist, Caption::Album, Caption::Year};
 

@@ -53,7 +53,7 @@ bool isEscaped(QStringView text)
     return isIn(text, EscapedStart, EscapedEnd);
 }
 
-/// Whether an editor or UTF-8 itself would not keep this unit of a valid text in its line.
+/// Whether editors or UTF-8 might move or lose this unit of a valid text.
 bool isControl(QChar unit)
 {
     const char16_t code = unit.unicode();
@@ -87,7 +87,7 @@ QString escaped(QStringView text)
     return result;
 }
 
-/// Nothing when the text is not what escaped() makes.
+/// Returns nothing if escaped() cannot have made the text.
 std::optional<QString> unescaped(QStringView text)
 {
     QString result;

@@ -10,26 +10,26 @@
 
 namespace ravlin {
 
-/// What a page of working modes needs of the window that holds it: the file list's rows, a place for long work, and
-/// boxes for the user. All calls come from the interface thread.
+/// What a page of the working modes needs from its window: the file list's rows, a place for long work, and boxes for
+/// the user. All calls come from the interface thread.
 class PageOwner
 {
 public:
     virtual ~PageOwner() = default;
 
-    /// The file of the list's current row: current folder and row text. Empty when there is no current row.
+    /// The file of the list's current row: current folder and row text. Empty if there is no current row.
     virtual QString currentPath() const = 0;
     /// The files of the selected rows, in list order.
     virtual QStringList selectedPaths() const = 0;
-    /// Their number; asked at every change of the selection.
+    /// The number of selected rows; called at every change of the selection.
     virtual qsizetype selectedCount() const = 0;
 
-    /// Unselects the current row, makes the row that lies step rows below it (negative: above) the current one and
-    /// selects it. False, and nothing changed, where no such row is. The caller shows the new row itself.
+    /// Unselects the current row, then makes the row that many steps below it (negative: above) current and selects it.
+    /// Returns false and changes nothing if there is no such row. The caller shows the new row itself.
     virtual bool moveCurrent(qsizetype step) = 0;
     /// Lists the current folder again. The caller shows the current row itself afterwards.
     virtual void refreshList() = 0;
-    /// The same after files were renamed: the current row becomes the one of the file at that path, where it is listed.
+    /// The same after files were renamed: the row of the file at that path becomes current, if it is listed.
     virtual void refreshListAt(const QString &path) = 0;
 
     /// Runs the work on a thread of its own and shows its progress, out of that number of rows, in the meantime.

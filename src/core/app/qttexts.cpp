@@ -10,7 +10,7 @@ namespace ravlin {
 
 namespace {
 
-// Qt's texts are written in it.
+// The language of Qt's texts in its source.
 constexpr QStringView OwnLanguage = u"en";
 
 } // namespace

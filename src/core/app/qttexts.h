@@ -8,9 +8,9 @@
 
 namespace ravlin {
 
-/// The texts that Qt itself brings (yes, no, the folder dialog, a text box's menu) in the language of the interface, by
-/// Qt's own translations. Qt tells every window of the change. Where the system lacks them Qt's texts are English.
-/// Needs the application object, which it outlives or not; used by the interface thread.
+/// Shows Qt's own texts (yes, no, the folder dialog, a text box's menu) in the interface's language, by Qt's
+/// translations. Qt notifies every window of the change. On a system without the translations Qt's texts are English.
+/// Needs the application object, but may outlive it; used by the interface thread.
 class QtTexts
 {
     Q_DISABLE_COPY_MOVE(QtTexts)
@@ -19,13 +19,13 @@ public:
     QtTexts() = default;
     ~QtTexts();
 
-    /// The language by its name: "spanish", "english" or "french". Any other name changes nothing. False where there
-    /// are no translations into the language; Qt's texts are English then.
+    /// The language's name is "spanish", "english" or "french"; any other changes nothing. Returns false if there are
+    /// no translations into the language; Qt's texts are English then.
     bool speak(QStringView languageName);
 
 private:
-    std::unique_ptr<QTranslator> m_translator; ///< none: English
-    QString m_code;                            ///< of the language that is spoken; empty before the first
+    std::unique_ptr<QTranslator> m_translator; ///< null: English
+    QString m_code;                            ///< of the current language; empty at first
 };
 
 } // namespace ravlin

@@ -34,15 +34,15 @@ bool hasContent(const QString &path, const QByteArray &bytes)
 
 QString Settings::defaultPath()
 {
-    // Only Qt's own settings know the place for each system. They are asked under a name that no
-    // file has, because asking reads the file.
+    // Only QSettings knows the place on each system. It reads the file that it is asked about, so give a name that no
+    // file has.
     const QSettings place(QSettings::IniFormat, QSettings::UserScope, u"ravlin"_s, u"place-of-settings"_s);
     return QFileInfo(place.fileName()).dir().filePath(u"ravlin.ini"_s);
 }
 
 Settings::Settings(QString path) : m_path(std::move(path))
 {
-    // An error is kept in m_problem, and the settings are empty then.
+    // m_problem keeps an error; the settings are empty then.
     std::ignore = reload();
 }
 
@@ -62,13 +62,13 @@ Error Settings::failure(const QString &detail) const
     return {ErrorCode::Settings, m_path, detail};
 }
 
-/// The file's bytes; none when there is no file.
+/// The file's bytes; empty if there is no file.
 Result<QByteArray> Settings::readFile() const
 {
     const QFileInfo info(m_path);
     if (!info.exists())
         return QByteArray();
-    if (!info.isFile()) // a pipe would wait for ever
+    if (!info.isFile()) // reading a pipe might never return
         return tl::unexpected(failure(u"not an ordinary file"_s));
     QFile file(m_path);
     if (!file.open(QIODevice::ReadOnly))
@@ -98,8 +98,7 @@ Result<void> Settings::reload()
     return {};
 }
 
-/// Copies the damaged file to a name that is free, or finds the copy that an earlier run made.
-/// Returns its path.
+/// Copies the damaged file to a free name, or finds the copy that an earlier run made. Returns its path.
 Result<QString> Settings::keepAside(const QByteArray &bytes) const
 {
     for (int number = 0; number < MostDamagedCopies; ++number) {

@@ -5,10 +5,10 @@
 
 namespace ravlin {
 
-/// Interface texts beyond the 91 captions. One may be added here together with its row in texttable.cpp; the build
-/// fails when a row is missing, out of order or empty in a language.
+/// Interface texts beyond the 91 captions. Add one together with its row in texttable.cpp; the build fails if a row is
+/// missing, out of order or empty in a language.
 ///
-/// The command line's own messages are not among them: it is a tool for scripts and speaks plain English.
+/// The command line's messages are not among them: it is a tool for scripts and speaks plain English.
 enum class Text
 {
     ErrorNotFound,

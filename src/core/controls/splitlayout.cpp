@@ -8,13 +8,13 @@ namespace ravlin {
 
 namespace {
 
-/// Sums of stored lengths may leave the range of int, wherever they were stored by somebody else.
+/// Stored lengths may come from anywhere, so their sums may leave the range of int.
 int saturated(qint64 value)
 {
     return int(std::clamp<qint64>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
-/// Half of a length, a half unit going to the even neighbour.
+/// Half of a length, rounded to the even neighbour.
 int halved(qint64 twice)
 {
     const qint64 below = twice >> 1;

@@ -4,8 +4,8 @@
 #include <QtGlobal>
 
 /// How a split panel divides its extent between two panels and the bar between them: pure functions over lengths in
-/// twips, along the axis in which the bar is dragged. Halves round to the even neighbour. No function fails; sizes that
-/// make no sense (negative ones, a bar thicker than the extent) still give spans within the extent.
+/// twips, along the axis in which the bar moves. Halves round to the even neighbour. No function fails: senseless sizes
+/// (negative ones, a bar thicker than the extent) still give spans within the extent.
 namespace ravlin {
 
 /// Twips to a logical pixel.
@@ -33,7 +33,7 @@ enum class SnappedPanel
 
 struct SplitRule
 {
-    int minPanelSize = 2000; ///< from either edge to the bar's centre, at the least, while no panel is shut
+    int minPanelSize = 2000; ///< least distance from either edge to the bar's centre while no panel is shut
     int splitterWidth = 75;  ///< thickness of the bar
     bool snapToEdge = false; ///< releasing the bar near an edge shuts that panel
 };
@@ -58,23 +58,23 @@ struct Span
 struct SplitLayout
 {
     int position = 0; ///< the state's, corrected to what the extent allows
-    int lowest = 0;   ///< the least position that can be chosen; the present one where that is less
-    int highest = 0;  ///< the greatest that can be chosen; the present one where that is greater
+    int lowest = 0;   ///< the least position that can be chosen, or the present one if that is less
+    int highest = 0;  ///< the greatest one, or the present one if that is greater
     bool firstVisible = true;
     bool secondVisible = true;
     Span first;
-    Span bar; ///< around the position, but never beyond the edges: a bar that is half outside is hard to grasp
+    Span bar; ///< around the position, but never beyond the edges: a bar half outside is hard to grasp
     Span second;
 };
 
-/// Where everything goes in a control of this extent.
+/// Lays out a control of this extent.
 SplitLayout layOutSplit(const SplitRule &rule, const SplitState &state, int extent);
 
-/// Where the bar begins when its centre follows a pointer that is pointerOffset away from the bar's present beginning.
+/// Where the bar begins if its centre follows a pointer that is pointerOffset away from the bar's present beginning.
 int draggedBarBegin(int barBegin, int pointerOffset, const SplitRule &rule, int extent);
 
-/// The state in which releasing the bar leaves the control: the position half a bar behind the pointer, and with
-/// snapToEdge a panel shut if that is less than a quarter of minPanelSize from its edge. layOutSplit() corrects it.
+/// The state after releasing the bar: the position is half a bar behind the pointer; with snapToEdge, a panel shuts if
+/// that is less than a quarter of minPanelSize from its edge. layOutSplit() corrects the position.
 SplitState releasedBar(int barBegin, int pointerOffset, const SplitRule &rule, int extent);
 
 } // namespace ravlin

@@ -13,8 +13,8 @@ class PageOwner;
 class RenamePage;
 struct Program;
 
-/// The pages of the tab strip that work on all selected files at once: made, put behind their tabs, and kept in step
-/// with the list's selection and with the choices that the settings remember.
+/// Makes the pages of the tab strip that work on all selected files, and keeps them in step with the list's selection
+/// and the choices in the settings.
 class BatchPages : public QObject
 {
     Q_OBJECT
@@ -22,14 +22,14 @@ class BatchPages : public QObject
 public:
     BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const FileList &list, QObject *parent);
 
-    /// Puts the program's choices on the pages, and back.
+    /// Copies the program's choices to the pages, and back.
     void showChoices();
     void storeChoices() const;
-    /// The saved patterns have been edited.
+    /// Shows the saved patterns anew.
     void refreshPatterns();
 
 Q_SIGNALS:
-    /// A run has ended and the list was filled again: the current row is to be shown again.
+    /// A run has ended and the list was filled again: the current row has to be shown again.
     void finished();
 
 private:

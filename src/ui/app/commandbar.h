@@ -13,8 +13,8 @@ namespace ravlin {
 class FileCommands;
 class ProgramDialogs;
 
-/// Puts the commands of list and folder on the toolbar, into the context menus of list and tree and on their keys, and
-/// keeps disabled what has nothing to act on.
+/// Puts the commands for list and folder on the toolbar, into the context menus of list and tree and on their keys, and
+/// disables commands that have nothing to act on.
 class CommandBar : public QObject
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ class CommandBar : public QObject
 public:
     CommandBar(const WindowParts &parts, FileCommands &files, ProgramDialogs &dialogs);
 
-    /// Puts the current language's texts on what is not the toolbar's own.
+    /// Puts the current language's texts on commands without a button.
     void applyCaptions();
     /// Adds another part's command to the end of the list's context menu.
     void addToListMenu(QAction *action);

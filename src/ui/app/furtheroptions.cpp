@@ -93,7 +93,7 @@ FurtherOptions furtheroptions::choices() const
     options.newTagVersion = m_version->currentData().toInt();
     options.keepFileTimes = m_keepTimes->isChecked();
     options.doubleClick = static_cast<DoubleClick>(m_click->currentData().toInt());
-    // Columns as they were are not told in other words.
+    // Keep the wording of unchanged columns.
     options.hiddenColumns = hidden == hiddenColumnsFromText(m_shownColumnsText)
                                 ? m_shownColumnsText
                                 : textOfHiddenColumns(hidden, m_shownColumnsText);

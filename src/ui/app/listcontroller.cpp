@@ -60,7 +60,7 @@ void ListController::list(const QString &folder, Listing (*scan)(const QString &
     Q_EMIT listed();
 }
 
-/// The same folder's rows: who works down a list stays at the file and the place where they are.
+/// Keeps the scroll position and the current row, so that a user can work down the list.
 void ListController::fillAgain(std::vector<ListRow> rows)
 {
     const QString currentText = m_nextCurrent.isEmpty() ? m_list.currentRowText() : m_nextCurrent;

@@ -15,8 +15,8 @@ class FileList;
 class StatusPanels;
 struct Program;
 
-/// Keeps the file list, the current folder and the status panels together: lists folders, with the wait window while it
-/// takes long, and shows the file that the list's current row stands for.
+/// Keeps the file list, the current folder and the status panels in step: lists folders, with the wait window if that
+/// takes long, and shows the current row's file.
 class ListController : public QObject
 {
     Q_OBJECT
@@ -28,14 +28,14 @@ public:
     void openFolder(const QString &path);
     /// Lists the current folder again, without the folders below it. The current row stays the one of the same file.
     void RefreshList();
-    /// The same after files were renamed: the current row becomes the one of that text, where there is one.
+    /// The same after files were renamed: the row with that text becomes current, if there is one.
     void RefreshListAt(const QString &rowText);
     /// Lists the current folder with all folders below it.
     void ListFolderTree();
     /// Reads the tags of all rows again; the rows and their order stay.
     void RefreshListTags();
 
-    /// With the separator at its end.
+    /// Ends in the separator.
     const QString &currentFolder() const;
     /// The file of a row: current folder and row text; empty for no row.
     QString pathOfRow(int row) const;
@@ -55,7 +55,7 @@ private:
     FileList &m_list;
     StatusPanels &m_panels;
     Busy &m_busy;
-    QString m_nextCurrent; ///< the row that becomes current with the next filling; empty: the one that is
+    QString m_nextCurrent; ///< the row to become current with the next filling; empty: the present one
 };
 
 } // namespace ravlin

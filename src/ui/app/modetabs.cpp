@@ -31,7 +31,7 @@ void ModeTabs::applyCaptions(const Captions &captions)
     nameArrows(captions);
 }
 
-/// The arrows that come up where the tabs don't fit.
+/// The arrows appear if the tabs don't fit.
 void ModeTabs::nameArrows(const Captions &captions)
 {
     if (auto *left = findChild<QAbstractButton *>(QStringLiteral("ScrollLeftButton")))

@@ -13,7 +13,7 @@ namespace ravlin {
 class Captions;
 
 /// The strip of working modes at the foot of the main window. Each mode is a page with a tab, whose text and tooltip
-/// are captions; pages are made by whoever adds them, in the order of the tabs.
+/// are captions.
 class ModeTabs : public QTabWidget
 {
     Q_OBJECT
@@ -21,8 +21,8 @@ class ModeTabs : public QTabWidget
 public:
     explicit ModeTabs(QWidget *parent);
 
-    /// page: becomes the tabs' own. The numbers are those of captions; applyPageCaptions puts the current language's
-    /// texts on the page itself.
+    /// Takes the page over and adds its tab behind the others. applyPageCaptions puts the current language's texts on
+    /// the page itself.
     void addPage(QWidget *page, Caption textCaption, Caption tipCaption, std::function<void()> applyPageCaptions);
 
     /// Puts the current language's texts on the tabs and pages.

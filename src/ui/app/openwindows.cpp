@@ -26,7 +26,7 @@ OpenWindows::OpenWindows(QObject *parent) : QObject(parent)
 
 void OpenWindows::closeAllBut(const QWidget *kept)
 {
-    // Closing one may close or delete others, and may open one.
+    // Closing a window may close, delete or open others.
     QList<QPointer<QWidget>> windows = m_windows;
     std::reverse(windows.begin(), windows.end());
     for (const QPointer<QWidget> &window : std::as_const(windows)) {
@@ -37,7 +37,7 @@ void OpenWindows::closeAllBut(const QWidget *kept)
 
 bool OpenWindows::eventFilter(QObject *watched, QEvent *event)
 {
-    // A window that comes back from being minimised is shown by the system, not opened.
+    // A minimised window that comes back is shown by the system, not opened.
     if (event->type() == QEvent::Show && watched->isWidgetType() && !event->spontaneous()) {
         auto *widget = static_cast<QWidget *>(watched);
         if (isProgramWindow(widget)) {

@@ -8,7 +8,7 @@
 
 namespace ravlin {
 
-/// Knows in which order the program's windows were opened. Menus, tooltips and the like don't count.
+/// Knows the order in which the program's windows were opened. Menus and tooltips don't count.
 class OpenWindows : public QObject
 {
     Q_OBJECT
@@ -16,14 +16,14 @@ class OpenWindows : public QObject
 public:
     explicit OpenWindows(QObject *parent);
 
-    /// Closes every open window but this one, from the one opened last to the first.
+    /// Closes every open window but this one, the one opened last first.
     void closeAllBut(const QWidget *kept);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    QList<QPointer<QWidget>> m_windows; ///< shown at some time; in the order of their last opening
+    QList<QPointer<QWidget>> m_windows; ///< in the order of their last opening, closed ones too
 };
 
 } // namespace ravlin

@@ -24,8 +24,8 @@ class PageOwner;
 class StatusPanels;
 class Toolbar;
 
-/// What lives for the whole run. Made once, in main(), and passed by reference; used by the interface thread, and by
-/// the one operation that it waits for.
+/// What lives for the whole run. Made once, in main(), and passed by reference; used by the interface thread and by the
+/// one operation that it waits for.
 struct Program
 {
     Settings settings;

@@ -8,7 +8,7 @@ namespace ravlin {
 
 class ElidedLabel;
 
-/// The status bar `sbStatusBar` with its two panels: how many files the list holds, and the current file's full path.
+/// The status bar `sbStatusBar` with two panels: the number of listed files, and the current file's full path.
 class StatusPanels : public QStatusBar
 {
     Q_OBJECT

@@ -17,7 +17,6 @@ namespace {
 
 constexpr QSize IconSize(24, 24);
 
-/// The text for people: without the mark of the accelerator key.
 QString captionOf(const ToolbarCommand &command, const Captions &captions)
 {
     return std::visit([&captions](auto caption) { return captions.text(caption); }, command.caption);

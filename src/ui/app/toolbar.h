@@ -17,44 +17,44 @@ namespace ravlin {
 
 class Captions;
 
-/// One command of the toolbar: what it is called, drawn and reached by.
+/// A command of the toolbar: its text, drawing and shortcut.
 struct ToolbarCommand
 {
     std::variant<Caption, Text> caption;
     QString icon;          ///< a drawing's name (themedIcon())
     QKeySequence shortcut; ///< shown in the tooltip
-    /// Where the shortcut works: in the whole window, or, with WidgetShortcut, only where somebody else sees to it.
+    /// Where the shortcut works: in the whole window or, with WidgetShortcut, only where another part handles the key.
     Qt::ShortcutContext shortcutContext = Qt::WindowShortcut;
 };
 
-/// What a command's tooltip says: its caption and its shortcut.
+/// A command's tooltip: its caption and its shortcut.
 QString tooltipOf(const QString &caption, const QKeySequence &shortcut);
 
-/// The main window's toolbar. A button has a position, 1 to 16, which stays its own whatever other buttons are there;
-/// its object name is "tb_" and the position. A button's drop-down menu has entries, each with a key; the object name
-/// of its action is "tb_" and the key. What a command does is the business of whoever connects to its action. A button
-/// whose own command is disabled opens its menu, as long as something in that can be chosen.
+/// The main window's toolbar. A button has a position of its own, 1 to 16, whatever other buttons there are; its object
+/// name is "tb_" and the position. The entries of a button's drop-down menu have keys; the object name of an entry's
+/// action is "tb_" and its key. Connect to the actions to carry the commands out. A button whose own command is
+/// disabled opens its menu if that has an enabled entry.
 ///
-/// The actions are the window's as well, so that their shortcuts work while the toolbar has no focus, and can be put
-/// into other menus. The tool bar can be reached by the keyboard.
+/// The actions belong to the window as well, so that their shortcuts work without the focus on the toolbar, and can be
+/// put into other menus. The keyboard reaches the toolbar.
 class Toolbar : public QToolBar
 {
     Q_OBJECT
 
 public:
-    /// window: whose commands these are.
+    /// window: gets the actions.
     Toolbar(QWidget *window, QWidget *parent);
 
-    /// Adds the button of that position; its click triggers the action given back. Each position once.
+    /// Adds the button of that position, once for each; a click triggers the returned action.
     QAction *addButton(int position, const ToolbarCommand &command);
-    /// Adds an entry to the drop-down menu of a button that is there.
+    /// Adds an entry to the drop-down menu of an existing button.
     QAction *addMenuEntry(int position, const QString &key, const ToolbarCommand &command);
-    /// Adds a button without a position, at the bar's far end; its object name is "tb_" and the key.
+    /// Adds a button without a position at the bar's far end; its object name is "tb_" and the key.
     QAction *addEndButton(const QString &key, const ToolbarCommand &command);
 
-    /// The button of a position; nullptr where there is none.
+    /// The button of a position, or nullptr.
     QToolButton *button(int position) const;
-    /// The buttons in the order of the bar.
+    /// All buttons, in the order of the bar.
     std::vector<QToolButton *> buttons() const;
 
     /// Puts the current language's texts on everything.
@@ -68,7 +68,7 @@ private:
     {
         ToolbarCommand command;
         QAction *action = nullptr;
-        QToolButton *button = nullptr; ///< nullptr: an entry of a menu
+        QToolButton *button = nullptr; ///< nullptr: a menu's entry
     };
     struct Place
     {

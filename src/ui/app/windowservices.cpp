@@ -66,8 +66,8 @@ bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<voi
 {
     if (m_busy.isRunning())
         return false;
-    // A refusal for want of space holds for the batch that it ended. Left standing it would make every later save in
-    // this folder do nothing without a word; each has its own check and its own message.
+    // The flag of a save refused for want of space ended one batch. If it stayed, every later save in this folder would
+    // silently do nothing; each save makes its own check and shows its own message.
     m_state.cancelled = false;
     return m_busy.run(static_cast<int>(rowCount), work);
 }

@@ -15,7 +15,7 @@ class FileList;
 class ListController;
 struct ProgramState;
 
-/// What the pages of the tab strip ask of the window: the list's rows, long work with the wait window, and boxes.
+/// Gives the pages of the tab strip the list's rows, long work with the wait window, and boxes.
 class WindowServices : public QObject, public PageOwner
 {
     Q_OBJECT

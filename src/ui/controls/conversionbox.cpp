@@ -33,11 +33,11 @@ void ConversionBox::applyCaptions(const Captions &captions)
     const QString caption = captions.text(conversionCaption(m_pair.kind));
     m_checkBox->setText(caption);
     m_list->setAccessibleName(caption);
-    m_list->setAccessibleDescription(caption); // some desktops are told the chosen entry as the name of a list
+    m_list->setAccessibleDescription(caption); // some desktops get the chosen entry as a list's name
     const QList<Caption> entries = conversionEntryCaptions(m_pair.kind);
     for (int index = 0; index < entries.size(); ++index)
         m_list->setItemText(index, captions.text(entries.at(index)));
-    // A box of fixed contents does not notice that its entries have grown.
+    // The box does not notice by itself that its entries have grown.
     m_list->updateGeometry();
 }
 

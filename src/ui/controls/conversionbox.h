@@ -12,8 +12,8 @@ namespace ravlin {
 
 class Captions;
 
-/// A conversion pair as the user sees it: the check box `op4` and the list `ccase` beside it, whose entries bear their
-/// modes as item data. Starts as the choice of a first start.
+/// The controls of a conversion pair: the check box `op4` and the list `ccase` beside it, whose entries carry their
+/// modes as item data. Starts with the choice of a first start.
 class ConversionBox : public QWidget
 {
     Q_OBJECT
@@ -32,7 +32,7 @@ public:
 
     QCheckBox *checkBox() const { return m_checkBox; }
     QComboBox *list() const { return m_list; }
-    /// Both, in the order in which the Tab key goes through them.
+    /// Both, in Tab order.
     QList<QWidget *> controls() const;
 
 private:

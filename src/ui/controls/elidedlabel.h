@@ -5,8 +5,7 @@
 
 namespace ravlin {
 
-/// A label of one line of plain text that may be longer than its place: the middle is left out then, and the tooltip
-/// tells it.
+/// A label of one line of plain text. If the text is too long it leaves out the middle, and the tooltip shows all.
 class ElidedLabel : public QLabel
 {
     Q_OBJECT
@@ -15,7 +14,7 @@ public:
     explicit ElidedLabel(QWidget *parent = nullptr);
 
     const QString &fullText() const { return m_fullText; }
-    /// The tooltip tells detail, in plain text; without it the text, where it is cut.
+    /// The tooltip shows detail, as plain text; without detail, the text if that is cut.
     void setFullText(const QString &text, const QString &detail = {});
 
     QSize sizeHint() const override;

@@ -26,9 +26,9 @@ constexpr int FrameWidth = 420;
 constexpr std::chrono::milliseconds LatestShow = 2 * esperate::ShowDelay;
 constexpr std::chrono::milliseconds WorthShowing = 200ms;
 constexpr std::chrono::milliseconds CheckAgain = 50ms;
-constexpr int BytesScale = 1000; ///< steps of the bar while bytes are told
+constexpr int BytesScale = 1000; ///< steps of the bar while it shows bytes
 
-/// A line of plain text that leaves out its middle where it is too long, and whose length asks for no room.
+/// A line of plain text that takes the width it gets and leaves out its middle if that is too narrow.
 class ElidedLabel : public QLabel
 {
 public:
@@ -128,7 +128,7 @@ void esperate::setSteps(int steps)
     const int done = m_bar->value();
     m_bar->setRange(0, std::max(steps, 0));
     m_bar->setValue(std::clamp(done, 0, m_bar->maximum()));
-    // Room for the longest count from the start, or the line would fidget at every further digit.
+    // Room for the longest count from the start, or the line would move with every further digit.
     m_count->setMinimumWidth(fontMetrics().horizontalAdvance(countText(m_bar->maximum(), m_bar->maximum())));
     showCount();
 }
@@ -147,7 +147,7 @@ void esperate::setStoppable(bool stoppable)
     m_isStoppable = stoppable;
     m_stop->setVisible(stoppable);
     m_stop->setEnabled(stoppable);
-    setAttribute(Qt::WA_ShowWithoutActivating, !stoppable); // its keys are of use then
+    setAttribute(Qt::WA_ShowWithoutActivating, !stoppable); // for its keys
 }
 
 void esperate::setStopText(const QString &text)
@@ -193,7 +193,7 @@ void esperate::showIfDue()
         show();
 }
 
-/// Whether, at the pace so far, the work will end before the window would have been of any use.
+/// Whether, at the pace so far, the work will end before the window is of any use.
 bool esperate::isNearlyDone(std::chrono::milliseconds elapsed) const
 {
     if (elapsed >= LatestShow || value() == 0)
@@ -238,7 +238,7 @@ void esperate::keyPressEvent(QKeyEvent *event)
         QWidget::keyPressEvent(event);
 }
 
-/// A click anywhere on the frame closes the window; what lies in it lets the mouse through.
+/// A click anywhere on the frame closes the window; the controls in it let the mouse through.
 bool esperate::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_frame && event->type() == QEvent::MouseButtonPress) {

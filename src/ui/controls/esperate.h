@@ -17,13 +17,13 @@ namespace ravlin {
 
 /// The wait window: how far a long operation has come.
 ///
-/// The state (steps done and steps in all) is there from BeginProgress() on; the window itself comes up only once the
-/// work has lasted ShowDelay and some is left, so that short work doesn't flash on the screen. It takes no focus away.
-/// The user may close it, or click its frame, which does nothing to the work; the next BeginProgress() brings it back.
-/// Work that can be stopped has a button for it; Esc and closing the window then ask for the stop, too, and the window
-/// stays until the work has ended.
+/// The state (steps done and steps in all) exists from BeginProgress() on; the window appears only once the work has
+/// lasted ShowDelay and some is left, so that short work doesn't flash on the screen. It takes no focus. The user may
+/// close it, or click its frame, without effect on the work; the next BeginProgress() brings it back. Stoppable work
+/// has a button for that; Esc and closing the window then request the stop, too, and the window stays until the work
+/// ends.
 ///
-/// Used by the interface thread alone, whose event loop it needs to come up; see Busy.
+/// Used by the interface thread alone, and appears by its event loop; see Busy.
 class esperate : public QWidget
 {
     Q_OBJECT
@@ -33,31 +33,31 @@ public:
 
     explicit esperate(QWidget *parent = nullptr);
 
-    /// Starts anew with 0 of this many steps done. 0 steps (or fewer) stand for a number that is not known.
+    /// Starts anew with 0 of this many steps done. 0 steps (or fewer): the number is unknown.
     void BeginProgress(int steps);
-    /// One more step is done; beyond the last one nothing changes.
+    /// One more step is done; does nothing beyond the last one.
     void StepProgress() { advance(1); }
     /// Closes the window. The state stays until the next BeginProgress().
     void EndProgress();
 
-    /// As many calls of StepProgress() in one.
+    /// The same for several steps.
     void advance(int steps);
     /// For work that learns only on its way how many steps it has.
     void setSteps(int steps);
     /// Bytes done out of so many, instead of steps.
     void setBytes(qint64 done, qint64 total);
-    /// Whether the work can be stopped; to be told before it begins.
+    /// Whether the work can be stopped. Call it before the work begins.
     void setStoppable(bool stoppable);
     /// The caption of the button that stops the work.
     void setStopText(const QString &text);
-    /// The file at work, shown with its middle left out where it is too long.
+    /// The current file; a name that is too long loses its middle.
     void setCurrentFile(const QString &file);
 
     int value() const;
     int maximum() const;
 
 Q_SIGNALS:
-    /// The user wants the work to end; once for each work.
+    /// The user wants the work to end; emitted once for each work.
     void stopRequested();
 
 protected:

@@ -17,7 +17,7 @@ namespace ravlin {
 namespace {
 
 constexpr std::array DrawingSizes{16, 24, 32, 48, 64};
-/// The largest, 256, is for file managers, which take it from the installed files; reading it takes as long as all
+/// The largest, 256, is for file managers, which take it from the installed files. Reading it would take as long as all
 /// others together.
 constexpr std::array ProgramSizes{16, 24, 32, 48, 64, 128};
 
@@ -26,7 +26,7 @@ QString fileOf(const QString &name, int size)
     return QStringLiteral(":/icons/%1/%2.png").arg(size).arg(name);
 }
 
-/// The smallest drawing that need not be made larger, else the largest.
+/// The smallest drawing that need not be enlarged, else the largest.
 int drawingSizeFor(QSize wanted)
 {
     const int edge = std::max(wanted.width(), wanted.height());
@@ -35,8 +35,8 @@ int drawingSizeFor(QSize wanted)
     return found == DrawingSizes.end() ? DrawingSizes.back() : *found;
 }
 
-/// A drawing in a colour, read and coloured in the size that is asked for, when it is asked for: a window shows its
-/// icons in one size and mostly enabled.
+/// A drawing in a colour. Reads and colours a size on its first use: a window shows its icons in one size and mostly
+/// enabled.
 class TintedIcon : public QIconEngine
 {
 public:

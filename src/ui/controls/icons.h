@@ -8,8 +8,8 @@ class QPalette;
 
 namespace ravlin {
 
-/// The drawing of that name (assets/icons) in all its sizes, in the palette's text colour, so that it is seen on light
-/// and dark windows; greyed where it is disabled. An unknown name gives an empty icon.
+/// The drawing of that name (assets/icons) in all its sizes, in the palette's text colour, which suits light and dark
+/// windows; grey if disabled. An unknown name gives an empty icon.
 QIcon themedIcon(const QString &name, const QPalette &palette);
 
 /// The program's own icon.

@@ -44,7 +44,7 @@ bool isDrop(QEvent::Type type)
     return type == QEvent::DragEnter || type == QEvent::DragMove || type == QEvent::Drop;
 }
 
-/// Menus and tooltips come and go by themselves.
+/// Unlike menus and tooltips, which come and go by themselves.
 bool isLastingWindow(const QObject *watched)
 {
     Qt::WindowType type = Qt::Widget;
@@ -70,7 +70,7 @@ InputBarrier::~InputBarrier()
         if (receiver)
             QCoreApplication::postEvent(receiver, release.release());
     }
-    // Later, so that whoever ran the work can finish with the window first.
+    // Later, so that the code that ran the work can finish with the window first.
     if (m_closeRequested && m_mainWindow)
         QMetaObject::invokeMethod(m_mainWindow, &QWidget::close, Qt::QueuedConnection);
 }
@@ -117,7 +117,7 @@ void InputBarrier::dropInput(QObject *watched, QEvent *event)
             m_releases.emplace_back(watched, event->clone());
         }
     }
-    // An accepted key is not offered to shortcuts; a drop that isn't accepted shows as forbidden.
+    // An accepted key never becomes a shortcut; a drop that isn't accepted shows as forbidden.
     event->setAccepted(!isDrop(event->type()));
 }
 

@@ -8,7 +8,7 @@ namespace ravlin {
 
 class Captions;
 
-/// Says what an operation over many files did and, one line each, what it did not do and why.
+/// Shows what an operation over many files did and, in one line each, what it did not do and why.
 class OutcomeBox : public QDialog
 {
     Q_OBJECT

@@ -48,7 +48,7 @@ QSize PageArea::minimumSizeHint() const
 {
     if (widget() == nullptr)
         return QScrollArea::minimumSizeHint();
-    // Narrower than its content it can be scrolled; lower it would be of no use.
+    // A page narrower than its content can be scrolled; a lower one would be useless.
     const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
     return {QScrollArea::minimumSizeHint().width(), widget()->minimumSizeHint().height() + bar};
 }

@@ -5,8 +5,8 @@
 
 namespace ravlin {
 
-/// The frame of a page of the tab strip: as high as its content needs, scrolled where the window is narrower than the
-/// content, and never so wide that the eye has to travel from a field to its button.
+/// The frame of a page of the tab strip: as high as its content needs, scrolled if the window is narrower than the
+/// content, and never so wide that a button stands far from its field.
 class PageArea : public QScrollArea
 {
     Q_OBJECT
@@ -14,17 +14,17 @@ class PageArea : public QScrollArea
 public:
     explicit PageArea(QWidget *parent = nullptr);
 
-    /// Takes the content over; once.
+    /// Takes the content over. Call it once.
     void setContent(QWidget *content);
-    /// To be called when texts have changed: otherwise the size hints would be those of the old texts until the next
-    /// pass of the event loop.
+    /// Call it when texts have changed: otherwise the size hints stay those of the old texts until the next pass of the
+    /// event loop.
     void contentChanged();
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
 protected:
-    /// Gives the content's controls their icons, in the colours of the palette. Called again when that has changed.
+    /// Gives the content's controls their icons, in the palette's colours. Called again when the palette changes.
     virtual void applyIcons() = 0;
     void changeEvent(QEvent *event) override;
 };

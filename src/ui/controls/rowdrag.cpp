@@ -17,8 +17,8 @@ namespace ravlin {
 namespace {
 
 constexpr int MarkThickness = 2;   ///< pixels
-constexpr int MarkArrow = 6;       ///< pixels that the arrow at the mark's beginning is long
-constexpr int ScrollInterval = 50; ///< milliseconds between two rows while a drag is held beyond the edge
+constexpr int MarkArrow = 6;       ///< length of the arrow at the mark's beginning, in pixels
+constexpr int ScrollInterval = 50; ///< milliseconds between two rows while the pointer is beyond the edge
 
 } // namespace
 
@@ -33,7 +33,7 @@ RowsPlace RowDrag::rows() const
 
 void RowDrag::press(const QMouseEvent &event)
 {
-    giveUp(); // of another button
+    giveUp(); // a drag by another button
     m_row = m_list->indexAt(event.pos()).row();
     m_pressPosition = event.pos();
     m_mayBegin = m_row >= 0 && event.buttons() == Qt::LeftButton && event.modifiers() == Qt::NoModifier;

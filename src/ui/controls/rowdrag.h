@@ -15,10 +15,10 @@ class QTreeView;
 
 namespace ravlin {
 
-/// The dragging of a row within a list by the left button: from the press to the release, with a mark where the row
-/// would go and scrolling beyond the edge. Escape gives it up.
+/// Drags a row within a list by the left button, from the press to the release, with a mark where the row would go and
+/// scrolling beyond the edge. Escape cancels the drag.
 ///
-/// The list, whose rows are of equal height, hands on its events before it deals with them itself, and moves the row.
+/// The list, whose rows have equal heights, passes its events here before it handles them itself, and moves the row.
 class RowDrag : public QObject
 {
     Q_OBJECT
@@ -27,23 +27,23 @@ public:
     struct Drop
     {
         int row = 0;
-        int position = 0; ///< before the row that is there now; the number of rows: last
+        int position = 0; ///< before the row now at this index; the number of rows: last
     };
 
-    /// The list owns it.
+    /// The list becomes its parent.
     RowDrag(QTreeView *list, DropRule rule);
 
     bool isUnderWay() const { return m_position >= 0; }
     void press(const QMouseEvent &event);
-    /// True: the list has nothing to do with this move.
+    /// True: the list must ignore this move.
     bool move(const QMouseEvent &event);
-    /// Nothing: it was no drop, the release is the list's.
+    /// Returns nothing if it was not a drop; the release is then the list's.
     std::optional<Drop> release(const QMouseEvent &event);
     /// True: the key has ended a drag.
     bool keyPress(const QKeyEvent &event);
-    /// Without a drop. Until the next press no drag begins.
+    /// Ends a drag without a drop. No drag begins until the next press.
     void giveUp();
-    /// To be called at the end of the viewport's painting.
+    /// Call it at the end of the viewport's painting.
     void paintMark();
 
 Q_SIGNALS:
@@ -59,11 +59,11 @@ private:
 
     QTreeView *m_list;
     DropRule m_rule;
-    int m_row = -1; ///< that was pressed
+    int m_row = -1; ///< the pressed row
     QPoint m_pressPosition;
-    bool m_mayBegin = false; ///< the left button alone is down on a row
+    bool m_mayBegin = false; ///< only the left button is down, on a row
     int m_position = -1;     ///< where the row would go; -1: no drag
-    int m_y = 0;             ///< height of the pointer that drags
+    int m_y = 0;             ///< height of the dragging pointer
     QBasicTimer m_scrollTimer;
 };
 

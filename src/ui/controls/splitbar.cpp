@@ -17,7 +17,7 @@ namespace {
 constexpr int KeyStep = twipsFromPixels(10);
 constexpr int KeyPage = twipsFromPixels(100);
 
-/// Something between two colours: enough of the second to be seen on the first.
+/// A mixture of two colours, with enough of the second to be seen on the first.
 QColor blended(const QColor &ground, const QColor &mark)
 {
     constexpr float Share = 0.4F;
@@ -32,7 +32,7 @@ SplitBar::SplitBar(QWidget *parent) : QAbstractSlider(parent)
     setFocusPolicy(Qt::TabFocus);
     setSingleStep(KeyStep);
     setPageStep(KeyPage);
-    // The panels keep their sides where writing runs from right to left, so the arrows must keep theirs.
+    // With right-to-left writing the panels keep their sides, so the arrows must keep theirs.
     setLayoutDirection(Qt::LeftToRight);
     setAxis(Qt::Horizontal);
 }
@@ -94,7 +94,7 @@ void SplitBar::mouseReleaseEvent(QMouseEvent *event)
 
 void SplitBar::wheelEvent(QWheelEvent *event)
 {
-    event->ignore(); // rolling over the bar is meant for what lies around it
+    event->ignore(); // the wheel is meant for what lies around the bar
 }
 
 void SplitBar::keyPressEvent(QKeyEvent *event)
@@ -121,7 +121,7 @@ void SplitBar::focusOutEvent(QFocusEvent *event)
 
 void SplitBar::hideEvent(QHideEvent *event)
 {
-    setDragging(false); // the release will go elsewhere
+    setDragging(false); // a hidden bar gets no release
     QAbstractSlider::hideEvent(event);
 }
 
@@ -140,7 +140,7 @@ void SplitBar::paintEvent(QPaintEvent *)
     }
 }
 
-/// An even number of dots about the middle, which show that the bar can be taken hold of.
+/// Paints dots about the middle, which show that the bar can be dragged.
 void SplitBar::paintGrip(QPainter &painter, const QColor &color) const
 {
     constexpr int Dots = 6;

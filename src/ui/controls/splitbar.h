@@ -9,8 +9,8 @@ namespace ravlin {
 
 /// The bar of a SplitPanel: paints itself, reports drags, and turns keys into values.
 ///
-/// It is a slider to the keyboard and to assistive tools, whose value is the panel's position in twips; by the mouse it
-/// moves only as the panel tells it, and it takes the focus by the keyboard only, so that a drag leaves it where it is.
+/// For the keyboard and assistive tools it is a slider whose value is the panel's position in twips. The mouse moves it
+/// only through the panel. It takes the focus by the keyboard only, so that a drag leaves the focus where it is.
 class SplitBar : public QAbstractSlider
 {
     Q_OBJECT
@@ -21,7 +21,7 @@ public:
     /// The direction in which the bar moves.
     void setAxis(Qt::Orientation axis);
 
-    /// Colours at rest and while dragged; an invalid one stands for the palette's (button and button text).
+    /// Colours at rest and while dragged; an invalid one means the palette's (button and button text).
     QColor restColor() const { return m_restColor; }
     QColor shownRestColor() const;
     void setRestColor(const QColor &color);

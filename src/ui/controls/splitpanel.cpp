@@ -37,7 +37,7 @@ bool readFlag(const SplitPanel::PropertyReader &read, const QString &name)
     return read(name, false).toBool();
 }
 
-/// Invalid for the palette's colour, which is the default.
+/// Invalid: the palette's colour, which is the default.
 QColor readColor(const SplitPanel::PropertyReader &read, const QString &name)
 {
     return QColor(read(name, QString()).toString());
@@ -221,7 +221,7 @@ QSize SplitPanel::sizeHint() const
 
 QSize SplitPanel::minimumSizeHint() const
 {
-    // Along the axis the panels give way as far as the bar; across it both need their full room.
+    // Along the axis the panels may shrink to nothing; across it both need their full size.
     const QSize needed =
         hintOf(m_first, &QWidget::minimumSizeHint).expandedTo(hintOf(m_second, &QWidget::minimumSizeHint));
     const int bar = pixelsFromTwips(m_rule.splitterWidth);
@@ -246,7 +246,7 @@ QRect SplitPanel::rectangle(int begin, int length) const
 
 void SplitPanel::applyLayout()
 {
-    // A widget that nobody has sized yet has some size nevertheless, and correcting to that would lose the position.
+    // Before anybody sizes it a widget has some size of its own. Correcting to that would lose the position.
     if (!testAttribute(Qt::WA_Resized) && !isVisible())
         return;
     const SplitLayout layout = layOutSplit(m_rule, m_state, extentInTwips());
@@ -275,7 +275,7 @@ void SplitPanel::placeBar(int beginInPixels)
     const int extent = m_horizontal ? height() : width();
     const int thickness = std::clamp(pixelsFromTwips(m_rule.splitterWidth), 0, extent);
     m_bar->setGeometry(rectangle(std::clamp(beginInPixels, 0, extent - thickness), thickness));
-    m_bar->raise(); // a panel that refuses to become small must not bury it
+    m_bar->raise(); // a panel that refuses to shrink must not cover it
 }
 
 void SplitPanel::showPositionOnBar(const SplitLayout &layout)

@@ -17,12 +17,12 @@ class SplitBar;
 
 /// Divides its area between two child widgets with a draggable bar (`pbSplit`) between them.
 ///
-/// All lengths are in twips, 15 to the logical pixel. The first panel is the left or upper one whatever the direction
-/// of writing. Nothing but the bar moves during a drag; the panels follow at its release. The bar can be reached by Tab
-/// and moved by the arrow keys, Page Up and Page Down, Home and End.
+/// All lengths are in twips, 15 to the logical pixel. The first panel is the left or upper one, whatever the direction
+/// of writing. During a drag only the bar moves; the panels follow at its release. Tab reaches the bar; the arrow keys,
+/// Page Up and Page Down, Home and End move it.
 ///
-/// Until the control has been given a size, properties are only stored; from then on every change is corrected to what
-/// the size allows (splitlayout.h), at once and at every resize.
+/// Before the control has a size, properties are only stored. From then on every change is corrected to what the size
+/// allows (splitlayout.h), at once and at every resize.
 class SplitPanel : public QWidget
 {
     Q_OBJECT
@@ -36,49 +36,49 @@ class SplitPanel : public QWidget
     Q_PROPERTY(int Snapped READ snapped WRITE setSnapped NOTIFY snappedChanged)
 
 public:
-    /// Fetches a property from where it is kept, or gives the default. Values may come back as text.
+    /// Returns a stored property, or the default. Values may come back as text.
     using PropertyReader = std::function<QVariant(const QString &name, const QVariant &defaultValue)>;
-    /// Keeps a property; one that equals its default may be left out. Every value can be converted to text and back.
+    /// Stores a property; may leave out one that equals its default. Every value can be converted to text and back.
     using PropertyWriter =
         std::function<void(const QString &name, const QVariant &value, const QVariant &defaultValue)>;
 
     explicit SplitPanel(QWidget *parent = nullptr);
 
-    /// Makes the widget a child, placed and shown or hidden by this control. The one that was there before stays a
-    /// child, hidden. Null leaves the place empty.
+    /// Makes the widget a child, which this control places, shows and hides. A former panel stays a hidden child. Null
+    /// leaves the place empty.
     void setFirstPanel(QWidget *panel);
     void setSecondPanel(QWidget *panel);
     QWidget *firstPanel() const { return m_first; }
     QWidget *secondPanel() const { return m_second; }
 
-    /// What assistive tools call the bar.
+    /// The bar's name for assistive tools.
     void setBarAccessibleName(const QString &name);
 
     int minPanelSize() const { return m_rule.minPanelSize; }
     void setMinPanelSize(int twips);
-    /// True: the panels are stacked and the bar lies. False: they are side by side and the bar stands.
+    /// True: the panels are stacked. False: they are side by side.
     bool isHorizontal() const { return m_horizontal; }
     void setHorizontal(bool horizontal);
     bool snapToEdge() const { return m_rule.snapToEdge; }
     void setSnapToEdge(bool snap);
     int splitterWidth() const { return m_rule.splitterWidth; }
     void setSplitterWidth(int twips);
-    /// The centre of the bar from the left or upper edge. Setting it opens a panel that was shut.
+    /// The centre of the bar from the left or upper edge. Setting it opens a shut panel.
     int position() const { return m_state.position; }
     void setPosition(int twips);
-    /// Colours of the bar: the palette's button and button text until they are set, and again once they are reset.
+    /// Colours of the bar; the palette's button and button text unless they are set.
     QColor backColor() const;
     void setBackColor(const QColor &color);
     void resetBackColor() { setBackColor({}); }
     QColor dragColor() const;
     void setDragColor(const QColor &color);
     void resetDragColor() { setDragColor({}); }
-    /// 0 no panel is shut, 1 the first, 2 the second; any other number counts as 0.
+    /// 0: no panel is shut, 1: the first, 2: the second; any other number counts as 0.
     int snapped() const { return int(m_state.snapped); }
     void setSnapped(int panel);
 
-    /// Reads the eight properties, with their defaults for those that are missing or make no sense. A colour is a text
-    /// like "#ffd0e0f0", or empty for the palette's.
+    /// Reads the eight properties; a missing or senseless one gets its default. A colour is a text like "#ffd0e0f0", or
+    /// empty for the palette's.
     void readProperties(const PropertyReader &read);
     void writeProperties(const PropertyWriter &write) const;
 
@@ -95,7 +95,7 @@ Q_SIGNALS:
     void dragColorChanged();
     void snappedChanged();
 
-    /// The user has shut a panel (1 or 2) by releasing the bar near an edge; everything has its new place already.
+    /// The user has shut a panel (1 or 2) by releasing the bar near an edge. Everything is at its new place already.
     void Snapped(int panel);
 
 protected:
