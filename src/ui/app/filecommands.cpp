@@ -146,7 +146,7 @@ void FileCommands::showChanges(const QString &formerFolder)
 
 void FileCommands::renameFolder()
 {
-    const Program &program = m_parts.program;
+    Program &program = m_parts.program;
     const QString folder = program.state.currentFolder;
     if (folder.isEmpty())
         return;

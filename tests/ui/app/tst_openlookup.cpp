@@ -13,7 +13,7 @@
 using namespace ravlin;
 using namespace ravlin::test;
 
-class TestLookupCommand : public CommandsFixture
+class TestOpenLookup : public CommandsFixture
 {
     Q_OBJECT
 
@@ -154,5 +154,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestLookupCommand)
-#include "tst_lookupcommand.moc"
+QTEST_MAIN(TestOpenLookup)
+#include "tst_openlookup.moc"

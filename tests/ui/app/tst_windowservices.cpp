@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What pages get from the main window: the paths of current and selected rows, a step to another row, a list filled
+// again at a renamed file, and work that starts without the mark of a former refusal.
+
+#include "ui/app/principalfixture.h"
+#include "ui/app/windowservices.h"
+
+using namespace Qt::StringLiterals;
+using namespace ravlin;
+using namespace ravlin::test;
+
+class TestWindowServices : public PrincipalFixture
+{
+    Q_OBJECT
+
+private:
+    WindowServices *services() const { return m_window->findChild<WindowServices *>(); }
+
+private Q_SLOTS:
+    void init()
+    {
+        startAfresh();
+        store({{u"tags"_s, u"2"_s}});
+        for (const QString &name : {u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s})
+            addFile(name);
+        open(path());
+    }
+    void cleanup() { closeWindow(); }
+
+    void pathsAreThoseOfTheRows()
+    {
+        QCOMPARE(services()->currentPath(), QString());
+        QCOMPARE(services()->selectedPaths(), (QStringList{at(u"a.mp3"_s), at(u"b.mp3"_s), at(u"c.mp3"_s)}));
+        QCOMPARE(services()->selectedCount(), 3);
+        clickRow(1);
+        QCOMPARE(services()->currentPath(), at(u"b.mp3"_s));
+        QCOMPARE(services()->selectedPaths(), QStringList(at(u"b.mp3"_s)));
+        QCOMPARE(services()->selectedCount(), 1);
+    }
+
+    void aStepTakesTheSelectionAlong()
+    {
+        clickRow(1);
+        QVERIFY(services()->moveCurrent(1));
+        QCOMPARE(services()->selectedPaths(), QStringList(at(u"c.mp3"_s)));
+        QCOMPARE(services()->currentPath(), at(u"c.mp3"_s));
+        QCOMPARE(panel(2), at(u"c.mp3"_s));
+        QVERIFY(services()->moveCurrent(-2));
+        QCOMPARE(services()->currentPath(), at(u"a.mp3"_s));
+    }
+
+    void aStepBeyondTheListChangesNothing()
+    {
+        QVERIFY(!services()->moveCurrent(1)); // no row is current
+        QCOMPARE(services()->selectedCount(), 3);
+        clickRow(2);
+        QVERIFY(!services()->moveCurrent(1));
+        QVERIFY(!services()->moveCurrent(-3));
+        QCOMPARE(services()->currentPath(), at(u"c.mp3"_s));
+        QCOMPARE(services()->selectedPaths(), QStringList(at(u"c.mp3"_s)));
+    }
+
+    void aRefreshStaysAtTheRenamedFile()
+    {
+        clickRow(0);
+        QVERIFY(QFile::rename(at(u"a.mp3"_s), at(u"d.mp3"_s)));
+        services()->refreshListAt(at(u"d.mp3"_s));
+        QCOMPARE(services()->currentPath(), at(u"d.mp3"_s));
+        services()->refreshList();
+        QCOMPARE(services()->currentPath(), at(u"d.mp3"_s));
+        services()->refreshListAt(u"/elsewhere/b.mp3"_s);
+        QCOMPARE(services()->currentPath(), at(u"d.mp3"_s));
+    }
+
+    void workStartsWithoutTheFlagOfAFormerRefusal()
+    {
+        m_program->state.cancelled = true;
+        bool wasCancelled = true;
+        QVERIFY(services()->runWithProgress(1, [&](BatchProgress &) { wasCancelled = m_program->state.cancelled; }));
+        QVERIFY(!wasCancelled);
+    }
+};
+
+QTEST_MAIN(TestWindowServices)
+#include "tst_windowservices.moc"
