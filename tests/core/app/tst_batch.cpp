@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of a batch: rows in list order, progress told before each, what a failure and the cancelled flag mean by
-// policy, and what became of every row.
+// A batch takes rows in list order, reports progress before each, treats a failure and the cancelled flag as its policy
+// says, and returns the outcome of every row.
 
 #include "core/app/batch.h"
 
@@ -109,7 +109,7 @@ private Q_SLOTS:
         const auto work = [](const QString &) -> Result<void> { return {}; };
         QCOMPARE(runBatch(m_paths, state, progress, work, TagWritingPolicy).takenCount(), 0);
         QCOMPARE(progress.events, QStringList());
-        // A run that writes no tags needs no space and does not ask.
+        // A run that writes no tags needs no space, so it ignores the flag.
         QCOMPARE(runBatch(m_paths, state, progress, work, RowByRowPolicy).doneCount(), 3);
     }
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where the user guide is found: beside the program or where the system keeps documentation, in the language that is
-// spoken.
+// The user guide is found beside the program or where the system keeps documentation, in the interface's language.
 
 #include "core/app/idiomas.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of the interface texts: 91 captions letter for letter in three languages, an unknown language changes
-// nothing, the language choice at the start, and a text for every error in every language.
+// The interface has 91 captions, letter for letter in three languages, and a text for every error in each. An unknown
+// language changes nothing. The settings choose the language at the start.
 
 #include "core/app/idiomas.h"
 #include "core/app/settings.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of the ini document: a change touches one line, every other byte stays; every text round-trips; a line
-// typed by hand means what it says.
+// A change of an ini document touches one line and keeps every other byte. Every text round-trips. A line typed by hand
+// means what it says.
 
 #include "core/app/inidocument.h"
 #include "core/app/settings.h"

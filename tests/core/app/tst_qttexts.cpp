@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Qt's own texts follow the language of the interface, back and forth, and nothing is left behind at the end.
+// Qt's own texts follow the interface's language, back and forth, and are English again at the end.
 
 #include "core/app/qttexts.h"
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The contract of the settings: every text round-trips; a missing key reads as empty; only the keys that were written
-// change in the file, whatever others did to it meanwhile; no state of the file stops the program, and none is
-// overwritten with less.
+// Every text of the settings round-trips, and a missing key reads as empty. A save changes only the written keys,
+// whatever others have done to the file meanwhile. No state of the file stops the program or loses data.
 
 #include "core/app/settings.h"
 #include "core/platform/desktop.h"
@@ -100,7 +99,7 @@ void TestSettings::defaultPathIsInTheConfigurationFolder()
     QVERIFY(QDir::isAbsolutePath(configuration));
     QCOMPARE(Settings::defaultPath(), configuration + u"/ravlin/ravlin.ini"_s);
     QCOMPARE(Settings().path(), Settings::defaultPath());
-    QVERIFY(!QFileInfo::exists(configuration + u"/ravlin"_s)); // asking leaves nothing behind
+    QVERIFY(!QFileInfo::exists(configuration + u"/ravlin"_s)); // the question creates no file
 }
 
 void TestSettings::missingKeysReadAsEmpty()
@@ -407,7 +406,7 @@ void TestSettings::aReadOnlyFileIsLeftAlone()
 
 void TestSettings::aReadOnlyFolderIsAnError()
 {
-    // A file in the way of the folder, and on Linux a file system that nobody can write.
+    // A file in place of the folder, and on Linux a file system that nobody can write.
     put("not a folder", m_folder->filePath(u"file"_s));
     QStringList places{m_folder->filePath(u"file/ravlin/ravlin.ini"_s)};
     if (QFileInfo::exists(u"/proc/self"_s))

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where a dragged row goes: between the rows whose edge is the nearest, or before the row under the pointer; beyond the
-// rows to the first or last position.
+// A dragged row goes between the rows with the nearest edge, or before the row under the pointer; beyond the rows, to
+// the first or last position.
 #include "core/controls/dropposition.h"
 
 #include <QTest>

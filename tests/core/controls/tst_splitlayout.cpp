@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The layout rule of a split panel and the rule for releasing its bar: every case by itself, and for thousands of
-// random rules, states and extents the promises that hold for all of them.
+// The rules for laying out a split panel and for releasing its bar: each case by itself, then the invariants over
+// thousands of random rules, states and extents.
 
 #include "core/controls/splitlayout.h"
 
@@ -141,7 +141,7 @@ void TestSplitLayout::releasing()
     QFETCH(int, position);
     const SplitRule rule{.splitterWidth = 76, .snapToEdge = snapToEdge};
     constexpr int Offset = 20;
-    const int barBegin = position - Offset - 38; // half a bar is added to where the pointer is
+    const int barBegin = position - Offset - 38; // half a bar is added to the pointer's place
     const SplitState released = releasedBar(barBegin, Offset, rule, 10000);
     QTEST(released.snapped, "snapped");
     QTEST(released.position, "released");
@@ -186,14 +186,14 @@ void TestSplitLayout::anyRuleStateAndExtent()
         QCOMPARE(layout.second, (Span{layout.bar.end(), extent - layout.bar.end()}));
         QVERIFY(layout.lowest <= layout.position && layout.position <= layout.highest);
         QVERIFY(layout.firstVisible || layout.secondVisible);
-        // A layout settles at once: laying out its own outcome changes nothing.
+        // Laying out a layout's result again changes nothing.
         QCOMPARE(layOutSplit(rule, {layout.position, state.snapped}, extent).position, layout.position);
 
         if (state.snapped != SnappedPanel::None)
             continue;
         QVERIFY(layout.firstVisible && layout.secondVisible);
         if (extent >= 2 * rule.minPanelSize) {
-            // The minimum goes to the bar's centre, so up to half a bar of it is the bar's.
+            // The minimum counts up to the bar's centre, so half a bar of it belongs to the bar.
             QVERIFY(layout.position >= rule.minPanelSize && extent - layout.position >= rule.minPanelSize);
             const int halfABar = (rule.splitterWidth + 1) / 2;
             QVERIFY(layout.first.length >= rule.minPanelSize - halfABar);

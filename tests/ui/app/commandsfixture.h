@@ -17,15 +17,15 @@ namespace ravlin::test {
 
 using namespace Qt::StringLiterals;
 
-/// The real main window with its commands on files and folders: presses the buttons of the windows that they open, and
-/// stands for the folder dialog and for the player.
+/// The real main window with its commands for files and folders. Presses the buttons of the windows that they open, and
+/// replaces the folder dialog and the player.
 class CommandsFixture : public PrincipalFixture
 {
 protected:
     QTimer m_answering;
-    QStringList m_answers; ///< buttons still to be pressed, each in the next window that asks
-    QStringList m_said;    ///< by the windows that were answered
-    QStringList m_starts;  ///< where the user was to choose a folder from
+    QStringList m_answers; ///< buttons still to be pressed, each in the next window that opens
+    QStringList m_said;    ///< the texts of the answered windows
+    QStringList m_starts;  ///< where each choice of a folder started
     QString m_destination;
     QStringList m_played;
 
@@ -58,7 +58,7 @@ protected:
             button->click();
         }
     }
-    /// The buttons that are pressed in the windows to come, one window each; "a+b" presses two.
+    /// The buttons to press in the coming windows, one window each; "a+b" presses two.
     void answerWith(const QStringList &buttons) { m_answers = buttons; }
 
     void openAt(const QString &folder)
@@ -119,7 +119,7 @@ protected:
                 list()->model()->index(rowOf(name), 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
         }
     }
-    /// Runs a command by the way that a row of test data names: a button, a menu's entry, or a key on the list or tree.
+    /// Runs a command by a button, a menu's entry, or a key on the list or tree, as test data names it.
     void run(const QString &way) const
     {
         const QString name = way.section(u' ', 1);

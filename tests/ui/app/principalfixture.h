@@ -27,8 +27,8 @@
 
 namespace ravlin::test {
 
-/// The real main window over a folder of real files, with settings of its own, and short words for its controls. Each
-/// test begins with init(): an empty store and an empty folder.
+/// The real main window over a folder of real files, with its own settings, and short names for its controls. Each test
+/// begins with init(): empty settings and an empty folder.
 class PrincipalFixture : public QObject
 {
 protected:
@@ -42,7 +42,7 @@ protected:
         QFile::remove(Settings::defaultPath());
         m_folder = std::make_unique<QTemporaryDir>();
     }
-    /// What the settings file holds before the program starts.
+    /// Fills the settings file before the program starts.
     static void store(const QList<std::pair<QString, QString>> &values)
     {
         Settings settings;
@@ -52,7 +52,7 @@ protected:
     }
     static QString stored(QStringView key) { return Settings().read(key); }
 
-    /// A start of the program, with the path that its command line names.
+    /// Starts the program with the path from its command line.
     void open(const QString &folder = {}, QSize size = {})
     {
         m_program = std::make_unique<Program>();
@@ -99,7 +99,7 @@ protected:
     QTabWidget *tabs() const { return control<QTabWidget>(QStringLiteral("tabs")); }
     QString panel(int number) const
     {
-        // A panel's accessible name is its text before it is shortened.
+        // A panel's accessible name is its whole text.
         return control<QLabel>(QStringLiteral("panel%1").arg(number))->accessibleName();
     }
     QString field(const QString &name) const { return control<QLineEdit>(name)->text(); }

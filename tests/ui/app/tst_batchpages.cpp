@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The pages that work on many files, and the renaming of the folder, in the main window: their tabs, what a run does to
-// list, page and tree, and the choices from start to start.
+// The pages for many files, and the renaming of the folder, in the main window: their tabs, what a run does to list,
+// page and tree, and the choices from one start to the next.
 
 #include "ui/app/principalfixture.h"
 
@@ -30,7 +30,7 @@ private:
         addFile(u"music/2.mp3"_s, titled(u"two"_s));
         addFile(u"other/3.mp3"_s, titled(u"three"_s));
     }
-    /// Waits for a modal window of that name to come up, and hands it over. To be called before what opens it.
+    /// Waits for a modal window of that name and passes it on. Call it before the window opens.
     void whenOpened(const QString &name, const std::function<void(QWidget *)> &act)
     {
         QTimer::singleShot(0, this, [this, name, act] {

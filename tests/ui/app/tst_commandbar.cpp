@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The commands' places: every button of the toolbar with its menu, what is disabled when, the context menus, undo, and
-// the saved patterns.
+// Every button of the toolbar with its menu, when commands are disabled, the context menus, undo, and the saved
+// patterns.
 
 #include "ui/app/commandsfixture.h"
 #include "ui/naming/patternbox.h"
@@ -74,7 +74,7 @@ private Q_SLOTS:
         for (const QString &key : {u"lista"_s, u"play"_s, u"bcarpeta"_s, u"mcarpeta"_s, u"ccarpeta"_s})
             QVERIFY2(action(u"tb_"_s + key)->isEnabled(), qPrintable(key));
         QVERIFY(buttonAction(7)->isEnabled());
-        // A menu stays in reach although the button's own command is disabled; with nothing in it, it does not.
+        // A disabled command leaves its button's menu enabled, unless all entries are disabled.
         QVERIFY(control<QToolButton>(u"tb_9"_s)->isEnabled());
         control<QToolButton>(u"tb_9"_s)->click();
         QVERIFY(control<QToolButton>(u"tb_9"_s)->menu()->isVisible());
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QVERIFY(!buttonAction(7)->isEnabled());
         for (const QString &key : {u"bcarpeta"_s, u"mcarpeta"_s, u"ccarpeta"_s})
             QVERIFY2(!action(u"tb_"_s + key)->isEnabled(), qPrintable(key));
-        QTest::keyClick(tree(), Qt::Key_Delete); // asks nothing
+        QTest::keyClick(tree(), Qt::Key_Delete); // shows no question
     }
 
     void withoutAFolderNothingIsThereToActOn()
@@ -157,7 +157,7 @@ private Q_SLOTS:
         openThree();
         selectRows({u"a.mp3"_s});
         action(u"tb_mover"_s)->trigger();
-        addFile(u"music/a.mp3"_s, titled(u"another"_s)); // the name is taken by now
+        addFile(u"music/a.mp3"_s, titled(u"another"_s)); // takes the old name
         answerWith({u"outcomeOk"_s});
         action(u"undo"_s)->trigger();
         QVERIFY2(m_said.value(0).contains(u"undone: 0; not undone: 1"_s), qPrintable(m_said.value(0)));

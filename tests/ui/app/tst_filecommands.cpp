@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The commands on files and folders in the real window, on real files: what is asked and what an answer leads to, what
-// becomes of the files, and where tree and list go when their folder is gone.
+// The commands for files and folders in the real window, on real files: the questions and the effect of each answer,
+// the files afterwards, and where tree and list go if their folder is gone.
 
 #include "ui/app/commandsfixture.h"
 
@@ -233,7 +233,7 @@ private Q_SLOTS:
         addTagged(u"music/2.mp3"_s, QString(), u"A/B"_s);
         addTagged(u"music/3.mp3"_s, u"Solo"_s, QString());
         openAt(at(u"music"_s));
-        run(u"button tb_3"_s); // nothing clicked yet: the last file that was listed
+        run(u"button tb_3"_s); // no click yet: the last listed file
         QVERIFY(exists(u"music/Solo.m3u"_s));
         clickRow(0);
         run(u"list Shift+L"_s);
@@ -298,7 +298,7 @@ private Q_SLOTS:
         QVERIFY2(m_said.front().startsWith(u"put 2 files into the trash?"_s), qPrintable(m_said.front()));
         QVERIFY(!exists(u"music/one.m3u"_s) && !exists(u"music/TWO.M3U"_s));
         QVERIFY(QFileInfo::exists(inTrash(u"one.m3u"_s)));
-        run(u"list Shift+B"_s); // none is left: nothing is asked
+        run(u"list Shift+B"_s); // none is left: no question
         QVERIFY(exists(u"music/a.mp3"_s));
     }
 

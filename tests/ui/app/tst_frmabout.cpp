@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The about box: version, addresses and thanks; each address goes to the system as it should.
+// The about box shows version, addresses and thanks, and hands each address to the system.
 
 #include "core/app/idiomas.h"
 #include "ui/app/frmabout.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The second page of the options: it shows what is stored, and what the user chooses there is saved with the first page
-// and in force at once.
+// The second page of the options shows what is stored. Its choices are saved with those of the first page and apply at
+// once.
 
 #include "core/app/programstate.h"
 #include "core/app/settings.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The user guide says what the program says: each caption that it quotes is in the program's tables in that language,
-// each key is one that the program knows by that name, and its table of keys is that of the commands in the window, all
-// of them.
+// The user guide agrees with the program: each quoted caption is in the program's tables in that language, each key has
+// the program's name, and the table of keys lists the window's commands, all of them.
 
 #include "core/app/texttable.h"
 #include "ui/app/principalfixture.h"
@@ -70,7 +69,7 @@ Quotations quotationsOf(const QString &page)
     return quotations;
 }
 
-/// Whether a text is the caption of something in the language that is spoken.
+/// Whether the program shows this text somewhere in the current language.
 bool isShown(const QString &text, const Captions &captions)
 {
     if (text == u"tags" || text == u"email") // the same in every language
@@ -90,7 +89,7 @@ bool isShown(const QString &text, const Captions &captions)
     return false;
 }
 
-/// Whether it is a key, or a key to be held down, by the name that the program's menus show in this language.
+/// Whether it is the name of a key or modifier, as menus show it in this language.
 bool isKey(const QString &name)
 {
     for (const Qt::KeyboardModifier held : {Qt::ControlModifier, Qt::ShiftModifier, Qt::AltModifier}) {

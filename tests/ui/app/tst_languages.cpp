@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Every window in every language: no text is shown that is not in one of the two tables in the language that is spoken,
-// but for the few that are the same in all languages. A window that is open when the language changes shows the new
-// texts when it applies its captions; one that is made later has them at once.
+// Every window in every language shows only texts from the two tables in that language, except for a few that are the
+// same in all languages. A window that is open at a change of the language shows the new texts when it applies its
+// captions; a later one has them at once.
 
 #include "core/app/texttable.h"
 #include "core/naming/placeholders.h"
@@ -46,13 +46,13 @@ struct WindowMaker
 {
     QString name;
     std::function<QWidget *(Program &)> make;
-    /// For windows that may be open while the language changes: applies its captions.
+    /// Applies the captions of a window that may be open while the language changes.
     std::function<void(QWidget *)> applyCaptions = {};
     /// Texts of this window that are the same in every language.
     QStringList fixed = {};
 };
 
-/// What is told of a connection is the same in every language.
+/// The reports about a connection are the same in every language.
 QStringList connectionStates()
 {
     QStringList texts;
@@ -61,7 +61,7 @@ QStringList connectionStates()
     return texts;
 }
 
-/// Every window of the program. A new one is a line here.
+/// Every window of the program. Add a line for a new one.
 QList<WindowMaker> windowMakers()
 {
     return {
@@ -126,7 +126,7 @@ QList<WindowMaker> windowMakers()
     };
 }
 
-/// What assistive tools and the screen show of an item view: the headers. The rows are the user's data.
+/// The headers of an item view. Its rows are the user's data.
 QStringList headerTexts(const QAbstractItemView *view)
 {
     QStringList texts;
@@ -162,12 +162,12 @@ QStringList ownTexts(const QWidget *widget)
     return texts;
 }
 
-/// Everything that a window and its parts say.
+/// All texts of a window and its parts.
 QStringList shownTexts(const QWidget *window)
 {
     QStringList texts = ownTexts(window);
     for (const QWidget *widget : window->findChildren<QWidget *>()) {
-        // Qt's own parts, which speak by Qt's translations: what a list drops down, the arrows of a row of tabs.
+        // Qt's own parts use Qt's translations: a combo box's list, the arrows of a row of tabs.
         const bool isQts =
             widget->inherits("QComboBoxPrivateContainer") || qobject_cast<const QComboBox *>(widget->parentWidget()) ||
             (qobject_cast<const QTabBar *>(widget->parentWidget()) && widget->accessibleName().isEmpty());
@@ -179,7 +179,7 @@ QStringList shownTexts(const QWidget *window)
     return texts;
 }
 
-/// The texts that the tables have in the present language, and those of Qt's own that the windows show.
+/// The texts of the tables in the current language, and Qt's own in the windows.
 class Spoken
 {
 public:
@@ -295,7 +295,7 @@ private Q_SLOTS:
         speakLanguage(program, language);
         if (made.applyCaptions) {
             made.applyCaptions(open.get());
-        } else { // the window is over another one, or modal: it is opened anew
+        } else { // a window over another one, or a modal one, is opened anew
             open.reset();
             Settings settings;
             settings.write(settingskey::Idioma, languageCodeFromName(language));

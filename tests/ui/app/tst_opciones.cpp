@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The options dialog: what it shows of the settings, how the language changes at once, what save writes and cancel does
-// not.
+// The options dialog shows the settings and changes the language at once; save writes the choices, cancel does not.
 
 #include "core/app/programstate.h"
 #include "core/app/settings.h"
@@ -56,7 +55,7 @@ private:
         return settings.open(QIODevice::ReadOnly) ? settings.readAll() : QByteArray();
     }
 
-    /// A start of the program and the opening of the dialog in it.
+    /// Starts the program and opens the dialog.
     void open()
     {
         m_dialog.reset();
@@ -81,7 +80,7 @@ private:
     QLineEdit *field(const QString &name) const { return control<QLineEdit>(name); }
     QString label(const QString &name) const { return control<QLabel>(name)->text(); }
     QCheckBox *opreme() const { return control<QCheckBox>(u"opreme"_s); }
-    /// What a user's choice in the list does.
+    /// Chooses an entry as a user does.
     void choose(const QString &name, int index) const
     {
         QComboBox *box = list(name);
@@ -291,7 +290,7 @@ private Q_SLOTS:
         QCOMPARE(QCoreApplication::translate("QPlatformTheme", "&Yes"), u"&Oui"_s);
         QCOMPARE(stored(u"idioma"_s), u"es"_s);
         QCOMPARE(file(), before);
-        QVERIFY(m_program->settings.save()); // nothing is left to be saved later either
+        QVERIFY(m_program->settings.save()); // has nothing to write
         QCOMPARE(file(), before);
         QCOMPARE(m_program->state.tagSaveMode, 2);
         open(); // the next start

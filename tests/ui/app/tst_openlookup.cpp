@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The CD-database window over the main window: it is opened by the toolbar's first button, its menu's entry, the list's
-// context menu and a key, for the files that are selected; the list shows what it saves; it goes with the main window.
+// The toolbar's first button, its menu's entry, the list's context menu and a key open the CD-database window for the
+// selected files. The list shows what it saves. It closes with the main window.
 
 #include "support/cddbserver.h"
 #include "support/cddbtest.h"

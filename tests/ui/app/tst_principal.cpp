@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main window at work on real files: what a listing shows, what a click, a key, a save and a drop lead to.
+// The main window at work on real files: what it shows after a listing, a click, a key, a save and a drop.
 
 #include "ui/app/principalfixture.h"
 #include "ui/controls/busy.h"
@@ -27,7 +27,7 @@ private:
         for (const QString &name : {u"a"_s, u"b"_s, u"c"_s})
             addFile(name + u".mp3"_s, titled(u"title "_s + name));
     }
-    /// Sends a drag with this address over the widget and drops it there; tells whether it was taken, and as what.
+    /// Drags this address over the widget and drops it there. Returns whether it was accepted, and with which action.
     static Qt::DropAction drop(QWidget *target, const QUrl &url, Qt::DropActions possible = Qt::CopyAction)
     {
         QMimeData data;
@@ -96,7 +96,7 @@ private Q_SLOTS:
         open(path());
         QTest::keyClick(list(), Qt::Key_Down);
         QCOMPARE(field(u"Ttitulo"_s), u"title b"_s);
-        QTest::keyClick(list(), Qt::Key_B); // without Shift it is a key like any other
+        QTest::keyClick(list(), Qt::Key_B); // without Shift the key has no command
         QCOMPARE(field(u"Ttitulo"_s), u"title b"_s);
     }
 
@@ -107,7 +107,7 @@ private Q_SLOTS:
         tabs()->addTab(new QWidget, u"another"_s);
         tabs()->setCurrentIndex(1);
         clickRow(2);
-        QCOMPARE(field(u"Ttitulo"_s), QString()); // the page is not in sight
+        QCOMPARE(field(u"Ttitulo"_s), QString()); // the page is hidden
         clickRow(1, Qt::RightButton);
         QCOMPARE(tabs()->currentIndex(), 0);
         QCOMPARE(field(u"Ttitulo"_s), u"title b"_s);
@@ -188,7 +188,7 @@ private Q_SLOTS:
         QCOMPARE(message, u"low disk space, operation cancelled"_s);
         QCOMPARE(titleOf(u"a.mp3"_s), u"title a"_s);
 
-        m_program->state.freeMegabytes = 100000; // room was made
+        m_program->state.freeMegabytes = 100000; // space was freed
         clickRow(0);
         control<QLineEdit>(u"Ttitulo"_s)->setText(u"new"_s);
         control<QPushButton>(u"edita"_s)->click();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main window as it looks: every text in the language that is spoken, everything in its place at every width, the
-// way of the Tab key, and a name for each part.
+// The main window shows every text in the current language and every part in its place at any width; the Tab key visits
+// the parts in order, and each has a name.
 
 #include "core/app/texttable.h"
 #include "core/naming/placeholders.h"
@@ -26,7 +26,7 @@ class TestPrincipalLook : public PrincipalFixture
 private:
     static QStringList languages() { return {u"english"_s, u"spanish"_s, u"french"_s}; }
 
-    /// Everything that the window may say in its present language about these three files, two of them selected.
+    /// All texts that the window may show for these three files, two of them selected, in the current language.
     QSet<QString> allowedTexts() const
     {
         const Captions &captions = m_program->captions;
@@ -49,7 +49,7 @@ private:
         }
         return allowed;
     }
-    /// A tooltip tells the key besides, in brackets.
+    /// A tooltip adds the key in brackets.
     static QString withoutShortcut(const QAction &action)
     {
         const QString keys = u" (%1)"_s.arg(action.shortcut().toString(QKeySequence::NativeText));
@@ -60,7 +60,7 @@ private:
     {
         QStringList texts;
         for (const QWidget *widget : m_window->findChildren<QWidget *>()) {
-            // What Qt brings itself speaks by Qt's own translations.
+            // Qt's own parts use Qt's translations.
             const bool isQtsOwn = qobject_cast<const QTabBar *>(widget->parentWidget()) != nullptr;
             if (widget->inherits("QComboBoxPrivateContainer") || isQtsOwn)
                 continue;
@@ -105,7 +105,7 @@ private:
         return widget->objectName().isEmpty() ? QString::fromLatin1(widget->metaObject()->className())
                                               : widget->objectName();
     }
-    /// What stands in the way of another or out of its place among a widget's visible children.
+    /// The visible children of a widget that overlap another one or leave the widget.
     static QStringList misplacedChildren(const QWidget *parent)
     {
         QStringList faults;
@@ -221,7 +221,7 @@ private Q_SLOTS:
         QTRY_COMPARE(control<QLabel>(u"mode"_s)->text(), u"128 kbps"_s);
         speak(language);
         QCOMPARE(m_window->width(), width);
-        // Nested layouts take a few rounds of the event loop to settle.
+        // Nested layouts need a few rounds of the event loop.
         QTRY_COMPARE(misplaced().join(u", "_s), QString());
         if (width >= 700)
             QTRY_COMPARE(cutTexts().join(u", "_s), QString());
@@ -263,7 +263,7 @@ private Q_SLOTS:
         control(u"tb_12"_s)->setFocus();
         QStringList way;
         do {
-            // Which buttons the toolbar has is no matter here.
+            // The toolbar's buttons don't matter here.
             if (const QString name = nameOf(QApplication::focusWidget()); !name.startsWith(u"tb_"_s))
                 way << name;
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);

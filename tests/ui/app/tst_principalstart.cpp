@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Starting and closing the main window: what it takes from the settings and the command line, what it gives back, and
-// in which order it closes.
+// Starting and closing the main window: what it reads from the settings and the command line, what it writes back, and
+// the order in which windows close.
 
 #include "core/app/programstate.h"
 #include "ui/app/principalfixture.h"
@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
 
-/// A window that notes its closing.
+/// A window that records its closing.
 class NotingWindow : public QWidget
 {
 public:
@@ -76,12 +76,12 @@ private Q_SLOTS:
         m_window->chooseAtFirstRun();
         QVERIFY(!wasWindowShown);
         QVERIFY(wasDialogModal);
-        // In force at once ...
+        // The choice applies at once ...
         QCOMPARE(m_program->state.tagSaveMode, 5);
         QCOMPARE(tabs()->tabText(0), u"editeur de tag id3"_s);
         QVERIFY(m_window->findChild<QDialog *>(u"opciones"_s) == nullptr);
         closeWindow();
-        // ... and after a restart, which does not ask again.
+        // ... and after a restart, which opens no options.
         open();
         QCOMPARE(m_program->state.tagSaveMode, 5);
         QCOMPARE(tabs()->tabText(0), u"editeur de tag id3"_s);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The dialogs that the main window opens: by which controls and keys, what the window does once the options are closed,
-// and that no state of the settings file keeps the program from starting or is overwritten with less.
+// The dialogs of the main window: the controls and keys that open them, and what the window does once the options are
+// closed. No state of the settings file keeps the program from starting or loses data.
 
 #include "ui/app/principalfixture.h"
 #include "ui/app/programdialogs.h"
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QVERIFY(!dialog(u"opciones"_s));
         openOptions();
         QVERIFY(dialog(u"opciones"_s)->isModal());
-        control<QAbstractButton>(u"tb_16"_s)->click(); // from a tool that goes round the modality
+        control<QAbstractButton>(u"tb_16"_s)->click(); // as a tool that bypasses the modality does
         QCOMPARE(m_window->findChildren<QDialog *>(u"opciones"_s).size(), 1);
     }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The wait window: its state is there at once and as told, the window itself only where the work lasts, and closing it
-// does nothing to the work.
+// The wait window's state exists at once; the window appears only if the work lasts, and closing it has no effect on
+// the work.
 
 #include "ui/controls/esperate.h"
 
@@ -21,7 +21,7 @@ class TestEsperate : public QObject
     Q_OBJECT
 
 private:
-    static constexpr int LongEnough = 2000; ///< milliseconds within which the window must have come up
+    static constexpr int LongEnough = 2000; ///< milliseconds within which the window must appear
 
     std::unique_ptr<QWidget> m_main;
     esperate *m_wait = nullptr;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Icons have the palette's colour, the size that is asked for, and are grey where disabled.
+// Icons have the palette's colour and the requested size, and are grey if disabled.
 
 #include "ui/controls/icons.h"
 
@@ -23,7 +23,7 @@ private:
         palette.setColor(QPalette::Disabled, QPalette::ButtonText, disabled);
         return palette;
     }
-    /// The colour of what is drawn; invalid when nothing is or there are several.
+    /// The colour of the opaque pixels; invalid if there are none or several colours.
     static QColor colourOf(const QImage &image)
     {
         QColor colour;

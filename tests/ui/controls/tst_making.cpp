@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: Shift+F10 opens the context menu of the control that has the focus, once, at its cursor; other keys, and
-// the same key with other modifiers, reach the control as ever.
+// Shift+F10 opens the context menu of the control with the focus, once, at its cursor. Other keys, and the same key
+// with other modifiers, reach the control.
 #include "ui/controls/making.h"
 
 #include <QContextMenuEvent>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The dragging of a row: it begins with a move of the left button that is more than a click's, shows a mark where the
-// row would go, scrolls beyond the edge, and ends with a drop, or without one by Escape and by another button.
+// Dragging a row begins when the left button moves farther than in a click, shows a mark where the row would go,
+// scrolls beyond the edge, and ends with a drop; Escape or another button ends it without one.
 
 #include "ui/controls/rowdrag.h"
 

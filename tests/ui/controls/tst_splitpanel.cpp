@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// SplitPanel as a widget: its eight properties and how they are kept, what the mouse and the keyboard do, and that the
-// panels lie where the layout rule says.
+// SplitPanel as a widget: its eight properties and their storage, mouse and keyboard, and panels placed as the layout
+// rule says.
 
 #include "ui/controls/splitpanel.h"
 
