@@ -76,7 +76,8 @@ private Q_SLOTS:
     {
         m_program->state.cancelled = true;
         bool wasCancelled = true;
-        QVERIFY(services()->runWithProgress(1, [&](BatchProgress &) { wasCancelled = m_program->state.cancelled; }));
+        QVERIFY(
+            services()->runWithProgress(1, [&](const ProgressReport &) { wasCancelled = m_program->state.cancelled; }));
         QVERIFY(!wasCancelled);
     }
 };
