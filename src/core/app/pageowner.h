@@ -32,9 +32,8 @@ public:
     /// The same after files were renamed: the row of the file at that path becomes current, if it is listed.
     virtual void refreshListAt(const QString &path) = 0;
 
-    /// Runs the work on a thread of its own and shows its progress, out of that number of rows, in the meantime.
-    /// Returns when the work is done; until then the window paints but takes no input. False, with nothing done, while
-    /// other work is under way.
+    /// Runs the work on its own thread and shows its progress out of that number of rows. Returns when the work has
+    /// ended; until then the window paints but takes no input. Returns false and does nothing while other work runs.
     [[nodiscard]] virtual bool runWithProgress(
         qsizetype rowCount, const std::function<void(const ProgressReport &)> &work) = 0;
 

@@ -157,7 +157,7 @@ constexpr std::array<Row, TextCount> Rows{{
     // %1, %2: numbers
     {Text::HintRenamed, {u"renamed: %1; left as they were: %2", u"renombrados: %1; sin cambios: %2",
                             u"renommés\u00a0: %1\u00a0; inchangés\u00a0: %2"}},
-    // The question about a name that is taken; %1: that name, %2: the file's present one.
+    // The question about a taken name; %1: that name, %2: the file's present one.
     {Text::ClashTitle, {u"name already taken", u"el nombre ya existe", u"nom déjà pris"}},
     {Text::ClashQuestion, {u"“%1” exists already. what shall become of “%2”?", u"«%1» ya existe. ¿qué hacer con «%2»?",
                               u"«\u00a0%1\u00a0» existe déjà. que faire de «\u00a0%2\u00a0»\u00a0?"}},
@@ -200,7 +200,7 @@ constexpr std::array<Row, TextCount> Rows{{
             u"ce disque n'a pas de corbeille. supprimer définitivement le dossier «\u00a0%1\u00a0», avec tout son "
             u"contenu\u00a0?"}},
     {Text::AndMore, {u"and %1 more", u"y %1 más", u"et %1 de plus"}},
-    // The question about a name that is taken in the folder %2.
+    // The question about a name taken in the folder %2.
     {Text::ClashInFolder, {u"“%1” exists already in “%2”", u"«%1» ya existe en «%2»",
                               u"«\u00a0%1\u00a0» existe déjà dans «\u00a0%2\u00a0»"}},
     {Text::ClashPresent, {u"in place: %1", u"existente: %1", u"existant\u00a0: %1"}},
@@ -208,7 +208,7 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::ClashFolder, {u"folder", u"carpeta", u"dossier"}},
     {Text::ClashReplace, {u"&replace", u"&reemplazar", u"&remplacer"}},
     {Text::ClashMerge, {u"&merge", u"co&mbinar", u"f&usionner"}},
-    // What a file operation came to. %1: a number, %2: another one.
+    // The outcome of a file operation. %1: a number, %2: another one.
     {Text::OutcomeCopy, {u"copied: %1; not copied: %2", u"copiados: %1; sin copiar: %2",
                             u"copiés\u00a0: %1\u00a0; non copiés\u00a0: %2"}},
     {Text::OutcomeMove, {u"moved: %1; not moved: %2", u"movidos: %1; sin mover: %2",
@@ -292,7 +292,7 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::TipWriteMail, {u"write to the authors", u"escribe a los autores", u"écrire aux auteurs"}},
     {Text::AboutGuide, {u"user guide", u"guía del usuario", u"guide de l'utilisateur"}},
     {Text::TipGuide, {u"read how everything is done", u"lee cómo se hace cada cosa", u"lire comment tout se fait"}},
-    // Names of the window's parts for who can't see them.
+    // Names of the window's parts for assistive tools.
     {Text::NameToolbar, {u"toolbar", u"barra de herramientas", u"barre d'outils"}},
     {Text::NameFolders, {u"folders", u"carpetas", u"dossiers"}},
     {Text::NameSplitter, {u"width of the folders", u"ancho de las carpetas", u"largeur des dossiers"}},
