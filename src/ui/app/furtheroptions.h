@@ -45,7 +45,7 @@ private:
     QLabel *m_clickLabel = nullptr;
     QComboBox *m_click = nullptr;
     QLabel *m_columnsLabel = nullptr;
-    std::array<QCheckBox *, 8> m_columns{};
+    std::array<QCheckBox *, 8> m_columns{}; ///< chcolumn_0 to chcolumn_7
 };
 
 } // namespace ravlin
