@@ -11,10 +11,6 @@
 
 namespace ravlin {
 
-namespace {
-
-} // namespace
-
 BatchPages::BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const FileList &list, QObject *parent)
     : QObject(parent), m_program(program), m_multiFilePage(new MultiFilePage(program.pageContext(owner), &tabs)),
       m_extractPage(new ExtractPage(program.pageContext(owner), &tabs)),

@@ -146,13 +146,11 @@ void FileCommands::showChanges(const QString &formerFolder)
 
 void FileCommands::renameFolder()
 {
-    Program &program = m_parts.program;
-    const QString folder = program.state.currentFolder;
+    const QString folder = m_parts.program.state.currentFolder;
     if (folder.isEmpty())
         return;
     const QString firstFile = m_parts.list.rowCount() == 0 ? QString() : folder + m_parts.list.rowText(0);
-    auto *dialog = new Dialog(
-        {program.settings, program.captions, program.tagStore, program.fileSystem}, folder, firstFile, m_parts.window);
+    auto *dialog = new Dialog(m_parts.program.pageContext(m_parts.owner), folder, firstFile, m_parts.window);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &Dialog::renameRequested, this, &FileCommands::rename);
     dialog->show();
