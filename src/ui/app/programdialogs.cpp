@@ -68,13 +68,10 @@ void ProgramDialogs::openLookup()
 {
     if (raise(m_lookup) || m_parts.owner.selectedCount() == 0)
         return;
-    Program &program = m_parts.program;
     const auto firstArtist = [&list = m_parts.list] {
         return list.rowCount() == 0 ? QString() : columnText(list.rows().rowAt(0), ListColumn::Artist);
     };
-    m_lookup = new freedb({m_parts.owner, program.state, program.tagStore, program.captions, program.settings,
-                              firstArtist, program.fileSystem},
-        m_parts.window);
+    m_lookup = new freedb(m_parts.program.pageContext(m_parts.owner), firstArtist, m_parts.window);
     m_lookup->setAttribute(Qt::WA_DeleteOnClose);
     m_lookup->show();
 }
