@@ -1,4 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Carries the precompiled headers (tests/CMakeLists.txt).
+// Empty: a library wants a source. The target exists for its precompiled headers (tests/CMakeLists.txt).
 namespace {
 }
