@@ -238,8 +238,12 @@ void mainform::showEvent(QShowEvent *event)
 
 void mainform::autoupdate(const QString &descriptor)
 {
-    if (!descriptor.isEmpty())
-        m_title->setText(u"autoupdate"_s);
+    if (descriptor.isEmpty())
+        return;
+    m_title->setText(u"autoupdate"_s);
+    const QString text = QString(descriptor).remove(u'"');
+    const qsizetype first = text.indexOf(u";;"_s);
+    [[maybe_unused]] const qsizetype second = first < 0 ? -1 : text.indexOf(u";;"_s, first + 2);
 }
 
 void mainform::check()

@@ -44,7 +44,8 @@ public:
 
     void setChooseFolder(ChooseFolder choose) { m_chooseFolder = std::move(choose); }
 
-    /// Takes an update descriptor. Only changes the title; nothing calls it.
+    /// Takes an update descriptor: sets the title and finds the descriptor's first two separators, whose places nothing
+    /// uses yet. Nothing calls it.
     void autoupdate(const QString &descriptor);
 
     void done(int result) override;
