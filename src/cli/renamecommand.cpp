@@ -93,7 +93,7 @@ int runRename(const Arguments &arguments, Console &console)
         if (row.problem)
             console.fail(row.path, *row.problem);
     }
-    RenamingPlan plan(fileSystem, renameWishes(rows, *rule));
+    RenamingPlan plan(fileSystem, fileRenames(rows, *rule));
     plan.answerAll(*answer);
     if (!isDry) {
         tellOutcome(runRenaming(fileSystem, plan), console);

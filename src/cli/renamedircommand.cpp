@@ -74,13 +74,12 @@ std::optional<FolderRename> planned(const QString &folder, const FolderRule &rul
         console.fail(*file, tag.error());
         return std::nullopt;
     }
-    std::optional<RenameWish> wish = folderRenameWish(*path, *tag, rule);
-    if (!wish) {
+    const std::optional<RenameRow> row = folderRename(*path, *tag, rule);
+    if (!row) {
         console.fail(folder, u"the tag of its first file makes no name"_s);
         return std::nullopt;
     }
-    std::vector<RenameWish> wishes{*std::move(wish)};
-    return FolderRename{RenamingPlan(fileSystem, std::move(wishes)), *tag};
+    return FolderRename{RenamingPlan(fileSystem, {*row}), *tag};
 }
 
 int runRenameDir(const Arguments &arguments, Console &console)

@@ -24,13 +24,13 @@ constexpr Option TransferDryRunOption{u"--dry-run", {}, u"show what would be don
 struct ReplyWord
 {
     QStringView word;
-    ClashReply reply = ClashReply::Skip;
+    ClashAnswer reply = ClashAnswer::Skip;
 };
 
-constexpr std::array ReplyWords{ReplyWord{u"skip", ClashReply::Skip}, ReplyWord{u"number", ClashReply::KeepBoth},
-    ReplyWord{u"replace", ClashReply::Replace}};
+constexpr std::array ReplyWords{ReplyWord{u"skip", ClashAnswer::Skip}, ReplyWord{u"number", ClashAnswer::KeepBoth},
+    ReplyWord{u"replace", ClashAnswer::Replace}};
 
-std::optional<ClashReply> replyFor(const Arguments &arguments)
+std::optional<ClashAnswer> replyFor(const Arguments &arguments)
 {
     const QString word = arguments.value(TransferClashOption.name).value_or(u"skip"_s);
     const auto *const found = std::ranges::find(ReplyWords, QStringView(word), &ReplyWord::word);
@@ -77,7 +77,7 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
     const QString folder = QDir::toNativeSeparators(arguments.value(ToOption.name).value_or(QString()));
     if (folder.isEmpty())
         return console.refuse(command, u"--to FOLDER is missing"_s);
-    const std::optional<ClashReply> reply = replyFor(arguments);
+    const std::optional<ClashAnswer> reply = replyFor(arguments);
     if (!reply)
         return console.refuse(command, u"--clash takes skip, number or replace"_s);
     const bool isDry = arguments.has(TransferDryRunOption.name);

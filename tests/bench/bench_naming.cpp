@@ -117,7 +117,7 @@ void newNames(benchmark::State &state)
     const NamingRule rule{NamingRule::Pattern, QStringLiteral("%4 - %1 - %3 [%2]"), {true, 2}, {true, 0}};
     for (auto _ : state) {
         for (const QString &path : files.paths)
-            benchmark::DoNotOptimize(BuildNewName(path, rule, store));
+            benchmark::DoNotOptimize(previewRenaming(path, rule, store));
     }
     state.SetItemsProcessed(state.iterations() * FileCount);
 }

@@ -3,7 +3,7 @@
 // iteration renames every file once, there and back in turn; compare the CPU times within one run. RAVLIN_BENCH_FILES
 // sets the number of files (default 10000).
 
-#include "core/files/renaming/renaming.h"
+#include "core/files/renaming/renamefromtags.h"
 #include "core/platform/filesystem.h"
 
 #include <benchmark/benchmark.h>
@@ -55,13 +55,13 @@ void ours(benchmark::State &state)
     Collection files;
     platform::FileSystem &native = platform::FileSystem::native();
     for (auto _ : state) {
-        std::vector<RenameWish> wishes;
-        wishes.reserve(static_cast<std::size_t>(files.from().size()));
+        std::vector<RenameRow> rows;
+        rows.reserve(static_cast<std::size_t>(files.from().size()));
         for (qsizetype i = 0; i < files.from().size(); ++i) {
             const QString &to = files.to()[i];
-            wishes.push_back(wishForFile(files.from()[i], platform::nameOf(to)));
+            rows.push_back(fileRename(files.from()[i], platform::nameOf(to)));
         }
-        const RenamingPlan plan(native, std::move(wishes));
+        const RenamingPlan plan(native, std::move(rows));
         const RenamingOutcome outcome = runRenaming(native, plan);
         if (outcome.renames.size() != static_cast<std::size_t>(files.from().size()))
             state.SkipWithError("a file was not renamed");

@@ -5,7 +5,6 @@
 #include "core/files/operations/deletion.h"
 #include "core/files/operations/fileoperations.h"
 #include "core/files/operations/undo.h"
-#include "core/files/renaming/filerenaming.h"
 #include "core/files/renaming/renamefromtags.h"
 #include "core/platform/scratchfolder.h"
 #include "core/tags/store/tagstore.h"
@@ -70,7 +69,7 @@ QString missingDrive()
 class Host final : public FileOperationHost
 {
 public:
-    std::optional<ClashDecision> askClash(const Clash &) override { return std::nullopt; }
+    ClashDecision askClash(const Clash &) override { return {ClashAnswer::Stop}; }
     bool confirmTrash(const QStringList &) override { return true; }
     bool confirmDeleteForGood(const QStringList &paths) override
     {
@@ -146,9 +145,9 @@ private Q_SLOTS:
         TagRecord record;
         for (const QString &album : {u"A/B"_s, u"A\\B"_s}) {
             record.Album = album;
-            const auto wish = folderRenameWish(scratch.path(u"New"_s), record, {true, false, {}});
-            QCOMPARE(wish->problem, platform::NameProblem::LeadsOutside);
-            runRenaming(files(), RenamingPlan(files(), {*wish}));
+            const auto row = folderRename(scratch.path(u"New"_s), record, {true, false, {}});
+            QCOMPARE(row->problem, platform::NameProblem::LeadsOutside);
+            runRenaming(files(), RenamingPlan(files(), {*row}));
             QCOMPARE(test::snapshotOf(scratch.path()).keys(), (QStringList{u"A"_s, u"New"_s}));
         }
     }
@@ -197,7 +196,7 @@ private Q_SLOTS:
         inUse.write(u"a.mp3"_s, "content");
         const auto moved = makeTransferPlan(files(), {TransferKind::Move, {inUse.path(u"a.mp3"_s)}, u"C:\\"_s});
         QVERIFY(!moved->items.front().error);
-        const RenamingPlan renamed(files(), {wishForFile(file.path(), u"b"_s + platform::nameOf(file.path()))});
+        const RenamingPlan renamed(files(), {fileRename(file.path(), u"b"_s + platform::nameOf(file.path()))});
         QCOMPARE(renamed.rows().front().state, RenameState::Rename);
     }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/files/list/folderroots.h"
+#include "core/files/list/foldermodel.h"
 #include "core/files/operations/playlist.h"
 #include "core/platform/desktop.h"
 #include "core/platform/nodes.h"

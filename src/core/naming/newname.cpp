@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/naming/newname.h"
 
-#include "core/naming/filename.h"
 #include "core/naming/placeholders.h"
 #include "core/naming/sessionchoices.h"
 #include "core/naming/texttransforms.h"
 #include "core/platform/path.h"
-#include "core/tags/store/tagstore.h"
 
 #include <QDir>
 
@@ -72,20 +70,6 @@ QString BuildNewName(const QString &oldBareName, const TagRecord &record, const 
         name = filledPattern(rule.pattern, record, oldBareName);
     name = applyConversion(ConversionKind::Case, rule.letterCase, name);
     return applyConversion(ConversionKind::Replace, rule.replacement, name);
-}
-
-Result<NewName> BuildNewName(const QString &path, const NamingRule &rule, const TagStore &store)
-{
-    Result<TagRecord> record = store.readRecordLeniently(path);
-    if (!record)
-        return tl::unexpected(record.error());
-    NewName result;
-    result.oldPath = path;
-    result.record = *std::move(record);
-    result.name = BuildNewName(bareName(path), result.record, rule);
-    result.name += NewExtension;
-    result.newPath = platform::folderPrefix(path) + result.name;
-    return result;
 }
 
 } // namespace ravlin

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/naming/conversion.h"
-#include "core/platform/error.h"
 #include "core/tags/record/tagrecord.h"
 
 #include <QString>
@@ -10,7 +9,6 @@
 /// New names of files from their tags.
 namespace ravlin {
 
-class TagStore;
 struct SessionChoices;
 
 /// How new names are made.
@@ -37,20 +35,5 @@ QString trackInName(const QString &track);
 /// its name. Under `op3` only the first occurrence of a placeholder is filled, one whose field is empty stays, and the
 /// pattern's own text is used as it stands: a separator in it leads into another folder. May be empty.
 QString BuildNewName(const QString &oldBareName, const TagRecord &record, const NamingRule &rule);
-
-/// What the renaming of one file comes to.
-struct NewName
-{
-    QString oldPath;
-    QString newPath; ///< in the old one's folder, unless the bare name leads elsewhere
-    QString name;    ///< the new bare name with its extension
-    TagRecord record;
-
-    bool isUnchanged() const { return newPath == oldPath; }
-};
-
-/// Reads the file's tag and makes its new name; touches nothing. Fails when the tag cannot be read: such a file keeps
-/// its name.
-Result<NewName> BuildNewName(const QString &path, const NamingRule &rule, const TagStore &store);
 
 } // namespace ravlin

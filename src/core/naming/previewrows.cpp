@@ -53,19 +53,16 @@ PreviewRow previewExtraction(const QString &path, const QString &pattern, const 
 
 PreviewRow previewRenaming(const QString &path, const NamingRule &rule, const TagStore &store)
 {
-    Result<NewName> renaming = BuildNewName(path, rule, store);
-    if (!renaming) {
-        PreviewRow row = unreadableRow(path, renaming.error());
-        row.newPath = path;
-        return row;
-    }
+    Result<TagRecord> record = store.readRecordLeniently(path);
+    if (!record)
+        return unreadableRow(path, record.error());
     PreviewRow row;
     row.path = path;
-    row.isUntouched = renaming->isUnchanged();
-    row.name = std::move(renaming->name);
-    row.record = std::move(renaming->record);
+    row.record = *std::move(record);
+    row.name = BuildNewName(bareName(path), row.record, rule);
+    row.name += NewExtension;
     row.isLongName = isLongName(row.name);
-    row.newPath = std::move(renaming->newPath);
+    row.isUntouched = row.name == platform::nameOf(path);
     return row;
 }
 

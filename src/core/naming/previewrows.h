@@ -3,6 +3,7 @@
 
 #include "core/app/progress.h"
 #include "core/naming/newname.h"
+#include "core/platform/error.h"
 #include "core/tags/record/tagrecord.h"
 
 #include <QString>
@@ -20,15 +21,14 @@ class TagStore;
 struct PreviewRow
 {
     QString path; ///< the file
-    /// Extraction: the file's name. Renaming: its new name with the extension; the present one if that stays because
-    /// the tag cannot be read. Not for finding a file: show it by shownName().
+    /// Extraction: the file's name. Renaming: its new name with the extension, in its own folder unless separators lead
+    /// elsewhere; the present name if the tag can't be read. Not for finding a file: show it by shownName().
     QString name;
     /// Extraction: the file's tag with what was taken from its name, also where the match failed half way. Renaming:
     /// the file's tag. Of a file that cannot be read all texts are empty.
     TagRecord record;
     bool isLongName = false;      ///< name has 65 characters or more
     bool isUntouched = false;     ///< the run would leave the file as it is: nothing fits, or the name stays
-    QString newPath;              ///< renaming: where the file would be; path itself where it stays. Else empty
     std::optional<Error> problem; ///< the file cannot be read, and why
 
     bool isUnreadable() const { return problem.has_value(); }

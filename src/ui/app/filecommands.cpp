@@ -156,12 +156,12 @@ void FileCommands::renameFolder()
     dialog->show();
 }
 
-void FileCommands::rename(const RenameWish &wish)
+void FileCommands::rename(const RenameRow &wanted)
 {
     platform::FileSystem &fileSystem = m_parts.program.fileSystem;
     RenamingOutcome outcome;
     const bool ran = m_parts.owner.runWithProgress(1, [&](const ProgressReport &progress) {
-        outcome = runRenaming(fileSystem, RenamingPlan(fileSystem, {wish}), {progress});
+        outcome = runRenaming(fileSystem, RenamingPlan(fileSystem, {wanted}), {progress});
     });
     if (!ran)
         return;

@@ -12,7 +12,7 @@
 
 namespace ravlin {
 
-struct RenameWish;
+struct RenameRow;
 
 /// The commands for the selected files and the current folder: copy, move, delete, playlists, renaming the folder, and
 /// undo. Asks the user, carries the command out (files by clsFileFunc) and makes tree and list show the result. Each
@@ -60,7 +60,7 @@ private:
     void transfer(Transfer operation, Caption caption, const std::function<QString()> &sources);
     QString askDestination(const QString &title);
     void remove(const QString &source);
-    void rename(const RenameWish &wish);
+    void rename(const RenameRow &wanted);
     void showChanges(const QString &formerFolder = {});
 
     WindowParts m_parts;

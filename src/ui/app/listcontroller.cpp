@@ -83,7 +83,7 @@ void ListController::RefreshListTags()
     const QStringList texts = m_list.rowTexts();
     std::vector<std::optional<ListedFile>> tags;
     const bool ran = m_busy.run(static_cast<int>(texts.size()), [&](const ProgressReport &progress) {
-        tags = readListTags(m_program.state.currentFolder, texts, optionsWith(progress));
+        tags = rereadFiles(m_program.state.currentFolder, texts, optionsWith(progress));
     });
     if (ran)
         m_list.setTags(tags);

@@ -3,11 +3,16 @@
 
 #include "core/controls/splitlayout.h"
 #include "ui/controls/rowdrag.h"
-#include "ui/files/elidedtips.h"
 
+#include <QBrush>
+#include <QColor>
 #include <QContextMenuEvent>
+#include <QFont>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QStyledItemDelegate>
+#include <QToolTip>
 
 #include <algorithm>
 #include <numeric>
@@ -28,6 +33,73 @@ bool isCommandLetter(int key)
 {
     return key == Qt::Key_B || key == Qt::Key_L || key == Qt::Key_P;
 }
+
+/// The list's rows as they look: a long name makes its row bold and pure red.
+class FileListModel : public ListModel
+{
+public:
+    using ListModel::ListModel;
+
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override
+    {
+        if (role != Qt::FontRole && role != Qt::ForegroundRole)
+            return ListModel::data(index, role);
+        if (!ListModel::data(index, LongNameRole).toBool())
+            return {};
+        if (role == Qt::ForegroundRole)
+            return QBrush(QColor(255, 0, 0));
+        QFont font;
+        font.setBold(true); // the view fills in what is not set
+        return font;
+    }
+};
+
+/// Shows a cell's tooltip only where the cell is too narrow for its text.
+class ElidedTips : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+        const QModelIndex &index) override
+    {
+        if (event->type() == QEvent::ToolTip && sizeHint(option, index).width() <= option.rect.width()) {
+            QToolTip::hideText();
+            return true;
+        }
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    }
+};
+
+/// Shows a header section's text as its tooltip where the section is too narrow for it.
+class ElidedHeaderTips : public QObject
+{
+public:
+    /// The header owns it.
+    explicit ElidedHeaderTips(QHeaderView *header) : QObject(header), m_header(header)
+    {
+        header->viewport()->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() != QEvent::ToolTip)
+            return QObject::eventFilter(watched, event);
+        const auto *help = static_cast<QHelpEvent *>(event);
+        const int section = m_header->logicalIndexAt(help->pos());
+        if (section >= 0 && m_header->sectionSizeHint(section) > m_header->sectionSize(section)) {
+            const QString text = m_header->model()->headerData(section, m_header->orientation()).toString();
+            QToolTip::showText(help->globalPos(), text, m_header);
+        } else {
+            QToolTip::hideText();
+        }
+        return true;
+    }
+
+private:
+    QHeaderView *const m_header;
+};
 
 } // namespace
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "ui/files/filelistmodel.h"
+#include "core/files/list/listmodel.h"
 
 #include <QStringList>
 #include <QTreeView>
@@ -108,7 +108,7 @@ private:
     /// every single cell.
     void keepSelection(const std::function<std::vector<std::size_t>()> &reorder);
 
-    FileListModel *const m_model;
+    ListModel *const m_model;
     RowDrag *const m_drag;
     int m_pressedCommand = 0; ///< the letter that was pressed with Shift alone and is still down
     int m_pressedRow = -1;    ///< that may be clicked: under the mouse button, and not dragged

@@ -5,8 +5,8 @@
 #include "core/files/list/listcolumns.h"
 #include "core/platform/path.h"
 #include "ui/controls/busy.h"
-#include "ui/files/outcomedialog.h"
-#include "ui/files/takennamedialog.h"
+#include "ui/controls/clashdialog.h"
+#include "ui/controls/outcomebox.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -31,7 +31,62 @@ QString nameIn(const QString &path)
     return shownName(platform::nameOf(path));
 }
 
+Text headlineOf(OperationKind kind)
+{
+    switch (kind) {
+    case OperationKind::Copy:
+        return Text::OutcomeCopy;
+    case OperationKind::Move:
+        return Text::OutcomeMove;
+    case OperationKind::Trash:
+    case OperationKind::DeleteForGood:
+        return Text::OutcomeDelete;
+    case OperationKind::Rename:
+        return Text::OutcomeRename;
+    case OperationKind::Undo:
+        break;
+    }
+    return Text::OutcomeUndo;
+}
+
+QString reasonOf(const FileFailure &failure, const OperationReport &report, const Captions &captions)
+{
+    const bool isUndo = report.kind == OperationKind::Undo;
+    QString reason = isUndo && failure.error.code == ErrorCode::Unsupported ? captions.text(Text::UndoImpossible)
+                                                                            : captions.errorText(failure.error.code);
+    // Inside a folder: which file it was.
+    if (!failure.error.path.isEmpty() && failure.error.path != failure.path)
+        reason += QStringLiteral(" (%1)").arg(shownName(failure.error.path));
+    return reason;
+}
+
+QString line(const QString &path, const QString &reason)
+{
+    return shownName(path) + QStringLiteral(": ") + reason;
+}
+
 } // namespace
+
+QStringList outcomeLines(const OperationReport &report, const Captions &captions)
+{
+    QStringList lines;
+    for (const FileFailure &failure : report.failures)
+        lines << line(failure.path, reasonOf(failure, report, captions));
+    const QString untouched = captions.text(report.wasStopped ? Text::ErrorCancelled : Text::OutcomeUntouched);
+    for (const QString &path : report.notDone)
+        lines << line(path, untouched);
+    for (const QString &path : report.skipped)
+        lines << line(path, captions.text(Text::OutcomeSkipped));
+    for (const QString &path : report.lost)
+        lines << line(path, captions.text(Text::OutcomeLost));
+    return lines;
+}
+
+QString outcomeHeadline(const OperationReport &report, const Captions &captions)
+{
+    const auto notDone = static_cast<qsizetype>(report.failures.size()) + report.notDone.size() + report.skipped.size();
+    return captions.text(headlineOf(report.kind)).arg(report.doneCount).arg(notDone);
+}
 
 OperationDialogs::OperationDialogs(const Captions &captions, Busy &busy, QWidget *window)
     : m_captions(captions), m_busy(busy), m_window(window)
@@ -43,12 +98,11 @@ bool OperationDialogs::takeHasWorked()
     return std::exchange(m_hasWorked, false);
 }
 
-std::optional<ClashDecision> OperationDialogs::askClash(const Clash &clash)
+ClashDecision OperationDialogs::askClash(const Clash &clash)
 {
-    TakenNameDialog dialog(m_captions, clash, m_window);
-    const std::optional<ClashDecision> decision = dialog.decide();
-    if (!decision)
-        m_hasWorked = false; // all that was done is to look
+    const ClashDecision decision = ClashDialog(m_captions, clash, m_window).decide();
+    if (decision.answer == ClashAnswer::Stop)
+        m_hasWorked = false; // so far files were only looked at
     return decision;
 }
 
@@ -107,7 +161,7 @@ bool OperationDialogs::runLong(OperationKind /*kind*/, const std::function<void(
 
 void OperationDialogs::tell(const OperationReport &report)
 {
-    OutcomeDialog(m_captions, report, m_window).exec();
+    OutcomeBox(m_captions, outcomeHeadline(report, m_captions), outcomeLines(report, m_captions), m_window).exec();
 }
 
 } // namespace ravlin

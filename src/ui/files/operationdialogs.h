@@ -13,22 +13,27 @@ namespace ravlin {
 class Busy;
 class Captions;
 
-/// What FileOperations asks and tells, as windows over the main window: questions before something is deleted, the
-/// question about a name that is taken, the wait window with a way to stop, and what was not done.
+/// A line for each thing that an operation did not do: its path and the reason.
+QStringList outcomeLines(const OperationReport &report, const Captions &captions);
+/// How many were done and how many were not.
+QString outcomeHeadline(const OperationReport &report, const Captions &captions);
+
+/// What FileOperations asks and shows, as windows over the main window: the questions before a deletion and about a
+/// taken name, the wait window with its way to stop, and what was not done.
 class OperationDialogs final : public FileOperationHost
 {
 public:
     /// All outlive this.
     OperationDialogs(const Captions &captions, Busy &busy, QWidget *window);
 
-    std::optional<ClashDecision> askClash(const Clash &clash) override;
+    ClashDecision askClash(const Clash &clash) override;
     bool confirmTrash(const QStringList &paths) override;
     bool confirmDeleteForGood(const QStringList &paths) override;
     bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) override;
     void tell(const OperationReport &report) override;
 
-    /// Whether since the last call of this files may have been changed: not where a question was answered with no, or
-    /// other work was under way.
+    /// Whether files may have changed since the last call of this: not if a question was answered with no, or other
+    /// work was under way.
     bool takeHasWorked();
 
 private:

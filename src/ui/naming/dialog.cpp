@@ -133,9 +133,9 @@ FolderRule Dialog::rule() const
     return {m_byArtistAlbum->isChecked(), m_byPattern->isChecked(), m_pattern->text()};
 }
 
-std::optional<RenameWish> Dialog::wish() const
+std::optional<RenameRow> Dialog::wanted() const
 {
-    return m_record ? folderRenameWish(m_folder, *m_record, rule()) : std::nullopt;
+    return m_record ? folderRename(m_folder, *m_record, rule()) : std::nullopt;
 }
 
 void Dialog::showNewName()
@@ -144,10 +144,10 @@ void Dialog::showNewName()
     QString shown;
     if (!m_record) {
         shown = captions.text(Text::NoFirstTag);
-    } else if (const std::optional<RenameWish> wanted = wish()) {
-        shown = shownName(wanted->to.mid(platform::nameStart(wanted->from)));
-        if (wanted->problem)
-            shown += QStringLiteral("\n") + problemText(captions, *wanted->problem);
+    } else if (const std::optional<RenameRow> row = wanted()) {
+        shown = shownName(row->wanted.mid(platform::nameStart(row->from)));
+        if (row->problem)
+            shown += QStringLiteral("\n") + problemText(captions, *row->problem);
     } else {
         shown = captions.text(Text::NoNewName);
     }
@@ -163,10 +163,10 @@ void Dialog::done(int result)
         m_pattern->remember();
     // A failure to save matters little: the values hold for this run, and the program saves again at its end.
     std::ignore = m_context.settings.save();
-    const std::optional<RenameWish> wanted = wish();
+    const std::optional<RenameRow> row = wanted();
     QDialog::done(result);
-    if (result == Accepted && wanted)
-        Q_EMIT renameRequested(*wanted);
+    if (result == Accepted && row)
+        Q_EMIT renameRequested(*row);
 }
 
 } // namespace ravlin

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/files/renaming/renamewish.h"
+#include "core/files/renaming/renaming.h"
 #include "core/naming/foldername.h"
 #include "core/tags/record/tagrecord.h"
 #include "ui/controls/pagecontext.h"
@@ -35,13 +35,13 @@ public:
 
     /// The renaming by the chosen rule. Nothing if no rule is chosen, it makes no name, or there is no file with a
     /// readable tag.
-    std::optional<RenameWish> wish() const;
+    std::optional<RenameRow> wanted() const;
 
     void done(int result) override;
 
 Q_SIGNALS:
     /// The user wants this renaming. The dialog is already closed.
-    void renameRequested(const RenameWish &wish);
+    void renameRequested(const RenameRow &wanted);
 
 private:
     void createControls();

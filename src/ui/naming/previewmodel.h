@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/files/renaming/filerenaming.h"
+#include "core/files/renaming/renamefromtags.h"
 #include "core/naming/previewrows.h"
 
 #include <QAbstractTableModel>

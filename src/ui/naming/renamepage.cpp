@@ -4,15 +4,15 @@
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
 #include "core/files/operations/undo.h"
-#include "core/files/renaming/filerenaming.h"
+#include "core/files/renaming/renamefromtags.h"
 #include "core/naming/placeholders.h"
 #include "core/naming/sessionchoices.h"
 #include "core/platform/path.h"
 #include "core/tags/store/tagstore.h"
+#include "ui/controls/clashdialog.h"
 #include "ui/controls/conversionbox.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
-#include "ui/naming/clashdialog.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
 #include "ui/naming/preview.h"
@@ -209,7 +209,7 @@ void RenamePage::answerClashes(RenamingPlan &plan)
     while (const std::optional<std::size_t> row = plan.nextClash()) {
         const RenameRow &clash = plan.rows()[*row];
         ClashDialog dialog(m_context.captions, platform::nameOf(clash.wanted), platform::nameOf(clash.from), window());
-        const ClashDialog::Decision decision = dialog.decide();
+        const ClashDecision decision = dialog.decide();
         if (decision.forAll)
             plan.answerAll(decision.answer);
         else

@@ -2,7 +2,7 @@
 // The new name of a file: the three rules, the padded track, what is cleaned and what is literal, the conversions
 // before the extension, and the resulting path.
 
-#include "core/naming/newname.h"
+#include "core/naming/previewrows.h"
 #include "core/naming/sessionchoices.h"
 #include "support/tagfixture.h"
 
@@ -174,9 +174,9 @@ private Q_SLOTS:
         const QString path = taggedFile(m_folder.path(), u"some name.MP3"_s, song());
         NamingRule upper = rule(1);
         upper.letterCase = {true, 0};
-        const Result<NewName> made = BuildNewName(path, upper, m_store);
-        QVERIFY(made);
-        QCOMPARE(made->name, u"ARTIST - TITLE.mp3"_s);
+        const PreviewRow made = previewRenaming(path, upper, m_store);
+        QVERIFY(!made.problem);
+        QCOMPARE(made.name, u"ARTIST - TITLE.mp3"_s);
     }
 
     void tracks_data()
@@ -224,42 +224,43 @@ private Q_SLOTS:
     void theFileStaysInItsFolderAndGetsTheExtensionInLowerCase()
     {
         const QString path = taggedFile(m_folder.path(), u"old.MP3"_s, song());
-        const Result<NewName> made = BuildNewName(path, rule(2), m_store);
-        QVERIFY(made);
-        QCOMPARE(made->oldPath, path);
-        QCOMPARE(made->newPath, at(u"05 - Title.mp3"_s));
-        QCOMPARE(made->record.Artist, u"Artist"_s);
-        QVERIFY(!made->isUnchanged());
+        const PreviewRow made = previewRenaming(path, rule(2), m_store);
+        QVERIFY(!made.problem);
+        QCOMPARE(made.path, path);
+        QCOMPARE(made.name, u"05 - Title.mp3"_s);
+        QCOMPARE(made.record.Artist, u"Artist"_s);
+        QVERIFY(!made.isUntouched);
     }
 
     void aFileBelowTheCurrentFolderStaysThere()
     {
         QVERIFY(QDir(m_folder.path()).mkpath(u"cd1/x"_s));
         const QString path = taggedFile(at(u"cd1/x"_s), u"old.mp3"_s, song());
-        QCOMPARE(BuildNewName(path, rule(1), m_store)->newPath, at(u"cd1/x/Artist - Title.mp3"_s));
+        QCOMPARE(previewRenaming(path, rule(1), m_store).path, path);
+        QCOMPARE(previewRenaming(path, rule(1), m_store).name, u"Artist - Title.mp3"_s);
     }
 
     void aNameThatStaysIsUnchangedUnlessItsExtensionIsWrittenOtherwise()
     {
         const QString plain = taggedFile(m_folder.path(), u"keeps.mp3"_s, {});
-        QVERIFY(BuildNewName(plain, rule(1), m_store)->isUnchanged());
+        QVERIFY(previewRenaming(plain, rule(1), m_store).isUntouched);
         const QString capitals = taggedFile(m_folder.path(), u"keeps too.MP3"_s, {});
-        QCOMPARE(BuildNewName(capitals, rule(1), m_store)->newPath, at(u"keeps too.mp3"_s));
-        QVERIFY(!BuildNewName(capitals, rule(1), m_store)->isUnchanged());
+        QCOMPARE(previewRenaming(capitals, rule(1), m_store).name, u"keeps too.mp3"_s);
+        QVERIFY(!previewRenaming(capitals, rule(1), m_store).isUntouched);
     }
 
     void aFileThatCannotBeReadHasNoNewName()
     {
-        const Result<NewName> made = BuildNewName(m_folder.filePath(u"missing.mp3"_s), rule(3, u"%1 - %3"_s), m_store);
-        QVERIFY(!made);
-        QCOMPARE(made.error().code, ErrorCode::NotFound);
+        const PreviewRow made = previewRenaming(m_folder.filePath(u"missing.mp3"_s), rule(3, u"%1 - %3"_s), m_store);
+        QVERIFY(made.problem);
+        QCOMPARE(made.problem->code, ErrorCode::NotFound);
     }
 
     void aGenreBeyondTheTableIsNoFailure()
     {
         const QString path = writeFile(
             m_folder.path(), u"odd.mp3"_s, audio() + id3v1({.title = "Title", .artist = "Artist", .genre = 147}));
-        QCOMPARE(BuildNewName(path, rule(3, u"%1 %4 %7"_s), m_store)->name, u"Artist %4 147.mp3"_s);
+        QCOMPARE(previewRenaming(path, rule(3, u"%1 %4 %7"_s), m_store).name, u"Artist %4 147.mp3"_s);
     }
 
     void bytesThatAreNoUnicodeStayInTheName()

@@ -10,9 +10,9 @@
 #include "ui/app/frmabout.h"
 #include "ui/app/opciones.h"
 #include "ui/app/principalfixture.h"
-#include "ui/files/outcomedialog.h"
-#include "ui/files/takennamedialog.h"
-#include "ui/naming/clashdialog.h"
+#include "ui/controls/clashdialog.h"
+#include "ui/controls/outcomebox.h"
+#include "ui/files/operationdialogs.h"
 #include "ui/naming/dialog.h"
 #include "ui/naming/patterneditor.h"
 #include "ui/online/buscaweb.h"
@@ -84,13 +84,14 @@ QList<WindowMaker> windowMakers()
                 clash.source = u"/from/1.mp3"_s;
                 clash.target = u"/to/1.mp3"_s;
                 clash.sourceNode.kind = platform::NodeKind::Folder;
-                return new TakenNameDialog(program.captions, clash, nullptr);
+                return new ClashDialog(program.captions, clash, nullptr);
             }},
         {u"outcome"_s,
             [](Program &program) {
                 OperationReport report;
                 report.failures.push_back({u"/to/1.mp3"_s, Error{ErrorCode::NoSpace, {}, {}}});
-                return new OutcomeDialog(program.captions, report, nullptr);
+                return new OutcomeBox(program.captions, outcomeHeadline(report, program.captions),
+                    outcomeLines(report, program.captions), nullptr);
             },
             {}, {u"ravlin!"_s}},
         {u"freedb"_s,

@@ -4,10 +4,9 @@
 
 #include "core/app/idiomas.h"
 #include "ui/controls/busy.h"
+#include "ui/controls/clashdialog.h"
 #include "ui/controls/esperate.h"
 #include "ui/files/operationdialogs.h"
-#include "ui/files/outcomedialog.h"
-#include "ui/files/takennamedialog.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -117,7 +116,7 @@ private Q_SLOTS:
 
     void theQuestionAboutATakenNameTellsBothFiles()
     {
-        TakenNameDialog dialog(m_captions, clash(), nullptr);
+        ClashDialog dialog(m_captions, clash(), nullptr);
         const QString text = dialog.findChild<QLabel *>(u"takenNameQuestion"_s)->text();
         QVERIFY2(text.startsWith(u"“a.mp3” exists already in “to”"_s), qPrintable(text));
         QVERIFY2(text.contains(u"in place: "_s + QLocale().formattedDataSize(100)), qPrintable(text));
@@ -129,34 +128,34 @@ private Q_SLOTS:
     {
         Clash folders = clash();
         folders.isMerge = true;
-        const TakenNameDialog merging(m_captions, folders, nullptr);
+        const ClashDialog merging(m_captions, folders, nullptr);
         QCOMPARE(merging.findChild<QPushButton *>(u"takenNameReplace"_s)->text(), u"&merge"_s);
         folders.canReplace = false;
-        const TakenNameDialog neither(m_captions, folders, nullptr);
+        const ClashDialog neither(m_captions, folders, nullptr);
         QVERIFY(neither.findChild<QPushButton *>(u"takenNameReplace"_s) == nullptr);
     }
 
     void anAnswerIsWhatTheButtonSays_data()
     {
         QTest::addColumn<QString>("button");
-        QTest::addColumn<int>("reply");
-        QTest::newRow("replace") << u"takenNameReplace"_s << static_cast<int>(ClashReply::Replace);
-        QTest::newRow("skip") << u"takenNameSkip"_s << static_cast<int>(ClashReply::Skip);
-        QTest::newRow("keep both") << u"takenNameKeepBoth"_s << static_cast<int>(ClashReply::KeepBoth);
-        QTest::newRow("cancel") << u"takenNameCancel"_s << -1;
+        QTest::addColumn<int>("answer");
+        QTest::newRow("replace") << u"takenNameReplace"_s << static_cast<int>(ClashAnswer::Replace);
+        QTest::newRow("skip") << u"takenNameSkip"_s << static_cast<int>(ClashAnswer::Skip);
+        QTest::newRow("keep both") << u"takenNameKeepBoth"_s << static_cast<int>(ClashAnswer::KeepBoth);
+        QTest::newRow("cancel") << u"takenNameCancel"_s << static_cast<int>(ClashAnswer::Stop);
     }
     void anAnswerIsWhatTheButtonSays()
     {
         QFETCH(QString, button);
-        QFETCH(int, reply);
-        TakenNameDialog dialog(m_captions, clash(), nullptr);
+        QFETCH(int, answer);
+        ClashDialog dialog(m_captions, clash(), nullptr);
         QTimer::singleShot(0, &dialog, [&] {
             dialog.findChild<QCheckBox *>(u"takenNameForAll"_s)->setChecked(true);
             dialog.findChild<QPushButton *>(button)->click();
         });
-        const std::optional<ClashDecision> decision = dialog.decide();
-        QCOMPARE(decision ? static_cast<int>(decision->reply) : -1, reply);
-        QVERIFY(!decision || decision->forAll);
+        const ClashDecision decision = dialog.decide();
+        QCOMPARE(static_cast<int>(decision.answer), answer);
+        QVERIFY(decision.forAll);
     }
 
     void everythingThatWasNotDoneIsToldWithItsReason()

@@ -40,14 +40,14 @@ private:
     /// The path that OKButton requests; "none" if it requests nothing.
     QString askedFor() const
     {
-        QList<RenameWish> wishes;
-        connect(m_dialog.get(), &Dialog::renameRequested, this, [&wishes](const RenameWish &wish) { wishes << wish; });
+        QList<RenameRow> rows;
+        connect(m_dialog.get(), &Dialog::renameRequested, this, [&rows](const RenameRow &row) { rows << row; });
         press(u"OKButton"_s);
-        if (wishes.isEmpty())
+        if (rows.isEmpty())
             return u"none"_s;
-        if (wishes.front().from != musicFolder())
+        if (rows.front().from != musicFolder())
             qFatal("asked for another folder");
-        return wishes.front().problem ? u"refused"_s : wishes.front().to;
+        return rows.front().problem ? u"refused"_s : rows.front().wanted;
     }
     QString beside(const QString &name) const { return QDir::toNativeSeparators(m_folder->path() + u'/' + name); }
     QString stored(QStringView key) const { return Settings(m_settings->path()).read(key); }

@@ -2,7 +2,7 @@
 // The window that shows what extraction and renaming would do: its columns, the mark of long names, the marks and
 // remarks for files that can't be processed or stay as they are, and that the run does what it shows.
 
-#include "core/files/renaming/filerenaming.h"
+#include "core/files/renaming/renamefromtags.h"
 #include "core/naming/extraction.h"
 #include "ui/naming/namingfixture.h"
 #include "ui/naming/preview.h"

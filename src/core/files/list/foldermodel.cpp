@@ -5,6 +5,10 @@
 #include "core/platform/folder.h"
 #include "core/platform/parallel.h"
 
+#include <QDir>
+#include <QStandardPaths>
+#include <QStorageInfo>
+
 #include <algorithm>
 #include <set>
 
@@ -46,7 +50,35 @@ bool contains(const QString &root, const QString &path)
     return platform::withEndSeparator(path).startsWith(platform::withEndSeparator(root), platform::NameCase);
 }
 
+void addRoot(std::vector<FolderRoot> &roots, const QString &path, FolderRoot::Kind kind)
+{
+    const QString native = QDir::toNativeSeparators(QDir::cleanPath(path));
+    const auto isSame = [&](const FolderRoot &root) { return root.path == native; };
+    if (!path.isEmpty() && QDir(path).exists() && std::none_of(roots.begin(), roots.end(), isSame))
+        roots.push_back({native, kind});
+}
+
+bool isMountedForUsers(const QString &path)
+{
+    return path.startsWith(QStringLiteral("/media/")) || path.startsWith(QStringLiteral("/run/media/")) ||
+           path.startsWith(QStringLiteral("/mnt/"));
+}
+
 } // namespace
+
+std::vector<FolderRoot> standardFolderRoots()
+{
+    std::vector<FolderRoot> roots;
+    addRoot(roots, QStandardPaths::writableLocation(QStandardPaths::HomeLocation), FolderRoot::Kind::Home);
+    addRoot(roots, QStandardPaths::writableLocation(QStandardPaths::MusicLocation), FolderRoot::Kind::Music);
+    for (const QStorageInfo &volume : QStorageInfo::mountedVolumes()) {
+        if (volume.isReady() && isMountedForUsers(volume.rootPath()))
+            addRoot(roots, volume.rootPath(), FolderRoot::Kind::Drive);
+    }
+    for (const QFileInfo &drive : QDir::drives())
+        addRoot(roots, drive.filePath(), FolderRoot::Kind::Drive);
+    return roots;
+}
 
 FolderModel::FolderModel(const std::vector<FolderRoot> &roots, QObject *parent) : QAbstractItemModel(parent)
 {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/files/list/folderroots.h"
-
 #include <QAbstractItemModel>
 
 #include <memory>
@@ -10,6 +8,24 @@
 #include <vector>
 
 namespace ravlin {
+
+/// Where a folder tree starts.
+struct FolderRoot
+{
+    enum class Kind
+    {
+        Home,
+        Music,
+        Drive
+    };
+
+    QString path; ///< without a separator at its end, but for the root of a file system
+    Kind kind = Kind::Drive;
+};
+
+/// Where this user may keep music: the home and music folders if they exist, the roots of the file systems, and the
+/// volumes mounted for the user.
+std::vector<FolderRoot> standardFolderRoots();
 
 /// The folders of the disk as a tree, read level by level as they are opened.
 ///

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/list/folderscan.h"
 
-#include "core/files/list/tagreading.h"
+#include "core/files/list/folderreading.h"
 #include "core/platform/folder.h"
 #include "core/storage/saferename.h"
 #include "core/storage/safewrite.h"
@@ -29,7 +29,7 @@ QStringList subfolders(
 {
     std::vector<std::pair<QString, QString>> found; // upper-case form and path
     for (const platform::FolderEntry &entry : entries) {
-        // A folder that is being copied is not there yet.
+        // A folder that is still being copied does not count.
         if (entry.kind == platform::EntryKind::Folder && !storage::isLeftoverName(entry.name)) {
             const QString path = platform::withEndSeparator(folderPath + entry.name);
             found.emplace_back(path.toUpper(), path);
@@ -43,14 +43,14 @@ QStringList subfolders(
     return paths;
 }
 
-/// Finds the files of a listing in their order; their tags are read when all are known, so that the cores share the
-/// work evenly however small the folders are. One folder is open at a time, so that depth costs no descriptors.
+/// Finds the files of a listing in their order. Their tags are read once all are known, so that the cores share the
+/// work evenly however small the folders are. Only one folder is open at a time: depth costs no descriptors.
 class FolderWalk
 {
 public:
     FolderWalk(const ScanOptions &options, QString root) : m_options(options), m_root(std::move(root)) {}
 
-    /// Finds a folder's own files and gives back its subfolders.
+    /// Finds a folder's own files and returns its subfolders.
     Result<QStringList> visit(const QString &folderPath, const QString &relativePrefix)
     {
         const Result<platform::Folder> folder = platform::Folder::open(folderPath);
@@ -96,10 +96,10 @@ public:
         }
     }
 
-    /// Reads the tags of the files found. To be called last.
+    /// Reads the tags of the files found. Call this last.
     Listing read()
     {
-        ReadFiles files = readTags(std::move(m_found), m_options);
+        FolderRows files = readFolders(std::move(m_found), m_options);
         Listing listing;
         if (std::find(files.hasTag.begin(), files.hasTag.end(), false) == files.hasTag.end()) {
             listing.rows = std::move(files.rows);
@@ -161,7 +161,7 @@ Result<QStringList> GetSubfolders(const QString &folderPath, const std::stop_tok
     return subfolders(*entries, platform::withEndSeparator(folderPath), stop);
 }
 
-std::vector<std::optional<ListedFile>> readListTags(
+std::vector<std::optional<ListedFile>> rereadFiles(
     const QString &folderPath, const QStringList &texts, const ScanOptions &options)
 {
     std::vector<FolderFiles> folders;
@@ -178,7 +178,7 @@ std::vector<std::optional<ListedFile>> readListTags(
         folders[*folder].names.push_back(platform::nameOf(texts[i]));
         positions[*folder].push_back(static_cast<std::size_t>(i));
     }
-    ReadFiles files = readTags(std::move(folders), options);
+    FolderRows files = readFolders(std::move(folders), options);
     std::vector<std::optional<ListedFile>> tags(static_cast<std::size_t>(texts.size()));
     std::size_t row = 0;
     for (const std::vector<std::size_t> &ofFolder : positions) {

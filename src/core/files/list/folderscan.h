@@ -16,7 +16,7 @@ namespace ravlin {
 
 class TagCache;
 
-/// A file that has no row because it could not be read.
+/// A file or folder that could not be read and has no rows.
 struct ListFailure
 {
     QString path;
@@ -28,12 +28,12 @@ struct Listing
     std::vector<ListRow> rows;
     std::vector<ListFailure> failures;
     std::size_t filesRead = 0; ///< files that were opened; the cache knew the others
-    /// Folders in which an interrupted rename left something under a name for the time being (see saferename.h).
+    /// Folders in which an interrupted rename left a file under a temporary name (see saferename.h).
     QStringList interruptedRenames;
-    bool isComplete = true; ///< false: a stop was requested meanwhile, files are missing
+    bool isComplete = true; ///< false: a stop was requested, files are missing
 };
 
-/// What a scan may use, each of which can be left out.
+/// What a scan may use; all of it is optional.
 struct ScanOptions
 {
     TagCache *cache = nullptr;
@@ -43,24 +43,24 @@ struct ScanOptions
     std::stop_token stop = {}; ///< ends the scan early
 };
 
-/// The rows for the MP3 files directly in a folder (a path that ends in the separator), in the order of the file
-/// system: names that end in ".mp3" whatever their case, plain files only, none that is hidden. The tags are read on
-/// all cores. A file that can't be read has no row. Errors: the folder can't be listed.
+/// Lists the MP3 files directly in a folder, in the order of the file system: plain files that are not hidden and whose
+/// names end in ".mp3" in any case. Reads their tags on all cores. A file that can't be read has no row. relativePrefix
+/// becomes the rows' prefix. Error: the folder can't be listed.
 Result<Listing> ListFolder(const QString &folderPath, const QString &relativePrefix, const ScanOptions &options = {});
 
-/// The rows of a folder and of all folders below it: its own files first, then those of each direct subfolder in
-/// GetSubfolders' order, then, subfolder by subfolder, what lies below them in the same way. A folder below that can't
-/// be listed is a failure; one that is reached twice (by symbolic links) is listed once.
+/// Lists a folder and all folders below it: first its own files, then those of each direct subfolder in the order of
+/// GetSubfolders(), then, subfolder by subfolder, what lies below them in the same way. A folder below that can't be
+/// listed is a failure; one reached twice, by symbolic links, is listed once.
 Result<Listing> ListFolderTree(const QString &folderPath, const ScanOptions &options = {});
 
-/// The full paths of a folder's direct subfolders, each with the separator at its end, ordered by the character codes
-/// of their upper-case forms. Hidden ones count, but not those that a copy is being made in (isLeftoverName). After a
-/// request to stop: those found so far, in no order.
+/// Returns the full paths of a folder's direct subfolders, with the separator at their ends, ordered by the character
+/// codes of their upper-case forms. Includes hidden ones, but not those in which a copy is being made (isLeftoverName).
+/// After a stop: those found so far, in no order.
 Result<QStringList> GetSubfolders(const QString &folderPath, const std::stop_token &stop = {});
 
-/// Reads the tags of files again: those of the folder (a path that ends in the separator) followed by each text. One
-/// element for each text; none for a file that can't be read, or that was not reached before a stop.
-std::vector<std::optional<ListedFile>> readListTags(
+/// Reads again the files whose rows in a listing of that folder have these texts. Returns an element for each text,
+/// empty for a file that can't be read or was not reached before a stop.
+std::vector<std::optional<ListedFile>> rereadFiles(
     const QString &folderPath, const QStringList &texts, const ScanOptions &options = {});
 
 } // namespace ravlin

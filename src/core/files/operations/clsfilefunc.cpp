@@ -6,6 +6,19 @@
 
 namespace ravlin {
 
+QString sourceList(const QString &folder, const QStringList &rowTexts)
+{
+    QString list;
+    for (const QString &text : rowTexts)
+        list += folder + text + QChar(u'\0');
+    return list;
+}
+
+QStringList sourcePaths(const QString &source)
+{
+    return source.split(QChar(u'\0'), Qt::SkipEmptyParts);
+}
+
 int clsFileFunc::CopyFile(const QString &source, const QString &destination, bool allowUndo, int flags)
 {
     if (source.isEmpty() || destination.isEmpty())
@@ -43,7 +56,7 @@ int clsFileFunc::RunFileOperation(
     request.operation = operation;
     request.source = source;
     request.destination = destination;
-    request.flags = allowUndo ? flags | FlagAllowUndo : flags; // once only, also where the caller has it
+    request.flags = allowUndo ? flags | FlagAllowUndo : flags; // sets it once, even if the caller set it
     return m_service->perform(request);
 }
 

@@ -1,23 +1,65 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/files/operations/filerequest.h"
 #include "core/platform/filesystem.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace ravlin {
 
-/// The operations on files and folders; every change of a file's name or place goes through it. Has no state but the
-/// file system that it works on and the service that carries its requests out.
+/// What the file service can do.
+enum class FileOperation
+{
+    Move = 1,
+    Copy = 2,
+    Delete = 3,
+    Rename = 4
+};
+
+/// Bits of FileRequest::flags.
+inline constexpr int FlagNoConfirmation = 16; ///< don't ask before putting something into the trash
+inline constexpr int FlagAllowUndo = 64;      ///< delete into the trash
+
+/// One request, for any number of paths.
+struct FileRequest
+{
+    quintptr owner = 0; ///< the window that dialogs belong to; 0: none
+    FileOperation operation = FileOperation::Copy;
+    QString source;      ///< one path, or several with a zero character behind each
+    QString destination; ///< empty for a deletion
+    int flags = 0;
+};
+
+/// The result of a request that was carried out in full, or was empty.
+inline constexpr int ResultDone = 0;
+/// The user said no, or stopped it.
+inline constexpr int ResultCancelled = 1223;
+
+/// Carries requests out, with the questions and messages that they need.
+class FileService
+{
+public:
+    virtual ~FileService() = default;
+    /// Returns ResultDone, ResultCancelled, or another number if something failed.
+    virtual int perform(const FileRequest &request) = 0;
+};
+
+/// A request's source for these rows: for each the folder (with its separator), the row's text and a zero character.
+QString sourceList(const QString &folder, const QStringList &rowTexts);
+/// The paths of a request's source.
+QStringList sourcePaths(const QString &source);
+
+/// The operations on files and folders: the program changes names and places of files through it. Its only state is the
+/// file system and the service.
 ///
-/// Those that take sources take one path, or several with a zero character behind each, and make one request of them
-/// all; where a text that they need is empty they do nothing and return 0. allowUndo adds FlagAllowUndo to the flags.
-/// The result is the service's.
+/// A source is one path, or several with a zero character after each, which make one request. If a text that it needs
+/// is empty, an operation does nothing and returns 0; else it returns the service's result. allowUndo adds
+/// FlagAllowUndo to the flags.
 class clsFileFunc
 {
 public:
-    /// For renames alone: the other operations return ResultCancelled.
+    /// Without a service: the operations that return an int return ResultCancelled.
     explicit clsFileFunc(platform::FileSystem &fileSystem) : m_fileSystem(fileSystem) {}
     clsFileFunc(platform::FileSystem &fileSystem, FileService &service) : m_fileSystem(fileSystem), m_service(&service)
     {
@@ -28,18 +70,17 @@ public:
     int RenameFile(const QString &source, const QString &newName, bool allowUndo, int flags = 0);
     int DeleteFile(const QString &source, bool allowUndo = true, int flags = 0);
 
-    /// Gives a file or folder another path on the same file system. Nothing happens when either text is empty or both
-    /// are the same. What has the new name already is never overwritten: AlreadyExists. A change of case alone also
-    /// works where the file system ignores case.
+    /// Gives a file or folder another path on the same file system. Does nothing if either text is empty or both are
+    /// the same. Never overwrites: AlreadyExists. A change of case alone works where the file system ignores case, too.
     Result<void> RenameFile(const QString &source, const QString &newName);
 
     /// Makes a program the one that opens files of an extension, see platform::makeFileDefault.
     static Result<void> MakeFileDefault(
         const QString &className, const QString &description, const QString &programPath, const QString &extension);
-    /// The path of a folder that the system keeps for a purpose, without a separator at the end; empty where it has
-    /// none. number: of platform::SpecialFolder; owner: the window that it is asked for, or none.
+    /// The path of a system folder without a separator at its end, or empty if the system has none. number: of
+    /// platform::SpecialFolder; owner: ignored.
     static QString GetSpecialFolder(quintptr owner, int number);
-    /// The folders of Windows and of its own programs; empty on other systems.
+    /// The folders of Windows and of its programs; empty on other systems.
     static QString GetWinPath();
     static QString GetSysPath();
 

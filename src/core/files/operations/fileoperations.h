@@ -2,7 +2,6 @@
 #pragma once
 
 #include "core/files/operations/clsfilefunc.h"
-#include "core/files/operations/filerequest.h"
 #include "core/files/operations/undo.h"
 
 #include <functional>
@@ -32,8 +31,8 @@ class FileOperationHost
 public:
     virtual ~FileOperationHost() = default;
 
-    /// A name is taken. Nothing: the whole operation is called off.
-    virtual std::optional<ClashDecision> askClash(const Clash &clash) = 0;
+    /// A name is taken. Stop calls the whole operation off.
+    virtual ClashDecision askClash(const Clash &clash) = 0;
     /// Before files and folders go into the trash. True: yes.
     virtual bool confirmTrash(const QStringList &paths) = 0;
     /// Before those whose drive has no trash are deleted for good; or all, when no trash was asked for. True: yes.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/files/operations/transferrun.h"
+#include "core/files/operations/foldercopy.h"
 #include "core/platform/path.h"
 
 #include <QScopeGuard>

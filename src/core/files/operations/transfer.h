@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/app/progress.h"
+#include "core/files/renaming/renaming.h"
 #include "core/platform/nodes.h"
 
 #include <QSet>
@@ -38,14 +38,6 @@ struct TransferRequest
     QString newName = {}; ///< for a single source; empty: it keeps its name
 };
 
-/// What is done about a source whose name is taken.
-enum class ClashReply
-{
-    Replace, ///< a file takes the place of the file; a folder's content goes into the folder that is there
-    Skip,    ///< the source stays where it is
-    KeepBoth ///< it gets a name with a number: "Song (2).mp3"
-};
-
 struct Clash
 {
     QString source;
@@ -65,14 +57,14 @@ struct TransferItem
     QString target; ///< the final path
     platform::Node node;
     std::optional<Clash> clash;
-    std::optional<ClashReply> reply;    ///< a clash without one is skipped
+    std::optional<ClashAnswer> answer;  ///< a clash without one is skipped
     std::optional<Error> error;         ///< it can't be taken at all
     qint64 bytes = 0;                   ///< its own and of all below it
     std::vector<TransferItem> children; ///< only of a folder against a folder
 
-    bool isSkipped() const { return clash && reply.value_or(ClashReply::Skip) == ClashReply::Skip; }
-    bool isMerged() const { return clash && clash->isMerge && reply == ClashReply::Replace; }
-    bool replaces() const { return clash && !clash->isMerge && reply == ClashReply::Replace; }
+    bool isSkipped() const { return clash && answer.value_or(ClashAnswer::Skip) == ClashAnswer::Skip; }
+    bool isMerged() const { return clash && clash->isMerge && answer == ClashAnswer::Replace; }
+    bool replaces() const { return clash && !clash->isMerge && answer == ClashAnswer::Replace; }
 };
 
 struct TransferPlan
@@ -87,18 +79,11 @@ struct TransferPlan
 Result<TransferPlan> makeTransferPlan(
     platform::FileSystem &fileSystem, const TransferRequest &request, const std::stop_token &stop = {});
 
-struct ClashDecision
-{
-    ClashReply reply = ClashReply::Skip;
-    /// Also for the further clashes of its kind (folders against folders, or others), as far as they allow it.
-    bool forAll = false;
-};
+using ClashChooser = std::function<ClashDecision(const Clash &clash)>;
 
-/// Decides one clash; nothing: the whole request is called off.
-using ClashChooser = std::function<std::optional<ClashDecision>(const Clash &clash)>;
-
-/// Asks about each clash; about those inside a folder only when the folder's own was answered Replace. False: called
-/// off. A Replace where it is not allowed counts as Skip.
+/// Asks about each clash, but inside a folder only if the folder's own was answered Replace. An answer for all holds
+/// for the later clashes of its kind (folders against folders, or others) that allow it. Returns false if the request
+/// was called off (Stop). A Replace that is not allowed counts as Skip.
 bool answerClashes(TransferPlan &plan, const ClashChooser &choose);
 
 /// Something that was done, in full.

@@ -207,8 +207,8 @@ private:
 
     TransferPlan &m_plan;
     const ClashChooser &m_choose;
-    std::optional<ClashReply> m_forFolders;
-    std::optional<ClashReply> m_forFiles;
+    std::optional<ClashAnswer> m_forFolders;
+    std::optional<ClashAnswer> m_forFiles;
 };
 
 bool Answering::answer(std::vector<TransferItem> &items)
@@ -226,20 +226,20 @@ bool Answering::answer(std::vector<TransferItem> &items)
 
 bool Answering::decide(TransferItem &item)
 {
-    std::optional<ClashReply> &remembered = item.clash->isMerge ? m_forFolders : m_forFiles;
-    std::optional<ClashReply> reply = remembered;
-    if (!reply || (*reply == ClashReply::Replace && !item.clash->canReplace)) {
-        const std::optional<ClashDecision> decision = m_choose(*item.clash);
-        if (!decision)
+    std::optional<ClashAnswer> &remembered = item.clash->isMerge ? m_forFolders : m_forFiles;
+    std::optional<ClashAnswer> answer = remembered;
+    if (!answer || (*answer == ClashAnswer::Replace && !item.clash->canReplace)) {
+        const ClashDecision decision = m_choose(*item.clash);
+        if (decision.answer == ClashAnswer::Stop)
             return false;
-        reply = decision->reply;
-        if (decision->forAll)
-            remembered = reply;
+        answer = decision.answer;
+        if (decision.forAll)
+            remembered = answer;
     }
-    if (*reply == ClashReply::Replace && !item.clash->canReplace)
-        reply = ClashReply::Skip;
-    item.reply = reply;
-    if (*reply == ClashReply::KeepBoth)
+    if (*answer == ClashAnswer::Replace && !item.clash->canReplace)
+        answer = ClashAnswer::Skip;
+    item.answer = answer;
+    if (*answer == ClashAnswer::KeepBoth)
         keepBoth(item);
     return true;
 }

@@ -2,10 +2,9 @@
 #pragma once
 
 #include "core/app/progress.h"
-#include "core/files/renaming/renamewish.h"
 #include "core/platform/filesystem.h"
+#include "core/platform/namecheck.h"
 
-#include <QHash>
 #include <QString>
 
 #include <cstddef>
@@ -13,80 +12,94 @@
 #include <optional>
 #include <vector>
 
-/// Renaming many files at once so that none is lost. The plan is made first and tells what the run will do; the preview
-/// shows it and the run carries it out.
+/// Renames many files at once and loses none. The plan comes first and shows what the run will do: the preview displays
+/// it, the run carries it out.
 ///
-/// The new names are given as if all at once: names that swap (a to b, b to a) or chain (1 to 2, 2 to 3) inside a batch
-/// are no clashes. A clash is a new name that a file has which keeps it, or that an earlier row of the batch gets.
+/// The new names are given as if all at once: names that swap (a to b, b to a) or chain (1 to 2, 2 to 3) within a batch
+/// don't clash. A clash is a new name borne by a file that keeps it, or given to an earlier row of the batch.
 namespace ravlin {
 
-/// What is done about a row whose new name is taken.
+/// What to do about a name that is taken; of copies and moves too.
 enum class ClashAnswer
 {
-    Skip,     ///< the file keeps its name
+    Skip,     ///< the file keeps its name and place
     KeepBoth, ///< it gets the new name with a number: "Song (2).mp3"
-    Stop      ///< this row and all behind it keep their names
+    Stop,     ///< renaming: this row and all after it keep their names; copying and moving: the request is called off
+    /// Copying and moving only: a file takes the place of the file, a folder's content goes into the folder.
+    Replace
+};
+
+struct ClashDecision
+{
+    ClashAnswer answer = ClashAnswer::Stop;
+    bool forAll = false; ///< also for the clashes still to come
 };
 
 enum class RenameState
 {
-    Rename,    ///< gets, after the run: has got, the path that the row tells
-    Untouched, ///< has that name already; also a numbered one from an earlier answer KeepBoth
-    Clash,     ///< the new name is taken and nobody has answered; a run skips the row
+    Rename,    ///< gets the row's path; after the run: has got it
+    Untouched, ///< has that name already, perhaps with the number of an earlier KeepBoth
+    Clash,     ///< the new name is taken and no answer was given; a run skips the row
     Skipped,   ///< answered Skip
     Stopped,   ///< answered Stop
-    NotTaken,  ///< behind a row answered Stop, or the run was stopped before it
+    NotTaken,  ///< after a row answered Stop, or the run was stopped before it
     Refused,   ///< the name can't be given (problem), or the file can't be renamed at all (error)
     Failed     ///< after the run only: the system refused (error)
 };
 
+/// One file of a batch: its path and the one that it is to have. A caller fills in what a rule gives (from, wanted,
+/// kind, isAdjusted, problem; see renamefromtags.h), the plan and the run fill in the rest.
 struct RenameRow
 {
-    RenameState state = RenameState::Untouched;
     QString from;   ///< the file's path before the run
-    QString wanted; ///< the path that the rule gave
-    /// The path that the file has when all is done: the final one when it is renamed, else from. After the run: where
-    /// the file is.
-    QString path;
-    bool isAdjusted = false;  ///< the name that the rule gave was adjusted, see platform::checkName
+    QString wanted; ///< the path that the rule gives, which may differ from what it gave (isAdjusted)
+    platform::NameKind kind = platform::NameKind::File;
+    bool isAdjusted = false;                           ///< see platform::checkName
+    std::optional<platform::NameProblem> problem = {}; ///< why the wanted name can't be given
+
+    RenameState state = RenameState::Untouched;
+    /// Where the file will be: the new path if it is renamed, else from. After the run: where it is.
+    QString path = {};
     bool isNumbered = false;  ///< the name bears a number because the wanted one was taken
-    bool isCollision = false; ///< the wanted name was taken, whatever was answered
-    bool makesFolder = false; ///< the folder that it leads to does not exist yet
-    std::optional<platform::NameProblem> problem = {};
+    bool isCollision = false; ///< the wanted name was taken, whatever the answer
+    bool makesFolder = false; ///< the folder of wanted does not exist yet
     std::optional<Error> error = {};
 
     bool renames() const { return state == RenameState::Rename; }
 };
 
-/// What a batch of renames will do. Made of one listing of each folder concerned; touches nothing. What other programs
-/// do between plan and run can make rows fail, but lets nothing be overwritten.
+/// What a batch of renames will do. Lists each folder concerned once; touches nothing. Changes that other programs make
+/// between plan and run can make rows fail, but nothing is overwritten.
 class RenamingPlan
 {
 public:
-    RenamingPlan(platform::FileSystem &fileSystem, std::vector<RenameWish> wishes);
+    RenamingPlan(platform::FileSystem &fileSystem, std::vector<RenameRow> rows);
     RenamingPlan(RenamingPlan &&) noexcept;
     RenamingPlan &operator=(RenamingPlan &&) noexcept;
     ~RenamingPlan();
 
-    /// In the order of the wishes, as things stand with the answers given so far.
+    /// In the order given, as things stand with the answers so far.
     const std::vector<RenameRow> &rows() const;
-    /// The next row to ask about: of those in state Clash the first one whose name is taken by a file that keeps it
-    /// however other rows are answered.
+    /// The next row to ask about: the first in state Clash whose name stays taken however other rows are answered.
     std::optional<std::size_t> nextClash() const;
+    /// A renaming overwrites nothing: Replace counts as Skip.
     void answer(std::size_t row, ClashAnswer answer);
-    /// The answer for every row without one of its own, now and later: "for all".
+    /// The answer for every row without one of its own, now and later.
     void answerAll(ClashAnswer answer);
     /// How many rows are in that state.
     std::size_t count(RenameState state) const;
 
+    /// The row that must be renamed before this one because its file bears this one's new name. The row itself if the
+    /// file system takes both names for the same; nothing if the name is free.
+    std::optional<std::size_t> occupantOf(std::size_t row) const;
+
 private:
-    friend class RenamingRun;
     class Draft;
 
     std::unique_ptr<Draft> m_draft;
 };
 
-/// One rename that was done; to undo it, rename back.
+/// One rename that was done. The undo history keeps thousands of these, so it is no RenameRow.
 struct RenameDone
 {
     QString from;
@@ -96,7 +109,7 @@ struct RenameDone
 struct RenamingOutcome
 {
     std::vector<RenameRow> rows;     ///< in the order of the plan
-    std::vector<RenameDone> renames; ///< those done, in the order of the plan
+    std::vector<RenameDone> renames; ///< those done, in the same order
     QStringList foldersMade;         ///< each before the folders in it
     bool wasStopped = false;
 
@@ -107,8 +120,8 @@ struct RenamingOutcome
 /// are finished first. A row that fails keeps none of the others from being taken.
 RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan &plan, const Watch &watch = {});
 
-/// Renames the files back. Like any batch it overwrites nothing; KeepBoth is what takes its clashes. foldersMade by the
-/// renames are removed as far as they are empty.
+/// Renames the files back. Overwrites nothing: a file whose former name is taken gets a number. Removes the folders
+/// made by the renames if they are empty.
 RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector<RenameDone> &renames,
     const QStringList &foldersMade, const Watch &watch = {});
 

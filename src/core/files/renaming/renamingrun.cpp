@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/renaming/renaming.h"
-#include "core/files/renaming/renamingdraft.h"
 #include "core/platform/path.h"
 #include "core/storage/saferename.h"
 
@@ -9,15 +8,16 @@
 
 namespace ravlin {
 
-/// Carries one plan out. Rows are taken in order; a row whose new name is still borne by another row's file has that
-/// one taken first.
+namespace {
+
+/// Carries one plan out. Takes the rows in order, but before a row the one whose file still bears its new name.
 class RenamingRun
 {
 public:
     RenamingRun(platform::FileSystem &fileSystem, const RenamingPlan &plan)
-        : m_fileSystem(fileSystem), m_draft(*plan.m_draft), m_isDone(m_draft.rows.size(), false)
+        : m_fileSystem(fileSystem), m_plan(plan), m_isDone(plan.rows().size(), false)
     {
-        m_outcome.rows = m_draft.rows;
+        m_outcome.rows = plan.rows();
     }
 
     RenamingOutcome run(const Watch &watch)
@@ -58,18 +58,16 @@ private:
         m_outcome.rows[row].path = m_outcome.rows[row].from;
     }
 
-    /// The row and those that have to go first, which come behind it.
+    /// Takes the row, after those that must go first.
     void take(std::size_t row, const std::stop_token &stop)
     {
         std::vector<std::size_t> chain{row};
-        int occupant = m_draft.occupantOf(row);
-        while (occupant != RenamingPlan::Draft::None && static_cast<std::size_t>(occupant) != row) {
-            if (m_isDone[static_cast<std::size_t>(occupant)])
-                break;
-            chain.push_back(static_cast<std::size_t>(occupant));
-            occupant = m_draft.occupantOf(chain.back());
+        std::optional<std::size_t> occupant = m_plan.occupantOf(row);
+        while (occupant && *occupant != row && !m_isDone[*occupant]) {
+            chain.push_back(*occupant);
+            occupant = m_plan.occupantOf(*occupant);
         }
-        if (occupant == static_cast<int>(row)) {
+        if (occupant == row) {
             takeRing(chain);
             return;
         }
@@ -88,7 +86,7 @@ private:
             fail(row, renamed.error());
     }
 
-    /// Gives the row its new path; its file is at the given one.
+    /// Gives the row its new path. from: where its file is now.
     Result<void> rename(std::size_t row, const QString &from)
     {
         const RenameRow &planned = m_outcome.rows[row];
@@ -99,8 +97,8 @@ private:
         return storage::renameFile(m_fileSystem, from, planned.path);
     }
 
-    /// The first row's file goes aside, the others follow from the last on, then the first one gets its name. When one
-    /// of them can't be renamed, all get back to where they were.
+    /// Moves the first row's file aside, renames the others from the last on, then gives the first one its name. If one
+    /// can't be renamed, all go back to where they were.
     void takeRing(const std::vector<std::size_t> &ring)
     {
         for (const std::size_t row : ring)
@@ -133,14 +131,14 @@ private:
         while (!renamed.empty()) {
             RenameRow &row = m_outcome.rows[renamed.back()];
             if (!storage::renameFile(m_fileSystem, row.path, row.from))
-                break; // those that are left have got their names
+                break; // the others keep their new names
             renamed.pop_back();
         }
         for (const std::size_t row : ring) {
             if (std::ranges::find(renamed, row) == renamed.end())
                 fail(row, error);
         }
-        // Else it stays under a name that tells what it was.
+        // If this fails too, its name still shows what it was.
         RenameRow &first = m_outcome.rows[ring.front()];
         if (!storage::renameFile(m_fileSystem, aside, first.from))
             first.path = aside;
@@ -170,11 +168,13 @@ private:
     }
 
     platform::FileSystem &m_fileSystem;
-    const RenamingPlan::Draft &m_draft;
+    const RenamingPlan &m_plan;
     RenamingOutcome m_outcome;
     std::vector<bool> m_isDone;
     std::set<QString> m_foldersThere;
 };
+
+} // namespace
 
 RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan &plan, const Watch &watch)
 {
@@ -184,16 +184,16 @@ RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan
 RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector<RenameDone> &renames,
     const QStringList &foldersMade, const Watch &watch)
 {
-    std::vector<RenameWish> wishes;
-    wishes.reserve(renames.size());
+    std::vector<RenameRow> rows;
+    rows.reserve(renames.size());
     for (const RenameDone &done : renames)
-        wishes.push_back({done.to, done.from});
-    RenamingPlan plan(fileSystem, std::move(wishes));
+        rows.push_back({.from = done.to, .wanted = done.from});
+    RenamingPlan plan(fileSystem, std::move(rows));
     plan.answerAll(ClashAnswer::KeepBoth);
     RenamingOutcome outcome = runRenaming(fileSystem, plan, watch);
     QStringList folders = foldersMade;
     while (!folders.isEmpty())
-        static_cast<void>(fileSystem.removeFolder(folders.takeLast())); // what is in it by now is not ours
+        static_cast<void>(fileSystem.removeFolder(folders.takeLast())); // one that is not empty holds files of others
     return outcome;
 }
 

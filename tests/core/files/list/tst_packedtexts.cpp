@@ -2,7 +2,6 @@
 // Texts packed into one piece of memory come back exactly as they were, whatever they hold.
 
 #include "core/files/list/listrow.h"
-#include "core/files/list/packedtexts.h"
 
 #include <QTest>
 

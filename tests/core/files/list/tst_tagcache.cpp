@@ -3,9 +3,9 @@
 // within the tick of the clock in which it was read, kept its time of modification, or is another file of the same
 // name.
 
+#include "core/files/list/folderreading.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/list/tagcache.h"
-#include "core/files/list/tagreading.h"
 #include "support/links.h"
 #include "support/mp3builder.h"
 #include "support/nativepath.h"
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(ListFolderTree(root(), options)->filesRead, size_t{2});
         QCOMPARE(ListFolderTree(root(), options)->filesRead, size_t{0});
         QCOMPARE(ListFolder(native(root() + QStringLiteral("x/")), QString(), options)->filesRead, size_t{0});
-        const auto tags = readListTags(root(),
+        const auto tags = rereadFiles(root(),
             native({QStringLiteral("x/y/2.mp3"), QStringLiteral("gone.mp3"), QStringLiteral("x/1.mp3")}), options);
         QCOMPARE(tags.size(), size_t{3});
         QCOMPARE(tags[0]->title(), QStringLiteral("two"));
@@ -143,10 +143,10 @@ private Q_SLOTS:
             FolderFiles files{root(), QString(), {}};
             for (const QChar letter : letters)
                 files.names.push_back(letter + QStringLiteral(".mp3"));
-            return readTags({files}, options);
+            return readFolders({files}, options);
         };
         QCOMPARE(read(before).readCount, static_cast<std::size_t>(before.size()));
-        const ReadFiles again = read(after);
+        const FolderRows again = read(after);
         QTEST(static_cast<int>(again.readCount), "filesRead");
         QString titles;
         for (const ListRow &row : again.rows) {

@@ -20,7 +20,7 @@ namespace {
 class ScriptedHost final : public FileOperationHost
 {
 public:
-    std::optional<ClashDecision> askClash(const Clash &clash) override
+    ClashDecision askClash(const Clash &clash) override
     {
         asked.append(u"clash "_s + platform::nameOf(clash.target));
         return clashAnswer;
@@ -48,7 +48,7 @@ public:
     }
     void tell(const OperationReport &report) override { told.append(report); }
 
-    std::optional<ClashDecision> clashAnswer = ClashDecision{ClashReply::Skip, false};
+    ClashDecision clashAnswer{ClashAnswer::Skip, false};
     bool trashAnswer = true;
     bool deleteAnswer = false;
     bool isBusy = false;
@@ -150,7 +150,7 @@ void TestFileOperations::clashesAreAsked()
 void TestFileOperations::callingOffDoesNothing()
 {
     writeFile(in(u"to/b.mp3"_s), "old");
-    m_host->clashAnswer = std::nullopt;
+    m_host->clashAnswer = ClashDecision{ClashAnswer::Stop};
     const Snapshot before = snapshotOf(m_folder->path());
     QCOMPARE(m_files->MoveFile(list({u"a.mp3"_s, u"b.mp3"_s}), in(u"to/"_s)), ResultCancelled);
     QCOMPARE(snapshotOf(m_folder->path()), before);

@@ -61,12 +61,12 @@ private:
     QString target() const;
     TransferReport run(TransferKind kind, const QStringList &sources, const QString &folder,
         const ClashChooser &choose = nobodyAsked, const Watch &watch = {});
-    static std::optional<ClashDecision> nobodyAsked(const Clash &clash)
+    static ClashDecision nobodyAsked(const Clash &clash)
     {
         QTest::qFail(qPrintable(u"asked about "_s + clash.target), __FILE__, __LINE__);
-        return std::nullopt;
+        return {};
     }
-    static ClashChooser always(ClashReply reply)
+    static ClashChooser always(ClashAnswer reply)
     {
         return [reply](const Clash &) { return ClashDecision{reply, false}; };
     }
@@ -228,7 +228,7 @@ void TestTransfer::nothingIsOverwrittenWithoutAYes()
     QStringList asked;
     const TransferReport skipped = run(kind, {in(u"a.mp3"_s)}, in(u"to"_s), [&](const Clash &clash) {
         asked.append(clash.target);
-        return ClashDecision{ClashReply::Skip, false};
+        return ClashDecision{ClashAnswer::Skip, false};
     });
     QCOMPARE(asked, QStringList{in(u"to/a.mp3"_s)});
     QCOMPARE(skipped.skipped, QStringList{in(u"a.mp3"_s)});
@@ -261,7 +261,7 @@ void TestTransfer::replacesAfterAYes()
         sources += in(u"l.mp3"_s);
         expected.insert(u"l.mp3"_s, "link elsewhere");
     }
-    const TransferReport report = run(kind, sources, to, always(ClashReply::Replace));
+    const TransferReport report = run(kind, sources, to, always(ClashAnswer::Replace));
     QVERIFY(report.isComplete());
     QCOMPARE(report.done.size(), std::size_t(sources.size()));
     QVERIFY(report.done[0].replaced);
@@ -274,7 +274,7 @@ void TestTransfer::keepsBoth()
     writeFile(in(u"a.mp3"_s), "new");
     writeFile(in(u"to/a.mp3"_s), "old");
     writeFile(in(u"to/a (2).mp3"_s), "older");
-    const TransferReport report = run(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), always(ClashReply::KeepBoth));
+    const TransferReport report = run(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), always(ClashAnswer::KeepBoth));
     QVERIFY(report.isComplete());
     QCOMPARE(report.done[0].target, in(u"to/a (3).mp3"_s));
     QCOMPARE(snapshotOf(in(u"to"_s)),
@@ -291,7 +291,7 @@ void TestTransfer::anAnswerForAll()
     }
     int asked = 0;
     const TransferReport report = run(TransferKind::Copy, sources, in(u"to"_s), [&](const Clash &) {
-        return ClashDecision{++asked == 1 ? ClashReply::Skip : ClashReply::Replace, asked == 2};
+        return ClashDecision{++asked == 1 ? ClashAnswer::Skip : ClashAnswer::Replace, asked == 2};
     });
     QCOMPARE(asked, 2);
     QCOMPARE(report.skipped, QStringList{in(u"a.mp3"_s)});
@@ -313,7 +313,7 @@ void TestTransfer::foldersAreMerged()
     QStringList asked;
     const TransferReport report = run(kind, {in(u"cd"_s)}, to, [&](const Clash &clash) {
         asked.append(clash.target);
-        return ClashDecision{clash.isMerge ? ClashReply::Replace : ClashReply::Skip, false};
+        return ClashDecision{clash.isMerge ? ClashAnswer::Replace : ClashAnswer::Skip, false};
     });
     QCOMPARE(
         asked, (QStringList{QDir::toNativeSeparators(to + u"/cd"_s), QDir::toNativeSeparators(to + u"/cd/a.mp3"_s)}));
@@ -336,7 +336,7 @@ void TestTransfer::aFileNeverReplacesAFolder()
         const TransferReport report = run(TransferKind::Move, {in(name)}, in(u"to"_s), [&](const Clash &clash) {
             if (clash.canReplace)
                 QTest::qFail("offered to replace", __FILE__, __LINE__);
-            return ClashDecision{ClashReply::Replace, true};
+            return ClashDecision{ClashAnswer::Replace, true};
         });
         QCOMPARE(report.skipped, QStringList{in(name)});
         QCOMPARE(snapshotOf(m_folder->path()), before);
@@ -351,7 +351,7 @@ void TestTransfer::aCopyBesideItself()
     const TransferReport report =
         run(TransferKind::Copy, {in(u"to/a.mp3"_s), in(u"to/cd"_s)}, in(u"to"_s), [&](const Clash &clash) {
             couldReplace = couldReplace || clash.canReplace;
-            return ClashDecision{ClashReply::KeepBoth, true};
+            return ClashDecision{ClashAnswer::KeepBoth, true};
         });
     QVERIFY(!couldReplace);
     QVERIFY(report.isComplete());
@@ -378,7 +378,7 @@ void TestTransfer::twoSourcesOfOneName()
     const TransferReport report =
         run(TransferKind::Move, {in(u"cd1/a.mp3"_s), in(u"cd2/a.mp3"_s)}, in(u"to"_s), [&](const Clash &clash) {
             couldReplace = clash.canReplace;
-            return ClashDecision{ClashReply::KeepBoth, false};
+            return ClashDecision{ClashAnswer::KeepBoth, false};
         });
     QVERIFY(!couldReplace);
     QVERIFY(report.isComplete());
@@ -390,7 +390,7 @@ void TestTransfer::callingOff()
     writeFile(in(u"a.mp3"_s), "new");
     writeFile(in(u"to/a.mp3"_s), "old");
     auto plan = makeTransferPlan(m_fileSystem, {TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s)});
-    QVERIFY(!answerClashes(*plan, [](const Clash &) { return std::nullopt; }));
+    QVERIFY(!answerClashes(*plan, [](const Clash &) { return ClashDecision{ClashAnswer::Stop}; }));
 }
 
 void TestTransfer::underANewName()
@@ -433,7 +433,7 @@ void TestTransfer::moveOntoAnotherNameOfTheFile()
 {
     writeFile(in(u"a.mp3"_s), "a");
     std::filesystem::create_hard_link(in(u"a.mp3"_s).toStdU16String(), in(u"to/a.mp3"_s).toStdU16String());
-    QVERIFY(run(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), always(ClashReply::Replace)).isComplete());
+    QVERIFY(run(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), always(ClashAnswer::Replace)).isComplete());
     QCOMPARE(snapshotOf(m_folder->path()), (Snapshot{{u"to"_s, "folder"}, {u"to/a.mp3"_s, "file a"}}));
 }
 
@@ -445,7 +445,7 @@ void TestTransfer::moveOntoItsOwnNameInOtherCase()
     const TransferRequest request{
         TransferKind::Move, {in(u"a.mp3"_s)}, QDir::toNativeSeparators(m_folder->path()), u"A.mp3"_s};
     auto plan = makeTransferPlan(m_fileSystem, request);
-    QVERIFY(answerClashes(*plan, always(ClashReply::Replace)));
+    QVERIFY(answerClashes(*plan, always(ClashAnswer::Replace)));
     QVERIFY(runTransfer(m_fileSystem, *plan).isComplete());
     // Wine leaves the name as it was; what counts is that the file is left.
     Snapshot left = snapshotOf(m_folder->path());
@@ -464,7 +464,7 @@ void TestTransfer::namesInOtherCaseAreOne()
     const TransferReport report = run(TransferKind::Move, {in(u"cd1/a.mp3"_s), in(u"cd2/A.mp3"_s), in(u"cd3/A.mp3"_s)},
         in(u"to"_s), [&](const Clash &clash) {
             couldReplace = clash.canReplace;
-            return ClashDecision{ClashReply::KeepBoth, false};
+            return ClashDecision{ClashAnswer::KeepBoth, false};
         });
     QVERIFY(!couldReplace);
     QVERIFY(report.isComplete());

@@ -41,7 +41,7 @@ private Q_SLOTS:
 private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     TransferReport transfer(
-        TransferKind kind, const QStringList &sources, const QString &folder, ClashReply reply = ClashReply::Skip);
+        TransferKind kind, const QStringList &sources, const QString &folder, ClashAnswer reply = ClashAnswer::Skip);
     UndoReport undo() { return m_history->undo(m_fileSystem); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -59,7 +59,7 @@ void TestUndo::init()
 }
 
 TransferReport TestUndo::transfer(
-    TransferKind kind, const QStringList &sources, const QString &folder, ClashReply reply)
+    TransferKind kind, const QStringList &sources, const QString &folder, ClashAnswer reply)
 {
     auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
     answerClashes(*plan, [reply](const Clash &) { return ClashDecision{reply, true}; });
@@ -135,7 +135,7 @@ void TestUndo::aMoveThatReplaced()
 {
     writeFile(in(u"a.mp3"_s), "mine");
     writeFile(in(u"to/a.mp3"_s), "replaced");
-    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), ClashReply::Replace);
+    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), ClashAnswer::Replace);
     const UndoReport report = undo();
     QCOMPARE(report.undone, QStringList{in(u"a.mp3"_s)});
     QCOMPARE(report.lost, QStringList{in(u"to/a.mp3"_s)});
@@ -148,7 +148,7 @@ void TestUndo::aMergedMove()
     writeFile(in(u"cd/b.mp3"_s), "b");
     writeFile(in(u"to/cd/z.mp3"_s), "z");
     const Snapshot before = snapshotOf(m_folder->path());
-    transfer(TransferKind::Move, {in(u"cd"_s)}, in(u"to"_s), ClashReply::Replace);
+    transfer(TransferKind::Move, {in(u"cd"_s)}, in(u"to"_s), ClashAnswer::Replace);
     QVERIFY(!platform::isTaken(in(u"cd"_s)));
     QVERIFY(undo().failures.empty());
     QCOMPARE(snapshotOf(m_folder->path()), before);
@@ -178,7 +178,7 @@ void TestUndo::aCopyThatReplacedStays()
 {
     writeFile(in(u"a.mp3"_s), "new");
     writeFile(in(u"to/a.mp3"_s), "old");
-    transfer(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), ClashReply::Replace);
+    transfer(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), ClashAnswer::Replace);
     const UndoReport report = undo();
     QCOMPARE(report.failures[0].error.code, ErrorCode::Unsupported);
     QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("new"));

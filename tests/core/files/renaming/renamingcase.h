@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/files/renaming/renaming.h"
+#include "core/files/renaming/renamefromtags.h"
 #include "core/platform/scratchfolder.h"
 
 #include <QDir>
@@ -48,11 +48,11 @@ public:
     }
 
     using Pairs = QList<std::pair<QString, QString>>;
-    std::vector<RenameWish> wishes(const Pairs &pairs) const
+    std::vector<RenameRow> rows(const Pairs &pairs) const
     {
-        std::vector<RenameWish> made;
+        std::vector<RenameRow> made;
         for (const auto &[from, to] : pairs)
-            made.push_back(wishForFile(path(from), QDir::toNativeSeparators(to)));
+            made.push_back(fileRename(path(from), QDir::toNativeSeparators(to)));
         return made;
     }
 

@@ -2,7 +2,7 @@
 // Contract: a batch gives all new names as if at once; nothing is overwritten and no file is lost; a taken name is
 // settled by the answers; every row has an outcome, and the plan tells it beforehand.
 
-#include "core/files/renaming/renaming.h"
+#include "core/files/renaming/renamefromtags.h"
 #include "core/files/renaming/renamingcase.h"
 #include "support/caselessfilesystem.h"
 #include "support/faultyfilesystem.h"
@@ -46,7 +46,7 @@ RenamingOutcome renameAll(
 {
     CaselessFileSystem ignoring;
     platform::FileSystem &fileSystem = caseless ? static_cast<platform::FileSystem &>(ignoring) : native();
-    RenamingPlan plan(fileSystem, folder.wishes(pairs));
+    RenamingPlan plan(fileSystem, folder.rows(pairs));
     if (answer)
         plan.answerAll(*answer);
     return runAsPlanned(fileSystem, plan);
@@ -149,7 +149,7 @@ void TestRenaming::unchangedRowsAskNothingOfTheDisk()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
     FaultyFileSystem counting;
-    const RenamingPlan plan(counting, folder.wishes({{u"a.mp3"_s, u"a.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}));
+    const RenamingPlan plan(counting, folder.rows({{u"a.mp3"_s, u"a.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}));
     const auto outcome = runAsPlanned(counting, plan);
     QCOMPARE(statesOf(outcome.rows), states({Untouched, Untouched}));
     QCOMPARE(counting.count(), 0);
@@ -159,7 +159,7 @@ void TestRenaming::unchangedRowsAskNothingOfTheDisk()
 void TestRenaming::anExistingFileIsAClash()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
-    RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"b.mp3"_s}}));
+    RenamingPlan plan(native(), folder.rows({{u"a.mp3"_s, u"b.mp3"_s}}));
     QCOMPARE(plan.nextClash(), std::optional<std::size_t>(0));
     QVERIFY(plan.rows()[0].state == RenameState::Clash && plan.rows()[0].isCollision);
     // Left without an answer it is skipped.
@@ -217,12 +217,12 @@ void TestRenaming::keepBothOfManyIsNotQuadratic()
     constexpr int Count = 2'000;
     const RenamingCase folder;
     FaultyFileSystem counting;
-    std::vector<RenameWish> wishes;
+    std::vector<RenameRow> rows;
     for (int i = 0; i < Count; ++i) {
         folder.add(QString::number(i));
-        wishes.push_back(wishForFile(folder.path(QString::number(i)), u"x.mp3"_s));
+        rows.push_back(fileRename(folder.path(QString::number(i)), u"x.mp3"_s));
     }
-    RenamingPlan plan(counting, std::move(wishes));
+    RenamingPlan plan(counting, std::move(rows));
     plan.answerAll(ClashAnswer::KeepBoth);
     QVERIFY(!plan.nextClash());
     QCOMPARE(plan.rows().back().path, folder.path(u"x (%1).mp3"_s.arg(Count)));
@@ -263,7 +263,7 @@ void TestRenaming::asksOnlyWhatNeedsAnAnswer()
 {
     const RenamingCase folder({u"1"_s, u"2"_s, u"3"_s});
     // Row 0 clashes only while row 1 does.
-    RenamingPlan plan(native(), folder.wishes({{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}}));
+    RenamingPlan plan(native(), folder.rows({{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}}));
     QCOMPARE(plan.count(RenameState::Clash), std::size_t(2));
     QCOMPARE(plan.nextClash(), std::optional<std::size_t>(1));
     plan.answer(1, ClashAnswer::KeepBoth);
@@ -276,7 +276,7 @@ void TestRenaming::asksOnlyWhatNeedsAnAnswer()
 void TestRenaming::anAnswerCanSettleOtherRows()
 {
     const RenamingCase folder({u"1"_s, u"2"_s, u"3"_s});
-    RenamingPlan plan(native(), folder.wishes({{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}}));
+    RenamingPlan plan(native(), folder.rows({{u"1"_s, u"2"_s}, {u"2"_s, u"3"_s}}));
     plan.answer(1, ClashAnswer::Skip);
     QCOMPARE(plan.nextClash(), std::optional<std::size_t>(0));
     plan.answer(0, ClashAnswer::KeepBoth);
@@ -351,7 +351,7 @@ void TestRenaming::adjustedNames()
 void TestRenaming::aSeparatorLeadsIntoAFolder()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s, u"Band/c.mp3"_s, u"top/d.mp3"_s});
-    RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"Band/Live/a.mp3"_s}, {u"b.mp3"_s, u"//Band/./b.mp3"_s},
+    RenamingPlan plan(native(), folder.rows({{u"a.mp3"_s, u"Band/Live/a.mp3"_s}, {u"b.mp3"_s, u"//Band/./b.mp3"_s},
                                     {u"Band/c.mp3"_s, u"Live/a.mp3"_s}}));
     QVERIFY(plan.rows()[0].makesFolder && !plan.rows()[1].makesFolder);
     QVERIFY(plan.rows()[2].state == RenameState::Clash); // the same file by another way
@@ -361,7 +361,7 @@ void TestRenaming::aSeparatorLeadsIntoAFolder()
                                  {u"Band/c.mp3"_s, u"Band/c.mp3"_s}, {u"top/d.mp3"_s, u"top/d.mp3"_s}}));
     // The pattern's own text may lead out.
     RenamingPlan out(native(),
-        {wishForFile(folder.path(u"top/d.mp3"_s), QDir::toNativeSeparators(u"../d.mp3"_s), stepsUpIn(u"../%3"_s))});
+        {fileRename(folder.path(u"top/d.mp3"_s), QDir::toNativeSeparators(u"../d.mp3"_s), stepsUpIn(u"../%3"_s))});
     QCOMPARE(out.rows()[0].path, folder.path(u"d.mp3"_s));
     QCOMPARE(runAsPlanned(native(), out).count(Rename), std::size_t(1));
     QVERIFY(folder.files().contains(u"d.mp3"_s));
@@ -371,10 +371,10 @@ void TestRenaming::valuesLeadNowhereElse()
 {
     const RenamingCase folder({u"in/a.mp3"_s});
     // The pattern was ‘%2/%3’ and the album is "..".
-    const RenameWish wish =
-        wishForFile(folder.path(u"in/a.mp3"_s), QDir::toNativeSeparators(u"../x.mp3"_s), stepsUpIn(u"%2/%3"_s));
-    QVERIFY(wish.problem == platform::NameProblem::LeadsOutside);
-    const auto outcome = runAsPlanned(native(), RenamingPlan(native(), {wish}));
+    const RenameRow row =
+        fileRename(folder.path(u"in/a.mp3"_s), QDir::toNativeSeparators(u"../x.mp3"_s), stepsUpIn(u"%2/%3"_s));
+    QVERIFY(row.problem == platform::NameProblem::LeadsOutside);
+    const auto outcome = runAsPlanned(native(), RenamingPlan(native(), {row}));
     QCOMPARE(statesOf(outcome.rows), states({RenameState::Refused}));
     QCOMPARE(folder.files().keys(), QStringList{u"in/a.mp3"_s});
 }
@@ -432,7 +432,7 @@ void TestRenaming::namesThatAreNoText()
 void TestRenaming::aTargetThatAppearsAfterThePlan()
 {
     const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
-    const RenamingPlan plan(native(), folder.wishes({{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"y.mp3"_s}}));
+    const RenamingPlan plan(native(), folder.rows({{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"y.mp3"_s}}));
     folder.add(u"x.mp3"_s);
     const auto outcome = runRenaming(native(), plan);
     QCOMPARE(statesOf(outcome.rows), states({RenameState::Failed, Rename}));
@@ -445,7 +445,7 @@ void TestRenaming::aStopBetweenRows()
 {
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s});
     const RenamingPlan plan(native(),
-        folder.wishes({{u"a"_s, u"1"_s}, {u"c"_s, u"d"_s}, {u"d"_s, u"c"_s}, {u"b"_s, u"2"_s}, {u"e"_s, u"e"_s}}));
+        folder.rows({{u"a"_s, u"1"_s}, {u"c"_s, u"d"_s}, {u"d"_s, u"c"_s}, {u"b"_s, u"2"_s}, {u"e"_s, u"e"_s}}));
     std::stop_source stop;
     const auto stopAtC = [&](const Progress &now) {
         if (now.path.endsWith(u"c"_s))
@@ -466,8 +466,8 @@ bool survivesFault(int at, bool forEver)
 {
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"x"_s, u"y"_s, u"z"_s});
     FaultyFileSystem faulty;
-    const RenamingPlan plan(faulty, folder.wishes({{u"a"_s, u"b"_s}, {u"x"_s, u"y"_s}, {u"b"_s, u"c"_s},
-                                        {u"y"_s, u"w"_s}, {u"c"_s, u"a"_s}, {u"z"_s, u"new/z"_s}}));
+    const RenamingPlan plan(faulty, folder.rows({{u"a"_s, u"b"_s}, {u"x"_s, u"y"_s}, {u"b"_s, u"c"_s}, {u"y"_s, u"w"_s},
+                                        {u"c"_s, u"a"_s}, {u"z"_s, u"new/z"_s}}));
     faulty.setPlan({.fault = Fault::Fail, .at = at, .forEver = forEver});
     const RenamingOutcome outcome = runRenaming(faulty, plan);
     if (!faulty.hasFired())
@@ -525,14 +525,14 @@ void TestRenaming::longChainsAreNotQuadratic()
 {
     constexpr int Count = 2'000;
     const RenamingCase folder({u"last"_s});
-    std::vector<RenameWish> wishes;
+    std::vector<RenameRow> rows;
     for (int i = 0; i < Count; ++i) {
         folder.add(QString::number(i));
         const QString next = i + 1 < Count ? QString::number(i + 1) : u"last"_s;
-        wishes.push_back({folder.path(QString::number(i)), folder.path(next)});
+        rows.push_back({.from = folder.path(QString::number(i)), .wanted = folder.path(next)});
     }
     // The last name is taken, so each row takes its name from the one before.
-    RenamingPlan plan(native(), wishes);
+    RenamingPlan plan(native(), rows);
     for (const ClashAnswer answer : {ClashAnswer::Stop, ClashAnswer::Skip, ClashAnswer::KeepBoth})
         plan.answerAll(answer);
     QCOMPARE(plan.count(Rename), std::size_t(Count));

@@ -4,7 +4,7 @@
 // back.
 
 #include "core/files/list/currentfolder.h"
-#include "core/files/renaming/renaming.h"
+#include "core/files/renaming/renamefromtags.h"
 #include "core/files/renaming/renamingcase.h"
 #include "core/storage/saferename.h"
 
@@ -36,7 +36,7 @@ const int RingSizes[] = {2, 3, 5};
             for (qsizetype i = 0; i < ring.size(); ++i)
                 pairs.push_back({ring[i], ring[(i + 1) % ring.size()]});
         }
-        const RenamingPlan plan(native, folder.wishes(pairs));
+        const RenamingPlan plan(native, folder.rows(pairs));
         const RenamingOutcome outcome = runRenaming(native, plan);
         if (outcome.count(RenameState::Rename) != outcome.rows.size())
             ::_exit(1);
@@ -119,7 +119,7 @@ void TestRenamingKill::noFileIsLostOrHidden()
                 pairs.push_back({name, free.front()});
         }
         platform::FileSystem &native = platform::FileSystem::native();
-        runRenaming(native, RenamingPlan(native, folder.wishes(pairs)));
+        runRenaming(native, RenamingPlan(native, folder.rows(pairs)));
         QCOMPARE(folder.files().keys(), names);
     }
     qInfo("%d kills: %d with the files elsewhere than before, %d with one under a name for the time being", Kills,

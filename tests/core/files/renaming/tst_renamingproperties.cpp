@@ -2,7 +2,7 @@
 // Contract: whatever the batch, what the plan tells is what the run does; the number of files never falls, no content
 // changes, nothing outside the batch is touched, and undoing it gives every file its name back.
 
-#include "core/files/renaming/renaming.h"
+#include "core/files/renaming/renamefromtags.h"
 #include "core/files/renaming/renamingcase.h"
 #include "support/caselessfilesystem.h"
 
@@ -59,14 +59,14 @@ public:
         }
     }
 
-    std::vector<RenameWish> wishes(const RenamingCase &folder)
+    std::vector<RenameRow> rows(const RenamingCase &folder)
     {
         QStringList files = folder.files().keys();
         std::shuffle(files.begin(), files.end(), m_random);
-        std::vector<RenameWish> made;
+        std::vector<RenameRow> made;
         for (const QString &file : files) {
             if (below(6) != 0)
-                made.push_back(wishForFile(
+                made.push_back(fileRename(
                     folder.path(file), QDir::toNativeSeparators(below(4) == 0 ? nameInFolders() : name()), below(2)));
         }
         return made;
@@ -114,7 +114,7 @@ void TestRenamingProperties::thePlanIsWhatHappens()
         const QString where = u"batch %1"_s.arg(seed);
         random.fill(folder, caseless);
         const Files before = folder.files();
-        RenamingPlan plan(fileSystem, random.wishes(folder));
+        RenamingPlan plan(fileSystem, random.rows(folder));
         if (random.below(2) == 0)
             plan.answerAll(random.answer());
         while (const auto row = plan.nextClash())

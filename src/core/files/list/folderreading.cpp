@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/files/list/tagreading.h"
+#include "core/files/list/folderreading.h"
 
 #include "core/files/list/alignment.h"
 #include "core/files/list/tagcache.h"
@@ -24,8 +24,8 @@ qint64 nanosecondsNow()
     return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
 }
 
-/// Moves the old entries of the files to where these stand in the new list; the others are new and unknown. Both lists
-/// mostly come in the same order but for a few names that came or went, then next to nothing is searched.
+/// Returns the old entries of the files in the order of names, with empty ones for new files. Usually both lists have
+/// the same order but for a few names, and next to nothing is searched.
 TagCache::Entries alignedEntries(TagCache::Entries old, const std::vector<QString> &names)
 {
     TagCache::Entries aligned(names.size());
@@ -42,7 +42,7 @@ TagCache::Entries alignedEntries(TagCache::Entries old, const std::vector<QStrin
         return aligned;
     QHash<QString, std::size_t> left;
     for (std::size_t i = 0; i < old.size(); ++i) {
-        if (const QString name = old[i].file.name(); !name.isEmpty()) // else it was taken
+        if (const QString name = old[i].file.name(); !name.isEmpty()) // else it was moved out
             left.insert(name, i);
     }
     for (const std::size_t i : outOfOrder) {
@@ -56,18 +56,18 @@ TagCache::Entries alignedEntries(TagCache::Entries old, const std::vector<QStrin
     return aligned;
 }
 
-/// One call of readTags.
-class TagReading
+/// One call of readFolders().
+class FolderReading
 {
 public:
-    TagReading(std::vector<FolderFiles> folders, const ScanOptions &options);
+    FolderReading(std::vector<FolderFiles> folders, const ScanOptions &options);
 
-    ReadFiles run();
+    FolderRows run();
 
 private:
     enum class Outcome : quint8
     {
-        Missing, ///< failed, or not reached
+        Missing, ///< failed or not reached
         Cached,
         Read
     };
@@ -76,16 +76,16 @@ private:
         QString path;
         std::size_t firstRow = 0;
         std::vector<QString> names; ///< of its files
-        TagCache::Entries entries;  ///< likewise, in the same order
+        TagCache::Entries entries;  ///< in the same order
     };
-    /// Files of one folder that one thread reads in one go.
+    /// Files of one folder that a thread reads in one go.
     struct Stretch
     {
         std::size_t folder = 0;
         std::size_t begin = 0; ///< within the folder
         std::size_t end = 0;
     };
-    /// So many files that opening the folder once more costs nothing beside them.
+    /// Enough that opening the folder once more costs nothing in comparison.
     static constexpr std::size_t LongestStretch = 64;
 
     qsizetype fileCount() const { return static_cast<qsizetype>(m_rows.size()); }
@@ -107,7 +107,7 @@ private:
     std::vector<std::pair<std::size_t, ListFailure>> m_failures; ///< with the row
 };
 
-TagReading::TagReading(std::vector<FolderFiles> folders, const ScanOptions &options) : m_options(options)
+FolderReading::FolderReading(std::vector<FolderFiles> folders, const ScanOptions &options) : m_options(options)
 {
     std::size_t fileCount = 0;
     for (const FolderFiles &folder : folders)
@@ -128,7 +128,7 @@ TagReading::TagReading(std::vector<FolderFiles> folders, const ScanOptions &opti
     m_outcomes.resize(fileCount, Outcome::Missing);
 }
 
-ReadFiles TagReading::run()
+FolderRows FolderReading::run()
 {
     platform::parallelFor(
         m_stretches.size(), [&](std::size_t i) { readStretch(m_stretches[i]); }, 1);
@@ -137,7 +137,7 @@ ReadFiles TagReading::run()
     if (m_options.cache)
         updateCache();
 
-    ReadFiles result;
+    FolderRows result;
     result.hasTag.reserve(m_outcomes.size());
     for (const Outcome outcome : m_outcomes) {
         result.hasTag.push_back(outcome != Outcome::Missing);
@@ -151,7 +151,7 @@ ReadFiles TagReading::run()
     return result;
 }
 
-void TagReading::readStretch(const Stretch &stretch)
+void FolderReading::readStretch(const Stretch &stretch)
 {
     ScannedFolder &scanned = m_folders[stretch.folder];
     const Result<platform::Folder> folder = platform::Folder::open(scanned.path);
@@ -172,9 +172,9 @@ void TagReading::readStretch(const Stretch &stretch)
     }
 }
 
-/// The state is asked for before the content is read: a change in between makes the state an old one, which no later
-/// question can give, and so the file is read again.
-Result<TagReading::Outcome> TagReading::readFile(
+/// Asks for the state before reading the content: a change in between leaves a state that no file has any more, so the
+/// next listing reads the file again.
+Result<FolderReading::Outcome> FolderReading::readFile(
     const platform::Folder &folder, const QString &name, TagCache::Entry &entry, ListRow &row) const
 {
     TagCache::FileState state;
@@ -201,16 +201,16 @@ Result<TagReading::Outcome> TagReading::readFile(
     return Outcome::Read;
 }
 
-void TagReading::addFailure(std::size_t row, const QString &path, const Error &error)
+void FolderReading::addFailure(std::size_t row, const QString &path, const Error &error)
 {
     const std::scoped_lock lock(m_failuresMutex);
     m_failures.push_back({row, {path, error}});
 }
 
-void TagReading::updateCache()
+void FolderReading::updateCache()
 {
     for (ScannedFolder &folder : m_folders) {
-        // A file that was not reached keeps its old state and tag, which are as good as before.
+        // Files not reached keep their old state and tag, which are as good as before.
         std::erase_if(
             folder.entries, [](const TagCache::Entry &entry) { return entry.state == TagCache::FileState(); });
         m_options.cache->put(folder.path, std::move(folder.entries));
@@ -219,9 +219,9 @@ void TagReading::updateCache()
 
 } // namespace
 
-ReadFiles readTags(std::vector<FolderFiles> folders, const ScanOptions &options)
+FolderRows readFolders(std::vector<FolderFiles> folders, const ScanOptions &options)
 {
-    return TagReading(std::move(folders), options).run();
+    return FolderReading(std::move(folders), options).run();
 }
 
 } // namespace ravlin
