@@ -13,7 +13,7 @@ struct Progress
 {
     qsizetype done = 0;    ///< steps, which are files or rows
     qsizetype total = 0;   ///< 0: not known; may grow
-    QString path;          ///< what is being worked on; empty: not known
+    QString path = {};     ///< what is being worked on; empty: not known
     qint64 bytesDone = 0;  ///< of work that also counts bytes
     qint64 bytesTotal = 0; ///< 0: it doesn't count them
 };

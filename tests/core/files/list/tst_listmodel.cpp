@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The rows of the list: what each column shows, which names are long, how the columns share the width, that sorting
-// keeps itself up and a row can be moved, what the status bar shows.
+// Contract: what each column shows, which names are long, how the columns share the width; rows stay sorted, and can be
+// moved.
 
-#include "core/files/list/currentfolder.h"
 #include "core/files/list/listmodel.h"
 #include "support/nativepath.h"
 
@@ -300,42 +299,6 @@ private Q_SLOTS:
     {
         QCOMPARE(columnWidths(8571)[0], 2571); // 0.07 of it is 599.97
         QCOMPARE(columnWidths(8572)[0], 2510);
-    }
-
-    void theStatusBarCountsRowsAndNamesTheCurrentFile()
-    {
-        const StatusTexts texts =
-            statusTexts(12, QStringLiteral("archivos"), QStringLiteral("/m/"), QStringLiteral("cd1/a.mp3"));
-        QCOMPARE(texts.panel1, QStringLiteral("12 archivos"));
-        QCOMPARE(texts.panel2, QStringLiteral("/m/cd1/a.mp3"));
-        const StatusTexts none = statusTexts(0, QStringLiteral("files"), QStringLiteral("/m/"), {});
-        QVERIFY(none.panel1.isEmpty() && none.panel2.isEmpty());
-    }
-
-    void enteringAFolderKeepsItsPathsAndClearsTheCancelledFlag()
-    {
-        ProgramState state;
-        platform::FileSystem &fileSystem = platform::FileSystem::native();
-        const QString folder = native(QDir::tempPath());
-        state.cancelled = true;
-        enterFolder(state, folder, fileSystem);
-        QCOMPARE(state.currentFolder, folder + platform::Separator);
-        QCOMPARE(state.currentFolderAsChosen, folder);
-        QCOMPARE(state.freeMegabytes > 0, fileSystem.freeBytes(folder).value() >= 1024 * 1024);
-        QVERIFY(!state.cancelled);
-        state.cancelled = true;
-        enterFolder(state, folder, fileSystem); // a refresh
-        QVERIFY(state.cancelled);
-        const QString root = native(QDir::rootPath());
-        enterFolder(state, root, fileSystem);
-        QCOMPARE(state.currentFolder, root);
-        QVERIFY(!state.cancelled);
-    }
-
-    void aFolderThatCannotBeListedHasNoRows()
-    {
-        QVERIFY(RefreshList(QStringLiteral("/no/such/folder/")).rows.empty());
-        QVERIFY(RefreshListTree(QStringLiteral("/no/such/folder/")).rows.empty());
     }
 };
 
