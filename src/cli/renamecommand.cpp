@@ -22,7 +22,7 @@ namespace {
 constexpr Option RuleOption{u"--rule", u"WORD", u"artist-title or track-title; without it --pattern must be given"};
 constexpr Option PatternOption{u"--pattern", u"PATTERN", u"how the names are to be, such as '%4 - %3'"};
 
-/// The rule that the options stand for, or what is wrong with one.
+/// The rule that the options choose, or what is wrong with them.
 tl::expected<NamingRule, UsageError> ruleGiven(const Arguments &arguments)
 {
     NamingRule rule;
@@ -52,7 +52,7 @@ tl::expected<NamingRule, UsageError> ruleGiven(const Arguments &arguments)
     return rule;
 }
 
-/// Gives what interrupted renames left in the files' folders its names back. Returns the files' paths after that.
+/// Gives files that interrupted renames left in these folders their names back. Returns the paths after that.
 QStringList broughtBack(platform::FileSystem &fileSystem, const QStringList &paths)
 {
     std::set<QString> folders;
@@ -63,7 +63,7 @@ QStringList broughtBack(platform::FileSystem &fileSystem, const QStringList &pat
             continue;
         const auto done = storage::bringBackAside(fileSystem, folder.isEmpty() ? u"."_s : folder);
         if (!done)
-            continue; // the rename itself tells
+            continue; // the rename will report it
         for (const auto &[aside, former] : *done)
             newPaths.insert(folder + platform::nameOf(aside), folder + platform::nameOf(former));
     }

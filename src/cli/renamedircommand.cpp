@@ -17,7 +17,7 @@ namespace {
 constexpr Option PatternOption{
     u"--pattern", u"PATTERN", u"how the name is to be, such as '%3 - %2'; without it artist and album"};
 
-/// The path of a folder with its name at the end: not ".", and not without the folder above it.
+/// The path of a folder that ends in its name, not in ".", and has a folder above it.
 Result<QString> namedPath(platform::FileSystem &fileSystem, const QString &folder)
 {
     const QString path = platform::withoutEndSeparator(folder);
@@ -30,7 +30,7 @@ Result<QString> namedPath(platform::FileSystem &fileSystem, const QString &folde
     return path.contains(platform::Separator) ? path : platform::inFolder(u"."_s, path);
 }
 
-/// The path of the file that the list shows first: by name, without regard to case. Empty when there is none.
+/// The path of the first file by name, ignoring case, as in the list. Empty if there is none.
 Result<QString> firstFile(const QString &folder)
 {
     const Result<Listing> listing = ListFolder(folder, {});
@@ -44,14 +44,14 @@ Result<QString> firstFile(const QString &folder)
     return first == listing->rows.end() ? QString() : platform::inFolder(folder, first->text());
 }
 
-/// The folder's batch of one, and the tag that it was made of.
+/// The plan for the folder and the tag that its name is made of.
 struct FolderRename
 {
     RenamingPlan plan;
     TagRecord tag;
 };
 
-/// What would be done; nothing after a message to the console.
+/// Returns nothing after a message to the console.
 std::optional<FolderRename> planned(const QString &folder, const FolderRule &rule, Console &console)
 {
     platform::FileSystem &fileSystem = platform::FileSystem::native();

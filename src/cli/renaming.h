@@ -7,22 +7,22 @@
 #include "core/files/renaming/renaming.h"
 #include "core/tags/record/tagrecord.h"
 
-/// What the commands that rename have in common.
+/// What the renaming commands share.
 namespace ravlin::cli {
 
 inline constexpr Option ClashOption{
     u"--clash", u"WORD", u"when a name is taken: skip the file (so without it), number it, or stop"};
 
-/// What is done about taken names; skip without the option.
+/// The answer for taken names; Skip without the option.
 tl::expected<ClashAnswer, UsageError> clashAnswer(const Arguments &arguments);
 
-/// The columns of a preview: path, new path, what becomes of it and why, and the tag.
+/// The columns of a preview: path, new path, outcome and reason, and the tag.
 std::vector<QStringView> renameColumns();
 Record renameRecord(const RenameRow &row, const TagRecord &tag);
 
-/// Why a row is not renamed as wished, or that its name was adjusted or numbered; empty when there is nothing to say.
+/// Why a row does not get its wanted name, or that the name was adjusted or numbered; else empty.
 QString reasonOf(const RenameRow &row);
-/// Tells of every row that did not get the name that the rule gave it.
+/// Prints every row that did not get the name that the rule gave.
 void tellOutcome(const RenamingOutcome &outcome, Console &console);
 
 } // namespace ravlin::cli

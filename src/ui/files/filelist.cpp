@@ -275,7 +275,7 @@ void FileList::keyPressEvent(QKeyEvent *event)
         return;
     if (isShiftAlone(*event) && isCommandLetter(event->key())) {
         m_pressedCommand = event->key();
-        return; // it must not start a search by name; what it does happens when it is released
+        return; // acts when released, and must not start a search by name
     }
     QTreeView::keyPressEvent(event);
 }
@@ -285,7 +285,7 @@ void FileList::keyReleaseEvent(QKeyEvent *event)
     QTreeView::keyReleaseEvent(event);
     if (event->isAutoRepeat())
         return; // the key is still held down
-    // Who types fast lets go of Shift first.
+    // Fast typists release Shift first.
     const bool isCommand = isShiftAlone(*event) || event->key() == m_pressedCommand;
     if (event->key() == m_pressedCommand)
         m_pressedCommand = 0;
@@ -319,7 +319,7 @@ void FileList::mouseMoveEvent(QMouseEvent *event)
 void FileList::mouseReleaseEvent(QMouseEvent *event)
 {
     if (const std::optional<RowDrag::Drop> drop = m_drag->release(*event)) {
-        setState(NoState); // of the press, which the view has seen
+        setState(NoState); // set by the press, which the view has seen
         dropRow(drop->row, drop->position);
         return;
     }
@@ -334,7 +334,7 @@ void FileList::mouseReleaseEvent(QMouseEvent *event)
         Q_EMIT menuRequested(event->globalPosition().toPoint());
 }
 
-/// A menu that opened at the press would take the button's release away, which has a meaning of its own.
+/// A menu opened by the press would swallow the release, which has its own meaning.
 void FileList::contextMenuEvent(QContextMenuEvent *event)
 {
     event->accept();
@@ -349,7 +349,7 @@ void FileList::mouseDoubleClickEvent(QMouseEvent *event)
 {
     QTreeView::mouseDoubleClickEvent(event);
     m_drag->giveUp();
-    m_pressedRow = -1; // the click before it has been reported
+    m_pressedRow = -1; // the first click was reported
     const int row = indexAt(event->pos()).row();
     if (event->button() == Qt::LeftButton && row >= 0)
         Q_EMIT fileActivated(row);
@@ -379,7 +379,7 @@ void FileList::dropRow(int from, int position)
 
 void FileList::focusOutEvent(QFocusEvent *event)
 {
-    m_pressedCommand = 0; // its release goes elsewhere
+    m_pressedCommand = 0; // another widget gets its release
     m_drag->giveUp();
     QTreeView::focusOutEvent(event);
 }
@@ -395,8 +395,7 @@ void FileList::paintEvent(QPaintEvent *event)
 void FileList::resizeEvent(QResizeEvent *event)
 {
     QTreeView::resizeEvent(event);
-    // A scroll bar that comes or goes also resizes; columns that the user made wider stay so until the list's own
-    // width changes.
+    // Scroll bars cause resizes, too. Columns that the user resized stay so until the width of the list changes.
     if (std::exchange(m_laidOutWidth, width()) != width())
         applyColumnWidths();
 }
@@ -409,7 +408,7 @@ void FileList::setHiddenColumns(ColumnSet hidden)
     m_hidden = hidden;
     for (int column = 0; column < ListColumnCount; ++column)
         setColumnHidden(column, hidden[static_cast<std::size_t>(column)]);
-    // The keys go on from a cell that is seen.
+    // Keys must continue from a visible cell.
     if (currentIndex().isValid() && isColumnHidden(currentIndex().column()))
         selectionModel()->setCurrentIndex(currentIndex().siblingAtColumn(0), QItemSelectionModel::NoUpdate);
     applyColumnWidths();

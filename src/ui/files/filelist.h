@@ -16,8 +16,8 @@ class RowDrag;
 
 /// The list of MP3 files: rows of eight columns, sorted by a click on a header, rearranged by dragging a row.
 ///
-/// It shows rows and reports what the user does with keys and mouse; what that leads to is its owner's business. Rows
-/// are told by their position from 0. A row's current text is the path of its file below the current folder.
+/// Shows rows and reports what the user does; its owner acts on it. Rows are identified by their position, from 0. A
+/// row's text is the path of its file below the current folder.
 class FileList : public QTreeView
 {
     Q_OBJECT
@@ -26,8 +26,7 @@ public:
     explicit FileList(QWidget *parent = nullptr);
 
     const ListModel &rows() const { return *m_model; }
-    /// Shows a fresh listing, sorted: automatic sorting is switched on. The first row becomes current, none is
-    /// selected.
+    /// Shows a fresh listing, sorted, with automatic sorting on. Makes the first row current and selects none.
     void setRows(std::vector<ListRow> rows);
     /// See ListModel::setTags.
     void setTags(const std::vector<std::optional<ListedFile>> &tags)
@@ -36,15 +35,15 @@ public:
         updateSortArrow();
     }
     void setHeaderText(ListColumn column, const QString &text) { m_model->setHeaderText(column, text); }
-    /// Hides these columns and shows the others. The column of the file is always shown.
+    /// Hides these columns and shows the others, and always the file's.
     void setHiddenColumns(ColumnSet hidden);
     void setHeaderTag(ListColumn column, const QString &tag) { m_model->setHeaderTag(column, tag); }
 
     int rowCount() const { return m_model->rowCount(); }
-    /// As the file is found, not as it is shown. Empty for no row.
+    /// The real name, not the shown one. Empty if there is no such row.
     QString rowText(int row) const;
     QStringList rowTexts() const;
-    /// The row of that text; -1 for none.
+    /// The row with that text, or -1.
     int rowOf(QStringView text) const;
 
     /// The selected rows and their texts, in the order of the list.
@@ -63,21 +62,21 @@ public:
         Keep,
         ThisRowOnly
     };
-    /// Makes a row current and scrolls to it. Reports nothing.
+    /// Makes a row current and scrolls to it. Emits nothing.
     void setCurrentRow(int row, Selection selection);
 
-    /// What a click on that column's header does.
+    /// Does what a click on that column's header does.
     void sortByHeader(int column);
-    /// What dropping a dragged row does: it is put in before the row at that position (rowCount(): last), and automatic
-    /// sorting is switched off.
+    /// Does what dropping a dragged row does: moves it before the row at that position (rowCount(): to the end) and
+    /// switches automatic sorting off.
     void dropRow(int from, int position);
 
 Q_SIGNALS:
-    /// The user clicked a row, or released a key that has no other meaning: the current row is to be shown.
+    /// The user clicked a row or released a key without another meaning: show the current row.
     void itemSelected(int row);
     void fileActivated(int row);
     void rightClicked();
-    /// The context menu is wanted at that place of the screen: by the right button's release, or by the keyboard.
+    /// The user wants the context menu: released the right button, or pressed the menu key.
     void menuRequested(const QPoint &globalPosition);
     void deleteRequested();
     void deletePlaylistsRequested();
@@ -103,17 +102,16 @@ private:
 
     QItemSelection rangesOf(const std::vector<bool> &selected) const;
     std::vector<bool> selectionFlags() const;
-    /// Runs a change of the rows' order, which tells the former position of each row, and gives selection and current
-    /// row to the same rows as before. The selection is taken off meanwhile: the selection model would keep track of
-    /// every single cell.
+    /// Runs reorder, which returns the former position of each row, and keeps the selection and the current row with
+    /// their rows. Clears the selection meanwhile, or the selection model would track every cell.
     void keepSelection(const std::function<std::vector<std::size_t>()> &reorder);
 
     ListModel *const m_model;
     RowDrag *const m_drag;
-    int m_pressedCommand = 0; ///< the letter that was pressed with Shift alone and is still down
-    int m_pressedRow = -1;    ///< that may be clicked: under the mouse button, and not dragged
+    int m_pressedCommand = 0; ///< a letter pressed with Shift alone and still held
+    int m_pressedRow = -1;    ///< pressed by the mouse and not dragged: it may be a click
     ColumnSet m_hidden;
-    int m_laidOutWidth = -1; ///< the list's width that the columns fit
+    int m_laidOutWidth = -1; ///< the list width that the columns fit
 };
 
 } // namespace ravlin

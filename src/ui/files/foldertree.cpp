@@ -48,7 +48,7 @@ private:
             return QStyle::SP_DriveHDIcon;
         return option.state & QStyle::State_Open ? QStyle::SP_DirOpenIcon : QStyle::SP_DirIcon;
     }
-    /// A style searches the icon themes each time it is asked, and this is asked for every row that is painted.
+    /// Cached: a style searches the icon themes at every call, and every painted row calls.
     QIcon iconOf(QStyle::StandardPixmap pixmap, const QStyleOptionViewItem &option) const
     {
         const QStyle *style = option.widget->style();
@@ -61,7 +61,7 @@ private:
         return icon;
     }
 
-    mutable std::map<QStyle::StandardPixmap, QIcon> m_icons; ///< of that style in those colours
+    mutable std::map<QStyle::StandardPixmap, QIcon> m_icons; ///< for the present style and colours
     mutable const QStyle *m_style = nullptr;
     mutable qint64 m_colours = 0;
 };
@@ -120,7 +120,7 @@ void FolderTree::refresh()
     if (path() != before)
         selectFolder(before);
     m_isChanging = false;
-    scheduleDelayedItemsLayout(); // whether a closed folder can be opened is asked only then
+    scheduleDelayedItemsLayout(); // only a layout asks whether a closed folder can be opened
     announce();
 }
 
@@ -156,7 +156,7 @@ void FolderTree::announce()
         Q_EMIT pathChanged(path());
 }
 
-/// As wide as the view at least, so that a click anywhere in a row selects it.
+/// At least as wide as the view, so that a click anywhere in a row selects it.
 int FolderTree::sizeHintForColumn(int column) const
 {
     return std::max(QTreeView::sizeHintForColumn(column), viewport()->width());
@@ -168,7 +168,7 @@ void FolderTree::resizeEvent(QResizeEvent *event)
     QTreeView::resizeEvent(event);
 }
 
-/// The style leaves out the indentation of a selected row.
+/// The style does not highlight the indentation of a selected row.
 void FolderTree::drawRow(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
     if (selectionModel()->isSelected(index)) {

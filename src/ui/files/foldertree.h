@@ -7,28 +7,28 @@
 
 namespace ravlin {
 
-/// The tree of folders. One folder is selected at a time; it is the one that the program works in.
+/// The tree of folders. The one selected folder is the program's current folder.
 class FolderTree : public QTreeView
 {
     Q_OBJECT
 
 public:
     explicit FolderTree(QWidget *parent = nullptr);
-    /// A tree of other places than the usual ones.
+    /// A tree of these roots instead of the standard ones.
     explicit FolderTree(const std::vector<FolderRoot> &roots, QWidget *parent = nullptr);
 
-    /// The selected folder's full path, without a separator at its end but for a drive's root; empty when none is.
+    /// The selected folder's full path, without a separator at its end except for a drive's root. Empty if none is.
     QString path() const;
-    /// Selects a folder and opens the tree down to it. A folder that does not exist (any more) gives its nearest
-    /// ancestor and false. A relative path counts from the program's working folder.
+    /// Selects a folder and opens the tree down to it. If it does not exist, selects its nearest ancestor and returns
+    /// false. A relative path starts at the working directory.
     bool setPath(const QString &path);
-    /// Reads what is shown from the disk again. If the selected folder is gone its nearest ancestor gets selected.
+    /// Reads the folders shown again. If the selected one is gone, selects its nearest ancestor.
     void refresh();
-    /// The same, and selects that folder: the selected one has been renamed to it, or moved there.
+    /// The same after the selected folder was renamed or moved to newPath, which gets selected.
     void refreshTo(const QString &newPath);
 
 Q_SIGNALS:
-    /// Another folder was selected, by the user, by setPath or because the old one is gone.
+    /// Another folder was selected: by the user, by setPath(), or because the old one is gone.
     void pathChanged(const QString &path);
     void listTreeRequested();
     void deleteRequested();
@@ -48,7 +48,7 @@ private:
 
     FolderModel *const m_model;
     QString m_announcedPath;
-    bool m_isChanging = false; ///< the selection moves through other folders before it is where it shall be
+    bool m_isChanging = false; ///< the selection passes through other folders on its way
 };
 
 } // namespace ravlin

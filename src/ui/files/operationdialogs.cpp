@@ -18,7 +18,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr qsizetype NamedInQuestion = 8; ///< files that a question names one by one
+constexpr qsizetype NamedInQuestion = 8; ///< files that a question names
 
 bool isFolder(const QString &path)
 {
@@ -54,7 +54,7 @@ QString reasonOf(const FileFailure &failure, const OperationReport &report, cons
     const bool isUndo = report.kind == OperationKind::Undo;
     QString reason = isUndo && failure.error.code == ErrorCode::Unsupported ? captions.text(Text::UndoImpossible)
                                                                             : captions.errorText(failure.error.code);
-    // Inside a folder: which file it was.
+    // Name the file inside the folder.
     if (!failure.error.path.isEmpty() && failure.error.path != failure.path)
         reason += QStringLiteral(" (%1)").arg(shownName(failure.error.path));
     return reason;
@@ -124,7 +124,7 @@ bool OperationDialogs::confirmDeleteForGood(const QStringList &paths)
     return ask(questionAbout(paths, {Text::AskDeleteFile, Text::AskDeleteFiles, Text::AskDeleteFolder}), paths, true);
 }
 
-/// The trash gives back what a hasty Enter puts there; nothing gives back what is deleted for good.
+/// Enter may put files into the trash, which gives them back, but must not delete for good.
 bool OperationDialogs::ask(const QString &question, const QStringList &paths, bool isForGood)
 {
     QMessageBox box(isForGood ? QMessageBox::Warning : QMessageBox::Question, QString(), question,

@@ -23,7 +23,7 @@ QString outcomeHeadline(const OperationReport &report, const Captions &captions)
 class OperationDialogs final : public FileOperationHost
 {
 public:
-    /// All outlive this.
+    /// All must outlive this.
     OperationDialogs(const Captions &captions, Busy &busy, QWidget *window);
 
     ClashDecision askClash(const Clash &clash) override;

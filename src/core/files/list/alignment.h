@@ -10,10 +10,9 @@ namespace ravlin {
 
 inline constexpr std::size_t NotAligned = std::numeric_limits<std::size_t>::max();
 
-/// Finds the elements of a former list in a new one that comes mostly in the same order, but for some that came or
-/// went: for each new element the position of the former one that it is, ascending, or NotAligned. isSame(former, new)
-/// tells by two positions. Not all are found where more than a few went in one place, or where the order is another;
-/// the search ends, with the rest not aligned, when more than mostNew are not found.
+/// Finds the elements of a former list in a new one of mostly the same order. Returns for each new element its position
+/// in the former list, ascending, or NotAligned. isSame(former, new) compares by position. Misses some elements if more
+/// than a few went in one place or the order changed; gives up on the rest once more than mostNew are not found.
 template <typename IsSame>
 std::vector<std::size_t> alignedPositions(
     std::size_t formerCount, std::size_t newCount, IsSame isSame, std::size_t mostNew = NotAligned)

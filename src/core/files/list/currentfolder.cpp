@@ -10,7 +10,7 @@ namespace {
 
 constexpr qint64 BytesPerMegabyte = 1024 * 1024;
 
-/// Whether a listing found files of an interrupted rename that have their names again, so that it has to be made anew.
+/// Gives files of interrupted renames their names back. Returns whether there were any: then list again.
 bool broughtBack(const Result<Listing> &listing)
 {
     bool any = false;

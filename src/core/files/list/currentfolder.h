@@ -5,27 +5,27 @@
 #include "core/files/list/folderscan.h"
 #include "core/platform/filesystem.h"
 
-/// What the main window does about its folder and list, without the window.
+/// The main window's rules for its folder and list.
 namespace ravlin {
 
-/// Makes a folder the current one: its path as chosen, the path with the separator at its end, and its drive's free
-/// space (0 when the system doesn't tell). Another folder than before clears the cancelled flag.
+/// Makes a folder the current one: sets its path as chosen, the path with the separator at its end, and its drive's
+/// free space (0 if unknown). Clears the cancelled flag if the folder is another one.
 void enterFolder(ProgramState &state, const QString &chosenPath, platform::FileSystem &fileSystem);
 
-/// The rows for the list of a folder; a folder that can't be listed has none. What an interrupted rename left under a
-/// name for the time being gets its former name back. May run on any thread.
+/// Lists a folder; one that can't be listed has no rows. Gives files that an interrupted rename left under a temporary
+/// name their former names back. May run on any thread.
 Listing RefreshList(const QString &currentFolder, const ScanOptions &options = {});
 /// The same with all folders below it.
 Listing RefreshListTree(const QString &currentFolder, const ScanOptions &options = {});
 
-/// What the two panels of the status bar show.
+/// The texts of the status bar.
 struct StatusTexts
 {
     QString panel1; ///< how many files there are
     QString panel2; ///< the path of the list's current file
 };
 
-/// filesWord: the language's word for files. Without rows both are empty; without a current row the second one is.
+/// filesWord: the language's word for files. Both are empty without rows, the second without a current row.
 StatusTexts statusTexts(
     int rowCount, const QString &filesWord, const QString &currentFolder, const QString &currentRowText);
 

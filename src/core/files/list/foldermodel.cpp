@@ -14,7 +14,7 @@
 
 namespace ravlin {
 
-/// What the disk tells of a folder in a folder.
+/// What is known of a folder in a folder.
 struct FolderModel::Subfolder
 {
     QString path;
@@ -282,7 +282,7 @@ void FolderModel::updateChildren(Node &node, const std::vector<Subfolder> &found
         if (same == found.end() || same->name != old.name)
             removeChild(node, row);
     }
-    // What is left is a part of what was found, in the same order.
+    // The remaining children are among those found, in the same order.
     for (std::size_t row = 0; row < found.size(); ++row) {
         if (row == node.children.size() || node.children[row]->folder.name != found[row].name)
             insertChild(node, found[row]);

@@ -9,7 +9,7 @@
 
 namespace ravlin {
 
-/// Where a folder tree starts.
+/// A root of the folder tree.
 struct FolderRoot
 {
     enum class Kind
@@ -29,9 +29,9 @@ std::vector<FolderRoot> standardFolderRoots();
 
 /// The folders of the disk as a tree, read level by level as they are opened.
 ///
-/// Folders come in the order of GetSubfolders. Hidden ones are left out, unless find() was asked for one. When a level
-/// is read, each of its folders is looked into just far enough to know whether it has subfolders and can be read; after
-/// that, asking does no I/O. What is shown changes with refresh() only. Interface thread only.
+/// Folders come in the order of GetSubfolders(). Hidden ones are left out unless find() looked for them. Reading a
+/// level also learns whether its folders have subfolders and can be read; after that, questions do no I/O. Changes on
+/// the disk show only after refresh(). Interface thread only.
 class FolderModel : public QAbstractItemModel
 {
     Q_OBJECT
@@ -64,11 +64,11 @@ public:
         QModelIndex index;    ///< the folder, or its nearest ancestor that exists
         bool isExact = false; ///< it is the folder itself
     };
-    /// Looks for a folder on the disk and reads the levels down to it. path: absolute, without "." and "..". near: a
-    /// place in the tree; where several roots lead to the folder, that one's root is taken, else the deepest.
+    /// Looks for a folder on the disk and reads the levels down to it. path: absolute, without "." and "..". If several
+    /// roots lead to the folder, uses the root of near, else the deepest.
     Found find(const QString &path, const QModelIndex &near = {});
 
-    /// Reads all levels again that have been read, keeping what is still there.
+    /// Reads all known levels again, keeping the nodes that still exist.
     void refresh();
 
 private:

@@ -13,10 +13,10 @@ namespace ravlin {
 namespace {
 
 constexpr double NarrowTrackShare = 0.07;
-constexpr int WideTrackWidth = 600; ///< twips; what the share reaches in the narrowest wide list
-constexpr int WideYearWidth = 800;  ///< with the track's, what wide lists keep back for fixed columns
+constexpr int WideTrackWidth = 600; ///< twips; equals the share in the narrowest wide list
+constexpr int WideYearWidth = 800;  ///< with the track's, what wide lists reserve for fixed columns
 constexpr int WideFixedWidth = WideTrackWidth + WideYearWidth;
-constexpr int TagWidth = 750; ///< fits "id3v1" and the sorting arrow
+constexpr int TagWidth = 750; ///< fits "id3v1" and the sort arrow
 
 constexpr std::array TextColumns{ListColumn::File, ListColumn::Title, ListColumn::Artist, ListColumn::Album};
 constexpr std::array<QStringView, ListColumnCount> ColumnNames{
@@ -120,7 +120,7 @@ std::array<int, ListColumnCount> columnWidths(int listWidth, ColumnSet hidden)
     std::array<int, ListColumnCount> widths = widthsOfAllColumns(listWidth);
     if (hidden.none())
         return widths;
-    // The two tag columns lie beyond the list's edge, so they leave nothing.
+    // The two tag columns lie beyond the list's edge and leave no room.
     int left = 0;
     for (std::size_t column = 0; column < widths.size(); ++column) {
         if (hidden[column] && column < static_cast<std::size_t>(ListColumn::Id3v1))

@@ -153,15 +153,15 @@ std::vector<std::size_t> ListModel::sortedAnew(const std::vector<ListRow> &rows)
     return sortedPositions(rows.size(), text, kind, m_order.order, m_locale);
 }
 
-/// A folder that is listed again has mostly the same rows, whose order is known. Those are the rows that are told in
-/// the same order as then and whose text in the column is the same; only the others are compared.
+/// A folder listed again has mostly the same rows, whose order is known: those that come in the same order as before
+/// with the same text in the column. Only the others are compared.
 std::vector<std::size_t> ListModel::sortedAsBefore(const std::vector<ListRow> &rows) const
 {
-    constexpr std::size_t FewestPerNewRow = 32; ///< from so many rows on it pays
+    constexpr std::size_t FewestPerNewRow = 32; ///< below that it does not pay
     const auto column = static_cast<ListColumn>(m_order.column);
     if (m_setPositions.empty() || sortKindFromTag(m_headerTags[indexOf(column)]) != SortKind::Text)
         return sortedAnew(rows);
-    std::vector<std::size_t> formerRows(m_rows.size()); // by where they were among the rows as they were set
+    std::vector<std::size_t> formerRows(m_rows.size()); // by their position in the last setRows()
     for (std::size_t row = 0; row < m_rows.size(); ++row)
         formerRows[m_setPositions[row]] = row;
     const auto hasSameText = [&](std::size_t former, std::size_t i) {

@@ -15,14 +15,14 @@ namespace ravlin {
 
 namespace {
 
-/// A TextOrder belongs to one thread, so each stretch of values gets one of its own.
+/// A TextOrder belongs to one thread, so each stretch of values gets its own.
 constexpr std::size_t StretchSize = 4096;
 
 double numberOf(const QString &text, const QLocale &locale)
 {
     bool isNumber = false;
     double number = locale.toDouble(text.trimmed(), &isNumber);
-    // Some locales group only longer numbers (Spanish: from five digits on); people group shorter ones all the same.
+    // Some locales group only long numbers (Spanish: from five digits); people group shorter ones, too.
     if (!isNumber)
         number = locale.toDouble(text.trimmed().remove(locale.groupSeparator()), &isNumber);
     return isNumber ? number : -std::numeric_limits<double>::infinity();
@@ -66,7 +66,7 @@ std::vector<Key> keysOf(std::size_t count, const std::function<QString(std::size
     return keys;
 }
 
-/// Comparing two sort keys is comparing bytes; the rules of the language are applied once for each value.
+/// Sort keys compare as bytes: the rules of the language are applied only once for each value.
 std::vector<platform::TextKey> textKeys(
     std::size_t count, const std::function<QString(std::size_t)> &text, const QLocale &locale)
 {

@@ -8,7 +8,7 @@ namespace {
 constexpr qint64 Second = 1'000'000'000;
 /// Kernels stamp files with a clock that ticks at least every 16 ms.
 constexpr qint64 FineStampMargin = Second / 10;
-/// FAT counts in steps of two seconds, some network file systems in whole ones.
+/// FAT counts in steps of two seconds, some network file systems in whole seconds.
 constexpr qint64 CoarseStampMargin = 3 * Second;
 
 } // namespace

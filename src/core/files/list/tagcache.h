@@ -13,26 +13,24 @@
 
 namespace ravlin {
 
-/// Remembers what the file list read from files, so that listing a folder again reads only the files that changed.
+/// Remembers what the file list read from files, so that listing a folder again reads only files that changed.
 ///
-/// A file counts as unchanged when its folder's path, name, identity, size and both time stamps are what they were
-/// right before it was read. The time of the last change (ctime) is among them because programs that keep the time of
-/// modification (ravlin! does when it undoes a write) can't keep that one. A time stamp can hide a change only that
-/// falls into the same tick of the file system's clock; so a file whose last change was too close to its reading is not
-/// remembered (isSettled).
+/// A file is unchanged if its folder's path, name, identity, size and both time stamps are what they were just before
+/// it was read. The time of change (ctime) is one of them: a program can restore the time of modification, as ravlin!
+/// does when it undoes a write, but not that one. A time stamp hides a change within the same tick of the file system's
+/// clock, so a file that changed too shortly before it was read is not remembered (isSettled).
 ///
-/// Folders that were listed longest ago are forgotten when the number of files passes the capacity. Used by one thread
-/// at a time.
+/// If there are more files than the capacity, forgets the folders listed longest ago. Used by one thread at a time.
 class TagCache
 {
 public:
-    /// Enough for a large collection; a file takes 64 bytes besides the texts that it shares with its row.
+    /// Enough for a large collection. A file takes 64 bytes besides the texts that it shares with its row.
     static constexpr std::size_t DefaultCapacity = 300'000;
 
-    /// By what an unchanged file is recognised.
+    /// What identifies an unchanged file.
     struct FileState
     {
-        qint64 size = -1; ///< below 0: not known, equals no file's
+        qint64 size = -1; ///< below 0: not known, differs from every file's
         qint64 modified = 0;
         qint64 changed = 0;
         quint64 inode = 0;
@@ -54,16 +52,16 @@ public:
 
     explicit TagCache(std::size_t capacity = DefaultCapacity) : m_capacity(capacity) {}
 
-    /// Whether any later change to the file must give it a new time of change. now: nanoseconds since 1970, not after
-    /// the moment in which info was asked for.
+    /// Whether any later change must give the file a new time of change. now: nanoseconds since 1970, not after info
+    /// was read.
     static bool isSettled(const platform::FileInfo &info, qint64 now);
 
-    /// Takes a folder's entries out, in the order in which they were put in; empty for an unknown folder.
+    /// Removes and returns a folder's entries, in the order given to put(); empty for an unknown folder.
     Entries take(const QString &folderPath);
-    /// Puts a folder's entries in, in the place of older ones. More than the capacity are not kept.
+    /// Replaces a folder's entries. Keeps none if they are more than the capacity.
     void put(const QString &folderPath, Entries entries);
     void clear();
-    /// How many files are remembered.
+    /// The number of files.
     std::size_t size() const { return m_size; }
 
 private:

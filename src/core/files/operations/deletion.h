@@ -6,7 +6,7 @@
 
 namespace ravlin {
 
-/// What became of files and folders that were to be deleted.
+/// What became of the files and folders to delete.
 struct DeletionReport
 {
     std::vector<platform::TrashedItem> trashed;
@@ -16,15 +16,15 @@ struct DeletionReport
     bool wasStopped = false;
 };
 
-/// The paths whose drive has no trash, in their order. Makes nothing.
+/// Returns the paths whose drive has no trash, in their order. Creates nothing.
 QStringList withoutTrash(const QStringList &paths);
 
-/// Puts files, links and folders into the trash of their drive. One that can't go there stays where it is: nothing is
-/// ever deleted for good instead. The progress counts paths, no bytes.
+/// Puts files, links and folders into the trash of their drive. One that can't go there stays where it is: it is never
+/// deleted for good instead. Reports paths, not bytes.
 DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch = {});
 
-/// Deletes for good, folders with all that is in them. A stop takes effect between two paths. A folder of which
-/// something can't be deleted is a failure; what had been deleted of it by then is gone.
+/// Deletes for good, folders with their contents. A stop takes effect between two paths. A folder with something in it
+/// that can't be deleted is a failure; what was deleted of it before is gone.
 DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const Watch &watch = {});
 
 } // namespace ravlin

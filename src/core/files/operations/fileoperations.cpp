@@ -11,7 +11,7 @@ namespace ravlin {
 
 namespace {
 
-/// Not ResultDone and not ResultCancelled, whatever the code.
+/// Neither ResultDone nor ResultCancelled, whatever the code.
 int resultOf(ErrorCode code)
 {
     return 1 + static_cast<int>(code);
@@ -46,7 +46,7 @@ OperationReport reportOf(TransferKind kind, const TransferReport &report)
     return told;
 }
 
-/// What turned out to have no trash only when it was to go there.
+/// Removes and returns the paths whose lack of a trash showed only when they were to go there.
 QStringList takeOutWithoutTrash(DeletionReport &report)
 {
     QStringList paths;
@@ -142,7 +142,7 @@ int FileOperations::remove(const FileRequest &request)
             return ResultCancelled;
         forGood += takeOutWithoutTrash(done);
     }
-    // A question of its own: a yes to the trash is none to losing files.
+    // Ask separately: a yes to the trash is not a yes to losing files.
     const bool deletes = !forGood.isEmpty() && !done.wasStopped && m_host.confirmDeleteForGood(forGood);
     if (deletes) {
         const bool ran = m_host.runLong(OperationKind::DeleteForGood,
@@ -203,7 +203,7 @@ QString nearestFolder(platform::FileSystem &fileSystem, const QString &path)
     while (!isFolder(fileSystem, folder)) {
         const QString above = platform::folderOf(folder);
         if (above == folder || !folder.contains(platform::Separator))
-            return {}; // its drive is not there
+            return {}; // its drive is gone
         folder = above;
     }
     return platform::withEndSeparator(folder);

@@ -9,19 +9,19 @@
 
 namespace ravlin {
 
-/// What an operation did and did not do, for people.
+/// What an operation did and did not do, for the user.
 struct OperationReport
 {
     OperationKind kind = OperationKind::Copy;
-    OperationKind undone = OperationKind::Copy; ///< for an undo: of what
+    OperationKind undone = OperationKind::Copy; ///< by an undo
     qsizetype doneCount = 0;
     std::vector<FileFailure> failures;
     QStringList skipped; ///< by the user's answers
-    QStringList notDone; ///< because of a stop, or a full disk
+    QStringList notDone; ///< because of a stop or a full disk
     QStringList lost;    ///< see UndoReport
     bool wasStopped = false;
 
-    /// Whether there is nothing that the user does not know already.
+    /// Whether the user knows all of it already.
     bool isComplete() const { return failures.empty() && notDone.isEmpty() && lost.isEmpty(); }
 };
 
@@ -33,20 +33,20 @@ public:
 
     /// A name is taken. Stop calls the whole operation off.
     virtual ClashDecision askClash(const Clash &clash) = 0;
-    /// Before files and folders go into the trash. True: yes.
+    /// Asks before files and folders go into the trash.
     virtual bool confirmTrash(const QStringList &paths) = 0;
-    /// Before those whose drive has no trash are deleted for good; or all, when no trash was asked for. True: yes.
+    /// Asks before files and folders are deleted for good: those whose drive has no trash, or all if the trash is not
+    /// wanted.
     virtual bool confirmDeleteForGood(const QStringList &paths) = 0;
-    /// Runs the work on a thread of its own, with a way to stop it and its progress shown, which is told on that
-    /// thread; returns when it is done. May not show anything for short work. False, with nothing done: other work is
-    /// under way.
+    /// Runs the work on a thread of its own, shows its progress and lets the user stop it; returns when it is done.
+    /// Short work may show nothing. Returns false, with nothing done, while other work is running.
     virtual bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) = 0;
     /// Shows what was not done, and why. Called only when isComplete() is false.
     virtual void tell(const OperationReport &report) = 0;
 };
 
-/// The service behind clsFileFunc: copies, moves, renames and deletes with the questions that this asks for, and
-/// remembers what it did for undoing. Overwrites nothing and deletes nothing for good without a yes.
+/// The service behind clsFileFunc: copies, moves, renames and deletes, asks the user where needed, and records what it
+/// did for undo. Overwrites nothing and deletes nothing for good without a yes.
 class FileOperations final : public FileService
 {
 public:
@@ -55,11 +55,11 @@ public:
     {
     }
 
-    /// Copies and moves go into the destination if that is a folder; else a single source gets it as its path.
-    /// Deletions go into the trash with FlagAllowUndo, and without it are for good. The user is asked before either.
+    /// Copies and moves into the destination if it is a folder; else it becomes a single source's path. Deletes into
+    /// the trash with FlagAllowUndo, else for good, and asks before either.
     int perform(const FileRequest &request) override;
 
-    /// Takes the last operation back; nothing happens when there is none.
+    /// Undoes the last operation, if any.
     int undo();
 
 private:
@@ -73,8 +73,8 @@ private:
     UndoHistory &m_history;
 };
 
-/// The folder itself or, when it is gone, the nearest one above it that is left, with the separator at its end; empty
-/// when none is, since its drive is gone.
+/// Returns the folder itself or, if it is gone, the nearest one above it that exists, with the separator at its end.
+/// Empty if its drive is gone.
 QString nearestFolder(platform::FileSystem &fileSystem, const QString &path);
 
 } // namespace ravlin

@@ -41,7 +41,7 @@ std::vector<CopyQueue::Settled> CopyQueue::settle()
 Result<void> FolderCopy::copy(const CopiedNode &folder)
 {
     auto filled = fill(folder);
-    // Also after a failure: nothing may be under way when the folder is thrown away.
+    // Even after a failure: no copy may be running when the folder is discarded.
     auto settled = settle();
     if (!filled)
         return filled;
@@ -103,14 +103,14 @@ Result<void> FolderCopy::settle()
     return outcome;
 }
 
-/// From the innermost outwards: what is done to a folder's entries changes its time.
+/// From the innermost outwards, since changes to a folder's entries change its time.
 Result<void> FolderCopy::finishFolders()
 {
     for (const CopiedNode &folder : m_folders) {
         auto finished = platform::takeAttributes(folder.source, folder.target).and_then([&] {
             return m_fileSystem.syncFolder(folder.target);
         });
-        // Who may not read it may not open it for syncing either; that is no reason to give up a whole copy.
+        // A folder that may not be read can't be opened to sync it. Don't give up the copy for that.
         if (!finished && finished.error().code != ErrorCode::AccessDenied)
             return finished;
     }
@@ -124,7 +124,7 @@ Result<void> FolderCopy::removeSource()
             return removed;
     }
     for (const CopiedNode &folder : m_folders) {
-        // What has come into it since is not deleted: then it is not empty.
+        // Fails if something was added since: the folder is not empty.
         if (auto removed = m_fileSystem.removeFolder(folder.source); !removed)
             return removed;
     }

@@ -9,11 +9,11 @@
 #include <list>
 #include <semaphore>
 
-/// How runTransfer works; for transfer.h's own sources.
+/// How runTransfer() copies; only for transferrun.cpp.
 namespace ravlin {
 
-/// What was copied and is to be deleted once all of it is safe: with the state that the copy was made of, so that
-/// nothing is deleted that has changed since.
+/// Something copied that a move will delete once all of it is safe. Keeps the state that was copied: nothing that has
+/// changed since is deleted.
 struct CopiedNode
 {
     QString source;
@@ -62,7 +62,7 @@ private:
     std::list<Pending> m_pending; ///< a list: threads hold addresses of its elements
 };
 
-/// Copies one folder with all that is in it into an empty folder that is there already, all or nothing.
+/// Copies a folder with its contents into an existing empty folder, all or nothing.
 class FolderCopy
 {
 public:
@@ -71,9 +71,9 @@ public:
     {
     }
 
-    /// Also gives the folders their attributes and syncs them. The caller throws the target away after an error.
+    /// Also sets and syncs the folders' attributes. After an error the caller discards the target.
     Result<void> copy(const CopiedNode &folder);
-    /// Deletes the source, as far as it is what was copied.
+    /// Deletes what was copied of the source, unless it has changed.
     Result<void> removeSource();
 
 private:
@@ -85,11 +85,11 @@ private:
     platform::FileSystem &m_fileSystem;
     CopyQueue &m_queue;
     const std::stop_token m_stop;
-    std::deque<CopiedNode> m_folders; ///< the innermost first: each behind those in it
+    std::deque<CopiedNode> m_folders; ///< innermost first
     std::vector<CopiedNode> m_others; ///< files and links
 };
 
-/// Deletes a file or link that was copied; ChangedMeanwhile when it is not any more what was copied.
+/// Deletes a file or link that was copied; ChangedMeanwhile if it is no longer what was copied.
 Result<void> removeCopied(platform::FileSystem &fileSystem, const CopiedNode &copied);
 
 } // namespace ravlin

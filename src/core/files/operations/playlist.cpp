@@ -26,7 +26,7 @@ QString unnamedList()
     return QStringLiteral("lista.m3u");
 }
 
-/// The list takes the place of an older one only when it is whole; it keeps that one's permissions.
+/// Replaces an older list only once the new one is complete, and keeps its permissions.
 Result<void> writeList(platform::FileSystem &fileSystem, const QString &path, const QByteArray &content)
 {
     const auto present = platform::nodeAt(path);
@@ -40,7 +40,7 @@ Result<void> writeList(platform::FileSystem &fileSystem, const QString &path, co
     return platform::writeAll(temporary->file(), content, 0)
         .and_then([&] { return temporary->file().sync(); })
         .and_then([&]() -> Result<void> {
-            // A memory stick may not know permissions.
+            // A memory stick may have no permissions.
             static_cast<void>(fileSystem.setPermissions(temporary->path(), permissions));
             return temporary->moveTo(path);
         });
@@ -54,7 +54,7 @@ QString playlistName(const QString &artist, const QString &album)
         return unnamedList();
     const QString joined = artist.isEmpty() ? album : album.isEmpty() ? artist : artist + QStringLiteral(" - ") + album;
     QString name = CleanFileName(joined + extension());
-    // A ">" or "|" at the end takes the full stop along; without it, it would be no playlist.
+    // Cleaning a ">" or "|" at the end removes the full stop, too.
     if (!name.endsWith(extension()))
         name = CleanFileName(joined) + extension();
     const qsizetype room = platform::MaxNameLength - extension().size();

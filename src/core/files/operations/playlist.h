@@ -15,37 +15,37 @@
 /// M3U playlists: plain text, one path a line, each line ended by CR LF, no header.
 namespace ravlin {
 
-/// The bytes of a line in the system's code page; nothing when that has no character for something in it.
+/// Encodes a line in the system's code page. Returns nothing if that lacks a character.
 using LineEncoder = std::function<std::optional<QByteArray>(const QString &line)>;
 
 /// The name of a folder's playlist from artist and album: "Artist - Album.m3u", "Artist.m3u", "Album.m3u" or
-/// "lista.m3u". What a file name may not hold is left out.
+/// "lista.m3u". Leaves out what a file name may not hold.
 QString playlistName(const QString &artist, const QString &album);
 
-/// In the system's code page or, when a line can't be expressed in it, all in UTF-8: a wrong path would not be found. A
-/// line with a line break in it can't be in a playlist and is left out.
+/// Encodes in the system's code page or, if that can't express some line, all in UTF-8: a player must find the paths.
+/// Leaves out lines with a line break in them.
 QByteArray playlistContent(const QStringList &lines, const LineEncoder &encode);
 
-/// Where the play list of a selection is kept: one fixed file, of this user's own where the system has no other place.
+/// The fixed path of the list that plays a selection (see platform::fixedFilePath).
 QString playListPath();
 
 /// Writes the folder's playlist of rows, in their order, and returns its path. folder ends in the separator; record is
-/// the tag that was read last. A list of that name is replaced, in one step; without rows an empty one is written.
+/// the tag read last. Replaces a list of that name in one step; without rows writes an empty one.
 Result<QString> WritePlaylist(
     platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts, const TagRecord &record);
 
-/// Opens a file with the program that the user has for its kind.
+/// Opens a file with the user's program for its type.
 using Opener = std::function<void(const QString &path)>;
 
-/// Writes the rows' full paths into the play list and has it opened, also when it can't be written: an older one may
-/// be there. The result tells about the writing.
+/// Writes the rows' full paths into the list at listPath and opens it, even if writing fails: an older one may be
+/// there. Returns the result of writing.
 Result<void> PlaySelection(platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts,
     const QString &listPath, const Opener &open);
 
-/// The playlists of a folder, by name: plain files whose name ends in ".m3u" in any case, none that is hidden.
+/// The playlists of a folder, by name: plain files that are not hidden and whose names end in ".m3u" in any case.
 QStringList playlistsIn(const QString &folder);
 
-/// Deletes all playlists of a folder (its path ends in the separator) in one request; none: nothing happens.
+/// Deletes all playlists of a folder, whose path ends in the separator, in one request.
 int DeletePlaylists(clsFileFunc &files, const QString &folder);
 
 } // namespace ravlin

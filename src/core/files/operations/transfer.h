@@ -12,15 +12,17 @@
 #include <optional>
 #include <vector>
 
-/// Copying and moving files, links and folders into a folder so that nothing is lost. Three steps: makeTransferPlan
-/// looks and touches nothing, answerClashes has the names that are taken decided, runTransfer does the work.
+/// Copies and moves files, links and folders into a folder and loses nothing. Three steps: makeTransferPlan() looks and
+/// touches nothing, answerClashes() decides about taken names, runTransfer() does the work.
 ///
-/// - A file or folder is complete under its final name or absent, also when the program is killed; what it was making
-///   then bears a name that storage::isLeftoverName knows.
+/// - Under its final name a file or folder is complete or absent, even if the program is killed; unfinished work bears
+/// a
+///   name that storage::isLeftoverName() knows.
 /// - A move to another drive deletes the source only after all of it was copied, synced and compared.
-/// - A source of which anything fails, or that is stopped, stays whole, and nothing of it appears at the target.
-/// - Nothing is overwritten without the answer Replace. A folder is never put in the place of a file, nor a file in
-///   that of a folder, and never into itself.
+/// - If anything of a source fails, or it is stopped, the source stays whole and nothing of it appears at the target.
+/// - Nothing is overwritten without the answer Replace. A folder never replaces a file, nor a file a folder, and a
+/// folder
+///   never goes into itself.
 /// - Symbolic links are copied and moved as links.
 namespace ravlin {
 
@@ -44,13 +46,13 @@ struct Clash
     QString target;
     platform::Node sourceNode;
     platform::Node targetNode;
-    /// False where Replace would lose something: a folder against a file, a file against itself, a name that an earlier
+    /// False if Replace would lose something: for a folder and a file, a file and itself, or a name that an earlier
     /// source of the same request gets.
     bool canReplace = true;
-    bool isMerge = false; ///< both are folders: Replace asks further about what is in them
+    bool isMerge = false; ///< both are folders; Replace leads to questions about their entries
 };
 
-/// One source, or, below a folder whose content goes into an existing one, one of its entries.
+/// A source or, in a folder that is merged into another, one of its entries.
 struct TransferItem
 {
     QString source;
@@ -58,9 +60,9 @@ struct TransferItem
     platform::Node node;
     std::optional<Clash> clash;
     std::optional<ClashAnswer> answer;  ///< a clash without one is skipped
-    std::optional<Error> error;         ///< it can't be taken at all
-    qint64 bytes = 0;                   ///< its own and of all below it
-    std::vector<TransferItem> children; ///< only of a folder against a folder
+    std::optional<Error> error;         ///< why it can't be copied or moved at all
+    qint64 bytes = 0;                   ///< with all below it
+    std::vector<TransferItem> children; ///< only of a merged folder
 
     bool isSkipped() const { return clash && answer.value_or(ClashAnswer::Skip) == ClashAnswer::Skip; }
     bool isMerged() const { return clash && clash->isMerge && answer == ClashAnswer::Replace; }
@@ -71,11 +73,11 @@ struct TransferPlan
 {
     TransferKind kind = TransferKind::Copy;
     std::vector<TransferItem> items; ///< in the order of the sources
-    QSet<QString> targets;           ///< all final paths that are spoken for, without case where that is ignored
+    QSet<QString> targets;           ///< all final paths claimed, without case where that is ignored
 };
 
-/// Looks at the sources and the target; what can't be taken is an item with an error. Errors: the folder is none, or
-/// the new name is no name; Cancelled.
+/// Looks at the sources and the target. A source that can't be copied or moved is an item with an error. Errors: the
+/// target is not a folder; newName is not a name; Cancelled.
 Result<TransferPlan> makeTransferPlan(
     platform::FileSystem &fileSystem, const TransferRequest &request, const std::stop_token &stop = {});
 
@@ -86,21 +88,21 @@ using ClashChooser = std::function<ClashDecision(const Clash &clash)>;
 /// was called off (Stop). A Replace that is not allowed counts as Skip.
 bool answerClashes(TransferPlan &plan, const ClashChooser &choose);
 
-/// Something that was done, in full.
+/// Something that was done completely.
 struct TransferStep
 {
     QString source;
     QString target;
     bool isMove = false; ///< the source is gone
     bool isFolder = false;
-    bool replaced = false;   ///< something else bore the name and is lost
+    bool replaced = false;   ///< the file that bore the name is lost
     platform::FileInfo made; ///< the target, as it was left
 };
 
 struct FileFailure
 {
     QString path; ///< the source
-    Error error;  ///< its path tells where it was inside a folder
+    Error error;  ///< its path is the place inside a folder
 };
 
 struct TransferReport
@@ -108,14 +110,14 @@ struct TransferReport
     std::vector<TransferStep> done;
     std::vector<FileFailure> failures;
     QStringList skipped; ///< by an answer
-    QStringList notDone; ///< not begun, or given up without a trace, because of a stop or a full disk
+    QStringList notDone; ///< not begun, or given up without a trace, after a stop or on a full disk
     bool wasStopped = false;
 
     bool isComplete() const { return failures.empty() && notDone.isEmpty(); }
 };
 
-/// Does what the plan says. Reports sources and bytes; a stop also ends the copying of a long file. After the target's
-/// drive is full no further source is taken.
+/// Carries the plan out. Reports sources and bytes; a stop ends even the copying of a long file. Begins no further
+/// source once the target's drive is full.
 TransferReport runTransfer(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch = {});
 
 } // namespace ravlin

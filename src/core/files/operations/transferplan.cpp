@@ -16,7 +16,7 @@ Error failure(ErrorCode code, const QString &path, const QString &detail = {})
     return {code, path, detail};
 }
 
-/// The same for all spellings of a path that the file system takes for one, as far as that can be told without it.
+/// Equal for all spellings of a path, as far as can be known without asking the file system.
 QString keyOf(const QString &path)
 {
     return platform::NameCase == Qt::CaseSensitive ? path : path.toCaseFolded();
@@ -27,7 +27,7 @@ bool isInside(const QString &path, const QString &folder)
     return keyOf(platform::withEndSeparator(path)).startsWith(keyOf(platform::withEndSeparator(folder)));
 }
 
-/// Where an item really is, with the links above it resolved, not its own.
+/// Where an item really is: resolves links above it, but not the item itself.
 Result<QString> placeOf(platform::FileSystem &fileSystem, const QString &path)
 {
     return fileSystem.canonicalPath(platform::folderOf(path)).map([&](const QString &folder) {
@@ -57,7 +57,7 @@ private:
     const std::stop_token m_stop;
     QString m_folder; ///< the target, links resolved
     TransferPlan m_plan;
-    QHash<QString, Node> m_claimed; ///< whose source gets that path
+    QHash<QString, Node> m_claimed; ///< by path: the source that gets it
 };
 
 Result<TransferPlan> Planner::make()
@@ -143,7 +143,7 @@ std::optional<Clash> Planner::clashOf(const TransferItem &item, bool isTopLevel)
     }
     const auto present = platform::nodeAt(item.target);
     if (!present)
-        return std::nullopt; // free, or not to be looked at: then placing it tells
+        return std::nullopt; // free; if it can't be looked at, placing it fails
     clash.targetNode = *present;
     const bool isFolder = item.node.kind == NodeKind::Folder;
     const bool ontoFolder = present->kind == NodeKind::Folder;
@@ -152,7 +152,7 @@ std::optional<Clash> Planner::clashOf(const TransferItem &item, bool isTopLevel)
     const auto aim = placeOf(m_fileSystem, item.target);
     const bool isOtherCase = place && aim && storage::isSameButForCase(m_fileSystem, *place, *aim);
     if (isOtherCase && m_plan.kind == TransferKind::Move)
-        return std::nullopt; // it bears the name itself
+        return std::nullopt; // the name is its own
     const bool isItself = isOtherCase || (place && aim && *place == *aim);
     clash.canReplace = isFolder == ontoFolder && !isItself && present->kind != NodeKind::Other &&
                        !(isFolder && present->isSameAs(item.node));
@@ -175,7 +175,7 @@ void Planner::walk(TransferItem &item)
     }
 }
 
-/// For the progress only: what can't be looked at now is told when it is copied.
+/// Only for the progress: errors show when the files are copied.
 qint64 Planner::measure(const QString &folder)
 {
     qint64 bytes = 0;

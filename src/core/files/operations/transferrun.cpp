@@ -113,7 +113,7 @@ void Runner::take(const TransferItem &item)
         takeFree(item);
 }
 
-/// Its name is free, or taken by a file that it is to replace.
+/// The name is free, or belongs to a file to replace.
 void Runner::takeFree(const TransferItem &item)
 {
     if (moves()) {
@@ -123,7 +123,7 @@ void Runner::takeFree(const TransferItem &item)
             done({item.source, item.target, item.node}, true, item.replaces());
             return;
         }
-        // Another drive, or the same one mounted elsewhere.
+        // Unsupported: another drive, or the same one mounted elsewhere.
         if (renamed.error().code != ErrorCode::Unsupported) {
             fail(item.source, renamed.error());
             return;
@@ -140,7 +140,7 @@ void Runner::merge(const TransferItem &item)
     for (const TransferItem &child : item.children)
         take(child);
     settle();
-    // Only what is empty goes; the rest was skipped, has failed, or has come into it since.
+    // Fails unless empty: the rest was skipped, has failed or was added since.
     if (moves())
         static_cast<void>(m_fileSystem.removeFolder(item.source));
 }
@@ -149,7 +149,7 @@ Result<void> Runner::rename(const TransferItem &item)
 {
     if (!item.replaces())
         return storage::renameFile(m_fileSystem, item.source, item.target);
-    // Two names of one file: the system's rename does nothing then.
+    // Two names of one file, where the system's rename does nothing.
     if (const auto present = platform::nodeAt(item.target); present && present->isSameAs(item.node))
         return m_fileSystem.remove(item.source);
     return m_fileSystem.replace(item.source, item.target);
@@ -185,7 +185,7 @@ Result<void> Runner::copyLinkTo(const TransferItem &item)
             return platform::takeAttributes(item.source, item.target);
         });
     }
-    // In a folder of its own until it takes the other's place.
+    // Keep it in a temporary folder until it takes the other's place.
     const QString parent = platform::folderOf(item.target);
     auto temporary = storage::TemporaryFolder::create(m_fileSystem, parent);
     if (!temporary)
@@ -237,7 +237,7 @@ void Runner::settle()
     removeSources(copied);
 }
 
-/// What was copied counts as done; for a move the sources are deleted, once the new names are on the disk too.
+/// Records the copies as done. For a move, deletes the sources once the new names are on the disk.
 void Runner::removeSources(const std::vector<CopyQueue::Settled> &copied)
 {
     QHash<QString, Result<void>> synced;

@@ -7,7 +7,7 @@ namespace ravlin {
 
 namespace {
 
-/// What was done last is undone first.
+/// Undo starts with what was done last.
 template <typename Item>
 std::vector<Item> reversed(const std::vector<Item> &items)
 {
@@ -19,14 +19,14 @@ Result<void> refusal(const QString &path, const QString &detail)
     return tl::unexpected(Error{ErrorCode::Unsupported, path, detail});
 }
 
-/// Undoes the steps of one operation and keeps account of them.
+/// Undoes the steps of one operation and reports on them.
 class Undoing
 {
 public:
     Undoing(platform::FileSystem &fileSystem, const Watch &watch) : m_fileSystem(fileSystem), m_watch(watch) {}
 
-    /// Calls work() unless a stop was requested; path is what failures are told for. False: a stop kept it from being
-    /// tried, or from being finished; then all is as before.
+    /// Calls work() unless a stop was requested; failures are reported for path. Returns false if a stop prevented or
+    /// ended it; then all is as before.
     template <typename Work>
     bool step(const QString &path, const QString &undonePath, Work work)
     {
@@ -74,7 +74,7 @@ Result<void> Undoing::makeFolder(const QString &path)
 
 Result<void> Undoing::moveBack(const TransferStep &step)
 {
-    // Folders that were merged into others went away when they were empty.
+    // A merge removed folders once they were empty.
     const QString folder = platform::folderOf(step.source);
     const auto made = makeFolder(folder);
     if (!made)
@@ -212,7 +212,7 @@ UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Transfers &
         const bool isTaken = undoing.step(step.target, undonePath, [&]() -> Result<void> {
             if (step.isMove)
                 return undoing.moveBack(step);
-            // The source could not be deleted, or not all of it: what is gone of it is here alone.
+            // Not all of the source was deleted; what was exists only here.
             if (transfers.kind == TransferKind::Move)
                 return refusal(step.target, QStringLiteral("it was not moved in full: look in both places"));
             return undoing.removeCopy(step);

@@ -26,42 +26,42 @@ struct UndoSubject
 {
     OperationKind kind = OperationKind::Copy;
     qsizetype count = 0;     ///< files and folders
-    QString firstPath;       ///< one of them, to name it when it is the only one
-    QString formerPath = {}; ///< where that one was before
+    QString firstPath;       ///< one of them, to name it if it is the only one
+    QString formerPath = {}; ///< where firstPath was before
 };
 
 struct UndoReport
 {
     OperationKind kind = OperationKind::Copy; ///< what was undone
-    QStringList undone;                       ///< paths as they are now; for a copy, where it was
-    std::vector<FileFailure> failures;        ///< what can't be undone any more, and why
-    /// Files that were replaced by what was moved back: nobody has them any more.
+    QStringList undone;                       ///< present paths; for copies, their former ones
+    std::vector<FileFailure> failures;        ///< what can no longer be undone, and why
+    /// Targets whose former files a move had replaced: these files are lost.
     QStringList lost;
     QStringList notDone; ///< because of a stop
     bool wasStopped = false;
 };
 
-/// The last operations of this run that changed names or places, to be undone one by one, the last one first. An undo
-/// is as careful as the operation: it overwrites nothing, and what it takes away again (a copy) goes into the trash. An
-/// operation is forgotten once its undo was tried; what a stop kept from being tried is what the next undo takes back.
+/// The last operations of this run that changed names or places. Undoes them one by one, the last one first. Undo is as
+/// careful as the operation: it overwrites nothing and puts copies that it removes into the trash. An operation is
+/// forgotten once its undo was tried; what a stop left untried remains for the next undo.
 ///
-/// Errors of single paths: AlreadyExists (the old name is taken), NotFound (it is not there any more),
-/// ChangedMeanwhile (a copy that was edited since stays), NoTrash (so does one that can't be put into the trash),
-/// Unsupported (it was deleted for good, took the place of another file, or was moved in part only).
+/// Errors of single paths: AlreadyExists (the old name is taken), NotFound (the file is gone), ChangedMeanwhile (an
+/// edited copy stays), NoTrash (so does a copy that can't go into the trash), Unsupported (it was deleted for good,
+/// replaced another file, or was moved only in part).
 class UndoHistory
 {
 public:
-    /// Each remembers what was done; nothing when nothing was.
+    /// Each records what was done, if anything.
     void addTransfer(TransferKind kind, const TransferReport &report);
     void addDeletion(const DeletionReport &report);
     void addRenames(const std::vector<RenameDone> &renames, const QStringList &foldersMade = {});
 
-    /// What undo() would take back; nothing when nothing is left.
+    /// What undo() would take back, if anything.
     std::optional<UndoSubject> next() const;
     UndoReport undo(platform::FileSystem &fileSystem, const Watch &watch = {});
 
 private:
-    static constexpr std::size_t Most = 100; ///< operations that are remembered
+    static constexpr std::size_t Most = 100; ///< operations remembered
 
     struct Transfers
     {
@@ -82,7 +82,7 @@ private:
 
     void add(Operation operation);
     static UndoSubject subjectOf(const Operation &operation);
-    /// Undoes one and remembers what a stop has left of it.
+    /// Undoes one operation and keeps what a stop left of it.
     UndoReport take(platform::FileSystem &fileSystem, const Transfers &transfers, const Watch &watch);
     UndoReport take(platform::FileSystem &fileSystem, const Deletions &deletions, const Watch &watch);
     UndoReport take(platform::FileSystem &fileSystem, const Renames &renames, const Watch &watch);
