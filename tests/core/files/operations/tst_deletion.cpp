@@ -29,8 +29,7 @@ private Q_SLOTS:
             if (now.path == paths[1])
                 stop.request_stop();
         };
-        const DeletionReport report =
-            deleteForGood(platform::FileSystem::native(), paths, {stopAtB, stop.get_token()});
+        const DeletionReport report = deleteForGood(platform::FileSystem::native(), paths, {stopAtB, stop.get_token()});
         QVERIFY(report.wasStopped);
         QCOMPARE(report.deleted, paths.first(2));
         QCOMPARE(report.notDone, paths.last(1));
