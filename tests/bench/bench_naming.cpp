@@ -3,7 +3,7 @@
 // Compare the CPU times within one run; an extraction may cost at most 1.5 times its write.
 
 #include "core/naming/extraction.h"
-#include "core/naming/newname.h"
+#include "core/naming/previewrows.h"
 #include "support/tagfixture.h"
 
 #include <benchmark/benchmark.h>

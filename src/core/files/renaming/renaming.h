@@ -6,6 +6,7 @@
 #include "core/platform/namecheck.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <cstddef>
 #include <memory>
