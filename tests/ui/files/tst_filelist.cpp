@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The list as a widget: what keys and mouse report, how rows look, that selection and current row stay with their rows
-// through sorting and dragging, and that a drag ends with the hand-made order kept.
+// Contract of the list as a widget: what keys and mouse report, how rows look. Selection and current row stay with
+// their rows through sorting and dragging, and a dragged row stays where it was dropped.
 
 #include "ui/files/filelist.h"
 
@@ -49,7 +49,7 @@ private:
         if (drops)
             QTest::mouseRelease(viewport, Qt::LeftButton, {}, to);
     }
-    /// That key alone: QTest's functions press and release the modifiers too, which are keys themselves.
+    /// Sends only that key. QTest's functions also press and release the modifiers, which are keys themselves.
     void sendKey(QEvent::Type type, Qt::Key key, Qt::KeyboardModifiers modifiers) const
     {
         QKeyEvent event(type, key, modifiers);
@@ -220,7 +220,7 @@ private Q_SLOTS:
         QCOMPARE(arrow(), std::pair(0, Qt::AscendingOrder));
         clickHeader(0);
         QCOMPARE(shown(), QStringLiteral("ca bb ac"));
-        fill("x z y"); // another folder comes in the same order
+        fill("x z y"); // another folder gets the same order
         QCOMPARE(shown(), QStringLiteral("z y x"));
     }
 
@@ -341,10 +341,10 @@ private Q_SLOTS:
         m_list->selectAllRows();
         QCOMPARE(m_list->selectedRows().size(), size_t{Count});
         QCOMPARE(m_list->rowText(Count - 1), QStringLiteral("099999"));
-        clickHeader(2); // by the last digit: every selected stretch falls apart
+        clickHeader(2); // by the last digit: splits every selected stretch
         for (int row = 0; row < Count; row += 2)
             QVERIFY(m_list->rowText(row).endsWith(QString::number(row / (Count / 10))));
-        // Half of the rows selected, then sorted back into alternating ones.
+        // Select half of the rows, then sort them back into alternating places.
         const QItemSelection half(m_list->model()->index(0, 0), m_list->model()->index(Count / 2 - 1, 7));
         m_list->selectionModel()->select(half, QItemSelectionModel::ClearAndSelect);
         clickHeader(0);

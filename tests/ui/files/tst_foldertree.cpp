@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The tree of folders: order, arrows, hidden, unreadable and oddly named folders, paths that do not exist, refreshing,
-// and what its keys report.
+// Contract of the folder tree: order, arrows, hidden, unreadable and oddly named folders, paths that don't exist,
+// refreshing, and what keys report.
 
 #include "core/platform/filesystem.h"
 #include "support/filetree.h"
@@ -38,9 +38,9 @@ private:
         m_tree = std::make_unique<FolderTree>(
             std::vector<FolderRoot>{{at(QString()), FolderRoot::Kind::Home}, {drive(), {}}});
     }
-    /// The root of the drive that the folder is on.
+    /// The root of the folder's drive.
     static QString drive() { return QDir::toNativeSeparators(QDir::rootPath()); }
-    /// Hides a folder as the system does it: by its name, or by an attribute.
+    /// Hides a folder in the system's way: by its name or by an attribute.
     void hide(const char *name) const
     {
 #ifdef Q_OS_WIN
@@ -311,7 +311,7 @@ private Q_SLOTS:
         QVERIFY(m_tree->setPath(at(QStringLiteral("a"))));
         const QModelIndex selected = m_tree->currentIndex();
         QCOMPARE(selected.data().toString(), QStringLiteral("a"));
-        // Between the rows' edges, where neither text nor the branch's arrow is.
+        // Inside the row, beside text and arrow.
         const int y = m_tree->visualRect(selected).top() + 2;
         const int right = m_tree->viewport()->width() - 3;
         const auto isHighlighted = [&](const QImage &image, int x) {
@@ -327,7 +327,7 @@ private Q_SLOTS:
         const QImage image = m_tree->viewport()->grab().toImage();
         QVERIFY(isHighlighted(image, 2));
         QVERIFY(isHighlighted(image, right));
-        // And a click there selects the row.
+        // A click there selects the row.
         const QModelIndex other = selected.parent();
         const QPoint place(right, m_tree->visualRect(other).center().y());
         QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, place);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the window asks and tells about file operations: each question by what it is about, the safe answer at hand, and
-// every thing that was not done with its reason.
+// Contract of the questions and reports of file operations: each question names its subject, its default is the safe
+// answer, and everything not done is listed with its reason.
 
 #include "core/app/idiomas.h"
 #include "ui/controls/busy.h"
@@ -38,7 +38,7 @@ private:
     QStringList m_said;
     QString m_default; ///< text of the button that Enter presses
 
-    /// What the next question says, answered by that button.
+    /// Records the next question and answers it by that button.
     void answerNext(QMessageBox::StandardButton button)
     {
         auto *poll = new QTimer(this);

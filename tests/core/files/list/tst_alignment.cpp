@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The elements of a former list are found in a new one that comes mostly in the same order; what is found is the same,
-// and in ascending order.
+// Contract: elements of a former list are found in a new one of mostly the same order. What is found is equal, and its
+// positions ascend.
 #include "core/files/list/alignment.h"
 
 #include <QRandomGenerator>
@@ -15,7 +15,7 @@ class TestAlignment : public QObject
     Q_OBJECT
 
 private:
-    /// The new list with a full stop for each element that is not found.
+    /// The new list with a full stop for each element not found.
     static QString found(const QString &former, const QString &now, std::size_t mostNew = NotAligned)
     {
         const std::vector<std::size_t> positions = alignedPositions(

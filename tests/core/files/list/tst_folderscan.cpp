@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The folder scan: which names get a row, in which order the folders of a tree come, what a row shows, and that nothing
-// on the disk (hidden files, links in a circle, odd names, unreadable files) stops it.
+// Contract of the folder scan: which names get a row, in which order the folders of a tree come, what a row shows.
+// Hidden files, links in a circle, odd names and unreadable files don't stop it.
 
 #include "core/files/list/folderscan.h"
 #include "core/platform/filesystem.h"
@@ -125,7 +125,7 @@ private Q_SLOTS:
     {
         for (const char *name : {"b", "A", "c", "Á", ".hidden"})
             QDir(root()).mkdir(QString::fromUtf8(name));
-        make(QStringLiteral("d")); // a plain file named like a folder is none
+        make(QStringLiteral("d")); // a plain file is not a folder
         const QStringList found = GetSubfolders(root()).value();
         const auto expected = {root() + QStringLiteral(".hidden/"), root() + QStringLiteral("A/"),
             root() + QStringLiteral("b/"), root() + QStringLiteral("c/"), root() + QStringLiteral("Á/")};
@@ -137,7 +137,7 @@ private Q_SLOTS:
         make(QStringLiteral("cd/a.mp3"));
         make(QStringLiteral(".ravlin-0123456789abcdef.tmp/a.mp3"));
         make(QStringLiteral("cd/.ravlin-fedcba9876543210.tmp/sub/b.mp3"));
-        make(QStringLiteral(".ravlin-mine.tmp/c.mp3")); // not quite a name that the program gives
+        make(QStringLiteral(".ravlin-mine.tmp/c.mp3")); // similar to the program's own names
         QCOMPARE(GetSubfolders(root()).value(),
             native(QStringList({root() + QStringLiteral(".ravlin-mine.tmp/"), root() + QStringLiteral("cd/")})));
         const Listing listing = ListFolderTree(root()).value();
@@ -154,7 +154,7 @@ private Q_SLOTS:
             native({QStringLiteral("0.mp3"), QStringLiteral("x/1.mp3"), QStringLiteral("y/2.mp3"),
                 QStringLiteral("x/a/4.mp3"), QStringLiteral("x/b/3.mp3"), QStringLiteral("x/a/deep/6.mp3"),
                 QStringLiteral("y/z/5.mp3")}));
-        // The separator at the end of the path may be missing.
+        // The path may lack the separator at its end.
         QCOMPARE(texts(ListFolderTree(m_folder->path()).value()).size(), 7);
     }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which columns of the file list are hidden, as a text and as a set; what becomes of the room that hidden columns
-// leave.
+// Contract: a text and a set of hidden columns convert into each other, and the other columns get the room of hidden
+// ones.
 
 #include "core/files/list/listcolumns.h"
 
@@ -28,7 +28,7 @@ private Q_SLOTS:
     void textsNameColumns_data()
     {
         QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("bits"); // the last column stands first
+        QTest::addColumn<QString>("bits"); // the last column first
         QTest::newRow("none") << QString() << u"00000000"_s;
         QTest::newRow("two") << u"track year"_s << u"00100010"_s;
         QTest::newRow("in any order, with any blanks") << u"  year\ttrack "_s << u"00100010"_s;

@@ -72,12 +72,12 @@ private Q_SLOTS:
     {
         QVERIFY(!hasLongName(QString(64, u'x')));
         QVERIFY(hasLongName(QString(65, u'x')));
-        QVERIFY(!hasLongName(QString(40, u'x') + platform::Separator + QString(64, u'é'))); // the prefix does not count
+        QVERIFY(!hasLongName(QString(40, u'x') + platform::Separator + QString(64, u'é'))); // the prefix doesn't count
         QVERIFY(hasLongName(native(QStringLiteral("a/")) + QString(65, u'é')));
         const QString outsideThePlane = QStringLiteral("𝄞");
         QVERIFY(!hasLongName(outsideThePlane.repeated(64)));
         QVERIFY(hasLongName(outsideThePlane.repeated(65)));
-        QVERIFY(hasLongName(QString(65, QChar(0xDCE9)))); // 65 bytes that are no Unicode
+        QVERIFY(hasLongName(QString(65, QChar(0xDCE9)))); // 65 bytes that are not Unicode
     }
 
     void namesThatAreNoUnicodeAreShownReadably()
@@ -99,7 +99,7 @@ private Q_SLOTS:
         QCOMPARE(texts(model), list("a b C"));
         model.sortByHeader(3);
         model.sortByHeader(3);
-        // Another folder comes sorted by artist, descending; those of one artist stay as they were found.
+        // Another folder is sorted by artist, descending; rows of one artist keep the order in which they were found.
         model.setRows({row(QStringLiteral("1"), QStringLiteral("A")), row(QStringLiteral("4"), QStringLiteral("b")),
             row(QStringLiteral("3"), QStringLiteral("B")), row(QStringLiteral("2"), QStringLiteral("c"))});
         QCOMPARE(texts(model), list("2 4 3 1"));
@@ -115,8 +115,8 @@ private Q_SLOTS:
         QTest::newRow("by artist") << 3 << 1;
         QTest::newRow("by artist, descending") << 3 << 2;
     }
-    /// Rows change, come, go and come in another order between the listings, many of them equal in the column; the user
-    /// moves and sorts rows at times.
+    /// Between the listings rows change, come, go and swap places, many of them equal in the column; at times the user
+    /// moves and sorts rows.
     void rowsThatAreSetAgainComeAsIfForTheFirstTime()
     {
         QFETCH(int, column);
@@ -165,7 +165,7 @@ private Q_SLOTS:
                 QVERIFY(kept.rowAt(i).file.isCopyOf(fresh.rowAt(i).file));
             if (round % 10 == 5)
                 kept.moveRowTo(0, kept.rowCount());
-            if (round % 10 == 8) { // there and back, which leaves equal rows in another order
+            if (round % 10 == 8) { // there and back, which reorders equal rows
                 const ListOrder before = kept.order();
                 kept.sortByHeader(1);
                 kept.sortByHeader(column);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Sorting by a column: which order a click on a header chooses, and how texts, numbers and dates compare.
+// Contract of sorting by a column: which order a click on a header chooses, how texts, numbers and dates compare.
 
 #include "core/files/list/listsort.h"
 
@@ -33,7 +33,7 @@ private Q_SLOTS:
         QTest::newRow("ascending") << Qt::AscendingOrder;
         QTest::newRow("descending") << Qt::DescendingOrder;
     }
-    /// Whatever texts come to those that are in order: the result is that of sorting all of them.
+    /// Whatever texts are added to sorted ones, the result is that of sorting all.
     void textsThatAreInOrderAreNotSortedAgain()
     {
         QFETCH(Qt::SortOrder, order);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Texts packed into one piece of memory come back exactly as they were, whatever they hold.
+// Contract: texts packed into one piece of memory come back unchanged, whatever they hold.
 
 #include "core/files/list/listrow.h"
 
@@ -29,7 +29,7 @@ private Q_SLOTS:
     void aTextComesBackAsItWas()
     {
         QFETCH(QString, text);
-        // Between texts of either width, so that a wide one also begins at an odd place.
+        // Between texts of either width, so that wide ones also begin at odd addresses.
         const PackedTexts packed{u"x", text, u"日本", text, u"ñ"};
         QCOMPARE(packed.at(0), QStringLiteral("x"));
         QCOMPARE(packed.at(1), text);

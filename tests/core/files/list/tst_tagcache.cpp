@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The tag cache: a refresh reads only what changed, and never shows what a file held before, also when it changed
-// within the tick of the clock in which it was read, kept its time of modification, or is another file of the same
+// Contract of the tag cache: a refresh reads only files that changed and never shows old content, even if a file
+// changed within the clock tick in which it was read, kept its time of modification, or is another file of the same
 // name.
 
 #include "core/files/list/folderreading.h"
@@ -87,7 +87,7 @@ private Q_SLOTS:
         QCOMPARE(listing.rows.size(), size_t{100});
         QCOMPARE(titleOf(listing, QStringLiteral("7.mp3")), QStringLiteral("new"));
         QCOMPARE(titleOf(listing, QStringLiteral("9.mp3")), QStringLiteral("old"));
-        QCOMPARE(m_cache.size(), size_t{98}); // not the two that have just changed, nor the one that is gone
+        QCOMPARE(m_cache.size(), size_t{98}); // without the two that just changed and the one that is gone
     }
 
     void aTreeAndRereadTagsUseTheSameEntries()
@@ -159,7 +159,7 @@ private Q_SLOTS:
     void aChangeWithinTheTickOfTheReadingShows()
     {
         for (int i = 0; i < 200; ++i) {
-            const QByteArray title = QByteArray::number(1000 + i); // the size stays
+            const QByteArray title = QByteArray::number(1000 + i); // the same size
             make(QStringLiteral("a.mp3"), title);
             QCOMPARE(titleOf(list(), QStringLiteral("a.mp3")), QString::fromLatin1(title));
         }
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QTest::qSleep(SettlingTime);
         list();
         QCOMPARE(list().filesRead, size_t{0});
-        make(QStringLiteral("one"), "new"); // the link itself is as it was
+        make(QStringLiteral("one"), "new"); // the link itself is unchanged
         QCOMPARE(titleOf(list(), QStringLiteral("a.mp3")), QStringLiteral("new"));
         QTest::qSleep(SettlingTime);
         list();
@@ -227,7 +227,7 @@ private Q_SLOTS:
         QVERIFY(!TagCache::isSettled(changedAt(Now - 15'000'000), Now));
         QVERIFY(!TagCache::isSettled(changedAt(Now), Now));
         QVERIFY(!TagCache::isSettled(changedAt(Now + 3600 * Second + 1), Now)); // its clock is ahead of ours
-        QVERIFY(!TagCache::isSettled(changedAt(998 * Second), Now));            // may stand for a change at 999.9 s
+        QVERIFY(!TagCache::isSettled(changedAt(998 * Second), Now));            // may mean 999.9 s
         QVERIFY(TagCache::isSettled(changedAt(997 * Second), Now));
     }
 
@@ -245,7 +245,7 @@ private Q_SLOTS:
         QVERIFY(cache.take(QStringLiteral("/a/")).empty());
         QCOMPARE(cache.size(), size_t{2});
         cache.put(QStringLiteral("/d/"), entries({two + two + two}));
-        QCOMPARE(cache.size(), size_t{2}); // more than the capacity: not kept, and nobody is thrown out for it
+        QCOMPARE(cache.size(), size_t{2}); // more than the capacity: not kept, and no folder is forgotten for it
     }
 
     void aStoppedScanForgetsNothing()

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: RenameFile gives a file or folder its new path, never in the place of another, also where only the case
-// changes and the file system ignores case; a failure leaves the old name, or one that tells what it was.
+// Contract: RenameFile gives a file or folder its new path and never replaces another, even if only the case changes
+// and the file system ignores case. A failure leaves the old name, or one that shows what it was.
 
 #include "core/files/operations/clsfilefunc.h"
 #include "core/platform/scratchfolder.h"
@@ -170,7 +170,7 @@ void TestClsFileFunc::failureAtAnyCallLosesNothing()
         const Result<void> renamed = operations.RenameFile(file, folder.path(u"SONG.mp3"_s));
         if (!faulty.hasFired())
             break;
-        // A lock that can't be had is no reason to give up.
+        // Renaming goes on without the lock.
         const QStringList names = folder.names();
         QCOMPARE(names.size(), 1);
         QCOMPARE(ScratchFolder::read(folder.path(names.front())), QByteArray("one"));

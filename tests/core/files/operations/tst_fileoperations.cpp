@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: the service behind clsFileFunc asks before it overwrites, trashes or deletes, does what the answer says,
-// tells what was not done, remembers what was, and gives the result back as a number.
+// Contract: the service behind clsFileFunc asks before it overwrites, trashes or deletes, obeys the answer, shows what
+// was not done, records what was, and returns the result as a number.
 
 #include "core/files/operations/fileoperations.h"
 
@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A user whose answers are fixed and who remembers what was asked.
+/// A user with fixed answers who records the questions.
 class ScriptedHost final : public FileOperationHost
 {
 public:
@@ -144,7 +144,7 @@ void TestFileOperations::clashesAreAsked()
     QCOMPARE(m_files->MoveFile(list({u"a.mp3"_s, u"b.mp3"_s}), in(u"to/"_s)), ResultDone);
     QCOMPARE(m_host->asked, QStringList{u"clash a.mp3"_s});
     QCOMPARE(snapshotOf(in(u"to"_s)), (Snapshot{{u"a.mp3"_s, "file old"}, {u"b.mp3"_s, "file b"}}));
-    QVERIFY(m_host->told.isEmpty()); // the user knows what he has skipped
+    QVERIFY(m_host->told.isEmpty()); // the user knows what was skipped
 }
 
 void TestFileOperations::callingOffDoesNothing()
@@ -182,7 +182,7 @@ void TestFileOperations::withoutTrashAPlainQuestion()
 
 void TestFileOperations::aYesToTheTrashIsNoneToLosing()
 {
-    // The trash is there but can't be used; that shows only when something is put into it.
+    // The trash exists but can't be used, which shows only when something is put into it.
     writeFile(in(u"data/Trash/files"_s), "no folder");
     QCOMPARE(m_files->DeleteFile(list({u"a.mp3"_s})), ResultCancelled);
     QCOMPARE(m_host->asked, (QStringList{u"trash 1"_s, u"delete 1"_s}));
@@ -244,7 +244,7 @@ void TestFileOperations::busyDoesNothing()
     QCOMPARE(snapshotOf(m_folder->path()), before);
     m_history->addRenames({{in(u"x"_s), in(u"a.mp3"_s)}});
     QCOMPARE(m_operations->undo(), ResultCancelled);
-    QVERIFY(m_history->next()); // still to be undone
+    QVERIFY(m_history->next()); // can still be undone
 }
 
 void TestFileOperations::undoes()

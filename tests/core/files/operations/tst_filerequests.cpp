@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: clsFileFunc makes one request of however many paths and hands the service's result back unchanged; an empty
-// source or destination does nothing and returns 0.
+// Contract: clsFileFunc makes one request of any number of paths and returns the service's result unchanged. With an
+// empty source or destination it does nothing and returns 0.
 
 #include "core/files/operations/clsfilefunc.h"
 
@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Keeps the requests and answers with a number.
+/// Records the requests and returns a fixed result.
 class RecordingService final : public FileService
 {
 public:

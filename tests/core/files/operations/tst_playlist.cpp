@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: playlists are plain lines ended by CR LF, named after the tag read last, written in one step; played from
-// one fixed file of the user's own; deleted in one request.
+// Contract: playlists are plain lines that end in CR LF, are named after the tag read last, written in one step, played
+// from one fixed file of the user's own, and deleted in one request.
 
 #include "core/files/operations/playlist.h"
 
@@ -87,7 +87,7 @@ void TestPlaylist::aLongName()
     const QString name = playlistName(QString(200, u'ñ'), QString(200, u'x'));
     QVERIFY(platform::nameLength(name) <= 255);
     QVERIFY(name.endsWith(u".m3u"_s));
-    // Wine counts the bytes of the disk that is under it.
+    // Wine limits names by the bytes of the disk below.
     const QChar letter = platform::Separator == u'/' ? u'ñ' : u'n';
     QVERIFY(WritePlaylist(m_fileSystem, folder(), {}, record(QString(200, letter), u"x"_s)));
 }
@@ -103,7 +103,7 @@ void TestPlaylist::theContent()
 
 void TestPlaylist::aLineBeyondTheCodePage()
 {
-    // As Windows-1252 would have it: the whole list becomes UTF-8, not only that line.
+    // With Windows-1252 the whole list becomes UTF-8, not only that line.
     const auto encode = [](const QString &line) -> std::optional<QByteArray> {
         for (const QChar c : line) {
             if (c.unicode() > 0xFF)
@@ -244,7 +244,7 @@ void TestPlaylist::deletesAllInOneRequest()
 {
     QStringList names{u"a.m3u"_s, u"B.M3U"_s, u"c.m3u8"_s, u"d.mp3"_s, u"sub/e.m3u"_s};
     if (platform::Separator == u'/')
-        names += u".hidden.m3u"_s; // on Windows an attribute hides, not the name
+        names += u".hidden.m3u"_s; // on Windows an attribute hides a file, not its name
     for (const QString &name : names)
         writeFile(in(name), "x");
     QDir().mkpath(in(u"folder.m3u"_s));

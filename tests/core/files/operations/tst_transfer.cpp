@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: copying and moving files, links and folders into a folder. Names that are taken are asked about and nothing
-// is overwritten without a yes; a folder never goes into itself; links stay links; attributes and times go along.
+// Contract: files, links and folders are copied and moved into a folder. Taken names lead to questions, and nothing is
+// overwritten without a yes; a folder never goes into itself; links stay links; attributes and times are kept.
 
 #include "core/files/operations/transfer.h"
 
@@ -114,7 +114,7 @@ TransferReport TestTransfer::run(TransferKind kind, const QStringList &sources, 
     return runTransfer(m_fileSystem, *plan, watch);
 }
 
-/// Where the row's files go; empty without another drive.
+/// Where the row's files go; empty if there is no other drive.
 QString TestTransfer::target() const
 {
     QFETCH(bool, toOtherDrive);
@@ -235,7 +235,7 @@ void TestTransfer::nothingIsOverwrittenWithoutAYes()
     QVERIFY(skipped.done.empty());
     QCOMPARE(snapshotOf(m_folder->path()), before);
 
-    // A file that comes into being after the question is not overwritten either.
+    // Nor is a file that appears after the question.
     QFile::remove(in(u"to/a.mp3"_s));
     const auto plan = makeTransferPlan(m_fileSystem, {kind, {in(u"a.mp3"_s)}, in(u"to"_s)});
     writeFile(in(u"to/a.mp3"_s), "old");
@@ -371,7 +371,7 @@ void TestTransfer::aMoveToWhereItIs()
 
 void TestTransfer::twoSourcesOfOneName()
 {
-    // As rows of a recursive listing may have it.
+    // Rows of a recursive listing may be like this.
     writeFile(in(u"cd1/a.mp3"_s), "one");
     writeFile(in(u"cd2/a.mp3"_s), "two");
     bool couldReplace = true;
@@ -419,7 +419,7 @@ void TestTransfer::vanishedSource()
 
 void TestTransfer::refusedName()
 {
-    // Wine tells something else of a long name.
+    // Wine reports another error for a long name.
     const QString refused = platform::Separator == u'/' ? QString(300, u'x') : u"a?b"_s;
     writeFile(in(u"a.mp3"_s), "a");
     const auto plan = makeTransferPlan(m_fileSystem, {TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), refused});
@@ -447,7 +447,7 @@ void TestTransfer::moveOntoItsOwnNameInOtherCase()
     auto plan = makeTransferPlan(m_fileSystem, request);
     QVERIFY(answerClashes(*plan, always(ClashAnswer::Replace)));
     QVERIFY(runTransfer(m_fileSystem, *plan).isComplete());
-    // Wine leaves the name as it was; what counts is that the file is left.
+    // Wine keeps the name; what counts is that the file is there.
     Snapshot left = snapshotOf(m_folder->path());
     QCOMPARE(left.take(left.contains(u"a.mp3"_s) ? u"a.mp3"_s : u"A.mp3"_s), QByteArray("file a"));
     QCOMPARE(left, (Snapshot{{u"to"_s, "folder"}}));

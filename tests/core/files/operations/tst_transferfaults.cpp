@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: whatever call fails, whatever disk is full and whoever interferes, each source is whole or its copy is;
-// nothing half-written bears a final name, and a source is deleted only when its copy reads back the same.
+// Contract: whatever call fails, whichever disk is full, whoever interferes, each source or its copy is whole. Nothing
+// half-written has a final name, and a source is deleted only after its copy was read back and compared.
 
 #include "core/files/operations/transfer.h"
 #include "core/storage/leftovers.h"
@@ -108,7 +108,7 @@ void TestTransferFaults::checkNothingLost(const TransferReport *report, bool isM
         QVERIFY2(
             from.value(entry.key()) == *entry || (isMove && there == *entry), qPrintable(u"lost: "_s + entry.key()));
     }
-    // A folder is there in full or not at all.
+    // A folder is there completely or not at all.
     QCOMPARE(to.contains(u"cd"_s), to.contains(u"cd/y.mp3"_s) && to.contains(u"cd/sub/x.mp3"_s));
     for (const QString &name : to.keys()) {
         const QString top = name.section(u'/', 0, 0);
@@ -154,7 +154,7 @@ void TestTransferFaults::anyCallFails()
         QVERIFY(QDir(in(u"from"_s)).removeRecursively());
         emptyTarget();
     }
-    QVERIFY2(at > 50, qPrintable(QString::number(at))); // it did go through the calls
+    QVERIFY2(at > 50, qPrintable(QString::number(at))); // it did fail one call after another
 }
 
 void TestTransferFaults::aWrongByteKeepsTheSource()
@@ -208,7 +208,7 @@ void TestTransferFaults::aFileComesIntoTheFolderMeanwhile()
     QCOMPARE(report.failures.size(), std::size_t(1));
     QCOMPARE(readFile(in(u"from/cd/sub/late.mp3"_s)), QByteArray("late"));
     QVERIFY(readFile(m_to + u"/cd/sub/x.mp3"_s) == content(100));
-    QVERIFY(!report.done[0].isMove); // not all of it is gone
+    QVERIFY(!report.done[0].isMove); // not all of the source is gone
 }
 
 void TestTransferFaults::aFullDisk_data()
@@ -236,7 +236,7 @@ void TestTransferFaults::aFullDisk()
     QCOMPARE(report.failures[0].error.code, ErrorCode::NoSpace);
     QVERIFY(!report.done.empty());
     QCOMPARE(report.done.size() + report.failures.size() + size_t(report.notDone.size()), size_t(all.size()));
-    QVERIFY(report.notDone.contains(in(u"from/cd"_s))); // none is tried once the drive is full
+    QVERIFY(report.notDone.contains(in(u"from/cd"_s))); // not tried once the drive is full
     QCOMPARE(snapshotOf(small.path()).size(), qsizetype(report.done.size()));
     for (int number = 0; number < 5; ++number) {
         const QByteArray expected = pattern(1'000'000, quint32(number));
@@ -311,7 +311,7 @@ void TestTransferFaults::killedAtAnyMoment()
         checkNothingLost(nullptr, kind == TransferKind::Move);
         if (QTest::currentTestFailed())
             return;
-        // The next start clears away what was left, and nothing else.
+        // The next start removes what was left, and nothing else.
         QVERIFY(storage::cleanLeftovers(platform::FileSystem::native(), m_to));
         const Snapshot left = snapshotOf(m_to);
         QVERIFY(std::none_of(left.keyBegin(), left.keyEnd(), storage::isLeftoverName));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a program that is killed while it copies or moves 500 files, at any of 200 random moments, loses none of
-// them and leaves none half-written under its final name.
+// Contract: a program killed while it copies or moves 500 files, at any of 200 random moments, loses none of them and
+// leaves none half-written under its final name.
 
 #include "core/files/operations/transfer.h"
 #include "core/storage/safewrite.h"
@@ -32,7 +32,8 @@ private:
 
     static QByteArray content(int number) { return pattern(200 + number * 7, quint32(number)); }
     static QString nameOf(int number) { return u"%1.mp3"_s.arg(number); }
-    /// Runs the transfer in a program of its own, killed after that many nanoseconds; whether that was before its end.
+    /// Runs the transfer in a process that is killed after that many nanoseconds. Returns whether that was before its
+    /// end.
     bool runKilled(TransferKind kind, qint64 nanoseconds) const;
     QStringList sources() const;
     bool checkNothingLost(TransferKind kind) const;
@@ -54,14 +55,14 @@ void TestTransferKill::killed_data()
     QTest::newRow("move a folder") << TransferKind::Move << true << 40;
 }
 
-/// All sources, whole, and an empty target.
+/// All sources, complete, and an empty target.
 void TestTransferKill::startAnew(const QString &base, const QString &other)
 {
     m_from = base + u"/from"_s;
     m_to = other + u"/to"_s;
     QDir(m_to).removeRecursively();
     QDir().mkpath(m_to);
-    for (int number = 0; number < FileCount; ++number) { // those that are there were checked to be whole
+    for (int number = 0; number < FileCount; ++number) { // the files present were checked before
         const QString path = m_from + u'/' + nameOf(number);
         if (!platform::isTaken(path))
             writeFile(path, content(number));
@@ -90,7 +91,7 @@ bool TestTransferKill::runKilled(TransferKind kind, qint64 nanoseconds) const
         platform::FileSystem &fileSystem = platform::FileSystem::native();
         const auto plan = makeTransferPlan(fileSystem, {kind, what, m_to});
         if (plan)
-            runTransfer(fileSystem, *plan); // what is there already is a clash that nobody answers
+            runTransfer(fileSystem, *plan); // a file already there is a clash without an answer
         std::_Exit(0);
     }
     const timespec time{
@@ -138,7 +139,7 @@ void TestTransferKill::killed()
     QFETCH(int, kills);
     m_asFolder = asFolder;
     const QTemporaryDir folder;
-    const OtherDrive drive; // a move on one drive is a rename: nothing to be killed in
+    const OtherDrive drive; // on one drive a move is a rename and can't be interrupted
     const QString other = drive.isOther() ? drive.path() : folder.filePath(u"other"_s);
 
     startAnew(folder.path(), other);
@@ -148,7 +149,7 @@ void TestTransferKill::killed()
     QVERIFY(runTransfer(platform::FileSystem::native(), *plan).isComplete());
     const qint64 duration = timer.nsecsElapsed();
 
-    // Each from the start: what a killed one leaves is less to do, and the next would be through before it is killed.
+    // Start each anew: a killed one leaves less to do, and the next would end before it is killed.
     int killedAtWork = 0;
     for (int kill = 0; kill < kills; ++kill) {
         startAnew(folder.path(), other);
@@ -159,7 +160,7 @@ void TestTransferKill::killed()
         const Snapshot cleaned = snapshotOf(m_to);
         QVERIFY(std::none_of(cleaned.keyBegin(), cleaned.keyEnd(), storage::isLeftoverName));
     }
-    // Once more, on what the last kill has left: nothing of it stands in the way.
+    // Once more on what the last kill left: it is no obstacle.
     const auto rest = makeTransferPlan(platform::FileSystem::native(), {kind, sources(), m_to});
     QVERIFY(rest);
     QVERIFY(runTransfer(platform::FileSystem::native(), *rest).failures.empty());

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a transfer can be stopped at any moment, inside a long file too, tells how far it is, and takes any number
-// of files; what was not done in full leaves its source whole and nothing at the target.
+// Contract: a transfer can be stopped at any moment, even inside a long file, reports its progress, and takes any
+// number of files. What was not completed leaves its source whole and nothing at the target.
 
 #include "core/files/operations/transfer.h"
 
@@ -53,7 +53,7 @@ void TestTransferRun::drives()
     QTest::newRow("move to another drive") << TransferKind::Move << true;
 }
 
-/// Where the row's files go; empty without another drive.
+/// Where the row's files go; empty if there is no other drive.
 QString TestTransferRun::target() const
 {
     QFETCH(bool, toOtherDrive);
@@ -78,7 +78,7 @@ void TestTransferRun::stopped()
     QStringList sources;
     for (int i = 0; i < 5; ++i) {
         sources.append(in(u"%1.mp3"_s.arg(i)));
-        writeFile(sources.back(), pattern(10'000'000, quint32(i))); // longer than a step
+        writeFile(sources.back(), pattern(10'000'000, quint32(i))); // takes several reports
     }
     writeFile(in(u"cd/a.mp3"_s), "a");
     sources.append(in(u"cd"_s));

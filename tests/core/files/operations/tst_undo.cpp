@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: the last operations are undone one by one, the last one first, without overwriting or losing anything; what
-// can't be undone any more says why.
+// Contract: the last operations are undone one by one, the last one first, and nothing is overwritten or lost. What can
+// no longer be undone says why.
 
 #include "core/files/operations/undo.h"
 
@@ -111,7 +111,7 @@ void TestUndo::aMove()
     const QString to = toOtherDrive ? drive.path() : in(u"to"_s);
     transfer(TransferKind::Move, {in(u"from/cd"_s), in(u"from/b.mp3"_s)}, to);
     QVERIFY(snapshotOf(in(u"from"_s)).isEmpty());
-    QVERIFY(QDir().rmdir(in(u"from"_s))); // made again
+    QVERIFY(QDir().rmdir(in(u"from"_s))); // undo makes it again
     const UndoReport report = undo();
     QVERIFY(report.failures.empty());
     QCOMPARE(report.undone.size(), 2);
@@ -221,7 +221,7 @@ void TestUndo::aDeletionForGoodSaysWhy()
 
 void TestUndo::aBatchOfRenames()
 {
-    // Two names that were swapped: undone as a batch they swap back.
+    // Swapped names swap back, undone as a batch.
     writeFile(in(u"a.mp3"_s), "was b");
     writeFile(in(u"b.mp3"_s), "was a");
     m_history->addRenames({{in(u"a.mp3"_s), in(u"b.mp3"_s)}, {in(u"b.mp3"_s), in(u"a.mp3"_s)}});
@@ -248,8 +248,7 @@ void TestUndo::whatIsGoneSaysSo()
 
 void TestUndo::aMoveThatWasNotFinishedStays()
 {
-    // A folder was copied to another drive, but not all of it could be deleted afterwards: b.mp3 is at the target
-    // alone.
+    // A folder was copied to another drive but only b.mp3 of it could be deleted, which now exists only at the target.
     writeFile(in(u"cd/a.mp3"_s), "a");
     writeFile(in(u"to/cd/a.mp3"_s), "a");
     writeFile(in(u"to/cd/b.mp3"_s), "b");

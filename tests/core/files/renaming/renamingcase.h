@@ -11,10 +11,10 @@
 #include <cstring>
 #include <utility>
 
-/// What the tests of renaming share: folders whose files hold their first names, and batches said in few words.
+/// What the tests of renaming share: folders whose files contain their first names, and short ways to write batches.
 namespace ravlin::test {
 
-/// A folder in which each file's content is the name that it had at first.
+/// A folder whose files contain their first names.
 class RenamingCase
 {
 public:
@@ -33,7 +33,7 @@ public:
     QString path(const QString &name) const { return m_folder.path(name); }
     QString path() const { return QDir::toNativeSeparators(m_folder.path()); }
 
-    /// Present names with the first ones of the files that bear them; names in folders with their folder.
+    /// The present names, each with the first name of its file. Paths start at this folder.
     QMap<QString, QString> files() const
     {
         QMap<QString, QString> found;

@@ -201,7 +201,7 @@ void TestRenameFromTags::aSlashInAnAlbum()
     for (const QChar slash : {QChar(u'/'), platform::Separator}) {
         const TagRecord record = tagOf({}, u"A"_s + slash + u'B');
         QCOMPARE(folderRename(folder, record, byPattern(u"%2"_s))->wanted, separated(u"/Music/AB"_s));
-        // Kept in the new path, but no folder goes below another one by a value.
+        // The wanted path keeps it, but a value must not move a folder into another.
         const auto kept = folderRename(folder, record, ArtistAlbum);
         QCOMPARE(kept->wanted, separated(u"/Music/A"_s) + slash + u'B');
         QVERIFY(kept->problem == platform::NameProblem::LeadsOutside);
@@ -224,7 +224,7 @@ void TestRenameFromTags::theFolderIsRenamed()
     const RenamingOutcome outcome = runRenaming(native, RenamingPlan(native, {*row}));
     QCOMPARE(outcome.rows.front().path, scratch.path(u"Band - Vol. 1"_s));
     QCOMPARE(scratch.files().keys(), QStringList{u"Band - Vol. 1/a.mp3"_s});
-    // Once more it is named so already.
+    // The second time it has that name already.
     const RenamingPlan again(native, {*folderRename(outcome.rows.front().path, record, ArtistAlbum)});
     QVERIFY(again.rows().front().state == RenameState::Untouched);
 }

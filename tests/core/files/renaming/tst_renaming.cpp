@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a batch gives all new names as if at once; nothing is overwritten and no file is lost; a taken name is
-// settled by the answers; every row has an outcome, and the plan tells it beforehand.
+// Contract: a batch gives all new names as if at once. Nothing is overwritten and no file is lost; the answers settle
+// taken names; every row has an outcome, which the plan predicts.
 
 #include "core/files/renaming/renamefromtags.h"
 #include "core/files/renaming/renamingcase.h"
@@ -24,7 +24,7 @@ platform::FileSystem &native()
     return platform::FileSystem::native();
 }
 
-/// A plan and its run; the plan's rows must be what came true.
+/// Runs a plan and checks that its rows came true.
 RenamingOutcome runAsPlanned(platform::FileSystem &fileSystem, const RenamingPlan &plan)
 {
     QStringList told;
@@ -162,11 +162,11 @@ void TestRenaming::anExistingFileIsAClash()
     RenamingPlan plan(native(), folder.rows({{u"a.mp3"_s, u"b.mp3"_s}}));
     QCOMPARE(plan.nextClash(), std::optional<std::size_t>(0));
     QVERIFY(plan.rows()[0].state == RenameState::Clash && plan.rows()[0].isCollision);
-    // Left without an answer it is skipped.
+    // Without an answer the row is skipped.
     const auto outcome = runAsPlanned(native(), plan);
     QCOMPARE(statesOf(outcome.rows), states({Skipped}));
     QCOMPARE(folder.files(), (Files{{u"a.mp3"_s, u"a.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}));
-    // So is one that keeps its name within the batch.
+    // Also if the other file is in the batch and keeps its name.
     QCOMPARE(statesOf(renameAll(folder, {{u"a.mp3"_s, u"b.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}, ClashAnswer::Skip).rows),
         states({Skipped, Untouched}));
 }
@@ -226,7 +226,7 @@ void TestRenaming::keepBothOfManyIsNotQuadratic()
     plan.answerAll(ClashAnswer::KeepBoth);
     QVERIFY(!plan.nextClash());
     QCOMPARE(plan.rows().back().path, folder.path(u"x (%1).mp3"_s.arg(Count)));
-    // A listing, a look at the folder; nothing for each file.
+    // One listing and a look at the folder, no call for each file.
     QVERIFY2(counting.count() < 10, qPrintable(QString::number(counting.count())));
 }
 
@@ -250,7 +250,7 @@ void TestRenaming::stopEndsTheBatch()
 
 void TestRenaming::stopTakesBackWhatDependsOnIt()
 {
-    // Row 0 wants the name of row 3, which is not taken any more since row 2 stops.
+    // Row 0 wants the name of row 3, which keeps it because row 2 stops.
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"taken"_s});
     const auto outcome = renameAll(
         folder, {{u"b"_s, u"1"_s}, {u"a"_s, u"d"_s}, {u"c"_s, u"taken"_s}, {u"d"_s, u"2"_s}}, ClashAnswer::Stop);
@@ -335,7 +335,7 @@ void TestRenaming::refusedNames()
         QVERIFY(outcome.rows[row].state == RenameState::Refused);
         QVERIFY(outcome.rows[row].problem == problems[row]);
     }
-    // A refused file keeps its name, so that is taken.
+    // A refused file keeps its name, which is taken then.
     QVERIFY(outcome.rows[4].state == Skipped);
     QCOMPARE(folder.files().size(), 5);
 }
@@ -354,12 +354,12 @@ void TestRenaming::aSeparatorLeadsIntoAFolder()
     RenamingPlan plan(native(), folder.rows({{u"a.mp3"_s, u"Band/Live/a.mp3"_s}, {u"b.mp3"_s, u"//Band/./b.mp3"_s},
                                     {u"Band/c.mp3"_s, u"Live/a.mp3"_s}}));
     QVERIFY(plan.rows()[0].makesFolder && !plan.rows()[1].makesFolder);
-    QVERIFY(plan.rows()[2].state == RenameState::Clash); // the same file by another way
+    QVERIFY(plan.rows()[2].state == RenameState::Clash); // the same file by another path
     const auto outcome = runAsPlanned(native(), plan);
     QCOMPARE(outcome.foldersMade, QStringList{folder.path(u"Band/Live"_s)});
     QCOMPARE(folder.files(), (Files{{u"Band/Live/a.mp3"_s, u"a.mp3"_s}, {u"Band/b.mp3"_s, u"b.mp3"_s},
                                  {u"Band/c.mp3"_s, u"Band/c.mp3"_s}, {u"top/d.mp3"_s, u"top/d.mp3"_s}}));
-    // The pattern's own text may lead out.
+    // The pattern's own text may lead outside.
     RenamingPlan out(native(),
         {fileRename(folder.path(u"top/d.mp3"_s), QDir::toNativeSeparators(u"../d.mp3"_s), stepsUpIn(u"../%3"_s))});
     QCOMPARE(out.rows()[0].path, folder.path(u"d.mp3"_s));
@@ -399,7 +399,7 @@ void TestRenaming::oneFolderBySeveralSpellings()
     RenamingPlan plan(native(), {{folder.path(u"a.mp3"_s), folder.path(u"x.mp3"_s)},
                                     {folder.path(u"sub/../b.mp3"_s), folder.path(u"sub/link/x.mp3"_s)}});
     QVERIFY(plan.rows()[1].state == RenameState::Clash);
-    // Its own name by another way is no rename.
+    // Its own name by another path is not a rename.
     RenamingPlan same(native(), {{folder.path(u"a.mp3"_s), folder.path(u"sub/link/a.mp3"_s)}});
     QVERIFY(same.rows()[0].state == Untouched);
 }
@@ -453,7 +453,7 @@ void TestRenaming::aStopBetweenRows()
     };
     const auto outcome = runRenaming(native(), plan, {stopAtC, stop.get_token()});
     QVERIFY(outcome.wasStopped);
-    // The swap that was begun is finished.
+    // The swap already begun is finished.
     QCOMPARE(statesOf(outcome.rows), states({Rename, Rename, Rename, RenameState::NotTaken, Untouched}));
     QCOMPARE(folder.files(),
         (Files{{u"1"_s, u"a"_s}, {u"b"_s, u"b"_s}, {u"c"_s, u"d"_s}, {u"d"_s, u"c"_s}, {u"e"_s, u"e"_s}}));
@@ -461,7 +461,7 @@ void TestRenaming::aStopBetweenRows()
 
 namespace {
 
-/// Renames in a ring, in a chain and into a new folder, with the chosen fault. False: it came to no fault.
+/// Renames in a ring, in a chain and into a new folder with that fault. Returns false if the fault never came.
 bool survivesFault(int at, bool forEver)
 {
     const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"x"_s, u"y"_s, u"z"_s});
@@ -472,7 +472,7 @@ bool survivesFault(int at, bool forEver)
     const RenamingOutcome outcome = runRenaming(faulty, plan);
     if (!faulty.hasFired())
         return false;
-    // Each row tells where its file is.
+    // Each row knows where its file is.
     const Files files = folder.files();
     if (files.size() != 6)
         qFatal("fault %d: a file is lost", at);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a program that is killed (SIGKILL) at any moment while it renames files in rings loses and hides none: each
-// can be seen under a name of the batch or one that holds its own, and the next listing gives the latter their names
-// back.
+// Contract: a program killed by SIGKILL at any moment while it renames files in rings loses and hides none. Each has a
+// name of the batch or one that contains its own; the next listing gives the latter their names back.
 
 #include "core/files/list/currentfolder.h"
 #include "core/files/renaming/renamefromtags.h"
@@ -26,7 +25,7 @@ constexpr int Kills = 250;
 constexpr int LongestLifeMicroseconds = 8'000;
 const int RingSizes[] = {2, 3, 5};
 
-/// The files go round and round until the program is killed.
+/// Renames the files in rings until the program is killed.
 [[noreturn]] void renameForEver(const RenamingCase &folder, const QList<QStringList> &rings)
 {
     platform::FileSystem &native = platform::FileSystem::native();
@@ -81,7 +80,7 @@ void TestRenamingKill::noFileIsLostOrHidden()
         QCOMPARE(::waitpid(child, &status, 0), child);
         QVERIFY2(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, "a rename failed");
 
-        // Every content is there once, under a name that is no secret.
+        // Every content is there once, under a visible name.
         const auto left = folder.files();
         QStringList contents = left.values();
         contents.sort();
@@ -97,7 +96,7 @@ void TestRenamingKill::noFileIsLostOrHidden()
         interrupted += aside;
         moved += left != before ? 1 : 0;
 
-        // A listing brings back what was put aside; when its name is another one's by now, with a number.
+        // A listing brings back what was put aside, with a number if its name is taken by now.
         const Listing listing = RefreshList(folder.path() + u'/');
         QCOMPARE(qsizetype(listing.rows.size()), names.size());
         const auto back = folder.files();
@@ -108,7 +107,7 @@ void TestRenamingKill::noFileIsLostOrHidden()
             QVERIFY2(!storage::nameBeforeAside(file.key()), qPrintable(file.key()));
         if (back.keys() == names)
             continue;
-        // It got a number; for the next round it gets the free name.
+        // For the next round, a file with a number gets the free name.
         RenamingCase::Pairs pairs;
         QStringList free = names;
         for (const QString &name : back.keys())

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: whatever the batch, what the plan tells is what the run does; the number of files never falls, no content
-// changes, nothing outside the batch is touched, and undoing it gives every file its name back.
+// Contract: for any batch, the run does what the plan says. The number of files never falls, no content changes,
+// nothing outside the batch is touched, and undo gives every file its name back.
 
 #include "core/files/renaming/renamefromtags.h"
 #include "core/files/renaming/renamingcase.h"
@@ -41,8 +41,8 @@ public:
     }
     int below(int end) { return std::uniform_int_distribution<int>(0, end - 1)(m_random); }
 
-    /// Files in a folder of the scratch folder, so that one ".." stays inside, and in one below. caseless: none that
-    /// differ in case alone.
+    /// Files in a folder of the scratch folder, so that one ".." stays inside, and in one below. caseless: no two names
+    /// differ only in case.
     void fill(const RenamingCase &folder, bool caseless)
     {
         QSet<QString> present;
@@ -50,7 +50,7 @@ public:
         for (int i = 0; i < count; ++i) {
             const QString file = (below(3) == 0 ? u"base/one/"_s : u"base/"_s) + name();
             if (IgnoresCase && file.endsWith(u"con.mp3"_s))
-                continue; // there is no making it
+                continue; // it can't be made
             const QString key = caseless || IgnoresCase ? file.toCaseFolded() : file;
             if (file.endsWith(u".mp3"_s) && !QFileInfo(file).completeBaseName().isEmpty() && !present.contains(key)) {
                 present.insert(key);
@@ -121,7 +121,7 @@ void TestRenamingProperties::thePlanIsWhatHappens()
             plan.answer(*row, random.answer());
         QCOMPARE(folder.files(), before);
 
-        // What the plan tells: every file of the batch is where its row says, every other one where it was.
+        // Every file of the batch goes where its row says; every other one stays.
         Files expected = before;
         const auto relative = [&](const QString &path) {
             return QDir::fromNativeSeparators(path.mid(folder.path().size() + 1));
