@@ -33,7 +33,7 @@ struct BatchPolicy
 
 /// For runs that write tags.
 inline constexpr BatchPolicy TagWritingPolicy{OnFailure::End, OnCancelled::StopTaking};
-/// For runs to which every row is a matter of its own.
+/// For runs whose rows do not depend on each other.
 inline constexpr BatchPolicy RowByRowPolicy{OnFailure::GoOn, OnCancelled::GoOn};
 
 enum class RowOutcome
@@ -70,8 +70,8 @@ using RowWork = std::function<Result<void>(const QString &path)>;
 
 /// Does the work for every path in order. Reports each row before its work; done counts it already.
 ///
-/// Meant for a worker thread. The state is the batch's until it returns: the work may set its flags, and no other
-/// thread may touch it meanwhile. Shows nothing.
+/// Meant for a worker thread. Until it returns the state belongs to the batch: the work may set its flags, and no other
+/// thread may touch it. Shows nothing.
 BatchOutcome runBatch(const QStringList &paths, const ProgramState &state, const ProgressReport &progress,
     const RowWork &work, BatchPolicy policy);
 

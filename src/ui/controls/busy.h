@@ -15,10 +15,10 @@ namespace ravlin {
 
 class esperate;
 
-/// Runs one operation at a time on a thread of its own while the windows go on painting and the wait window tells how
-/// far it has come. For the caller it is a plain call: it returns when the work has ended.
+/// Runs one operation at a time on a thread of its own while the windows keep painting and the wait window shows the
+/// progress. To the caller it is a plain call: it returns when the work has ended.
 ///
-/// The user's input meanwhile reaches the wait window only; input for other windows is dropped, and a request to close
+/// Meanwhile the user's input reaches the wait window only. Input for other windows is dropped, and a request to close
 /// the main window is carried out afterwards (InputBarrier). Timers and queued calls do run: they must not change what
 /// the work uses. Used by the interface thread alone.
 class Busy : public QObject
@@ -31,17 +31,16 @@ public:
     /// Both windows must outlive it.
     Busy(esperate &waitWindow, QWidget *mainWindow, QObject *parent = nullptr);
 
-    /// False, without having done anything, while another operation is at work.
+    /// Returns false and does nothing while another operation runs.
     ///
-    /// The work must not touch any widget, nor anything that the windows paint from. An exception that leaves it
-    /// (memory running out) ends it and is thrown again from here, when the windows are back to normal. Where the
-    /// system has no thread to give, the work is done on this one.
+    /// The work must not touch a widget, nor anything that the windows paint from. An exception that leaves it (out of
+    /// memory) ends it and is thrown again from here once the windows are back to normal. If the system has no thread
+    /// left, the work runs on this one.
     ///
     /// The work may report from any number of threads; a report takes well under a microsecond and never waits for the
-    /// screen. Bytes are shown instead of steps where they are counted, and steps is replaced by a total that becomes
-    /// known on the way.
+    /// screen. The window shows bytes instead of steps if the work counts them. A reported total replaces steps.
     bool run(int steps, const Work &work) { return run(steps, std::nullopt, work); }
-    /// The same for work that can be stopped: the wait window then has a button that requests it of the source.
+    /// The same for work that can be stopped: the wait window gets a button that requests the stop from the source.
     bool run(int steps, std::optional<std::stop_source> stop, const Work &work);
 
     bool isRunning() const { return m_running; }
