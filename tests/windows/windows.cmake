@@ -43,6 +43,8 @@ list(APPEND RAVLIN_TEST_SOURCES ${RAVLIN_WINDOWS_TESTS})
 set(RAVLIN_LEFT_OUT_tst_fileoperations withoutTrashAPlainQuestion aYesToTheTrashIsNoneToLosing)
 # Permission bits and symbolic links as POSIX has them.
 set(RAVLIN_LEFT_OUT_tst_settings aSymbolicLinkStays permissions)
+# Wine counts a link for an open file that was deleted.
+set(RAVLIN_LEFT_OUT_tst_leftovers aFileThatACleanerTookIsMadeAnew)
 # Names that are not valid Unicode, and two names that differ in case alone.
 set(RAVLIN_LEFT_OUT_tst_folderscan namesThatAreNoUnicodeAreListedAndFoundAgain)
 set(RAVLIN_LEFT_OUT_tst_clsfilefunc hardLinksInOtherCaseAreTaken
