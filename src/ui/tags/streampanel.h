@@ -31,7 +31,7 @@ private:
         QLabel *value;
     };
 
-    std::array<Line, 4> m_lines;
+    std::array<Line, 4> m_lines{};
 };
 
 } // namespace ravlin
