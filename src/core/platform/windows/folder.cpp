@@ -119,6 +119,7 @@ std::pair<quint64, quint64> Folder::identity() const
 
 FolderLock::~FolderLock()
 {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the header holds it as a number, to be the same on every system.
     ::CloseHandle(reinterpret_cast<HANDLE>(m_handle));
 }
 
