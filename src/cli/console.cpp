@@ -83,7 +83,8 @@ QString describe(const Error &error)
     // The other codes need no detail.
     const bool hasMore = error.code == ErrorCode::Io || error.code == ErrorCode::InvalidArgument ||
                          error.code == ErrorCode::Unsupported || error.code == ErrorCode::TooLarge ||
-                         error.code == ErrorCode::VerifyFailed || error.code == ErrorCode::Settings;
+                         error.code == ErrorCode::VerifyFailed || error.code == ErrorCode::Settings ||
+                         error.code == ErrorCode::NotMp3Content;
     return hasMore && !error.detail.isEmpty() ? meaning + u" ("_s + error.detail + u')' : meaning;
 }
 

@@ -207,7 +207,7 @@ public:
             m_console.warn(warning + u"; the files keep theirs"_s);
             fields.genre.clear();
         }
-        SavingRun run(mode);
+        SavingRun run(mode, m_arguments);
         for (qsizetype i = 0; i < files.size(); ++i) {
             const DiscTrack &track = record.tracks[size_t(i)];
             fields.artist = record.artistOf(track);
@@ -255,7 +255,7 @@ private:
     Result<void> save(SavingRun &run, const QString &path, const DiscFields &fields, const DiscRow &row)
     {
         run.prepareFor(path);
-        Result<TagRecord> record = run.store().readRecordLeniently(path);
+        Result<TagRecord> record = run.store().readForSaving(path);
         if (!record)
             return tl::unexpected(record.error());
         applyDisc(*record, fields, row);
@@ -385,7 +385,8 @@ Command lookupCommand()
         "and the e-mail address of the options, are sent to the server. Prints what is found beside each file, with\n"
         "how much longer the file is than the track. Where several discs match, or none exactly, they are listed\n"
         "and --match takes one. Nothing is written without --apply, and only if there are as many tracks as files.",
-        u"FILE", true, {ServerOption, SearchOption, MatchOption, TimeoutOption, ApplyOption, ModeOption, JsonOption},
+        u"FILE", true,
+        {ServerOption, SearchOption, MatchOption, TimeoutOption, ApplyOption, ModeOption, ForceOption, JsonOption},
         runLookup};
 }
 

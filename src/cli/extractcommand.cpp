@@ -16,7 +16,7 @@ int previewRun(const Arguments &arguments, const QString &pattern, int mode, Con
 {
     RecordWriter writer(
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), previewColumns());
-    SavingRun run(mode);
+    SavingRun run(mode, arguments);
     for (const QString &path : arguments.paths()) {
         const PreviewRow row = previewExtraction(path, pattern, run.store());
         if (row.problem) {
@@ -31,9 +31,10 @@ int previewRun(const Arguments &arguments, const QString &pattern, int mode, Con
     return console.status();
 }
 
-int saveRun(const QStringList &paths, const QString &pattern, int mode, Console &console)
+int saveRun(const Arguments &arguments, const QString &pattern, int mode, Console &console)
 {
-    SavingRun run(mode);
+    const QStringList &paths = arguments.paths();
+    SavingRun run(mode, arguments);
     const auto warn = [&console](
                           const QString &path, const TagRecord &record) { warnOfTextsNotSaved(path, record, console); };
     const ExtractionOutcome outcome = runExtraction(paths, pattern, run.store(), run.state(), run.preparing(), warn);
@@ -58,8 +59,7 @@ int runExtract(const Arguments &arguments, Console &console)
     const ModeOrStatus mode = modeFor(u"extract"_s, arguments, console);
     if (!mode)
         return mode.error();
-    return isDry ? previewRun(arguments, *pattern, *mode, console)
-                 : saveRun(arguments.paths(), *pattern, *mode, console);
+    return isDry ? previewRun(arguments, *pattern, *mode, console) : saveRun(arguments, *pattern, *mode, console);
 }
 
 } // namespace
@@ -72,7 +72,7 @@ Command extractCommand()
         "other fields stay. %1 artist, %2 album, %3 title, %4 track, %5 year, %6 genre, %7 comment; %0 skips text. A\n"
         "value ends where the pattern's next text first occurs; of the text at the pattern's end only the first\n"
         "character counts. A file whose name does not fit is left as it is, with a warning.",
-        u"FILE", true, {PatternOption, ModeOption, DryRunOption, JsonOption}, runExtract};
+        u"FILE", true, {PatternOption, ModeOption, ForceOption, DryRunOption, JsonOption}, runExtract};
 }
 
 } // namespace ravlin::cli

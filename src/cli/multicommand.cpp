@@ -71,11 +71,13 @@ int previewRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &c
 {
     RecordWriter writer(
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), previewColumns());
-    SavingRun run(mode);
+    SavingRun run(mode, arguments);
     for (const QString &path : arguments.paths()) {
         const Result<TagRecord> record = edit.prepare(path, run.store());
         if (!record) {
             console.fail(path, record.error());
+            if (isRefusal(record.error().code))
+                continue;
             break; // as the real run does
         }
         writer.write(previewRecord(path, *record, isLongName(platform::nameOf(path)), true));
@@ -85,9 +87,10 @@ int previewRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &c
     return console.status();
 }
 
-int saveRun(const QStringList &paths, MultiEdit &edit, int mode, Console &console)
+int saveRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &console)
 {
-    SavingRun run(mode);
+    const QStringList &paths = arguments.paths();
+    SavingRun run(mode, arguments);
     const auto warn = [&console](
                           const QString &path, const TagRecord &record) { warnOfTextsNotSaved(path, record, console); };
     const BatchOutcome outcome = runMultiEdit(paths, edit, run.store(), run.state(), run.preparing(), warn);
@@ -107,7 +110,7 @@ int runMulti(const Arguments &arguments, Console &console)
     if (!mode)
         return mode.error();
     MultiEdit edit(*page);
-    return isDry ? previewRun(arguments, edit, *mode, console) : saveRun(arguments.paths(), edit, *mode, console);
+    return isDry ? previewRun(arguments, edit, *mode, console) : saveRun(arguments, edit, *mode, console);
 }
 
 } // namespace
@@ -116,13 +119,15 @@ Command multiCommand()
 {
     std::vector<Option> options;
     std::ranges::transform(Fields, std::back_inserter(options), &Field::option);
-    for (const Option &option : {CaseOption, ReplaceOption, ModeOption, DryRunOption, JsonOption})
+    for (const Option &option : {CaseOption, ReplaceOption, ModeOption, ForceOption, DryRunOption, JsonOption})
         options.push_back(option);
     return {u"multi", u"set fields of many files at once and number them",
         u"Sets the fields given in every file's tag and keeps all others. A conversion works on title, artist, album "
         u"and\n"
-        "comment of every file, and on the texts given; the case is converted first. The first file that fails ends\n"
-        "the run: those behind it stay as they are.",
+        "comment of every file, and on the texts given; the case is converted first. The first file that cannot be\n"
+        "read or written ends the run: those behind it stay as they are. One that is no MP3 file is passed over and "
+        u"gets no\n"
+        "number.",
         u"FILE", true, std::move(options), runMulti};
 }
 

@@ -48,9 +48,10 @@ tl::expected<FieldTexts, UsageError> givenFields(const Arguments &arguments)
 class Tagger
 {
 public:
-    Tagger(Console &console, FieldTexts fields, int mode) : m_console(console), m_fields(std::move(fields))
+    Tagger(Console &console, FieldTexts fields, int mode, bool force) : m_console(console), m_fields(std::move(fields))
     {
         m_state.tagSaveMode = mode;
+        m_state.writesAnyContent = force;
     }
 
     void warnOfGivenTexts()
@@ -71,7 +72,7 @@ public:
 private:
     Result<void> change(const QString &path)
     {
-        Result<TagRecord> record = m_store.readRecordLeniently(path);
+        Result<TagRecord> record = m_store.readForSaving(path);
         if (!record)
             return tl::unexpected(record.error());
         for (const auto &[field, text] : m_fields)
@@ -115,7 +116,7 @@ int runTag(const Arguments &arguments, Console &console)
     const ModeOrStatus mode = modeFor(u"tag"_s, arguments, console);
     if (!mode)
         return mode.error();
-    Tagger tagger(console, std::move(*fields), *mode);
+    Tagger tagger(console, std::move(*fields), *mode, arguments.has(ForceOption.name));
     tagger.warnOfGivenTexts();
     for (const QString &path : arguments.paths())
         tagger.tag(path);
@@ -132,6 +133,7 @@ int runStrip(const Arguments &arguments, Console &console)
     if (!stripsV1 && !stripsV2)
         return console.refuse(u"strip"_s, u"--v1, --v2 or both must be given"_s);
     ProgramState state;
+    state.writesAnyContent = arguments.has(ForceOption.name);
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     TagStore store(state, fileSystem);
     FolderCleaner cleaner(fileSystem);
@@ -152,7 +154,7 @@ int runStrip(const Arguments &arguments, Console &console)
 
 Command tagCommand()
 {
-    std::vector<Option> options{ModeOption};
+    std::vector<Option> options{ModeOption, ForceOption};
     std::ranges::transform(Fields, std::back_inserter(options), &Field::option);
     return {u"tag", u"change the tags of files",
         u"Reads each file's tag, sets the fields given and saves it. An empty text removes a field; so does a year, "
@@ -166,7 +168,7 @@ Command stripCommand()
 {
     return {u"strip", u"remove the ID3v1 or the ID3v2 tags of files",
         u"Removes tags from each file. A read-only file is left alone; a file without such a tag is no error.", u"FILE",
-        true, {V1Option, V2Option}, runStrip};
+        true, {V1Option, V2Option, ForceOption}, runStrip};
 }
 
 } // namespace ravlin::cli

@@ -20,6 +20,8 @@ namespace ravlin::cli {
 
 inline constexpr Option ModeOption{
     u"--mode", u"1..5", u"which tags to write; without it as chosen in the program, at first 2"};
+inline constexpr Option ForceOption{
+    u"--force", {}, u"write into files named .mp3 although their content is of another format"};
 inline constexpr Option DryRunOption{u"--dry-run", {}, u"print what would be done and change nothing"};
 
 /// A tag-save mode, or the exit status if there is none.
@@ -51,7 +53,12 @@ private:
 class SavingRun
 {
 public:
-    explicit SavingRun(int mode) { m_state.tagSaveMode = mode; }
+    /// arguments: of a command with ForceOption.
+    SavingRun(int mode, const Arguments &arguments)
+    {
+        m_state.tagSaveMode = mode;
+        m_state.writesAnyContent = arguments.has(ForceOption.name);
+    }
 
     /// Before a file is saved.
     void prepareFor(const QString &path);

@@ -134,6 +134,24 @@ class FoundTest(LookupTest):
         self.assertEqual({(tag["album"], tag["year"], tag["genre"], tag["comment"]) for tag in shown},
                          {("Harbour Songs", "1987", "Pop", "mine")})
 
+    def test_apply_writes_only_mp3_files(self):
+        server = self.serve()
+        paths = self.files(HARBOUR)
+        picture = b"\x89PNG\r\n\x1a\n" + bytes(2000000) + track(HARBOUR[1] - HARBOUR[0])
+        self.make("1.mp3", picture)
+        os.rename(paths[2], paths[2][:-1] + b"2")
+        paths[2] = paths[2][:-1] + b"2"
+        other = self.read(paths[2])
+        for force in ((), ("--force",)):
+            result = self.run_cli("lookup", "--apply", *force, "--server", server.address, *paths)
+            self.assertEqual(result.returncode, 1)
+            refused = [line.split(b": ")[1] for line in result.stderr.splitlines()]
+            self.assertEqual(refused, paths[2:] if force else [paths[0], paths[2]])
+            self.assertEqual(self.read(paths[0]).endswith(picture), True)
+            self.assertEqual(self.read(paths[0]).startswith(b"ID3"), bool(force))
+            self.assertEqual(self.show(paths[1])["title"], "Phare")
+            self.assertEqual(self.read(paths[2]), other)
+
     def test_letters_of_all_languages(self):
         server = self.serve()
         paths = self.files(LIBRARY)

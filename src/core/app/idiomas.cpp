@@ -135,6 +135,10 @@ QString Captions::errorText(ErrorCode code) const
         return text(Text::ErrorIntoItself);
     case ErrorCode::NoTrash:
         return text(Text::ErrorNoTrash);
+    case ErrorCode::NotMp3Name:
+        return text(Text::ErrorNotMp3Name);
+    case ErrorCode::NotMp3Content:
+        return text(Text::ErrorNotMp3Content);
     }
     Q_UNREACHABLE();
     return {};

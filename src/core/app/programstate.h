@@ -76,7 +76,8 @@ struct ProgramState
     QString currentFolderAsChosen; ///< the same path as it was chosen, without a separator added
     qint64 freeMegabytes = 0;      ///< free space on the current folder's drive, in whole units of 1024 * 1024 bytes
     int tagSaveMode = DefaultTagSaveMode;
-    bool cancelled = false; ///< a save was refused for want of space; batches take no further file
+    bool cancelled = false;        ///< a save was refused for want of space; batches take no further file
+    bool writesAnyContent = false; ///< tags go into files named ".mp3" whatever their content is
     PreviewMode previewMode = PreviewMode::None;
     FurtherOptions options; ///< how tags are written, what the file list shows and does
 };

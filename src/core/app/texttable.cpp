@@ -54,6 +54,14 @@ constexpr std::array<Row, TextCount> Rows{{
                                 u"un dossier ne peut pas être mis dans lui-même ni dans un de ses sous-dossiers"}},
     {Text::ErrorNoTrash,
         {u"this drive has no trash", u"esta unidad no tiene papelera", u"ce disque n'a pas de corbeille"}},
+    {Text::ErrorNotMp3Name, {u"only mp3 files are changed, and the file's own name does not end in .mp3",
+                                u"solo se modifican archivos mp3, y el nombre propio del archivo no termina en .mp3",
+                                u"seuls les fichiers mp3 sont modifiés, et le nom propre du fichier ne se termine pas "
+                                u"par .mp3"}},
+    {Text::ErrorNotMp3Content, {u"only mp3 files are changed, and the file's content is of another format",
+                                   u"solo se modifican archivos mp3, y el contenido del archivo es de otro formato",
+                                   u"seuls les fichiers mp3 sont modifiés, et le contenu du fichier est d'un autre "
+                                   u"format"}},
     // %1: a number above 1
     {Text::HintManyFiles, {u"goes into %1 files", u"se guarda en %1 archivos", u"ira dans %1 fichiers"}},
     {Text::HintNoFile, {u"no file is selected", u"ningún archivo seleccionado", u"aucun fichier sélectionné"}},

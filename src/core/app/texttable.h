@@ -30,6 +30,8 @@ enum class Text
     ErrorCancelled,
     ErrorIntoItself,
     ErrorNoTrash,
+    ErrorNotMp3Name,
+    ErrorNotMp3Content,
     HintManyFiles,
     HintNoFile,
     HintNothingChosen,

@@ -73,7 +73,7 @@ bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &
 
 Result<Extraction> prepareExtraction(const QString &path, const QString &pattern, const TagStore &store)
 {
-    Result<TagRecord> record = store.readRecordLeniently(path);
+    Result<TagRecord> record = store.readForSaving(path);
     if (!record)
         return tl::unexpected(record.error());
     Extraction extraction{*std::move(record)};

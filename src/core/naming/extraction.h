@@ -32,8 +32,8 @@ struct Extraction
     bool isMatched = false; ///< whether it would be written
 };
 
-/// Reads the file's tag and parses its name; writes nothing. Fails if the tag cannot be read. A genre number above 125
-/// is not a failure.
+/// Reads the file's tag and parses its name; writes nothing. Fails if the tag cannot be read or may not be written. A
+/// genre number above 125 is not a failure.
 Result<Extraction> prepareExtraction(const QString &path, const QString &pattern, const TagStore &store);
 
 struct ExtractionOutcome

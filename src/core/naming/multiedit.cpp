@@ -63,8 +63,10 @@ void MultiEdit::applyBoxes(TagRecord &record, qint64 track) const
 
 Result<TagRecord> MultiEdit::prepare(const QString &path, const TagStore &store)
 {
+    Result<TagRecord> record = store.readForSaving(path);
+    if (!record && isRefusal(record.error().code))
+        return record; // it is no song, so the next one gets the number
     const qint64 track = m_nextTrack++;
-    Result<TagRecord> record = store.readRecordLeniently(path);
     if (!record)
         return record;
     convert(ConversionKind::Case, m_page.letterCase, *record);

@@ -3,6 +3,7 @@
 
 #include "core/naming/extraction.h"
 #include "core/naming/filename.h"
+#include "core/platform/namecheck.h"
 #include "core/platform/path.h"
 #include "core/tags/record/genres.h"
 #include "core/tags/store/tagstore.h"
@@ -53,6 +54,9 @@ PreviewRow previewExtraction(const QString &path, const QString &pattern, const 
 
 PreviewRow previewRenaming(const QString &path, const NamingRule &rule, const TagStore &store)
 {
+    // Its last four characters would go, whatever they are, and it would pass for music.
+    if (!platform::isMp3Name(path))
+        return unreadableRow(path, Error{ErrorCode::NotMp3Name, path, {}});
     Result<TagRecord> record = store.readRecordLeniently(path);
     if (!record)
         return unreadableRow(path, record.error());

@@ -22,19 +22,20 @@ struct PreviewRow
 {
     QString path; ///< the file
     /// Extraction: the file's name. Renaming: its new name with the extension, in its own folder unless separators lead
-    /// elsewhere; the present name if the tag can't be read. Not for finding a file: show it by shownName().
+    /// elsewhere; the present name of a file with a problem. Not for finding a file: show it by shownName().
     QString name;
     /// Extraction: the file's tag with what was taken from its name, also where the match failed half way. Renaming:
-    /// the file's tag. Of a file that cannot be read all texts are empty.
+    /// the file's tag. Of a file with a problem all texts are empty.
     TagRecord record;
     bool isLongName = false;      ///< name has 65 characters or more
     bool isUntouched = false;     ///< the run would leave the file as it is: nothing fits, or the name stays
-    std::optional<Error> problem; ///< the file cannot be read, and why
+    std::optional<Error> problem; ///< the file cannot be read or is refused, and why
 
     bool isUnreadable() const { return problem.has_value(); }
 };
 
 PreviewRow previewExtraction(const QString &path, const QString &pattern, const TagStore &store);
+/// Refuses a file whose own name does not end in ".mp3" (NotMp3Name); of a link the link's name counts.
 PreviewRow previewRenaming(const QString &path, const NamingRule &rule, const TagStore &store);
 
 /// One row a file, in their order. May run on any thread that has the store to itself.

@@ -30,7 +30,15 @@ enum class ErrorCode
     Cancelled,        ///< the user stopped it
     IntoItself,       ///< a folder cannot be put into itself
     NoTrash,          ///< the drive has no trash
+    NotMp3Name,       ///< refused: the file's own name does not end in ".mp3"
+    NotMp3Content,    ///< refused: the file's content is of another format
 };
+
+/// Whether the program itself refuses the file, without having tried: no sign that the next one would fail too.
+inline bool isRefusal(ErrorCode code)
+{
+    return code == ErrorCode::NotMp3Name || code == ErrorCode::NotMp3Content;
+}
 
 /// An error as a value: a code to branch on, the file concerned, and detail in plain English for logs.
 struct Error

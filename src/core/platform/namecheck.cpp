@@ -58,6 +58,11 @@ std::optional<NameProblem> problemOf(const QString &name, NameKind kind)
 
 } // namespace
 
+bool isMp3Name(QStringView name)
+{
+    return name.endsWith(u".mp3", Qt::CaseInsensitive);
+}
+
 qsizetype nameLength(const QString &name)
 {
     return Separator == u'\\' ? name.size() : encodePath(name).size();

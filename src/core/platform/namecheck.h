@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 
 #include <optional>
 
@@ -25,6 +26,9 @@ enum class NameProblem
     TooLong,      ///< more than MaxNameLength
     LeadsOutside, ///< a value's text, not the pattern's own, leads out of the folder
 };
+
+/// Whether a file's name, or a path's, says that it is music: it ends in ".mp3" in any case.
+bool isMp3Name(QStringView name);
 
 /// In UTF-16 units on Windows, in bytes elsewhere.
 inline constexpr int MaxNameLength = 255;

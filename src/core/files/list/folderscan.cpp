@@ -3,6 +3,7 @@
 
 #include "core/files/list/folderreading.h"
 #include "core/platform/folder.h"
+#include "core/platform/namecheck.h"
 #include "core/storage/saferename.h"
 #include "core/storage/safewrite.h"
 
@@ -20,8 +21,8 @@ using FolderIdentity = std::pair<quint64, quint64>;
 
 bool isListed(const platform::FolderEntry &entry)
 {
-    return entry.kind == platform::EntryKind::File && !entry.isHidden &&
-           entry.name.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive) && !storage::isLeftoverName(entry.name);
+    return entry.kind == platform::EntryKind::File && !entry.isHidden && platform::isMp3Name(entry.name) &&
+           !storage::isLeftoverName(entry.name);
 }
 
 QStringList subfolders(

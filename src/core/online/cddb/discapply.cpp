@@ -28,7 +28,7 @@ BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc
     size_t next = 0; // count, since the same path may be there twice
     const auto save = [&](const QString &path) -> Result<void> {
         const DiscRow &row = files[next++].row;
-        Result<TagRecord> record = tagStore.readRecordLeniently(path);
+        Result<TagRecord> record = tagStore.readForSaving(path);
         if (!record)
             return tl::unexpected(record.error());
         applyDisc(*record, disc, row);

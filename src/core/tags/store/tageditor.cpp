@@ -41,16 +41,14 @@ void PageSave::convertPage()
 
 Result<void> PageSave::save(const QString &path)
 {
-    TagRecord record;
-    if (Result<void> read = m_store.ReadTag(path, record); !read && read.error().code != ErrorCode::GenreOutOfRange)
-        return read;
+    const Result<TagRecord> present = m_store.readForSaving(path);
+    if (!present)
+        return tl::unexpected(present.error());
     if (m_convert)
         convertPage();
-    const bool hasV1 = record.HasV1;
-    const bool hasV2 = record.HasV2;
-    record = m_page;
-    record.HasV1 = hasV1;
-    record.HasV2 = hasV2;
+    TagRecord record = m_page;
+    record.HasV1 = present->HasV1;
+    record.HasV2 = present->HasV2;
     return m_store.SaveTag(path, record);
 }
 

@@ -44,8 +44,9 @@ public:
     /// page before each file; may be empty.
     PageSave(TagStore &store, TagRecord page, Conversion convert = {});
 
-    /// Reads the file's tag, converts the page and saves it. A file whose tag cannot be read is an error and leaves the
-    /// page unchanged; a genre number above 125 is not an error. Other errors are those of TagStore::SaveTag.
+    /// Reads the file's tag, converts the page and saves it. A file whose tag cannot be read, or that may not be
+    /// written, is an error and leaves the page unchanged; a genre number above 125 is not an error. Other errors are
+    /// those of TagStore::SaveTag.
     Result<void> save(const QString &path);
 
     const TagRecord &page() const { return m_page; }

@@ -2,6 +2,7 @@
 #include "core/tags/store/tagobject.h"
 
 #include "core/tags/record/genres.h"
+#include "core/tags/store/writerule.h"
 
 namespace ravlin {
 
@@ -11,7 +12,7 @@ using storage::WriteOutcome;
 
 namespace {
 
-using Content = Result<std::optional<std::vector<Segment>>>;
+using NewContent = Result<std::optional<std::vector<Segment>>>;
 
 Error withPath(Error error, const QString &path)
 {
@@ -144,7 +145,7 @@ Result<WriteOutcome> TagObject::SaveV1Tag(const WriteOptions &options)
     const QByteArray block = id3::buildV1(fields, m_v1.value_or(QByteArray()));
     const qint64 audioEnd = m_info.size - (m_v1 ? id3::V1Size : 0);
     if (m_v1 && block == *m_v1)
-        return write(Content(std::nullopt), options);
+        return write(NewContent(std::nullopt), options);
     return write(std::vector<Segment>{Segment::kept(0, audioEnd), Segment::fresh(block)}, options);
 }
 
@@ -160,14 +161,14 @@ Result<WriteOutcome> TagObject::StripV1Tag(const WriteOptions &options)
         block = std::move(*before);
     }
     if (end == m_info.size)
-        return write(Content(std::nullopt), options);
+        return write(NewContent(std::nullopt), options);
     return write(std::vector<Segment>{Segment::kept(0, end)}, options);
 }
 
 Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVersion)
 {
     if (!m_file)
-        return write(Content(std::nullopt), options);
+        return write(NewContent(std::nullopt), options);
     // What only ID3v1 has goes into ID3v2 too: put every property. A put of the same value changes nothing.
     id3::FieldEdits edits = m_edits;
     for (const FrameKind kind : {FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album, FrameKind::Year,
@@ -188,20 +189,40 @@ Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVe
 Result<WriteOutcome> TagObject::StripV2Tag(const WriteOptions &options)
 {
     if (!m_file)
-        return write(Content(std::nullopt), options);
+        return write(NewContent(std::nullopt), options);
     return write(id3::composeStrip(*m_file, m_info.size, m_info.size - (m_v1 ? id3::V1Size : 0)), options);
 }
 
-Result<WriteOutcome> TagObject::write(const Content &content, const WriteOptions &options)
+/// The path of the file itself, every link resolved, if the file may be written. Its content is judged by the handle;
+/// that the path still leads to the same file is checked by rewriteFile.
+Result<QString> TagObject::writtenPath()
 {
     if (!m_file)
         return tl::unexpected(Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no file is linked")});
+    Result<QString> path = m_fileSystem.canonicalPath(m_path);
+    if (!path)
+        return path;
+    Result<void> allowed = checkMp3Name(*path);
+    if (allowed && m_content == Content::Checked) {
+        platform::FileSource source(*m_file, m_info.size);
+        allowed = checkMp3Content(source);
+    }
+    if (!allowed)
+        return tl::unexpected(withPath(allowed.error(), *path));
+    return path;
+}
+
+Result<WriteOutcome> TagObject::write(const NewContent &content, const WriteOptions &options)
+{
+    const Result<QString> path = writtenPath();
+    if (!path)
+        return tl::unexpected(path.error());
     if (!content)
         return tl::unexpected(withPath(content.error(), m_path));
     if (!*content)
         return WriteOutcome::Unchanged;
     m_file.reset(); // some file systems of Windows don't replace an open file
-    Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, m_path, m_info, **content, options);
+    Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, *path, m_info, **content, options);
     if (outcome && *outcome != WriteOutcome::Unchanged) {
         Close(); // what was parsed is no longer what the file holds
         return outcome;

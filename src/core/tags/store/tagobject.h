@@ -17,12 +17,24 @@ namespace ravlin {
 /// ID3v1's. Puts and removals are collected until SaveV1Tag or SaveV2Tag writes all properties into one tag kind.
 /// Whatever no put or removal touches stays as it is, byte for byte.
 ///
+/// Writes only into files that the rule of writerule.h allows; a link is followed to the file itself, whose name
+/// counts.
+///
 /// For one operation: Link, read or put, save or strip, Close. A save that wrote closes the object, because the file is
 /// no longer what was parsed. One thread at a time.
 class TagObject
 {
 public:
-    explicit TagObject(platform::FileSystem &fileSystem) : m_fileSystem(fileSystem) {}
+    enum class Content
+    {
+        Checked,
+        Any ///< the user insists: the content is not looked at
+    };
+
+    explicit TagObject(platform::FileSystem &fileSystem, Content content = Content::Checked)
+        : m_fileSystem(fileSystem), m_content(content)
+    {
+    }
 
     /// Attaches to a file and parses its tags. Errors: NotFound, NotAFile, AccessDenied, Io.
     Result<void> Link(const QString &path);
@@ -56,9 +68,15 @@ public:
     /// The parsed ID3v2 frames in the tag's order. Empty without ID3v2.
     const std::vector<id3::Frame> &frames() const;
 
+    /// Whether the linked file may be written. Errors: NotMp3Name, NotMp3Content, and those of reading.
+    Result<void> checkWritable()
+    {
+        return writtenPath().map([](const QString &) {});
+    }
+
     /// Writes the properties into one tag kind, or removes one: all ID3v2 tags that follow each other at the start of
-    /// the file, all ID3v1 tags at its end. Errors: BrokenTag, TooLarge, and those of storage::rewriteFile; the file is
-    /// then unchanged.
+    /// the file, all ID3v1 tags at its end. Errors: those of checkWritable, BrokenTag, TooLarge, and those of
+    /// storage::rewriteFile; the file is then unchanged.
     Result<storage::WriteOutcome> SaveV1Tag(const storage::WriteOptions &options = {});
     Result<storage::WriteOutcome> StripV1Tag(const storage::WriteOptions &options = {});
     /// newVersion: 3 or 4, for an ID3v2.3 or 2.4 tag in a file without ID3v2. An existing tag keeps its version.
@@ -70,10 +88,12 @@ private:
     const id3::FieldEdit *edit(FrameKind kind) const;
     QString text(FrameKind kind) const;
     Result<void> parse();
+    Result<QString> writtenPath();
     Result<storage::WriteOutcome> write(
         const Result<std::optional<std::vector<storage::Segment>>> &content, const storage::WriteOptions &options);
 
     platform::FileSystem &m_fileSystem;
+    const Content m_content;
     QString m_path;
     std::unique_ptr<platform::File> m_file;
     platform::FileInfo m_info;

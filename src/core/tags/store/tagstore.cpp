@@ -84,14 +84,8 @@ QString kindsOfMode(int mode)
     }
 }
 
-} // namespace
-
-Result<void> TagStore::ReadTag(const QString &path, TagRecord &record) const
+Result<void> takeRecord(const TagObject &object, const QString &path, TagRecord &record)
 {
-    record = TagRecord{};
-    TagObject object(m_fileSystem);
-    if (Result<void> linked = object.Link(path); !linked)
-        return linked;
     record.HasV1 = object.HasV1Tag();
     record.HasV2 = object.HasV2Tag();
     record.Artist = object.Artist();
@@ -115,16 +109,51 @@ Result<void> TagStore::ReadTag(const QString &path, TagRecord &record) const
     return {};
 }
 
+Result<TagRecord> leniently(const Result<void> &read, TagRecord record)
+{
+    if (read)
+        return record;
+    if (read.error().code != ErrorCode::GenreOutOfRange)
+        return tl::unexpected(read.error());
+    if (record.Track == QStringLiteral("0"))
+        record.Track.clear();
+    return record;
+}
+
+} // namespace
+
+Result<void> TagStore::ReadTag(const QString &path, TagRecord &record) const
+{
+    record = TagRecord{};
+    TagObject object = newObject();
+    if (Result<void> linked = object.Link(path); !linked)
+        return linked;
+    return takeRecord(object, path, record);
+}
+
 Result<TagRecord> TagStore::readRecordLeniently(const QString &path) const
 {
     TagRecord record;
-    if (Result<void> read = ReadTag(path, record); !read) {
-        if (read.error().code != ErrorCode::GenreOutOfRange)
-            return tl::unexpected(read.error());
-        if (record.Track == QStringLiteral("0"))
-            record.Track.clear();
-    }
-    return record;
+    const Result<void> read = ReadTag(path, record);
+    return leniently(read, std::move(record));
+}
+
+Result<TagRecord> TagStore::readForSaving(const QString &path) const
+{
+    TagObject object = newObject();
+    Result<void> allowed = object.Link(path);
+    if (allowed)
+        allowed = object.checkWritable();
+    if (!allowed)
+        return tl::unexpected(allowed.error());
+    TagRecord record;
+    const Result<void> read = takeRecord(object, path, record);
+    return leniently(read, std::move(record));
+}
+
+TagObject TagStore::newObject() const
+{
+    return TagObject(m_fileSystem, m_state.writesAnyContent ? TagObject::Content::Any : TagObject::Content::Checked);
 }
 
 Result<void> TagStore::checkFreeSpace(const QString &path)
@@ -157,7 +186,7 @@ Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord
     const Result<platform::FileInfo> info = m_fileSystem.info(path);
     if (!info)
         return tl::unexpected(info.error());
-    TagObject object(m_fileSystem);
+    TagObject object = newObject();
     if (Result<void> linked = object.Link(path); !linked)
         return tl::unexpected(linked.error());
     putRecord(object, record);
@@ -178,7 +207,7 @@ WriteOptions TagStore::writeOptions() const
 
 Result<void> TagStore::RemoveV1(const QString &path)
 {
-    TagObject object(m_fileSystem);
+    TagObject object = newObject();
     if (Result<void> linked = object.Link(path); !linked)
         return linked;
     return object.StripV1Tag(writeOptions()).map([](WriteOutcome) {});
@@ -186,7 +215,7 @@ Result<void> TagStore::RemoveV1(const QString &path)
 
 Result<void> TagStore::RemoveV2(const QString &path)
 {
-    TagObject object(m_fileSystem);
+    TagObject object = newObject();
     if (Result<void> linked = object.Link(path); !linked)
         return linked;
     return object.StripV2Tag(writeOptions()).map([](WriteOutcome) {});

@@ -12,13 +12,15 @@ namespace ravlin {
 class TagObject;
 
 /// The program's only access to the tags of MP3 files: reads a file's tag into a TagRecord, writes a TagRecord by the
-/// tag-save mode, removes one tag kind. Each operation opens the file anew and stops at its first error, without
-/// undoing what it has done. Callers decide whether to show an error.
+/// tag-save mode, removes one tag kind. Reads every file, but writes only MP3 files (see writerule.h). Each operation
+/// opens the file anew and stops at its first error, without undoing what it has done. Callers decide whether to show
+/// an error.
 class TagStore
 {
 public:
     /// state provides the tag-save mode, the options for writing (version of new ID3v2 tags, whether files keep their
-    /// modification time) and the free space of the current drive, and receives the cancelled flag.
+    /// modification time), whether any content may be written into, and the free space of the current drive, and
+    /// receives the cancelled flag.
     TagStore(ProgramState &state, platform::FileSystem &fileSystem) : m_state(state), m_fileSystem(fileSystem) {}
 
     /// Fills the whole record from the file. If opening or reading fails all texts are empty. GenreOutOfRange: the
@@ -27,6 +29,8 @@ public:
     /// The record for rules that work on tag values. Unlike ReadTag, a genre number above 125 is not an error, and a
     /// missing track is always empty.
     Result<TagRecord> readRecordLeniently(const QString &path) const;
+    /// The same of a file that is to be saved. Also fails if the file may not be written (NotMp3Name, NotMp3Content).
+    Result<TagRecord> readForSaving(const QString &path) const;
 
     /// Writes the record into the tag kinds of the tag-save mode; any mode but 1 to 5 writes nothing. LowSpace, with
     /// the cancelled flag set: the drive has less free space than the file's size and 5 MB, and nothing was written. A
@@ -41,6 +45,7 @@ public:
     Result<void> RemoveV2(const QString &path);
 
 private:
+    TagObject newObject() const;
     storage::WriteOptions writeOptions() const;
     Result<void> checkFreeSpace(const QString &path);
 
