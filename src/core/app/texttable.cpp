@@ -229,6 +229,8 @@ constexpr std::array<Row, TextCount> Rows{{
                             u"annulés\u00a0: %1\u00a0; non annulés\u00a0: %2"}},
     {Text::OutcomeUntouched,
         {u"not begun, it is as it was", u"no se empezó, está como estaba", u"pas commencé, tel qu'il était"}},
+    {Text::OutcomeRefused,
+        {u"files left as they are: %1", u"archivos sin cambios: %1", u"fichiers laissés tels quels\u00a0: %1"}},
     {Text::OutcomeSkipped, {u"skipped", u"omitido", u"ignoré"}},
     {Text::OutcomeLost, {u"moved back; the file that it had replaced is lost",
                             u"devuelto a su sitio; el archivo que reemplazó se perdió",

@@ -101,6 +101,7 @@ enum class Text
     OutcomeRename,
     OutcomeUndo,
     OutcomeUntouched,
+    OutcomeRefused,
     OutcomeSkipped,
     OutcomeLost,
     UndoImpossible,

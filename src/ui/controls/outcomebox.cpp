@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/controls/outcomebox.h"
 
+#include "core/app/batch.h"
 #include "core/app/idiomas.h"
+#include "core/files/list/listcolumns.h"
+#include "core/platform/path.h"
 
 #include <QLabel>
 #include <QListWidget>
@@ -53,6 +56,21 @@ OutcomeBox::OutcomeBox(const Captions &captions, const QString &headline, const 
     rows->addWidget(list, 1);
     rows->addWidget(ok, 0, Qt::AlignRight);
     setAccessibleDescription(headline);
+}
+
+void tellRefused(const Captions &captions, const QStringList &paths, const BatchOutcome &outcome, QWidget *parent)
+{
+    QStringList lines;
+    for (qsizetype row = 0; row < outcome.takenCount(); ++row) {
+        const Error *error = outcome.error(row);
+        if (error != nullptr && isRefusal(error->code))
+            lines << shownName(platform::nameOf(paths[row])) + QStringLiteral(": ") + captions.errorText(error->code);
+    }
+    if (lines.isEmpty())
+        return;
+    auto *box = new OutcomeBox(captions, captions.text(Text::OutcomeRefused).arg(lines.size()), lines, parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
 }
 
 } // namespace ravlin

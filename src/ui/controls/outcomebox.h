@@ -6,6 +6,7 @@
 
 namespace ravlin {
 
+class BatchOutcome;
 class Captions;
 
 /// Shows what an operation over many files did and, in one line each, what it did not do and why.
@@ -16,5 +17,9 @@ class OutcomeBox : public QDialog
 public:
     OutcomeBox(const Captions &captions, const QString &headline, const QStringList &lines, QWidget *parent);
 };
+
+/// Shows which files of a batch the program refused to write (isRefusal), and why. Shows nothing if there is none:
+/// other failures of such a batch stay silent.
+void tellRefused(const Captions &captions, const QStringList &paths, const BatchOutcome &outcome, QWidget *parent);
 
 } // namespace ravlin

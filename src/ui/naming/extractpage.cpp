@@ -8,6 +8,7 @@
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
+#include "ui/controls/outcomebox.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
 #include "ui/naming/preview.h"
@@ -115,6 +116,7 @@ void ExtractPage::run()
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();
     Q_EMIT finished();
+    tellRefused(m_context.captions, paths, outcome.rows, window());
 }
 
 void ExtractPage::showPreview()

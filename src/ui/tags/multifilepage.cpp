@@ -10,6 +10,7 @@
 #include "ui/controls/conversionbox.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
+#include "ui/controls/outcomebox.h"
 #include "ui/tags/digitsedit.h"
 
 #include <QCheckBox>
@@ -229,6 +230,7 @@ void MultiFilePage::run()
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();
     Q_EMIT finished();
+    tellRefused(m_context.captions, paths, outcome, window());
 }
 
 } // namespace ravlin

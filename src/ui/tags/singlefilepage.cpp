@@ -10,6 +10,7 @@
 #include "ui/controls/elidedlabel.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
+#include "ui/controls/outcomebox.h"
 #include "ui/tags/digitsedit.h"
 #include "ui/tags/streampanel.h"
 
@@ -284,6 +285,7 @@ void SingleFilePage::save()
     if (outcome.hasError(ErrorCode::LowSpace))
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     listAgain();
+    tellRefused(m_context.captions, paths, outcome, window());
 }
 
 void SingleFilePage::step(qsizetype rows)
@@ -299,14 +301,17 @@ void SingleFilePage::removeTag(Caption caption, Result<void> (TagStore::*remove)
     if (!m_context.owner.ask(m_context.captions.text(caption) + u'?'))
         return;
     TagStore &store = m_context.tagStore;
+    BatchOutcome outcome;
     const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
-        // Skip files that fail, without a message.
-        (void)runBatch(
+        // Skip files that fail, without a message unless they were refused.
+        outcome = runBatch(
             paths, m_context.state, progress, [&store, remove](const QString &path) { return (store.*remove)(path); },
             RowByRowPolicy);
     });
-    if (ran)
-        listAgain();
+    if (!ran)
+        return;
+    listAgain();
+    tellRefused(m_context.captions, paths, outcome, window());
 }
 
 void SingleFilePage::listAgain()

@@ -211,6 +211,21 @@ private Q_SLOTS:
         QCOMPARE(m_owner.events, QStringList{u"run"_s});
     }
 
+    void aRefusedFileIsToldOf()
+    {
+        addFile(u"A - B.mp3"_s);
+        const QString other = at(u"C - D.mp3"_s);
+        writeFile(musicFolder(), u"C - D.mp3"_s, picture());
+        m_owner.selected.insert(m_owner.rows.size());
+        m_owner.rows << other;
+        pattern()->setEditText(u"%1 - %3"_s);
+        control<QPushButton>(m_page.get(), u"extrae"_s)->click();
+        QCOMPARE(toldRefusals(m_page.get()), (QStringList{u"files left as they are: 1"_s,
+                                                 u"C - D.mp3: "_s + m_captions.errorText(ErrorCode::NotMp3Content)}));
+        QCOMPARE(read(m_owner.rows.at(0)).Artist, u"A"_s);
+        QCOMPARE(readFile(other), picture());
+    }
+
     void captionsInThreeLanguages_data()
     {
         QTest::addColumn<QString>("language");

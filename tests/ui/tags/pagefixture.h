@@ -11,8 +11,10 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
 #include <QTemporaryDir>
 
@@ -20,6 +22,12 @@
 #include <tuple>
 
 namespace ravlin::test {
+
+/// A picture that somebody named like a song.
+inline QByteArray picture()
+{
+    return QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16) + QByteArray(1000, '\0');
+}
 
 /// What every page of a working mode needs: a folder for real files, a list that starts empty, and settings of its own.
 class PageFixture : public QObject
@@ -60,6 +68,21 @@ protected:
     {
         m_captions.setLanguageName(language);
         m_captions.fill();
+    }
+
+    /// What the box says that tells of refused files: its headline and its lines. Empty if there is no such box. Closes
+    /// it.
+    static QStringList toldRefusals(const QWidget *page)
+    {
+        auto *box = page->window()->findChild<QDialog *>(QStringLiteral("outcome"));
+        if (!box || !box->isVisible())
+            return {};
+        QStringList texts{box->findChild<QLabel *>(QStringLiteral("outcomeHeadline"))->text()};
+        const auto *lines = box->findChild<QListWidget *>(QStringLiteral("outcomeLines"));
+        for (int row = 0; row < lines->count(); ++row)
+            texts << lines->item(row)->text();
+        delete box;
+        return texts;
     }
 
     template <typename Control = QWidget>

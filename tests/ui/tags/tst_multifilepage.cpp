@@ -228,6 +228,18 @@ private Q_SLOTS:
         QCOMPARE(read(0).Album, u"album 1"_s);
     }
 
+    void aRefusedFileIsToldOfAndGetsNoNumber()
+    {
+        addFiles(3);
+        writeFile(m_folder->path(), u"2.mp3"_s, picture());
+        tick("chmpista");
+        press("multiple");
+        QCOMPARE(toldRefusals(m_page.get()), (QStringList{u"files left as they are: 1"_s,
+                                                 u"2.mp3: "_s + m_captions.errorText(ErrorCode::NotMp3Content)}));
+        QCOMPARE(tracks(), (QStringList{u"1"_s, QString(), u"2"_s}));
+        QCOMPARE(readFile(m_owner.rows.at(1)), picture());
+    }
+
     void whileOtherWorkIsUnderWayNothingHappens()
     {
         addFiles(1);

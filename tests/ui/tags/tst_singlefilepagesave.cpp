@@ -2,6 +2,7 @@
 // The page that edits one file's tag, through its real controls over real files: what it saves into which files,
 // removing tags, and what happens when a file fails or space runs out.
 
+#include "support/links.h"
 #include "ui/tags/singlefilepagefixture.h"
 
 #include <QFile>
@@ -288,6 +289,57 @@ private Q_SLOTS:
         press("edita");
         QCOMPARE(read(path).Title, u"x"_s);
         QVERIFY(!(QFile::permissions(path) & QFile::WriteOwner));
+    }
+
+    void aRefusedFileIsToldOfAndTheOthersAreSaved()
+    {
+        addFile(u"1.mp3"_s);
+        addFile(u"2.mp3"_s, picture());
+        addFile(u"3.mp3"_s);
+        clickRow(0);
+        m_owner.selectAll();
+        setText("Ttitulo", u"x"_s);
+        press("edita");
+        QCOMPARE(toldRefusals(m_page.get()), (QStringList{u"files left as they are: 1"_s,
+                                                 u"2.mp3: "_s + m_captions.errorText(ErrorCode::NotMp3Content)}));
+        QCOMPARE(read(m_owner.rows.at(0)).Title, u"x"_s);
+        QCOMPARE(readFile(m_owner.rows.at(1)), picture());
+        QCOMPARE(read(m_owner.rows.at(2)).Title, u"x"_s);
+        QCOMPARE(m_owner.events, (QStringList{u"run"_s, u"refresh"_s}));
+        press("edita");
+        QCOMPARE(toldRefusals(m_page.get()).size(), 2);
+        m_owner.selected = {0, 2};
+        press("edita");
+        QCOMPARE(toldRefusals(m_page.get()), QStringList());
+    }
+
+    void noTagIsRemovedFromARefusedFile()
+    {
+        const QByteArray content = picture() + id3v1({.title = "x"});
+        addFile(u"1.mp3"_s, content);
+        addFile(u"2.mp3"_s, audio() + id3v1({.title = "x"}));
+        clickRow(0);
+        m_owner.selectAll();
+        press("eliminav1");
+        QCOMPARE(toldRefusals(m_page.get()).mid(1),
+            QStringList{u"1.mp3: "_s + m_captions.errorText(ErrorCode::NotMp3Content)});
+        QCOMPARE(readFile(m_owner.rows.at(0)), content);
+        QCOMPARE(readFile(m_owner.rows.at(1)), audio());
+    }
+
+    void aLinkThatLeadsToAnotherFileIsNotWrittenThrough()
+    {
+        const QString secret = writeFile(m_folder->path(), u".profile"_s, "alias ll='ls -l'\n");
+        const QString link = m_folder->filePath(u"Band - Song.mp3"_s);
+        if (!symbolicLink(secret, link))
+            QSKIP("no symbolic links here");
+        m_owner.rows << link;
+        clickRow(0);
+        setText("Ttitulo", u"x"_s);
+        press("edita");
+        QCOMPARE(toldRefusals(m_page.get()).mid(1),
+            QStringList{u"Band - Song.mp3: "_s + m_captions.errorText(ErrorCode::NotMp3Name)});
+        QCOMPARE(readFile(secret), "alias ll='ls -l'\n");
     }
 
     void theFlagOfARefusedSaveDoesNotKeepTagsFromBeingRemoved()
