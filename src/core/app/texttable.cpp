@@ -251,6 +251,9 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::PlaylistWritten, {u"playlist written: %1", u"lista creada: %1", u"playlist créée\u00a0: %1"}},
     {Text::PlaylistNotWritten, {u"the playlist could not be written: %1", u"no se pudo crear la lista: %1",
                                    u"la playlist n'a pas pu être créée\u00a0: %1"}},
+    // %1: a path
+    {Text::TipLinkTarget, {u"a link out of this folder, to %1", u"un enlace fuera de esta carpeta, a %1",
+                              u"un lien hors de ce dossier, vers %1"}},
     // The window of the saved patterns.
     {Text::TitlePatterns, {u"saved patterns", u"patrones guardados", u"modèles enregistrés"}},
     {Text::LabelPatternsOf, {u"&patterns for", u"&patrones para", u"&modèles pour"}},

@@ -115,6 +115,7 @@ enum class Text
     CommandRefresh,
     PlaylistWritten,
     PlaylistNotWritten,
+    TipLinkTarget,
     TitlePatterns,
     LabelPatternsOf,
     PatternUp,

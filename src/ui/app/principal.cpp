@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/principal.h"
 
+#include "core/files/list/linknote.h"
 #include "ui/app/batchpages.h"
 #include "ui/app/commandbar.h"
 #include "ui/app/filecommands.h"
@@ -114,6 +115,9 @@ void principal::createPanes()
     m_tree->setObjectName(QStringLiteral("folder"));
     m_list = new FileList(m_splitter);
     m_list->setObjectName(QStringLiteral("ListView1"));
+    m_list->setRowNote([this](const QString &rowText) {
+        return linkNote(m_program.captions, m_program.fileSystem, m_program.state.currentFolder, rowText);
+    });
     m_splitter->setFirstPanel(m_tree);
     m_splitter->setSecondPanel(m_list);
     m_splitter->setPosition(SplitterStart);

@@ -34,14 +34,19 @@ bool isCommandLetter(int key)
     return key == Qt::Key_B || key == Qt::Key_L || key == Qt::Key_P;
 }
 
-/// The list's rows as they look: a long name makes its row bold and pure red.
+/// The list's rows as they look: a long name makes its row bold and pure red. What the note says of a row stands in the
+/// tooltips of its cells and describes its file.
 class FileListModel : public ListModel
 {
 public:
-    using ListModel::ListModel;
+    explicit FileListModel(FileList *list) : ListModel(list), m_list(list) {}
+
+    FileList::RowNote note;
 
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override
     {
+        if (role == Qt::ToolTipRole || role == Qt::AccessibleDescriptionRole)
+            return noted(index, role);
         if (role != Qt::FontRole && role != Qt::ForegroundRole)
             return ListModel::data(index, role);
         if (!ListModel::data(index, LongNameRole).toBool())
@@ -52,9 +57,23 @@ public:
         font.setBold(true); // the view fills in what is not set
         return font;
     }
+
+private:
+    QVariant noted(const QModelIndex &index, int role) const
+    {
+        const bool isTip = role == Qt::ToolTipRole;
+        // Assistive tools may ask for all rows at once; only the current one is read out.
+        if (!note || !index.isValid() || (!isTip && (index.column() != 0 || index.row() != m_list->currentRow())))
+            return ListModel::data(index, role);
+        QStringList lines{ListModel::data(index, role).toString(), note(rowAt(index.row()).text())};
+        lines.removeAll(QString());
+        return lines.join(u'\n');
+    }
+
+    FileList *const m_list;
 };
 
-/// Shows a cell's tooltip only where the cell is too narrow for its text.
+/// Shows a cell's tooltip only where it says more than the cell, or the cell is too narrow for its text.
 class ElidedTips : public QStyledItemDelegate
 {
 public:
@@ -63,7 +82,8 @@ public:
     bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
         const QModelIndex &index) override
     {
-        if (event->type() == QEvent::ToolTip && sizeHint(option, index).width() <= option.rect.width()) {
+        if (event->type() == QEvent::ToolTip && sizeHint(option, index).width() <= option.rect.width() &&
+            index.data(Qt::ToolTipRole) == index.data()) {
             QToolTip::hideText();
             return true;
         }
@@ -139,6 +159,11 @@ void FileList::setRows(std::vector<ListRow> rows)
     m_model->setRows(std::move(rows));
     updateSortArrow();
     setCurrentRow(0, Selection::Keep);
+}
+
+void FileList::setRowNote(RowNote note)
+{
+    static_cast<FileListModel *>(m_model)->note = std::move(note);
 }
 
 QString FileList::rowText(int row) const

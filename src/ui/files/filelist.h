@@ -37,6 +37,10 @@ public:
     void setHeaderText(ListColumn column, const QString &text) { m_model->setHeaderText(column, text); }
     /// Hides these columns and shows the others, and always the file's.
     void setHiddenColumns(ColumnSet hidden);
+    /// A note about a row, for its tooltip and for assistive tools: empty for most. Asked for only when somebody wants
+    /// to know, so it may read the disk.
+    using RowNote = std::function<QString(const QString &rowText)>;
+    void setRowNote(RowNote note);
     void setHeaderTag(ListColumn column, const QString &tag) { m_model->setHeaderTag(column, tag); }
 
     int rowCount() const { return m_model->rowCount(); }

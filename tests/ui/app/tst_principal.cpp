@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main window at work on real files: what it shows after a listing, a click, a key, a save and a drop.
 
+#include "support/links.h"
 #include "ui/app/principalfixture.h"
 #include "ui/controls/busy.h"
 
@@ -243,6 +244,21 @@ private Q_SLOTS:
         QCOMPARE(cell(1, 1), u"10"_s);
         QCOMPARE(cell(0, 6), u"no"_s);
         QCOMPARE(cell(0, 7), u"yes"_s);
+    }
+
+    void aLinkOutOfTheFolderIsToldOfInItsTooltip()
+    {
+        const QString target = addFile(u"home/.profile"_s);
+        addFile(u"music/a.mp3"_s);
+        if (!symbolicLink(target, at(u"music/Band - Song.mp3"_s)))
+            QSKIP("no symbolic links here");
+        open(at(u"music"_s));
+        const auto tip = [this](const QString &file) {
+            return list()->model()->index(rowOf(file), 0).data(Qt::ToolTipRole).toString();
+        };
+        QCOMPARE(tip(u"a.mp3"_s), u"a.mp3"_s);
+        QCOMPARE(tip(u"Band - Song.mp3"_s),
+            u"Band - Song.mp3\na link out of this folder, to "_s + native(QFileInfo(target).canonicalFilePath()));
     }
 
     void selectAllAndNoneByTheToolbar()

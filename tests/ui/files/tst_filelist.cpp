@@ -331,6 +331,55 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!QToolTip::isVisible(), 30'000);
     }
 
+    void aNoteStandsInTheTooltipsOfItsRow()
+    {
+        fill("a b");
+        QStringList asked;
+        m_list->setRowNote([&asked](const QString &rowText) {
+            asked << rowText;
+            return rowText == u"a" ? QStringLiteral("leads elsewhere") : QString();
+        });
+        m_list->resize(1000, 300);
+        QVERIFY(!m_list->grab().isNull());
+        QCOMPARE(asked, QStringList()); // painting asks nothing
+        const auto tip = [this](int row, ListColumn column) {
+            return m_list->model()->index(row, static_cast<int>(column)).data(Qt::ToolTipRole).toString();
+        };
+        QCOMPARE(tip(0, ListColumn::File), QStringLiteral("a\nleads elsewhere"));
+        QCOMPARE(tip(0, ListColumn::Title), QStringLiteral("aa\nleads elsewhere"));
+        QCOMPARE(tip(0, ListColumn::Album), QStringLiteral("leads elsewhere"));
+        QCOMPARE(tip(1, ListColumn::File), QStringLiteral("b"));
+        QCOMPARE(tip(1, ListColumn::Album), QString());
+        QCOMPARE(asked, QStringLiteral("a a a b b").split(u' '));
+        const auto hover = [this](int row) {
+            QHelpEvent event(QEvent::ToolTip, middleOf(row), m_list->viewport()->mapToGlobal(middleOf(row)));
+            QCoreApplication::sendEvent(m_list->viewport(), &event);
+        };
+        hover(0);
+        QVERIFY(QToolTip::isVisible());
+        QCOMPARE(QToolTip::text(), QStringLiteral("a\nleads elsewhere"));
+        hover(1); // its cell shows all that there is
+        QTRY_VERIFY_WITH_TIMEOUT(!QToolTip::isVisible(), 30'000);
+    }
+
+    void aNoteDescribesTheFileOfTheCurrentRow()
+    {
+        fill("a b");
+        QStringList asked;
+        m_list->setRowNote([&asked](const QString &rowText) {
+            asked << rowText;
+            return QStringLiteral("leads elsewhere");
+        });
+        const auto description = [this](int row, int column) {
+            return m_list->model()->index(row, column).data(Qt::AccessibleDescriptionRole).toString();
+        };
+        m_list->setCurrentRow(1, FileList::Selection::Keep);
+        QCOMPARE(description(0, 0), QString());
+        QCOMPARE(description(1, 1), QString());
+        QCOMPARE(asked, QStringList());
+        QCOMPARE(description(1, 0), QStringLiteral("leads elsewhere"));
+    }
+
     void aHundredThousandRowsAreSortedSelectedAndMoved()
     {
         constexpr int Count = 100'000;
