@@ -247,7 +247,7 @@ class FailureTest(LookupTest):
         faults = {"Silence": "did not answer in time", "Stalls": "did not answer in time", "HangsUp": "is not complete",
                   "HalfSent": "is not complete", "CutList": "is not complete", "WebPage": "makes no sense",
                   "Zeros": "makes no sense", "TooLong": "is too long", "Endless": "is too long",
-                  "RedirectLoop": "another address", "RedirectToFile": "not secure", "HttpRefused": "HTTP 503",
+                  "RedirectLoop": "another address", "RedirectToFile": "not on the web", "HttpRefused": "HTTP 503",
                   "Code403": "is damaged on the server", "Code530": "try again later"}
 
         def look_up(fault):

@@ -396,9 +396,15 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::LookupTooManyRedirects,
         {u"the server keeps sending us to another address", u"el servidor remite sin fin a otra dirección",
             u"le serveur renvoie sans fin vers une autre adresse"}},
-    {Text::LookupInsecureRedirect, {u"the server sends us to an address that is not secure",
-                                       u"el servidor remite a una dirección que no es segura",
-                                       u"le serveur renvoie vers une adresse non sécurisée"}},
+    {Text::LookupInsecureRedirect, {u"the server sends us from an encrypted address to one that is not encrypted",
+                                       u"el servidor remite de una dirección cifrada a una sin cifrar",
+                                       u"le serveur renvoie d'une adresse chiffrée vers une adresse non chiffrée"}},
+    {Text::LookupForeignRedirect, {u"the server sends us to an address that is not on the web",
+                                      u"el servidor remite a una dirección que no es de la web",
+                                      u"le serveur renvoie vers une adresse qui n'est pas sur le web"}},
+    {Text::LookupBadRedirect, {u"the server sends us elsewhere without a valid address",
+                                  u"el servidor remite a otro lugar sin una dirección válida",
+                                  u"le serveur renvoie ailleurs sans adresse valide"}},
     {Text::LookupCertificate,
         {u"the server could not prove its identity: its certificate is not trusted",
             u"el servidor no pudo demostrar su identidad: su certificado no es de confianza",
@@ -423,6 +429,10 @@ constexpr std::array<Row, TextCount> Rows{{
                                  u"le serveur n'accepte pas l'adresse électronique indiquée dans les options"}},
     {Text::LookupRefused, {u"the server does not understand the question", u"el servidor no entiende la consulta",
                               u"le serveur ne comprend pas la demande"}},
+    {Text::UpdateByPackages,
+        {u"new versions of this program come by the system's package manager",
+            u"las versiones nuevas de este programa llegan por el gestor de paquetes del sistema",
+            u"les nouvelles versions de ce programme arrivent par le gestionnaire de paquets du système"}},
     {Text::UpdateBadAddress, {u"the address to look for new versions at is not valid",
                                  u"la dirección donde buscar versiones nuevas no es válida",
                                  u"l'adresse où chercher les nouvelles versions n'est pas valide"}},
@@ -453,6 +463,12 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::TipDownload, {u"download the files selected in the list into a folder of your choice",
                             u"descarga los archivos seleccionados de la lista en la carpeta que se elija",
                             u"télécharger les fichiers sélectionnés de la liste dans le dossier de votre choix"}},
+    // %1: a server
+    {Text::DropFromNetwork,
+        {u"a folder of another computer (%1) cannot be dropped here; connect it as a drive and open it in the tree",
+            u"no se puede soltar aquí una carpeta de otro equipo (%1); conéctala como unidad y ábrela en el árbol",
+            u"un dossier d'un autre ordinateur (%1) ne peut pas être déposé ici\u00a0; connectez-le comme lecteur et "
+            u"ouvrez-le dans l'arborescence"}},
 }};
 
 consteval bool isComplete()

@@ -188,6 +188,8 @@ enum class Text
     LookupTooLarge,
     LookupTooManyRedirects,
     LookupInsecureRedirect,
+    LookupForeignRedirect,
+    LookupBadRedirect,
     LookupCertificate,
     LookupHttpStatus,
     LookupGarbage,
@@ -197,6 +199,7 @@ enum class Text
     LookupServerTrouble,
     LookupNotGreeted,
     LookupRefused,
+    UpdateByPackages,
     UpdateBadAddress,
     UpdateBadVersionFile,
     UpdateBadName,
@@ -207,9 +210,10 @@ enum class Text
     UpdateChecked,
     UpdateUnchecked,
     TipDownload,
+    DropFromNetwork,
 };
 
-inline constexpr int TextCount = static_cast<int>(Text::TipDownload) + 1;
+inline constexpr int TextCount = static_cast<int>(Text::DropFromNetwork) + 1;
 
 /// The text in all languages. Read it through Captions.
 const LanguageTexts &languageTexts(Text text);

@@ -253,8 +253,12 @@ void mainform::check()
             showVersions(*file);
             return;
         }
-        showState(ConnectionState::Failed);
-        tellFailure({}, file.error(), [] {});
+        if (file.error().kind == UpdateFailureKind::NoAddress) { // nothing is wrong
+            openBox(QMessageBox::Information, "packages", updateFailureText(m_captions, file.error()), {}, [](int) {});
+        } else {
+            showState(ConnectionState::Failed);
+            tellFailure({}, file.error(), [] {});
+        }
         enableControls();
     };
     const UpdateResult<QUrl> url = versionFileUrl(m_address);

@@ -270,6 +270,21 @@ private Q_SLOTS:
         QVERIFY(!cmdget()->isEnabled());
     }
 
+    void aBuildWithoutAnAddressSaysWhereNewVersionsComeFrom()
+    {
+        const QStringList texts{u"new versions of this program come by the system's package manager"_s,
+            u"las versiones nuevas de este programa llegan por el gestor de paquetes del sistema"_s,
+            u"les nouvelles versions de ce programme arrivent par le gestionnaire de paquets du système"_s};
+        const QStringList languages{u"english"_s, u"spanish"_s, u"french"_s};
+        for (qsizetype i = 0; i < languages.size(); ++i) {
+            speak(languages[i]);
+            open(u"1.4.0"_s, u" "_s);
+            QCOMPARE(answerBox(), (QStringList{texts[i], QString(), QString::number(QMessageBox::Information)}));
+            QVERIFY(!cmdget()->isEnabled());
+            QVERIFY(m_server->requests().isEmpty());
+        }
+    }
+
     void anAddressThatIsNoneIsAnError()
     {
         open(u"1.4.0"_s, u"nowhere"_s);

@@ -18,6 +18,8 @@ enum class LookupFailureKind
     TooLarge = int(WebFailureKind::TooLarge),
     TooManyRedirects = int(WebFailureKind::TooManyRedirects),
     InsecureRedirect = int(WebFailureKind::InsecureRedirect),
+    ForeignRedirect = int(WebFailureKind::ForeignRedirect),
+    BadRedirect = int(WebFailureKind::BadRedirect),
     Certificate = int(WebFailureKind::Certificate),
     HttpStatus = int(WebFailureKind::HttpStatus),
     Garbage = int(WebFailureKind::Garbage),       ///< also: the answer makes no sense

@@ -180,10 +180,6 @@ void InetRetreive::finishContent()
     takeChunks();
     if (!isBusy())
         return;
-    if (!m_file) { // an answer without any headers
-        fail(incomplete());
-        return;
-    }
     if (const QByteArray rest = m_web.read(DownloadProgress::ChunkSize); !rest.isEmpty()) {
         if (const Result<void> written = append(rest); !written) {
             failOfFile(written.error());
@@ -191,11 +187,6 @@ void InetRetreive::finishContent()
         }
         m_progress.addChunks(1);
         Q_EMIT progressed();
-    }
-    // An answer with malformed chunks looks like an empty one.
-    if (m_progress.isTotalKnown() ? m_written != m_progress.total() : m_written == 0) {
-        fail(incomplete());
-        return;
     }
     Q_EMIT stateChanged(ConnectionState::Disconnecting);
     Q_EMIT stateChanged(ConnectionState::Disconnected);

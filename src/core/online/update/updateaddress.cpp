@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/update/updateaddress.h"
 
+#include "core/online/web/webroute.h"
 #include "core/platform/namecheck.h"
 
 #include <algorithm>
@@ -16,12 +17,6 @@ constexpr QStringView VersionFilePath = u"/ravlin/app/ravlin.ver";
 tl::unexpected<UpdateFailure> failure(UpdateFailureKind kind, const QString &detail)
 {
     return tl::unexpected(UpdateFailure{kind, detail});
-}
-
-bool isWebAddress(const QUrl &url)
-{
-    return url.isValid() && (url.scheme() == u"https"_s || url.scheme() == u"http"_s) && !url.host().isEmpty() &&
-           url.userInfo().isEmpty();
 }
 
 /// A character that a system or a reader could take for something else.
@@ -47,6 +42,8 @@ QString updateAddress()
 
 UpdateResult<QUrl> versionFileUrl(const QString &baseAddress)
 {
+    if (baseAddress.trimmed().isEmpty())
+        return failure(UpdateFailureKind::NoAddress, {});
     QUrl url(baseAddress.trimmed(), QUrl::StrictMode);
     if (!isWebAddress(url) || url.hasQuery() || url.hasFragment())
         return failure(UpdateFailureKind::BadAddress, baseAddress);
@@ -86,7 +83,7 @@ UpdateResult<QString> safeFileName(const QString &name)
     const platform::CheckedName checked = platform::checkName(name, platform::NameKind::File);
     const bool isPlain = !checked.problem && !checked.isAdjusted && isTextWhole(name) &&
                          std::none_of(name.begin(), name.end(), isOdd) && !name.endsWith(u'.') &&
-                         !name.front().isSpace() && !name.back().isSpace();
+                         !name.front().isSpace() && !name.back().isSpace() && !name.startsWith(u'-');
     if (!isPlain)
         return failure(UpdateFailureKind::BadName, name);
     return name;

@@ -14,6 +14,8 @@ QString sentenceOf(const Captions &captions, const UpdateFailure &failure)
         return webFailureText(captions, failure.web);
     case UpdateFailureKind::File:
         return captions.errorText(failure.file);
+    case UpdateFailureKind::NoAddress:
+        return captions.text(Text::UpdateByPackages);
     case UpdateFailureKind::BadAddress:
         return captions.text(Text::UpdateBadAddress);
     case UpdateFailureKind::BadVersionFile:
@@ -34,7 +36,8 @@ QString sentenceOf(const Captions &captions, const UpdateFailure &failure)
 bool isOfOneAddress(WebFailureKind kind)
 {
     return kind == WebFailureKind::HttpStatus || kind == WebFailureKind::TooLarge ||
-           kind == WebFailureKind::TooManyRedirects || kind == WebFailureKind::InsecureRedirect;
+           kind == WebFailureKind::TooManyRedirects || kind == WebFailureKind::InsecureRedirect ||
+           kind == WebFailureKind::ForeignRedirect || kind == WebFailureKind::BadRedirect;
 }
 
 } // namespace
@@ -56,6 +59,7 @@ bool UpdateFailure::isOfOneFile() const
         return isOfOneAddress(web);
     case UpdateFailureKind::File:
         return file == ErrorCode::AlreadyExists || file == ErrorCode::NotAFile;
+    case UpdateFailureKind::NoAddress:
     case UpdateFailureKind::BadAddress:
     case UpdateFailureKind::BadVersionFile:
         return false;

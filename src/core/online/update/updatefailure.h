@@ -15,6 +15,7 @@ enum class UpdateFailureKind
 {
     Web,            ///< see UpdateFailure::web
     File,           ///< see UpdateFailure::file
+    NoAddress,      ///< this build knows no address: new versions come by the package manager
     BadAddress,     ///< the address of the version file is not one
     BadVersionFile, ///< the answer is not a version file
     BadName,        ///< a file's name is not plain, or not valid on every system

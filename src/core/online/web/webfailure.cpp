@@ -20,6 +20,10 @@ QString webFailureText(const Captions &captions, WebFailureKind kind)
         return captions.text(Text::LookupTooManyRedirects);
     case WebFailureKind::InsecureRedirect:
         return captions.text(Text::LookupInsecureRedirect);
+    case WebFailureKind::ForeignRedirect:
+        return captions.text(Text::LookupForeignRedirect);
+    case WebFailureKind::BadRedirect:
+        return captions.text(Text::LookupBadRedirect);
     case WebFailureKind::Certificate:
         return captions.text(Text::LookupCertificate);
     case WebFailureKind::HttpStatus:

@@ -15,10 +15,12 @@ enum class WebFailureKind
     TimedOut,         ///< no complete answer in time
     TooLarge,         ///< over the size limit
     TooManyRedirects, ///< sent from one address to the next
-    InsecureRedirect, ///< sent from an encrypted address to one that is not, or to one that is not on the web
+    InsecureRedirect, ///< sent from an encrypted address to one that is not
+    ForeignRedirect,  ///< sent to an address that is not on the web
+    BadRedirect,      ///< sent to nowhere, or to something that is no address
     Certificate,      ///< the server cannot prove its identity
     HttpStatus,       ///< the web server refuses
-    Garbage,          ///< the answer is not HTTP
+    Garbage,          ///< the answer is not HTTP, or not what was asked for
     Incomplete,       ///< the answer ends too early
 };
 

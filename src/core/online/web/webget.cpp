@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/web/webget.h"
 
-#include <QHostAddress>
-#include <QNetworkProxyFactory>
-#include <QNetworkReply>
-#include <QNetworkRequest>
 #include <QPointer>
 #include <QSslError>
 
@@ -17,94 +13,52 @@ namespace ravlin {
 
 namespace {
 
-bool isThisComputer(const QString &host)
+constexpr qint64 Noticeable = 1024; ///< less than this many bytes don't put the idle limit off
+constexpr int Ok = 200;
+constexpr int Transformed = 203; ///< by a proxy
+constexpr int ProxyLogin = 407;
+
+bool isRedirect(int status)
 {
-    const QHostAddress address(host);
-    return address.isLoopback() || host.compare(u"localhost", Qt::CaseInsensitive) == 0 ||
-           host.endsWith(u".localhost", Qt::CaseInsensitive);
+    return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
 }
 
-/// The system's proxies, as the settings want them.
-class WantedProxies : public QNetworkProxyFactory
-{
-public:
-    explicit WantedProxies(const FetchSettings &settings) : m_settings(settings) {}
-
-    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery &query) override
-    {
-        const bool isKeptHere = !m_settings.usesProxyForThisComputer && isThisComputer(query.peerHostName());
-        if (m_settings.ignoresProxy || isKeptHere)
-            return {QNetworkProxy(QNetworkProxy::NoProxy)};
-        return systemProxyForQuery(query);
-    }
-
-private:
-    FetchSettings m_settings;
-};
-
-QNetworkRequest requestFor(const QUrl &url, const FetchSettings &settings)
-{
-    QNetworkRequest request(url);
-    request.setHeader(QNetworkRequest::UserAgentHeader, u"ravlin/"_s + QString::fromLatin1(RAVLIN_VERSION));
-    // Refuse compression: an answer could unpack to many times its size.
-    request.setRawHeader("Accept-Encoding", "identity");
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(settings.redirectLimit);
-    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
-    request.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    return request;
-}
-
-WebFailureKind kindOf(QNetworkReply::NetworkError error)
+WebFailureKind kindOf(QAbstractSocket::SocketError error)
 {
     switch (error) {
-    case QNetworkReply::TooManyRedirectsError:
-        return WebFailureKind::TooManyRedirects;
-    case QNetworkReply::InsecureRedirectError:
-    case QNetworkReply::ProtocolUnknownError:
-        return WebFailureKind::InsecureRedirect;
-    case QNetworkReply::SslHandshakeFailedError:
+    case QAbstractSocket::SslHandshakeFailedError:
+    case QAbstractSocket::SslInternalError:
+    case QAbstractSocket::SslInvalidUserDataError:
         return WebFailureKind::Certificate;
-    case QNetworkReply::TimeoutError:
+    case QAbstractSocket::SocketTimeoutError:
         return WebFailureKind::TimedOut;
-    case QNetworkReply::ProxyConnectionRefusedError:
-    case QNetworkReply::ProxyConnectionClosedError:
-    case QNetworkReply::ProxyNotFoundError:
-    case QNetworkReply::ProxyTimeoutError:
-    case QNetworkReply::ProxyAuthenticationRequiredError:
-    case QNetworkReply::UnknownProxyError:
+    case QAbstractSocket::ProxyAuthenticationRequiredError:
+    case QAbstractSocket::ProxyConnectionRefusedError:
+    case QAbstractSocket::ProxyConnectionClosedError:
+    case QAbstractSocket::ProxyConnectionTimeoutError:
+    case QAbstractSocket::ProxyNotFoundError:
+    case QAbstractSocket::ProxyProtocolError:
         return WebFailureKind::Proxy;
-    case QNetworkReply::RemoteHostClosedError:
-        return WebFailureKind::Incomplete;
-    case QNetworkReply::ProtocolFailure:
-        return WebFailureKind::Garbage;
     default:
         return WebFailureKind::NoConnection;
     }
 }
 
-int statusOf(const QNetworkReply &reply)
+/// Why an answer with such a head is not what was asked for: the whole content as it is.
+std::optional<WebFailure> refusalOf(const HttpAnswer &answer)
 {
-    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-}
-
-/// 2xx. Redirects are followed where allowed, and fail where not.
-bool promisesContent(int status)
-{
-    constexpr int Hundred = 100;
-    return status / Hundred == 2;
-}
-
-WebFailure refusalOf(const QNetworkReply &reply)
-{
-    const int status = statusOf(reply);
-    if (status == 0)
-        return {WebFailureKind::Garbage, {}};
-    const QString reason = reply.attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
-    return {WebFailureKind::HttpStatus, u"HTTP %1 %2"_s.arg(status).arg(reason).trimmed(), status};
+    const int status = answer.status();
+    if (status != Ok && status != Transformed) {
+        const QString words = u"HTTP %1 "_s.arg(status) + answer.reason();
+        return WebFailure{
+            status == ProxyLogin ? WebFailureKind::Proxy : WebFailureKind::HttpStatus, words.trimmed(), status};
+    }
+    const QByteArray coding = answer.field("content-encoding").toLower();
+    if (!coding.isEmpty() && coding != "identity")
+        return WebFailure{WebFailureKind::Garbage, u"unasked-for Content-Encoding"_s, status};
+    if (answer.hasField("content-range"))
+        return WebFailure{WebFailureKind::Garbage, u"unasked-for Content-Range"_s, status};
+    return {};
 }
 
 } // namespace
@@ -115,7 +69,6 @@ WebGet::WebGet(QObject *parent) : QObject(parent)
     m_idleLimit.setSingleShot(true);
     for (QTimer *limit : {&m_timeLimit, &m_idleLimit})
         connect(limit, &QTimer::timeout, this, [this] { fail(WebFailureKind::TimedOut); });
-    setSettings({});
 }
 
 WebGet::~WebGet()
@@ -123,194 +76,208 @@ WebGet::~WebGet()
     cancel();
 }
 
-void WebGet::setSettings(const FetchSettings &settings)
-{
-    m_settings = settings;
-    m_network.setProxyFactory(new WantedProxies(settings)); // the manager owns it
-}
-
 void WebGet::get(const QUrl &url)
 {
-    constexpr qint64 Buffered = 1024 * 1024; // anything beyond waits at the server
     cancel();
-    m_certificateTrouble.clear();
-    m_isRefused = false;
-    m_isSent = false;
-    m_isAnswering = false;
-    m_taken = 0;
+    m_step.reset();
+    m_redirects = 0;
     m_timeLimit.start(m_settings.timeLimit);
-    if (m_settings.idleLimit.count() > 0)
-        m_idleLimit.start(m_settings.idleLimit);
-    m_reply = m_network.get(requestFor(url, m_settings));
-    m_reply->setReadBufferSize(std::min(m_settings.sizeLimit + 1, Buffered));
-    connect(m_reply, &QNetworkReply::socketStartedConnecting, this, [this] { Q_EMIT stepped(WebStep::Connecting); });
-    connect(m_reply, &QNetworkReply::requestSent, this, [this] {
-        if (!m_isAnswering)
-            tellSent();
-    });
-    connect(m_reply, &QNetworkReply::metaDataChanged, this, &WebGet::takeHeaders);
-    connect(m_reply, &QNetworkReply::readyRead, this, &WebGet::tellReadable);
-    connect(m_reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) {
-        m_certificateTrouble = errors.isEmpty() ? QString() : errors.front().errorString();
-    });
-    // Queued, so that even an immediate error is reported after get() has returned. The fetch may have been ended
-    // meanwhile.
-    connect(
-        m_reply, &QNetworkReply::finished, this,
-        [this, reply = m_reply] {
-            if (reply == m_reply)
-                finish();
-        },
-        Qt::QueuedConnection);
-    Q_EMIT stepped(WebStep::LookingUp);
+    ask(url);
+    reach(WebStep::LookingUp);
 }
 
 void WebGet::cancel()
 {
     m_timeLimit.stop();
     m_idleLimit.stop();
-    QNetworkReply *const reply = std::exchange(m_reply, nullptr);
-    if (reply == nullptr)
+    m_socket.reset();
+    m_content.clear();
+}
+
+/// Opens a connection for one request. Its signals are queued: a slot may then delete the socket, and even an immediate
+/// failure is told after get() has returned.
+void WebGet::ask(const QUrl &url)
+{
+    m_url = url;
+    m_answer = {};
+    m_content.clear();
+    m_isAnswering = false;
+    m_received = 0;
+    m_noticed = 0;
+    if (m_settings.idleLimit.count() > 0)
+        m_idleLimit.start(m_settings.idleLimit);
+    m_socket = std::make_unique<QSslSocket>();
+    const int connection = ++m_connections;
+    const auto on = [this, connection](auto signal, auto slot) {
+        const auto ifCurrent = [this, connection, slot](auto... arguments) {
+            if (m_socket && m_connections == connection)
+                slot(arguments...);
+        };
+        connect(m_socket.get(), signal, this, ifCurrent, Qt::QueuedConnection);
+    };
+    on(&QSslSocket::hostFound, [this] { reach(WebStep::Connecting); });
+    on(&QSslSocket::connected, [this] {
+        if (!m_route.isEncrypted)
+            send();
+    });
+    on(&QSslSocket::encrypted, [this] { send(); });
+    on(&QSslSocket::readyRead, [this] { takeBytes(); });
+    on(&QSslSocket::errorOccurred, [this](QAbstractSocket::SocketError error) { takeError(error); });
+    on(&QSslSocket::disconnected, [this] { takeEnd(); });
+    if (!isWebAddress(url)) {
+        const auto failIfCurrent = [this, connection] {
+            if (m_socket && m_connections == connection)
+                fail(WebFailureKind::NoConnection, u"not an address of the web"_s);
+        };
+        QMetaObject::invokeMethod(this, failIfCurrent, Qt::QueuedConnection);
         return;
-    reply->disconnect(this);
-    // Destruction ends the fetch. After abort() Qt would complain about an error already on its way from the network's
-    // thread.
-    reply->deleteLater();
+    }
+    m_route = routeTo(url, m_settings);
+    m_socket->setProxy(m_route.proxy);
+    if (m_route.isEncrypted)
+        m_socket->connectToHostEncrypted(m_route.host, m_route.port);
+    else
+        m_socket->connectToHost(m_route.host, m_route.port);
 }
 
-qint64 WebGet::announcedSize() const
+void WebGet::send()
 {
-    if (m_reply == nullptr)
-        return -1;
-    bool isNumber = false;
-    const qint64 size = m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong(&isNumber);
-    return isNumber && size >= 0 ? size : -1;
+    m_socket->write(m_route.head);
+    reach(WebStep::RequestSent);
 }
 
-bool WebGet::isEndMarked() const
+/// Tells the steps up to this one, each once a fetch. Returns whether the fetch goes on: a slot may end it.
+bool WebGet::reach(WebStep step)
 {
-    return announcedSize() >= 0 ||
-           (m_reply != nullptr &&
-               m_reply->rawHeader("Transfer-Encoding").trimmed().compare("chunked", Qt::CaseInsensitive) == 0);
+    const int connection = m_connections;
+    while (!m_step || *m_step < step) {
+        m_step = m_step ? static_cast<WebStep>(int(*m_step) + 1) : WebStep::LookingUp;
+        const QPointer<WebGet> self(this);
+        Q_EMIT stepped(*m_step);
+        if (!self || !m_socket || m_connections != connection)
+            return false;
+    }
+    return true;
 }
 
-qint64 WebGet::available() const
+void WebGet::takeBytes()
 {
-    return m_reply != nullptr && !m_isRefused ? m_reply->bytesAvailable() : 0;
+    const QByteArray content = m_answer.take(m_socket->readAll());
+    if (m_answer.state() == HttpAnswer::State::Broken) {
+        end(m_answer.failure());
+        return;
+    }
+    if (m_answer.state() == HttpAnswer::State::Head || (!m_isAnswering && !takeHead()))
+        return;
+    m_content += content;
+    m_received += content.size();
+    if (m_received > m_settings.sizeLimit) {
+        fail(WebFailureKind::TooLarge);
+        return;
+    }
+    if (m_idleLimit.isActive() && m_received - m_noticed >= Noticeable) {
+        m_noticed = m_received;
+        m_idleLimit.start();
+    }
+    const int connection = m_connections;
+    const QPointer<WebGet> self(this);
+    if (!content.isEmpty())
+        Q_EMIT readable();
+    if (self && m_socket && m_connections == connection && m_answer.state() == HttpAnswer::State::Whole)
+        end([this] { Q_EMIT finished(); });
+}
+
+/// Returns whether content follows.
+bool WebGet::takeHead()
+{
+    if (isRedirect(m_answer.status())) {
+        redirect();
+        return false;
+    }
+    if (const std::optional<WebFailure> refusal = refusalOf(m_answer)) {
+        end(*refusal);
+        return false;
+    }
+    if (announcedSize() > m_settings.sizeLimit) {
+        end({WebFailureKind::TooLarge, {}, m_answer.status()});
+        return false;
+    }
+    m_isAnswering = true;
+    if (m_idleLimit.isActive())
+        m_idleLimit.start();
+    return reach(WebStep::Answering);
+}
+
+void WebGet::redirect()
+{
+    const auto goal = redirectGoal(m_url, m_answer.field("location"));
+    if (!goal)
+        end(goal.error());
+    else if (++m_redirects > m_settings.redirectLimit)
+        fail(WebFailureKind::TooManyRedirects, goal->toDisplayString());
+    else
+        ask(*goal);
+}
+
+/// The connection has ended, in whatever way.
+void WebGet::takeEnd()
+{
+    const int connection = m_connections;
+    const QPointer<WebGet> self(this);
+    takeBytes();
+    if (!self || !m_socket || m_connections != connection)
+        return;
+    m_answer.end();
+    if (m_answer.state() == HttpAnswer::State::Whole)
+        end([this] { Q_EMIT finished(); });
+    else
+        end(m_answer.failure());
+}
+
+void WebGet::takeError(QAbstractSocket::SocketError error)
+{
+    if (const QList<QSslError> troubles = m_socket->sslHandshakeErrors(); !troubles.isEmpty()) {
+        fail(WebFailureKind::Certificate, troubles.front().errorString());
+        return;
+    }
+    if (error == QAbstractSocket::RemoteHostClosedError && m_step >= WebStep::RequestSent) {
+        takeEnd();
+        return;
+    }
+    WebFailureKind kind = kindOf(error);
+    if (error == QAbstractSocket::RemoteHostClosedError)
+        kind = WebFailureKind::Incomplete;
+    // With a proxy, only the proxy was called, so it is the one that is missing.
+    if (kind == WebFailureKind::NoConnection && m_route.hasProxy)
+        kind = WebFailureKind::Proxy;
+    fail(kind, m_socket->errorString());
 }
 
 QByteArray WebGet::read(qint64 size)
 {
-    if (m_reply == nullptr || m_isRefused)
-        return {};
-    QByteArray bytes = m_reply->read(size);
-    m_taken += bytes.size();
+    const QByteArray bytes = m_content.left(size);
+    m_content.remove(0, bytes.size());
     return bytes;
-}
-
-void WebGet::tellSent()
-{
-    m_isSent = true;
-    Q_EMIT stepped(WebStep::RequestSent);
-}
-
-void WebGet::takeHeaders()
-{
-    if (m_isRefused || m_isAnswering)
-        return;
-    const int status = statusOf(*m_reply);
-    if (m_idleLimit.isActive())
-        m_idleLimit.start();
-    if (!promisesContent(status)) {
-        constexpr int FirstRefusal = 400;
-        if (status >= FirstRefusal)
-            failSoon(refusalOf(*m_reply));
-        return;
-    }
-    if (announcedSize() > m_settings.sizeLimit) {
-        failSoon({WebFailureKind::TooLarge, {}, status});
-        return;
-    }
-    m_isAnswering = true;
-    const QNetworkReply *const reply = m_reply;
-    if (!m_isSent) // some systems report it too late
-        tellSent();
-    if (m_reply == reply) // a slot may have ended the fetch
-        Q_EMIT stepped(WebStep::Answering);
-}
-
-/// Fails later, because a reply must not be aborted while it reads its headers.
-void WebGet::failSoon(const WebFailure &failure)
-{
-    m_isRefused = true;
-    const auto endIfStillThere = [this, reply = m_reply, failure] {
-        if (reply == m_reply)
-            end(failure);
-    };
-    QMetaObject::invokeMethod(this, endIfStillThere, Qt::QueuedConnection);
-}
-
-void WebGet::tellReadable()
-{
-    if (m_idleLimit.isActive())
-        m_idleLimit.start();
-    if (m_isRefused)
-        return;
-    if (m_taken + m_reply->bytesAvailable() > m_settings.sizeLimit) {
-        fail(WebFailureKind::TooLarge);
-        return;
-    }
-    Q_EMIT readable();
-}
-
-void WebGet::finish()
-{
-    if (m_isRefused) // its end is on its way
-        return;
-    if (m_reply->error() != QNetworkReply::NoError)
-        end(failureOf(*m_reply));
-    else if (!promisesContent(statusOf(*m_reply)))
-        end(refusalOf(*m_reply));
-    else if (m_taken + m_reply->bytesAvailable() > m_settings.sizeLimit)
-        fail(WebFailureKind::TooLarge);
-    else
-        end([this] { Q_EMIT finished(); });
-}
-
-WebFailure WebGet::failureOf(const QNetworkReply &reply) const
-{
-    const int status = statusOf(reply);
-    constexpr int FirstRefusal = 400;
-    if (status >= FirstRefusal)
-        return refusalOf(reply);
-    if (!m_certificateTrouble.isEmpty())
-        return {WebFailureKind::Certificate, m_certificateTrouble};
-    WebFailureKind kind = kindOf(reply.error());
-    // With a proxy, only the proxy was called, so it is the one that is missing.
-    const QList<QNetworkProxy> proxies = m_network.proxyFactory()->queryProxy(QNetworkProxyQuery(reply.url()));
-    if (kind == WebFailureKind::NoConnection && !proxies.isEmpty() && proxies.front().type() != QNetworkProxy::NoProxy)
-        kind = WebFailureKind::Proxy;
-    return {kind, reply.errorString(), status};
 }
 
 void WebGet::fail(WebFailureKind kind, const QString &detail)
 {
-    end(WebFailure{kind, detail});
+    end(WebFailure{kind, detail, m_answer.status()});
 }
 
 void WebGet::end(const WebFailure &failure)
 {
-    end([this, &failure] { Q_EMIT failed(failure); });
+    end([this, failure] { Q_EMIT failed(failure); });
 }
 
 void WebGet::end(const std::function<void()> &tell)
 {
     m_timeLimit.stop();
     m_idleLimit.stop();
-    const QNetworkReply *const reply = m_reply;
+    const int connection = m_connections;
     const QPointer<WebGet> self(this); // a slot may delete this
     tell();
-    if (self && reply == m_reply) // or start another fetch
+    if (self && m_connections == connection) // or start another fetch
         cancel();
 }
 

@@ -440,7 +440,7 @@ void TestUFreedb::faults_data()
     QTest::newRow("too long") << Fault::TooLong << TooLarge;
     QTest::newRow("endless") << Fault::Endless << TooLarge;
     QTest::newRow("redirect loop") << Fault::RedirectLoop << TooManyRedirects;
-    QTest::newRow("redirect to a file") << Fault::RedirectToFile << InsecureRedirect;
+    QTest::newRow("redirect to a file") << Fault::RedirectToFile << ForeignRedirect;
     QTest::newRow("compressed") << Fault::Compressed << LookupFailureKind::Garbage;
     QTest::newRow("HTTP 503") << Fault::HttpRefused << HttpStatus;
     QTest::newRow("HTTP 401") << Fault::HttpLogin << HttpStatus;

@@ -152,7 +152,7 @@ private Q_SLOTS:
                                       << HttpStatus;
         QTest::newRow("redirects for ever") << Served{.way = Serving::Redirect, .goal = "/f/a.zip"} << TooManyRedirects;
         QTest::newRow("redirects to a file")
-            << Served{.way = Serving::Redirect, .goal = "file:///etc/hostname"} << InsecureRedirect;
+            << Served{.way = Serving::Redirect, .goal = "file:///etc/hostname"} << ForeignRedirect;
     }
     void webFailures()
     {

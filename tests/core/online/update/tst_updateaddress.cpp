@@ -24,11 +24,12 @@ private Q_SLOTS:
     void theAddressIsEncryptedUnlessTheEnvironmentSaysOtherwise()
     {
         qunsetenv("RAVLIN_UPDATE_URL");
-        QVERIFY(updateAddress().startsWith(u"https://"_s));
+        const QString builtIn = updateAddress(); // none, unless the build was given one
+        QVERIFY(builtIn.isEmpty() || builtIn.startsWith(u"https://"_s));
         qputenv("RAVLIN_UPDATE_URL", "http://127.0.0.1:1234");
         QCOMPARE(updateAddress(), u"http://127.0.0.1:1234"_s);
         qputenv("RAVLIN_UPDATE_URL", "");
-        QVERIFY(updateAddress().startsWith(u"https://"_s));
+        QCOMPARE(updateAddress(), builtIn);
     }
 
     void theVersionFile_data()
@@ -48,11 +49,20 @@ private Q_SLOTS:
         QCOMPARE(versionFileUrl(address).value().toEncoded(), url.toLatin1());
     }
 
+    void aBuildWithoutAnAddress()
+    {
+        for (const QString &none : {QString(), u" "_s}) {
+            const UpdateFailure failure = versionFileUrl(none).error();
+            QCOMPARE(failure.kind, UpdateFailureKind::NoAddress);
+            QVERIFY(!failure.isOfOneFile());
+        }
+    }
+
     void noAddress_data()
     {
         QTest::addColumn<QString>("address");
         for (const char *address :
-            {"", "up.example", "ftp://up.example", "file:///etc", "https://", "https://me:x@up.example",
+            {"x", "up.example", "ftp://up.example", "file:///etc", "https://", "https://me:x@up.example",
                 "https://up.example/?x", "https://up.example/#x", "javascript:x", "https://up example"})
             QTest::newRow(address) << QString::fromLatin1(address);
     }
@@ -122,7 +132,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         for (const QString &name : {u"ravlin-1.5.0.zip"_s, u"setup.exe"_s, u"README"_s, u"señal (2).tar.gz"_s,
-                 u"日本.zip"_s, u"a..b"_s, u"COM10.txt"_s, u"console"_s})
+                 u"日本.zip"_s, u"a..b"_s, u"COM10.txt"_s, u"console"_s, u"a-b"_s, u"_-"_s})
             QTest::newRow(qPrintable(name)) << name;
     }
     void plainNames()
@@ -148,6 +158,12 @@ private Q_SLOTS:
         QTest::newRow("device") << u"NUL"_s;
         QTest::newRow("device with an extension") << u"con.zip"_s;
         QTest::newRow("numbered device") << u"LPT1.txt"_s;
+        QTest::newRow("option") << u"-rf.zip"_s;
+        QTest::newRow("long option") << u"--help"_s;
+        QTest::newRow("hyphen") << u"-"_s;
+        QTest::newRow("isolated") << u"a\u2066zip.exe"_s;
+        QTest::newRow("line separator") << u"a\u2028.zip"_s;
+        QTest::newRow("later control character") << u"a\u0085.zip"_s;
         QTest::newRow("hidden") << u".bashrc"_s;
         QTest::newRow("a helper file's") << u".ravlin-0123456789abcdef.tmp"_s;
         QTest::newRow("full stop at the end") << u"a.zip."_s;

@@ -126,11 +126,11 @@ private Q_SLOTS:
                                              .way = Serving::Status,
                                              .status = "500 Internal Server Error"}
                                       << HttpStatus;
-        QTest::newRow("sends to nowhere") << Served{.way = Serving::Status, .status = "302 Found"} << InsecureRedirect;
+        QTest::newRow("sends to nowhere") << Served{.way = Serving::Status, .status = "302 Found"} << BadRedirect;
         QTest::newRow("redirects for ever")
             << Served{.way = Serving::Redirect, .goal = "/ravlin/app/ravlin.ver"} << TooManyRedirects;
         QTest::newRow("redirects to a file")
-            << Served{.way = Serving::Redirect, .goal = "file:///etc/hostname"} << InsecureRedirect;
+            << Served{.way = Serving::Redirect, .goal = "file:///etc/hostname"} << ForeignRedirect;
         const QByteArray large = Version15 + QByteArray(64 * 1024, '\n');
         QTest::newRow("over 64 KB") << Served{.content = large} << TooLarge;
         QTest::newRow("over 64 KB in chunks") << Served{.content = large, .way = Serving::Chunked} << TooLarge;

@@ -94,7 +94,7 @@ void TestWebText::faults_data()
     QTest::newRow("announces too much") << Fault::TooLong << TooLarge;
     QTest::newRow("sends without end") << Fault::Endless << TooLarge;
     QTest::newRow("redirects for ever") << Fault::RedirectLoop << TooManyRedirects;
-    QTest::newRow("redirects to a file") << Fault::RedirectToFile << InsecureRedirect;
+    QTest::newRow("redirects to a file") << Fault::RedirectToFile << ForeignRedirect;
     QTest::newRow("refuses") << Fault::HttpRefused << HttpStatus;
     QTest::newRow("wants a login") << Fault::HttpLogin << HttpStatus;
 }
