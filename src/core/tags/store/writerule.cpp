@@ -2,13 +2,15 @@
 #include "core/tags/store/writerule.h"
 
 #include "core/platform/namecheck.h"
-#include "core/tags/mpeg/mpegsync.h"
+#include "core/platform/path.h"
+#include "core/tags/mpeg/mpegheader.h"
 #include "core/tags/mpeg/mpegtags.h"
 
 #include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -117,24 +119,43 @@ QStringView formatOf(ByteWindow &window, std::string_view head, qint64 start)
     return isRiff && isMp3InRiff(window, start) ? QStringView() : found->name;
 }
 
-/// Whether two frames of one stream follow each other in the first MostSearched bytes from start.
-bool hasFrames(platform::ByteSource &source, qint64 start, qint64 end)
+/// The header at offset, if it is one that counts where another format's signature stands. Programs are full of what
+/// looks like Layer I, quiet PCM of what looks like free format.
+std::optional<mpeg::FrameHeader> frameAt(ByteWindow &window, qint64 offset)
 {
-    std::vector<char> buffer(std::size_t(mpeg::Synchroniser::LookAhead) * 2);
+    constexpr quint32 EmphasisMask = 3;
+    constexpr quint32 ReservedEmphasis = 2;
+    const std::span<const uchar> bytes = window.at(offset, mpeg::HeaderSize);
+    if (bytes.size() < std::size_t(mpeg::HeaderSize))
+        return {};
+    const auto header = mpeg::FrameHeader::parse(mpeg::bigEndian32(bytes.data()));
+    const bool counts =
+        header && header->layer != 1 && !header->isFreeFormat() && (header->word & EmphasisMask) != ReservedEmphasis;
+    return counts ? header : std::nullopt;
+}
+
+/// Whether two frames of one stream follow each other in the first MostSearched bytes from start.
+Result<bool> hasFrames(platform::ByteSource &source, qint64 start, qint64 end)
+{
+    // What stays the same within a stream: all but bit rate, padding, private bit and the way to join the channels.
+    constexpr quint32 SameMask = 0xFFFF0CCF;
+    constexpr qsizetype LookAhead = 4096; // more than a frame and the next header
+    std::vector<char> buffer(std::size_t(LookAhead) * 16);
     ByteWindow window(source, buffer);
     window.setEnd(std::min(end, start + MostSearched));
-    mpeg::Synchroniser synchroniser(window);
-    for (auto point = synchroniser.search(start, 1); point; point = synchroniser.search(point->offset + 1, 1)) {
-        // The end may have stood in for the second header.
-        const std::span<const uchar> next =
-            window.at(point->offset + point->header.length(point->freeLength), mpeg::HeaderSize);
-        if (next.size() < std::size_t(mpeg::HeaderSize))
-            continue;
-        const quint32 word = mpeg::bigEndian32(next.data());
-        if (mpeg::FrameHeader::parse(word) && mpeg::agree(word, point->header.word))
+    for (qint64 offset = start;; ++offset) {
+        const std::span<const uchar> bytes = window.at(offset, LookAhead);
+        const auto sync = std::ranges::find(bytes, uchar(0xFF));
+        offset += sync - bytes.begin();
+        if (window.error())
+            return tl::unexpected(*window.error());
+        if (offset >= window.end())
+            return false;
+        const auto first = frameAt(window, offset);
+        const auto second = first ? frameAt(window, offset + first->length()) : std::nullopt;
+        if (second && ((first->word ^ second->word) & SameMask) == 0)
             return true;
     }
-    return false;
 }
 
 /// Where the content starts: behind the tags at the start of the file.
@@ -154,7 +175,8 @@ qint64 contentStart(ByteWindow &window)
 
 Result<void> checkMp3Name(const QString &canonical)
 {
-    if (platform::isMp3Name(canonical))
+    // A colon: on Windows the name may be that of a stream of another file.
+    if (platform::isMp3Name(canonical) && platform::isPlainName(platform::nameOf(canonical)))
         return {};
     return tl::unexpected(Error{ErrorCode::NotMp3Name, canonical, {}});
 }
@@ -173,9 +195,13 @@ Result<void> checkMp3Content(platform::ByteSource &source)
     const QStringView format = formatOf(window, head, start);
     if (window.error())
         return tl::unexpected(*window.error());
-    if (format.isEmpty() || hasFrames(source, start, *end))
+    if (format.isEmpty())
         return {};
-    return tl::unexpected(Error{ErrorCode::NotMp3Content, {}, format.toString()});
+    return hasFrames(source, start, *end).and_then([format](bool found) -> Result<void> {
+        if (found)
+            return {};
+        return tl::unexpected(Error{ErrorCode::NotMp3Content, {}, format.toString()});
+    });
 }
 
 } // namespace ravlin

@@ -5,7 +5,6 @@
 // the judgement never reads far into a long file.
 
 #include "core/platform/path.h"
-#include "core/tags/mpeg/mpegsync.h"
 #include "core/tags/store/tagobject.h"
 #include "core/tags/store/tagstore.h"
 #include "core/tags/store/writerule.h"
@@ -17,6 +16,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 using namespace ravlin;
@@ -39,12 +39,14 @@ public:
         for (qint64 i = 0; i < count; ++i)
             buffer[std::size_t(i)] = offset + i < m_start.size() ? m_start[offset + i] : m_fill;
         bytesRead += count;
-        ++reads;
+        if (++reads == failsAt)
+            return tl::unexpected(Error{ErrorCode::Io, {}, {}});
         return count;
     }
 
     qint64 bytesRead = 0;
     int reads = 0;
+    int failsAt = 0; ///< the number of the read that fails
 
 private:
     const QByteArray m_start;
@@ -86,8 +88,34 @@ QByteArray noise(qsizetype size)
 }
 
 const QByteArray Png("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16);
+const QByteArray Elf("\x7F"
+                     "ELF\x02\x01\x01\0",
+    8);
 const QByteArray Jpeg("\xFF\xD8\xFF\xE0\0\x10JFIF\0", 11);
 const QByteArray Text = "export PATH=/bin\nalias ll='ls -l'\n";
+
+/// What x86 programs jump to libraries by: "FF 25" and an address that counts down, every 16 bytes.
+QByteArray jumpTable()
+{
+    QByteArray bytes;
+    for (quint32 i = 0; i < 200; ++i)
+        bytes += QByteArray("\xFF\x25", 2) + littleEndian(0xFF00'2FC2 - 8 * i, 4) + QByteArray(8, '\0') + "\xFF\xFF";
+    return bytes;
+}
+
+/// A tone of 440 Hz whose samples hardly leave zero.
+QByteArray tone()
+{
+    QByteArray bytes;
+    for (int i = 0; i < 44100; ++i)
+        bytes += littleEndian(quint32(std::lround(100 * std::sin(i * 440 * 2 * M_PI / 44100))), 2);
+    return bytes;
+}
+
+QByteArray mpegFrames(const QByteArray &header, qsizetype size)
+{
+    return (header + QByteArray(size - header.size(), '\0')).repeated(5);
+}
 
 /// What is in front of, or behind, the content; the rule looks between.
 QByteArray smallTag()
@@ -179,6 +207,12 @@ private Q_SLOTS:
         QTest::newRow("PNG that ends with one frame") << Png + noise(100) + audio(1) << "PNG";
         QTest::newRow("frames of two streams")
             << Png + audio(1) + QByteArray("\xFF\xF3\x90\x64", 4) + noise(2000) << "PNG";
+        QTest::newRow("a program's jump table") << Elf + jumpTable() << "ELF";
+        QTest::newRow("a quiet tone") << wave(1, tone()) << "RIFF";
+        QTest::newRow("frames of Layer I") << Png + mpegFrames(QByteArray("\xFF\xFF\x25\x00", 4), 64) << "PNG";
+        QTest::newRow("frames in free format") << Png + mpegFrames(QByteArray("\xFF\xFB\x00\x64", 4), 500) << "PNG";
+        QTest::newRow("frames with the reserved emphasis")
+            << Png + mpegFrames(QByteArray("\xFF\xFB\x90\x66", 4), 417) << "PNG";
         QTest::newRow("PNG behind a tag") << smallTag() + Png + noise(5000) << "PNG";
         QTest::newRow("PNG behind two tags") << smallTag() + smallTag() + Png + noise(5000) << "PNG";
         QTest::newRow("text between tags") << smallTag() + Text + apeTag() + id3v1({.title = "Title"}) << "text";
@@ -228,6 +262,20 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         const Result<void> judged = judge(content);
         QVERIFY2(judged, judged ? "" : qPrintable(judged.error().detail));
+    }
+
+    void aFailureToReadIsNoJudgement()
+    {
+        const QByteArray content = smallTag() + Png + noise(200000);
+        CountedSource whole(content, content.size(), '\0');
+        QVERIFY(!checkMp3Content(whole));
+        for (int fails = 1; fails <= whole.reads; ++fails) {
+            CountedSource source(content, content.size(), '\0');
+            source.failsAt = fails;
+            const Result<void> judged = checkMp3Content(source);
+            QVERIFY(!judged);
+            QCOMPARE(judged.error().code, ErrorCode::Io);
+        }
     }
 
     void aLongFileIsNotReadThrough()
@@ -318,6 +366,14 @@ private Q_SLOTS:
         TagStore store(state, m_files);
         QVERIFY(store.RemoveV1(path));
         QCOMPARE(readFile(path), audio());
+    }
+
+    void aStreamOfAnotherFileIsNoFile()
+    {
+        if (platform::Separator != u'\\')
+            QSKIP("only Windows has streams");
+        QVERIFY(checkMp3Name(QStringLiteral(R"(C:\music\a.mp3)")));
+        QVERIFY(!checkMp3Name(QStringLiteral(R"(C:\music\a.txt:b.mp3)")));
     }
 
     void ofALinkTheTargetsNameCounts()
