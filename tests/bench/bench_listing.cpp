@@ -2,12 +2,13 @@
 // Reading a folder of MP3 files for the list, on one core and on all cores, compared with TagLib reading the same
 // fields and with a bare reader that opens each file, reads 4 KiB, walks the frame headers, reads the last 128 bytes
 // and closes. One iteration reads the whole folder; compare the ratios within one run. RAVLIN_BENCH_FILES sets the
-// number of files (default 10000).
+// number of files (default 10000). Then tags that are made to eat time and memory: milliseconds a file on one core.
 
 #include "core/files/list/folderscan.h"
 #include "core/platform/folder.h"
 #include "core/tags/store/listreader.h"
-#include "support/mp3builder.h"
+#include "core/tags/store/tagstore.h"
+#include "support/tagbombs.h"
 
 #include <benchmark/benchmark.h>
 
@@ -161,6 +162,62 @@ void tagLibOneCore(benchmark::State &state)
 }
 BENCHMARK(tagLibOneCore)->Unit(benchmark::kMillisecond);
 #endif
+
+/// The hostile files by number: 65,000 compressed frames of 1 MiB zeros; unsynchronised tags of 256 MB, sparse and full
+/// of 0xFF; a mebibyte of separators in each frame; plain text frames; millions of frames.
+QByteArray hostileContent(int number)
+{
+    using namespace test;
+    const QByteArray endless = tagHeader(3, 0x80, id3::MaximumBodySize) + QByteArray("APIC\x0A\0\0\0\0\0", 10);
+    switch (number) {
+    case 0:
+        return bombFile(3, "TIT2", 65000);
+    case 1:
+        return bombFile(4, "PRIV", 65000);
+    case 2:
+        return endless;
+    case 3:
+        return endless + QByteArray(100'000'000, '\xFF');
+    case 4:
+        return id3v2(3, compressedFrame(3, "TALB", QByteArray("\0A", 2) + zeros().chopped(3) + "B").repeated(1000));
+    case 5:
+        return id3v2(3, frame(3, "TIT2", zeros()).repeated(100));
+    default:
+        return id3v2(3, frame(3, "TRCK", QByteArray(1, '\0')).repeated(1'000'000));
+    }
+}
+
+QString hostileFile(const QTemporaryDir &folder, int number)
+{
+    const QString path = test::writeFile(folder.path(), QStringLiteral("a.mp3"), hostileContent(number));
+    if (number == 2)
+        QFile::resize(path, id3::TagHeaderSize + id3::MaximumBodySize);
+    return path;
+}
+
+void listHostileFile(benchmark::State &state)
+{
+    const QTemporaryDir folder;
+    const QString path = hostileFile(folder, static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        const auto file = platform::FileSystem::native().open(path, platform::OpenMode::Read);
+        benchmark::DoNotOptimize(readListFields(**file));
+    }
+}
+BENCHMARK(listHostileFile)->DenseRange(0, 6)->Unit(benchmark::kMillisecond);
+
+void showHostileFile(benchmark::State &state)
+{
+    const QTemporaryDir folder;
+    const QString path = hostileFile(folder, static_cast<int>(state.range(0)));
+    ProgramState program;
+    const TagStore store(program, platform::FileSystem::native());
+    for (auto _ : state) {
+        TagRecord record;
+        benchmark::DoNotOptimize(store.ReadTag(path, record));
+    }
+}
+BENCHMARK(showHostileFile)->DenseRange(0, 6)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

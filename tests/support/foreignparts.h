@@ -32,17 +32,22 @@ inline QList<QByteArray> foreignParts(
     QList<QByteArray> parts;
     if (!tag)
         return parts;
-    const QByteArray &bytes = tag->isPlain() ? content : tag->decoded();
+    // Offsets are those in the file; what lies between them may be unsynchronised.
+    const auto bytesOf = [&](qint64 begin, qint64 end) {
+        const QByteArray stored = content.mid(begin, end - begin);
+        return tag->isUnsynchronised() ? id3::removeUnsynchronisation({stored.constData(), size_t(stored.size())})
+                                       : stored;
+    };
     for (const id3::Frame &frame : tag->frames()) {
         const bool isEdited = std::find(editedKinds.begin(), editedKinds.end(), frame.kind) != editedKinds.end();
         if (isEdited && !frame.isPrivateComment())
             continue;
         // A save corrects sizes that are stored in the form of another version, so compare the size as it is read.
         const qsizetype sizeAt = frame.header.headerSize == 6 ? 3 : 4;
-        parts += bytes.mid(frame.header.offset, sizeAt) + QByteArray::number(frame.header.bodySize) +
-                 bytes.mid(frame.header.offset + 2 * sizeAt, frame.header.size() - 2 * sizeAt);
+        const QByteArray bytes = bytesOf(frame.header.offset, frame.header.end);
+        parts += bytes.first(sizeAt) + QByteArray::number(frame.header.bodySize) + bytes.mid(2 * sizeAt);
     }
-    QByteArray rest = bytes.mid(tag->framesEnd(), tag->bodyEnd() - tag->framesEnd());
+    QByteArray rest = bytesOf(tag->framesEnd(), tag->bodyEnd());
     while (rest.startsWith('\0'))
         rest.remove(0, 1);
     while (rest.endsWith('\0'))

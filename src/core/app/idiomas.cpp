@@ -119,6 +119,8 @@ QString Captions::errorText(ErrorCode code) const
         return text(Text::ErrorBrokenTag);
     case ErrorCode::TooLarge:
         return text(Text::ErrorTooLarge);
+    case ErrorCode::TagTooLarge:
+        return text(Text::ErrorTagTooLarge);
     case ErrorCode::GenreOutOfRange:
         return text(Text::ErrorGenreOutOfRange);
     case ErrorCode::NoStream:

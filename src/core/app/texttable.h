@@ -22,6 +22,8 @@ enum class Text
     ErrorVerifyFailed,
     ErrorBrokenTag,
     ErrorTooLarge,
+    TagTooLarge,
+    ErrorTagTooLarge,
     ErrorGenreOutOfRange,
     ErrorNoStream,
     ErrorSettings,

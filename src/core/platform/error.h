@@ -21,6 +21,7 @@ enum class ErrorCode
     VerifyFailed,     ///< what was written reads back differently
     BrokenTag,        ///< the tag is damaged so that writing it would lose data
     TooLarge,         ///< a value or a tag is larger than its format allows
+    TagTooLarge,      ///< the tag is larger than what is read of one, so nothing is saved from it
     GenreOutOfRange,  ///< the file's genre number is beyond the genre table
     NoStream,         ///< no MPEG audio was found
     Settings,         ///< the settings file cannot be read or written
@@ -37,7 +38,7 @@ enum class ErrorCode
 /// Whether the program itself refuses the file, without having tried: no sign that the next one would fail too.
 inline bool isRefusal(ErrorCode code)
 {
-    return code == ErrorCode::NotMp3Name || code == ErrorCode::NotMp3Content;
+    return code == ErrorCode::NotMp3Name || code == ErrorCode::NotMp3Content || code == ErrorCode::TagTooLarge;
 }
 
 /// An error as a value: a code to branch on, the file concerned, and detail in plain English for logs.

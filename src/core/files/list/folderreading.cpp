@@ -162,6 +162,8 @@ void FolderReading::readStretch(const Stretch &stretch)
         TagCache::Entry &entry = scanned.entries[i];
         const Result<Outcome> outcome =
             folder ? readFile(*folder, scanned.names[i], entry, m_rows[row]) : tl::unexpected(folder.error());
+        if (!outcome && outcome.error().code == ErrorCode::Cancelled)
+            return;
         if (outcome)
             m_outcomes[row] = *outcome;
         else
@@ -192,7 +194,7 @@ Result<FolderReading::Outcome> FolderReading::readFile(
     const Result<std::unique_ptr<platform::File>> file = folder.openFile(name);
     if (!file)
         return tl::unexpected(file.error());
-    const Result<ListFields> tag = readListFields(**file);
+    const Result<ListFields> tag = readListFields(**file, m_options.stop);
     if (!tag)
         return tl::unexpected(tag.error());
     row.file = ListedFile(name, *tag);

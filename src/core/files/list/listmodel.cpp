@@ -35,7 +35,10 @@ int ListModel::columnCount(const QModelIndex &parent) const
 
 QString ListModel::textAt(const QModelIndex &index) const
 {
-    return shownName(columnText(rowAt(index.row()), static_cast<ListColumn>(index.column())));
+    const ListRow &row = rowAt(index.row());
+    const auto column = static_cast<ListColumn>(index.column());
+    const QString text = shownName(columnText(row, column));
+    return column == ListColumn::Id3v2 && row.file.isCut() ? text + QStringLiteral(", ") + m_tooLargeText : text;
 }
 
 QVariant ListModel::data(const QModelIndex &index, int role) const

@@ -61,6 +61,9 @@ public:
     /// Free text; "numeric" and "date" choose how the column compares.
     void setHeaderTag(ListColumn column, const QString &tag);
 
+    /// What the column of ID3v2 says in addition of a tag that is too large to be read in full.
+    void setTooLargeText(const QString &text) { m_tooLargeText = text; }
+
     /// For the order of texts; at first the user's.
     void setLocale(const QLocale &locale);
 
@@ -79,6 +82,7 @@ private:
     QLocale m_locale;
     std::array<QString, ListColumnCount> m_headerTexts;
     std::array<QString, ListColumnCount> m_headerTags;
+    QString m_tooLargeText;
 };
 
 } // namespace ravlin

@@ -100,13 +100,14 @@ bool PackedTexts::equals(int position, QStringView text) const
 }
 
 ListedFile::ListedFile(QStringView name, const ListFields &tag)
-    : m_texts{name, tag.title, tag.artist, tag.album, tag.year, tag.track}, m_hasV1(tag.hasV1), m_hasV2(tag.hasV2)
+    : m_texts{name, tag.title, tag.artist, tag.album, tag.year, tag.track}, m_hasV1(tag.hasV1), m_hasV2(tag.hasV2),
+      m_isCut(tag.isCut)
 {
 }
 
 ListFields ListedFile::tag() const
 {
-    return {title(), artist(), album(), year(), track(), m_hasV1, m_hasV2};
+    return {title(), artist(), album(), year(), track(), m_hasV1, m_hasV2, m_isCut};
 }
 
 QString ListRow::trackColumn() const

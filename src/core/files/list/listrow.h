@@ -61,6 +61,8 @@ public:
     QString track() const { return m_texts.at(Track); }
     bool hasV1() const { return m_hasV1; }
     bool hasV2() const { return m_hasV2; }
+    /// Whether the tag is too large, so that fields may be missing.
+    bool isCut() const { return m_isCut; }
     /// All of these at once.
     ListFields tag() const;
 
@@ -78,6 +80,7 @@ private:
     PackedTexts m_texts;
     bool m_hasV1 = false;
     bool m_hasV2 = false;
+    bool m_isCut = false;
 };
 
 /// One row of the file list.

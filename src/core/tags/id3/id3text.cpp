@@ -4,6 +4,7 @@
 #include <QStringConverter>
 
 #include <algorithm>
+#include <cstring>
 
 namespace ravlin::id3 {
 
@@ -106,32 +107,51 @@ QString decodeValue(std::string_view bytes, TextEncoding encoding, ByteOrder &or
     return {};
 }
 
-/// Calls use for each value up to the last one that is not empty. Returns their number.
+/// How many zeros the bytes begin with. Texts of hostile tags consist of them, so eight are looked at at once.
+size_t leadingZeros(std::string_view bytes)
+{
+    size_t count = 0;
+    for (quint64 eight = 0; count + sizeof eight <= bytes.size(); count += sizeof eight) {
+        std::memcpy(&eight, bytes.data() + count, sizeof eight);
+        if (eight != 0)
+            break;
+    }
+    return std::min(bytes.find_first_not_of('\0', count), bytes.size());
+}
+
+/// Calls use for each value up to the last one that is not empty, until it returns false. A value that takes more than
+/// longest bytes may be handed over cut.
 template <typename Use>
-int forEachValue(std::string_view body, Use use)
+void forEachValue(std::string_view body, size_t longest, Use use)
 {
     if (body.empty())
-        return 0;
+        return;
     const TextEncoding encoding = encodingOf(static_cast<unsigned char>(body[0]));
     body.remove_prefix(1);
     ByteOrder order = encoding == TextEncoding::Utf16Be ? ByteOrder::Big : ByteOrder::Unknown;
     const size_t terminator = isWide(encoding) ? 2 : 1;
-    int count = 0;
-    int pendingEmpty = 0;
+    size_t pendingEmpty = 0;
+    bool isFirst = true;
     while (!body.empty()) {
+        const size_t empty = leadingZeros(body) / terminator;
+        pendingEmpty += empty;
+        body.remove_prefix(empty * terminator);
         const size_t end = valueEnd(body, encoding);
-        const QString value = decodeValue(body.substr(0, end), encoding, order);
+        const QString value = decodeValue(body.substr(0, std::min(end, longest)), encoding, order);
         body.remove_prefix(std::min(body.size(), end + terminator));
         if (value.isEmpty()) {
             ++pendingEmpty;
             continue;
         }
-        for (; pendingEmpty > 0 && count > 0; --pendingEmpty)
-            use(QString(), count++);
+        for (; pendingEmpty > 0 && !isFirst; --pendingEmpty) {
+            if (!use(QString()))
+                return;
+        }
         pendingEmpty = 0;
-        use(value, count++);
+        isFirst = false;
+        if (!use(value))
+            return;
     }
-    return count;
 }
 
 bool isLatin1(QStringView text)
@@ -195,17 +215,19 @@ void appendTerminator(QByteArray &out, TextEncoding encoding)
 
 } // namespace
 
-TextBody decodeTextBody(std::string_view body)
+TextBody decodeTextBody(std::string_view body, qsizetype maximumSize)
 {
     TextBody result;
-    result.valueCount = forEachValue(body, [&result](const QString &value, int index) {
-        if (index == 0) {
-            result.text = value;
-        } else {
+    // No encoding needs more than four bytes for a character, and a byte order mark no more than that.
+    const size_t longest = 4 * (std::min(body.size(), static_cast<size_t>(maximumSize)) + 2);
+    forEachValue(body, longest, [&](const QString &value) {
+        if (result.valueCount++ > 0)
             result.text += ValueSeparator;
-            result.text += value;
-        }
+        result.text += value;
+        result.isCut = result.text.size() > maximumSize;
+        return !result.isCut;
     });
+    result.text.truncate(maximumSize);
     return result;
 }
 

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <limits>
 #include <string_view>
 
 /// Texts as ID3v2 stores them (ID3v2.3 §3.3, ID3v2.4 structure §4): a byte for the encoding, then the characters.
@@ -23,13 +24,15 @@ inline constexpr QStringView ValueSeparator = u" / ";
 
 /// The text of a text frame's body: an encoding byte, then one or more values separated by a terminator. Several values
 /// are joined by ValueSeparator; empty ones at the end (terminators, stray zeros) don't count. Bytes that are invalid
-/// in the encoding become U+FFFD. An encoding byte above 3 is read as Latin-1.
+/// in the encoding become U+FFFD. An encoding byte above 3 is read as Latin-1. What goes beyond a number of characters
+/// is cut off.
 struct TextBody
 {
     QString text;
     int valueCount = 0;
+    bool isCut = false;
 };
-TextBody decodeTextBody(std::string_view body);
+TextBody decodeTextBody(std::string_view body, qsizetype maximumSize = std::numeric_limits<qsizetype>::max());
 
 /// A comment frame's body: encoding, language, description, terminator, text (ID3v2.3 §4.11).
 struct CommentBody

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <optional>
+#include <stop_token>
 #include <string_view>
 #include <vector>
 
@@ -24,11 +25,20 @@ inline constexpr qint64 TagHeaderSize = 10;
 inline constexpr size_t WindowSize = 4096;
 /// The largest body that a tag header can state: 28 bits.
 inline constexpr qint64 MaximumBodySize = (1 << 28) - 1;
-/// Text frames with a larger body are carried along unread.
+/// Text frames with a larger body, decompressed or not, are carried along unread.
 inline constexpr qint64 MaximumTextFrameSize = 1 << 20;
-/// Of the frames of one kind in a tag no more than this many bytes, decompressed, are read; the rest is carried along
-/// unread. This bounds the memory that many small compressed frames can claim.
-inline constexpr qint64 MaximumTextSizePerKind = 4 * MaximumTextFrameSize;
+
+/// What reading one tag may cost, however the tag was made. No real tag comes near. A tag beyond that is cut: what was
+/// read until then is there, and Tag::isCut() tells it.
+inline constexpr size_t MaximumFrameCount = 8192;
+inline constexpr qint64 MaximumDecompressedSize = 8 << 20; ///< bytes that compressed text frames become
+inline constexpr qint64 MaximumTextSize = 16 << 20;        ///< bytes of text frames' bodies, as they are stored
+inline constexpr qint64 MaximumHeldSize = 16 << 20;        ///< bytes of the directory and its texts in memory
+/// Bytes of a tag that is unsynchronised as a whole. Its frames can't be skipped, as their sizes don't count the zeros
+/// in between, but must be walked through.
+inline constexpr qint64 MaximumUnsynchronisedSize = 64 << 20;
+/// Of a text that the list shows no more characters than this are decoded.
+inline constexpr qsizetype MaximumListText = 4096;
 
 struct TagHeader
 {
@@ -69,7 +79,9 @@ struct FrameHeader
 {
     std::array<char, 4> id{};
     int headerSize = 10; ///< 6 in ID3v2.2
-    qint64 offset = 0;   ///< of the header, from the start of the tag
+    qint64 offset = 0;   ///< of the header, in the file
+    qint64 bodyOffset = 0;
+    qint64 end = 0; ///< offset + size(); more if the whole tag is unsynchronised
     qint64 bodySize = 0;
     quint16 flags = 0; ///< as stored; their meaning depends on the version
     /// The size is stored in the form of the other version, as what follows the frame shows.
@@ -97,7 +109,7 @@ struct Frame
 /// How much of a tag to read.
 enum class Detail
 {
-    ListFields, ///< title, artist, album, year and track; stops once they are known
+    ListFields, ///< frames that decide on title, artist, album, year and track; without framesEnd()
     Everything, ///< the whole directory
 };
 
@@ -105,8 +117,10 @@ class Tag
 {
 public:
     /// Parses the tag at the start of a source: a file without its ID3v1 tag. Returns nothing if there is none. Fails
-    /// only when reading does. A damaged tag is not an error: what can be read is there, and isWritable() is false.
-    static Result<std::optional<Tag>> parse(platform::ByteSource &source, Detail detail);
+    /// only when reading does, or with Cancelled after a stop. A damaged tag is not an error: what can be read is
+    /// there, and isWritable() is false.
+    static Result<std::optional<Tag>> parse(
+        platform::ByteSource &source, Detail detail, const std::stop_token &stop = {});
 
     const TagHeader &header() const { return m_header; }
     const std::vector<Frame> &frames() const { return m_frames; }
@@ -114,38 +128,34 @@ public:
     /// without description, and the year frame of the tag's own version, come first. nullptr if there is no frame.
     const Frame *programFrame(FrameKind kind) const;
 
-    /// False if the tag cannot be written without loss: it claims more than the file holds, is of an unknown kind or
-    /// has too many frames.
-    bool isWritable() const { return m_writable; }
-    /// True if the frames' offsets are offsets in the file. False if they are offsets into decoded(), because the whole
-    /// tag is unsynchronised.
-    bool isPlain() const { return m_decoded.isEmpty(); }
-    const QByteArray &decoded() const { return m_decoded; }
-    /// Where the frames begin, behind an extended header if there is one, and where the last one ends. Offsets like the
-    /// frames'.
+    /// False if the tag cannot be written without loss: it claims more than the file holds or is of an unknown kind.
+    bool isWritable() const { return m_isWritable; }
+    /// True if the tag is larger than what is read of one. Frames may be missing, so nothing is saved from it.
+    bool isCut() const { return m_isCut; }
+    /// Whether the whole tag is unsynchronised, as ID3v2.2 and 2.3 can have it.
+    bool isUnsynchronised() const
+    {
+        return m_header.majorVersion < 4 && (m_header.flags & TagHeader::Unsynchronisation) != 0;
+    }
+    /// Where the frames begin, behind an extended header if there is one, and where the last one ends. In the file.
     qint64 framesBegin() const { return m_framesBegin; }
     qint64 framesEnd() const { return m_framesEnd; }
-    /// Where the body ends.
+    /// Where the body ends, in the file.
     qint64 bodyEnd() const { return m_bodyEnd; }
+    /// How many bytes compressed frames became, for tests.
+    qint64 decompressedSize() const { return m_decompressedSize; }
 
 private:
-    bool walk(platform::ByteWindow &window, Detail detail);
-    void walkUnsynchronised(platform::ByteWindow &window, Detail detail);
-    qint64 skipExtendedHeader(platform::ByteWindow &window) const;
-    std::optional<FrameHeader> frameHeaderAt(platform::ByteWindow &window, qint64 offset) const;
-    qint64 frameSize(platform::ByteWindow &window, std::string_view sizeBytes, qint64 bodyOffset) const;
-    bool plausibleFrameStart(platform::ByteWindow &window, qint64 offset) const;
-    void readFrame(platform::ByteWindow &window, Frame &frame, qint64 &room) const;
-    bool frameContent(
-        platform::ByteWindow &window, const FrameHeader &frame, std::string_view &content, QByteArray &scratch) const;
+    friend class TagReader;
 
     TagHeader m_header;
     std::vector<Frame> m_frames;
-    QByteArray m_decoded;
     qint64 m_framesBegin = TagHeaderSize;
     qint64 m_framesEnd = TagHeaderSize;
     qint64 m_bodyEnd = TagHeaderSize;
-    bool m_writable = true;
+    qint64 m_decompressedSize = 0;
+    bool m_isWritable = true;
+    bool m_isCut = false;
 };
 
 } // namespace ravlin::id3

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/id3/id3v2writer.h"
 
-#include <QtEndian>
+#include "core/tags/id3/composedcontent.h"
+#include "core/tags/id3/newheaders.h"
 
 #include <algorithm>
 #include <array>
@@ -19,8 +20,6 @@ constexpr qint64 MinimumFreshPadding = 2048;
 /// The audio keeps its place within a block, so that file systems can share blocks between files.
 constexpr qint64 BlockSize = 4096;
 
-constexpr quint8 V24ExtendedCrc = 0x20;
-
 Error brokenTag()
 {
     return {ErrorCode::BrokenTag, {}, QStringLiteral("the ID3v2 tag is damaged and can't be written without loss")};
@@ -34,21 +33,15 @@ qint64 lengthOf(const std::vector<Segment> &segments)
     return length;
 }
 
-/// The header of a frame that stays, with its size in the form of the tag's version. In the other form the size is
-/// recognised by what follows, which is going to change.
-QByteArray headerInOwnForm(const FrameHeader &frame, int majorVersion)
+/// New bytes for a tag's body, unsynchronised if the whole tag is.
+Segment freshIn(const Tag &tag, const QByteArray &bytes)
 {
-    QByteArray header(frame.id.data(), 4);
-    header.resize(frame.headerSize);
-    if (majorVersion == 4)
-        writeSyncsafe(header.data() + 4, frame.bodySize, 4);
-    else
-        qToBigEndian(static_cast<quint32>(frame.bodySize), header.data() + 4);
-    qToBigEndian(frame.flags, header.data() + 8);
-    return header;
+    if (!tag.isUnsynchronised())
+        return Segment::fresh(bytes);
+    return Segment::fresh(applyUnsynchronisation({bytes.constData(), static_cast<size_t>(bytes.size())}));
 }
 
-/// The frames after the plan, as segments of the bytes that the tag's offsets refer to.
+/// The frames after the plan.
 std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
 {
     std::vector<Segment> segments;
@@ -64,17 +57,18 @@ std::vector<Segment> frameSegments(const Tag &tag, const FramePlan &plan)
             continue;
         keepUpTo(frame.header.offset);
         if (stays) {
-            segments.push_back(Segment::fresh(headerInOwnForm(frame.header, tag.header().majorVersion)));
-            keptFrom = frame.header.offset + frame.header.headerSize;
+            const QByteArray header = headerInOwnForm(frame.header, tag.header().majorVersion);
+            segments.push_back(freshIn(tag, header));
+            keptFrom = frame.header.bodyOffset;
             continue;
         }
-        keptFrom = frame.header.offset + frame.header.size();
+        keptFrom = frame.header.end;
         if (!change->second.isEmpty())
-            segments.push_back(Segment::fresh(change->second));
+            segments.push_back(freshIn(tag, change->second));
     }
     keepUpTo(tag.framesEnd());
     if (!plan.appended.isEmpty())
-        segments.push_back(Segment::fresh(plan.appended));
+        segments.push_back(freshIn(tag, plan.appended));
     return segments;
 }
 
@@ -85,41 +79,6 @@ qint64 grownRegionSize(qint64 contentSize, qint64 oldRegionSize)
     const qint64 phase = oldRegionSize % BlockSize;
     const qint64 blocks = (std::max<qint64>(needed - phase, 0) + BlockSize - 1) / BlockSize;
     return phase + blocks * BlockSize;
-}
-
-QByteArray headerBytes(const TagHeader &header, qint64 regionSize)
-{
-    QByteArray bytes("ID3");
-    bytes += static_cast<char>(header.majorVersion);
-    bytes += static_cast<char>(header.revision);
-    bytes += static_cast<char>(header.flags & ~TagHeader::Footer);
-    bytes.resize(TagHeaderSize);
-    writeSyncsafe(bytes.data() + 6, regionSize - TagHeaderSize, 4);
-    return bytes;
-}
-
-/// The extended header for changed frames, without its checksum, which would no longer be right, and with the new size
-/// of the padding (ID3v2.3 §3.2, ID3v2.4 structure §3.2). padding: everything in the tag behind the frames, whatever it
-/// is, so that the number is the same whichever way the tag is written.
-QByteArray extendedHeader(const TagHeader &header, QByteArray old, qint64 padding)
-{
-    if (old.isEmpty())
-        return old;
-    if (header.majorVersion == 3) {
-        QByteArray bytes(10, '\0');
-        bytes[3] = 6;
-        qToBigEndian(static_cast<quint32>(padding), bytes.data() + 6);
-        return bytes;
-    }
-    if (old.size() < 6 || (old[5] & V24ExtendedCrc) == 0)
-        return old;
-    // The flags' data follow them in the flags' order: a length byte alone for "update", a length byte and five bytes
-    // for the checksum.
-    const qsizetype crcAt = 6 + ((old[5] & 0x40) != 0 ? 1 : 0);
-    old[5] = static_cast<char>(old[5] & ~V24ExtendedCrc);
-    old.remove(crcAt, 6);
-    writeSyncsafe(old.data(), old.size(), 4);
-    return old;
 }
 
 /// The first byte that is not zero in [offset, end). Returns end if there is none, -1 if reading fails (see
@@ -224,45 +183,6 @@ tl::unexpected<Error> tooLarge()
     return tl::unexpected(Error{ErrorCode::TooLarge, {}, QStringLiteral("the tag would be too large")});
 }
 
-/// A file's new content before it is written, to be read like a file.
-class ComposedContent final : public ByteSource
-{
-public:
-    ComposedContent(ByteSource &old, const std::vector<Segment> &segments) : m_old(old), m_segments(segments) {}
-    qint64 size() const override { return lengthOf(m_segments); }
-    Result<qint64> readAt(std::span<char> buffer, qint64 offset) override;
-
-private:
-    ByteSource &m_old;
-    const std::vector<Segment> &m_segments;
-};
-
-Result<qint64> ComposedContent::readAt(std::span<char> buffer, qint64 offset)
-{
-    qint64 done = 0;
-    qint64 segmentBegin = 0;
-    for (const Segment &segment : m_segments) {
-        const qint64 within = offset + done - segmentBegin;
-        segmentBegin += segment.length;
-        const qint64 wanted = std::min<qint64>(std::ssize(buffer) - done, segment.length - within);
-        if (within < 0 || wanted <= 0)
-            continue;
-        const std::span<char> out = buffer.subspan(static_cast<size_t>(done), static_cast<size_t>(wanted));
-        if (segment.oldOffset < 0) {
-            std::copy_n(segment.bytes.constData() + within, wanted, out.data());
-            done += wanted;
-            continue;
-        }
-        const Result<qint64> read = m_old.readAt(out, segment.oldOffset + within);
-        if (!read)
-            return read;
-        done += *read;
-        if (*read < wanted)
-            break; // the old file became shorter
-    }
-    return done;
-}
-
 /// Checks that a reader will find the frames of the new content to end at framesEnd (an offset like Tag::framesEnd).
 /// What follows the last one directly may make its size look like one in the other version's form; then nothing is
 /// written.
@@ -347,45 +267,87 @@ Result<std::vector<Segment>> composePlain(ByteSource &source, ByteWindow &window
     return segments;
 }
 
-/// A tag that is unsynchronised as a whole: assembled in memory and unsynchronised again.
-Result<std::vector<Segment>> composeUnsynchronised(ByteSource &source, const Tag &tag, const FramePlan &plan)
+/// Puts a zero behind each range of an unsynchronised tag that ends in 0xFF without one: something else follows now.
+Result<void> closeRanges(ByteWindow &window, std::vector<Segment> &segments)
+{
+    std::vector<Segment> closed;
+    closed.reserve(segments.size());
+    for (Segment &segment : segments) {
+        const bool isKept = segment.oldOffset >= 0;
+        const qint64 last = segment.oldOffset + segment.length - 1;
+        closed.push_back(std::move(segment));
+        if (!isKept)
+            continue;
+        const Result<QByteArray> byte = bytesAt(window, last, 1);
+        if (!byte)
+            return tl::unexpected(byte.error());
+        if (*byte == "\xFF")
+            closed.push_back(Segment::fresh(QByteArray(1, '\0')));
+    }
+    segments = std::move(closed);
+    return {};
+}
+
+/// What lies behind the frames of an unsynchronised tag, without padding at its end.
+Result<std::vector<Segment>> unsynchronisedTail(ByteWindow &window, const Tag &tag, bool isBeforeUnknown)
+{
+    const qint64 begin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
+    const qint64 end = endOfNonZero(window, begin, tag.bodyEnd());
+    if (window.error())
+        return tl::unexpected(*window.error());
+    std::vector<Segment> tail;
+    if (begin < end && !isBeforeUnknown)
+        tail.push_back(Segment::fresh(QByteArray(TagHeaderSize, '\0')));
+    if (begin < end)
+        tail.push_back(Segment::kept(begin, end - begin));
+    return tail;
+}
+
+/// A tag that is unsynchronised as a whole.
+Result<std::vector<Segment>> composeUnsynchronised(
+    ByteSource &source, ByteWindow &window, const Tag &tag, const FramePlan &plan)
 {
     const TagHeader &header = tag.header();
-    const std::string_view decoded(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size()));
-    ByteWindow window(decoded);
-    const QByteArray oldExtended = tag.decoded().mid(TagHeaderSize, tag.framesBegin() - TagHeaderSize);
-    QByteArray frames;
-    for (const Segment &segment : frameSegments(tag, plan))
-        frames += segment.oldOffset < 0 ? segment.bytes : tag.decoded().mid(segment.oldOffset, segment.length);
-    const qint64 tailBegin = firstNonZero(window, tag.framesEnd(), tag.bodyEnd());
-    const qint64 tailEnd = endOfNonZero(window, tailBegin, tag.bodyEnd());
+    const auto stored = bytesAt(window, TagHeaderSize, tag.framesBegin() - TagHeaderSize);
+    if (!stored)
+        return tl::unexpected(stored.error());
+    const QByteArray oldExtended = removeUnsynchronisation({stored->constData(), static_cast<size_t>(stored->size())});
+    const auto extended = [&](qint64 padding) { return freshIn(tag, extendedHeader(header, oldExtended, padding)); };
     const bool isBeforeUnknown = isFollowedByUnknown(window, tag);
-    const qsizetype framesSize = frames.size();
-    if (tailBegin < tailEnd && !isBeforeUnknown)
-        frames.append(TagHeaderSize, '\0');
-    frames += tag.decoded().mid(tailBegin, tailEnd - tailBegin);
+    std::vector<Segment> content = frameSegments(tag, plan);
+    Result<std::vector<Segment>> tail = unsynchronisedTail(window, tag, isBeforeUnknown);
+    if (!tail)
+        return tail;
+    const qint64 oldEnd =
+        tail->empty() ? tag.framesEnd() : tail->back().oldOffset + tail->back().length; // padding follows
+    for (std::vector<Segment> *segments : {&content, &*tail}) {
+        if (Result<void> closed = closeRanges(window, *segments); !closed)
+            return tl::unexpected(closed.error());
+    }
+    const qint64 framesEnd = TagHeaderSize + extended(0).length + lengthOf(content);
+    std::move(tail->begin(), tail->end(), std::back_inserter(content));
 
-    const auto encoded = [&](qint64 padding) {
-        const QByteArray plain = extendedHeader(header, oldExtended, padding) + frames;
-        return applyUnsynchronisation({plain.constData(), static_cast<size_t>(plain.size())});
-    };
-    QByteArray content = encoded(0);
+    const qint64 contentEnd = TagHeaderSize + extended(0).length + lengthOf(content);
     const qint64 region = header.regionSize();
-    const qint64 newRegion =
-        TagHeaderSize + content.size() <= region ? region : grownRegionSize(TagHeaderSize + content.size(), region);
+    const bool fits = contentEnd <= region;
+    const qint64 newRegion = fits ? region : grownRegionSize(contentEnd, region);
     if (newRegion - TagHeaderSize > MaximumBodySize)
         return tooLarge();
+    const qint64 padding = newRegion - contentEnd;
     // The extended header states the padding, and its own encoded size may depend on that number: then it states none.
-    const QByteArray withPadding = encoded(newRegion - TagHeaderSize - content.size());
-    if (withPadding.size() == content.size())
-        content = withPadding;
-    QByteArray bytes = headerBytes(header, newRegion) + content;
-    bytes.resize(newRegion, '\0');
-    std::vector<Segment> segments{Segment::fresh(bytes), Segment::kept(region, source.size() - region)};
-    const qint64 framesEnd = TagHeaderSize + extendedHeader(header, oldExtended, 0).size() + framesSize;
+    const Segment withPadding = extended(padding);
+    const QByteArray head =
+        headerBytes(header, newRegion) + (withPadding.length == extended(0).length ? withPadding : extended(0)).bytes;
+    const qint64 keptFrom = fits ? std::max(contentEnd, oldEnd) : region;
+    std::vector<Segment> segments = assemble(head, std::move(content), fits ? keptFrom - contentEnd : padding);
+    segments.push_back(Segment::kept(keptFrom, window.end() - keptFrom));
     if (isBeforeUnknown) {
         if (Result<void> checked = checkFramesEnd(source, segments, framesEnd); !checked)
             return tl::unexpected(checked.error());
+    }
+    if (fits) {
+        if (Result<void> materialised = materialiseMoved(window, segments); !materialised)
+            return tl::unexpected(materialised.error());
     }
     return segments;
 }
@@ -399,12 +361,11 @@ std::vector<Segment> composeNew(const TagHeader &header, const FramePlan &plan, 
 }
 
 /// Whether nothing but padding would be left of the tag's body.
-bool leavesNothing(ByteWindow &file, const Tag &tag, const FramePlan &plan)
+bool leavesNothing(ByteWindow &window, const Tag &tag, const FramePlan &plan)
 {
     if (!plan.appended.isEmpty())
         return false;
-    ByteWindow decoded(std::string_view(tag.decoded().constData(), static_cast<size_t>(tag.decoded().size())));
-    if (firstNonZero(tag.isPlain() ? file : decoded, tag.framesEnd(), tag.bodyEnd()) != tag.bodyEnd())
+    if (firstNonZero(window, tag.framesEnd(), tag.bodyEnd()) != tag.bodyEnd())
         return false;
     return std::all_of(tag.frames().begin(), tag.frames().end(), [&plan](const Frame &frame) {
         const auto change = plan.replaced.find(&frame);
@@ -418,11 +379,33 @@ bool anotherTagFollows(ByteWindow &window, const Tag &tag)
     return parseTagHeader(window.exactly(tag.header().regionSize(), TagHeaderSize)).has_value();
 }
 
+Error tagTooLarge()
+{
+    return {ErrorCode::TagTooLarge, {}, QStringLiteral("only a part of the ID3v2 tag was read")};
+}
+
+/// The content with the tag rewritten.
+Result<std::vector<Segment>> composeRewritten(
+    ByteSource &source, ByteWindow &window, const Tag &tag, const FramePlan &plan)
+{
+    // No real extended header has more than some twenty bytes.
+    if (tag.framesBegin() > static_cast<qint64>(WindowSize))
+        return tl::unexpected(brokenTag());
+    // A tag must have a frame (ID3v2.3 §3.3). Remove one without, unless that would uncover another tag.
+    const qint64 region = tag.header().regionSize();
+    if (leavesNothing(window, tag, plan) && !anotherTagFollows(window, tag))
+        return std::vector<Segment>{Segment::kept(region, window.end() - region)};
+    return tag.isUnsynchronised() ? composeUnsynchronised(source, window, tag, plan)
+                                  : composePlain(source, window, tag, plan);
+}
+
 } // namespace
 
 Result<std::optional<std::vector<Segment>>> composeSave(
     platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion)
 {
+    if (tag && tag->isCut())
+        return tl::unexpected(tagTooLarge());
     const TagHeader header = tag ? tag->header() : TagHeader{.majorVersion = newVersion};
     const Result<FramePlan> plan = planFrames(header, tag ? &*tag : nullptr, edits);
     if (!plan)
@@ -437,12 +420,9 @@ Result<std::optional<std::vector<Segment>>> composeSave(
     platform::FileSource source(file, fileSize);
     std::array<char, WindowSize> buffer; // NOLINT(*-init): filled before use
     ByteWindow window(source, buffer);
-    // A tag must have a frame (ID3v2.3 §3.3). Remove one without, unless that would uncover another tag.
-    const qint64 region = tag->header().regionSize();
-    if (leavesNothing(window, *tag, *plan) && !anotherTagFollows(window, *tag))
-        return std::vector<Segment>{Segment::kept(region, fileSize - region)};
-    Result<std::vector<Segment>> segments =
-        tag->isPlain() ? composePlain(source, window, *tag, *plan) : composeUnsynchronised(source, *tag, *plan);
+    Result<std::vector<Segment>> segments = composeRewritten(source, window, *tag, *plan);
+    if (window.error()) // whatever was decided, it was decided without bytes that could not be read
+        return tl::unexpected(*window.error());
     if (!segments)
         return tl::unexpected(segments.error());
     return std::move(*segments);

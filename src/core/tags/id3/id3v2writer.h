@@ -16,7 +16,8 @@ namespace ravlin::id3 {
 /// a new one: ID3v2.3 or, if newVersion is 4, ID3v2.4. Returns nothing if the edits change nothing. The tag keeps its
 /// version, and its size if the frames fit; else it grows and gets fresh padding.
 ///
-/// Errors: BrokenTag if the tag can't be written without loss, TooLarge beyond the format's 256 MB, those of reading.
+/// Errors: BrokenTag if the tag can't be written without loss, TagTooLarge if only a part of it was read, TooLarge
+/// beyond the format's 256 MB, those of reading.
 Result<std::optional<std::vector<storage::Segment>>> composeSave(
     platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion = 3);
 

@@ -13,12 +13,14 @@ namespace {
 QString v2Text(const std::optional<id3::Tag> &tag, FrameKind kind)
 {
     const id3::Frame *frame = tag ? tag->programFrame(kind) : nullptr;
-    return frame ? frame->text : QString();
+    if (!frame || frame->text.size() <= id3::MaximumListText)
+        return frame ? frame->text : QString();
+    return frame->text.first(id3::MaximumListText) + QChar(0x2026);
 }
 
 } // namespace
 
-Result<ListFields> readListFields(platform::File &file)
+Result<ListFields> readListFields(platform::File &file, const std::stop_token &stop)
 {
     const Result<platform::FileInfo> info = file.info();
     if (!info)
@@ -27,13 +29,14 @@ Result<ListFields> readListFields(platform::File &file)
     if (!v1)
         return tl::unexpected(v1.error());
     platform::FileSource withoutV1(file, info->size - (*v1 ? id3::V1Size : 0));
-    const auto v2 = id3::Tag::parse(withoutV1, id3::Detail::ListFields);
+    const auto v2 = id3::Tag::parse(withoutV1, id3::Detail::ListFields, stop);
     if (!v2)
         return tl::unexpected(v2.error());
 
     ListFields tag;
     tag.hasV2 = v2->has_value();
     tag.hasV1 = v1->has_value();
+    tag.isCut = tag.hasV2 && (*v2)->isCut();
     tag.title = v2Text(*v2, FrameKind::Title);
     tag.artist = v2Text(*v2, FrameKind::LeadArtist);
     tag.album = v2Text(*v2, FrameKind::Album);

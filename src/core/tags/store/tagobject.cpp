@@ -203,6 +203,8 @@ Result<QString> TagObject::writtenPath()
     if (!path)
         return path;
     Result<void> allowed = checkMp3Name(*path);
+    if (allowed && isV2Cut()) // fields may be missing; the user has not seen what would be lost
+        allowed = tl::unexpected(Error{ErrorCode::TagTooLarge, {}, {}});
     if (allowed && m_content == Content::Checked) {
         platform::FileSource source(*m_file, m_info.size);
         allowed = checkMp3Content(source);

@@ -42,6 +42,8 @@ public:
 
     bool HasV1Tag() const { return m_v1.has_value(); }
     bool HasV2Tag() const { return m_v2.has_value(); }
+    /// Whether the ID3v2 tag is too large to be read in full. Then nothing is saved, removals included.
+    bool isV2Cut() const { return m_v2 && m_v2->isCut(); }
 
     QString Artist() const { return text(FrameKind::LeadArtist); }
     QString Album() const { return text(FrameKind::Album); }
@@ -68,7 +70,8 @@ public:
     /// The parsed ID3v2 frames in the tag's order. Empty without ID3v2.
     const std::vector<id3::Frame> &frames() const;
 
-    /// Whether the linked file may be written. Errors: NotMp3Name, NotMp3Content, and those of reading.
+    /// Whether the linked file may be written. Errors: NotMp3Name, TagTooLarge, NotMp3Content, and those of
+    /// reading.
     Result<void> checkWritable()
     {
         return writtenPath().map([](const QString &) {});

@@ -101,11 +101,16 @@ Result<void> takeRecord(const TagObject &object, const QString &path, TagRecord 
         record.Genre = genreName(genre);
     } else {
         record.Genre = QString::number(genre);
+    }
+    const bool isBeyondTable = genre != GenreNone && genre >= genreNames().size();
+    if (isBeyondTable && !object.isV2Cut()) {
         return tl::unexpected(Error{ErrorCode::GenreOutOfRange, path,
             QStringLiteral("the genre number %1 is beyond the genre table").arg(genre)});
     }
     if (object.Track() == 0)
         record.Track.clear();
+    if (object.isV2Cut())
+        return tl::unexpected(Error{ErrorCode::TagTooLarge, path, QStringLiteral("only a part of the tag was read")});
     return {};
 }
 

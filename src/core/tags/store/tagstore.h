@@ -25,6 +25,7 @@ public:
 
     /// Fills the whole record from the file. If opening or reading fails all texts are empty. GenreOutOfRange: the
     /// genre number is above 125; all fields are filled, Genre has the number in digits, and a missing track is "0".
+    /// TagTooLarge: the fields found in the part of the tag that is read are filled.
     Result<void> ReadTag(const QString &path, TagRecord &record) const;
     /// The record for rules that work on tag values. Unlike ReadTag, a genre number above 125 is not an error, and a
     /// missing track is always empty.

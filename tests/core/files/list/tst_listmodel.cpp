@@ -57,6 +57,22 @@ private Q_SLOTS:
         QCOMPARE(shown, list("cd1/tema.mp3 07 Título 日本 Al 1999 no yes"));
     }
 
+    void aTagTooLargeIsMarkedInItsColumn()
+    {
+        ListModel model;
+        model.setTooLargeText(QStringLiteral("tag too large"));
+        ListFields tag;
+        tag.hasV2 = true;
+        tag.isCut = true;
+        model.setRows({{{}, ListedFile(u"a.mp3", tag)}, row(QStringLiteral("b.mp3"))});
+        QCOMPARE(model.index(0, 7).data().toString(), QStringLiteral("yes, tag too large"));
+        QCOMPARE(model.index(1, 7).data().toString(), QStringLiteral("no"));
+        QCOMPARE(model.index(0, 6).data().toString(), QStringLiteral("no"));
+        ListRow renamed = row(QStringLiteral("c.mp3"));
+        renamed.takeTags(model.rowAt(0).file);
+        QVERIFY(renamed.file.isCut());
+    }
+
     void headersAreAsTheyAreSet()
     {
         ListModel model;
