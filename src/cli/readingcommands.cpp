@@ -73,6 +73,9 @@ void failFolder(const QString &path, const Error &error, Console &console)
         console.fail(path, error);
 }
 
+/// What a record says in addition of a tag that is too large, so that fields may be missing.
+const Extra TagTooLarge{{u"tagTooLarge", true}};
+
 int runList(const Arguments &arguments, Console &console)
 {
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table);
@@ -84,8 +87,11 @@ int runList(const Arguments &arguments, Console &console)
         sortInsideFolders(found->rows);
         for (const ListRow &row : found->rows) {
             const ListFields tag = row.file.tag();
-            writer.write(
-                {row.text(), row.trackColumn(), tag.title, tag.artist, tag.album, tag.year, tag.hasV1, tag.hasV2});
+            const Record record{
+                row.text(), row.trackColumn(), tag.title, tag.artist, tag.album, tag.year, tag.hasV1, tag.hasV2};
+            writer.write(record, tag.isCut ? TagTooLarge : Extra());
+            if (tag.isCut)
+                console.fail(platform::inFolder(folder, row.text()), Error{ErrorCode::TagTooLarge, {}, {}});
         }
         for (const ListFailure &failure : found->failures)
             console.fail(failure.path, failure.error);
@@ -107,18 +113,21 @@ int runShow(const Arguments &arguments, Console &console)
         if (console.out().isBroken())
             break;
         TagRecord tag;
-        if (const Result<void> read = store.ReadTag(path, tag); !read) {
-            if (read.error().code != ErrorCode::GenreOutOfRange) {
-                console.fail(path, read.error());
-                continue;
-            }
+        const Result<void> read = store.ReadTag(path, tag);
+        const bool isCut = !read && read.error().code == ErrorCode::TagTooLarge;
+        if (!read && read.error().code == ErrorCode::GenreOutOfRange) {
             // Everything else was read, and the number is shown.
             console.warn(path + u": "_s + describe(read.error()));
             if (tag.Track == u"0"_s) // means no track
                 tag.Track.clear();
+        } else if (!read) {
+            console.fail(path, read.error());
+            if (!isCut)
+                continue;
         }
-        writer.write({path, tag.Title, tag.Artist, tag.Album, tag.Year, tag.Comment, tag.Track, tag.Genre, tag.HasV1,
-            tag.HasV2});
+        const Record record{
+            path, tag.Title, tag.Artist, tag.Album, tag.Year, tag.Comment, tag.Track, tag.Genre, tag.HasV1, tag.HasV2};
+        writer.write(record, isCut ? TagTooLarge : Extra());
     }
     writer.finish();
     return console.status();

@@ -58,18 +58,18 @@ RecordWriter::RecordWriter(Output &out, Format format, std::vector<QStringView> 
         write(names);
 }
 
-void RecordWriter::write(const Record &record)
+void RecordWriter::write(const Record &record, const Extra &extra)
 {
     Q_ASSERT(record.size() == m_columns.size());
     switch (m_format) {
     case Format::Json:
-        writeJson(record);
+        writeJson(record, extra);
         break;
     case Format::TabSeparated:
         writeTabSeparated(record);
         break;
     case Format::Blocks:
-        writeBlock(record);
+        writeBlock(record, extra);
         break;
     case Format::Table:
         std::vector<QString> &row = m_rows.emplace_back();
@@ -88,16 +88,22 @@ void RecordWriter::finish()
         writeTable();
 }
 
-void RecordWriter::writeJson(const Record &record)
+void RecordWriter::writeJson(const Record &record, const Extra &extra)
 {
-    QByteArray json = m_isFirst ? "\n{" : ",\n{";
-    for (std::size_t i = 0; i < record.size(); ++i) {
-        if (i > 0)
-            json += ", ";
-        appendJsonString(json, m_columns[i]);
+    QByteArray json = m_isFirst ? "\n" : ",\n";
+    char before = '{';
+    const auto append = [&](QStringView name, const Value &value) {
+        json += before;
+        json += before == '{' ? "" : " ";
+        before = ',';
+        appendJsonString(json, name);
         json += ": ";
-        appendJson(json, record[i]);
-    }
+        appendJson(json, value);
+    };
+    for (std::size_t i = 0; i < record.size(); ++i)
+        append(m_columns[i], record[i]);
+    for (const auto &[name, value] : extra)
+        append(name, value);
     json += '}';
     m_out.write(json);
 }
@@ -111,14 +117,17 @@ void RecordWriter::writeTabSeparated(const Record &record)
     m_out.write(line);
 }
 
-void RecordWriter::writeBlock(const Record &record)
+void RecordWriter::writeBlock(const Record &record, const Extra &extra)
 {
     const qsizetype width = std::ranges::max(m_columns, {}, &QStringView::size).size();
     QString block = m_isFirst ? QString() : u"\n"_s;
-    for (std::size_t i = 0; i < record.size(); ++i) {
-        const QString name = m_columns[i].toString() + u':';
-        block += name.leftJustified(width + 2) + printable(textOf(record[i])) + u'\n';
-    }
+    const auto append = [&](QStringView name, const Value &value) {
+        block += (name.toString() + u':').leftJustified(width + 2) + printable(textOf(value)) + u'\n';
+    };
+    for (std::size_t i = 0; i < record.size(); ++i)
+        append(m_columns[i], record[i]);
+    for (const auto &[name, value] : extra)
+        append(name, value);
     m_out.write(block.toUtf8());
 }
 

@@ -7,6 +7,7 @@
 #include <QStringView>
 
 #include <span>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -15,6 +16,8 @@ namespace ravlin::cli {
 /// A value of a record; monostate means unknown.
 using Value = std::variant<std::monostate, QString, qint64, bool>;
 using Record = std::vector<Value>;
+/// Names and values that only some records have.
+using Extra = std::vector<std::pair<QStringView, Value>>;
 
 enum class Format
 {
@@ -33,15 +36,15 @@ class RecordWriter
 public:
     RecordWriter(Output &out, Format format, std::vector<QStringView> columns);
 
-    /// The record has a value for each column.
-    void write(const Record &record);
+    /// The record has a value for each column. The extra ones show only in Json and Blocks.
+    void write(const Record &record, const Extra &extra = {});
     /// Ends the output. Must be called even if there was no record.
     void finish();
 
 private:
-    void writeJson(const Record &record);
+    void writeJson(const Record &record, const Extra &extra);
     void writeTabSeparated(const Record &record);
-    void writeBlock(const Record &record);
+    void writeBlock(const Record &record, const Extra &extra);
     void writeTable();
 
     Output &m_out;

@@ -34,6 +34,7 @@ public:
         m_model->setTags(tags);
         updateSortArrow();
     }
+    void setTooLargeText(const QString &text) { m_model->setTooLargeText(text); }
     void setHeaderText(ListColumn column, const QString &text) { m_model->setHeaderText(column, text); }
     /// Hides these columns and shows the others, and always the file's.
     void setHiddenColumns(ColumnSet hidden);

@@ -188,7 +188,9 @@ void SingleFilePage::ShowCurrent()
     setSavingEnabled(true);
     m_isShowingFile = true;
     // Shows whatever could be read; a failed read shows nothing.
-    (void)m_context.tagStore.ReadTag(path, m_record);
+    const Result<void> read = m_context.tagStore.ReadTag(path, m_record);
+    m_isTagTooLarge = !read && read.error().code == ErrorCode::TagTooLarge;
+    selectionChanged();
     showPage(m_record);
     m_removeV1->setEnabled(m_record.HasV1);
     m_removeV2->setEnabled(m_record.HasV2);
@@ -201,6 +203,7 @@ void SingleFilePage::reset()
 {
     setSavingEnabled(false);
     m_isShowingFile = false;
+    m_isTagTooLarge = false;
     m_record = {};
     showPage(m_record);
     m_removeV1->setEnabled(false);
@@ -233,8 +236,12 @@ void SingleFilePage::selectionChanged()
         hint = captions.text(Text::HintManyFiles).arg(count);
     else if (count == 0)
         hint = captions.text(Text::HintNoFile);
+    else if (m_isTagTooLarge)
+        hint = captions.errorText(ErrorCode::TagTooLarge);
     m_hint->setText(m_save->isEnabled() ? hint : QString());
-    m_save->setToolTip(many ? captions.text(Text::TipSaveManyFiles).arg(count) : captions.text(Text::TipSaveOneFile));
+    m_save->setToolTip(many              ? captions.text(Text::TipSaveManyFiles).arg(count)
+                       : m_isTagTooLarge ? captions.errorText(ErrorCode::TagTooLarge)
+                                         : captions.text(Text::TipSaveOneFile));
     m_save->setAccessibleDescription(m_save->toolTip());
 }
 

@@ -69,6 +69,7 @@ private:
     PageContext m_context;
     TagRecord m_record;
     bool m_isShowingFile = false;
+    bool m_isTagTooLarge = false; ///< of the shown file; part of it was not read
     StreamDetailsReader m_streamReader;
 
     QLineEdit *m_title = nullptr;

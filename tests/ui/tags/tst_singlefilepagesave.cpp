@@ -3,6 +3,7 @@
 // removing tags, and what happens when a file fails or space runs out.
 
 #include "support/links.h"
+#include "support/tagbombs.h"
 #include "ui/tags/singlefilepagefixture.h"
 
 #include <QFile>
@@ -340,6 +341,28 @@ private Q_SLOTS:
         QCOMPARE(toldRefusals(m_page.get()).mid(1),
             QStringList{u"Band - Song.mp3: "_s + m_captions.errorText(ErrorCode::NotMp3Name)});
         QCOMPARE(readFile(secret), "alias ll='ls -l'\n");
+    }
+
+    void aTagTooLargeIsShownAsFarAsItWasReadAndNotSaved()
+    {
+        const QByteArray content = bombFile(3, "COMM", 20, textFrame(3, "TIT2", u"found"_s));
+        addFile(u"1.mp3"_s, content);
+        addFile(u"2.mp3"_s);
+        clickRow(0);
+        QCOMPARE(text("Ttitulo"), u"found"_s);
+        const QString mark = m_captions.errorText(ErrorCode::TagTooLarge);
+        QVERIFY(mark.startsWith(m_captions.text(Text::TagTooLarge)));
+        QCOMPARE(label("saveHint"), mark);
+        QCOMPARE(control<QPushButton>("edita")->accessibleDescription(), mark);
+        setText("Ttitulo", u"x"_s);
+        m_owner.selectAll();
+        press("edita");
+        QCOMPARE(toldRefusals(m_page.get()).mid(1), QStringList{u"1.mp3: "_s + mark});
+        QCOMPARE(readFile(m_owner.rows.at(0)), content);
+        QCOMPARE(read(m_owner.rows.at(1)).Title, u"x"_s);
+        clickRow(1);
+        QVERIFY(label("saveHint") != mark);
+        QVERIFY(control<QPushButton>("edita")->accessibleDescription() != mark);
     }
 
     void theFlagOfARefusedSaveDoesNotKeepTagsFromBeingRemoved()
