@@ -213,6 +213,29 @@ class TestStructure(unittest.TestCase):
                     self.assert_refused(folder + "/guilty.cpp", 2, "system")
                     guilty.unlink()
 
+    def test_what_can_show_html_is_refused_outside_its_folder(self):
+        for code in ("#include <QLabel>", "class QLabel;", "QMessageBox::question(a, b, c);", "QToolTip::showText(a, b);",
+                     "QWhatsThis::showText(a, b);", "QErrorMessage *e;", "new QTextBrowser;", "QTextEdit *edit;",
+                     "QTextDocument document;", "QStaticText text;", "QInputDialog::getText(a, b, c);",
+                     "box.setInformativeText(text);", "label->setTextFormat(Qt::PlainText);", "a.setWhatsThis(text);",
+                     "edit.setHtml(text);", "edit.appendHtml(text);", "text.toHtmlEscaped();", "f(Qt::RichText);",
+                     "f(Qt::AutoText);", 'f(u"<qt>%1</qt>"_s);', 'f("</qt>");', 'f("<qt style=\'x\'>");',
+                     'f(R"(<html>)");'):
+            for folder in ("ui/app", "ui/controls", "ui/online", "core/files"):
+                if folder.startswith("core") and "#include" in code:
+                    continue
+                with self.subTest(code=code, folder=folder):
+                    guilty = self.source / folder / "guilty.cpp"
+                    self.put(guilty, "int a;\n%s\n" % code.replace("</qt>\"_s", "\"_s"))
+                    self.assert_refused(folder + "/guilty.cpp", 2, "text")
+                    guilty.unlink()
+
+    def test_what_can_show_html_is_accepted_in_its_folder_and_in_comments(self):
+        self.put(self.source / "ui/controls/plain/label.h", "#include <QLabel>\nclass PlainLabel : public QLabel {};\n")
+        self.put(self.source / "ui/app/innocent.cpp",
+                 "// a QLabel takes <qt> for HTML\n/* toHtmlEscaped */\nPlainLabel *a; MessageBox *b; ToolTips c; int MyQLabel;\n")
+        self.assert_accepted()
+
     def test_comments_and_literals_are_no_code(self):
         self.put(self.source / "core/tags/record/innocent.cpp", r'''
 // #include <QWidget>

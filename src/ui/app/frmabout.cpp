@@ -5,11 +5,11 @@
 #include "core/app/programstate.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QDesktopServices>
 #include <QEvent>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyleOptionFocusRect>
@@ -113,18 +113,18 @@ frmAbout::frmAbout(const Captions &captions, QWidget *parent, OpenAddress openAd
 
 void frmAbout::createControls()
 {
-    m_name = made<QLabel>("programName", this, QStringLiteral("ravlin!"));
+    m_name = made<PlainLabel>("programName", this, QStringLiteral("ravlin!"));
     QFont large = m_name->font();
     large.setPointSizeF(2 * large.pointSizeF());
     large.setBold(true);
     m_name->setFont(large);
-    m_version = made<QLabel>("lblVersion", this, QStringLiteral("version ") + QStringLiteral(RAVLIN_VERSION));
+    m_version = made<PlainLabel>("lblVersion", this, QStringLiteral("version ") + QStringLiteral(RAVLIN_VERSION));
     m_version->setTextInteractionFlags(Qt::TextSelectableByMouse); // so that it can be copied into a report
-    m_makers = made<QLabel>("lblDisclaimer", this);
+    m_makers = made<PlainLabel>("lblDisclaimer", this);
     m_webSite = made<LinkButton>("Label1", this, defaults::WebSite.toString());
     m_mail = made<LinkButton>("Label2", this, defaults::Mail.toString());
-    m_thanks = made<QLabel>("Label3", this);
-    m_libraries = made<QLabel>("libraries", this);
+    m_thanks = made<PlainLabel>("Label3", this);
+    m_libraries = made<PlainLabel>("libraries", this);
     m_tagLibrary = logo("Pic", QStringLiteral("TagLib"), TagLibrarySite, this);
     m_database = logo("Picture1", QStringLiteral("freedb"), DatabaseSite, this);
     m_guide = made<QPushButton>("guide", this);
@@ -132,8 +132,7 @@ void frmAbout::createControls()
     m_guide->setVisible(!m_guidePage.isEmpty());
     m_ok = made<QPushButton>("cmdOK", this, QStringLiteral("aceptar"));
     m_ok->setDefault(true);
-    for (QLabel *label : {m_makers, m_thanks, m_libraries}) {
-        label->setTextFormat(Qt::PlainText);
+    for (PlainLabel *label : {m_makers, m_thanks, m_libraries}) {
         label->setWordWrap(true);
         label->setMinimumWidth(TextLetters * fontMetrics().averageCharWidth());
     }
@@ -141,7 +140,7 @@ void frmAbout::createControls()
 
 void frmAbout::createLayout()
 {
-    auto *picture = made<QLabel>("programIcon", this);
+    auto *picture = made<PlainLabel>("programIcon", this);
     picture->setPixmap(programIcon().pixmap(QSize(ProgramIconSize, ProgramIconSize), devicePixelRatioF()));
     auto *texts = new QVBoxLayout;
     texts->addWidget(m_name);

@@ -7,12 +7,12 @@
 
 #include <functional>
 
-class QLabel;
 class QPushButton;
 
 namespace ravlin {
 
 class Captions;
+class PlainLabel;
 
 /// The about box: the program's version, its makers and their addresses, and the libraries it uses. Opens the user
 /// guide if that is installed. Hands addresses to the system and ignores what becomes of them.
@@ -42,13 +42,13 @@ private:
 
     const Captions &m_captions;
     OpenAddress m_openAddress;
-    QLabel *m_name = nullptr;
-    QLabel *m_version = nullptr;
-    QLabel *m_makers = nullptr;
+    PlainLabel *m_name = nullptr;
+    PlainLabel *m_version = nullptr;
+    PlainLabel *m_makers = nullptr;
     QPushButton *m_webSite = nullptr;
     QPushButton *m_mail = nullptr;
-    QLabel *m_thanks = nullptr;
-    QLabel *m_libraries = nullptr;
+    PlainLabel *m_thanks = nullptr;
+    PlainLabel *m_libraries = nullptr;
     QString m_guidePage; ///< empty: there is none
     QPushButton *m_guide = nullptr;
     QPushButton *m_tagLibrary = nullptr;

@@ -4,13 +4,13 @@
 #include "core/app/idiomas.h"
 #include "core/files/list/listcolumns.h"
 #include "ui/controls/making.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
-#include <QLabel>
 #include <QVBoxLayout>
 
 namespace ravlin {
@@ -31,17 +31,17 @@ furtheroptions::furtheroptions(const Captions &captions, QWidget *parent) : QWid
 void furtheroptions::createControls()
 {
     m_writing = made<QGroupBox>("writing", this);
-    m_versionLabel = made<QLabel>("lversion", m_writing);
+    m_versionLabel = made<PlainLabel>("lversion", m_writing);
     m_version = made<QComboBox>("cversion", m_writing);
     m_version->addItem(QStringLiteral("ID3v2.3"), 3);
     m_version->addItem(QStringLiteral("ID3v2.4"), 4);
     m_keepTimes = made<QCheckBox>("chtimes", m_writing);
     m_list = made<QGroupBox>("list", this);
-    m_clickLabel = made<QLabel>("lclick", m_list);
+    m_clickLabel = made<PlainLabel>("lclick", m_list);
     m_click = made<QComboBox>("cclick", m_list);
     m_click->addItem(QString(), static_cast<int>(DoubleClick::Open));
     m_click->addItem(QString(), static_cast<int>(DoubleClick::Edit));
-    m_columnsLabel = made<QLabel>("lcolumns", m_list);
+    m_columnsLabel = made<PlainLabel>("lcolumns", m_list);
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         m_columns[i] = new QCheckBox(m_list);
         m_columns[i]->setObjectName(QStringLiteral("chcolumn_%1").arg(i));

@@ -10,11 +10,11 @@
 class QCheckBox;
 class QComboBox;
 class QGroupBox;
-class QLabel;
 
 namespace ravlin {
 
 class Captions;
+class PlainLabel;
 
 /// The second page of the options dialog: how tags are written, what a double click does, and which columns the file
 /// list shows. The dialog stores the choices.
@@ -38,13 +38,13 @@ private:
     const Captions &m_captions;
     QString m_shownColumnsText; ///< the text of the hidden columns given to show()
     QGroupBox *m_writing = nullptr;
-    QLabel *m_versionLabel = nullptr;
+    PlainLabel *m_versionLabel = nullptr;
     QComboBox *m_version = nullptr;
     QCheckBox *m_keepTimes = nullptr;
     QGroupBox *m_list = nullptr;
-    QLabel *m_clickLabel = nullptr;
+    PlainLabel *m_clickLabel = nullptr;
     QComboBox *m_click = nullptr;
-    QLabel *m_columnsLabel = nullptr;
+    PlainLabel *m_columnsLabel = nullptr;
     std::array<QCheckBox *, 8> m_columns{}; ///< chcolumn_0 to chcolumn_7
 };
 

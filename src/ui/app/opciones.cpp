@@ -5,6 +5,8 @@
 #include "ui/app/furtheroptions.h"
 #include "ui/app/program.h"
 #include "ui/controls/making.h"
+#include "ui/controls/plain/messagebox.h"
+#include "ui/controls/plain/plainlabel.h"
 #include "ui/online/mainform.h"
 
 #include <QCheckBox>
@@ -12,9 +14,7 @@
 #include <QDir>
 #include <QFormLayout>
 #include <QGroupBox>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
@@ -54,16 +54,16 @@ void opciones::createControls()
     m_further = new furtheroptions(m_program.captions, m_pages);
     m_general = made<QGroupBox>("general", this, QStringLiteral("general"));
     m_freedb = made<QGroupBox>("freedb", this, QStringLiteral("freedb"));
-    m_languageLabel = made<QLabel>("lidioma", m_general, QStringLiteral("lenguage"));
+    m_languageLabel = made<PlainLabel>("lidioma", m_general, QStringLiteral("lenguage"));
     m_language = made<QComboBox>("cidioma", m_general);
     m_language->addItems({QStringLiteral("spanish"), QStringLiteral("english"), QStringLiteral("french")});
     m_language->setCurrentText(QStringLiteral("english"));
-    m_modeLabel = made<QLabel>("Label1", m_general, QStringLiteral("tags"));
+    m_modeLabel = made<PlainLabel>("Label1", m_general, QStringLiteral("tags"));
     m_mode = made<QComboBox>("ctags", m_general);
     m_remember = made<QCheckBox>("opreme", m_general, QStringLiteral("remember last directory"));
-    m_serverLabel = made<QLabel>("lserver", m_freedb, QStringLiteral("freedb server"));
+    m_serverLabel = made<PlainLabel>("lserver", m_freedb, QStringLiteral("freedb server"));
     m_server = made<QLineEdit>("tserver", m_freedb, defaults::Server.toString());
-    m_mailLabel = made<QLabel>("lmail", m_freedb, QStringLiteral("email"));
+    m_mailLabel = made<PlainLabel>("lmail", m_freedb, QStringLiteral("email"));
     m_mail = made<QLineEdit>("tmail", m_freedb, defaults::Mail.toString());
     m_update = made<QGroupBox>("update", this, QStringLiteral("update"));
     m_checkVersion = made<QPushButton>("upd", m_update);
@@ -167,7 +167,7 @@ void opciones::applyCaptions()
     m_pages->setTabText(0, captions.text(Caption::Options));
     m_pages->setTabText(1, captions.text(Text::TabFurtherOptions));
     m_pages->tabBar()->setAccessibleName(captions.text(Text::NameOptionPages));
-    for (const QLabel *label : {m_languageLabel, m_modeLabel, m_serverLabel, m_mailLabel})
+    for (const PlainLabel *label : {m_languageLabel, m_modeLabel, m_serverLabel, m_mailLabel})
         label->buddy()->setAccessibleName(label->text());
     m_mode->clear();
     for (std::size_t i = 0; i < ModeCaptions.size(); ++i)
@@ -216,11 +216,10 @@ void opciones::openUpdate()
 
 void opciones::showSaveError(const QString &detail)
 {
-    QMessageBox box(
-        QMessageBox::Critical, QString(), m_program.captions.errorText(ErrorCode::Settings), QMessageBox::Ok, this);
+    MessageBox box(
+        MessageBox::Critical, QString(), m_program.captions.errorText(ErrorCode::Settings), MessageBox::Ok, this);
     box.setObjectName(QStringLiteral("error"));
-    box.setTextFormat(Qt::PlainText);
-    box.setInformativeText(QDir::toNativeSeparators(m_program.settings.path()));
+    box.setFurtherText(QDir::toNativeSeparators(m_program.settings.path()));
     box.setDetailedText(detail);
     box.exec();
 }

@@ -6,14 +6,15 @@
 class QCheckBox;
 class QComboBox;
 class QGroupBox;
-class QLabel;
 class QLineEdit;
 class QPushButton;
 class QTabWidget;
 
 namespace ravlin {
 
+class PlainLabel;
 class furtheroptions;
+
 struct Program;
 
 /// The options dialog: the interface's language, which tags a save writes, whether the last folder is opened again, and
@@ -50,15 +51,15 @@ private:
     QTabWidget *m_pages = nullptr;
     furtheroptions *m_further = nullptr;
     QGroupBox *m_general = nullptr;
-    QLabel *m_languageLabel = nullptr;
+    PlainLabel *m_languageLabel = nullptr;
     QComboBox *m_language = nullptr;
-    QLabel *m_modeLabel = nullptr;
+    PlainLabel *m_modeLabel = nullptr;
     QComboBox *m_mode = nullptr;
     QCheckBox *m_remember = nullptr;
     QGroupBox *m_freedb = nullptr;
-    QLabel *m_serverLabel = nullptr;
+    PlainLabel *m_serverLabel = nullptr;
     QLineEdit *m_server = nullptr;
-    QLabel *m_mailLabel = nullptr;
+    PlainLabel *m_mailLabel = nullptr;
     QLineEdit *m_mail = nullptr;
     QGroupBox *m_update = nullptr;
     QPushButton *m_checkVersion = nullptr;

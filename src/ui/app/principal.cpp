@@ -15,6 +15,7 @@
 #include "ui/app/windowservices.h"
 #include "ui/controls/busy.h"
 #include "ui/controls/esperate.h"
+#include "ui/controls/plain/tooltips.h"
 #include "ui/controls/splitpanel.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
@@ -72,6 +73,7 @@ principal::principal(Program &program)
     : m_program(program), m_openWindows(new OpenWindows(this)), m_waitWindow(new esperate(this)),
       m_busy(new Busy(*m_waitWindow, this, this)), m_area(new QWidget(this))
 {
+    new ToolTips(this);
     setObjectName(QStringLiteral("principal"));
     setWindowTitle(QStringLiteral("ravlin!"));
     setMinimumWidth(SmallestWidth);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/statuspanels.h"
 
+#include "core/app/showntext.h"
 #include "ui/controls/elidedlabel.h"
 
 namespace ravlin {
@@ -29,7 +30,7 @@ StatusPanels::StatusPanels(QWidget *parent)
 
 void StatusPanels::showPassing(const QString &text)
 {
-    showMessage(text, PassingTime);
+    showMessage(shownLine(text), PassingTime);
 }
 
 void StatusPanels::setTexts(const QString &count, const QString &path)

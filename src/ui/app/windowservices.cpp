@@ -4,9 +4,8 @@
 #include "core/app/programstate.h"
 #include "ui/app/listcontroller.h"
 #include "ui/controls/busy.h"
+#include "ui/controls/plain/messagebox.h"
 #include "ui/files/filelist.h"
-
-#include <QMessageBox>
 
 namespace ravlin {
 
@@ -74,17 +73,15 @@ bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<voi
 
 bool WindowServices::ask(const QString &question)
 {
-    QMessageBox box(QMessageBox::Question, QString(), question, QMessageBox::Yes | QMessageBox::No, m_window);
+    MessageBox box(MessageBox::Question, QString(), question, MessageBox::Yes | MessageBox::No, m_window);
     box.setObjectName(QStringLiteral("question"));
-    box.setTextFormat(Qt::PlainText);
-    return box.exec() == QMessageBox::Yes;
+    return box.exec() == MessageBox::Yes;
 }
 
 void WindowServices::showError(const QString &text)
 {
-    QMessageBox box(QMessageBox::Critical, QString(), text, QMessageBox::Ok, m_window);
+    MessageBox box(MessageBox::Critical, QString(), text, MessageBox::Ok, m_window);
     box.setObjectName(QStringLiteral("error"));
-    box.setTextFormat(Qt::PlainText);
     box.exec();
 }
 

@@ -2,12 +2,12 @@
 #include "ui/controls/clashdialog.h"
 
 #include "core/app/idiomas.h"
-#include "core/files/list/listcolumns.h"
+#include "core/app/showntext.h"
 #include "core/platform/path.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QCheckBox>
 #include <QDateTime>
-#include <QLabel>
 #include <QLocale>
 #include <QPushButton>
 #include <QStyle>
@@ -19,6 +19,11 @@ namespace {
 
 constexpr int QuestionLetters = 50; ///< width of the question in average letters
 constexpr qint64 NanosecondsInMillisecond = 1'000'000;
+
+QString shownInSentence(const QString &name)
+{
+    return shownLine(name, MostNameLetters);
+}
 
 /// Size and date, by which people recognise the better file.
 QString descriptionOf(const platform::Node &node, const Captions &captions)
@@ -34,9 +39,9 @@ QString questionAbout(const Clash &clash, const Captions &captions)
 {
     const QString folder = platform::folderOf(clash.target);
     const QString folderName = platform::nameOf(folder);
-    const QStringList lines{
-        captions.text(Text::ClashInFolder)
-            .arg(shownName(platform::nameOf(clash.target)), shownName(folderName.isEmpty() ? folder : folderName)),
+    const QStringList lines{captions.text(Text::ClashInFolder)
+                                .arg(shownInSentence(platform::nameOf(clash.target)),
+                                    shownInSentence(folderName.isEmpty() ? folder : folderName)),
         QString(), captions.text(Text::ClashPresent).arg(descriptionOf(clash.targetNode, captions)),
         captions.text(Text::ClashComing).arg(descriptionOf(clash.sourceNode, captions))};
     return lines.join(u'\n');
@@ -49,7 +54,7 @@ ClashDialog::ClashDialog(
     : QDialog(parent), m_forAll(new QCheckBox(captions.text(Text::ClashForAll), this)), m_buttons(new QHBoxLayout)
 {
     setObjectName(QStringLiteral("clash"));
-    arrange(captions, captions.text(Text::ClashQuestion).arg(shownName(takenName), shownName(presentName)));
+    arrange(captions, captions.text(Text::ClashQuestion).arg(shownInSentence(takenName), shownInSentence(presentName)));
     addButton(QStringLiteral("Skip"), captions.text(Text::ClashSkip), ClashAnswer::Skip);
     addButton(QStringLiteral("KeepBoth"), captions.text(Text::ClashKeepBoth), ClashAnswer::KeepBoth);
     addButton(QStringLiteral("Stop"), captions.text(Text::ClashStop), ClashAnswer::Stop);
@@ -73,13 +78,12 @@ void ClashDialog::arrange(const Captions &captions, const QString &question)
 {
     setWindowTitle(captions.text(Text::ClashTitle));
     m_forAll->setObjectName(objectName() + QStringLiteral("ForAll"));
-    auto *sign = new QLabel(this);
+    auto *sign = new PlainLabel(this);
     const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
     sign->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, this).pixmap(size, size));
     sign->setAlignment(Qt::AlignTop);
-    auto *text = new QLabel(this);
+    auto *text = new PlainLabel(this);
     text->setObjectName(objectName() + QStringLiteral("Question"));
-    text->setTextFormat(Qt::PlainText);
     text->setWordWrap(true);
     text->setMinimumWidth(fontMetrics().averageCharWidth() * QuestionLetters);
     text->setText(question);

@@ -1,21 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/controls/elidedlabel.h"
 
+#include "core/app/showntext.h"
+
 #include <QEvent>
 
 namespace ravlin {
 
-ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
+ElidedLabel::ElidedLabel(QWidget *parent) : PlainLabel(parent)
 {
-    setTextFormat(Qt::PlainText);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
 void ElidedLabel::setFullText(const QString &text, const QString &detail)
 {
-    m_fullText = text;
-    m_detail = detail;
-    setAccessibleName(text);
+    m_fullText = shownLine(text);
+    m_detail = shownLine(detail);
+    setAccessibleName(m_fullText);
     elide();
     updateGeometry();
 }
@@ -33,13 +34,13 @@ QSize ElidedLabel::minimumSizeHint() const
 
 void ElidedLabel::resizeEvent(QResizeEvent *event)
 {
-    QLabel::resizeEvent(event);
+    PlainLabel::resizeEvent(event);
     elide();
 }
 
 void ElidedLabel::changeEvent(QEvent *event)
 {
-    QLabel::changeEvent(event);
+    PlainLabel::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         elide();
 }
@@ -47,8 +48,7 @@ void ElidedLabel::changeEvent(QEvent *event)
 void ElidedLabel::elide()
 {
     setText(fontMetrics().elidedText(m_fullText, Qt::ElideMiddle, contentsRect().width()));
-    const QString told = m_detail.isEmpty() && text() != m_fullText ? m_fullText : m_detail;
-    setToolTip(told.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(told.toHtmlEscaped()));
+    setToolTip(m_detail.isEmpty() && text() != m_fullText ? m_fullText : m_detail);
 }
 
 } // namespace ravlin

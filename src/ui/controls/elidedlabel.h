@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QLabel>
+#include "ui/controls/plain/plainlabel.h"
 
 namespace ravlin {
 
 /// A label of one line of plain text. If the text is too long it leaves out the middle, and the tooltip shows all.
-class ElidedLabel : public QLabel
+class ElidedLabel : public PlainLabel
 {
     Q_OBJECT
 
@@ -14,7 +14,7 @@ public:
     explicit ElidedLabel(QWidget *parent = nullptr);
 
     const QString &fullText() const { return m_fullText; }
-    /// The tooltip shows detail, as plain text; without detail, the text if that is cut.
+    /// Both are made fit by shownLine(). The tooltip shows detail; without detail, the text if that is cut.
     void setFullText(const QString &text, const QString &detail = {});
 
     QSize sizeHint() const override;

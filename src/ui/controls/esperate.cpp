@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/controls/esperate.h"
 
+#include "core/app/showntext.h"
+#include "ui/controls/plain/plainlabel.h"
+
 #include <QFrame>
 #include <QGridLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLocale>
 #include <QMouseEvent>
 #include <QPainter>
@@ -29,12 +31,11 @@ constexpr std::chrono::milliseconds CheckAgain = 50ms;
 constexpr int BytesScale = 1000; ///< steps of the bar while it shows bytes
 
 /// A line of plain text that takes the width it gets and leaves out its middle if that is too narrow.
-class ElidedLabel : public QLabel
+class ElidedLabel : public PlainLabel
 {
 public:
-    explicit ElidedLabel(QWidget *parent) : QLabel(parent)
+    explicit ElidedLabel(QWidget *parent) : PlainLabel(parent)
     {
-        setTextFormat(Qt::PlainText);
         setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     }
 
@@ -57,7 +58,7 @@ QString countText(int value, int maximum)
 
 esperate::esperate(QWidget *parent)
     : QWidget(parent, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
-      m_frame(new QFrame(this)), m_file(new ElidedLabel(m_frame)), m_count(new QLabel(m_frame)),
+      m_frame(new QFrame(this)), m_file(new ElidedLabel(m_frame)), m_count(new PlainLabel(m_frame)),
       m_bar(new QProgressBar(m_frame)), m_stop(new QPushButton(m_frame))
 {
     setObjectName(u"esperate"_s);
@@ -165,7 +166,7 @@ void esperate::requestStop()
 
 void esperate::setCurrentFile(const QString &file)
 {
-    m_file->setText(file);
+    m_file->setText(shownLine(file));
 }
 
 int esperate::value() const

@@ -9,11 +9,12 @@
 #include <chrono>
 
 class QFrame;
-class QLabel;
 class QProgressBar;
 class QPushButton;
 
 namespace ravlin {
+
+class PlainLabel;
 
 /// The wait window: how far a long operation has come.
 ///
@@ -74,8 +75,8 @@ private:
     void requestStop();
 
     QFrame *m_frame;
-    QLabel *m_file;
-    QLabel *m_count;
+    PlainLabel *m_file;
+    PlainLabel *m_count;
     QProgressBar *m_bar;
     QPushButton *m_stop;
     QTimer m_dueTimer;

@@ -5,8 +5,8 @@
 #include "core/app/idiomas.h"
 #include "core/files/list/listcolumns.h"
 #include "core/platform/path.h"
+#include "ui/controls/plain/plainlabel.h"
 
-#include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 #include <QStyle>
@@ -28,12 +28,11 @@ OutcomeBox::OutcomeBox(const Captions &captions, const QString &headline, const 
 {
     setObjectName(QStringLiteral("outcome"));
     setWindowTitle(QStringLiteral("ravlin!"));
-    auto *sign = new QLabel(this);
+    auto *sign = new PlainLabel(this);
     const int size = style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, this);
     sign->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning, nullptr, this).pixmap(size, size));
-    auto *head = new QLabel(headline, this);
+    auto *head = new PlainLabel(headline, this);
     head->setObjectName(QStringLiteral("outcomeHeadline"));
-    head->setTextFormat(Qt::PlainText);
     auto *list = new QListWidget(this);
     list->setObjectName(QStringLiteral("outcomeLines"));
     list->setAccessibleName(captions.text(Text::NameOutcome));

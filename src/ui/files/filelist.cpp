@@ -9,10 +9,7 @@
 #include <QContextMenuEvent>
 #include <QFont>
 #include <QHeaderView>
-#include <QHelpEvent>
 #include <QKeyEvent>
-#include <QStyledItemDelegate>
-#include <QToolTip>
 
 #include <algorithm>
 #include <numeric>
@@ -73,61 +70,12 @@ private:
     FileList *const m_list;
 };
 
-/// Shows a cell's tooltip only where it says more than the cell, or the cell is too narrow for its text.
-class ElidedTips : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
-        const QModelIndex &index) override
-    {
-        if (event->type() == QEvent::ToolTip && sizeHint(option, index).width() <= option.rect.width() &&
-            index.data(Qt::ToolTipRole) == index.data()) {
-            QToolTip::hideText();
-            return true;
-        }
-        return QStyledItemDelegate::helpEvent(event, view, option, index);
-    }
-};
-
-/// Shows a header section's text as its tooltip where the section is too narrow for it.
-class ElidedHeaderTips : public QObject
-{
-public:
-    /// The header owns it.
-    explicit ElidedHeaderTips(QHeaderView *header) : QObject(header), m_header(header)
-    {
-        header->viewport()->installEventFilter(this);
-    }
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() != QEvent::ToolTip)
-            return QObject::eventFilter(watched, event);
-        const auto *help = static_cast<QHelpEvent *>(event);
-        const int section = m_header->logicalIndexAt(help->pos());
-        if (section >= 0 && m_header->sectionSizeHint(section) > m_header->sectionSize(section)) {
-            const QString text = m_header->model()->headerData(section, m_header->orientation()).toString();
-            QToolTip::showText(help->globalPos(), text, m_header);
-        } else {
-            QToolTip::hideText();
-        }
-        return true;
-    }
-
-private:
-    QHeaderView *const m_header;
-};
-
 } // namespace
 
 FileList::FileList(QWidget *parent)
     : QTreeView(parent), m_model(new FileListModel(this)), m_drag(new RowDrag(this, DropRule::NearestEdge))
 {
     setModel(m_model);
-    setItemDelegate(new ElidedTips(this));
     setRootIsDecorated(false);
     setItemsExpandable(false);
     setUniformRowHeights(true);
@@ -139,7 +87,6 @@ FileList::FileList(QWidget *parent)
     setHorizontalScrollMode(ScrollPerPixel);
     setTextElideMode(Qt::ElideRight);
 
-    new ElidedHeaderTips(header());
     header()->setStretchLastSection(false);
     header()->setSectionsClickable(true);
     header()->setSectionsMovable(false);

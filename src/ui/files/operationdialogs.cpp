@@ -2,13 +2,14 @@
 #include "ui/files/operationdialogs.h"
 
 #include "core/app/idiomas.h"
+#include "core/app/showntext.h"
 #include "core/files/list/listcolumns.h"
 #include "core/platform/path.h"
 #include "ui/controls/busy.h"
 #include "ui/controls/clashdialog.h"
 #include "ui/controls/outcomebox.h"
+#include "ui/controls/plain/messagebox.h"
 
-#include <QMessageBox>
 #include <QPushButton>
 
 #include <algorithm>
@@ -28,7 +29,7 @@ bool isFolder(const QString &path)
 
 QString nameIn(const QString &path)
 {
-    return shownName(platform::nameOf(path));
+    return shownLine(platform::nameOf(path), MostNameLetters);
 }
 
 Text headlineOf(OperationKind kind)
@@ -127,12 +128,11 @@ bool OperationDialogs::confirmDeleteForGood(const QStringList &paths)
 /// Enter may put files into the trash, which gives them back, but must not delete for good.
 bool OperationDialogs::ask(const QString &question, const QStringList &paths, bool isForGood)
 {
-    QMessageBox box(isForGood ? QMessageBox::Warning : QMessageBox::Question, QString(), question,
-        QMessageBox::Yes | QMessageBox::No, m_window);
+    MessageBox box(isForGood ? MessageBox::Warning : MessageBox::Question, QString(), question,
+        MessageBox::Yes | MessageBox::No, m_window);
     box.setObjectName(QStringLiteral("question"));
-    box.setTextFormat(Qt::PlainText);
-    box.setDefaultButton(isForGood ? QMessageBox::No : QMessageBox::Yes);
-    box.setEscapeButton(QMessageBox::No);
+    box.setDefaultButton(isForGood ? MessageBox::No : MessageBox::Yes);
+    box.setEscapeButton(MessageBox::No);
     if (paths.size() > 1) {
         QStringList names;
         const qsizetype named = std::min(paths.size(), NamedInQuestion);
@@ -140,9 +140,9 @@ bool OperationDialogs::ask(const QString &question, const QStringList &paths, bo
             names << nameIn(path);
         if (paths.size() > named)
             names << m_captions.text(Text::AndMore).arg(paths.size() - named);
-        box.setInformativeText(names.join(u'\n'));
+        box.setFurtherText(names.join(u'\n'));
     }
-    return box.exec() == QMessageBox::Yes;
+    return box.exec() == MessageBox::Yes;
 }
 
 bool OperationDialogs::runLong(OperationKind /*kind*/, const std::function<void(const Watch &)> &work)

@@ -8,12 +8,12 @@
 #include "core/naming/placeholders.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/making.h"
+#include "ui/controls/plain/plainlabel.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
 #include "ui/naming/problemtext.h"
 
 #include <QCheckBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -53,13 +53,12 @@ void Dialog::createControls()
     m_byPattern = made<QCheckBox>("Check2", this);
     m_pattern = new PatternBox(QStringLiteral("avanzado"), PatternHistory::Folder, m_context.settings, this);
     m_placeholders = new PlaceholderBox(Caption::AdvancedVariables, folderPlaceholders(), LabelsInARow, this);
-    m_newNameLabel = made<QLabel>("newNameLabel", this);
-    m_newName = made<QLabel>("newName", this);
+    m_newNameLabel = made<PlainLabel>("newNameLabel", this);
+    m_newName = made<PlainLabel>("newName", this);
     m_rename = made<QPushButton>("OKButton", this);
     m_cancel = made<QPushButton>("CancelButton", this);
     m_rename->setDefault(true);
     m_cancel->setAutoDefault(false);
-    m_newName->setTextFormat(Qt::PlainText);
     m_newName->setWordWrap(true);
     m_newName->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_newName->setMinimumWidth(fontMetrics().averageCharWidth() * NameLetters);

@@ -11,13 +11,13 @@
 #include <optional>
 
 class QCheckBox;
-class QLabel;
 class QPushButton;
 
 namespace ravlin {
 
 class PatternBox;
 class PlaceholderBox;
+class PlainLabel;
 
 /// The dialog that renames a folder after the tag of its first file: by artist and album, or by a pattern. Shows the
 /// new name while the user edits the rule.
@@ -60,8 +60,8 @@ private:
     QCheckBox *m_byPattern = nullptr;
     PatternBox *m_pattern = nullptr;
     PlaceholderBox *m_placeholders = nullptr; ///< lt_0 to lt_3
-    QLabel *m_newNameLabel = nullptr;
-    QLabel *m_newName = nullptr;
+    PlainLabel *m_newNameLabel = nullptr;
+    PlainLabel *m_newName = nullptr;
     QPushButton *m_rename = nullptr;
     QPushButton *m_cancel = nullptr;
 };

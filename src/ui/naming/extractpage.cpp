@@ -9,12 +9,12 @@
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
+#include "ui/controls/plain/plainlabel.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
 #include "ui/naming/preview.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 
 namespace ravlin {
@@ -26,10 +26,10 @@ constexpr int LabelsInARow = 4;
 } // namespace
 
 ExtractPage::ExtractPage(const PageContext &context, QWidget *parent)
-    : PageArea(parent), m_context(context), m_patternLabel(new QLabel(this)),
+    : PageArea(parent), m_context(context), m_patternLabel(new PlainLabel(this)),
       m_pattern(new PatternBox(QStringLiteral("tpatron"), PatternHistory::Extraction, context.settings, this)),
       m_placeholders(new PlaceholderBox(Caption::Variables, extractionPlaceholders(), LabelsInARow, this)),
-      m_hint(new QLabel(this)), m_preview(new QPushButton(this)), m_extract(new QPushButton(this))
+      m_hint(new PlainLabel(this)), m_preview(new QPushButton(this)), m_extract(new QPushButton(this))
 {
     setObjectName(QStringLiteral("extractPage"));
     m_hint->setObjectName(QStringLiteral("extractHint"));

@@ -4,13 +4,13 @@
 #include "ui/controls/pagearea.h"
 #include "ui/controls/pagecontext.h"
 
-class QLabel;
 class QPushButton;
 
 namespace ravlin {
 
 class PatternBox;
 class PlaceholderBox;
+class PlainLabel;
 
 /// The page that fills tags from file names: the pattern, the labels of its placeholders, the run and its preview.
 ///
@@ -40,10 +40,10 @@ private:
     void showPreview();
 
     PageContext m_context;
-    QLabel *m_patternLabel;
+    PlainLabel *m_patternLabel;
     PatternBox *m_pattern;
     PlaceholderBox *m_placeholders; ///< lt_9 to lt_15, lt_17
-    QLabel *m_hint;
+    PlainLabel *m_hint;
     QPushButton *m_preview;
     QPushButton *m_extract;
 };

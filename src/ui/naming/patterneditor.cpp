@@ -6,11 +6,11 @@
 #include "core/naming/patternhistory.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QComboBox>
 #include <QGridLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
 
@@ -78,7 +78,7 @@ void PatternEditor::createControls(const Captions &captions)
 
 void PatternEditor::arrange(const Captions &captions)
 {
-    auto *label = new QLabel(captions.text(Text::LabelPatternsOf), this);
+    auto *label = new PlainLabel(captions.text(Text::LabelPatternsOf), this);
     label->setBuddy(m_choice);
     auto *changes = new QVBoxLayout;
     for (QPushButton *button : {m_up, m_down, m_delete})

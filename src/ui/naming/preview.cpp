@@ -5,10 +5,10 @@
 #include "core/app/pageowner.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/icons.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QEvent>
 #include <QHeaderView>
-#include <QLabel>
 #include <QPushButton>
 #include <QScreen>
 #include <QTreeView>
@@ -38,7 +38,7 @@ void preview::open(const PageContext &context, const PreviewRequest &request, QW
 
 preview::preview(const PageContext &context, QWidget *parent)
     : QDialog(parent), m_context(context), m_model(new PreviewModel(this)), m_list(new QTreeView(this)),
-      m_remark(new QLabel(this)), m_summary(new QLabel(this)), m_close(new QPushButton(this))
+      m_remark(new PlainLabel(this)), m_summary(new PlainLabel(this)), m_close(new QPushButton(this))
 {
     setObjectName(QStringLiteral("preview"));
     setWindowTitle(QStringLiteral("preview"));
@@ -66,7 +66,6 @@ void preview::createControls()
     m_list->header()->setHighlightSections(false);
     m_list->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     m_remark->setObjectName(QStringLiteral("remark"));
-    m_remark->setTextFormat(Qt::PlainText);
     m_remark->setWordWrap(true);
     m_summary->setObjectName(QStringLiteral("summary"));
     m_close->setObjectName(QStringLiteral("close"));

@@ -8,11 +8,12 @@
 #include <QDialog>
 #include <QStringList>
 
-class QLabel;
 class QPushButton;
 class QTreeView;
 
 namespace ravlin {
+
+class PlainLabel;
 
 /// What is to be previewed.
 struct PreviewRequest
@@ -53,8 +54,8 @@ private:
     PageContext m_context;
     PreviewModel *m_model;
     QTreeView *m_list;
-    QLabel *m_remark;
-    QLabel *m_summary;
+    PlainLabel *m_remark;
+    PlainLabel *m_summary;
     QPushButton *m_close;
 };
 

@@ -2,7 +2,7 @@
 #include "ui/naming/previewmodel.h"
 
 #include "core/app/idiomas.h"
-#include "core/files/list/listcolumns.h"
+#include "core/app/showntext.h"
 #include "core/naming/filename.h"
 #include "core/platform/path.h"
 #include "ui/naming/problemtext.h"
@@ -26,11 +26,11 @@ QString yesOrNo(bool value)
     return value ? QStringLiteral("yes") : QStringLiteral("no");
 }
 
-QString cell(const PreviewRow &row, int column)
+QString cellOf(const PreviewRow &row, int column)
 {
     switch (column) {
     case 0:
-        return shownName(row.name);
+        return row.name;
     case 1:
         return row.record.Track;
     case 2:
@@ -48,15 +48,20 @@ QString cell(const PreviewRow &row, int column)
     }
 }
 
+QString cell(const PreviewRow &row, int column)
+{
+    return shownLine(cellOf(row, column));
+}
+
 /// The whole text of the cell, which may be too narrow for it, and the remarks about the row.
 QString toolTip(const QString &cellText, const QStringList &remarks)
 {
     QStringList lines;
     for (const QString &line : QStringList(cellText) + remarks) {
         if (!line.isEmpty())
-            lines << line.toHtmlEscaped();
+            lines << line;
     }
-    return lines.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(lines.join(QStringLiteral("<br>")));
+    return lines.join(u'\n');
 }
 
 void remarkLongName(PreviewLine &line, const Captions &captions)

@@ -13,13 +13,13 @@
 #include "ui/controls/conversionbox.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
+#include "ui/controls/plain/plainlabel.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
 #include "ui/naming/preview.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -62,7 +62,7 @@ void RenamePage::createControls()
     m_placeholders = new PlaceholderBox(Caption::AdvancedVariables, renamePlaceholders(), LabelsInARow, this);
     m_caseConversion = new ConversionBox(ConversionPairs[RenameCasePair], this);
     m_replaceConversion = new ConversionBox(ConversionPairs[RenameReplacePair], this);
-    m_hint = made<QLabel>("renameHint", this);
+    m_hint = made<PlainLabel>("renameHint", this);
     m_preview = made<QPushButton>("renamePreview", this);
     m_rename = made<QPushButton>("Command2", this);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);

@@ -4,7 +4,6 @@
 #include "ui/controls/pagearea.h"
 #include "ui/controls/pagecontext.h"
 
-class QLabel;
 class QPushButton;
 class QRadioButton;
 
@@ -13,7 +12,9 @@ namespace ravlin {
 class ConversionBox;
 class PatternBox;
 class PlaceholderBox;
+class PlainLabel;
 class RenamingPlan;
+
 struct NamingRule;
 struct SessionChoices;
 
@@ -65,7 +66,7 @@ private:
     PlaceholderBox *m_placeholders = nullptr;     ///< lt_0 to lt_7
     ConversionBox *m_caseConversion = nullptr;    ///< op4_0, ccase_0
     ConversionBox *m_replaceConversion = nullptr; ///< op4_3, ccase_3
-    QLabel *m_hint = nullptr;
+    PlainLabel *m_hint = nullptr;
     QPushButton *m_preview = nullptr;
     QPushButton *m_rename = nullptr;
 };

@@ -3,9 +3,9 @@
 
 #include "core/app/idiomas.h"
 #include "core/tags/record/genres.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QGridLayout>
-#include <QLabel>
 #include <QLineEdit>
 
 namespace ravlin {
@@ -21,9 +21,9 @@ QLineEdit *textBox(const char *name, QWidget *parent)
     return box;
 }
 
-QLabel *labelOf(const char *name, QLineEdit *box, QWidget *parent)
+PlainLabel *labelOf(const char *name, QLineEdit *box, QWidget *parent)
 {
-    auto *label = new QLabel(parent);
+    auto *label = new PlainLabel(parent);
     label->setObjectName(QLatin1String(name));
     label->setBuddy(box);
     return label;

@@ -6,12 +6,12 @@
 #include <QStringList>
 #include <QWidget>
 
-class QLabel;
 class QLineEdit;
 
 namespace ravlin {
 
 class Captions;
+class PlainLabel;
 
 /// The text boxes for the fields that all files of a disc get.
 class DiscFieldsBox : public QWidget
@@ -33,13 +33,13 @@ Q_SIGNALS:
     void edited();
 
 private:
-    QLabel *m_artistLabel;
+    PlainLabel *m_artistLabel;
     QLineEdit *m_artist;
-    QLabel *m_albumLabel;
+    PlainLabel *m_albumLabel;
     QLineEdit *m_album;
-    QLabel *m_yearLabel;
+    PlainLabel *m_yearLabel;
     QLineEdit *m_year;
-    QLabel *m_genreLabel;
+    PlainLabel *m_genreLabel;
     QLineEdit *m_genre;
 };
 

@@ -4,8 +4,7 @@
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
 #include "ui/controls/outcomebox.h"
-
-#include <QMessageBox>
+#include "ui/controls/plain/messagebox.h"
 
 namespace ravlin {
 
@@ -58,10 +57,10 @@ void DiscSaving::tellOutcome(const BatchOutcome &outcome, const std::vector<Disc
     const QString headline = m_captions.text(Text::OutcomeSave).arg(outcome.doneCount()).arg(lines.size());
     QDialog *box = nullptr;
     if (outcome.hasError(ErrorCode::LowSpace)) {
-        auto *refusal = new QMessageBox(QMessageBox::Critical, m_window->windowTitle(),
-            m_captions.errorText(ErrorCode::LowSpace), QMessageBox::Ok, m_window);
+        auto *refusal = new MessageBox(MessageBox::Critical, m_window->windowTitle(),
+            m_captions.errorText(ErrorCode::LowSpace), MessageBox::Ok, m_window);
         refusal->setObjectName(QStringLiteral("error"));
-        refusal->setInformativeText(headline);
+        refusal->setFurtherText(headline);
         box = refusal;
     } else {
         box = new OutcomeBox(m_captions, headline, lines, m_window);

@@ -8,6 +8,8 @@
 #include "core/online/cddb/disclookup.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
+#include "ui/controls/plain/messagebox.h"
+#include "ui/controls/plain/plainlabel.h"
 #include "ui/online/buscaweb.h"
 #include "ui/online/discfieldsbox.h"
 #include "ui/online/discsaving.h"
@@ -17,8 +19,6 @@
 
 #include <QCheckBox>
 #include <QEvent>
-#include <QLabel>
-#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -69,8 +69,7 @@ void freedb::createControls()
 {
     m_fields = new DiscFieldsBox(this);
     m_lists = made<FacingLists>("sp", this, m_context.captions);
-    m_statusLine = made<QLabel>("status", this);
-    m_statusLine->setTextFormat(Qt::PlainText);
+    m_statusLine = made<PlainLabel>("status", this);
     m_statusLine->setWordWrap(true);
     m_statusLine->setTextInteractionFlags(Qt::TextSelectableByMouse); // so that a user can copy it
     m_progressBar = made<QProgressBar>("pb", this);
@@ -274,8 +273,8 @@ void freedb::tellNotFound()
 {
     const Captions &captions = m_context.captions;
     endLookup(captions.text(Caption::DiscNotFound) + QStringLiteral("; ") + captions.text(Text::LookupHintSearch));
-    auto *box = new QMessageBox(
-        QMessageBox::Information, windowTitle(), captions.text(Caption::DiscNotFound), QMessageBox::Ok, this);
+    auto *box = new MessageBox(
+        MessageBox::Information, windowTitle(), captions.text(Caption::DiscNotFound), MessageBox::Ok, this);
     box->setObjectName(QStringLiteral("notFound"));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();

@@ -10,7 +10,6 @@
 #include <functional>
 
 class QCheckBox;
-class QLabel;
 class QProgressBar;
 class QPushButton;
 class QTimer;
@@ -22,6 +21,8 @@ class DiscLookup;
 class DiscSaving;
 class FacingLists;
 class MatchDialog;
+class PlainLabel;
+
 struct DiscRecord;
 struct LookupFailure;
 
@@ -85,7 +86,7 @@ private:
 
     DiscFieldsBox *m_fields = nullptr; ///< tartista, talbum, ta_o, testilo
     FacingLists *m_lists = nullptr;    ///< archivo, correlacion
-    QLabel *m_statusLine = nullptr;
+    PlainLabel *m_statusLine = nullptr;
     QProgressBar *m_progressBar = nullptr;
     QCheckBox *m_onlySelected = nullptr;
     QPushButton *m_searchAgain = nullptr;

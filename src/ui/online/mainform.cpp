@@ -3,15 +3,17 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/settings.h"
+#include "core/app/showntext.h"
 #include "ui/controls/elidedlabel.h"
 #include "ui/controls/making.h"
+#include "ui/controls/plain/messagebox.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QDir>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHeaderView>
-#include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -53,9 +55,10 @@ QString chooseBySystem(QWidget *parent, const QString &title, const QString &sta
 
 QTreeWidgetItem *itemOf(const VersionRecord &record)
 {
-    auto *item = new QTreeWidgetItem({record.fileName, QString(), record.description, record.version});
+    auto *item = new QTreeWidgetItem(
+        {shownLine(record.fileName), QString(), shownLine(record.description), shownLine(record.version)});
     for (const Column column : {FileColumn, DescriptionColumn, VersionColumn})
-        item->setToolTip(column, u"<qt>%1</qt>"_s.arg(item->text(column).toHtmlEscaped()));
+        item->setToolTip(column, item->text(column));
     return item;
 }
 
@@ -86,7 +89,7 @@ mainform::mainform(Settings &settings, const Captions &captions, platform::FileS
 
 void mainform::createControls()
 {
-    m_title = made<QLabel>("labeltitle", this);
+    m_title = made<PlainLabel>("labeltitle", this);
     QFont large = m_title->font();
     large.setPointSizeF(large.pointSizeF() * 3 / 2);
     large.setBold(true);
@@ -95,11 +98,11 @@ void mainform::createControls()
     m_filesFrame = made<QGroupBox>("frame2", this);
     m_action = made<ElidedLabel>("labelstatus1", m_statusFrame);
     m_name = made<ElidedLabel>("labelfname", m_statusFrame);
-    m_sizeCaption = made<QLabel>("label1", m_statusFrame);
-    m_size = made<QLabel>("labelfs", m_statusFrame);
+    m_sizeCaption = made<PlainLabel>("label1", m_statusFrame);
+    m_size = made<PlainLabel>("labelfs", m_statusFrame);
     m_destination = made<ElidedLabel>("labeldest", m_statusFrame);
     m_received = made<ElidedLabel>("labelst", m_statusFrame);
-    m_estimate = made<QLabel>("estimate", m_statusFrame);
+    m_estimate = made<PlainLabel>("estimate", m_statusFrame);
     m_checks = made<ElidedLabel>("checks", m_statusFrame);
     m_progressBar = made<QProgressBar>("progressbar1", m_statusFrame);
     m_progressBar->setTextVisible(false);
@@ -254,7 +257,7 @@ void mainform::check()
             return;
         }
         if (file.error().kind == UpdateFailureKind::NoAddress) { // nothing is wrong
-            openBox(QMessageBox::Information, "packages", updateFailureText(m_captions, file.error()), {}, [](int) {});
+            openBox(MessageBox::Information, "packages", updateFailureText(m_captions, file.error()), {}, [](int) {});
         } else {
             showState(ConnectionState::Failed);
             tellFailure({}, file.error(), [] {});
@@ -281,7 +284,7 @@ void mainform::showVersions(const VersionFile &file)
     const bool isNewer = isNewerVersion(file.version, m_version);
     const QString text = isNewer ? m_captions.text(Caption::NewVersion) + u": "_s + file.version
                                  : m_captions.text(Caption::LastVersion) + u": "_s + m_version;
-    openBox(QMessageBox::Information, "version", text, {}, [](int) {});
+    openBox(MessageBox::Information, "version", text, {}, [](int) {});
 }
 
 void mainform::showState(ConnectionState state)
@@ -426,18 +429,17 @@ void mainform::enableControls()
 }
 
 void mainform::openBox(
-    QMessageBox::Icon icon, const char *name, const QString &text, const QString &reason, const Then &then)
+    MessageBox::Icon icon, const char *name, const QString &text, const QString &reason, const Then &then)
 {
-    const auto buttons = icon == QMessageBox::Question ? QMessageBox::Yes | QMessageBox::No
-                                                       : QMessageBox::StandardButtons(QMessageBox::Ok);
-    auto *box = new QMessageBox(icon, windowTitle(), text, buttons, this);
+    const auto buttons =
+        icon == MessageBox::Question ? MessageBox::Yes | MessageBox::No : MessageBox::StandardButtons(MessageBox::Ok);
+    auto *box = new MessageBox(icon, windowTitle(), text, buttons, this);
     box->setObjectName(QLatin1String(name));
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setTextFormat(Qt::PlainText);
-    box->setInformativeText(reason);
-    if (icon == QMessageBox::Question)
-        box->setDefaultButton(QMessageBox::No);
-    connect(box, &QMessageBox::finished, this, then);
+    box->setFurtherText(reason);
+    if (icon == MessageBox::Question)
+        box->setDefaultButton(MessageBox::No);
+    connect(box, &MessageBox::finished, this, then);
     box->open();
 }
 
@@ -447,14 +449,14 @@ void mainform::tellFailure(const QString &fileName, const UpdateFailure &failure
     if (failure.kind != UpdateFailureKind::Web && !fileName.isEmpty())
         showStatus(u"download aborted"_s);
     const QString reason = updateFailureText(m_captions, failure);
-    openBox(QMessageBox::Critical, "error", u"error"_s, fileName.isEmpty() ? reason : fileName + u": "_s + reason,
+    openBox(MessageBox::Critical, "error", u"error"_s, fileName.isEmpty() ? reason : fileName + u": "_s + reason,
         [goOn](int) { goOn(); });
 }
 
 void mainform::askToReplace(const QString &path, const std::function<void(bool)> &answer)
 {
-    openBox(QMessageBox::Question, "replace", m_captions.text(Text::UpdateReplace).arg(path), {},
-        [answer](int button) { answer(button == QMessageBox::Yes); });
+    openBox(MessageBox::Question, "replace", m_captions.text(Text::UpdateReplace).arg(path), {},
+        [answer](int button) { answer(button == MessageBox::Yes); });
 }
 
 } // namespace ravlin

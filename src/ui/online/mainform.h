@@ -4,16 +4,15 @@
 #include "core/online/update/downloadqueue.h"
 #include "core/online/update/updateaddress.h"
 #include "core/online/update/versioncheck.h"
+#include "ui/controls/plain/messagebox.h"
 
 #include <QDialog>
 #include <QElapsedTimer>
-#include <QMessageBox>
 #include <QTimer>
 
 #include <functional>
 
 class QGroupBox;
-class QLabel;
 class QProgressBar;
 class QPushButton;
 class QStatusBar;
@@ -23,6 +22,7 @@ namespace ravlin {
 
 class Captions;
 class ElidedLabel;
+class PlainLabel;
 class Settings;
 
 /// The window that looks for a newer version when it opens, lists the files of the newest one, and downloads the
@@ -79,8 +79,7 @@ private:
     void enableControls();
 
     using Then = std::function<void(int)>;
-    void openBox(
-        QMessageBox::Icon icon, const char *name, const QString &text, const QString &reason, const Then &then);
+    void openBox(MessageBox::Icon icon, const char *name, const QString &text, const QString &reason, const Then &then);
     void tellFailure(const QString &fileName, const UpdateFailure &failure, const std::function<void()> &goOn);
     void askToReplace(const QString &path, const std::function<void(bool)> &answer);
 
@@ -102,16 +101,16 @@ private:
     TransferRate m_rate;
     QElapsedTimer m_clock; ///< since the file's size was known
 
-    QLabel *m_title = nullptr;
+    PlainLabel *m_title = nullptr;
     QGroupBox *m_statusFrame = nullptr;
     QGroupBox *m_filesFrame = nullptr;
     ElidedLabel *m_action = nullptr;
     ElidedLabel *m_name = nullptr;
-    QLabel *m_sizeCaption = nullptr;
-    QLabel *m_size = nullptr;
+    PlainLabel *m_sizeCaption = nullptr;
+    PlainLabel *m_size = nullptr;
     ElidedLabel *m_destination = nullptr;
     ElidedLabel *m_received = nullptr;
-    QLabel *m_estimate = nullptr;
+    PlainLabel *m_estimate = nullptr;
     ElidedLabel *m_checks = nullptr; ///< which files had a checksum
     QProgressBar *m_progressBar = nullptr;
     QTreeWidget *m_fileList = nullptr;

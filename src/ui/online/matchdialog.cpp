@@ -2,10 +2,11 @@
 #include "ui/online/matchdialog.h"
 
 #include "core/app/idiomas.h"
+#include "core/app/showntext.h"
 #include "core/online/cddb/disccomparison.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QHeaderView>
-#include <QLabel>
 #include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -103,9 +104,8 @@ void MatchDialog::createControls(const Captions &captions)
         {Title}, this);
     m_tracks->setAccessibleName(captions.text(Text::NameTracks));
     m_tracks->setSelectionMode(QAbstractItemView::NoSelection);
-    m_status = new QLabel(this);
+    m_status = new PlainLabel(this);
     m_status->setObjectName(QStringLiteral("matchStatus"));
-    m_status->setTextFormat(Qt::PlainText);
     m_status->setWordWrap(true);
     m_ok = new QPushButton(captions.text(Caption::Ok), this);
     m_ok->setObjectName(QStringLiteral("matchOk"));
@@ -129,10 +129,11 @@ void MatchDialog::createControls(const Captions &captions)
 void MatchDialog::listMatches()
 {
     for (const cddb::Match &match : m_database.matches()) {
-        auto *item = new QTreeWidgetItem(m_matches, {match.artist, match.album, match.category});
+        auto *item = new QTreeWidgetItem(
+            m_matches, {shownLine(match.artist), shownLine(match.album), shownLine(match.category)});
         setRightAligned(item, {TrackCount, Fit});
-        item->setToolTip(Artist, match.artist);
-        item->setToolTip(Album, match.album);
+        item->setToolTip(Artist, item->text(Artist));
+        item->setToolTip(Album, item->text(Album));
     }
 }
 
@@ -227,7 +228,7 @@ void MatchDialog::showTracks()
         return;
     const std::vector<std::optional<qint64>> differing = differences(*candidate.record);
     for (std::size_t i = 0; i < candidate.record->tracks.size(); ++i) {
-        const QString title = shownTitle(candidate.record->tracks[i]);
+        const QString title = shownLine(shownTitle(candidate.record->tracks[i]));
         const int index = static_cast<int>(i);
         auto *item = new QTreeWidgetItem(
             m_tracks, {QString::number(i + 1), title, shownTime(trackFrames(*candidate.record, index)),

@@ -8,13 +8,13 @@
 #include <optional>
 #include <vector>
 
-class QLabel;
 class QPushButton;
 class QTreeWidget;
 
 namespace ravlin {
 
 class Captions;
+class PlainLabel;
 
 /// Lets the user choose one of several matching discs. Shows the tracks of each and how much the files' lengths differ.
 /// Reads the first discs ahead, and any other when it becomes the current one; a disc can be chosen once it has been
@@ -62,7 +62,7 @@ private:
     bool m_readsAhead = true; ///< until the server fails for all
     QTreeWidget *m_matches = nullptr;
     QTreeWidget *m_tracks = nullptr;
-    QLabel *m_status = nullptr;
+    PlainLabel *m_status = nullptr;
     QPushButton *m_ok = nullptr;
     QPushButton *m_cancel = nullptr;
 };

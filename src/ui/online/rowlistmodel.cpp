@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/online/rowlistmodel.h"
 
+#include "core/app/showntext.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -14,9 +16,9 @@ QString toolTip(const QString &cell, const QString &remark)
     QStringList lines;
     for (const QString &line : {cell, remark}) {
         if (!line.isEmpty())
-            lines << line.toHtmlEscaped();
+            lines << line;
     }
-    return lines.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(lines.join(QStringLiteral("<br>")));
+    return lines.join(u'\n');
 }
 
 } // namespace
@@ -87,11 +89,12 @@ QVariant RowListModel::data(const QModelIndex &index, int role) const
     if (!index.isValid())
         return {};
     const ListedLine &line = m_lines[static_cast<std::size_t>(index.row())];
-    const QString &cell = line.cells[index.column()];
+    const QString cell = shownLine(line.cells[index.column()]);
     const bool hasRemark = !line.remark.isEmpty();
     switch (role) {
-    case Qt::DisplayRole:
     case Qt::EditRole:
+        return line.cells[index.column()];
+    case Qt::DisplayRole:
         return cell;
     case Qt::AccessibleTextRole:
         return hasRemark && index.column() == 0 ? QStringLiteral("%1; %2").arg(cell, line.remark) : cell;

@@ -11,12 +11,12 @@
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
+#include "ui/controls/plain/plainlabel.h"
 #include "ui/tags/digitsedit.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -53,7 +53,7 @@ void MultiFilePage::createControls()
     m_setsTrack = made<QCheckBox>("chmpista", this);
     m_caseConversion = new ConversionBox(ConversionPairs[MultiCasePair], this);
     m_replaceConversion = new ConversionBox(ConversionPairs[MultiReplacePair], this);
-    m_hint = made<QLabel>("multiHint", this);
+    m_hint = made<PlainLabel>("multiHint", this);
     m_save = made<QPushButton>("multiple", this);
 
     // A text box limits its length, and would cut a long comment.

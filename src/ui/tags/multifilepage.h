@@ -9,7 +9,6 @@
 
 class QCheckBox;
 class QComboBox;
-class QLabel;
 class QLineEdit;
 class QPushButton;
 
@@ -17,6 +16,8 @@ namespace ravlin {
 
 class ConversionBox;
 class DigitsEdit;
+class PlainLabel;
+
 struct MultiEditPage;
 struct SessionChoices;
 struct TagRecord;
@@ -82,7 +83,7 @@ private:
     QCheckBox *m_setsTrack = nullptr;
     ConversionBox *m_caseConversion = nullptr;    ///< op4_1, ccase_1
     ConversionBox *m_replaceConversion = nullptr; ///< op4_4, ccase_4
-    QLabel *m_hint = nullptr;
+    PlainLabel *m_hint = nullptr;
     QPushButton *m_save = nullptr;
     std::array<Field, 6> m_fields{}; ///< in tab order
 };

@@ -11,13 +11,13 @@
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
+#include "ui/controls/plain/plainlabel.h"
 #include "ui/tags/digitsedit.h"
 #include "ui/tags/streampanel.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -54,7 +54,7 @@ void SingleFilePage::createControls()
     m_removeV2 = made<QPushButton>("eliminav2", this);
     m_conversion = new ConversionBox(ConversionPairs[SingleCasePair], this);
     m_fileName = made<ElidedLabel>("fileName", this);
-    m_hint = made<QLabel>("saveHint", this);
+    m_hint = made<PlainLabel>("saveHint", this);
     m_streamPanel = new StreamPanel(this);
 
     // A text box limits its length, and would cut a long comment.
@@ -67,10 +67,10 @@ void SingleFilePage::createControls()
     m_fileName->setFont(bold);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
-    m_fields = {{{Caption::Title, new QLabel(this), m_title}, {Caption::Track, new QLabel(this), m_track},
-        {Caption::Artist, new QLabel(this), m_artist}, {Caption::Year, new QLabel(this), m_year},
-        {Caption::Album, new QLabel(this), m_album}, {Caption::Genre, new QLabel(this), m_genre},
-        {Caption::Comment, new QLabel(this), m_comment}}};
+    m_fields = {{{Caption::Title, new PlainLabel(this), m_title}, {Caption::Track, new PlainLabel(this), m_track},
+        {Caption::Artist, new PlainLabel(this), m_artist}, {Caption::Year, new PlainLabel(this), m_year},
+        {Caption::Album, new PlainLabel(this), m_album}, {Caption::Genre, new PlainLabel(this), m_genre},
+        {Caption::Comment, new PlainLabel(this), m_comment}}};
     for (const FieldLabel &field : m_fields)
         field.label->setBuddy(field.field);
 }

@@ -10,7 +10,6 @@
 #include <array>
 
 class QComboBox;
-class QLabel;
 class QLineEdit;
 class QPushButton;
 
@@ -19,6 +18,7 @@ namespace ravlin {
 class ConversionBox;
 class DigitsEdit;
 class ElidedLabel;
+class PlainLabel;
 class StreamPanel;
 class TagStore;
 
@@ -86,13 +86,13 @@ private:
     QPushButton *m_removeV2 = nullptr;
     ConversionBox *m_conversion = nullptr; ///< op4_2, ccase_2
     ElidedLabel *m_fileName = nullptr;
-    QLabel *m_hint = nullptr;
+    PlainLabel *m_hint = nullptr;
     StreamPanel *m_streamPanel = nullptr;
 
     struct FieldLabel
     {
         Caption caption;
-        QLabel *label;
+        PlainLabel *label;
         QWidget *field;
     };
     std::array<FieldLabel, 7> m_fields{}; ///< in tab order

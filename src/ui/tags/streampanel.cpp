@@ -3,9 +3,9 @@
 
 #include "core/app/idiomas.h"
 #include "core/tags/mpeg/streamdetails.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QGridLayout>
-#include <QLabel>
 
 namespace ravlin {
 
@@ -25,9 +25,8 @@ StreamPanel::StreamPanel(QWidget *parent) : QWidget(parent)
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         const int row = static_cast<int>(i);
         Line &line = m_lines[i];
-        line = {new QLabel(this), new QLabel(this)};
+        line = {new PlainLabel(this), new PlainLabel(this)};
         line.value->setObjectName(QLatin1String(Names[i]));
-        line.value->setTextFormat(Qt::PlainText);
         line.value->setTextInteractionFlags(Qt::TextSelectableByMouse);
         line.value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         layout->addWidget(line.caption, row, 0);
@@ -49,9 +48,9 @@ void StreamPanel::show(const StreamDetails &details)
     const std::array texts{details.bitRate, details.length, details.frequency, details.size};
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         m_lines[i].value->setText(texts[i]);
-        m_lines[i].value->setToolTip(details.problem.toHtmlEscaped());
+        m_lines[i].value->setToolTip(details.problem);
     }
-    m_lines[1].value->setToolTip(details.problem.isEmpty() ? details.clockTime : details.problem.toHtmlEscaped());
+    m_lines[1].value->setToolTip(details.problem.isEmpty() ? details.clockTime : details.problem);
 }
 
 void StreamPanel::clear()

@@ -5,11 +5,11 @@
 
 #include <array>
 
-class QLabel;
-
 namespace ravlin {
 
 class Captions;
+class PlainLabel;
+
 struct StreamDetails;
 
 /// Four lines about a file's audio: bit rate, length, frequency and size.
@@ -27,8 +27,8 @@ public:
 private:
     struct Line
     {
-        QLabel *caption;
-        QLabel *value;
+        PlainLabel *caption;
+        PlainLabel *value;
     };
 
     std::array<Line, 4> m_lines{};

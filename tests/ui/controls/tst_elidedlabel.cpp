@@ -38,7 +38,7 @@ private Q_SLOTS:
         QVERIFY(label.text().startsWith(u"/m"_s));
         QVERIFY(label.text().endsWith(u"p3"_s));
         QVERIFY(label.text().size() < Text.size());
-        QCOMPARE(label.toolTip(), u"<qt>/music/&lt;b&gt;a long name&lt;/b&gt; &amp; more.mp3</qt>"_s);
+        QCOMPARE(label.toolTip(), Text);
         QCOMPARE(label.accessibleName(), Text);
         QCOMPARE(label.fullText(), Text);
 
@@ -65,10 +65,10 @@ private Q_SLOTS:
         label.setFullText(Text, u"1 < 2"_s);
         label.resize(label.sizeHint());
         label.show();
-        QCOMPARE(label.toolTip(), u"<qt>1 &lt; 2</qt>"_s);
+        QCOMPARE(label.toolTip(), u"1 < 2"_s);
         label.resize(label.minimumSizeHint());
         QVERIFY(label.text().size() < Text.size());
-        QCOMPARE(label.toolTip(), u"<qt>1 &lt; 2</qt>"_s);
+        QCOMPARE(label.toolTip(), u"1 < 2"_s);
     }
 };
 

@@ -2,6 +2,7 @@
 // Contract of the list as a widget: what keys and mouse report, how rows look. Selection and current row stay with
 // their rows through sorting and dragging, and a dragged row stays where it was dropped.
 
+#include "ui/controls/plain/tooltips.h"
 #include "ui/files/filelist.h"
 
 #include <QHeaderView>
@@ -19,6 +20,7 @@ class TestFileList : public QObject
     Q_OBJECT
 
 private:
+    ToolTips m_toolTips{nullptr};
     std::unique_ptr<FileList> m_list;
 
     static std::vector<ListRow> rows(const QStringList &names)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/list/listcolumns.h"
 
+#include "core/app/showntext.h"
 #include "core/naming/filename.h"
 #include "core/platform/filesystem.h"
 
@@ -88,16 +89,7 @@ bool hasLongName(QStringView rowText)
 
 QString shownName(const QString &name)
 {
-    if (name.isValidUtf16())
-        return name;
-    QString shown = name;
-    for (qsizetype i = 0; i < shown.size(); ++i) {
-        if (shown[i].isHighSurrogate() && i + 1 < shown.size() && shown[i + 1].isLowSurrogate())
-            ++i;
-        else if (shown[i].isSurrogate())
-            shown[i] = QChar::ReplacementCharacter;
-    }
-    return shown;
+    return shownLine(name);
 }
 
 namespace {

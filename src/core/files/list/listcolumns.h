@@ -35,7 +35,7 @@ QString columnText(const ListRow &row, ListColumn column);
 /// Whether a row's file name, without the path before it, is a long one (see isLongName in core/naming/filename.h).
 bool hasLongName(QStringView rowText);
 
-/// Replaces what is not valid Unicode by U+FFFD. Only for showing a name, never to find its file.
+/// A name or path as it is shown, see shownLine(). Never finds its file by it.
 QString shownName(const QString &name);
 
 /// The columns' widths for a list of that width, frame and scroll bar included, both in twips. From about 8,571 twips
