@@ -25,6 +25,7 @@ QString commandLine(int argc, char *argv[])
 
 int main(int argc, char *argv[])
 {
+    ravlin::platform::restrictLibrarySearch();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("ravlin"));
     QApplication::setApplicationDisplayName(QStringLiteral("ravlin!"));

@@ -37,7 +37,11 @@ BrandingText "ravlin! ${VERSION}"
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
 !define MUI_ABORTWARNING
-!define MUI_FINISHPAGE_RUN "$INSTDIR\ravlin.exe"
+; The installer may run as administrator, and the program must not: files of strangers are its work. The desktop starts it
+; with the user's own rights.
+!define MUI_FINISHPAGE_RUN "$WINDIR\explorer.exe"
+!define MUI_FINISHPAGE_RUN_PARAMETERS '"$INSTDIR\ravlin.exe"'
+!define MUI_FINISHPAGE_RUN_TEXT "$(RunText)"
 !insertmacro MUI_PAGE_LICENSE "${LICENSE}"
 !insertmacro MULTIUSER_PAGE_INSTALLMODE
 !insertmacro MUI_PAGE_DIRECTORY
@@ -53,6 +57,9 @@ BrandingText "ravlin! ${VERSION}"
 !insertmacro MUI_LANGUAGE "French"
 !insertmacro MUI_RESERVEFILE_LANGDLL
 
+LangString RunText ${LANG_ENGLISH} "Start ravlin!"
+LangString RunText ${LANG_SPANISH} "Iniciar ravlin!"
+LangString RunText ${LANG_FRENCH} "Lancer ravlin!"
 LangString ProgramSection ${LANG_ENGLISH} "ravlin! (required)"
 LangString ProgramSection ${LANG_SPANISH} "ravlin! (necesario)"
 LangString ProgramSection ${LANG_FRENCH} "ravlin! (obligatoire)"

@@ -18,6 +18,7 @@ ravlin::cli::Output standardOutput(StandardStream stream)
 // needs the network makes its own (CddbDialogue in cli/disccommands.cpp).
 int main(int argc, char **argv)
 {
+    ravlin::platform::restrictLibrarySearch();
     ravlin::platform::prepareStandardStreams();
     ravlin::cli::Console console(standardOutput(StandardStream::Output), standardOutput(StandardStream::Error));
     return console.finish(ravlin::cli::run(ravlin::platform::programArguments(argc, argv), console));

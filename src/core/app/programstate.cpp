@@ -78,4 +78,24 @@ QString folderOfCommandLine(const QString &commandLine)
     return path.left(std::max<qsizetype>(platform::nameStart(path), 1));
 }
 
+DroppedAddress droppedAddress(const QUrl &url)
+{
+    if (!url.isLocalFile())
+        return {};
+    if (!url.host().isEmpty() && url.host() != QStringLiteral("localhost"))
+        return {{}, url.host()};
+    QString path = url.path(QUrl::FullyDecoded);
+    const auto isSeparator = [](QChar c) { return c == u'/' || c == platform::Separator; };
+    // Two separators in front of a name mean another computer on Windows, and nothing on other systems.
+    if (path.size() > 1 && isSeparator(path[0]) && isSeparator(path[1])) {
+        const auto isName = [&](QChar c) { return !isSeparator(c); };
+        const auto start = std::find_if(path.begin(), path.end(), isName);
+        return {{}, QString(start, std::find_if(start, path.end(), isSeparator) - start)};
+    }
+    // "/C:/folder"
+    if (platform::Separator == u'\\' && path.size() > 2 && path[2] == u':')
+        path.remove(0, 1);
+    return {path, {}};
+}
+
 } // namespace ravlin

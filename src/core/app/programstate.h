@@ -3,6 +3,7 @@
 
 #include <QString>
 #include <QStringView>
+#include <QUrl>
 
 #include <optional>
 
@@ -86,5 +87,15 @@ struct ProgramState
 /// the folder that holds the file, including the separator. A name without a separator beyond its first character is
 /// cut to that character. Any other text is a folder's path as it stands. Does not look at the disk.
 QString folderOfCommandLine(const QString &commandLine);
+
+/// What an address dropped on the window stands for. Both are empty for one that is not of a file.
+struct DroppedAddress
+{
+    QString path;          ///< on this computer or on a drive that the user has connected to it
+    QString otherComputer; ///< which is not asked for anything: even a look at its files would tell it who the user is
+};
+
+/// Does not look at the disk.
+DroppedAddress droppedAddress(const QUrl &url);
 
 } // namespace ravlin

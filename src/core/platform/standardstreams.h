@@ -9,6 +9,10 @@
 /// What a program gets from whoever starts it: its arguments and its standard streams. For one thread.
 namespace ravlin::platform {
 
+/// To be called before anything else. Takes libraries that are loaded from now on from the system and the program's own
+/// folder only, never from the current folder, where a stranger's file may lie. Only Windows looks there.
+void restrictLibrarySearch();
+
 enum class StandardStream
 {
     Output,

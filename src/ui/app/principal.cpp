@@ -324,10 +324,12 @@ bool principal::eventFilter(QObject *watched, QEvent *event)
 /// The dropped folder, or the folder of the dropped file; empty for anything else.
 QString principal::droppedFolder(const QDropEvent *event) const
 {
-    const QString path = event->mimeData()->urls().value(0).toLocalFile();
-    if (path.isEmpty())
+    const DroppedAddress address = droppedAddress(event->mimeData()->urls().value(0));
+    if (!address.otherComputer.isEmpty())
+        m_statusPanels->showPassing(m_program.captions.text(Text::DropFromNetwork).arg(address.otherComputer.left(64)));
+    if (address.path.isEmpty())
         return {};
-    const QFileInfo dropped(path);
+    const QFileInfo dropped(address.path);
     return QDir::toNativeSeparators(dropped.isDir() ? dropped.absoluteFilePath() : dropped.absolutePath());
 }
 

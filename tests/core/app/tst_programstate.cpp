@@ -6,6 +6,7 @@
 
 #include "core/app/programstate.h"
 #include "core/app/settings.h"
+#include "core/platform/path.h"
 #include "support/nativepath.h"
 
 #include <QFile>
@@ -152,6 +153,45 @@ private Q_SLOTS:
         QFETCH(QString, commandLine);
         QFETCH(QString, folder);
         QCOMPARE(folderOfCommandLine(native(commandLine)), native(folder));
+    }
+
+    void aDroppedAddressIsAPathOfThisComputerOrNamesAnotherOne_data()
+    {
+        QTest::addColumn<QByteArray>("address");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("otherComputer");
+        const auto row = [](const char *address, const QString &path, const QString &otherComputer) {
+            QTest::newRow(address) << QByteArray(address) << path << otherComputer;
+        };
+        const QString none;
+        row("file:///Music/a%20b", QStringLiteral("/Music/a b"), none);
+        row("file://localhost/Music", QStringLiteral("/Music"), none);
+        row("file:/Music", QStringLiteral("/Music"), none);
+        row("file://nas/share", none, QStringLiteral("nas"));
+        row("file://NAS.example/share/a.mp3", none, QStringLiteral("nas.example"));
+        row("file://127.0.0.1/c$", none, QStringLiteral("127.0.0.1"));
+        row("file:////nas/share", none, QStringLiteral("nas"));
+        row("file://///nas/share", none, QStringLiteral("nas"));
+        row("file:///%2Fnas/share", none, QStringLiteral("nas"));
+        row("file://localhost//nas/share", none, QStringLiteral("nas"));
+        row("file:////%3F/UNC/nas/share", none, QStringLiteral("?"));
+        row("http://nas/share", none, none);
+        row("smb://nas/share", none, none);
+        row("", none, none);
+        if (platform::Separator == u'\\') {
+            row("file:///C:/Music", QStringLiteral("C:/Music"), none);
+            row("file:///%5Cnas/share", none, QStringLiteral("nas"));
+            row("file:///%5C%5Cnas%5Cshare", none, QStringLiteral("nas"));
+        }
+    }
+    void aDroppedAddressIsAPathOfThisComputerOrNamesAnotherOne()
+    {
+        QFETCH(QByteArray, address);
+        QFETCH(QString, path);
+        QFETCH(QString, otherComputer);
+        const DroppedAddress dropped = droppedAddress(QUrl::fromEncoded(address));
+        QCOMPARE(dropped.path, path);
+        QCOMPARE(dropped.otherComputer, otherComputer);
     }
 };
 

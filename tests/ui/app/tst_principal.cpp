@@ -306,6 +306,18 @@ private Q_SLOTS:
         QCOMPARE(drop(list(), QUrl(u"https://example.org/a.mp3"_s)), Qt::IgnoreAction);
     }
 
+    void aFolderOfAnotherComputerIsRefusedWithAMessage()
+    {
+        addThree();
+        open(path());
+        for (const QUrl &url : {QUrl(u"file://nas/share"_s), QUrl(u"file:////nas"_s + path())}) {
+            QCOMPARE(drop(list(), url), Qt::IgnoreAction);
+            const QString told = control<QStatusBar>(u"sbStatusBar"_s)->currentMessage();
+            QVERIFY2(told.contains(u"another computer (nas)"_s), qPrintable(told));
+            QCOMPARE(list()->rowCount(), 3);
+        }
+    }
+
     void closingWhileWorkIsUnderWayWaitsForItsEnd()
     {
         addThree();

@@ -30,6 +30,8 @@ void waitUntilWritable(int descriptor)
 
 } // namespace
 
+void restrictLibrarySearch() {}
+
 QStringList programArguments(int argc, char **argv)
 {
     QStringList arguments;

@@ -64,6 +64,14 @@ bool writeToConsole(HANDLE console, QByteArrayView bytes)
 
 } // namespace
 
+void restrictLibrarySearch()
+{
+    // The program's folder holds its libraries and Qt's plugins. A failure leaves the usual search, which is no reason
+    // not to start.
+    ::SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
+    ::SetDllDirectoryW(L"");
+}
+
 QStringList programArguments(int, char **)
 {
     // What main() gets is in the code page, which lacks characters of some names.
