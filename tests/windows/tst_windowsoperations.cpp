@@ -131,7 +131,7 @@ private Q_SLOTS:
         const test::ScratchFolder scratch;
         const QString song = addSong(scratch, u"a.mp3"_s, u"AC/DC"_s, u"High\\way"_s, u"T/N\\T"_s);
         const FileRenaming renaming = plan({song}, pattern);
-        QCOMPARE(newNameOf(renaming.rows.front(), renaming.plan.rows().front()), u"ACDC\\Highway\\TNT.mp3"_s);
+        QCOMPARE(newNameOf(renaming.plan.rows().front()), u"ACDC\\Highway\\TNT.mp3"_s);
         QCOMPARE(runRenaming(files(), renaming.plan).count(RenameState::Rename), 1U);
         QCOMPARE(test::snapshotOf(scratch.path()).keys(),
             (QStringList{u"ACDC"_s, u"ACDC/Highway"_s, u"ACDC/Highway/TNT.mp3"_s}));

@@ -3,6 +3,7 @@
 
 #include "core/naming/filename.h"
 #include "core/naming/placeholders.h"
+#include "core/platform/textsafety.h"
 #include "core/tags/store/tagstore.h"
 
 namespace ravlin {
@@ -65,7 +66,7 @@ bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &
         if (end < 0)
             return false;
         if (step.field)
-            record.*(step.field) = nameLeft.first(end).toString();
+            record.*(step.field) = platform::withoutControls(nameLeft.first(end).toString());
         nameLeft = nameLeft.sliced(end);
     }
     return true;

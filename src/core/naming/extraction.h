@@ -22,7 +22,7 @@ class TagStore;
 /// the next placeholder, so it never contains that text. Between two placeholders without text the value is empty.
 /// Behind the last placeholder only the first character of the pattern counts, and only to end the value; without any
 /// text there the last placeholder takes the rest. A pattern without placeholders fits every name. If the match fails,
-/// the fields before that place are filled all the same.
+/// the fields before that place are filled all the same. Values lose control characters.
 bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &record);
 
 /// One file's extraction before it is written.

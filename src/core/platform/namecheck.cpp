@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/namecheck.h"
 
-#include "core/platform/filesystem.h"
+#include "core/platform/path.h"
+#include "core/platform/textsafety.h"
 
 #include <algorithm>
 
 namespace ravlin::platform {
 namespace {
 
-bool isControl(QChar c)
+bool isUnfit(QChar c)
 {
-    return c.unicode() < 0x20 || c.unicode() == 0x7F;
+    return isControl(c) || isDisguise(c);
 }
 
 bool isBlankOrDot(QChar c)
@@ -68,11 +69,21 @@ qsizetype nameLength(const QString &name)
     return Separator == u'\\' ? name.size() : encodePath(name).size();
 }
 
+QString visibleName(QString name)
+{
+    // Bytes that are no text may join to a character once what stood between them is gone.
+    for (qsizetype before = -1; before != name.size();) {
+        if (Separator == u'/' && !name.isValidUtf16())
+            name = decodePath(encodePath(name));
+        before = name.size();
+        name.removeIf(isUnfit);
+    }
+    return name;
+}
+
 CheckedName checkName(const QString &name, NameKind kind)
 {
-    QString adjusted = name;
-    if (std::any_of(name.begin(), name.end(), isControl))
-        adjusted.removeIf(isControl);
+    QString adjusted = visibleName(name);
     if (const auto problem = problemOf(adjusted, kind); problem && *problem != NameProblem::TooLong)
         return {name, false, problem};
     if (kind == NameKind::Folder) {
@@ -97,8 +108,9 @@ QString shortened(const QString &text, qsizetype length)
     return kept;
 }
 
-QString numberedName(const QString &name, int number, NameKind kind)
+QString numberedName(const QString &given, int number, NameKind kind)
 {
+    const QString name = visibleName(given);
     const qsizetype extension = extensionStart(name, kind);
     const QString end = QStringLiteral(" (%1)").arg(number) + name.sliced(extension);
     return shortened(name.first(extension), MaxNameLength - nameLength(end)) + end;

@@ -19,7 +19,7 @@ enum class NameKind
 /// Why a name is refused.
 enum class NameProblem
 {
-    Empty,        ///< nothing but blanks, if anything, before the extension
+    Empty,        ///< nothing visible but blanks, if anything, before the extension
     Dots,         ///< nothing but full stops and blanks: "." and ".." mean other folders
     Forbidden,    ///< has a character that no name may have: on Windows < > : " | ? * and the separators
     Reserved,     ///< names a device: CON, PRN, AUX, NUL, COM1 to COM9, LPT1 to LPT9, alone or before a full stop
@@ -42,12 +42,15 @@ struct CheckedName
     std::optional<NameProblem> problem = {};
 };
 
-/// Checks one name, without separators. Removes control characters, and blanks and full stops at the end of a folder's
-/// name, which Windows would remove silently. Replaces a full stop at the beginning by an underscore, since a hidden
-/// file would vanish from the list.
+/// The name without control characters and without those that disguise it (see textsafety.h). May become empty.
+QString visibleName(QString name);
+
+/// Checks one name, without separators. Makes it visible (see visibleName), and removes blanks and full stops at the
+/// end of a folder's name, which Windows would remove silently. Replaces a full stop at the beginning by an underscore,
+/// since a hidden file would vanish from the list.
 CheckedName checkName(const QString &name, NameKind kind);
 
-/// The name with " (2)", " (3)" and so on before its extension, shortened to fit MaxNameLength. number: from 2.
+/// The visible name with " (2)", " (3)" and so on before its extension, shortened to fit MaxNameLength. number: from 2.
 QString numberedName(const QString &name, int number, NameKind kind);
 
 /// The longest start of a text that fits into length, in the unit of MaxNameLength; never ends in half a character.

@@ -81,7 +81,7 @@ void remarkClash(PreviewLine &line, const RenameRow &row, const Captions &captio
 PreviewLine renamingLine(const PreviewRow &preview, const RenameRow &row, const Captions &captions)
 {
     PreviewLine line{preview, PreviewMark::None, {}};
-    line.row.name = newNameOf(preview, row);
+    line.row.name = newNameOf(row);
     line.row.isLongName = isLongName(platform::nameOf(line.row.name));
     if (preview.problem) {
         line.mark = PreviewMark::Trouble;

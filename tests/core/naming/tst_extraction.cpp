@@ -203,6 +203,37 @@ private Q_SLOTS:
         QCOMPARE(filled(record), u"3=own|4=07"_s);
     }
 
+    void valuesLoseControlCharacters_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("line break") << u"Band - Song\ntouch PWNED\n#"_s << u"1=Band|3=Songtouch PWNED#"_s;
+        QTest::newRow("escape sequence") << u"\u001b[31mBand - So\u009bng"_s << u"1=[31mBand|3=Song"_s;
+        QTest::newRow("both ends of the ranges") << u"\u0001\u001f\u007f\u009fB - \u2028\u2029S"_s << u"1=B|3=S"_s;
+        QTest::newRow("nothing else") << u"\t - \r"_s << QString();
+        QTest::newRow("beside the ranges")
+            << u" ~\u00a0 - \u2027\u202a\ufeff"_s << u"1= ~\u00a0|3=\u2027\u202a\ufeff"_s;
+        QTest::newRow("joiners") << u"می\u200cخ - \U0001F469\u200D\U0001F680\uFE0F"_s
+                                 << u"1=می\u200cخ|3=\U0001F469\u200D\U0001F680\uFE0F"_s;
+    }
+    void valuesLoseControlCharacters()
+    {
+        QFETCH(QString, name);
+        QTEST(taken(name, u"%1 - %3"_s), "expected");
+    }
+
+    void controlCharactersOfNameAndPatternAreCompared()
+    {
+        // The tag's own fields stay as they are.
+        TagRecord record;
+        record.Comment = u"one\ntwo"_s;
+        QVERIFY(MatchNameToPattern(u"a\tb"_s, u"%1\t%3"_s, record));
+        QCOMPARE(filled(record), u"1=a|3=b|7=one\ntwo"_s);
+        QCOMPARE(taken(u"a\t- b"_s, u"%1- %3"_s), u"1=a|3=b"_s);
+        QCOMPARE(taken(u"a\t - b"_s, u"%1 - %3"_s), u"1=a|3=b"_s);
+        QCOMPARE(taken(u"a \t- b"_s, u"%1 - %3"_s), u"no match"_s);
+    }
+
     void anEmptyValueTakesTheFieldAway()
     {
         TagRecord record;

@@ -2,6 +2,7 @@
 // Contract: a name that some system cannot store, or that would hide the file, is adjusted or refused with the reason.
 
 #include "core/platform/namecheck.h"
+#include "core/platform/path.h"
 
 #include <QtTest>
 
@@ -24,6 +25,7 @@ private Q_SLOTS:
     void numbersComeBeforeTheExtension();
     void numberedNamesFit();
     void neverHalfACharacter();
+    void bytesThatJoin();
 };
 
 void TestNameCheck::checks_data()
@@ -43,6 +45,17 @@ void TestNameCheck::checks_data()
     row("a blank before the extension is kept", file, u"Song .mp3"_s, u"Song .mp3"_s);
     row("Japanese", file, u"夜の図書館.mp3"_s, u"夜の図書館.mp3"_s);
     row("control characters are taken out", file, u"a\tb\n\x7f.mp3"_s, u"ab.mp3"_s);
+    row("all controls", file, u"a\u0001\u0080\u009F\u2028\u2029.mp3"_s, u"a.mp3"_s);
+    row("bidi controls", file, u"\u061C\u200E\u200Fa\u202A\u202B\u202C\u202D\u202Eb\u2066\u2067\u2068\u2069.mp3"_s,
+        u"ab.mp3"_s);
+    row("byte order mark and zero-width space", file, u"\uFEFFa\u200B.mp3"_s, u"a.mp3"_s);
+    row("joiners stay", file, u"می\u200Cخواهم \u200D\uFE0F\uFE0E.mp3"_s, u"می\u200Cخواهم \u200D\uFE0F\uFE0E.mp3"_s);
+    row("beyond them", file, u"\u00A0\u2027\u202F\u2065\u206A.mp3"_s, u"\u00A0\u2027\u202F\u2065\u206A.mp3"_s);
+    row("bidi controls only", file, u"\u202E.mp3"_s, {}, NameProblem::Empty);
+    row("a device, disguised", file, u"C\u200BON.mp3"_s, {}, NameProblem::Reserved);
+    row("dots, disguised", folder, u".\u200E."_s, {}, NameProblem::Dots);
+    row("hidden, disguised", file, u"\uFEFF.a.mp3"_s, u"_a.mp3"_s);
+    row("folder: blanks at the end, disguised", folder, u"Live .\u200F"_s, u"Live"_s);
     row("a full stop at the start would hide it", file, u"...And Justice.mp3"_s, u"_..And Justice.mp3"_s);
     row("empty", file, u".mp3"_s, {}, NameProblem::Empty);
     row("blanks only", file, u"  .mp3"_s, {}, NameProblem::Empty);
@@ -102,6 +115,7 @@ void TestNameCheck::numbersComeBeforeTheExtension()
     QCOMPARE(numberedName(u"Song.mp3"_s, 2, NameKind::File), u"Song (2).mp3"_s);
     QCOMPARE(numberedName(u"T.N.T..mp3"_s, 10, NameKind::File), u"T.N.T. (10).mp3"_s);
     QCOMPARE(numberedName(u"Vol. 1"_s, 3, NameKind::Folder), u"Vol. 1 (3)"_s);
+    QCOMPARE(numberedName(u"\u202E3pm\u0085.mp3"_s, 2, NameKind::File), u"3pm (2).mp3"_s);
 }
 
 void TestNameCheck::numberedNamesFit()
@@ -122,6 +136,28 @@ void TestNameCheck::neverHalfACharacter()
         QVERIFY(nameLength(kept) <= length);
     }
     QCOMPARE(shortened(notes, nameLength(notes)), notes);
+}
+
+// Bytes of a name that are no text, and become a hidden character once what stands between them is gone.
+void TestNameCheck::bytesThatJoin()
+{
+    if (Separator != u'/')
+        QSKIP("names are no bytes here");
+    const auto name = [](const QByteArray &bytes) { return decodePath(bytes + ".mp3"); };
+    const auto checked = [](const QString &given) { return encodePath(checkName(given, NameKind::File).name); };
+    QCOMPARE(checked(name("a\xE2\x80\x01\xAE"
+                          "b")),
+        QByteArray("ab.mp3"));
+    QCOMPARE(checked(name("a\xE2\xE2\x80\xAE\x80\xAE"
+                          "b")),
+        QByteArray("ab.mp3"));
+    QCOMPARE(checked(name("a\xE2\x80") + decodePath(QByteArray("\xAE"))), QByteArray("a\xE2\x80.mp3\xAE"));
+    // Each byte decoded by itself, as nothing that reads a folder does.
+    QString apart = u"a"_s;
+    for (const char byte : {'\xE2', '\x80', '\xAE'})
+        apart += decodePath(&byte, 1);
+    QCOMPARE(checked(apart), QByteArray("a"));
+    QCOMPARE(checked(name("caf\xE9\x01")), QByteArray("caf\xE9.mp3"));
 }
 
 QTEST_GUILESS_MAIN(TestNameCheck)

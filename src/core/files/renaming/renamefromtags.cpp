@@ -137,12 +137,11 @@ FileRenaming planFileRenaming(const QStringList &paths, const NamingRule &rule, 
     return {std::move(rows), std::move(plan)};
 }
 
-QString newNameOf(const PreviewRow &preview, const RenameRow &row)
+QString newNameOf(const RenameRow &row)
 {
-    if (!row.renames())
-        return preview.name;
     const QString folder = platform::folderPrefix(row.from);
-    return row.path.startsWith(folder) ? row.path.mid(folder.size()) : row.path;
+    const QString &path = row.renames() ? row.path : row.wanted;
+    return path.startsWith(folder) ? path.mid(folder.size()) : path;
 }
 
 } // namespace ravlin

@@ -46,7 +46,7 @@ FileRenaming planFileRenaming(const QStringList &paths, const NamingRule &rule, 
     platform::FileSystem &fileSystem, const ProgressReport &progress = {});
 
 /// The new name as shown beside the present one: the new path below the file's folder, or the whole path if it lies
-/// elsewhere. For a row that can't get its name, the name that the rule gave.
-QString newNameOf(const PreviewRow &preview, const RenameRow &row);
+/// elsewhere. For a row that can't get its name, the name that it wanted.
+QString newNameOf(const RenameRow &row);
 
 } // namespace ravlin

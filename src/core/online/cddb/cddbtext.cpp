@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/online/cddb/cddbtext.h"
 
+#include "core/platform/textsafety.h"
+
 #include <algorithm>
 #include <array>
 
@@ -12,8 +14,7 @@ QString onOneLine(const QString &text)
 {
     QString line = text;
     for (QChar &character : line) {
-        const bool breaks = character == QChar::LineSeparator || character == QChar::ParagraphSeparator;
-        if (breaks || character.category() == QChar::Other_Control)
+        if (platform::isControl(character))
             character = u' ';
     }
     return line.trimmed();

@@ -2,6 +2,7 @@
 #include "core/online/update/versionfile.h"
 
 #include "core/online/update/sequentialtext.h"
+#include "core/platform/textsafety.h"
 
 #include <QRegularExpression>
 
@@ -29,7 +30,7 @@ std::optional<VersionRecord> readRecord(SequentialReader &reader)
             return {};
         text = std::move(*field);
     }
-    return VersionRecord{fields[0], fields[1], fields[2], fields[3]};
+    return VersionRecord{fields[0], platform::withoutControls(fields[1]), fields[2], fields[3]};
 }
 
 tl::unexpected<UpdateFailure> badFile(const QString &detail)

@@ -137,6 +137,17 @@ void TestXmcdRecord::titleIsOnOneLine()
     QCOMPARE(record.artist, u"A B"_s);
     QCOMPARE(record.album, u"C D"_s);
     QCOMPARE(record.tracks[0].title, u"x y [2J"_s);
+    const DiscRecord odd = parsed("DTITLE=\x01"
+                                  "A\xC2\x9B"
+                                  "B / C\xE2\x80\xA8"
+                                  "D\x7F\nDYEAR=1998\x1b\nDGENRE=\x1b"
+                                  "My\xC2\x85kind\n"
+                                  "TTITLE0=x\xE2\x80\xA9y\n");
+    QCOMPARE(odd.artist, u"A B"_s);
+    QCOMPARE(odd.album, u"C D"_s);
+    QCOMPARE(odd.genre, u"My kind"_s);
+    QCOMPARE(odd.year, u"1998"_s);
+    QCOMPARE(odd.tracks[0].title, u"x y"_s);
 }
 
 void TestXmcdRecord::remarksKeepTheirLines()

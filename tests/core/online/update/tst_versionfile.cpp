@@ -38,6 +38,12 @@ private Q_SLOTS:
         QVERIFY((file.records[1] == VersionRecord{u"help.pdf"_s, u"help"_s, u"1.4"_s, QString()}));
     }
 
+    void aDescriptionLosesControlCharacters()
+    {
+        const VersionFile file = VersionFile::parse("1.5,0\na.zip,\"a\xC2\x9B\xE2\x80\xA8\tb\",1.5,x,0\n").value();
+        QCOMPARE(file.records.front().description, u"ab"_s);
+    }
+
     void aHeaderAlone()
     {
         const VersionFile file = VersionFile::parse("1.4.0,0").value();
