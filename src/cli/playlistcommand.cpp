@@ -33,6 +33,19 @@ QStringList sortedTexts(const Listing &listing)
     return texts;
 }
 
+/// The sorted texts of the rows that can stand in a list. Warns of the others.
+QStringList fittingTexts(const Listing &listing, const QString &folder, Console &console)
+{
+    QStringList fitting;
+    for (const QString &text : sortedTexts(listing)) {
+        if (fitsPlaylist(text))
+            fitting.append(text);
+        else
+            console.warn(folder + text + u": left out, because a line of the list can't hold a line break"_s);
+    }
+    return fitting;
+}
+
 int runPlaylist(const Arguments &arguments, Console &console)
 {
     const QString &given = arguments.paths().front();
@@ -52,10 +65,10 @@ int runPlaylist(const Arguments &arguments, Console &console)
     }
     for (const ListFailure &failure : listing->failures)
         console.fail(failure.path, failure.error);
-    const QStringList texts = sortedTexts(*listing);
+    const QStringList texts = fittingTexts(*listing, folder, console);
     if (arguments.has(PlaylistDryRunOption.name)) {
         for (const QString &text : texts)
-            console.print(text);
+            console.print(playlistLine(text));
         return console.status();
     }
     platform::FileSystem &fileSystem = platform::FileSystem::native();

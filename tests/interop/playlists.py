@@ -12,7 +12,9 @@ import sys
 import tempfile
 from pathlib import Path
 
-NAMES = ("A first.mp3", "zażółć 日本.mp3", "ñandú 50% (live).mp3", "cd1/tema & más.mp3", "cd1/sub/último.mp3")
+NAMES = (" #0 comment.mp3", "#1 comment.mp3", "#EXTINF:1,directive.mp3", "A first.mp3", "Bach: Suite.mp3", "zażółć 日本.mp3", "ñandú 50% (live).mp3", "cd1/tema & más.mp3", "cd1/sub/último.mp3",
+         "file:/x.mp3")
+MISTAKABLE = {name for name in NAMES if name.lstrip().startswith("#") or ":" in name}  # for a comment or an address
 failures = []
 checks = 0
 
@@ -64,7 +66,8 @@ def check(program, root):
 
     written = run(program, "playlist", "--recursive", folder).stdout
     playlist = Path(os.fsdecode(written.removesuffix(b"\n")))
-    same(playlist.read_bytes(), "".join(name + "\r\n" for name in NAMES).encode(), "the list")
+    lines = [("./" if name in MISTAKABLE else "") + name + "\r\n" for name in NAMES]
+    same(playlist.read_bytes(), "".join(lines).encode(), "the list")
     # mpg123 looks for the files relative to the list, ffmpeg relative to the folder it is started in.
     same(played(playlist, root), [Path(name).name for name in NAMES], "mpg123")
     same(decoded(f"concatf:{playlist}", folder), whole, "ffmpeg")

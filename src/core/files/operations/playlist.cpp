@@ -8,6 +8,7 @@
 #include "core/platform/namecheck.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
+#include "core/platform/textsafety.h"
 #include "core/storage/leftovers.h"
 
 #include <algorithm>
@@ -24,6 +25,20 @@ QString extension()
 QString unnamedList()
 {
     return QStringLiteral("lista.m3u");
+}
+
+/// Whether players take the line for a comment or a directive. Some skip blanks and a byte order mark before the "#".
+bool isTakenForComment(const QString &line)
+{
+    const auto isSkipped = [](QChar c) { return c.isSpace() || platform::isControl(c) || platform::isDisguise(c); };
+    const auto first = std::ranges::find_if_not(line, isSkipped);
+    return first != line.end() && *first == u'#';
+}
+
+/// Whether players may take the line for an address, as of "http:/host": RFC 3986 §4.2. On Windows no name has a colon.
+bool isTakenForAddress(const QString &line)
+{
+    return platform::Separator == u'/' && line.left(line.indexOf(platform::Separator)).contains(u':');
 }
 
 /// Replaces an older list only once the new one is complete, and keeps its permissions.
@@ -58,19 +73,31 @@ QString playlistName(const QString &artist, const QString &album)
     if (!name.endsWith(extension()))
         name = CleanFileName(joined) + extension();
     const qsizetype room = platform::MaxNameLength - extension().size();
-    name = platform::shortened(name.chopped(extension().size()), room) + extension();
+    name = platform::shortened(platform::visibleName(name.chopped(extension().size())), room) + extension();
     const platform::CheckedName checked = platform::checkName(name, platform::NameKind::File);
     return checked.problem ? unnamedList() : checked.name;
 }
 
-QByteArray playlistContent(const QStringList &lines, const LineEncoder &encode)
+bool fitsPlaylist(const QString &rowText)
+{
+    return !rowText.contains(u'\n') && !rowText.contains(u'\r');
+}
+
+QString playlistLine(const QString &rowText)
+{
+    const bool isMistakable = isTakenForComment(rowText) || isTakenForAddress(rowText);
+    return isMistakable ? platform::inFolder(QStringLiteral("."), rowText) : rowText;
+}
+
+QByteArray playlistContent(const QStringList &rowTexts, const LineEncoder &encode)
 {
     QByteArray inCodePage;
     QByteArray inUtf8;
     bool isExpressible = true;
-    for (const QString &line : lines) {
-        if (line.contains(u'\n') || line.contains(u'\r'))
+    for (const QString &rowText : rowTexts) {
+        if (!fitsPlaylist(rowText))
             continue;
+        const QString line = playlistLine(rowText);
         inUtf8 += line.toUtf8() + "\r\n";
         const std::optional<QByteArray> encoded = isExpressible ? encode(line) : std::nullopt;
         isExpressible = encoded.has_value();

@@ -12,7 +12,7 @@
 #include <functional>
 #include <optional>
 
-/// M3U playlists: plain text, one path a line, each line ended by CR LF, no header.
+/// M3U playlists: plain text, one path a line, each line ended by CR LF, no header, no comments.
 namespace ravlin {
 
 /// Encodes a line in the system's code page. Returns nothing if that lacks a character.
@@ -22,9 +22,16 @@ using LineEncoder = std::function<std::optional<QByteArray>(const QString &line)
 /// "lista.m3u". Leaves out what a file name may not hold.
 QString playlistName(const QString &artist, const QString &album);
 
-/// Encodes in the system's code page or, if that can't express some line, all in UTF-8: a player must find the paths.
-/// Leaves out lines with a line break in them.
-QByteArray playlistContent(const QStringList &lines, const LineEncoder &encode);
+/// Whether a row can stand in a playlist: one with a line break would be two lines.
+bool fitsPlaylist(const QString &rowText);
+
+/// The line for a row: its text, with "./" in front of what players would take for a comment, a directive or an
+/// address.
+QString playlistLine(const QString &rowText);
+
+/// The lines of the rows that fit, in the system's code page or, if that can't express some line, all in UTF-8: a
+/// player must find the paths.
+QByteArray playlistContent(const QStringList &rowTexts, const LineEncoder &encode);
 
 /// The fixed path of the list that plays a selection (see platform::fixedFilePath).
 QString playListPath();

@@ -30,6 +30,8 @@ private Q_SLOTS:
     void theName();
     void aLongName();
     void theContent();
+    void linesThatPlayersMistake_data();
+    void linesThatPlayersMistake();
     void aLineBeyondTheCodePage();
     void aNameThatIsNoUnicode();
     void writesTheFoldersList();
@@ -73,6 +75,8 @@ void TestPlaylist::theName_data()
     QTest::newRow("nothing left of it") << QString() << u"???"_s << u"lista.m3u"_s;
     QTest::newRow("no way out") << u".."_s << u"/etc"_s << u"_. - etc.m3u"_s;
     QTest::newRow("line breaks") << QString() << u"A\nB"_s << u"AB.m3u"_s;
+    QTest::newRow("hidden") << u"\u202EA\u0085"_s << u"\uFEFFB\u2028"_s << u"A - B.m3u"_s;
+    QTest::newRow("nothing visible") << u"\u200E"_s << QString() << u"lista.m3u"_s;
 }
 
 void TestPlaylist::theName()
@@ -86,6 +90,7 @@ void TestPlaylist::aLongName()
 {
     const QString name = playlistName(QString(200, u'ñ'), QString(200, u'x'));
     QVERIFY(platform::nameLength(name) <= 255);
+    QCOMPARE(playlistName(QString(300, QChar(0x202E)), u"Disco"_s), u" - Disco.m3u"_s);
     QVERIFY(name.endsWith(u".m3u"_s));
     // Wine limits names by the bytes of the disk below.
     const QChar letter = platform::Separator == u'/' ? u'ñ' : u'n';
@@ -95,10 +100,48 @@ void TestPlaylist::aLongName()
 void TestPlaylist::theContent()
 {
     const auto encode = [](const QString &line) { return std::optional(line.toLatin1()); };
-    QCOMPARE(playlistContent({u"b.mp3"_s, u"cd1/ñ.mp3"_s, u"#1.mp3"_s}, encode),
-        QByteArray("b.mp3\r\ncd1/\xf1.mp3\r\n#1.mp3\r\n"));
+    QCOMPARE(playlistContent({u"b.mp3"_s, u"cd1/ñ.mp3"_s}, encode), QByteArray("b.mp3\r\ncd1/\xf1.mp3\r\n"));
     QCOMPARE(playlistContent({}, encode), QByteArray());
-    QCOMPARE(playlistContent({u"a\nb.mp3"_s, u"c.mp3"_s}, encode), QByteArray("c.mp3\r\n"));
+    QCOMPARE(playlistContent({u"a\nb.mp3"_s, u"c.mp3"_s, u"\r"_s, u"d\r\n#EXTM3U"_s}, encode), QByteArray("c.mp3\r\n"));
+    // No player ends a line here.
+    QCOMPARE(playlistContent({u"a\u0085b"_s, u"a\vb"_s}, encode), QByteArray("a\x85"
+                                                                             "b\r\na\vb\r\n"));
+}
+
+void TestPlaylist::linesThatPlayersMistake_data()
+{
+    QTest::addColumn<QString>("row");
+    QTest::addColumn<bool>("isMarked");
+    const bool mayHaveColons = platform::Separator == u'/';
+    QTest::newRow("comment") << u"#1.mp3"_s << true;
+    QTest::newRow("directive") << u"#EXTVLCOPT:sout=#file{dst=x}.mp3"_s << true;
+    QTest::newRow("folder") << u"#1 Hits/a.mp3"_s << true;
+    QTest::newRow("behind a blank") << u" #1.mp3"_s << true;
+    QTest::newRow("behind tabs") << u"\t\v #1.mp3"_s << true;
+    QTest::newRow("behind a byte order mark") << u"\uFEFF#1.mp3"_s << true;
+    QTest::newRow("behind both") << u"\uFEFF \uFEFF#1.mp3"_s << true;
+    QTest::newRow("address") << u"http:/host/a.mp3"_s << mayHaveColons;
+    QTest::newRow("scheme") << u"file:a.mp3"_s << mayHaveColons;
+    QTest::newRow("colon in the name") << u"Bach: Suite.mp3"_s << mayHaveColons;
+    QTest::newRow("colon further on") << u"cd1/Bach: Suite.mp3"_s << false;
+    QTest::newRow("number sign further on") << u"No #1.mp3"_s << false;
+    QTest::newRow("blank") << u" a.mp3"_s << false;
+    QTest::newRow("nothing but blanks") << u"  "_s << false;
+    QTest::newRow("wide number sign") << u"\uFF031.mp3"_s << false;
+    QTest::newRow("plain") << u"a.mp3"_s << false;
+    QTest::newRow("absolute") << u"/#1/a.mp3"_s << false;
+}
+
+void TestPlaylist::linesThatPlayersMistake()
+{
+    QFETCH(QString, row);
+    QFETCH(bool, isMarked);
+    const QString prefix = isMarked ? u"."_s + platform::Separator : QString();
+    QCOMPARE(playlistLine(row), prefix + row);
+    const auto encode = [](const QString &line) { return std::optional(line.toUtf8()); };
+    QCOMPARE(playlistContent({row, u"b.mp3"_s}, encode), (prefix + row).toUtf8() + "\r\nb.mp3\r\n");
+    QCOMPARE(playlistContent({row}, [](const QString &) { return std::optional<QByteArray>(); }),
+        (prefix + row).toUtf8() + "\r\n");
 }
 
 void TestPlaylist::aLineBeyondTheCodePage()
