@@ -30,17 +30,19 @@ void Output::flush()
     m_pending.resize(0); // keeps the memory
 }
 
-void Console::print(const QString &line)
+void Console::print(const QString &text)
 {
-    m_out.write(encoded(line, m_out.isTerminal()));
-    m_out.write("\n");
+    m_out.write(encodedLine(text, m_out.isTerminal() ? Reader::Terminal : Reader::Program) + '\n');
 }
 
-void Console::message(const QString &text)
+void Console::message(const QString &text, const QStringList &moreLines)
 {
     if (m_out.isTerminal())
         m_out.flush(); // keeps results and messages in order
-    m_err.write("ravlin-cli: " + encoded(text, m_err.isTerminal()) + '\n');
+    const Reader reader = m_err.isTerminal() ? Reader::Terminal : Reader::Log;
+    m_err.write("ravlin-cli: " + encodedLine(text, reader) + '\n');
+    for (const QString &line : moreLines)
+        m_err.write(encodedLine(line, reader) + '\n');
     m_err.flush();
 }
 
@@ -49,10 +51,10 @@ void Console::warn(const QString &text)
     message(text);
 }
 
-void Console::fail(const QString &path, const QString &text)
+void Console::fail(const QString &path, const QString &text, const QStringList &moreLines)
 {
     m_status = Failure;
-    message((path.isEmpty() ? u"\"\""_s : path) + u": "_s + text);
+    message((path.isEmpty() ? u"\"\""_s : path) + u": "_s + text, moreLines);
 }
 
 void Console::fail(const QString &path, const Error &error)
@@ -63,7 +65,7 @@ void Console::fail(const QString &path, const Error &error)
 int Console::refuse(const QString &command, const QString &text)
 {
     const QString program = command.isEmpty() ? u"ravlin-cli"_s : u"ravlin-cli "_s + command;
-    message((command.isEmpty() ? QString() : command + u": "_s) + text + u"\nTry '"_s + program + u" --help'."_s);
+    message((command.isEmpty() ? QString() : command + u": "_s) + text, {u"Try '"_s + program + u" --help'."_s});
     return Usage;
 }
 

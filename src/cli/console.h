@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -47,7 +48,7 @@ enum ExitStatus
 };
 
 /// Takes a command's results and messages; remembers whether anything failed. Messages are written at once, after the
-/// program's name.
+/// program's name. Whatever a text holds, it stays on its line and commands no terminal (see cli/text.h).
 class Console
 {
 public:
@@ -55,12 +56,12 @@ public:
 
     Output &out() { return m_out; }
 
-    /// Writes a line to the results. Bytes of a path stay as they are.
-    void print(const QString &line);
+    /// Writes a line to the results. Bytes of a path stay as they are; a line break in the text is escaped.
+    void print(const QString &text);
     /// A warning, which is not a failure.
     void warn(const QString &text);
-    /// A failure of one file.
-    void fail(const QString &path, const QString &text);
+    /// A failure of one file. moreLines follow the text, each on a line of its own.
+    void fail(const QString &path, const QString &text, const QStringList &moreLines = {});
     void fail(const QString &path, const Error &error);
     /// Reports a wrong command line and the command whose help to read; empty means the program's. Returns the exit
     /// status.
@@ -72,7 +73,7 @@ public:
     int finish(int status);
 
 private:
-    void message(const QString &text);
+    void message(const QString &text, const QStringList &moreLines = {});
 
     Output m_out;
     Output m_err;

@@ -246,7 +246,7 @@ private:
         }
         const int number = chosen->toInt();
         if (number < 1 || number > count) {
-            m_console.fail(m_subject, u"there is no match %1, but %2 of them"_s.arg(*chosen).arg(count));
+            m_console.fail(m_subject, u"there is no match %1, but %2 of them"_s.arg(*chosen, QString::number(count)));
             return false;
         }
         return settle(m_dialogue.wait([number](uFREEDB &database) { database.take(number - 1); }));
@@ -267,15 +267,15 @@ private:
     void tellMatches()
     {
         const std::vector<cddb::Match> matches = m_dialogue.freedb().matches();
-        QString list = u"no disc matches for certain; choose with --match:"_s;
+        QStringList list;
         for (int i = 0; i < int(matches.size()); ++i) {
             const cddb::Match &match = matches[size_t(i)];
             constexpr int MostLookedAt = 10;
             const QString fit = i < MostLookedAt ? fitOf(i) : QString();
-            list += u"\n%1: %2 %3 %4 / %5%6"_s.arg(
+            list << u"%1: %2 %3 %4 / %5%6"_s.arg(
                 QString::number(i + 1), match.category, match.discId, match.artist, match.album, fit);
         }
-        m_console.fail(m_subject, list);
+        m_console.fail(m_subject, u"no disc matches for certain; choose with --match:"_s, list);
     }
 
     QString fitOf(int match)

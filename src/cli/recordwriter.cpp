@@ -133,17 +133,19 @@ void RecordWriter::writeBlock(const Record &record, const Extra &extra)
 
 void RecordWriter::writeTable()
 {
+    // A text of a megabyte must not pad every other row to its width.
+    constexpr int WidestColumn = 200;
     std::vector<int> widths(m_columns.size());
     for (const std::vector<QString> &row : m_rows) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], displayWidth(row[i]));
+            widths[i] = std::clamp(displayWidth(row[i]), widths[i], WidestColumn);
     }
     for (const std::vector<QString> &row : m_rows) {
         QString line;
         for (std::size_t i = 0; i < row.size(); ++i) {
             line += row[i];
             const bool isLast = i + 1 == row.size();
-            line += isLast ? u"\n"_s : QString(widths[i] - displayWidth(row[i]) + 2, u' ');
+            line += isLast ? u"\n"_s : QString(std::max(widths[i] - displayWidth(row[i]), 0) + 2, u' ');
         }
         m_out.write(line.toUtf8());
     }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/text.h"
 
-#include "core/platform/filesystem.h"
+#include "core/platform/path.h"
 #include "core/platform/standardstreams.h"
+#include "core/platform/textsafety.h"
 
 #include <algorithm>
 
@@ -10,10 +11,8 @@ namespace ravlin::cli {
 
 namespace {
 
-bool isControl(char16_t unit)
-{
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
-}
+using platform::isControl;
+using platform::isDisguise;
 
 /// Whether the unit at the position belongs to a surrogate pair.
 bool isPaired(QStringView text, qsizetype position)
@@ -24,11 +23,14 @@ bool isPaired(QStringView text, qsizetype position)
     return unit.isLowSurrogate() && position > 0 && text[position - 1].isHighSurrogate();
 }
 
+QByteArray hexadecimal(char16_t number, qsizetype digits)
+{
+    return QByteArray::number(number, 16).rightJustified(digits, '0');
+}
+
 void appendEscape(QByteArray &json, char16_t unit)
 {
-    constexpr int Digits = 4;
-    json += "\\u";
-    json += QByteArray::number(unit, 16).rightJustified(Digits, '0');
+    json += "\\u" + hexadecimal(unit, 4);
 }
 
 void appendJsonUnit(QByteArray &json, char16_t unit)
@@ -59,30 +61,78 @@ bool isPlain(QStringView text, qsizetype position)
 {
     const QChar unit = text[position];
     // JSON allows DEL and the C1 controls, but a terminal could obey them.
-    if (isControl(unit.unicode()) || unit == u'"' || unit == u'\\')
+    if (isControl(unit) || isDisguise(unit) || unit == u'"' || unit == u'\\')
         return false;
     return !unit.isSurrogate() || isPaired(text, position);
+}
+
+/// The byte that an unpaired surrogate stands for (see platform::decodePath), or 0.
+char16_t byteOf(QChar unit)
+{
+    const char16_t code = unit.unicode();
+    return code >= 0xDC80 && code <= 0xDCFF ? char16_t(code - 0xDC00) : char16_t(0);
+}
+
+/// ASCII.
+QByteArray visible(QChar unit)
+{
+    switch (unit.unicode()) {
+    case u'\n':
+        return "\\n";
+    case u'\r':
+        return "\\r";
+    case u'\t':
+        return "\\t";
+    default:
+        break;
+    }
+    if (const char16_t byte = byteOf(unit); byte != 0)
+        return "\\x" + hexadecimal(byte, 2);
+    return unit.unicode() < 0x80 ? "\\x" + hexadecimal(unit.unicode(), 2) : "\\u" + hexadecimal(unit.unicode(), 4);
+}
+
+/// Whether a reader must not get the unit at the position as it is.
+bool needsEscape(const QString &text, qsizetype position, Reader reader)
+{
+    const QChar unit = text[position];
+    if (unit == u'\n' || unit == u'\r')
+        return true;
+    if (reader == Reader::Program)
+        return false;
+    if (isControl(unit) || isDisguise(unit))
+        return true;
+    if (!unit.isSurrogate() || isPaired(text, position))
+        return false;
+    // Bytes below 0xA0 are control characters to terminals with an 8-bit code page.
+    return reader == Reader::Terminal || byteOf(unit) < 0xA0;
+}
+
+QString escaped(const QString &text, Reader reader)
+{
+    qsizetype plainStart = 0;
+    QString result;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (!needsEscape(text, i, reader))
+            continue;
+        result += QStringView(text).sliced(plainStart, i - plainStart);
+        result += QLatin1StringView(visible(text[i]));
+        plainStart = i + 1;
+    }
+    if (plainStart == 0)
+        return text;
+    return result += QStringView(text).sliced(plainStart);
 }
 
 } // namespace
 
 QString printable(const QString &text)
 {
-    QString result = text;
-    for (qsizetype i = 0; i < result.size(); ++i) {
-        if (isControl(result[i].unicode()) || (result[i].isSurrogate() && !isPaired(text, i)))
-            result[i] = QChar::ReplacementCharacter;
-    }
-    return result;
+    return escaped(text, Reader::Terminal);
 }
 
-QByteArray encoded(const QString &text, bool forTerminal)
+QByteArray encodedLine(const QString &text, Reader reader)
 {
-    if (!forTerminal)
-        return platform::encodePath(text);
-    QStringList lines = text.split(u'\n');
-    std::ranges::transform(lines, lines.begin(), printable);
-    return lines.join(u'\n').toUtf8();
+    return platform::encodePath(escaped(text, reader));
 }
 
 QByteArray tabSeparatedField(const QString &text)

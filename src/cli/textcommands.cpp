@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/command.h"
 #include "core/naming/texttransforms.h"
+#include "core/platform/namecheck.h"
 
 #include <algorithm>
 #include <array>
@@ -40,7 +41,7 @@ int runCase(const Arguments &arguments, Console &console)
 int runClean(const Arguments &arguments, Console &console)
 {
     for (const QString &text : arguments.operands())
-        console.print(CleanFileName(text));
+        console.print(platform::visibleName(CleanFileName(text)));
     return console.status();
 }
 
@@ -58,9 +59,8 @@ Command caseCommand()
 Command cleanCommand()
 {
     return {u"clean", u"remove from texts what a file name may not hold",
-        u"Prints each text without the characters \\ / : * ? \" < > |, which a file name may not hold everywhere. "
-        u"Behind\n"
-        "> and | the next character goes too.",
+        u"Prints each text without the characters \\ / : * ? \" < > |, which a file name may not hold everywhere, and\n"
+        "without control and hidden characters. Behind > and | the next character goes too.",
         u"TEXT", true, {}, runClean};
 }
 

@@ -88,18 +88,17 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
     if (!isDry) // a failure stays silent: what is left is harmless
         std::ignore = storage::cleanLeftovers(fileSystem, folder);
     auto plan = makeTransferPlan(fileSystem, {kind, arguments.paths(), folder});
-    if (!plan) {
+    if (plan) // skip what can't be replaced without loss
+        std::ignore = answerClashes(*plan, [&](const Clash &) { return ClashDecision{*reply, false}; });
+    else
         console.fail(folder, plan.error());
-        return console.status();
-    }
-    // Skip what can't be replaced without loss.
-    std::ignore = answerClashes(*plan, [&](const Clash &) { return ClashDecision{*reply, false}; });
     if (isDry) {
         RecordWriter writer(console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
             {u"path", u"newPath", u"action"});
-        writePlan(plan->items, kind, writer, console);
+        if (plan)
+            writePlan(plan->items, kind, writer, console);
         writer.finish();
-    } else {
+    } else if (plan) {
         tellReport(runTransfer(fileSystem, *plan), console);
     }
     return console.status();

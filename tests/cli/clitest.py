@@ -3,6 +3,7 @@
 
 import json
 import os
+import pty
 import shutil
 import subprocess
 import tempfile
@@ -68,6 +69,24 @@ class CliTest(unittest.TestCase):
     def run_cli(self, *arguments, **options):
         options = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "env": self.environment, **options}
         return subprocess.run([*self.prefix, PROGRAM, *arguments], check=False, timeout=60, **options)
+
+    def on_terminal(self, *arguments, status=0):
+        """What a person sees of standard output and standard error. status: the one expected; None if it may be any."""
+        master, slave = pty.openpty()
+        process = subprocess.Popen([PROGRAM, *arguments], stdout=slave, stderr=slave, env=self.environment)
+        os.close(slave)
+        seen = b""
+        while True:
+            try:
+                piece = os.read(master, 65536)
+            except OSError:  # the other side is closed
+                break
+            if not piece:
+                break
+            seen += piece
+        os.close(master)
+        self.assertIn(process.wait(timeout=60), (0, 1, 2) if status is None else (status,), seen)
+        return seen.decode("utf-8").replace("\r\n", "\n")
 
     def can_drop_privileges(self):
         return not WITHOUT_PRIVILEGES or (shutil.which("setpriv") is not None and subprocess.run(

@@ -71,15 +71,22 @@ private Q_SLOTS:
     {
         QCOMPARE(written(Format::Table, Two), QByteArray("file  count  flag\n"
                                                          "夜    12     yes\n"
-                                                         "a\xEF\xBF\xBD"
-                                                         "b          no\n"));
+                                                         "a\\tb         no\n"));
+    }
+
+    void aHugeTextPadsNoOtherRow()
+    {
+        const QByteArray table =
+            written(Format::Table, {{QString(100'000, u'x'), qint64(1), true}, {u"a"_s, {}, false}});
+        const QByteArrayList lines = table.split('\n');
+        QCOMPARE(lines[1], QByteArray(100'000, 'x') + "  1      yes");
+        QVERIFY(lines[0].size() < 300 && lines[2].size() < 300);
     }
 
     void blocks()
     {
         QCOMPARE(written(Format::Blocks, Two), QByteArray("file:  夜\ncount: 12\nflag:  yes\n\n"
-                                                          "file:  a\xEF\xBF\xBD"
-                                                          "b\ncount: \nflag:  no\n"));
+                                                          "file:  a\\tb\ncount: \nflag:  no\n"));
         QCOMPARE(written(Format::Blocks, {}), QByteArray());
     }
 
@@ -148,6 +155,25 @@ private Q_SLOTS:
             QByteArray("ravlin-cli: a b.mp3: the system could not read or write the file (read: it broke)\n"
                        "ravlin-cli: \"\": what\n"));
         QCOMPARE(console.finish(console.status()), int(Failure));
+    }
+
+    void aTextStaysOnItsLine()
+    {
+        for (const bool isTerminal : {false, true}) {
+            Memory results;
+            Memory messages;
+            Console console(results.output(isTerminal), messages.output(isTerminal));
+            console.print(u"a\nravlin-cli: b\r\u2028"_s);
+            console.warn(u"a\nravlin-cli: b"_s);
+            console.fail(u"a\nb"_s, u"c\nd"_s, {u"e\nf"_s, u"g"_s});
+            console.refuse(u"x\ny"_s, u"z\n"_s);
+            console.finish(Success);
+            const QByteArray separator = isTerminal ? "\\u2028" : "\xE2\x80\xA8";
+            QCOMPARE(results.bytes, "a\\nravlin-cli: b\\r" + separator + '\n');
+            QCOMPARE(messages.bytes, QByteArray("ravlin-cli: a\\nravlin-cli: b\n"
+                                                "ravlin-cli: a\\nb: c\\nd\ne\\nf\ng\n"
+                                                "ravlin-cli: x\\ny: z\\n\nTry 'ravlin-cli x\\ny --help'.\n"));
+        }
     }
 };
 

@@ -40,6 +40,8 @@ private Q_SLOTS:
         QTest::newRow("quotes and backslashes") << u"\"\\\""_s << QByteArray("\"\\\"\\\\\\\"\"");
         QTest::newRow("line ends") << u"a\r\n\tb"_s << QByteArray("\"a\\r\\n\\tb\"");
         QTest::newRow("controls") << u"\u0001\u001f\u007f\u009b"_s << QByteArray("\"\\u0001\\u001f\\u007f\\u009b\"");
+        QTest::newRow("hidden") << u"\u2028\u2029\u202e\ufeff\u200b\u200c"_s
+                                << QByteArray("\"\\u2028\\u2029\\u202e\\ufeff\\u200b\xE2\x80\x8C\"");
         QTest::newRow("zero") << QString(QChar(0)) << QByteArray("\"\\u0000\"");
         QTest::newRow("beyond ASCII") << u"ñ 夜"_s << QByteArray("\"ñ 夜\"");
         QTest::newRow("beyond the basic plane") << u"\U0001F3B5"_s << QByteArray("\"\xF0\x9F\x8E\xB5\"");
@@ -85,12 +87,50 @@ private Q_SLOTS:
         QCOMPARE(tabSeparatedField(text), expected);
     }
 
-    void terminalIsNotCommanded()
+    void linesForEachReader_data()
     {
-        const QString text = u"a\u001b[31m\u009b\n"_s + platform::decodePath(QByteArray("\x9B")) + u"\U0001F3B5"_s;
-        QCOMPARE(printable(text), u"a\uFFFD[31m\uFFFD\uFFFD\uFFFD\U0001F3B5"_s);
-        QCOMPARE(encoded(text, true), u"a\uFFFD[31m\uFFFD\n\uFFFD\U0001F3B5"_s.toUtf8());
-        QCOMPARE(encoded(text, false), "a\x1b[31m\xC2\x9B\n\x9B" + u"\U0001F3B5"_s.toUtf8());
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("terminal");
+        QTest::addColumn<QByteArray>("log");
+        QTest::addColumn<QByteArray>("program");
+        const auto row = [](const char *what, const QString &text, const QByteArray &terminal, const QByteArray &log,
+                             const QByteArray &program) { QTest::newRow(what) << text << terminal << log << program; };
+        const QString note = u"\U0001F3B5"_s;
+        row("plain", u"añ/夜"_s + note, "añ/夜\xF0\x9F\x8E\xB5", "añ/夜\xF0\x9F\x8E\xB5", "añ/夜\xF0\x9F\x8E\xB5");
+        row("empty", {}, "", "", "");
+        row("backslashes stay", u"C:\\new"_s, "C:\\new", "C:\\new", "C:\\new");
+        row("line breaks", u"a\nb\r\n"_s, "a\\nb\\r\\n", "a\\nb\\r\\n", "a\\nb\\r\\n");
+        row("tab", u"a\tb"_s, "a\\tb", "a\\tb", "a\tb");
+        row("escape sequence", u"\u001b[31m"_s, "\\x1b[31m", "\\x1b[31m", "\x1b[31m");
+        row("zero and DEL", QString(QChar(0)) + u'\x7f', "\\x00\\x7f", "\\x00\\x7f", QByteArray("\0\x7f", 2));
+        row("C1", u"\u0085\u009b"_s, "\\u0085\\u009b", "\\u0085\\u009b", "\xC2\x85\xC2\x9B");
+        row("separators", u"\u2028\u2029"_s, "\\u2028\\u2029", "\\u2028\\u2029", "\xE2\x80\xA8\xE2\x80\xA9");
+        row("direction", u"\u202Egpj.exe"_s, "\\u202egpj.exe", "\\u202egpj.exe", "\xE2\x80\xAEgpj.exe");
+        row("joiners stay", u"می\u200Cخواهم\u200D\uFE0F"_s, u"می\u200Cخواهم\u200D\uFE0F"_s.toUtf8(),
+            u"می\u200Cخواهم\u200D\uFE0F"_s.toUtf8(), u"می\u200Cخواهم\u200D\uFE0F"_s.toUtf8());
+        row("bytes", platform::decodePath(QByteArray("\x9B\xE9")), "\\x9b\\xe9", "\\x9b\xE9", "\x9B\xE9");
+        row("half a pair", QString(QChar(0xD83C)), "\\ud83c", "\\ud83c", "\xEF\xBF\xBD");
+    }
+    void linesForEachReader()
+    {
+        QFETCH(QString, text);
+        QTEST(encodedLine(text, Reader::Terminal), "terminal");
+        QTEST(encodedLine(text, Reader::Log), "log");
+        QTEST(encodedLine(text, Reader::Program), "program");
+        QTEST(printable(text).toUtf8(), "terminal");
+    }
+
+    void nothingThatCommandsOrHidesIsLeft()
+    {
+        for (int unit = 0; unit <= 0xFFFF; ++unit) {
+            const QString shown = printable(QString(QChar(static_cast<char16_t>(unit))));
+            const bool isOdd = unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x61C || unit == 0x200B ||
+                               unit == 0x200E || unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) ||
+                               (unit >= 0x2066 && unit <= 0x2069) || unit == 0xFEFF ||
+                               (unit >= 0xD800 && unit <= 0xDFFF);
+            QCOMPARE(shown.startsWith(u'\\'), isOdd || unit == u'\\');
+            QCOMPARE(shown.size() > 1, isOdd);
+        }
     }
 
     void width_data()
