@@ -33,12 +33,17 @@ qint64 lengthOf(const std::vector<Segment> &segments)
     return length;
 }
 
+std::string_view view(const QByteArray &bytes)
+{
+    return {bytes.constData(), static_cast<size_t>(bytes.size())};
+}
+
 /// New bytes for a tag's body, unsynchronised if the whole tag is.
 Segment freshIn(const Tag &tag, const QByteArray &bytes)
 {
     if (!tag.isUnsynchronised())
         return Segment::fresh(bytes);
-    return Segment::fresh(applyUnsynchronisation({bytes.constData(), static_cast<size_t>(bytes.size())}));
+    return Segment::fresh(applyUnsynchronisation(view(bytes)));
 }
 
 /// The frames after the plan.
@@ -267,24 +272,49 @@ Result<std::vector<Segment>> composePlain(ByteSource &source, ByteWindow &window
     return segments;
 }
 
-/// Puts a zero behind each range of an unsynchronised tag that ends in 0xFF without one: something else follows now.
-Result<void> closeRanges(ByteWindow &window, std::vector<Segment> &segments)
+/// Whether the scheme has been applied to these bytes: careless programs set the flag and leave the frames as they are.
+Result<bool> isUnsynchronisedRange(ByteWindow &window, qint64 offset, qint64 length)
 {
-    std::vector<Segment> closed;
-    closed.reserve(segments.size());
-    for (Segment &segment : segments) {
-        const bool isKept = segment.oldOffset >= 0;
-        const qint64 last = segment.oldOffset + segment.length - 1;
-        closed.push_back(std::move(segment));
-        if (!isKept)
-            continue;
-        const Result<QByteArray> byte = bytesAt(window, last, 1);
-        if (!byte)
-            return tl::unexpected(byte.error());
-        if (*byte == "\xFF")
-            closed.push_back(Segment::fresh(QByteArray(1, '\0')));
+    bool followsMarker = false;
+    for (qint64 done = 0; done < length;) {
+        const std::string_view bytes = window.exactly(offset + done, std::min<qint64>(length - done, WindowSize));
+        if (bytes.empty())
+            return tl::unexpected(window.error().value_or(brokenTag()));
+        for (const char c : bytes) {
+            if (followsMarker && static_cast<unsigned char>(c) >= 0xE0)
+                return false;
+            followsMarker = c == '\xFF';
+        }
+        done += std::ssize(bytes);
     }
-    segments = std::move(closed);
+    return true;
+}
+
+/// Makes the ranges of an unsynchronised tag such that a strict reader takes the whole tag for one: most are, and stay
+/// ranges of the file. One that ends in 0xFF gets a zero, for something else follows now.
+Result<void> makeStrict(ByteWindow &window, std::vector<Segment> &segments)
+{
+    std::vector<Segment> strict;
+    strict.reserve(segments.size());
+    for (Segment &segment : segments) {
+        const qint64 offset = segment.oldOffset;
+        const qint64 length = segment.length;
+        strict.push_back(std::move(segment));
+        if (offset < 0)
+            continue;
+        const Result<bool> isStrict = isUnsynchronisedRange(window, offset, length);
+        if (!isStrict)
+            return tl::unexpected(isStrict.error());
+        const qint64 needed = *isStrict ? 1 : length; // bytes at the end of the range
+        const Result<QByteArray> bytes = bytesAt(window, offset + length - needed, needed);
+        if (!bytes)
+            return tl::unexpected(bytes.error());
+        if (!*isStrict)
+            strict.back() = Segment::fresh(applyUnsynchronisation(view(removeUnsynchronisation(view(*bytes)))));
+        else if (*bytes == "\xFF")
+            strict.push_back(Segment::fresh(QByteArray(1, '\0')));
+    }
+    segments = std::move(strict);
     return {};
 }
 
@@ -311,7 +341,7 @@ Result<std::vector<Segment>> composeUnsynchronised(
     const auto stored = bytesAt(window, TagHeaderSize, tag.framesBegin() - TagHeaderSize);
     if (!stored)
         return tl::unexpected(stored.error());
-    const QByteArray oldExtended = removeUnsynchronisation({stored->constData(), static_cast<size_t>(stored->size())});
+    const QByteArray oldExtended = removeUnsynchronisation(view(*stored));
     const auto extended = [&](qint64 padding) { return freshIn(tag, extendedHeader(header, oldExtended, padding)); };
     const bool isBeforeUnknown = isFollowedByUnknown(window, tag);
     std::vector<Segment> content = frameSegments(tag, plan);
@@ -321,8 +351,8 @@ Result<std::vector<Segment>> composeUnsynchronised(
     const qint64 oldEnd =
         tail->empty() ? tag.framesEnd() : tail->back().oldOffset + tail->back().length; // padding follows
     for (std::vector<Segment> *segments : {&content, &*tail}) {
-        if (Result<void> closed = closeRanges(window, *segments); !closed)
-            return tl::unexpected(closed.error());
+        if (Result<void> strict = makeStrict(window, *segments); !strict)
+            return tl::unexpected(strict.error());
     }
     const qint64 framesEnd = TagHeaderSize + extended(0).length + lengthOf(content);
     std::move(tail->begin(), tail->end(), std::back_inserter(content));
