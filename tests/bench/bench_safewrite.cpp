@@ -3,6 +3,7 @@
 // program needs for the same. The files are small and in the page cache, as in a batch over a collection.
 
 #include "core/storage/safewrite.h"
+#include "support/filesteps.h"
 
 #include <benchmark/benchmark.h>
 
@@ -29,7 +30,7 @@ class SampleFile
 public:
     explicit SampleFile(qint64 size) : m_path(m_folder.filePath(QStringLiteral("01 - Song.mp3")))
     {
-        const auto file = FileSystem::native().createNew(m_path).value();
+        const auto file = ravlin::test::createNew(m_path).value();
         const QByteArray content(static_cast<qsizetype>(size), 'x');
         static_cast<void>(file->writeAt({content.constData(), static_cast<size_t>(size)}, 0));
     }
@@ -155,10 +156,11 @@ void syncFolder(benchmark::State &state)
     for (auto _ : state) {
         state.PauseTiming();
         const QString made = folder + QStringLiteral("/made");
-        static_cast<void>(native.createNew(made));
-        static_cast<void>(native.replace(made, file.path()));
+        static_cast<void>(test::createNew(made));
+        static_cast<void>(test::replaceFile(made, file.path()));
+        const auto held = native.openFolder(folder);
         state.ResumeTiming();
-        benchmark::DoNotOptimize(native.syncFolder(folder));
+        benchmark::DoNotOptimize((*held)->sync());
     }
 }
 BENCHMARK(syncFolder)->UseRealTime();

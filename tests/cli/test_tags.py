@@ -183,6 +183,7 @@ class TagTest(CliTest):
         leftover = self.leftover_name()
         for arguments in (("tag", "--title=x"), ("strip", "--v2")):
             stale = self.make(leftover, b"half")
+            os.chmod(stale, 0o600)
             os.utime(stale, (0, 0))
             link = os.path.join(os.path.dirname(os.fsencode(self.folder)), b"link.mp3")
             if not os.path.islink(link):

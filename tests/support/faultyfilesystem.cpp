@@ -9,7 +9,10 @@ namespace ravlin::test {
 
 using platform::File;
 using platform::FileInfo;
+using platform::HeldFolder;
+using platform::Node;
 using platform::OpenMode;
+using platform::Place;
 
 namespace {
 
@@ -146,9 +149,29 @@ public:
     {
         return m_fileSystem.forward(Call::FileInfo, [&] { return m_inner->info(); });
     }
-    Result<void> takeMetadata(File &source) override
+    Result<void> takeOwner(File &source) override
     {
-        return m_fileSystem.forward(Call::TakeMetadata, [&] { return m_inner->takeMetadata(*inner(source).m_inner); });
+        return m_fileSystem.forward(Call::TakeMetadata, [&] { return m_inner->takeOwner(*inner(source).m_inner); });
+    }
+    Result<void> takeAttributes(File &source) override
+    {
+        return m_fileSystem.forward(
+            Call::TakeMetadata, [&] { return m_inner->takeAttributes(*inner(source).m_inner); });
+    }
+    Result<void> takePermissions(File &source) override
+    {
+        return m_fileSystem.forward(
+            Call::TakeMetadata, [&] { return m_inner->takePermissions(*inner(source).m_inner); });
+    }
+    void takeTimes(File &source) override { m_inner->takeTimes(*inner(source).m_inner); }
+    Result<void> setPermissions(quint32 permissions) override
+    {
+        return m_fileSystem.forward(Call::SetPermissions, [&] { return m_inner->setPermissions(permissions); });
+    }
+    void forgetCached() override { m_inner->forgetCached(); }
+    Result<bool> isPrivate() override
+    {
+        return m_fileSystem.forward(Call::IsPrivate, [&] { return m_inner->isPrivate(); });
     }
     Result<void> setModified(qint64 nanoseconds) override
     {
@@ -166,6 +189,83 @@ private:
     std::unique_ptr<File> m_inner;
 };
 
+/// A folder of a FaultyFileSystem.
+class FaultyFolder final : public HeldFolder
+{
+public:
+    FaultyFolder(FaultyFileSystem &fileSystem, std::shared_ptr<HeldFolder> inner)
+        : m_fileSystem(fileSystem), m_inner(std::move(inner))
+    {
+    }
+
+    QString path() const override { return m_inner->path(); }
+    Result<FileInfo> info() override
+    {
+        return m_fileSystem.forward(Call::FolderInfo, [&] { return m_inner->info(); });
+    }
+    Result<Node> node(const QString &name) override
+    {
+        return m_fileSystem.forward(Call::Node, [&] { return m_inner->node(name); });
+    }
+    Result<std::vector<QString>> names() override
+    {
+        return m_fileSystem.forward(Call::Names, [&] { return m_inner->names(); });
+    }
+    Result<std::unique_ptr<File>> openFile(const QString &name, OpenMode mode) override
+    {
+        return m_fileSystem.wrap(m_fileSystem.forward(Call::Open, [&] { return m_inner->openFile(name, mode); }));
+    }
+    Result<std::unique_ptr<File>> createNew(const QString &name) override
+    {
+        return m_fileSystem.wrap(m_fileSystem.forward(Call::Create, [&] { return m_inner->createNew(name); }));
+    }
+    Result<std::shared_ptr<HeldFolder>> openFolder(const QString &name) override
+    {
+        return m_fileSystem.wrap(m_fileSystem.forward(Call::OpenFolder, [&] { return m_inner->openFolder(name); }));
+    }
+    Result<std::shared_ptr<HeldFolder>> createFolder(const QString &name) override
+    {
+        return m_fileSystem.wrap(m_fileSystem.forward(Call::CreateFolder, [&] { return m_inner->createFolder(name); }));
+    }
+    Result<void> copyLink(HeldFolder &source, const QString &name, const QString &newName) override
+    {
+        return m_fileSystem.forward(
+            Call::CopyLink, [&] { return m_inner->copyLink(*inner(source).m_inner, name, newName); });
+    }
+    Result<void> replace(const QString &name, HeldFolder &to, const QString &newName) override
+    {
+        return m_fileSystem.forward(Call::Replace, [&] { return m_inner->replace(name, *inner(to).m_inner, newName); });
+    }
+    Result<void> renameNew(const QString &name, HeldFolder &to, const QString &newName) override
+    {
+        return m_fileSystem.forward(
+            Call::Rename, [&] { return m_inner->renameNew(name, *inner(to).m_inner, newName); });
+    }
+    Result<void> remove(const QString &name) override
+    {
+        return m_fileSystem.forward(Call::Remove, [&] { return m_inner->remove(name); });
+    }
+    Result<void> removeFolder(const QString &name) override
+    {
+        return m_fileSystem.forward(Call::RemoveFolder, [&] { return m_inner->removeFolder(name); });
+    }
+    Result<void> takeAttributes(HeldFolder &source) override
+    {
+        return m_fileSystem.forward(
+            Call::FolderAttributes, [&] { return m_inner->takeAttributes(*inner(source).m_inner); });
+    }
+    Result<void> sync() override
+    {
+        return m_fileSystem.forward(Call::SyncFolder, [&] { return m_inner->sync(); });
+    }
+
+private:
+    static FaultyFolder &inner(HeldFolder &folder) { return static_cast<FaultyFolder &>(folder); }
+
+    FaultyFileSystem &m_fileSystem;
+    std::shared_ptr<HeldFolder> m_inner;
+};
+
 void FaultyFileSystem::setPlan(const FaultPlan &plan)
 {
     m_plan = plan;
@@ -181,19 +281,16 @@ Result<std::unique_ptr<File>> FaultyFileSystem::wrap(Result<std::unique_ptr<File
     return std::make_unique<FaultyFile>(*this, std::move(*file));
 }
 
+Result<std::shared_ptr<HeldFolder>> FaultyFileSystem::wrap(Result<std::shared_ptr<HeldFolder>> folder)
+{
+    if (!folder)
+        return folder;
+    return std::make_shared<FaultyFolder>(*this, std::move(*folder));
+}
+
 Result<std::unique_ptr<File>> FaultyFileSystem::open(const QString &path, OpenMode mode)
 {
     return wrap(forward(Call::Open, [&] { return m_inner.open(path, mode); }));
-}
-
-Result<std::unique_ptr<File>> FaultyFileSystem::openUnlinked(const QString &path, OpenMode mode)
-{
-    return wrap(forward(Call::Open, [&] { return m_inner.openUnlinked(path, mode); }));
-}
-
-Result<std::unique_ptr<File>> FaultyFileSystem::createNew(const QString &path)
-{
-    return wrap(forward(Call::Create, [&] { return m_inner.createNew(path); }));
 }
 
 Result<FileInfo> FaultyFileSystem::info(const QString &path)
@@ -206,9 +303,16 @@ Result<QString> FaultyFileSystem::canonicalPath(const QString &path)
     return forward(Call::CanonicalPath, [&] { return m_inner.canonicalPath(path); });
 }
 
-Result<void> FaultyFileSystem::replace(const QString &from, const QString &to)
+Result<std::shared_ptr<HeldFolder>> FaultyFileSystem::openFolder(const QString &path)
 {
-    return forward(Call::Replace, [&] { return m_inner.replace(from, to); });
+    return wrap(forward(Call::OpenFolder, [&] { return m_inner.openFolder(path); }));
+}
+
+Result<Place> FaultyFileSystem::follow(const QString &path)
+{
+    return forward(Call::Follow, [&] { return m_inner.follow(path); }).map([&](const Place &place) {
+        return Place{std::make_shared<FaultyFolder>(*this, place.folder), place.name};
+    });
 }
 
 Result<void> FaultyFileSystem::renameNew(const QString &from, const QString &to)
@@ -219,26 +323,6 @@ Result<void> FaultyFileSystem::renameNew(const QString &from, const QString &to)
 Result<void> FaultyFileSystem::createFolder(const QString &path)
 {
     return forward(Call::CreateFolder, [&] { return m_inner.createFolder(path); });
-}
-
-Result<void> FaultyFileSystem::removeFolder(const QString &path)
-{
-    return forward(Call::RemoveFolder, [&] { return m_inner.removeFolder(path); });
-}
-
-Result<void> FaultyFileSystem::remove(const QString &path)
-{
-    return forward(Call::Remove, [&] { return m_inner.remove(path); });
-}
-
-Result<void> FaultyFileSystem::setPermissions(const QString &path, quint32 permissions)
-{
-    return forward(Call::SetPermissions, [&] { return m_inner.setPermissions(path, permissions); });
-}
-
-Result<void> FaultyFileSystem::syncFolder(const QString &folder)
-{
-    return forward(Call::SyncFolder, [&] { return m_inner.syncFolder(folder); });
 }
 
 Result<qint64> FaultyFileSystem::freeBytes(const QString &path)

@@ -17,6 +17,11 @@ enum class Call
     Create,
     Info,
     CanonicalPath,
+    Follow,
+    OpenFolder,
+    FolderInfo,
+    Node,
+    CopyLink,
     Replace,
     Rename,
     CreateFolder,
@@ -24,6 +29,7 @@ enum class Call
     Remove,
     SetPermissions,
     SyncFolder,
+    FolderAttributes,
     FreeBytes,
     Names,
     Read,
@@ -32,7 +38,8 @@ enum class Call
     Sync,
     FileInfo,
     Copy,
-    TakeMetadata,
+    TakeMetadata, ///< owner, attributes or permissions
+    IsPrivate,
     SetModified,
     Lock,
 };
@@ -73,17 +80,12 @@ public:
     std::function<void(Call)> beforeCall;
 
     Result<std::unique_ptr<platform::File>> open(const QString &path, platform::OpenMode mode) override;
-    Result<std::unique_ptr<platform::File>> openUnlinked(const QString &path, platform::OpenMode mode) override;
-    Result<std::unique_ptr<platform::File>> createNew(const QString &path) override;
     Result<platform::FileInfo> info(const QString &path) override;
     Result<QString> canonicalPath(const QString &path) override;
-    Result<void> replace(const QString &from, const QString &to) override;
+    Result<std::shared_ptr<platform::HeldFolder>> openFolder(const QString &path) override;
+    Result<platform::Place> follow(const QString &path) override;
     Result<void> renameNew(const QString &from, const QString &to) override;
     Result<void> createFolder(const QString &path) override;
-    Result<void> removeFolder(const QString &path) override;
-    Result<void> remove(const QString &path) override;
-    Result<void> setPermissions(const QString &path, quint32 permissions) override;
-    Result<void> syncFolder(const QString &folder) override;
     Result<qint64> freeBytes(const QString &path) override;
     Result<std::vector<QString>> names(const QString &folder) override;
     quint32 currentUser() override { return m_inner.currentUser(); }
@@ -91,6 +93,7 @@ public:
 
 private:
     friend class FaultyFile;
+    friend class FaultyFolder;
 
     /// What is to happen to a call.
     struct Step
@@ -105,6 +108,7 @@ private:
     template <typename Real>
     auto forward(Call call, Real real) -> decltype(real());
     Result<std::unique_ptr<platform::File>> wrap(Result<std::unique_ptr<platform::File>> file);
+    Result<std::shared_ptr<platform::HeldFolder>> wrap(Result<std::shared_ptr<platform::HeldFolder>> folder);
 
     platform::FileSystem &m_inner;
     std::mutex m_mutex; ///< of what follows

@@ -7,7 +7,8 @@
 
 namespace ravlin::test {
 
-/// The system's own files, but open() waits until the test lets it through, as with a drive that has to spin up.
+/// The system's own files, but open() and follow() wait until the test lets it through, as with a drive that has to
+/// spin up.
 class GatedFileSystem final : public platform::FileSystem
 {
 public:
@@ -19,23 +20,19 @@ public:
         m_gate.acquire();
         return m_inner.open(path, mode);
     }
-    Result<std::unique_ptr<platform::File>> openUnlinked(const QString &path, platform::OpenMode mode) override
-    {
-        return m_inner.openUnlinked(path, mode);
-    }
-    Result<std::unique_ptr<platform::File>> createNew(const QString &path) override { return m_inner.createNew(path); }
     Result<platform::FileInfo> info(const QString &path) override { return m_inner.info(path); }
     Result<QString> canonicalPath(const QString &path) override { return m_inner.canonicalPath(path); }
-    Result<void> replace(const QString &from, const QString &to) override { return m_inner.replace(from, to); }
+    Result<std::shared_ptr<platform::HeldFolder>> openFolder(const QString &path) override
+    {
+        return m_inner.openFolder(path);
+    }
+    Result<platform::Place> follow(const QString &path) override
+    {
+        m_gate.acquire();
+        return m_inner.follow(path);
+    }
     Result<void> renameNew(const QString &from, const QString &to) override { return m_inner.renameNew(from, to); }
     Result<void> createFolder(const QString &path) override { return m_inner.createFolder(path); }
-    Result<void> removeFolder(const QString &path) override { return m_inner.removeFolder(path); }
-    Result<void> remove(const QString &path) override { return m_inner.remove(path); }
-    Result<void> setPermissions(const QString &path, quint32 permissions) override
-    {
-        return m_inner.setPermissions(path, permissions);
-    }
-    Result<void> syncFolder(const QString &folder) override { return m_inner.syncFolder(folder); }
     Result<qint64> freeBytes(const QString &path) override { return m_inner.freeBytes(path); }
     Result<std::vector<QString>> names(const QString &folder) override { return m_inner.names(folder); }
     quint32 currentUser() override { return m_inner.currentUser(); }

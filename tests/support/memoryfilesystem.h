@@ -70,11 +70,24 @@ public:
         return bytes.isEmpty() ? Result<qint64>(0)
                                : writeAt({bytes.constData(), static_cast<size_t>(bytes.size())}, offset);
     }
-    Result<void> takeMetadata(platform::File &source) override
+    Result<void> takeOwner(platform::File &) override { return {}; }
+    Result<void> takeAttributes(platform::File &) override { return {}; }
+    Result<void> takePermissions(platform::File &source) override
     {
         m_node->info.permissions = static_cast<MemoryFile &>(source).m_node->info.permissions;
         return {};
     }
+    void takeTimes(platform::File &source) override
+    {
+        m_node->info.modified = static_cast<MemoryFile &>(source).m_node->info.modified;
+    }
+    Result<void> setPermissions(quint32 permissions) override
+    {
+        m_node->info.permissions = permissions;
+        return {};
+    }
+    void forgetCached() override {}
+    Result<bool> isPrivate() override { return true; }
     Result<void> setModified(qint64 nanoseconds) override
     {
         m_node->info.modified = nanoseconds;
@@ -134,11 +147,7 @@ public:
             return tl::unexpected(Error{ErrorCode::AccessDenied, path, {}});
         return std::make_unique<MemoryFile>(found->second, m_clock, isWriting);
     }
-    Result<std::unique_ptr<platform::File>> openUnlinked(const QString &path, platform::OpenMode mode) override
-    {
-        return open(path, mode);
-    }
-    Result<std::unique_ptr<platform::File>> createNew(const QString &path) override
+    Result<std::unique_ptr<platform::File>> createNew(const QString &path)
     {
         if (m_nodes.contains(path))
             return tl::unexpected(Error{ErrorCode::AlreadyExists, path, {}});
@@ -153,7 +162,16 @@ public:
     {
         return m_nodes.contains(path) ? Result<QString>(path) : missing(path);
     }
-    Result<void> replace(const QString &from, const QString &to) override
+    Result<std::shared_ptr<platform::HeldFolder>> openFolder(const QString &path) override;
+    Result<platform::Place> follow(const QString &path) override
+    {
+        if (!m_nodes.contains(path))
+            return missing(path);
+        return openFolder(platform::folderOf(path)).map([&](const std::shared_ptr<platform::HeldFolder> &folder) {
+            return platform::Place{folder, platform::nameOf(path)};
+        });
+    }
+    Result<void> replace(const QString &from, const QString &to)
     {
         const auto found = m_nodes.find(from);
         if (found == m_nodes.end())
@@ -167,20 +185,7 @@ public:
         return m_nodes.contains(to) ? tl::unexpected(Error{ErrorCode::AlreadyExists, to, {}}) : replace(from, to);
     }
     Result<void> createFolder(const QString &path) override { return noFolders(path); }
-    Result<void> removeFolder(const QString &path) override { return noFolders(path); }
-    Result<void> remove(const QString &path) override
-    {
-        return m_nodes.erase(path) > 0 ? Result<void>() : missing(path);
-    }
-    Result<void> setPermissions(const QString &path, quint32 permissions) override
-    {
-        const auto found = m_nodes.find(path);
-        if (found == m_nodes.end())
-            return missing(path);
-        found->second->info.permissions = permissions;
-        return {};
-    }
-    Result<void> syncFolder(const QString &) override { return {}; }
+    Result<void> remove(const QString &path) { return m_nodes.erase(path) > 0 ? Result<void>() : missing(path); }
     Result<qint64> freeBytes(const QString &) override { return qint64{1} << 40; }
     Result<std::vector<QString>> names(const QString &) override { return std::vector<QString>{}; }
     quint32 currentUser() override { return 0; }
@@ -210,5 +215,60 @@ private:
     qint64 m_clock = 0;
     quint64 m_lastInode = 0;
 };
+
+/// A folder of a MemoryFileSystem: there are none in it, and it lists nothing.
+class MemoryFolder final : public platform::HeldFolder
+{
+public:
+    MemoryFolder(MemoryFileSystem &fileSystem, QString path) : m_fileSystem(fileSystem), m_path(std::move(path)) {}
+
+    QString path() const override { return m_path; }
+    Result<platform::FileInfo> info() override { return platform::FileInfo{.isFolder = true}; }
+    Result<platform::Node> node(const QString &name) override
+    {
+        return m_fileSystem.info(in(name)).map([](const platform::FileInfo &info) {
+            return platform::Node{platform::NodeKind::File, info};
+        });
+    }
+    Result<std::vector<QString>> names() override { return std::vector<QString>{}; }
+    Result<std::unique_ptr<platform::File>> openFile(const QString &name, platform::OpenMode mode) override
+    {
+        return m_fileSystem.open(in(name), mode);
+    }
+    Result<std::unique_ptr<platform::File>> createNew(const QString &name) override
+    {
+        return m_fileSystem.createNew(in(name));
+    }
+    Result<std::shared_ptr<platform::HeldFolder>> openFolder(const QString &name) override { return none(name); }
+    Result<std::shared_ptr<platform::HeldFolder>> createFolder(const QString &name) override { return none(name); }
+    Result<void> copyLink(platform::HeldFolder &, const QString &name, const QString &) override { return none(name); }
+    Result<void> replace(const QString &name, platform::HeldFolder &to, const QString &newName) override
+    {
+        return m_fileSystem.replace(in(name), platform::inFolder(to.path(), newName));
+    }
+    Result<void> renameNew(const QString &name, platform::HeldFolder &to, const QString &newName) override
+    {
+        return m_fileSystem.renameNew(in(name), platform::inFolder(to.path(), newName));
+    }
+    Result<void> remove(const QString &name) override { return m_fileSystem.remove(in(name)); }
+    Result<void> removeFolder(const QString &name) override { return none(name); }
+    Result<void> takeAttributes(platform::HeldFolder &) override { return {}; }
+    Result<void> sync() override { return {}; }
+
+private:
+    QString in(const QString &name) const { return platform::inFolder(m_path, name); }
+    tl::unexpected<Error> none(const QString &name) const
+    {
+        return tl::unexpected(Error{ErrorCode::Unsupported, in(name), {}});
+    }
+
+    MemoryFileSystem &m_fileSystem;
+    QString m_path;
+};
+
+inline Result<std::shared_ptr<platform::HeldFolder>> MemoryFileSystem::openFolder(const QString &path)
+{
+    return std::make_shared<MemoryFolder>(*this, path);
+}
 
 } // namespace ravlin::test

@@ -76,7 +76,13 @@ public:
     Result<void> truncate(qint64) override { return refused(); }
     Result<void> sync() override { return refused(); }
     Result<qint64> copyFrom(File &, qint64, qint64, qint64) override { return refused(); }
-    Result<void> takeMetadata(File &) override { return refused(); }
+    Result<void> takeOwner(File &) override { return refused(); }
+    Result<void> takeAttributes(File &) override { return refused(); }
+    Result<void> takePermissions(File &) override { return refused(); }
+    void takeTimes(File &) override {}
+    Result<void> setPermissions(quint32) override { return refused(); }
+    void forgetCached() override {}
+    Result<bool> isPrivate() override { return refused(); }
     Result<void> setModified(qint64) override { return refused(); }
     Result<bool> tryLock() override { return refused(); }
 

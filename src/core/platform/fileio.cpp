@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/fileio.h"
 
-#include "core/platform/nodes.h"
-
 #include <algorithm>
 #include <cstring>
 
@@ -92,21 +90,31 @@ Result<bool> sameBytes(File &file, qint64 offset, QByteArrayView bytes)
     return true;
 }
 
-Result<void> removeTree(FileSystem &fileSystem, const QString &path)
+Result<void> removeTree(HeldFolder &folder, const QString &name)
 {
-    const Result<Node> node = nodeAt(path);
+    const Result<Node> node = folder.node(name);
     if (!node)
         return tl::unexpected(node.error());
     if (node->kind != NodeKind::Folder)
-        return fileSystem.remove(path);
-    const Result<std::vector<QString>> names = fileSystem.names(path);
+        return folder.remove(name);
+    const Result<std::shared_ptr<HeldFolder>> inner = folder.openFolder(name);
+    if (!inner)
+        return tl::unexpected(inner.error());
+    const Result<std::vector<QString>> names = (*inner)->names();
     if (!names)
         return tl::unexpected(names.error());
-    for (const QString &name : *names) {
-        if (auto removed = removeTree(fileSystem, inFolder(path, name)); !removed)
+    for (const QString &each : *names) {
+        if (auto removed = removeTree(**inner, each); !removed)
             return removed;
     }
-    return fileSystem.removeFolder(path);
+    return folder.removeFolder(name);
+}
+
+Result<Place> placeAt(FileSystem &fileSystem, const QString &path)
+{
+    return fileSystem.openFolder(folderOf(path)).map([&](const std::shared_ptr<HeldFolder> &folder) {
+        return Place{folder, nameOf(path)};
+    });
 }
 
 } // namespace ravlin::platform

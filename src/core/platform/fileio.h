@@ -20,8 +20,11 @@ Result<void> copyAll(File &source, qint64 sourceOffset, File &target, qint64 off
 Result<bool> sameBytes(File &one, qint64 oneOffset, File &other, qint64 otherOffset, qint64 length);
 Result<bool> sameBytes(File &file, qint64 offset, QByteArrayView bytes);
 
-/// Deletes a file, a link, or a folder with everything in it, for good. Links are deleted, never followed. Stops at the
-/// first error, which carries its path.
-Result<void> removeTree(FileSystem &fileSystem, const QString &path);
+/// Deletes a file, a link, or a folder with everything in it, for good. Links are deleted, never followed, and so is
+/// what is exchanged for a link meanwhile. Stops at the first error, which carries its path.
+Result<void> removeTree(HeldFolder &folder, const QString &name);
+
+/// The place of a path's last name itself, be it free or a link: only the folder's path is resolved.
+Result<Place> placeAt(FileSystem &fileSystem, const QString &path);
 
 } // namespace ravlin::platform

@@ -55,22 +55,4 @@ private:
     std::unique_ptr<Native> m_native;
 };
 
-/// Holds a folder's advisory lock until it is destroyed; the system releases it when the program dies.
-class FolderLock
-{
-public:
-    /// Takes over the system's handle: a descriptor, or on Windows a HANDLE.
-    explicit FolderLock(qintptr handle) : m_handle(handle) {}
-    ~FolderLock();
-    FolderLock(const FolderLock &) = delete;
-    FolderLock &operator=(const FolderLock &) = delete;
-
-private:
-    const qintptr m_handle;
-};
-
-/// Locks a folder without waiting. Returns nothing if another holds the lock, if the path itself is not a folder, or if
-/// the file system has no locks. On Windows only the programs of this computer see the lock.
-std::unique_ptr<FolderLock> lockFolder(const QString &path);
-
 } // namespace ravlin::platform

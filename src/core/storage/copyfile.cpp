@@ -29,29 +29,36 @@ Error withPath(Error error, const QString &path)
     return error;
 }
 
+/// What the target's file system can't keep, or may not be given, is left out.
+Result<void> unlessRefused(Result<void> taken)
+{
+    const bool isDamage = !taken && (taken.error().code == ErrorCode::NoSpace || taken.error().code == ErrorCode::Io);
+    return isDamage ? taken : Result<void>();
+}
+
 } // namespace
 
 FileCopy::FileCopy(
-    QString from, std::unique_ptr<platform::File> source, platform::FileInfo before, TemporaryFile temporary)
+    platform::Place from, std::unique_ptr<platform::File> source, platform::FileInfo before, TemporaryFile temporary)
     : m_from(std::move(from)), m_source(std::move(source)), m_before(before), m_temporary(std::move(temporary))
 {
 }
 
 Result<FileCopy> FileCopy::prepare(
-    platform::FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch)
+    const platform::Place &from, const std::shared_ptr<platform::HeldFolder> &folder, const CopyWatch &watch)
 {
-    auto source = fileSystem.openUnlinked(from, platform::OpenMode::Read);
+    auto source = from.folder->openFile(from.name, platform::OpenMode::Read);
     if (!source)
         return tl::unexpected(source.error());
     const auto before = (*source)->info();
     if (!before)
-        return tl::unexpected(withPath(before.error(), from));
-    auto temporary = TemporaryFile::create(fileSystem, folder);
+        return tl::unexpected(withPath(before.error(), from.path()));
+    auto temporary = TemporaryFile::create(folder);
     if (!temporary)
         return tl::unexpected(temporary.error());
     FileCopy copy(from, std::move(*source), *before, std::move(*temporary));
     if (const auto filled = copy.fill(watch); !filled)
-        return tl::unexpected(withPath(filled.error(), from));
+        return tl::unexpected(withPath(filled.error(), from.path()));
     return copy;
 }
 
@@ -59,7 +66,7 @@ Result<void> FileCopy::fill(const CopyWatch &watch)
 {
     for (qint64 done = 0; done < m_before.size;) {
         if (watch.stop.stop_requested())
-            return failure(ErrorCode::Cancelled, m_from, QStringLiteral("stopped"));
+            return failure(ErrorCode::Cancelled, m_from.path(), QStringLiteral("stopped"));
         const qint64 length = std::min(Step, m_before.size - done);
         if (auto copied = platform::copyAll(*m_source, done, m_temporary.file(), done, length); !copied)
             return copied;
@@ -67,9 +74,11 @@ Result<void> FileCopy::fill(const CopyWatch &watch)
         if (watch.advanced)
             watch.advanced(length);
     }
-    return platform::takeAttributes(m_from, m_temporary.path()).map([&] {
+    platform::File &file = m_temporary.file();
+    return unlessRefused(file.takeOwner(*m_source)).and_then([&] { return file.takeAttributes(*m_source); }).map([&] {
+        file.takeTimes(*m_source);
         // Windows updates the time when the handle that wrote is closed, unless the handle set it too.
-        static_cast<void>(m_temporary.file().setModified(m_before.modified));
+        static_cast<void>(file.setModified(m_before.modified));
     });
 }
 
@@ -77,7 +86,7 @@ Result<void> FileCopy::secure(CopyCheck check)
 {
     auto secured = m_temporary.file().sync().and_then([&] { return compare(check); });
     if (!secured)
-        return tl::unexpected(withPath(secured.error(), m_from));
+        return tl::unexpected(withPath(secured.error(), m_from.path()));
     return {};
 }
 
@@ -86,20 +95,20 @@ Result<void> FileCopy::compare(CopyCheck check)
     const auto now = m_source->info();
     if (!now)
         return tl::unexpected(now.error());
-    // Also by path: what has the name now is what may be deleted.
-    const auto named = platform::nodeAt(m_from);
+    // Also by path: whoever moved the file or its folder elsewhere does not expect it to be deleted.
+    const QString path = m_from.path();
+    const auto named = platform::nodeAt(path);
     if (!named)
         return tl::unexpected(named.error());
     if (!isSameState(*now, m_before) || named->info.inode != now->inode || named->info.device != now->device)
-        return failure(
-            ErrorCode::ChangedMeanwhile, m_from, QStringLiteral("the source was changed while it was copied"));
+        return failure(ErrorCode::ChangedMeanwhile, path, QStringLiteral("the source was changed while it was copied"));
     const auto made = m_temporary.file().info();
     if (!made)
         return tl::unexpected(made.error());
 
     Result<bool> same = made->size == m_before.size;
     if (check == CopyCheck::Everything) {
-        platform::forgetCached(m_temporary.path());
+        m_temporary.file().forgetCached();
         if (*same)
             same = platform::sameBytes(*m_source, 0, m_temporary.file(), 0, m_before.size);
     } else if (*same) {
@@ -112,13 +121,16 @@ Result<void> FileCopy::compare(CopyCheck check)
     if (!same)
         return tl::unexpected(same.error());
     if (!*same)
-        return failure(ErrorCode::VerifyFailed, m_from, QStringLiteral("the copy reads back differently"));
+        return failure(ErrorCode::VerifyFailed, path, QStringLiteral("the copy reads back differently"));
     return {};
 }
 
-Result<void> FileCopy::place(const QString &to, Placing placing)
+Result<void> FileCopy::place(const QString &name, Placing placing)
 {
-    return placing == Placing::New ? m_temporary.moveToNew(to) : m_temporary.moveTo(to);
+    // Last of all, so that nobody could open the copy as long as it was not whole.
+    if (auto permitted = unlessRefused(m_temporary.file().takePermissions(*m_source)); !permitted)
+        return tl::unexpected(withPath(permitted.error(), m_from.path()));
+    return placing == Placing::New ? m_temporary.moveToNew(name) : m_temporary.moveTo(name);
 }
 
 } // namespace ravlin::storage

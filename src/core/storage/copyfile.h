@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <stop_token>
 
 namespace ravlin::storage {
@@ -43,19 +42,20 @@ public:
     /// Copies the content and the attributes. Errors: NotAFile for a symbolic link at from, Cancelled, ChangedMeanwhile
     /// (the source), NoSpace and those of reading and writing. After an error nothing is left.
     static Result<FileCopy> prepare(
-        platform::FileSystem &fileSystem, const QString &from, const QString &folder, const CopyWatch &watch);
+        const platform::Place &from, const std::shared_ptr<platform::HeldFolder> &folder, const CopyWatch &watch);
 
     /// Waits until the copy is on the disk and compares it with the source. May run on another thread than prepare().
     Result<void> secure(CopyCheck check);
     /// Gives the copy its final name, in the folder that was passed to prepare(). Only after secure().
-    Result<void> place(const QString &to, Placing placing);
+    Result<void> place(const QString &name, Placing placing);
 
 private:
-    FileCopy(QString from, std::unique_ptr<platform::File> source, platform::FileInfo before, TemporaryFile temporary);
+    FileCopy(platform::Place from, std::unique_ptr<platform::File> source, platform::FileInfo before,
+        TemporaryFile temporary);
     Result<void> fill(const CopyWatch &watch);
     Result<void> compare(CopyCheck check);
 
-    QString m_from;
+    platform::Place m_from;
     std::unique_ptr<platform::File> m_source;
     platform::FileInfo m_before; ///< of the source when it was opened
     TemporaryFile m_temporary;

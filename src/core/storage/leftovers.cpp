@@ -2,7 +2,6 @@
 #include "core/storage/leftovers.h"
 
 #include "core/platform/fileio.h"
-#include "core/platform/nodes.h"
 #include "core/storage/redofile.h"
 #include "core/storage/safewrite.h"
 
@@ -38,19 +37,22 @@ bool isNumbered(QStringView name, QStringView suffix)
     return std::all_of(number.begin(), number.end(), isHexDigit);
 }
 
-/// Removes a temporary file or folder unless its writer is alive. True if it is gone.
-bool removeIfStale(platform::FileSystem &fileSystem, const QString &path)
+QString newName()
 {
-    const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read);
-    if (!file && file.error().code == ErrorCode::NotAFile) { // or a link, which is not ours: lockFolder refuses it
-        const std::unique_ptr<platform::FolderLock> lock = platform::lockFolder(path);
-        return lock && platform::removeTree(fileSystem, path).has_value();
-    }
-    if (!file)
+    return leftoverName(QRandomGenerator::system()->generate64(), TemporarySuffix);
+}
+
+/// Removes a temporary file if it is certainly ours and its writer is dead. True if it is gone.
+bool removeIfStale(platform::HeldFolder &folder, const QString &name)
+{
+    const auto file = folder.openFile(name, platform::OpenMode::Read);
+    if (!file || !(*file)->isPrivate().value_or(false))
         return false;
     const auto locked = (*file)->tryLock();
-    return locked && *locked && fileSystem.remove(path).has_value();
+    return locked && *locked && folder.remove(name).has_value();
 }
+
+constexpr int Attempts = 8; ///< to find a name that nobody takes
 
 } // namespace
 
@@ -74,32 +76,28 @@ bool isLeftoverName(const QString &fileName)
     return isTemporaryName(fileName) || isRedoName(fileName);
 }
 
-TemporaryFile::TemporaryFile(
-    platform::FileSystem &fileSystem, QString path, std::unique_ptr<platform::File> file, platform::FileInfo info)
-    : m_fileSystem(&fileSystem), m_path(std::move(path)), m_file(std::move(file)), m_info(info)
+TemporaryFile::TemporaryFile(platform::Place place, std::unique_ptr<platform::File> file, platform::FileInfo info)
+    : m_place(std::move(place)), m_file(std::move(file)), m_info(info)
 {
 }
 
 TemporaryFile::TemporaryFile(TemporaryFile &&other) noexcept
-    : m_fileSystem(other.m_fileSystem), m_path(std::exchange(other.m_path, {})), m_file(std::move(other.m_file)),
-      m_info(other.m_info)
+    : m_place(std::exchange(other.m_place, {})), m_file(std::move(other.m_file)), m_info(other.m_info)
 {
 }
 
 TemporaryFile::~TemporaryFile()
 {
-    // On failure a file stays that cleanLeftovers recognises by its name.
-    if (!m_path.isEmpty())
-        static_cast<void>(m_fileSystem->remove(m_path));
+    // On failure a file stays that cleanLeftovers recognises.
+    if (m_place.folder)
+        static_cast<void>(m_place.folder->remove(m_place.name));
 }
 
-Result<TemporaryFile> TemporaryFile::create(platform::FileSystem &fileSystem, const QString &folder)
+Result<TemporaryFile> TemporaryFile::create(const std::shared_ptr<platform::HeldFolder> &folder)
 {
-    constexpr int Attempts = 8;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
-        const quint64 number = QRandomGenerator::system()->generate64();
-        const QString path = platform::inFolder(folder, leftoverName(number, TemporarySuffix));
-        auto file = fileSystem.createNew(path);
+        const QString name = newName();
+        auto file = folder->createNew(name);
         if (!file && file.error().code == ErrorCode::AlreadyExists)
             continue;
         if (!file)
@@ -107,7 +105,7 @@ Result<TemporaryFile> TemporaryFile::create(platform::FileSystem &fileSystem, co
         // On a file system without locks nothing is taken for stale, and nothing is cleaned.
         const auto locked = (*file)->tryLock();
         const auto info = (*file)->info();
-        TemporaryFile made(fileSystem, path, std::move(*file), info.value_or(platform::FileInfo()));
+        TemporaryFile made({folder, name}, std::move(*file), info.value_or(platform::FileInfo()));
         if (!info)
             return tl::unexpected(info.error());
         // Until it was locked it looked stale: a cleaner may hold it or have removed it.
@@ -115,89 +113,89 @@ Result<TemporaryFile> TemporaryFile::create(platform::FileSystem &fileSystem, co
         if (!taken)
             return made;
     }
-    return tl::unexpected(Error{ErrorCode::Io, folder, QStringLiteral("no temporary file could be made")});
+    return tl::unexpected(Error{ErrorCode::Io, folder->path(), QStringLiteral("no temporary file could be made")});
 }
 
-Result<void> TemporaryFile::moveTo(const QString &path)
+Result<TemporaryFile> TemporaryFile::create(platform::FileSystem &fileSystem, const QString &path)
 {
-    auto moved = m_fileSystem->replace(m_path, path);
+    const auto folder = fileSystem.openFolder(path);
+    return folder ? create(*folder) : tl::unexpected(folder.error());
+}
+
+Result<void> TemporaryFile::moveTo(const QString &name)
+{
+    auto moved = m_place.folder->replace(m_place.name, *m_place.folder, name);
     if (moved)
-        m_path.clear();
+        m_place = {};
     return moved;
 }
 
-Result<void> TemporaryFile::moveToNew(const QString &path)
+Result<void> TemporaryFile::moveToNew(const QString &name)
 {
-    auto moved = m_fileSystem->renameNew(m_path, path);
+    auto moved = m_place.folder->renameNew(m_place.name, *m_place.folder, name);
     if (moved)
-        m_path.clear();
+        m_place = {};
     return moved;
 }
 
-TemporaryFolder::TemporaryFolder(
-    platform::FileSystem &fileSystem, QString path, std::unique_ptr<platform::FolderLock> lock)
-    : m_fileSystem(&fileSystem), m_path(std::move(path)), m_lock(std::move(lock))
+TemporaryFolder::TemporaryFolder(platform::Place place, std::shared_ptr<platform::HeldFolder> folder)
+    : m_place(std::move(place)), m_folder(std::move(folder))
 {
 }
 
 TemporaryFolder::TemporaryFolder(TemporaryFolder &&other) noexcept
-    : m_fileSystem(other.m_fileSystem), m_path(std::exchange(other.m_path, {})), m_lock(std::move(other.m_lock))
+    : m_place(std::exchange(other.m_place, {})), m_folder(std::move(other.m_folder))
 {
 }
 
 TemporaryFolder::~TemporaryFolder()
 {
-    // On failure a folder stays that cleanLeftovers recognises by its name.
-    if (!m_path.isEmpty())
-        static_cast<void>(platform::removeTree(*m_fileSystem, m_path));
+    if (!m_place.folder)
+        return;
+    // Only the folder that was made here: nobody else's that has taken its name.
+    const auto own = m_folder->info();
+    const auto named = m_place.folder->node(m_place.name);
+    if (own && named && named->isSameAs(*own))
+        static_cast<void>(platform::removeTree(*m_place.folder, m_place.name));
 }
 
-Result<TemporaryFolder> TemporaryFolder::create(platform::FileSystem &fileSystem, const QString &folder)
+Result<TemporaryFolder> TemporaryFolder::create(const std::shared_ptr<platform::HeldFolder> &parent)
 {
-    constexpr quint32 OwnerOnly = 0700;
-    constexpr int Attempts = 8;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
-        const quint64 number = QRandomGenerator::system()->generate64();
-        const QString path = platform::inFolder(folder, leftoverName(number, TemporarySuffix));
-        const auto made = fileSystem.createFolder(path);
-        if (!made && made.error().code == ErrorCode::AlreadyExists)
-            continue;
-        if (!made)
+        const QString name = newName();
+        auto made = parent->createFolder(name);
+        if (made)
+            return TemporaryFolder({parent, name}, std::move(*made));
+        if (made.error().code != ErrorCode::AlreadyExists)
             return tl::unexpected(made.error());
-        TemporaryFolder temporary(fileSystem, path, platform::lockFolder(path));
-        // Until it was locked it looked stale: a cleaner may have removed it. Not all drives have permissions.
-        static_cast<void>(fileSystem.setPermissions(path, OwnerOnly));
-        if (platform::isTaken(path))
-            return temporary;
-        temporary.m_path.clear();
     }
-    return tl::unexpected(Error{ErrorCode::Io, folder, QStringLiteral("no temporary folder could be made")});
+    return tl::unexpected(Error{ErrorCode::Io, parent->path(), QStringLiteral("no temporary folder could be made")});
 }
 
-Result<void> TemporaryFolder::moveToNew(const QString &path)
+Result<void> TemporaryFolder::moveToNew(const QString &name)
 {
-    auto moved = m_fileSystem->renameNew(m_path, path);
+    auto moved = m_place.folder->renameNew(m_place.name, *m_place.folder, name);
     if (moved)
-        m_path.clear();
+        m_place = {};
     return moved;
 }
 
-Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &folder)
+Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &path)
 {
-    const auto canonical = fileSystem.canonicalPath(folder);
-    if (!canonical)
-        return tl::unexpected(canonical.error());
-    const auto names = fileSystem.names(*canonical);
+    const auto folder = fileSystem.openFolder(path);
+    if (!folder)
+        return tl::unexpected(folder.error());
+    const auto names = (*folder)->names();
     if (!names)
         return tl::unexpected(names.error());
     int gone = 0;
     for (const QString &name : *names) {
         if (isTemporaryName(name)) {
-            gone += removeIfStale(fileSystem, platform::inFolder(*canonical, name)) ? 1 : 0;
+            gone += removeIfStale(**folder, name) ? 1 : 0;
         } else if (isRedoName(name)) {
-            const auto finished = finishRedo(fileSystem, platform::inFolder(*canonical, name));
+            const auto finished = finishRedo(fileSystem, **folder, name);
             // One that cannot be finished now stays for the next time and must not hold up the others.
-            gone += finished && *finished ? 1 : 0;
+            gone += finished && *finished == RedoState::Gone ? 1 : 0;
         }
     }
     return gone;

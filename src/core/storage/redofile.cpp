@@ -2,6 +2,7 @@
 #include "core/storage/redofile.h"
 
 #include "core/platform/fileio.h"
+#include "core/platform/namecheck.h"
 #include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 
@@ -155,9 +156,9 @@ Result<void> overwrite(platform::File &file, const QString &path, platform::File
 }
 
 /// Removes the redo file, or empties it if it cannot be removed.
-Result<void> discard(platform::FileSystem &fileSystem, const QString &redoPath, platform::File &redo)
+Result<void> discard(platform::HeldFolder &folder, const QString &redoName, platform::File &redo)
 {
-    const auto removed = fileSystem.remove(redoPath);
+    const auto removed = folder.remove(redoName);
     if (removed || removed.error().code == ErrorCode::NotFound)
         return {};
     return redo.truncate(0);
@@ -173,9 +174,10 @@ Result<void> fillRedo(
     return writeRedoHeader(redo, header)
         .and_then([&] { return writeContent(redo, newOffset, original, content); })
         .and_then([&] { return platform::copyAll(original, 0, redo, oldOffset, header.oldSize); })
-        .and_then([&] { return expectSame(holdsContent(redo, newOffset, original, content), target.path); })
-        .and_then(
-            [&] { return expectSame(platform::sameBytes(original, 0, redo, oldOffset, header.oldSize), target.path); })
+        .and_then([&] { return expectSame(holdsContent(redo, newOffset, original, content), target.place.path()); })
+        .and_then([&] {
+            return expectSame(platform::sameBytes(original, 0, redo, oldOffset, header.oldSize), target.place.path());
+        })
         .and_then([&] { return writeRedoTrailer(redo, header); })
         .and_then([&] { return redo.sync(); });
 }
@@ -186,21 +188,21 @@ Result<void> expectUnchanged(const RewriteTarget &target)
     if (!now)
         return tl::unexpected(now.error());
     if (now->size != target.info.size || now->modified != target.info.modified)
-        return failure(ErrorCode::ChangedMeanwhile, target.path,
+        return failure(ErrorCode::ChangedMeanwhile, target.place.path(),
             QStringLiteral("the file was changed while its new content was prepared"));
     return {};
 }
 
 /// Restores the old content after a failure. If even that fails, the redo file stays, and recovery brings the new
 /// content.
-Result<void> rollBack(platform::FileSystem &fileSystem, const RewriteTarget &target, const RedoHeader &header,
-    const QString &redoPath, platform::File &redo)
+Result<void> rollBack(
+    const RewriteTarget &target, const RedoHeader &header, const QString &redoName, platform::File &redo)
 {
-    const auto restored = overwrite(target.file, target.path, redo, header.oldOffset(), header.oldSize);
+    const auto restored = overwrite(target.file, target.place.path(), redo, header.oldOffset(), header.oldSize);
     if (!restored)
         return restored;
     static_cast<void>(target.file.setModified(header.oldModified)); // best effort
-    return discard(fileSystem, redoPath, redo);
+    return discard(*target.place.folder, redoName, redo);
 }
 
 /// Whether each byte of a chunk of the file is that of the old or of the new content, as far as these reach.
@@ -250,14 +252,16 @@ Result<bool> isInterrupted(platform::File &file, qint64 size, platform::File &re
 
 struct OpenedFile
 {
-    QString path;
+    QString name;
     std::unique_ptr<platform::File> file; ///< null if it was not found
     platform::FileInfo info;
 };
 
-Result<OpenedFile> openByInode(platform::FileSystem &fileSystem, const QString &path, quint64 inode, quint64 device)
+/// mode: Read finds files that we may not change.
+Result<OpenedFile> openByInode(
+    platform::HeldFolder &folder, const QString &name, quint64 inode, quint64 device, platform::OpenMode mode)
 {
-    auto file = fileSystem.openUnlinked(path, platform::OpenMode::ReadWrite);
+    auto file = folder.openFile(name, mode);
     if (!file) {
         const ErrorCode code = file.error().code;
         if (code == ErrorCode::NotFound || code == ErrorCode::NotAFile)
@@ -269,51 +273,75 @@ Result<OpenedFile> openByInode(platform::FileSystem &fileSystem, const QString &
         return tl::unexpected(info.error());
     if (info->inode != inode || info->device != device)
         return OpenedFile();
-    return OpenedFile{path, std::move(*file), *info};
+    return OpenedFile{name, std::move(*file), *info};
 }
 
-/// The file that a redo file belongs to: by its name or, if it was renamed meanwhile, by its inode.
-Result<OpenedFile> openTarget(
-    platform::FileSystem &fileSystem, const QString &folder, const RedoHeader &header, quint64 device)
+/// The file that a redo file belongs to, open for reading: by its name or, if it was renamed meanwhile, by its inode.
+Result<OpenedFile> openTarget(platform::HeldFolder &folder, const RedoHeader &header, quint64 device)
 {
-    auto named = openByInode(fileSystem, platform::inFolder(folder, header.name), header.inode, device);
+    constexpr auto Read = platform::OpenMode::Read;
+    auto named = openByInode(folder, header.name, header.inode, device, Read);
     if (!named || named->file)
         return named;
-    const auto names = fileSystem.names(folder);
+    const auto names = folder.names();
     if (!names)
         return tl::unexpected(names.error());
     for (const QString &name : *names) {
-        const QString path = platform::inFolder(folder, name);
-        const auto info = fileSystem.info(path);
-        if (info && info->isFile && info->inode == header.inode && info->device == device)
-            return openByInode(fileSystem, path, header.inode, device);
+        const auto node = folder.node(name);
+        const bool isIt = node && node->kind == platform::NodeKind::File && node->info.inode == header.inode &&
+                          node->info.device == device;
+        if (isIt)
+            return openByInode(folder, name, header.inode, device, Read);
     }
     return OpenedFile();
 }
 
-/// Brings the file to its new content if the redo file still applies to it.
-Result<void> rollForward(const OpenedFile &target, platform::File &redo, const RedoHeader &header)
+/// What a redo file's target holds.
+enum class TargetState
 {
-    const auto interrupted = isInterrupted(*target.file, target.info.size, redo, header);
-    if (!interrupted)
-        return tl::unexpected(interrupted.error());
-    if (!*interrupted)
-        return {};
-    const auto done = platform::sameBytes(redo, header.newOffset(), *target.file, 0, header.newSize);
-    if (!done)
-        return tl::unexpected(done.error());
-    if (*done && target.info.size == header.newSize)
-        return {};
-    auto written = overwrite(*target.file, target.path, redo, header.newOffset(), header.newSize);
+    Old,
+    New,
+    Mixed,   ///< the overwriting was interrupted
+    Foreign, ///< it was changed since
+};
+
+Result<TargetState> stateOf(const OpenedFile &target, platform::File &redo, const RedoHeader &header)
+{
+    const auto holds = [&](qint64 offset, qint64 size) -> Result<bool> {
+        return target.info.size == size ? platform::sameBytes(redo, offset, *target.file, 0, size) : false;
+    };
+    const auto isNew = holds(header.newOffset(), header.newSize);
+    if (!isNew || *isNew)
+        return isNew.map([](bool) { return TargetState::New; });
+    const auto isOld = holds(header.oldOffset(), header.oldSize);
+    if (!isOld || *isOld)
+        return isOld.map([](bool) { return TargetState::Old; });
+    return isInterrupted(*target.file, target.info.size, redo, header).map([](bool interrupted) {
+        return interrupted ? TargetState::Mixed : TargetState::Foreign;
+    });
+}
+
+/// Brings the file to its new content.
+Result<void> rollForward(
+    platform::HeldFolder &folder, const OpenedFile &found, platform::File &redo, const RedoHeader &header)
+{
+    const auto target = openByInode(folder, found.name, header.inode, found.info.device, platform::OpenMode::ReadWrite);
+    if (!target)
+        return tl::unexpected(target.error());
+    if (!target->file)
+        return failure(ErrorCode::ChangedMeanwhile, platform::inFolder(folder.path(), found.name),
+            QStringLiteral("the file was exchanged meanwhile"));
+    const QString path = platform::inFolder(folder.path(), found.name);
+    auto written = overwrite(*target->file, path, redo, header.newOffset(), header.newSize);
     if (written && header.keepModified)
-        static_cast<void>(target.file->setModified(header.oldModified));
+        static_cast<void>(target->file->setModified(header.oldModified));
     return written;
 }
 
 /// The redo file, locked by us; a null file if it does not concern us.
-Result<OpenedFile> openRedo(platform::FileSystem &fileSystem, const QString &redoPath)
+Result<OpenedFile> openRedo(platform::HeldFolder &folder, const QString &redoName)
 {
-    auto file = fileSystem.openUnlinked(redoPath, platform::OpenMode::ReadWrite);
+    auto file = folder.openFile(redoName, platform::OpenMode::ReadWrite);
     if (!file) {
         const ErrorCode code = file.error().code;
         if (code == ErrorCode::NotFound || code == ErrorCode::NotAFile || code == ErrorCode::AccessDenied)
@@ -323,78 +351,101 @@ Result<OpenedFile> openRedo(platform::FileSystem &fileSystem, const QString &red
     const auto locked = (*file)->tryLock();
     if (!locked)
         return tl::unexpected(locked.error());
-    if (!*locked)
-        return failure(ErrorCode::ChangedMeanwhile, redoPath, QStringLiteral("another program is writing the file"));
-    // Only now: its writer may have finished and removed it before we had the lock.
+    // Whoever cannot make it ours can at least not lock us out.
+    const auto isOurs = (*file)->isPrivate();
     const auto info = (*file)->info();
-    if (!info)
-        return tl::unexpected(info.error());
-    if (info->linkCount != 1)
+    if (!isOurs || !info)
+        return tl::unexpected(isOurs ? info.error() : isOurs.error());
+    if (!*isOurs)
         return OpenedFile();
-    return OpenedFile{redoPath, std::move(*file), *info};
+    if (!*locked)
+        return failure(ErrorCode::ChangedMeanwhile, platform::inFolder(folder.path(), redoName),
+            QStringLiteral("another program is writing the file"));
+    return OpenedFile{redoName, std::move(*file), *info};
+}
+
+/// Finishes the overwriting of an own file. True if the redo file has done its duty.
+Result<bool> finishTarget(
+    platform::HeldFolder &folder, const OpenedFile &target, bool isOwn, platform::File &redo, const RedoHeader &header)
+{
+    const auto state = stateOf(target, redo, header);
+    if (!state)
+        return tl::unexpected(state.error());
+    if (!isOwn)
+        return *state == TargetState::Old || *state == TargetState::New;
+    if (*state == TargetState::New || *state == TargetState::Foreign)
+        return true;
+    return rollForward(folder, target, redo, header).map([] { return true; });
 }
 
 } // namespace
 
-Result<bool> finishRedo(platform::FileSystem &fileSystem, const QString &redoPath, const QString &targetPath)
+Result<RedoState> finishRedo(
+    platform::FileSystem &fileSystem, platform::HeldFolder &folder, const QString &redoName, const QString &targetName)
 {
-    const auto redo = openRedo(fileSystem, redoPath);
+    const auto redo = openRedo(folder, redoName);
     if (!redo)
         return tl::unexpected(redo.error());
     if (!redo->file)
-        return false;
-    const bool isOwn = redo->info.owner == fileSystem.currentUser();
+        return RedoState::None;
     const auto header = readRedo(*redo->file);
     if (!header)
         return tl::unexpected(header.error());
+    const auto discarded = [&] { return discard(folder, redoName, *redo->file).map([] { return RedoState::Gone; }); };
+    if (!*header)
+        return discarded();
 
-    if (*header) {
-        const RedoHeader &found = **header;
-        const quint64 device = redo->info.device;
-        const auto target = targetPath.isEmpty() ? openTarget(fileSystem, platform::folderOf(redoPath), found, device)
-                                                 : openByInode(fileSystem, targetPath, found.inode, device);
-        if (!target)
-            return tl::unexpected(target.error());
-        const bool isTrusted = isOwn || (target->file && redo->info.owner == target->info.owner);
-        if (!isTrusted || (!target->file && !targetPath.isEmpty()))
-            return false;
-        if (target->file) {
-            if (auto finished = rollForward(*target, *redo->file, found); !finished)
-                return tl::unexpected(finished.error());
-        }
-    } else if (!isOwn) {
-        return false;
-    }
-    return discard(fileSystem, redoPath, *redo->file).map([] { return true; });
+    const RedoHeader &found = **header;
+    const quint64 device = redo->info.device;
+    const auto target = targetName.isEmpty()
+                            ? openTarget(folder, found, device)
+                            : openByInode(folder, targetName, found.inode, device, platform::OpenMode::Read);
+    if (!target)
+        return tl::unexpected(target.error());
+    if (!platform::isMp3Name(target->file ? target->name : found.name))
+        return RedoState::None; // we make them for no others
+    if (!target->file)
+        return targetName.isEmpty() ? discarded() : Result<RedoState>(RedoState::None);
+    const bool isOwn = target->info.owner == fileSystem.currentUser();
+    const auto finished = finishTarget(folder, *target, isOwn, *redo->file, found);
+    if (!finished)
+        return tl::unexpected(finished.error());
+    if (!*finished)
+        return RedoState::Pending;
+    return discarded();
 }
 
 Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content,
     const WriteOptions &options)
 {
-    const QString folder = platform::folderOf(target.path);
-    const QString redoPath = platform::inFolder(folder, redoName(target.info.inode));
-    if (auto pending = finishRedo(fileSystem, redoPath, target.path); !pending)
-        return tl::unexpected(pending.error());
+    const auto &[folder, name] = target.place;
+    const QString redo = redoName(target.info.inode);
+    const auto earlier = finishRedo(fileSystem, *folder, redo, name);
+    if (!earlier)
+        return tl::unexpected(earlier.error());
+    if (*earlier == RedoState::Pending)
+        return failure(ErrorCode::AccessDenied, target.place.path(),
+            QStringLiteral("an interrupted save of another user's file has to be finished first"));
 
-    auto temporary = TemporaryFile::create(fileSystem, folder);
+    auto temporary = TemporaryFile::create(folder);
     if (!temporary)
         return tl::unexpected(temporary.error());
-    const RedoHeader header{target.info.inode, content.size, target.info.size, target.info.modified,
-        options.keepModified, platform::nameOf(target.path)};
+    const RedoHeader header{
+        target.info.inode, content.size, target.info.size, target.info.modified, options.keepModified, name};
     auto prepared = fillRedo(temporary->file(), header, target, content)
                         .and_then([&] { return expectUnchanged(target); })
-                        .and_then([&] { return temporary->moveTo(redoPath); });
+                        .and_then([&] { return temporary->moveTo(redo); });
     if (!prepared)
         return prepared;
 
-    const std::unique_ptr<platform::File> redo = temporary->release();
-    if (auto synced = fileSystem.syncFolder(folder); !synced) {
-        static_cast<void>(discard(fileSystem, redoPath, *redo)); // nothing was overwritten yet
+    const std::unique_ptr<platform::File> held = temporary->release();
+    if (auto synced = folder->sync(); !synced) {
+        static_cast<void>(discard(*folder, redo, *held)); // nothing was overwritten yet
         return synced;
     }
-    auto written = overwrite(target.file, target.path, *redo, header.newOffset(), header.newSize);
+    auto written = overwrite(target.file, target.place.path(), *held, header.newOffset(), header.newSize);
     if (!written) {
-        const auto undone = rollBack(fileSystem, target, header, redoPath, *redo);
+        const auto undone = rollBack(target, header, redo, *held);
         if (!undone)
             written.error().detail += QStringLiteral("; undoing it failed: ") + undone.error().detail;
         return written;
@@ -402,7 +453,7 @@ Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTar
     if (options.keepModified)
         static_cast<void>(target.file.setModified(target.info.modified));
     // If it stays after all, recovery finds the file as it should be and does nothing.
-    static_cast<void>(discard(fileSystem, redoPath, *redo));
+    static_cast<void>(discard(*folder, redo, *held));
     return {};
 }
 

@@ -37,26 +37,35 @@ Result<void> writeRedoTrailer(platform::File &redo, const RedoHeader &header);
 /// The header of a complete and undamaged redo file, otherwise nothing. An error if it cannot be read.
 Result<std::optional<RedoHeader>> readRedo(platform::File &redo);
 
-/// The file to rewrite, as opened by its canonical path.
+/// The file to rewrite.
 struct RewriteTarget
 {
-    QString path;
-    platform::File &file;    ///< open for reading and writing
+    const platform::Place &place;
+    platform::File &file;    ///< open for reading; for rewriteUnderRedo also for writing
     platform::FileInfo info; ///< its state when the content was planned
 };
 
-/// Gives the target the new content. On error it has the old one.
+/// Gives the target the new content. On error it has the old one. AccessDenied if an earlier rewriting of it was
+/// interrupted and may not be finished.
 Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content,
     const WriteOptions &options);
 
-/// Finishes the rewriting that a redo file was made for and removes the redo file. True if it was there and is gone
-/// now; false if there was none that concerns us. ChangedMeanwhile while another program uses it. targetPath: the
-/// canonical path of the file it belongs to; if empty, the file of the recorded name or else of the recorded inode.
+enum class RedoState
+{
+    None,   ///< there is none that concerns us
+    Gone,   ///< the rewriting is finished, or needs no finishing, and the redo file is removed
+    Pending ///< the file is neither old nor new and is not for us to finish: all stays as it is
+};
+
+/// Finishes the rewriting that a redo file was made for and removes the redo file. ChangedMeanwhile while another
+/// program uses it. targetName: the file that it belongs to; if empty, the file of the recorded name or else of the
+/// recorded inode.
 ///
-/// A planted redo file can do no more than write to a file that its owner could write anyway: the redo file has to
-/// belong to the current user or to the target's owner, the target has to be a plain file of the same folder with the
-/// recorded inode, and each of its bytes has to be the old or the new one. A file that was changed since is left as it
-/// is.
-Result<bool> finishRedo(platform::FileSystem &fileSystem, const QString &redoPath, const QString &targetPath = {});
+/// Others may have planted the redo file, or a stranger's archive may have brought it. So it has to be a file of the
+/// current user's alone (File::isPrivate). Its target has to be a plain file of the same folder with the recorded inode
+/// and a name that ends in ".mp3"; each of its bytes has to be the old or the new one. It is finished only if it
+/// belongs to the current user. A file that was changed since is left as it is.
+Result<RedoState> finishRedo(platform::FileSystem &fileSystem, platform::HeldFolder &folder, const QString &redoName,
+    const QString &targetName = {});
 
 } // namespace ravlin::storage

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/storage/saferename.h"
 
+#include "core/platform/fileio.h"
 #include "core/platform/namecheck.h"
 
 #include <QRandomGenerator>
@@ -26,25 +27,32 @@ qsizetype extensionStart(QStringView name)
     return name.endsWith(u".mp3", Qt::CaseInsensitive) ? name.size() - 4 : name.size();
 }
 
-/// Gives a file its former name back, or that name with a number, and returns the path.
-std::optional<QString> bringBack(
-    platform::FileSystem &fileSystem, const QString &folder, const QString &name, const QString &former)
+/// Whether an interrupted rename of the current user's can have left this: a song or a folder of his own, which is not
+/// hidden. Anything else that bears such a name was put there.
+bool isOurs(platform::FileSystem &fileSystem, const platform::Node &node, const QString &former)
 {
-    const QString path = folder + name;
-    if (const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read)) {
+    const bool isKind = node.kind == platform::NodeKind::Folder ||
+                        (node.kind == platform::NodeKind::File && platform::isMp3Name(former));
+    return isKind && node.info.owner == fileSystem.currentUser() && !former.startsWith(u'.');
+}
+
+/// Gives a file its former name back, or that name with a number, and returns the name.
+std::optional<QString> bringBack(platform::HeldFolder &folder, const QString &name, const QString &former)
+{
+    const auto file = folder.openFile(name, platform::OpenMode::Read);
+    if (file) {
         // Held until the file has its name, so that not two programs bring it back.
         const Result<bool> locked = (*file)->tryLock();
         if (locked && !*locked)
             return std::nullopt;
     }
     constexpr int LastNumber = 1000;
-    const auto kind =
-        former.endsWith(u".mp3", Qt::CaseInsensitive) ? platform::NameKind::File : platform::NameKind::Folder;
+    const auto kind = platform::isMp3Name(former) ? platform::NameKind::File : platform::NameKind::Folder;
     for (int number = 1; number <= LastNumber; ++number) {
         const QString wanted = number == 1 ? former : platform::numberedName(former, number, kind);
-        const Result<void> renamed = fileSystem.renameNew(path, folder + wanted);
+        const Result<void> renamed = folder.renameNew(name, folder, wanted);
         if (renamed)
-            return folder + wanted;
+            return wanted;
         if (renamed.error().code != ErrorCode::AlreadyExists)
             break;
     }
@@ -93,25 +101,32 @@ QString asidePath(const QString &path)
 
 std::unique_ptr<platform::File> lockAside(platform::FileSystem &fileSystem, const QString &path)
 {
-    Result<std::unique_ptr<platform::File>> file = fileSystem.openUnlinked(path, platform::OpenMode::Read);
+    const auto place = platform::placeAt(fileSystem, path);
+    if (!place)
+        return nullptr;
+    auto file = place->folder->openFile(place->name, platform::OpenMode::Read);
     if (!file || !(*file)->tryLock().value_or(false))
         return nullptr;
     return std::move(*file);
 }
 
-Result<std::vector<std::pair<QString, QString>>> bringBackAside(platform::FileSystem &fileSystem, const QString &folder)
+Result<std::vector<std::pair<QString, QString>>> bringBackAside(platform::FileSystem &fileSystem, const QString &path)
 {
-    const Result<std::vector<QString>> names = fileSystem.names(folder);
+    const auto folder = fileSystem.openFolder(path);
+    if (!folder)
+        return tl::unexpected(folder.error());
+    const Result<std::vector<QString>> names = (*folder)->names();
     if (!names)
         return tl::unexpected(names.error());
-    const QString prefix = platform::withEndSeparator(folder);
+    const QString prefix = platform::withEndSeparator(path);
     std::vector<std::pair<QString, QString>> done;
     for (const QString &name : *names) {
         const std::optional<QString> former = nameBeforeAside(name);
-        if (!former)
+        const Result<platform::Node> node = former ? (*folder)->node(name) : tl::unexpected(Error());
+        if (!node || !isOurs(fileSystem, *node, *former))
             continue;
-        if (const std::optional<QString> path = bringBack(fileSystem, prefix, name, *former))
-            done.emplace_back(prefix + name, *path);
+        if (const std::optional<QString> found = bringBack(**folder, name, *former))
+            done.emplace_back(prefix + name, prefix + *found);
     }
     return done;
 }

@@ -37,8 +37,9 @@ QString asidePath(const QString &path);
 /// be locked: a folder, or a file that cannot be read.
 std::unique_ptr<platform::File> lockAside(platform::FileSystem &fileSystem, const QString &path);
 
-/// Gives what interrupted renames left in a folder its former name back, or that name with a number if it is taken.
-/// Leaves files alone that a running program is renaming. Returns the paths of what was brought back, first the
+/// Gives what interrupted renames left in a folder its former name back, or that name with a number if it is taken:
+/// songs (".mp3" in any case) and folders that belong to the current user and whose name does not begin with a full
+/// stop. Leaves files alone that a running program is renaming. Returns the paths of what was brought back, first the
 /// temporary one, then the new one; what cannot be brought back stays as it is.
 Result<std::vector<std::pair<QString, QString>>> bringBackAside(
     platform::FileSystem &fileSystem, const QString &folder);

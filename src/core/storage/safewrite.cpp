@@ -36,59 +36,62 @@ struct Original
 {
     std::unique_ptr<platform::File> file;
     platform::FileInfo info;
-    bool isWritable = false;      ///< open for writing
-    std::optional<Error> refusal; ///< why it could not be opened for writing
+    bool isWritable = false;           ///< open for writing
+    std::optional<Error> refusal = {}; ///< why it could not be opened for writing
 };
 
-Result<Original> openAs(
-    platform::FileSystem &fileSystem, const QString &path, platform::OpenMode mode, const platform::FileInfo &before)
+Result<Original> openAs(HeldFile &held, platform::OpenMode mode, const platform::FileInfo &before)
 {
-    auto file = fileSystem.open(path, mode);
+    auto file = held.open(mode);
     if (!file)
         return tl::unexpected(file.error());
-    const auto info = expectState((*file)->info(), before);
+    const auto info = expectState(held.info(), before);
     if (!info)
         return tl::unexpected(info.error());
-    return Original{std::move(*file), *info, mode == platform::OpenMode::ReadWrite, std::nullopt};
+    return Original{.file = std::move(*file), .info = *info, .isWritable = mode == platform::OpenMode::ReadWrite};
 }
 
-Result<Original> openOriginal(platform::FileSystem &fileSystem, const QString &path, const platform::FileInfo &before)
+Result<Original> openOriginal(HeldFile &held, const platform::FileInfo &before)
 {
     if (before.isReadOnly())
-        return openAs(fileSystem, path, platform::OpenMode::Read, before);
-    auto original = openAs(fileSystem, path, platform::OpenMode::ReadWrite, before);
+        return openAs(held, platform::OpenMode::Read, before);
+    auto original = openAs(held, platform::OpenMode::ReadWrite, before);
     if (original)
         return original;
     const Error refusal = original.error();
     if (refusal.code != ErrorCode::AccessDenied && refusal.code != ErrorCode::ReadOnly)
         return original;
-    original = openAs(fileSystem, path, platform::OpenMode::Read, before);
+    original = openAs(held, platform::OpenMode::Read, before);
     if (original)
         original->refusal = refusal;
     return original;
 }
 
-/// Opens the original for writing unless it is; handles the read-only attribute.
-Result<void> makeWritable(
-    platform::FileSystem &fileSystem, const QString &path, Original &original, const WriteOptions &options)
+/// Opens the original for writing unless it is. Lifts the read-only attribute by the handle that is open already.
+Result<void> makeWritable(HeldFile &held, Original &original, const WriteOptions &options)
 {
     if (original.info.isReadOnly()) {
         if (options.readOnlyFile == ReadOnlyFile::Refuse)
             return failure(ErrorCode::ReadOnly, QStringLiteral("the file is read-only"));
         constexpr quint32 OwnerMayWrite = 0200;
-        const auto permitted = fileSystem.setPermissions(path, original.info.permissions | OwnerMayWrite);
-        if (!permitted)
+        if (auto permitted = original.file->setPermissions(original.info.permissions | OwnerMayWrite); !permitted)
             return permitted;
     } else if (original.isWritable) {
         return {};
     } else if (original.refusal) {
         return tl::unexpected(*original.refusal);
     }
-    auto reopened = openAs(fileSystem, path, platform::OpenMode::ReadWrite, original.info);
+    auto reopened = openAs(held, platform::OpenMode::ReadWrite, original.info);
     if (!reopened)
         return tl::unexpected(reopened.error());
-    original = std::move(*reopened);
+    original.file = std::move(reopened->file);
     return {};
+}
+
+/// Sets the read-only attribute again. A file whose write failed stays without it.
+Result<void> restoreReadOnly(platform::File &file, const Original &original)
+{
+    return original.info.isReadOnly() ? file.setPermissions(original.info.permissions) : Result<void>();
 }
 
 /// Best effort: a time that cannot be set is no reason to undo a save that worked.
@@ -118,13 +121,13 @@ Result<void> writeBlock(platform::File &file, const platform::FileInfo &before, 
     return written;
 }
 
-/// Makes the new file ready to replace the original.
+/// Makes the new file ready to replace the original, but for its permissions.
 Result<void> prepareReplacement(
     TemporaryFile &temporary, const RewriteTarget &target, const NewContent &content, const WriteOptions &options)
 {
     platform::File &file = temporary.file();
     return writeContent(file, 0, target.file, content)
-        .and_then([&] { return file.takeMetadata(target.file); })
+        .and_then([&] { return file.takeAttributes(target.file); })
         .and_then([&] {
             restoreModified(file, target.info, options);
             return file.sync();
@@ -142,12 +145,12 @@ Result<void> prepareReplacement(
         });
 }
 
-/// Whether a new file can get the original's owner; checked before anything is copied.
-Result<bool> canTakeOwner(TemporaryFile &temporary, const RewriteTarget &target)
+/// Gives the new file the original's owner; checked before anything is copied. False if it can't have that.
+Result<bool> takesOwner(TemporaryFile &temporary, const RewriteTarget &target)
 {
     if (temporary.info().owner == target.info.owner && temporary.info().group == target.info.group)
         return true;
-    const auto taken = temporary.file().takeMetadata(target.file);
+    const auto taken = temporary.file().takeOwner(target.file);
     if (!taken && taken.error().code != ErrorCode::AccessDenied)
         return tl::unexpected(taken.error());
     return taken.has_value();
@@ -155,50 +158,75 @@ Result<bool> canTakeOwner(TemporaryFile &temporary, const RewriteTarget &target)
 
 /// Returns false and does nothing if the new file cannot get the original's owner. Closes the original before replacing
 /// it: some file systems of Windows do not replace an open file.
-Result<bool> tryReplace(platform::FileSystem &fileSystem, const RewriteTarget &target,
-    std::unique_ptr<platform::File> &original, const NewContent &content, const WriteOptions &options)
+Result<bool> tryReplace(HeldFile &held, Original &original, const NewContent &content, const WriteOptions &options)
 {
-    auto temporary = TemporaryFile::create(fileSystem, platform::folderOf(target.path));
+    const platform::Place &place = held.place();
+    const RewriteTarget target{place, *original.file, original.info};
+    auto temporary = TemporaryFile::create(place.folder);
     if (!temporary)
         return tl::unexpected(temporary.error());
-    if (const auto can = canTakeOwner(*temporary, target); !can || !*can)
-        return can;
+    if (const auto takes = takesOwner(*temporary, target); !takes || !*takes)
+        return takes;
     const auto prepared = prepareReplacement(*temporary, target, content, options);
     if (!prepared)
         return tl::unexpected(prepared.error());
-    // By path: what has the name now is what would be lost.
-    const auto now = expectState(fileSystem.info(target.path), target.info);
+    // What has the name now is what would be lost.
+    const auto now = expectState(
+        place.folder->node(place.name).map([](const platform::Node &node) { return node.info; }), target.info);
     if (!now)
         return tl::unexpected(now.error());
-    original.reset();
+    const auto made = temporary->file().info();
+    if (!made)
+        return tl::unexpected(made.error());
+    // Last of all, so that nobody could open it as long as it was not whole.
+    platform::File &file = temporary->file();
+    const auto permitted =
+        file.takePermissions(*original.file).and_then([&] { return restoreReadOnly(file, original); });
+    if (!permitted)
+        return tl::unexpected(permitted.error());
+    original.file.reset();
     // The folder is not synced: after a power cut it names the old file or the new one, and both are whole.
-    return temporary->moveTo(target.path).map([] { return true; });
+    return temporary->moveTo(place.name).map([&] {
+        held.becomes(*made);
+        return true;
+    });
 }
 
-Result<WriteOutcome> writeElsewhere(platform::FileSystem &fileSystem, const QString &path, Original &original,
+Result<WriteOutcome> writeElsewhere(platform::FileSystem &fileSystem, HeldFile &held, Original &original,
     const NewContent &content, const WriteOptions &options)
 {
-    const auto canonical = fileSystem.canonicalPath(path);
-    if (!canonical)
-        return tl::unexpected(canonical.error());
-    const RewriteTarget target{*canonical, *original.file, original.info};
     if (original.info.linkCount <= 1) {
-        const auto replaced = tryReplace(fileSystem, target, original.file, content, options);
+        const auto replaced = tryReplace(held, original, content, options);
         if (!replaced)
             return tl::unexpected(replaced.error());
         if (*replaced)
             return WriteOutcome::Replaced;
     }
-    return rewriteUnderRedo(fileSystem, target, content, options).map([] { return WriteOutcome::Rewritten; });
+    const RewriteTarget target{held.place(), *original.file, original.info};
+    return rewriteUnderRedo(fileSystem, target, content, options)
+        .and_then([&] { return restoreReadOnly(*original.file, original); })
+        .map([] { return WriteOutcome::Rewritten; });
 }
 
-Result<WriteOutcome> rewrite(platform::FileSystem &fileSystem, const QString &path, const platform::FileInfo &before,
+Result<WriteOutcome> writeInPlace(
+    Original &original, const NewContent &content, const Change &change, const WriteOptions &options)
+{
+    platform::File &file = *original.file;
+    const auto written =
+        change.kind == Change::Cut ? file.truncate(content.size) : writeBlock(file, original.info, change);
+    if (!written)
+        return tl::unexpected(written.error());
+    restoreModified(file, original.info, options);
+    return restoreReadOnly(file, original).map([] { return WriteOutcome::InPlace; });
+}
+
+Result<WriteOutcome> rewrite(platform::FileSystem &fileSystem, HeldFile &held, const platform::FileInfo &before,
     const std::vector<Segment> &segments, const WriteOptions &options)
 {
     const auto content = makeContent(segments, before.size);
     if (!content)
         return tl::unexpected(content.error());
-    auto original = openOriginal(fileSystem, path, before);
+    auto original = openOriginal(held, before);
     if (!original)
         return tl::unexpected(original.error());
     const auto change = findChange(*original->file, before.size, *content);
@@ -206,29 +234,57 @@ Result<WriteOutcome> rewrite(platform::FileSystem &fileSystem, const QString &pa
         return tl::unexpected(change.error());
     if (change->kind == Change::None)
         return WriteOutcome::Unchanged;
-
-    if (auto opened = makeWritable(fileSystem, path, *original, options); !opened)
+    if (auto opened = makeWritable(held, *original, options); !opened)
         return tl::unexpected(opened.error());
-    platform::File &file = *original->file;
-    if (change->kind == Change::Elsewhere)
-        return writeElsewhere(fileSystem, path, *original, *content, options);
-    const auto written =
-        change->kind == Change::Cut ? file.truncate(content->size) : writeBlock(file, original->info, *change);
-    if (!written)
-        return tl::unexpected(written.error());
-    restoreModified(file, original->info, options);
-    return WriteOutcome::InPlace;
+    return change->kind == Change::Elsewhere ? writeElsewhere(fileSystem, held, *original, *content, options)
+                                             : writeInPlace(*original, *content, *change, options);
+}
+
+Error withPath(Error error, const QString &path)
+{
+    if (error.path.isEmpty())
+        error.path = path;
+    return error;
 }
 
 } // namespace
 
+Result<HeldFile> HeldFile::follow(platform::FileSystem &fileSystem, const QString &path)
+{
+    return fileSystem.follow(path).map([](platform::Place &&place) { return HeldFile(std::move(place)); });
+}
+
+Result<std::unique_ptr<platform::File>> HeldFile::open(platform::OpenMode mode)
+{
+    auto file = m_place.folder->openFile(m_place.name, mode);
+    if (!file)
+        return file;
+    const auto info = (*file)->info();
+    if (!info)
+        return tl::unexpected(info.error());
+    if (m_known && (m_known->inode != info->inode || m_known->device != info->device))
+        return tl::unexpected(Error{
+            ErrorCode::ChangedMeanwhile, m_place.path(), QStringLiteral("another file has taken its name meanwhile")});
+    m_known = *info;
+    return file;
+}
+
+Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, HeldFile &held, const platform::FileInfo &before,
+    const std::vector<Segment> &segments, const WriteOptions &options)
+{
+    auto outcome = rewrite(fileSystem, held, before, segments, options);
+    if (!outcome)
+        return tl::unexpected(withPath(outcome.error(), held.place().path()));
+    return outcome;
+}
+
 Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, const QString &path,
     const platform::FileInfo &before, const std::vector<Segment> &segments, const WriteOptions &options)
 {
-    auto outcome = rewrite(fileSystem, path, before, segments, options);
-    if (!outcome && outcome.error().path.isEmpty())
-        outcome.error().path = path;
-    return outcome;
+    auto held = HeldFile::follow(fileSystem, path);
+    if (!held)
+        return tl::unexpected(withPath(held.error(), path));
+    return rewriteFile(fileSystem, *held, before, segments, options);
 }
 
 bool mayNeedRecovery(platform::FileSystem &fileSystem, const platform::FileInfo &info)
@@ -238,21 +294,23 @@ bool mayNeedRecovery(platform::FileSystem &fileSystem, const platform::FileInfo 
            (info.linkCount > 1 || info.owner != fileSystem.currentUser() || info.group != fileSystem.currentGroup());
 }
 
-Result<void> recoverFile(platform::FileSystem &fileSystem, const QString &path)
+Result<void> recoverFile(platform::FileSystem &fileSystem, const platform::Place &place)
 {
-    const auto info = fileSystem.info(path);
-    if (!info)
-        return tl::unexpected(info.error());
-    if (!mayNeedRecovery(fileSystem, *info))
+    const auto node = place.folder->node(place.name);
+    if (!node)
+        return tl::unexpected(node.error());
+    if (node->kind != platform::NodeKind::File || !mayNeedRecovery(fileSystem, node->info))
         return {};
-    const auto canonical = fileSystem.canonicalPath(path);
-    if (!canonical)
-        return tl::unexpected(canonical.error());
-    const QString redoPath = platform::inFolder(platform::folderOf(*canonical), redoName(info->inode));
-    const auto finished = finishRedo(fileSystem, redoPath, *canonical);
+    const auto finished = finishRedo(fileSystem, *place.folder, redoName(node->info.inode), place.name);
     if (!finished)
         return tl::unexpected(finished.error());
     return {};
+}
+
+Result<void> recoverFile(platform::FileSystem &fileSystem, const QString &path)
+{
+    return fileSystem.follow(path).and_then(
+        [&](const platform::Place &place) { return recoverFile(fileSystem, place); });
 }
 
 } // namespace ravlin::storage

@@ -3,6 +3,8 @@
 
 #include "core/platform/filesystem.h"
 
+#include <memory>
+#include <optional>
 #include <vector>
 
 /// Changes a file so that a killed program, a full disk or a power cut leaves the old content or the new one, never a
@@ -39,7 +41,7 @@ enum class WriteOutcome
 enum class ReadOnlyFile
 {
     Refuse,
-    MakeWritable
+    MakeWritable ///< afterwards it has the attribute again, but stays writable if the write failed
 };
 
 struct WriteOptions
@@ -48,13 +50,39 @@ struct WriteOptions
     bool keepModified = false; ///< restore the modification time, if the system allows it
 };
 
+/// A file that is to be changed. Links in its path are followed once; from then on it is reached by its name in a
+/// folder that is held open, and only as long as it is the same file: what somebody puts there meanwhile is
+/// ChangedMeanwhile.
+class HeldFile
+{
+public:
+    /// Errors: those of FileSystem::follow.
+    static Result<HeldFile> follow(platform::FileSystem &fileSystem, const QString &path);
+
+    /// Errors: those of HeldFolder::openFile, and ChangedMeanwhile.
+    Result<std::unique_ptr<platform::File>> open(platform::OpenMode mode);
+    /// Its state when it was opened last.
+    const platform::FileInfo &info() const { return *m_known; }
+    const platform::Place &place() const { return m_place; }
+    /// From now on the name stands for another file, one of our own making.
+    void becomes(const platform::FileInfo &info) { m_known = info; }
+
+private:
+    explicit HeldFile(platform::Place place) : m_place(std::move(place)) {}
+
+    platform::Place m_place;
+    std::optional<platform::FileInfo> m_known; ///< its identity once it was open
+};
+
 /// Gives the file at path the content that the segments make up, in their order.
 ///
 /// before: the file's state when the caller read it. If size, modification time or identity have changed since, nothing
-/// is written (ChangedMeanwhile). A symbolic link is followed and stays a link. After an error the file is as it was,
-/// except that MakeWritable may have made it writable; if undoing fails as well, the error's detail says so. Syncs only
-/// what the safety of the content needs: for the outcome to survive a power cut, the caller syncs the folder, or the
-/// file if it was written in place, when all is done.
+/// is written (ChangedMeanwhile). A symbolic link is followed and stays a link. After an error the file is as it was;
+/// if undoing fails as well, the error's detail says so. Syncs only what the safety of the content needs: for the
+/// outcome to survive a power cut, the caller syncs the folder, or the file if it was written in place, when all is
+/// done.
+Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, HeldFile &held, const platform::FileInfo &before,
+    const std::vector<Segment> &segments, const WriteOptions &options = {});
 Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, const QString &path,
     const platform::FileInfo &before, const std::vector<Segment> &segments, const WriteOptions &options = {});
 
@@ -63,13 +91,15 @@ bool mayNeedRecovery(platform::FileSystem &fileSystem, const platform::FileInfo 
 
 /// Completes an interrupted overwriting under a redo file (see WriteOutcome::Rewritten), if there is one. Cheap if
 /// there cannot be one. Call before reading a file that may be written afterwards.
+Result<void> recoverFile(platform::FileSystem &fileSystem, const platform::Place &place);
 Result<void> recoverFile(platform::FileSystem &fileSystem, const QString &path);
 
 /// Whether an interrupted write may leave a file of this name behind; no listing shows such files.
 bool isLeftoverName(const QString &fileName);
 
-/// Removes what interrupted writes left in a folder and completes interrupted overwritings. Leaves files alone that a
-/// running program is writing. Returns how many leftovers are gone.
+/// Removes what interrupted writes left in a folder and completes interrupted overwritings. Touches only what is
+/// certainly ours: a file of our name for which platform::File::isPrivate holds and that no running program is writing.
+/// Folders stay: nothing tells who has made them. Returns how many leftovers are gone.
 Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &folder);
 
 } // namespace ravlin::storage

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/platform/filesystem.h"
+#include "support/filesteps.h"
 
 #include <QDir>
 #include <QFile>

@@ -9,13 +9,22 @@
 
 #include <cerrno>
 
+#include <fcntl.h>
+
 using namespace ravlin::platform;
 using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-using Way = int (*)(const char *, const char *);
+using Way = int (*)(const QByteArray &from, const QByteArray &to);
+
+/// One of the ways for paths.
+template <int (*Rename)(NameAt, NameAt)>
+int byPath(const QByteArray &from, const QByteArray &to)
+{
+    return Rename({AT_FDCWD, from.constData()}, {AT_FDCWD, to.constData()});
+}
 
 } // namespace
 
@@ -35,9 +44,9 @@ private Q_SLOTS:
 void TestExclusiveRename::neverOverwrites_data()
 {
     QTest::addColumn<Way>("way");
-    QTest::newRow("best") << Way(renameExclusively);
-    QTest::newRow("by linking") << Way(renameByLinking);
-    QTest::newRow("after looking") << Way(renameAfterLooking);
+    QTest::newRow("best") << Way(byPath<renameExclusively>);
+    QTest::newRow("by linking") << Way(byPath<renameByLinking>);
+    QTest::newRow("after looking") << Way(byPath<renameAfterLooking>);
 }
 
 void TestExclusiveRename::neverOverwrites()
@@ -49,18 +58,18 @@ void TestExclusiveRename::neverOverwrites()
     const QByteArray c = folder.path(u"c"_s).toUtf8();
     QVERIFY(QFile::link(u"nowhere"_s, folder.path(u"link"_s)));
     QVERIFY(QDir().mkdir(folder.path(u"folder"_s)));
-    QCOMPARE(way(a.constData(), b.constData()), EEXIST);
-    QCOMPARE(way(a.constData(), folder.path(u"link"_s).toUtf8().constData()), EEXIST);
-    QCOMPARE(way(a.constData(), folder.path(u"folder"_s).toUtf8().constData()), EEXIST);
-    QCOMPARE(way(a.constData(), c.constData()), 0);
+    QCOMPARE(way(a, b), EEXIST);
+    QCOMPARE(way(a, folder.path(u"link"_s).toUtf8()), EEXIST);
+    QCOMPARE(way(a, folder.path(u"folder"_s).toUtf8()), EEXIST);
+    QCOMPARE(way(a, c), 0);
     QCOMPARE(folder.names(), (QStringList{u"b"_s, u"c"_s, u"folder"_s, u"link"_s}));
     QCOMPARE(ScratchFolder::read(folder.path(u"b"_s)), QByteArray("two"));
     QCOMPARE(ScratchFolder::read(folder.path(u"c"_s)), QByteArray("one"));
     QCOMPARE(infoOf(folder.path(u"c"_s)).linkCount, 1U);
-    QCOMPARE(way(a.constData(), b.constData()) == 0, false); // it no longer exists
-    QCOMPARE(way(a.constData(), folder.path(u"d"_s).toUtf8().constData()), ENOENT);
+    QCOMPARE(way(a, b) == 0, false); // it no longer exists
+    QCOMPARE(way(a, folder.path(u"d"_s).toUtf8()), ENOENT);
     // A link is renamed, not its target.
-    QCOMPARE(way(folder.path(u"link"_s).toUtf8().constData(), folder.path(u"link2"_s).toUtf8().constData()), 0);
+    QCOMPARE(way(folder.path(u"link"_s).toUtf8(), folder.path(u"link2"_s).toUtf8()), 0);
     QVERIFY(QFileInfo(folder.path(u"link2"_s)).isSymLink());
 }
 
@@ -70,10 +79,10 @@ void TestExclusiveRename::foldersAreNotLinked()
     QVERIFY(QDir().mkdir(folder.path(u"one"_s)));
     QVERIFY(QDir().mkdir(folder.path(u"two"_s)));
     const QByteArray one = folder.path(u"one"_s).toUtf8();
-    QCOMPARE(renameByLinking(one.constData(), folder.path(u"new"_s).toUtf8().constData()), EPERM);
-    for (const Way way : {Way(renameExclusively), Way(renameAfterLooking)})
-        QCOMPARE(way(one.constData(), folder.path(u"two"_s).toUtf8().constData()), EEXIST);
-    QCOMPARE(renameAfterLooking(one.constData(), folder.path(u"new"_s).toUtf8().constData()), 0);
+    QCOMPARE(byPath<renameByLinking>(one, folder.path(u"new"_s).toUtf8()), EPERM);
+    for (const Way way : {Way(byPath<renameExclusively>), Way(byPath<renameAfterLooking>)})
+        QCOMPARE(way(one, folder.path(u"two"_s).toUtf8()), EEXIST);
+    QCOMPARE(byPath<renameAfterLooking>(one, folder.path(u"new"_s).toUtf8()), 0);
     QCOMPARE(folder.names(), (QStringList{u"new"_s, u"two"_s}));
 }
 
@@ -81,9 +90,8 @@ void TestExclusiveRename::aFolderCannotGoBelowItself()
 {
     const ScratchFolder folder;
     QVERIFY(QDir().mkpath(folder.path(u"one/two"_s)));
-    QCOMPARE(renameExclusively(
-                 folder.path(u"one"_s).toUtf8().constData(), folder.path(u"one/two/three"_s).toUtf8().constData()),
-        EINVAL);
+    QCOMPARE(
+        byPath<renameExclusively>(folder.path(u"one"_s).toUtf8(), folder.path(u"one/two/three"_s).toUtf8()), EINVAL);
     QVERIFY(QFileInfo(folder.path(u"one/two"_s)).isDir());
 }
 

@@ -99,6 +99,26 @@ public:
     }
     /// Whether the folder holds only the files it began with.
     bool isClean() const { return m_folder.names() == m_names; }
+    /// Whether cleaning has left nothing but, at most, a new file that was whole when the program died right before its
+    /// last step: it has the file's permissions already, so that nothing tells it from a file of the user's.
+    bool isCleaned() const
+    {
+        QStringList names = m_folder.names();
+        names.removeIf([this](const QString &name) { return m_names.contains(name); });
+        const auto isWhole = [this](const QString &name) {
+            const QString path = m_folder.path(name);
+            return storage::isLeftoverName(name) && infoOf(path).permissions == infoOf(m_path).permissions &&
+                   infoOf(path).permissions != 0600 && ScratchFolder::read(path) == newContent();
+        };
+        return names.size() <= 1 && std::all_of(names.begin(), names.end(), isWhole);
+    }
+    void removeWhatStayed() const
+    {
+        for (const QString &name : m_folder.names()) {
+            if (!m_names.contains(name))
+                QFile::remove(m_folder.path(name));
+        }
+    }
     bool hasOnlyLeftovers() const
     {
         const QStringList names = m_folder.names();

@@ -69,7 +69,15 @@ private:
     QString target() const { return m_to->path(u"copy.mp3"_s); }
     Result<FileCopy> prepared(const CopyWatch &watch = {}, FileSystem &fileSystem = native()) const
     {
-        return FileCopy::prepare(fileSystem, m_from->path(u"song.mp3"_s), m_to->path(), watch);
+        return prepareCopy(fileSystem, m_from->path(u"song.mp3"_s), watch);
+    }
+
+    Result<FileCopy> prepareCopy(FileSystem &fileSystem, const QString &from, const CopyWatch &watch) const
+    {
+        const auto folder = fileSystem.openFolder(m_to->path());
+        return placeAt(fileSystem, from).and_then([&](const Place &place) {
+            return FileCopy::prepare(place, *folder, watch);
+        });
     }
 
     std::optional<ScratchFolder> m_from;
@@ -99,11 +107,11 @@ void TestCopyFile::copiesContentTimeAndPermissions()
     const QString path = source(content);
     constexpr qint64 Modified = 1'000'000'000'000'000'000;
     QVERIFY((*native().open(path, OpenMode::ReadWrite))->setModified(Modified));
-    QVERIFY(native().setPermissions(path, 0640));
+    QVERIFY(ravlin::test::setPermissions(path, 0640));
     const FileInfo before = infoOf(path);
     {
         auto copy = prepared();
-        QVERIFY(copy && copy->secure(CopyCheck::Everything) && copy->place(target(), Placing::New));
+        QVERIFY(copy && copy->secure(CopyCheck::Everything) && copy->place(u"copy.mp3"_s, Placing::New));
     }
     QCOMPARE(ScratchFolder::read(target()), content);
     QCOMPARE(infoOf(target()).modified, Modified);
@@ -134,12 +142,12 @@ void TestCopyFile::aTakenNameIsKeptOrReplaced()
     {
         auto copy = prepared();
         QVERIFY(copy->secure(CopyCheck::Ends));
-        QCOMPARE(copy->place(target(), Placing::New).error().code, ErrorCode::AlreadyExists);
+        QCOMPARE(copy->place(u"copy.mp3"_s, Placing::New).error().code, ErrorCode::AlreadyExists);
     }
     QCOMPARE(ScratchFolder::read(target()), "old");
     auto copy = prepared();
     QVERIFY(copy->secure(CopyCheck::Ends));
-    QVERIFY(copy->place(target(), Placing::InPlaceOf));
+    QVERIFY(copy->place(u"copy.mp3"_s, Placing::InPlaceOf));
     QCOMPARE(ScratchFolder::read(target()), "new");
     QCOMPARE(m_to->names(), QStringList{u"copy.mp3"_s});
 }
@@ -227,7 +235,7 @@ void TestCopyFile::aSourceInAReplacedFolderIsNoticed()
     const QString disc = m_from->path(u"disc"_s);
     QVERIFY(native().createFolder(disc));
     m_from->write(u"disc/song.mp3"_s, "content");
-    auto copy = FileCopy::prepare(native(), inFolder(disc, u"song.mp3"_s), m_to->path(), {});
+    auto copy = prepareCopy(native(), inFolder(disc, u"song.mp3"_s), {});
     QVERIFY(copy);
     QVERIFY(native().renameNew(disc, m_from->path(u"former disc"_s)));
     QVERIFY(native().createFolder(disc));
@@ -296,7 +304,8 @@ void TestCopyFile::afterAFailureNothingStays()
         auto copy = prepared({}, fileSystem);
         Result<void> done;
         if (copy)
-            done = copy->secure(CopyCheck::Everything).and_then([&] { return copy->place(target(), Placing::New); });
+            done =
+                copy->secure(CopyCheck::Everything).and_then([&] { return copy->place(u"copy.mp3"_s, Placing::New); });
         else
             done = tl::unexpected(copy.error());
         QVERIFY(fileSystem.hasFired());

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: only names that we give ourselves count as leftovers. A temporary file or folder is locked while it is
-// used, is gone with its object unless it got its final name, and takes no other's place unless asked to.
-// cleanLeftovers removes what nobody uses any more and touches nothing else: no file in use, no file of the user's,
-// nothing behind a link.
+// Contract: only names that we give ourselves count as leftovers. A temporary file is locked while it is used; like a
+// temporary folder it is gone with its object unless it got its final name, and takes no other's place unless asked to.
+// cleanLeftovers removes what nobody uses any more and touches nothing else: no file in use, no file that may not be
+// ours, no folder, nothing behind a link.
 
 #include "core/platform/nodes.h"
 #include "core/platform/scratchfolder.h"
@@ -10,6 +10,7 @@
 #include "core/storage/safewrite.h"
 #include "support/faultyfilesystem.h"
 #include "support/filetree.h"
+#include "support/links.h"
 
 #include <QtTest>
 
@@ -60,7 +61,9 @@ private Q_SLOTS:
     void aFolderThatIsNotThere();
     void cleaning();
     void whatIsInUseStays();
-    void staleFoldersGoButNotWhatTheirLinksLeadTo();
+    void foldersStay();
+    void onlyCertainlyOursGoes_data();
+    void onlyCertainlyOursGoes();
     void withoutLocksNothingIsStale();
 };
 
@@ -97,7 +100,7 @@ void TestLeftovers::aTemporaryFileGetsItsFinalName()
     {
         auto temporary = TemporaryFile::create(native(), folder.path());
         QVERIFY(temporary->file().writeAt(std::span("new", 3), 0));
-        QVERIFY(temporary->moveToNew(path));
+        QVERIFY(temporary->moveToNew(nameOf(path)));
     }
     QCOMPARE(folder.names(), QStringList{u"new.mp3"_s});
     QCOMPARE(ScratchFolder::read(path), "new");
@@ -109,7 +112,7 @@ void TestLeftovers::aTakenNameIsKeptOrReplaced()
     const QString path = folder.write(u"song.mp3"_s, "old");
     {
         auto temporary = TemporaryFile::create(native(), folder.path());
-        const auto moved = temporary->moveToNew(path);
+        const auto moved = temporary->moveToNew(nameOf(path));
         QVERIFY(!moved);
         QCOMPARE(moved.error().code, ErrorCode::AlreadyExists);
         QCOMPARE(folder.names().size(), 2);
@@ -118,7 +121,7 @@ void TestLeftovers::aTakenNameIsKeptOrReplaced()
     QCOMPARE(ScratchFolder::read(path), "old");
     {
         auto temporary = TemporaryFile::create(native(), folder.path());
-        QVERIFY(temporary->moveTo(path));
+        QVERIFY(temporary->moveTo(nameOf(path)));
     }
     QCOMPARE(folder.names(), QStringList{u"song.mp3"_s});
     QCOMPARE(ScratchFolder::read(path), QByteArray());
@@ -131,7 +134,7 @@ void TestLeftovers::aReleasedFileStaysLocked()
     std::unique_ptr<File> file;
     {
         auto temporary = TemporaryFile::create(native(), folder.path());
-        QVERIFY(temporary->moveToNew(path));
+        QVERIFY(temporary->moveToNew(nameOf(path)));
         file = temporary->release();
     }
     QVERIFY(file && !isFree(path));
@@ -158,7 +161,7 @@ void TestLeftovers::aFileThatACleanerTookIsMadeAnew()
             return;
         taken = folder.path(folder.names().constFirst());
         if (isRemoved) {
-            QVERIFY(native().remove(taken));
+            QVERIFY(ravlin::test::removeFile(taken));
         } else {
             cleaner = *native().open(taken, OpenMode::Read);
             QVERIFY(cleaner->tryLock().value());
@@ -175,13 +178,12 @@ void TestLeftovers::aTemporaryFolderIsGoneWithAllThatIsInIt()
 {
     const ScratchFolder folder;
     {
-        const auto temporary = TemporaryFolder::create(native(), folder.path());
+        const auto temporary = TemporaryFolder::create(*native().openFolder(folder.path()));
         QVERIFY(temporary);
         const QString name = nameOf(temporary->path());
         QVERIFY(isTemporaryName(name) && infoOf(temporary->path()).isFolder);
         if (Separator == u'/')
             QCOMPARE(infoOf(temporary->path()).permissions, 0700U);
-        QVERIFY(!lockFolder(temporary->path()));
         QVERIFY(native().createFolder(inFolder(temporary->path(), u"cd1"_s)));
         folder.write(name + u"/cd1/song.mp3"_s, "content");
     }
@@ -193,14 +195,13 @@ void TestLeftovers::aTemporaryFolderGetsItsFinalName()
     const ScratchFolder folder;
     const QString path = folder.path(u"disc"_s);
     {
-        auto temporary = TemporaryFolder::create(native(), folder.path());
-        QVERIFY(temporary->moveToNew(path));
+        auto temporary = TemporaryFolder::create(*native().openFolder(folder.path()));
+        QVERIFY(temporary->moveToNew(nameOf(path)));
     }
     QCOMPARE(folder.names(), QStringList{u"disc"_s});
-    QVERIFY(lockFolder(path));
     {
-        auto temporary = TemporaryFolder::create(native(), folder.path());
-        QCOMPARE(temporary->moveToNew(path).error().code, ErrorCode::AlreadyExists);
+        auto temporary = TemporaryFolder::create(*native().openFolder(folder.path()));
+        QCOMPARE(temporary->moveToNew(nameOf(path)).error().code, ErrorCode::AlreadyExists);
     }
     QCOMPARE(folder.names(), QStringList{u"disc"_s});
 }
@@ -210,7 +211,7 @@ void TestLeftovers::aFolderThatIsNotThere()
     const ScratchFolder folder;
     const QString none = folder.path(u"none"_s);
     QCOMPARE(TemporaryFile::create(native(), none).error().code, ErrorCode::NotFound);
-    QCOMPARE(TemporaryFolder::create(native(), none).error().code, ErrorCode::NotFound);
+    QCOMPARE(native().openFolder(none).error().code, ErrorCode::NotFound);
 }
 
 void TestLeftovers::cleaning()
@@ -221,6 +222,7 @@ void TestLeftovers::cleaning()
         folder.write(name, "mine");
     const QString stale = folder.write(QStringLiteral(".ravlin-00000000000000aa.tmp"), "x");
     const QString broken = folder.write(QStringLiteral(".ravlin-00000000000000bb.redo"), "x");
+    QVERIFY(ravlin::test::setPermissions(stale, 0600) && ravlin::test::setPermissions(broken, 0600));
     auto busy = TemporaryFile::create(native(), folder.path());
     QVERIFY(busy);
     // A link with such a name is not followed and not ours.
@@ -239,30 +241,65 @@ void TestLeftovers::whatIsInUseStays()
 {
     const ScratchFolder folder;
     const auto file = TemporaryFile::create(native(), folder.path());
-    const auto subfolder = TemporaryFolder::create(native(), folder.path());
+    const auto subfolder = TemporaryFolder::create(*native().openFolder(folder.path()));
     QVERIFY(file && subfolder);
     QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 0);
     QVERIFY(infoOf(file->path()).isFile);
     QVERIFY(infoOf(subfolder->path()).isFolder);
 }
 
-void TestLeftovers::staleFoldersGoButNotWhatTheirLinksLeadTo()
+void TestLeftovers::foldersStay()
 {
     const ScratchFolder folder;
-    folder.write(u"song.mp3"_s, "mine");
-    QVERIFY(native().createFolder(folder.path(StaleFolder)));
+    QVERIFY(native().openFolder(folder.path()).value()->createFolder(StaleFolder));
     folder.write(StaleFolder + u"/half.mp3"_s, "half");
-    if (MakesLinks)
-        QVERIFY(QFile::link(folder.path(u"song.mp3"_s), folder.path(StaleFolder + u"/link.mp3"_s)));
-    QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 1);
-    QCOMPARE(folder.names(), QStringList{u"song.mp3"_s});
-    QCOMPARE(ScratchFolder::read(folder.path(u"song.mp3"_s)), "mine");
+    QCOMPARE(cleanLeftovers(native(), folder.path()).value(), 0);
+    QCOMPARE(folder.names(), QStringList{StaleFolder});
+    QCOMPARE(ScratchFolder::read(folder.path(StaleFolder + u"/half.mp3"_s)), "half");
+}
+
+void TestLeftovers::onlyCertainlyOursGoes_data()
+{
+    QTest::addColumn<quint32>("permissions");
+    QTest::addColumn<quint32>("owner");
+    QTest::addColumn<bool>("hasSecondName");
+    QTest::addColumn<bool>("isGone");
+    const quint32 user = FileSystem::native().currentUser();
+    QTest::newRow("ours") << 0600U << user << false << true;
+    QTest::newRow("readable to others") << 0644U << user << false << false;
+    QTest::newRow("writable to a group") << 0620U << user << false << false;
+    QTest::newRow("executable") << 0700U << user << false << false;
+    QTest::newRow("a hard link to another file") << 0600U << user << true << false;
+    QTest::newRow("somebody else's") << 0600U << 12345U << false << false;
+}
+
+void TestLeftovers::onlyCertainlyOursGoes()
+{
+    if (Separator != u'/')
+        QSKIP("no owners and permissions here");
+    QFETCH(quint32, permissions);
+    QFETCH(quint32, owner);
+    QFETCH(bool, hasSecondName);
+    QFETCH(bool, isGone);
+    const ScratchFolder folder;
+    for (const QString &name : {StaleFile, redoName(0xabc)}) {
+        const QString path = folder.write(name, "x");
+        QVERIFY(ravlin::test::setPermissions(path, permissions));
+        if (hasSecondName)
+            QVERIFY(ravlin::test::hardLink(path, folder.path(u"second name"_s)));
+        if (owner != native().currentUser() && !ravlin::test::giveTo(path, owner))
+            QSKIP("only root can make a file of somebody else's");
+        QCOMPARE(cleanLeftovers(native(), folder.path()).value(), isGone ? 1 : 0);
+        QCOMPARE(QFile::exists(path), !isGone);
+        QVERIFY(isGone || QFile::remove(path));
+        QFile::remove(folder.path(u"second name"_s));
+    }
 }
 
 void TestLeftovers::withoutLocksNothingIsStale()
 {
     const ScratchFolder folder;
-    folder.write(StaleFile, "x");
+    QVERIFY(ravlin::test::setPermissions(folder.write(StaleFile, "x"), 0600));
     FaultyFileSystem fileSystem;
     fileSystem.setPlan({.fault = Fault::Fail, .only = Call::Lock, .forEver = true, .code = ErrorCode::Unsupported});
     QCOMPARE(cleanLeftovers(fileSystem, folder.path()).value(), 0);

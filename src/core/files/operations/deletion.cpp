@@ -2,7 +2,6 @@
 #include "core/files/operations/deletion.h"
 
 #include "core/platform/fileio.h"
-#include "core/platform/nodes.h"
 #include "core/platform/path.h"
 
 #include <algorithm>
@@ -60,7 +59,9 @@ DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList
         if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
             return tl::unexpected(
                 Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
-        return platform::removeTree(fileSystem, path).map([&] { report.deleted.append(path); });
+        return platform::placeAt(fileSystem, path)
+            .and_then([](const platform::Place &place) { return platform::removeTree(*place.folder, place.name); })
+            .map([&] { report.deleted.append(path); });
     });
 }
 

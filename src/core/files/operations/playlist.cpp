@@ -6,7 +6,6 @@
 #include "core/platform/fileio.h"
 #include "core/platform/folder.h"
 #include "core/platform/namecheck.h"
-#include "core/platform/nodes.h"
 #include "core/platform/path.h"
 #include "core/platform/textsafety.h"
 #include "core/storage/leftovers.h"
@@ -44,20 +43,23 @@ bool isTakenForAddress(const QString &line)
 /// Replaces an older list only once the new one is complete, and keeps its permissions.
 Result<void> writeList(platform::FileSystem &fileSystem, const QString &path, const QByteArray &content)
 {
-    const auto present = platform::nodeAt(path);
+    const auto place = platform::placeAt(fileSystem, path);
+    if (!place)
+        return tl::unexpected(place.error());
+    const auto present = place->folder->node(place->name);
     if (present && present->kind == platform::NodeKind::Folder)
         return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("a folder has that name")});
     const bool isFile = present && present->kind == platform::NodeKind::File;
     const quint32 permissions = isFile ? present->info.permissions : platform::newFilePermissions();
-    auto temporary = storage::TemporaryFile::create(fileSystem, platform::folderOf(path));
+    auto temporary = storage::TemporaryFile::create(place->folder);
     if (!temporary)
         return tl::unexpected(temporary.error());
     return platform::writeAll(temporary->file(), content, 0)
         .and_then([&] { return temporary->file().sync(); })
         .and_then([&]() -> Result<void> {
             // A memory stick may have no permissions.
-            static_cast<void>(fileSystem.setPermissions(temporary->path(), permissions));
-            return temporary->moveTo(path);
+            static_cast<void>(temporary->file().setPermissions(permissions));
+            return temporary->moveTo(place->name);
         });
 }
 

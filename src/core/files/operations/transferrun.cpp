@@ -2,6 +2,7 @@
 #include "core/files/operations/foldercopy.h"
 #include "core/storage/saferename.h"
 
+#include "core/platform/fileio.h"
 #include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 
@@ -46,13 +47,37 @@ private:
     Progress m_now;
 };
 
+/// The folder that was used last, held open: most items of a request share their folders.
+class LastFolder
+{
+public:
+    explicit LastFolder(platform::FileSystem &fileSystem) : m_fileSystem(fileSystem) {}
+
+    Result<platform::Place> placeAt(const QString &path)
+    {
+        const QString folder = platform::folderOf(path);
+        if (m_folder && folder == m_path)
+            return platform::Place{m_folder, platform::nameOf(path)};
+        return platform::placeAt(m_fileSystem, path).map([&](platform::Place place) {
+            m_path = folder;
+            m_folder = place.folder;
+            return place;
+        });
+    }
+
+private:
+    platform::FileSystem &m_fileSystem;
+    QString m_path;
+    std::shared_ptr<platform::HeldFolder> m_folder;
+};
+
 class Runner
 {
 public:
     Runner(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch)
-        : m_fileSystem(fileSystem), m_plan(plan), m_stop(watch.stop), m_progress(plan, watch),
-          m_queue(fileSystem, {[this](qint64 bytes) { m_progress.advance(bytes); }, watch.stop},
-              moves() ? storage::CopyCheck::Everything : storage::CopyCheck::Ends)
+        : m_fileSystem(fileSystem), m_plan(plan), m_stop(watch.stop), m_progress(plan, watch), m_sources(fileSystem),
+          m_targets(fileSystem), m_queue({[this](qint64 bytes) { m_progress.advance(bytes); }, watch.stop},
+                                     moves() ? storage::CopyCheck::Everything : storage::CopyCheck::Ends)
     {
     }
 
@@ -64,18 +89,21 @@ private:
     void takeFree(const TransferItem &item);
     void merge(const TransferItem &item);
     Result<void> rename(const TransferItem &item);
-    void copyOne(const TransferItem &item);
-    Result<void> copyLinkTo(const TransferItem &item);
-    void copyFolder(const TransferItem &item);
+    void copyOne(const TransferItem &item, const CopiedNode &copied);
+    Result<CopiedNode> placesOf(const TransferItem &item);
+    static Result<void> copyLinkTo(const TransferItem &item, const CopiedNode &copied);
+    void copyFolder(const TransferItem &item, const CopiedNode &copied);
     void settle();
     void removeSources(const std::vector<CopyQueue::Settled> &copied);
     void fail(const QString &source, const Error &error);
-    void done(const CopiedNode &copied, bool isMove, bool replaced);
+    void done(const TransferItem &item, bool isMove);
 
     platform::FileSystem &m_fileSystem;
     const TransferPlan &m_plan;
     const std::stop_token m_stop;
     ProgressCounter m_progress;
+    LastFolder m_sources;
+    LastFolder m_targets;
     CopyQueue m_queue;
     bool m_isFull = false; ///< the target's drive
     TransferReport m_report;
@@ -120,7 +148,7 @@ void Runner::takeFree(const TransferItem &item)
         const Result<void> renamed = rename(item);
         if (renamed) {
             m_progress.advance(item.bytes);
-            done({item.source, item.target, item.node}, true, item.replaces());
+            done(item, true);
             return;
         }
         // Unsupported: another drive, or the same one mounted elsewhere.
@@ -129,10 +157,22 @@ void Runner::takeFree(const TransferItem &item)
             return;
         }
     }
-    if (item.node.kind == NodeKind::Folder)
-        copyFolder(item);
+    const auto copied = placesOf(item);
+    if (!copied)
+        fail(item.source, copied.error());
+    else if (item.node.kind == NodeKind::Folder)
+        copyFolder(item, *copied);
     else
-        copyOne(item);
+        copyOne(item, *copied);
+}
+
+Result<CopiedNode> Runner::placesOf(const TransferItem &item)
+{
+    const auto source = m_sources.placeAt(item.source);
+    const auto target = m_targets.placeAt(item.target);
+    if (!source || !target)
+        return tl::unexpected(source ? target.error() : source.error());
+    return CopiedNode{*source, *target, item.node};
 }
 
 void Runner::merge(const TransferItem &item)
@@ -141,23 +181,28 @@ void Runner::merge(const TransferItem &item)
         take(child);
     settle();
     // Fails unless empty: the rest was skipped, has failed or was added since.
-    if (moves())
-        static_cast<void>(m_fileSystem.removeFolder(item.source));
+    if (!moves())
+        return;
+    if (const auto source = m_sources.placeAt(item.source))
+        static_cast<void>(source->folder->removeFolder(source->name));
 }
 
 Result<void> Runner::rename(const TransferItem &item)
 {
     if (!item.replaces())
         return storage::renameFile(m_fileSystem, item.source, item.target);
+    const auto places = placesOf(item);
+    if (!places)
+        return tl::unexpected(places.error());
+    const auto &[source, target, node, level] = *places;
     // Two names of one file, where the system's rename does nothing.
-    if (const auto present = platform::nodeAt(item.target); present && present->isSameAs(item.node))
-        return m_fileSystem.remove(item.source);
-    return m_fileSystem.replace(item.source, item.target);
+    if (const auto present = target.folder->node(target.name); present && present->isSameAs(item.node))
+        return source.folder->remove(source.name);
+    return source.folder->replace(source.name, *target.folder, target.name);
 }
 
-void Runner::copyOne(const TransferItem &item)
+void Runner::copyOne(const TransferItem &item, const CopiedNode &copied)
 {
-    const CopiedNode copied{item.source, item.target, item.node};
     Result<void> begun;
     if (item.node.kind == NodeKind::File) {
         if (m_queue.isFull())
@@ -166,11 +211,11 @@ void Runner::copyOne(const TransferItem &item)
             m_report.notDone.append(item.source);
             return;
         }
-        begun = m_queue.add(copied, item.source, item.replaces());
+        begun = m_queue.add(copied, &item, item.replaces());
     } else if (item.node.kind == NodeKind::Link) {
-        begun = copyLinkTo(item);
+        begun = copyLinkTo(item, copied);
         if (begun)
-            removeSources({{copied, item.source, item.replaces(), {}}});
+            removeSources({{copied, &item, {}}});
     } else {
         begun = tl::unexpected(Error{ErrorCode::NotAFile, item.source, QStringLiteral("a device, pipe or socket")});
     }
@@ -178,49 +223,44 @@ void Runner::copyOne(const TransferItem &item)
         fail(item.source, begun.error());
 }
 
-Result<void> Runner::copyLinkTo(const TransferItem &item)
+Result<void> Runner::copyLinkTo(const TransferItem &item, const CopiedNode &copied)
 {
-    if (!item.replaces()) {
-        return platform::copyLink(item.source, item.target).and_then([&] {
-            return platform::takeAttributes(item.source, item.target);
-        });
-    }
+    const auto &[source, target, node, level] = copied;
+    if (!item.replaces())
+        return target.folder->copyLink(*source.folder, source.name, target.name);
     // Keep it in a temporary folder until it takes the other's place.
-    const QString parent = platform::folderOf(item.target);
-    auto temporary = storage::TemporaryFolder::create(m_fileSystem, parent);
+    const auto temporary = storage::TemporaryFolder::create(target.folder);
     if (!temporary)
         return tl::unexpected(temporary.error());
-    const QString made = platform::inFolder(temporary->path(), QStringLiteral("link"));
-    return platform::copyLink(item.source, made)
-        .and_then([&] { return platform::takeAttributes(item.source, made); })
-        .and_then([&] { return m_fileSystem.replace(made, item.target); });
+    platform::HeldFolder &between = *temporary->folder();
+    const QString name = QStringLiteral("link");
+    return between.copyLink(*source.folder, source.name, name).and_then([&] {
+        return between.replace(name, *target.folder, target.name);
+    });
 }
 
-void Runner::copyFolder(const TransferItem &item)
+void Runner::copyFolder(const TransferItem &item, const CopiedNode &copied)
 {
     settle();
     if (m_isFull) {
         m_report.notDone.append(item.source);
         return;
     }
-    const QString parent = platform::folderOf(item.target);
-    auto temporary = storage::TemporaryFolder::create(m_fileSystem, parent);
+    auto temporary = storage::TemporaryFolder::create(copied.target.folder);
     if (!temporary) {
         fail(item.source, temporary.error());
         return;
     }
-    FolderCopy copy(m_fileSystem, m_queue, m_stop);
-    const auto placed = copy.copy({item.source, temporary->path(), item.node}).and_then([&] {
-        return temporary->moveToNew(item.target);
-    });
+    FolderCopy copy(m_queue, copied.source, temporary->folder(), m_stop);
+    const auto placed = copy.copy().and_then([&] { return temporary->moveToNew(copied.target.name); });
     if (!placed) {
         fail(item.source, placed.error());
         return;
     }
     Result<void> removed;
     if (moves())
-        removed = m_fileSystem.syncFolder(parent).and_then([&] { return copy.removeSource(); });
-    done({item.source, item.target, item.node}, moves() && removed, false);
+        removed = copied.target.folder->sync().and_then([&] { return copy.removeSource(); });
+    done(item, moves() && removed);
     if (!removed)
         fail(item.source, removed.error());
 }
@@ -232,7 +272,7 @@ void Runner::settle()
         if (settled.outcome)
             copied.push_back(std::move(settled));
         else
-            fail(settled.tag, settled.outcome.error());
+            fail(settled.item->source, settled.outcome.error());
     }
     removeSources(copied);
 }
@@ -240,18 +280,19 @@ void Runner::settle()
 /// Records the copies as done. For a move, deletes the sources once the new names are on the disk.
 void Runner::removeSources(const std::vector<CopyQueue::Settled> &copied)
 {
-    QHash<QString, Result<void>> synced;
+    QHash<platform::HeldFolder *, Result<void>> synced;
     for (const CopyQueue::Settled &settled : copied) {
         Result<void> removed;
         if (moves()) {
-            const QString folder = platform::folderOf(settled.copied.target);
+            const auto &[source, target, node, level] = settled.copied;
+            platform::HeldFolder *const folder = target.folder.get();
             if (!synced.contains(folder))
-                synced.insert(folder, m_fileSystem.syncFolder(folder));
-            removed = synced.value(folder).and_then([&] { return removeCopied(m_fileSystem, settled.copied); });
+                synced.insert(folder, folder->sync());
+            removed = synced.value(folder).and_then([&] { return removeCopied(*source.folder, source.name, node); });
         }
-        done(settled.copied, moves() && removed, settled.replaced);
+        done(*settled.item, moves() && removed);
         if (!removed)
-            fail(settled.tag, removed.error());
+            fail(settled.item->source, removed.error());
     }
 }
 
@@ -265,10 +306,10 @@ void Runner::fail(const QString &source, const Error &error)
     m_report.failures.push_back({source, error});
 }
 
-void Runner::done(const CopiedNode &copied, bool isMove, bool replaced)
+void Runner::done(const TransferItem &item, bool isMove)
 {
-    const auto made = platform::nodeAt(copied.target);
-    m_report.done.push_back({copied.source, copied.target, isMove, copied.node.kind == NodeKind::Folder, replaced,
+    const auto made = platform::nodeAt(item.target);
+    m_report.done.push_back({item.source, item.target, isMove, item.node.kind == NodeKind::Folder, item.replaces(),
         made ? made->info : platform::FileInfo()});
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/renaming/renaming.h"
+#include "core/platform/fileio.h"
 #include "core/platform/path.h"
 #include "core/storage/saferename.h"
 
@@ -192,8 +193,10 @@ RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector
     plan.answerAll(ClashAnswer::KeepBoth);
     RenamingOutcome outcome = runRenaming(fileSystem, plan, watch);
     QStringList folders = foldersMade;
-    while (!folders.isEmpty())
-        static_cast<void>(fileSystem.removeFolder(folders.takeLast())); // one that is not empty holds files of others
+    while (!folders.isEmpty()) {
+        if (const auto place = platform::placeAt(fileSystem, folders.takeLast()))
+            static_cast<void>(place->folder->removeFolder(place->name)); // one that is not empty holds files of others
+    }
     return outcome;
 }
 

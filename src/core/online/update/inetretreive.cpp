@@ -4,7 +4,6 @@
 #include "core/online/update/updateaddress.h"
 #include "core/platform/desktop.h"
 #include "core/platform/fileio.h"
-#include "core/platform/nodes.h"
 #include "core/storage/safewrite.h"
 
 #include <QByteArrayList>
@@ -224,18 +223,20 @@ Result<void> InetRetreive::giveName()
 {
     if (const Result<void> synced = m_file->file().sync(); !synced)
         return synced;
-    const Result<platform::Node> present = platform::nodeAt(m_job.path);
+    const QString name = platform::nameOf(m_job.path);
+    const Result<platform::Node> present = m_file->folder()->node(name);
     const bool isFile = present && present->kind == platform::NodeKind::File;
     if (present && m_job.replaces && !isFile && present->kind != platform::NodeKind::Link)
         return tl::unexpected(Error{ErrorCode::NotAFile, m_job.path, {}});
     // The file system of a memory stick may not have permissions.
     const bool takesPlace = isFile && m_job.replaces;
-    std::ignore = m_fileSystem.setPermissions(
-        m_file->path(), takesPlace ? present->info.permissions : platform::newFilePermissions());
-    auto moved = m_job.replaces ? m_file->moveTo(m_job.path) : m_file->moveToNew(m_job.path);
+    std::ignore =
+        m_file->file().setPermissions(takesPlace ? present->info.permissions : platform::newFilePermissions());
+    const std::shared_ptr<platform::HeldFolder> folder = m_file->folder();
+    auto moved = m_job.replaces ? m_file->moveTo(name) : m_file->moveToNew(name);
     // Syncing the folder is a courtesy: if a power cut takes the name, the download is made again.
     if (moved)
-        std::ignore = m_fileSystem.syncFolder(platform::folderOf(m_job.path));
+        std::ignore = folder->sync();
     return moved;
 }
 

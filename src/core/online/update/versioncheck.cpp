@@ -20,12 +20,14 @@ Result<void> writeWhole(platform::FileSystem &fileSystem, const QString &path, c
         return tl::unexpected(temporary.error());
     return platform::writeAll(temporary->file(), content, 0)
         .and_then([&] { return temporary->file().sync(); })
-        .and_then([&] { return temporary->moveTo(path); });
+        .and_then([&] { return temporary->moveTo(platform::nameOf(path)); });
 }
 
 Result<QByteArray> readWhole(platform::FileSystem &fileSystem, const QString &path)
 {
-    const auto file = fileSystem.openUnlinked(path, platform::OpenMode::Read);
+    const auto file = platform::placeAt(fileSystem, path).and_then([](const platform::Place &place) {
+        return place.folder->openFile(place.name, platform::OpenMode::Read);
+    });
     if (!file)
         return tl::unexpected(file.error());
     return (*file)->info().and_then([&](const platform::FileInfo &info) {

@@ -17,24 +17,24 @@
 namespace ravlin::platform {
 namespace {
 
-struct Place
+struct KnownFolder
 {
     SpecialFolder folder = SpecialFolder::Home;
     QStandardPaths::StandardLocation location = QStandardPaths::HomeLocation;
 };
 
 constexpr std::array Places{
-    Place{SpecialFolder::Desktop, QStandardPaths::DesktopLocation},
-    Place{SpecialFolder::Programs, QStandardPaths::ApplicationsLocation},
-    Place{SpecialFolder::Documents, QStandardPaths::DocumentsLocation},
-    Place{SpecialFolder::Music, QStandardPaths::MusicLocation},
-    Place{SpecialFolder::Videos, QStandardPaths::MoviesLocation},
-    Place{SpecialFolder::DesktopFiles, QStandardPaths::DesktopLocation},
-    Place{SpecialFolder::Fonts, QStandardPaths::FontsLocation},
-    Place{SpecialFolder::RoamingSettings, QStandardPaths::GenericConfigLocation},
-    Place{SpecialFolder::LocalData, QStandardPaths::GenericDataLocation},
-    Place{SpecialFolder::Pictures, QStandardPaths::PicturesLocation},
-    Place{SpecialFolder::Home, QStandardPaths::HomeLocation},
+    KnownFolder{SpecialFolder::Desktop, QStandardPaths::DesktopLocation},
+    KnownFolder{SpecialFolder::Programs, QStandardPaths::ApplicationsLocation},
+    KnownFolder{SpecialFolder::Documents, QStandardPaths::DocumentsLocation},
+    KnownFolder{SpecialFolder::Music, QStandardPaths::MusicLocation},
+    KnownFolder{SpecialFolder::Videos, QStandardPaths::MoviesLocation},
+    KnownFolder{SpecialFolder::DesktopFiles, QStandardPaths::DesktopLocation},
+    KnownFolder{SpecialFolder::Fonts, QStandardPaths::FontsLocation},
+    KnownFolder{SpecialFolder::RoamingSettings, QStandardPaths::GenericConfigLocation},
+    KnownFolder{SpecialFolder::LocalData, QStandardPaths::GenericDataLocation},
+    KnownFolder{SpecialFolder::Pictures, QStandardPaths::PicturesLocation},
+    KnownFolder{SpecialFolder::Home, QStandardPaths::HomeLocation},
 };
 
 tl::unexpected<Error> failure(ErrorCode code, const QString &path, const QString &detail)
@@ -154,8 +154,8 @@ void makeFolders(const QString &path)
 
 QString specialFolder(int number)
 {
-    const auto *const place = std::find_if(
-        Places.begin(), Places.end(), [number](const Place &each) { return static_cast<int>(each.folder) == number; });
+    const auto *const place = std::find_if(Places.begin(), Places.end(),
+        [number](const KnownFolder &each) { return static_cast<int>(each.folder) == number; });
     return place == Places.end() ? QString() : QStandardPaths::writableLocation(place->location);
 }
 

@@ -19,11 +19,6 @@ int numberOf(Call call)
     return uninterrupted(call) == 0 ? 0 : errno;
 }
 
-bool isUnknownHere(int number)
-{
-    return number == EINVAL || number == ENOSYS || number == EOPNOTSUPP;
-}
-
 /// What link() fails with if there are no hard links, and for folders.
 bool cannotLink(int number)
 {
@@ -32,39 +27,44 @@ bool cannotLink(int number)
 
 } // namespace
 
-int renameInOneStep(const char *from, const char *to)
+bool isUnknownHere(int number)
 {
-    return numberOf([&] { return ::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE); });
+    return number == EINVAL || number == ENOSYS || number == EOPNOTSUPP;
 }
 
-int renameByLinking(const char *from, const char *to)
+int renameInOneStep(NameAt from, NameAt to)
 {
-    if (const int number = numberOf([&] { return ::link(from, to); }); number != 0)
+    return numberOf([&] { return ::renameat2(from.folder, from.name, to.folder, to.name, RENAME_NOREPLACE); });
+}
+
+int renameByLinking(NameAt from, NameAt to)
+{
+    if (const int number = numberOf([&] { return ::linkat(from.folder, from.name, to.folder, to.name, 0); });
+        number != 0)
         return number;
-    const int number = numberOf([&] { return ::unlink(from); });
+    const int number = numberOf([&] { return ::unlinkat(from.folder, from.name, 0); });
     if (number != 0)
-        ::unlink(to); // or the file would have two names
+        ::unlinkat(to.folder, to.name, 0); // or the file would have two names
     return number;
 }
 
-int renameAfterLooking(const char *from, const char *to)
+int renameAfterLooking(NameAt from, NameAt to)
 {
     struct stat status = {};
-    const int looked = numberOf([&] { return ::lstat(to, &status); });
+    const int looked = numberOf([&] { return ::fstatat(to.folder, to.name, &status, AT_SYMLINK_NOFOLLOW); });
     if (looked == 0)
         return EEXIST;
     if (looked != ENOENT)
         return looked;
-    return numberOf([&] { return std::rename(from, to); });
+    return numberOf([&] { return ::renameat(from.folder, from.name, to.folder, to.name); });
 }
 
-int renameExclusively(const char *from, const char *to)
+int renameExclusively(NameAt from, NameAt to)
 {
     int number = renameInOneStep(from, to);
-    if (isUnknownHere(number))
-        number = renameByLinking(from, to);
-    else
+    if (!isUnknownHere(number))
         return number;
+    number = renameByLinking(from, to);
     return cannotLink(number) ? renameAfterLooking(from, to) : number;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/posix/file.h"
 
+#include "core/platform/posix/metadata.h"
 #include "core/platform/posix/systemerror.h"
 
 #include <fcntl.h>
@@ -41,6 +42,36 @@ FileInfo fileInfo(const struct stat &status)
     info.isFile = S_ISREG(status.st_mode);
     info.isFolder = S_ISDIR(status.st_mode);
     return info;
+}
+
+NodeKind kindOfMode(quint32 mode)
+{
+    if (S_ISREG(mode))
+        return NodeKind::File;
+    if (S_ISDIR(mode))
+        return NodeKind::Folder;
+    return S_ISLNK(mode) ? NodeKind::Link : NodeKind::Other;
+}
+
+Result<std::unique_ptr<File>> openPlainFile(int folder, const char *name, int flags, const QString &path)
+{
+    constexpr mode_t OwnerOnly = 0600;
+    // O_NONBLOCK: opening a pipe must not wait for its other end. Plain files ignore it.
+    const int descriptor =
+        uninterrupted([&] { return ::openat(folder, name, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, OwnerOnly); });
+    if (descriptor < 0)
+        return systemError(errno, path, "open");
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0) {
+        const int number = errno;
+        ::close(descriptor);
+        return systemError(number, path, "fstat");
+    }
+    if (!S_ISREG(status.st_mode)) {
+        ::close(descriptor);
+        return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a plain file")});
+    }
+    return std::make_unique<PosixFile>(descriptor, path, fileInfo(status));
 }
 
 PosixFile::PosixFile(int descriptor, QString path, const FileInfo &atOpening)
@@ -142,13 +173,53 @@ Result<qint64> PosixFile::copyThroughMemory(File &source, qint64 sourceOffset, q
     return writeAt({buffer.get(), static_cast<size_t>(*got)}, offset);
 }
 
-Result<void> PosixFile::takeMetadata(File &source)
+/// The other file's descriptor, or -1.
+int PosixFile::descriptorOf(File &file)
+{
+    const auto *const native = dynamic_cast<PosixFile *>(&file);
+    return native == nullptr ? -1 : native->m_descriptor;
+}
+
+Result<void> PosixFile::takeOwner(File &source)
 {
     m_atOpening.reset();
-    const auto *const native = dynamic_cast<PosixFile *>(&source);
-    if (native == nullptr)
-        return systemError(EINVAL, m_path, "takeMetadata");
-    return copyMetadata(native->m_descriptor, m_descriptor, m_path);
+    return copyOwner(descriptorOf(source), m_descriptor, m_path);
+}
+
+Result<void> PosixFile::takeAttributes(File &source)
+{
+    m_atOpening.reset();
+    return copyAttributes(descriptorOf(source), m_descriptor, m_path);
+}
+
+Result<void> PosixFile::takePermissions(File &source)
+{
+    m_atOpening.reset();
+    return copyPermissions(descriptorOf(source), m_descriptor, m_path);
+}
+
+void PosixFile::takeTimes(File &source)
+{
+    m_atOpening.reset();
+    static_cast<void>(copyTimes(descriptorOf(source), m_descriptor, m_path));
+}
+
+Result<void> PosixFile::setPermissions(quint32 permissions)
+{
+    m_atOpening.reset();
+    if (uninterrupted([&] { return ::fchmod(m_descriptor, permissions & 07777U); }) != 0)
+        return systemError(errno, m_path, "fchmod");
+    return {};
+}
+
+void PosixFile::forgetCached()
+{
+    ::posix_fadvise(m_descriptor, 0, 0, POSIX_FADV_DONTNEED);
+}
+
+Result<bool> PosixFile::isPrivate()
+{
+    return isPrivateFile(m_descriptor, m_path);
 }
 
 Result<void> PosixFile::setModified(qint64 nanoseconds)

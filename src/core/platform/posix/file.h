@@ -11,6 +11,7 @@ struct stat;
 namespace ravlin::platform {
 
 FileInfo fileInfo(const struct stat &status);
+NodeKind kindOfMode(quint32 mode);
 
 class PosixFile final : public File
 {
@@ -27,11 +28,18 @@ public:
     Result<void> sync() override;
     Result<FileInfo> info() override;
     Result<qint64> copyFrom(File &source, qint64 sourceOffset, qint64 offset, qint64 length) override;
-    Result<void> takeMetadata(File &source) override;
+    Result<void> takeOwner(File &source) override;
+    Result<void> takeAttributes(File &source) override;
+    Result<void> takePermissions(File &source) override;
+    void takeTimes(File &source) override;
+    Result<void> setPermissions(quint32 permissions) override;
     Result<void> setModified(qint64 nanoseconds) override;
+    void forgetCached() override;
+    Result<bool> isPrivate() override;
     Result<bool> tryLock() override;
 
 private:
+    static int descriptorOf(File &file);
     Result<qint64> copyThroughMemory(File &source, qint64 sourceOffset, qint64 offset, qint64 length);
 
     const int m_descriptor;
@@ -39,7 +47,7 @@ private:
     std::optional<FileInfo> m_atOpening;
 };
 
-/// Does the work of PosixFile::takeMetadata, in metadata.cpp. from and to are open descriptors; path is that of to.
-Result<void> copyMetadata(int from, int to, const QString &path);
+/// Opens a plain file by a name in an open folder, or by a path with AT_FDCWD. flags: of open(2). path: for errors.
+Result<std::unique_ptr<File>> openPlainFile(int folder, const char *name, int flags, const QString &path);
 
 } // namespace ravlin::platform

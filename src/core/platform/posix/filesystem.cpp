@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/filesystem.h"
 
+#include "core/platform/fileio.h"
 #include "core/platform/posix/exclusiverename.h"
 #include "core/platform/posix/file.h"
+#include "core/platform/posix/heldfolder.h"
 #include "core/platform/posix/systemerror.h"
 
 #include <dirent.h>
@@ -11,7 +13,6 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -19,67 +20,21 @@
 namespace ravlin::platform {
 namespace {
 
-/// A path as the system takes it. The system stops at a zero byte, so a path with one would name another file.
-class NativePath
-{
-public:
-    explicit NativePath(const QString &path) : m_bytes(encodePath(path)) {}
-
-    bool isValid() const { return std::memchr(m_bytes.constData(), 0, static_cast<size_t>(m_bytes.size())) == nullptr; }
-    const char *bytes() const { return m_bytes.constData(); }
-
-private:
-    QByteArray m_bytes;
-};
-
 class PosixFileSystem final : public FileSystem
 {
 public:
     Result<std::unique_ptr<File>> open(const QString &path, OpenMode mode) override;
-    Result<std::unique_ptr<File>> openUnlinked(const QString &path, OpenMode mode) override;
-    Result<std::unique_ptr<File>> createNew(const QString &path) override;
     Result<FileInfo> info(const QString &path) override;
     Result<QString> canonicalPath(const QString &path) override;
-    Result<void> replace(const QString &from, const QString &to) override;
+    Result<std::shared_ptr<HeldFolder>> openFolder(const QString &path) override { return openHeldFolder(path); }
+    Result<Place> follow(const QString &path) override { return followLinks(path); }
     Result<void> renameNew(const QString &from, const QString &to) override;
     Result<void> createFolder(const QString &path) override;
-    Result<void> removeFolder(const QString &path) override;
-    Result<void> remove(const QString &path) override;
-    Result<void> setPermissions(const QString &path, quint32 permissions) override;
-    Result<void> syncFolder(const QString &folder) override;
     Result<qint64> freeBytes(const QString &path) override;
     Result<std::vector<QString>> names(const QString &folder) override;
     quint32 currentUser() override { return ::geteuid(); }
     quint32 currentGroup() override { return ::getegid(); }
 };
-
-int accessFlags(OpenMode mode)
-{
-    return mode == OpenMode::Read ? O_RDONLY : O_RDWR;
-}
-
-Result<std::unique_ptr<File>> openFile(const QString &path, int flags)
-{
-    const NativePath native(path);
-    if (!native.isValid())
-        return systemError(EINVAL, path, "open");
-    // O_NONBLOCK: opening a pipe must not wait for its other end. Plain files ignore it.
-    const int descriptor =
-        uninterrupted([&] { return ::open(native.bytes(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600); });
-    if (descriptor < 0)
-        return systemError(errno, path, "open");
-    struct stat status = {};
-    if (::fstat(descriptor, &status) != 0) {
-        const int number = errno;
-        ::close(descriptor);
-        return systemError(number, path, "fstat");
-    }
-    if (!S_ISREG(status.st_mode)) {
-        ::close(descriptor);
-        return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a plain file")});
-    }
-    return std::make_unique<PosixFile>(descriptor, path, fileInfo(status));
-}
 
 /// Runs a system call on a path and turns its failure into an error value.
 template <typename Call>
@@ -95,17 +50,10 @@ Result<void> callOnPath(const QString &path, const char *name, Call call)
 
 Result<std::unique_ptr<File>> PosixFileSystem::open(const QString &path, OpenMode mode)
 {
-    return openFile(path, accessFlags(mode));
-}
-
-Result<std::unique_ptr<File>> PosixFileSystem::openUnlinked(const QString &path, OpenMode mode)
-{
-    return openFile(path, accessFlags(mode) | O_NOFOLLOW);
-}
-
-Result<std::unique_ptr<File>> PosixFileSystem::createNew(const QString &path)
-{
-    return openFile(path, O_RDWR | O_CREAT | O_EXCL);
+    const NativePath native(path);
+    if (!native.isValid())
+        return systemError(EINVAL, path, "open");
+    return openPlainFile(AT_FDCWD, native.bytes(), mode == OpenMode::Read ? O_RDONLY : O_RDWR, path);
 }
 
 Result<FileInfo> PosixFileSystem::info(const QString &path)
@@ -127,60 +75,28 @@ Result<QString> PosixFileSystem::canonicalPath(const QString &path)
     return decodePath(resolved.get(), static_cast<qsizetype>(std::strlen(resolved.get())));
 }
 
-Result<void> PosixFileSystem::replace(const QString &from, const QString &to)
-{
-    const NativePath target(to);
-    if (!target.isValid())
-        return systemError(EINVAL, to, "rename");
-    return callOnPath(from, "rename", [&](const char *native) { return std::rename(native, target.bytes()); });
-}
-
 Result<void> PosixFileSystem::renameNew(const QString &from, const QString &to)
 {
     const NativePath source(from);
     const NativePath target(to);
     if (!source.isValid() || !target.isValid())
         return systemError(EINVAL, source.isValid() ? to : from, "rename");
-    if (const int number = renameExclusively(source.bytes(), target.bytes()); number != 0)
+    const int number = renameInOneStep({AT_FDCWD, source.bytes()}, {AT_FDCWD, target.bytes()});
+    if (number == 0)
+        return {};
+    if (!isUnknownHere(number))
         return systemError(number, number == EEXIST ? to : from, "rename");
-    return {};
+    // The other ways take two steps. Between them nobody may exchange a folder of the path.
+    const auto here = placeAt(*this, from);
+    const auto there = placeAt(*this, to);
+    if (!here || !there)
+        return tl::unexpected(here ? there.error() : here.error());
+    return here->folder->renameNew(here->name, *there->folder, there->name);
 }
 
 Result<void> PosixFileSystem::createFolder(const QString &path)
 {
     return callOnPath(path, "mkdir", [](const char *native) { return ::mkdir(native, 0777); });
-}
-
-Result<void> PosixFileSystem::removeFolder(const QString &path)
-{
-    return callOnPath(path, "rmdir", [](const char *native) { return ::rmdir(native); });
-}
-
-Result<void> PosixFileSystem::remove(const QString &path)
-{
-    return callOnPath(path, "unlink", [](const char *native) { return ::unlink(native); });
-}
-
-Result<void> PosixFileSystem::setPermissions(const QString &path, quint32 permissions)
-{
-    return callOnPath(path, "chmod", [&](const char *native) { return ::chmod(native, permissions & 07777U); });
-}
-
-Result<void> PosixFileSystem::syncFolder(const QString &folder)
-{
-    const NativePath native(folder);
-    if (!native.isValid())
-        return systemError(EINVAL, folder, "open");
-    const int descriptor = uninterrupted([&] { return ::open(native.bytes(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-    if (descriptor < 0)
-        return systemError(errno, folder, "open");
-    const int outcome = uninterrupted([&] { return ::fsync(descriptor); });
-    const int number = errno;
-    ::close(descriptor);
-    // EINVAL: a file system that needs no such call, for example one over the network.
-    if (outcome != 0 && number != EINVAL)
-        return systemError(number, folder, "fsync");
-    return {};
 }
 
 Result<qint64> PosixFileSystem::freeBytes(const QString &path)

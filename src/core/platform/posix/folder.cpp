@@ -6,9 +6,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstring>
 
@@ -126,48 +124,12 @@ Result<FileInfo> Folder::info(const QString &name) const
 Result<std::unique_ptr<File>> Folder::openFile(const QString &name) const
 {
     const QByteArray native = encodePath(name);
-    const QString path = m_native->path + name;
-    const int descriptor = uninterrupted([&] {
-        return ::openat(::dirfd(m_native->stream), native.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    });
-    if (descriptor < 0)
-        return systemError(errno, path, "open");
-    struct stat status
-    {
-    };
-    if (::fstat(descriptor, &status) != 0) {
-        const int number = errno;
-        ::close(descriptor);
-        return systemError(number, path, "fstat");
-    }
-    if (!S_ISREG(status.st_mode)) {
-        ::close(descriptor);
-        return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a plain file")});
-    }
-    return std::make_unique<PosixFile>(descriptor, name, fileInfo(status));
+    return openPlainFile(::dirfd(m_native->stream), native.constData(), O_RDONLY, m_native->path + name);
 }
 
 std::pair<quint64, quint64> Folder::identity() const
 {
     return m_native->identity;
-}
-
-FolderLock::~FolderLock()
-{
-    ::close(static_cast<int>(m_handle));
-}
-
-std::unique_ptr<FolderLock> lockFolder(const QString &path)
-{
-    const QByteArray native = encodePath(path);
-    const int descriptor = uninterrupted(
-        [&] { return ::open(native.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK); });
-    if (descriptor < 0)
-        return nullptr;
-    auto lock = std::make_unique<FolderLock>(descriptor);
-    if (uninterrupted([&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); }) != 0)
-        return nullptr;
-    return lock;
 }
 
 } // namespace ravlin::platform

@@ -1,29 +1,41 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/trash.h"
 
+#include "core/platform/fileio.h"
 #include "core/platform/filesystem.h"
 #include "core/platform/namecheck.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
-#include "core/platform/posix/systemerror.h"
 
 #include <QDateTime>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <vector>
 
 namespace ravlin::platform {
 namespace {
 
 constexpr quint32 StickyBit = 01000;
-constexpr quint32 OwnerOnly = 0700;
 
-/// A trash folder. Paths in its info files are relative to base, or absolute if that is empty.
-struct Trash
+using FolderPointer = std::shared_ptr<HeldFolder>;
+
+/// Where a trash is or could be made.
+struct TrashPlace
 {
     QString folder;
+    QString base;          ///< paths in its info files are relative to this, or absolute if it is empty
+    bool isShared = false; ///< in the folder that an administrator has created for all
+};
+
+/// A trash that is held open.
+struct Trash
+{
+    FolderPointer files;
+    FolderPointer info;
     QString base;
 };
 
@@ -73,30 +85,54 @@ bool isOwnFolder(const QString &path)
     return node && node->kind == NodeKind::Folder && node->info.owner == ::geteuid();
 }
 
-/// Creates a folder and the missing ones above it, for the owner alone.
-bool makeOwnFolder(const QString &path)
+tl::unexpected<Error> notOurs(const QString &path)
 {
-    if (isOwnFolder(path))
-        return true;
-    const QString parent = folderOf(path);
-    if (!isTaken(parent) && (parent.size() <= 1 || !makeOwnFolder(parent)))
-        return false;
-    return ::mkdir(encodePath(path).constData(), OwnerOnly) == 0 || (errno == EEXIST && isOwnFolder(path));
+    return tl::unexpected(Error{ErrorCode::AccessDenied, path, QStringLiteral("not a folder of the user's own")});
 }
 
-/// This user's folder in the trash that an administrator has created for all, if that is safe.
-QString sharedTrash(const QString &top)
+/// Opens a folder of the user's own, and never a link; creates it if there is none.
+Result<FolderPointer> ownFolder(HeldFolder &parent, const QString &name)
 {
-    const QString shared = inFolder(top, QStringLiteral(".Trash"));
-    const auto node = nodeAt(shared);
-    const bool isSafe = node && node->kind == NodeKind::Folder && (node->info.permissions & StickyBit) != 0;
-    return isSafe ? inFolder(shared, QString::number(::geteuid())) : QString();
+    auto opened = parent.openFolder(name);
+    if (!opened && opened.error().code == ErrorCode::NotFound) {
+        opened = parent.createFolder(name);
+        if (!opened && opened.error().code == ErrorCode::AlreadyExists)
+            opened = parent.openFolder(name);
+    }
+    if (!opened)
+        return opened;
+    const auto info = (*opened)->info();
+    return info && info->owner == ::geteuid() ? opened : notOurs((*opened)->path());
 }
 
-bool isUsable(const QString &trash)
+/// The same by a path; creates missing folders above it, too.
+Result<FolderPointer> ownFolderAt(const QString &path)
 {
-    return makeOwnFolder(trash) && makeOwnFolder(inFolder(trash, QStringLiteral("files"))) &&
-           makeOwnFolder(inFolder(trash, QStringLiteral("info")));
+    const QString above = folderOf(path);
+    auto parent = FileSystem::native().openFolder(above);
+    if (!parent && parent.error().code == ErrorCode::NotFound && above.size() > 1)
+        parent = ownFolderAt(above);
+    if (!parent)
+        return parent;
+    return ownFolder(**parent, nameOf(path));
+}
+
+bool isSafeForAll(const Result<FileInfo> &info)
+{
+    return info && info->isFolder && (info->permissions & StickyBit) != 0;
+}
+
+Result<FolderPointer> hold(const TrashPlace &place)
+{
+    if (!place.isShared)
+        return ownFolderAt(place.folder);
+    const auto top = FileSystem::native().openFolder(place.base);
+    if (!top)
+        return top;
+    const auto shared = (*top)->openFolder(nameOf(folderOf(place.folder)));
+    if (!shared)
+        return shared;
+    return isSafeForAll((*shared)->info()) ? ownFolder(**shared, nameOf(place.folder)) : notOurs((*shared)->path());
 }
 
 /// Whether a trash exists or could be created. Creates nothing.
@@ -107,22 +143,33 @@ bool couldBeUsable(const QString &trash)
     return ::access(encodePath(existingFolder(folderOf(trash))).constData(), W_OK | X_OK) == 0;
 }
 
-/// The first trash for what is in a folder (a canonical path) that accept returns true for.
-template <typename Accept>
-Result<Trash> findTrash(const QString &folder, Accept accept)
+/// The places of the trash for what is in a folder (a canonical path), the best one first.
+std::vector<TrashPlace> trashPlaces(const QString &folder)
 {
     const QString home = homeTrash();
-    if (!home.isEmpty() && deviceOf(existingFolder(home)) == deviceOf(folder)) {
-        if (accept(home))
-            return Trash{home, {}};
-    } else {
-        const QString top = topOf(folder);
-        const QString shared = sharedTrash(top);
-        if (!shared.isEmpty() && accept(shared))
-            return Trash{shared, top};
-        const QString own = inFolder(top, QStringLiteral(".Trash-%1").arg(::geteuid()));
-        if (accept(own))
-            return Trash{own, top};
+    if (!home.isEmpty() && deviceOf(existingFolder(home)) == deviceOf(folder))
+        return {{home, {}}};
+    const QString top = topOf(folder);
+    const QString shared = inFolder(top, QStringLiteral(".Trash"));
+    std::vector<TrashPlace> places;
+    const auto node = nodeAt(shared);
+    if (node && node->kind == NodeKind::Folder && isSafeForAll(node->info))
+        places.push_back({inFolder(shared, QString::number(::geteuid())), top, true});
+    places.push_back({inFolder(top, QStringLiteral(".Trash-%1").arg(::geteuid())), top});
+    return places;
+}
+
+/// Opens the trash for what is in a folder (a canonical path), or creates it.
+Result<Trash> openTrash(const QString &folder)
+{
+    for (const TrashPlace &place : trashPlaces(folder)) {
+        const auto held = hold(place);
+        if (!held)
+            continue;
+        const auto files = ownFolder(**held, QStringLiteral("files"));
+        const auto info = ownFolder(**held, QStringLiteral("info"));
+        if (files && info)
+            return Trash{*files, *info, place.base};
     }
     return tl::unexpected(Error{ErrorCode::NoTrash, folder, QStringLiteral("no trash on this drive")});
 }
@@ -145,6 +192,11 @@ QString nameInTrash(const QString &name, int number, NodeKind kind)
     return shortened(name.first(stem), MaxNameLength - InfoSuffix - nameLength(end)) + end;
 }
 
+QString infoName(const QString &nameInTrash)
+{
+    return nameInTrash + QStringLiteral(".trashinfo");
+}
+
 /// Claims a name by creating its info file: whoever creates that owns the name.
 Result<QString> claimName(const Trash &trash, const QString &original, const QString &name, NodeKind kind)
 {
@@ -154,8 +206,8 @@ Result<QString> claimName(const Trash &trash, const QString &original, const QSt
     constexpr int MostNumbers = 100'000;
     for (int number = 1; number < MostNumbers; ++number) {
         const QString tried = nameInTrash(name, number, kind);
-        const QString info = inFolder(trash.folder, QStringLiteral("info/%1.trashinfo").arg(tried));
-        auto file = FileSystem::native().createNew(info);
+        const QString info = infoName(tried);
+        auto file = trash.info->createNew(info);
         if (!file && file.error().code == ErrorCode::AlreadyExists)
             continue;
         if (!file)
@@ -163,8 +215,9 @@ Result<QString> claimName(const Trash &trash, const QString &original, const QSt
         auto written = (*file)->writeAt({content.constData(), static_cast<size_t>(content.size())}, 0);
         if (written && *written == content.size())
             return tried;
-        static_cast<void>(FileSystem::native().remove(info));
-        return tl::unexpected(written ? Error{ErrorCode::NoSpace, info, {}} : written.error());
+        static_cast<void>(trash.info->remove(info));
+        return tl::unexpected(
+            written ? Error{ErrorCode::NoSpace, inFolder(trash.info->path(), info), {}} : written.error());
     }
     return tl::unexpected(Error{ErrorCode::AlreadyExists, original, QStringLiteral("no name left in the trash")});
 }
@@ -174,39 +227,42 @@ Result<QString> claimName(const Trash &trash, const QString &original, const QSt
 bool hasTrash(const QString &path)
 {
     const auto folder = FileSystem::native().canonicalPath(folderOf(path));
-    return folder && findTrash(*folder, couldBeUsable).has_value();
+    return folder && std::ranges::any_of(
+                         trashPlaces(*folder), [](const TrashPlace &place) { return couldBeUsable(place.folder); });
 }
 
 Result<TrashedItem> moveToTrash(const QString &path)
 {
     const QString name = nameOf(path);
-    const auto node = nodeAt(path);
-    if (!node)
-        return tl::unexpected(node.error());
-    const auto folder = FileSystem::native().canonicalPath(folderOf(path));
-    if (!folder)
-        return tl::unexpected(folder.error());
+    if (const auto named = nodeAt(path); !named)
+        return tl::unexpected(named.error());
     if (!isPlainName(name))
         return tl::unexpected(Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
-    const auto trash = findTrash(*folder, isUsable);
+    const auto canonical = FileSystem::native().canonicalPath(folderOf(path));
+    const auto folder = canonical.and_then([](const QString &real) { return FileSystem::native().openFolder(real); });
+    if (!folder)
+        return tl::unexpected(folder.error());
+    const auto node = (*folder)->node(name);
+    if (!node)
+        return tl::unexpected(node.error());
+    const auto trash = openTrash(*canonical);
     if (!trash)
         return tl::unexpected(Error{ErrorCode::NoTrash, path, trash.error().detail});
 
-    const QString original = inFolder(*folder, name);
+    const QString original = inFolder(*canonical, name);
     QString wanted = name;
     while (true) {
         const auto claimed = claimName(*trash, original, wanted, node->kind);
         if (!claimed)
             return tl::unexpected(claimed.error());
-        const TrashedItem item{original, inFolder(trash->folder, QStringLiteral("files/") + *claimed),
-            inFolder(trash->folder, QStringLiteral("info/%1.trashinfo").arg(*claimed))};
-        const auto moved = FileSystem::native().renameNew(original, item.file);
+        const auto moved = (*folder)->renameNew(name, *trash->files, *claimed);
         if (moved)
-            return item;
-        static_cast<void>(FileSystem::native().remove(item.info));
+            return TrashedItem{
+                original, inFolder(trash->files->path(), *claimed), inFolder(trash->info->path(), infoName(*claimed))};
+        static_cast<void>(trash->info->remove(infoName(*claimed)));
         if (moved.error().code == ErrorCode::Unsupported) // one drive mounted twice: renaming does not reach it
             return tl::unexpected(Error{ErrorCode::NoTrash, path, moved.error().detail});
-        if (moved.error().code != ErrorCode::AlreadyExists || !isTaken(item.file))
+        if (moved.error().code != ErrorCode::AlreadyExists || !trash->files->node(*claimed))
             return tl::unexpected(moved.error());
         wanted = QStringLiteral("%1 %2").arg(name, QString::number(QDateTime::currentMSecsSinceEpoch(), 36));
     }
@@ -214,9 +270,16 @@ Result<TrashedItem> moveToTrash(const QString &path)
 
 Result<void> restoreFromTrash(const TrashedItem &item)
 {
-    auto restored = FileSystem::native().renameNew(item.file, item.original);
-    if (restored)
-        static_cast<void>(FileSystem::native().remove(item.info)); // any desktop removes one that stays
+    FileSystem &system = FileSystem::native();
+    const auto from = placeAt(system, item.file);
+    const auto to = placeAt(system, item.original);
+    if (!from || !to)
+        return tl::unexpected(from ? to.error() : from.error());
+    auto restored = from->folder->renameNew(from->name, *to->folder, to->name);
+    if (!restored)
+        return restored;
+    if (const auto info = placeAt(system, item.info))
+        static_cast<void>(info->folder->remove(info->name)); // any desktop removes one that stays
     return restored;
 }
 

@@ -51,26 +51,44 @@ const id3::Frame *valueFrame(const std::optional<id3::Tag> &tag, FrameKind kind)
 Result<void> TagObject::Link(const QString &path)
 {
     Close();
-    auto file = m_fileSystem.open(path, platform::OpenMode::Read);
+    m_path = path;
+    // Reading is possible where this is not: through a link that belongs to another user.
+    m_held = storage::HeldFile::follow(m_fileSystem, path);
+    Result<void> linked = read();
+    if (!linked)
+        Close();
+    return linked;
+}
+
+Result<void> TagObject::LinkAgain()
+{
+    forget();
+    return read();
+}
+
+Result<std::unique_ptr<platform::File>> TagObject::open()
+{
+    return m_held ? m_held->open(platform::OpenMode::Read) : m_fileSystem.open(m_path, platform::OpenMode::Read);
+}
+
+Result<void> TagObject::read()
+{
+    auto file = open();
     if (!file)
         return tl::unexpected(file.error());
-    auto info = (*file)->info();
-    if (info && storage::mayNeedRecovery(m_fileSystem, *info)) {
-        if (Result<void> recovered = storage::recoverFile(m_fileSystem, path); !recovered)
+    auto info = m_held ? m_held->info() : (*file)->info();
+    if (info && m_held && storage::mayNeedRecovery(m_fileSystem, *info)) {
+        if (Result<void> recovered = storage::recoverFile(m_fileSystem, m_held->place()); !recovered)
             return recovered;
-        file = m_fileSystem.open(path, platform::OpenMode::Read);
-        if (!file)
-            return tl::unexpected(file.error());
         info = (*file)->info();
     }
     if (!info)
         return tl::unexpected(info.error());
-    m_path = path;
     m_file = std::move(*file);
     m_info = *info;
     if (Result<void> parsed = parse(); !parsed) {
-        Close();
-        return tl::unexpected(withPath(parsed.error(), path));
+        forget();
+        return tl::unexpected(withPath(parsed.error(), m_path));
     }
     return {};
 }
@@ -78,6 +96,12 @@ Result<void> TagObject::Link(const QString &path)
 void TagObject::Close()
 {
     m_path.clear();
+    m_held = tl::unexpected(Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no file is linked")});
+    forget();
+}
+
+void TagObject::forget()
+{
     m_file.reset();
     m_info = {};
     m_v2.reset();
@@ -193,43 +217,36 @@ Result<WriteOutcome> TagObject::StripV2Tag(const WriteOptions &options)
     return write(id3::composeStrip(*m_file, m_info.size, m_info.size - (m_v1 ? id3::V1Size : 0)), options);
 }
 
-/// The path of the file itself, every link resolved, if the file may be written. Its content is judged by the handle;
-/// that the path still leads to the same file is checked by rewriteFile.
-Result<QString> TagObject::writtenPath()
+Result<void> TagObject::checkWritable()
 {
-    if (!m_file)
-        return tl::unexpected(Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no file is linked")});
-    Result<QString> path = m_fileSystem.canonicalPath(m_path);
-    if (!path)
-        return path;
-    Result<void> allowed = checkMp3Name(*path);
+    if (!m_file || !m_held)
+        return tl::unexpected(
+            m_held ? Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no file is linked")} : m_held.error());
+    Result<void> allowed = checkMp3Name(m_held->place().path());
     if (allowed && isV2Cut()) // fields may be missing; the user has not seen what would be lost
         allowed = tl::unexpected(Error{ErrorCode::TagTooLarge, {}, {}});
     if (allowed && m_content == Content::Checked) {
         platform::FileSource source(*m_file, m_info.size);
         allowed = checkMp3Content(source);
     }
-    if (!allowed)
-        return tl::unexpected(withPath(allowed.error(), *path));
-    return path;
+    return allowed ? allowed : tl::unexpected(withPath(allowed.error(), m_held->place().path()));
 }
 
 Result<WriteOutcome> TagObject::write(const NewContent &content, const WriteOptions &options)
 {
-    const Result<QString> path = writtenPath();
-    if (!path)
-        return tl::unexpected(path.error());
+    if (const Result<void> allowed = checkWritable(); !allowed)
+        return tl::unexpected(allowed.error());
     if (!content)
         return tl::unexpected(withPath(content.error(), m_path));
     if (!*content)
         return WriteOutcome::Unchanged;
     m_file.reset(); // some file systems of Windows don't replace an open file
-    Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, *path, m_info, **content, options);
+    Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, *m_held, m_info, **content, options);
     if (outcome && *outcome != WriteOutcome::Unchanged) {
-        Close(); // what was parsed is no longer what the file holds
+        forget(); // what was parsed is no longer what the file holds
         return outcome;
     }
-    if (auto reopened = m_fileSystem.open(m_path, platform::OpenMode::Read); reopened)
+    if (auto reopened = open())
         m_file = std::move(*reopened);
     else
         Close();

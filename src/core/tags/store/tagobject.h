@@ -38,6 +38,8 @@ public:
 
     /// Attaches to a file and parses its tags. Errors: NotFound, NotAFile, AccessDenied, Io.
     Result<void> Link(const QString &path);
+    /// Parses the linked file anew, after a save too. ChangedMeanwhile if another file has taken its place.
+    Result<void> LinkAgain();
     void Close();
 
     bool HasV1Tag() const { return m_v1.has_value(); }
@@ -71,11 +73,8 @@ public:
     const std::vector<id3::Frame> &frames() const;
 
     /// Whether the linked file may be written. Errors: NotMp3Name, TagTooLarge, NotMp3Content, and those of
-    /// reading.
-    Result<void> checkWritable()
-    {
-        return writtenPath().map([](const QString &) {});
-    }
+    /// FileSystem::follow and of reading.
+    Result<void> checkWritable();
 
     /// Writes the properties into one tag kind, or removes one: all ID3v2 tags that follow each other at the start of
     /// the file, all ID3v1 tags at its end. Errors: those of checkWritable, BrokenTag, TooLarge, and those of
@@ -90,14 +89,17 @@ private:
     void put(FrameKind kind, const id3::FieldEdit &edit) { m_edits[kind] = edit; }
     const id3::FieldEdit *edit(FrameKind kind) const;
     QString text(FrameKind kind) const;
+    Result<std::unique_ptr<platform::File>> open();
+    Result<void> read();
     Result<void> parse();
-    Result<QString> writtenPath();
+    void forget();
     Result<storage::WriteOutcome> write(
         const Result<std::optional<std::vector<storage::Segment>>> &content, const storage::WriteOptions &options);
 
     platform::FileSystem &m_fileSystem;
     const Content m_content;
     QString m_path;
+    Result<storage::HeldFile> m_held = tl::unexpected(Error());
     std::unique_ptr<platform::File> m_file;
     platform::FileInfo m_info;
     std::optional<id3::Tag> m_v2;

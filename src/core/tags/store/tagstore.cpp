@@ -179,8 +179,13 @@ Result<void> TagStore::SaveTag(const QString &path, const TagRecord &record)
 {
     if (Result<void> space = checkFreeSpace(path); !space)
         return space;
-    for (const QChar kind : kindsOfMode(m_state.tagSaveMode)) {
-        if (Result<WriteOutcome> written = WriteTagKind(path, record, kind); !written)
+    // One file for all passes: nobody can exchange it between them.
+    TagObject object = newObject();
+    const QString kinds = kindsOfMode(m_state.tagSaveMode);
+    for (qsizetype pass = 0; pass < kinds.size(); ++pass) {
+        if (const Result<void> linked = pass == 0 ? object.Link(path) : object.LinkAgain(); !linked)
+            return linked;
+        if (const Result<WriteOutcome> written = writePass(object, record, kinds.at(pass)); !written)
             return tl::unexpected(written.error());
     }
     return {};
@@ -188,21 +193,18 @@ Result<void> TagStore::SaveTag(const QString &path, const TagRecord &record)
 
 Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord &record, QChar kind)
 {
-    const Result<platform::FileInfo> info = m_fileSystem.info(path);
-    if (!info)
-        return tl::unexpected(info.error());
     TagObject object = newObject();
     if (Result<void> linked = object.Link(path); !linked)
         return tl::unexpected(linked.error());
+    return writePass(object, record, kind);
+}
+
+Result<WriteOutcome> TagStore::writePass(TagObject &object, const TagRecord &record, QChar kind) const
+{
     putRecord(object, record);
     WriteOptions options = writeOptions();
     options.readOnlyFile = storage::ReadOnlyFile::MakeWritable;
-    Result<WriteOutcome> written = writeKind(object, kind, options, m_state.options.newTagVersion);
-    if (written && *written != WriteOutcome::Unchanged && info->isReadOnly()) {
-        if (Result<void> restored = m_fileSystem.setPermissions(path, info->permissions); !restored)
-            return tl::unexpected(restored.error());
-    }
-    return written;
+    return writeKind(object, kind, options, m_state.options.newTagVersion);
 }
 
 WriteOptions TagStore::writeOptions() const

@@ -47,6 +47,7 @@ public:
 
 private:
     TagObject newObject() const;
+    Result<storage::WriteOutcome> writePass(TagObject &object, const TagRecord &record, QChar kind) const;
     storage::WriteOptions writeOptions() const;
     Result<void> checkFreeSpace(const QString &path);
 

@@ -6,6 +6,7 @@
 #include "core/files/list/folderreading.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/list/tagcache.h"
+#include "support/filesteps.h"
 #include "support/links.h"
 #include "support/mp3builder.h"
 #include "support/nativepath.h"
@@ -188,8 +189,7 @@ private Q_SLOTS:
         make(QStringLiteral("b.mp3"), "two");
         QTest::qSleep(SettlingTime);
         list();
-        QVERIFY(
-            platform::FileSystem::native().replace(root() + QStringLiteral("b.mp3"), root() + QStringLiteral("a.mp3")));
+        QVERIFY(ravlin::test::replaceFile(root() + QStringLiteral("b.mp3"), root() + QStringLiteral("a.mp3")));
         const Listing listing = list();
         QCOMPARE(listing.rows.size(), size_t{1});
         QCOMPARE(titleOf(listing, QStringLiteral("a.mp3")), QStringLiteral("two"));

@@ -443,7 +443,7 @@ private Q_SLOTS:
 
     void whatAKilledProgramLeftIsCleared()
     {
-        m_folder->write(u".ravlin-0123456789abcdef.tmp"_s, "half");
+        QVERIFY(setPermissions(m_folder->write(u".ravlin-0123456789abcdef.tmp"_s, "half"), 0600));
         serve({.content = Content});
         QVERIFY(downloaded().has_value());
         QCOMPARE(m_folder->names(), QStringList{u"a.zip"_s});

@@ -4,6 +4,7 @@
 
 #include "core/tags/store/tagstore.h"
 #include "support/faultyfilesystem.h"
+#include "support/filesteps.h"
 #include "support/links.h"
 #include "support/mp3builder.h"
 
@@ -113,9 +114,9 @@ private Q_SLOTS:
         for (const int mode : {1, 2, 3, 4, 5}) {
             const QByteArray content = id3v2(3, frames()) + audio() + id3v1({.title = "old"});
             const QString path = freshFile(content);
-            QVERIFY(m_native.setPermissions(path, 0644));
+            QVERIFY(ravlin::test::setPermissions(path, 0644));
             const quint32 writable = permissionsOf(path);
-            QVERIFY(m_native.setPermissions(path, 0444));
+            QVERIFY(ravlin::test::setPermissions(path, 0444));
             FaultyFileSystem faulty;
             faulty.setPlan({.fault = Fault::Fail, .at = 0, .only = Call::Write});
             TagStore store(m_state, faulty);
@@ -132,7 +133,7 @@ private Q_SLOTS:
     {
         const QByteArray content = id3v2(3, frames()) + audio();
         const QString path = freshFile(content);
-        QVERIFY(m_native.setPermissions(path, 0444));
+        QVERIFY(ravlin::test::setPermissions(path, 0444));
         FaultyFileSystem faulty;
         faulty.setPlan({.fault = Fault::Fail, .at = 0, .only = Call::SetPermissions, .code = ErrorCode::AccessDenied});
         TagStore store(m_state, faulty);

@@ -5,6 +5,7 @@
 #include "core/platform/filesystem.h"
 #include "core/tags/record/genres.h"
 #include "core/tags/store/tagstore.h"
+#include "support/filesteps.h"
 #include "support/mp3builder.h"
 
 #include <QTemporaryDir>
@@ -303,13 +304,13 @@ private Q_SLOTS:
         for (const QByteArray &content :
             {audio(), id3v2(3, textFrame(3, "TIT2", QStringLiteral("x")), {.padding = 500}) + audio()}) {
             const QString path = file(content);
-            QVERIFY(platform::FileSystem::native().setPermissions(path, 0444));
+            QVERIFY(ravlin::test::setPermissions(path, 0444));
             for (const int mode : {1, 2, 3, 4, 5}) {
                 saved(path, fullRecord(), mode);
                 QCOMPARE(platform::FileSystem::native().info(path)->permissions, 0444U);
             }
             QCOMPARE(read(path).Title, QStringLiteral("Canción"));
-            QVERIFY(platform::FileSystem::native().remove(path));
+            QVERIFY(ravlin::test::removeFile(path));
         }
     }
 
@@ -318,11 +319,11 @@ private Q_SLOTS:
         const QByteArray content =
             id3v2(3, textFrame(3, "TIT2", QStringLiteral("x"))) + audio() + id3v1({.title = "x"});
         const QString path = file(content);
-        QVERIFY(platform::FileSystem::native().setPermissions(path, 0444));
+        QVERIFY(ravlin::test::setPermissions(path, 0444));
         QCOMPARE(m_store.RemoveV1(path).error().code, ErrorCode::ReadOnly);
         QCOMPARE(m_store.RemoveV2(path).error().code, ErrorCode::ReadOnly);
         QCOMPARE(readFile(path), content);
-        QVERIFY(platform::FileSystem::native().remove(path));
+        QVERIFY(ravlin::test::removeFile(path));
     }
 
     void stripTakesOneKindOnly()
