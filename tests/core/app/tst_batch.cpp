@@ -71,6 +71,23 @@ private Q_SLOTS:
         QCOMPARE(progress.events, (QStringList{u"advance c"_s, u"advance a"_s}));
     }
 
+    void aRefusedFileEndsNoRun()
+    {
+        for (const ErrorCode code : {ErrorCode::NotMp3Name, ErrorCode::NotMp3Content}) {
+            Recorder progress;
+            const auto work = [code](const QString &path) -> Result<void> {
+                if (path == u"a")
+                    return tl::unexpected(failure(code, path));
+                return {};
+            };
+            const BatchOutcome outcome = runBatch(m_paths, ProgramState(), progress, work, TagWritingPolicy);
+            QCOMPARE(outcome.outcome(1), RowOutcome::Failed);
+            QCOMPARE(outcome.error(1)->code, code);
+            QCOMPARE(outcome.outcome(2), RowOutcome::Done);
+            QVERIFY(outcome.hasError(code));
+        }
+    }
+
     void aRowThatFailsIsPassedOverWhereRowsAreMattersOfTheirOwn()
     {
         Recorder progress;

@@ -177,6 +177,26 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(m_folder.filePath(row.name)));
     }
 
+    void whatIsNotNamedLikeMusicIsRefused()
+    {
+        TagRecord record;
+        record.Artist = u"A"_s;
+        record.Title = u"T"_s;
+        const QString song = file(u"song.mp3"_s, record);
+        for (const QString &name : {u"cover.jpg"_s, u"song"_s, u"song.mp3.bak"_s}) {
+            const QString path = native(m_folder.filePath(name));
+            QVERIFY(QFile::copy(song, path));
+            for (const int mode : {0, 1, 2, 3}) {
+                const PreviewRow row = previewRenaming(path, {mode, u"%3"_s, {}, {}}, m_store);
+                QVERIFY(row.problem);
+                QCOMPARE(row.problem->code, ErrorCode::NotMp3Name);
+                QCOMPARE(row.name, name);
+                QVERIFY(row.isUntouched);
+            }
+            QVERIFY(QFile::remove(path));
+        }
+    }
+
     void renamingTellsWhichNamesStay()
     {
         const PreviewRow row = previewRenaming(file(u"stays.mp3"_s, {}), {1, {}, {}, {}}, m_store);

@@ -24,6 +24,7 @@ private Q_SLOTS:
     void lengthIsThatOfTheSystem();
     void numbersComeBeforeTheExtension();
     void numberedNamesFit();
+    void namesOfMusic();
     void neverHalfACharacter();
     void bytesThatJoin();
 };
@@ -158,6 +159,14 @@ void TestNameCheck::bytesThatJoin()
         apart += decodePath(&byte, 1);
     QCOMPARE(checked(apart), QByteArray("a"));
     QCOMPARE(checked(name("caf\xE9\x01")), QByteArray("caf\xE9.mp3"));
+}
+
+void TestNameCheck::namesOfMusic()
+{
+    for (const QString &name : {u"a.mp3"_s, u"A.MP3"_s, u"a.b.Mp3"_s, u".mp3"_s, u"music/a.mP3"_s})
+        QVERIFY2(isMp3Name(name), qPrintable(name));
+    for (const QString &name : {u""_s, u"mp3"_s, u"a.mp3 "_s, u"a.mp3.txt"_s, u"a.mp"_s, u"a.mp33"_s, u"a.mp3/"_s})
+        QVERIFY2(!isMp3Name(name), qPrintable(name));
 }
 
 QTEST_GUILESS_MAIN(TestNameCheck)

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <numbers>
 
 using namespace ravlin;
 using namespace ravlin::test;
@@ -108,7 +109,7 @@ QByteArray tone()
 {
     QByteArray bytes;
     for (int i = 0; i < 44100; ++i)
-        bytes += littleEndian(quint32(std::lround(100 * std::sin(i * 440 * 2 * M_PI / 44100))), 2);
+        bytes += littleEndian(quint32(std::lround(100 * std::sin(i * 440 * 2 * std::numbers::pi / 44100))), 2);
     return bytes;
 }
 
@@ -290,9 +291,10 @@ private Q_SLOTS:
         CountedSource text(Text, Size, '\n');
         QVERIFY(!checkMp3Content(text));
         QVERIFY2(text.bytesRead < 2 * MiB, qPrintable(QString::number(text.bytesRead)));
-        CountedSource tags(QByteArray("ID3\3\0\0\0\0\0\0", 10).repeated(1000), Size, '\0');
+        const QByteArray tag = QByteArray("ID3\3\0\0\0\0\x27\x0A", 10) + QByteArray(5002, '\0');
+        CountedSource tags(tag.repeated(1000), Size, '\0');
         QVERIFY(checkMp3Content(tags));
-        QVERIFY2(tags.reads < 10, qPrintable(QString::number(tags.reads)));
+        QVERIFY2(tags.reads < 100, qPrintable(QString::number(tags.reads)));
         CountedSource chunks(riff("WAVE", chunk("LIST", noise(50000)).repeated(1000)), Size, '\0');
         QVERIFY(!checkMp3Content(chunks));
         QVERIFY2(chunks.bytesRead < 2 * MiB, qPrintable(QString::number(chunks.bytesRead)));
