@@ -92,6 +92,11 @@ class BombTest(CliTest):
                 self.assertEqual(self.read(path), hostile)
                 self.assertFalse(os.path.exists(other) and self.read(other) == usual)
 
+    def test_a_refused_song_keeps_its_number(self):
+        paths = [self.make("1.mp3", mp3()), self.make("2.mp3", bomb()), self.make("3.mp3", mp3())]
+        self.fail_with(1, "multi", "--track", "1", *paths)
+        self.assertEqual([self.show(paths[0])["track"], self.show(paths[2])["track"]], ["1", "3"])
+
     def test_memory_stays_within_bounds(self):
         ordinary = self.make("plain/a.mp3", mp3(id3v2(TIT2="Title")))
         usual = max(self.peak_of("list", os.path.dirname(ordinary)), self.peak_of("show", ordinary))

@@ -64,7 +64,7 @@ void MultiEdit::applyBoxes(TagRecord &record, qint64 track) const
 Result<TagRecord> MultiEdit::prepare(const QString &path, const TagStore &store)
 {
     Result<TagRecord> record = store.readForSaving(path);
-    if (!record && isRefusal(record.error().code))
+    if (!record && isRefusal(record.error().code) && record.error().code != ErrorCode::TagTooLarge)
         return record; // it is no song, so the next one gets the number
     const qint64 track = m_nextTrack++;
     if (!record)

@@ -44,7 +44,7 @@ public:
     explicit MultiEdit(MultiEditPage page);
 
     /// The next file's tag as the run would save it. Fails if the tag cannot be read or may not be written: the boxes
-    /// then stay as they are, but a file that cannot be read uses up its track number.
+    /// then stay as they are, but a song that fails uses up its track number.
     Result<TagRecord> prepare(const QString &path, const TagStore &store);
     /// Also saves it. Returns what was saved, or the errors of TagStore::SaveTag.
     Result<TagRecord> edit(const QString &path, TagStore &store);

@@ -3,7 +3,7 @@
 
 #include "core/app/batch.h"
 #include "core/app/idiomas.h"
-#include "core/files/list/listcolumns.h"
+#include "core/app/showntext.h"
 #include "core/platform/path.h"
 #include "ui/controls/plain/plainlabel.h"
 
@@ -63,7 +63,7 @@ void tellRefused(const Captions &captions, const QStringList &paths, const Batch
     for (qsizetype row = 0; row < outcome.takenCount(); ++row) {
         const Error *error = outcome.error(row);
         if (error != nullptr && isRefusal(error->code))
-            lines << shownName(platform::nameOf(paths[row])) + QStringLiteral(": ") + captions.errorText(error->code);
+            lines << shownLine(platform::nameOf(paths[row])) + QStringLiteral(": ") + captions.errorText(error->code);
     }
     if (lines.isEmpty())
         return;
