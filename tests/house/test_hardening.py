@@ -60,12 +60,13 @@ class HardeningTest(unittest.TestCase):
             self.assertIn("GNU_RELRO", segments)
             self.assertRegex(segments, r"GNU_STACK +\S+ \S+ \S+ \S+ \S+ RW ")
 
-    def test_the_programs_call_checked_functions(self):
+    # Checked functions of the C library (_chk) can't be asked for here: nearly all our memory is behind containers, whose
+    # sizes the compiler does not know at the call.
+    def test_the_programs_check_the_stack_and_the_containers(self):
         for program in self.programs():
             symbols = output("nm", "--dynamic", "--undefined-only", program)
             self.assertIn("__stack_chk_fail", symbols)
             self.assertIn("__glibcxx_assert_fail", symbols)
-            self.assertRegex(symbols, r"__(mem(cpy|move|set)|pread|read|realpath|readlink(at)?|poll)_chk")
 
     def test_every_source_is_compiled_with_the_checks(self):
         commands = self.compile_commands()
@@ -93,8 +94,8 @@ class HardeningTest(unittest.TestCase):
             subprocess.run([compiler, *flags, "-c", str(source), "-o", made], check=True)
             calls = re.findall(r"__memcpy_chk|__glibcxx_assert_fail|__stack_chk_fail", output("readelf", "-rW", made))
         self.assertEqual(calls.count("__memcpy_chk"), 2)
-        self.assertIn("__glibcxx_assert_fail"[:17], " ".join(calls))
-        self.assertIn("__stack_chk_fail"[:15], " ".join(calls))
+        self.assertIn("__glibcxx_assert_fail", calls)
+        self.assertIn("__stack_chk_fail", calls)
 
 
 class InstallerTest(unittest.TestCase):
