@@ -6,6 +6,7 @@
 #include "core/files/operations/fileoperations.h"
 #include "core/files/operations/undo.h"
 #include "core/files/renaming/renamefromtags.h"
+#include "core/platform/fileio.h"
 #include "core/platform/scratchfolder.h"
 #include "core/tags/store/tagstore.h"
 #include "support/filetree.h"
@@ -30,18 +31,29 @@ platform::FileSystem &files()
     return platform::FileSystem::native();
 }
 
+bool create(const QString &path)
+{
+    const auto place = platform::placeAt(files(), path);
+    return place && place->folder->createNew(place->name);
+}
+
+bool setPermissions(const QString &path, quint32 permissions)
+{
+    return files().open(path, platform::OpenMode::Read).value()->setPermissions(permissions).has_value();
+}
+
 /// A file in the root of drive C:, removed on destruction.
 class FileInRoot
 {
 public:
     FileInRoot() : m_name(QUuid::createUuid().toString(QUuid::WithoutBraces) + u".mp3"_s)
     {
-        m_isThere = files().createNew(path()).has_value();
+        m_isThere = create(path());
     }
     ~FileInRoot()
     {
         if (m_isThere)
-            std::ignore = files().remove(path());
+            std::ignore = platform::placeAt(files(), path()).value().folder->remove(m_name);
     }
     FileInRoot(const FileInRoot &) = delete;
     FileInRoot &operator=(const FileInRoot &) = delete;
@@ -242,7 +254,7 @@ private Q_SLOTS:
         const test::ScratchFolder scratch;
         scratch.write(u"song.mp3"_s, "another");
         for (const QString &name : {u"song.mp3."_s, u"song.mp3 "_s}) {
-            QVERIFY(files().createNew(scratch.path(name)));
+            QVERIFY(create(scratch.path(name)));
             QCOMPARE(platform::moveToTrash(scratch.path(name)).error().code, ErrorCode::NoTrash);
             // Instead the user is asked whether to delete it for good.
             Host host;
@@ -267,7 +279,7 @@ private Q_SLOTS:
             QVERIFY(files().createFolder(folder));
         }
         const QString path = platform::inFolder(folder, u"a.mp3"_s);
-        QVERIFY(files().createNew(path));
+        QVERIFY(create(path));
         QCOMPARE(platform::moveToTrash(path).error().code, ErrorCode::NoTrash);
         QVERIFY(files().info(path));
         QVERIFY(deleteForGood(files(), {platform::inFolder(scratch.path(), QString(60, u'l'))}).failures.empty());
@@ -284,7 +296,7 @@ private Q_SLOTS:
         const QString song = scratch.path(u"cd/a.mp3"_s);
         constexpr qint64 Modified = 1'000'000'000'123'456'700;
         QVERIFY(files().open(song, platform::OpenMode::ReadWrite).value()->setModified(Modified));
-        QVERIFY(files().setPermissions(song, 0444));
+        QVERIFY(setPermissions(song, 0444));
         const auto plan = makeTransferPlan(files(), {TransferKind::Move, {scratch.path(u"cd"_s)}, other.path()});
         UndoHistory history;
         history.addTransfer(TransferKind::Move, runTransfer(files(), *plan));
@@ -296,7 +308,7 @@ private Q_SLOTS:
         QCOMPARE(
             test::snapshotOf(scratch.path()), (test::Snapshot{{u"cd"_s, "folder"}, {u"cd/a.mp3"_s, "file content"}}));
         QVERIFY(test::infoOf(song).isReadOnly());
-        QVERIFY(files().setPermissions(song, 0666)); // or the folder could not be removed
+        QVERIFY(setPermissions(song, 0666)); // or the folder could not be removed
     }
 };
 

@@ -2,6 +2,7 @@
 #include "core/files/list/foldermodel.h"
 #include "core/files/operations/playlist.h"
 #include "core/platform/desktop.h"
+#include "core/platform/fileio.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
 #include "core/platform/scratchfolder.h"
@@ -41,6 +42,27 @@ class TestWindowsSystem : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void librariesComeFromTheSystemAndTheProgramsFolderOnly()
+    {
+        const ScratchFolder scratch;
+        const QString library = QDir::toNativeSeparators(scratch.path(u"planted.dll"_s));
+        QVERIFY(QFile::copy(inFolder(systemFolder(), u"version.dll"_s), library));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(scratch.path()));
+        const HMODULE found = ::LoadLibraryW(L"planted.dll");
+        QVERIFY(found != nullptr); // as the system does by itself
+        ::FreeLibrary(found);
+        restrictLibrarySearch();
+        QVERIFY(::LoadLibraryW(L"planted.dll") == nullptr);
+        const HMODULE system = ::LoadLibraryW(L"version.dll");
+        QVERIFY(system != nullptr);
+        ::FreeLibrary(system);
+        const HMODULE named = ::LoadLibraryW(library.toStdWString().c_str()); // as Qt loads its plugins
+        QVERIFY(named != nullptr);
+        ::FreeLibrary(named);
+        QVERIFY(QDir::setCurrent(before));
+    }
+
     void whatGoesIntoTheRecycleBinIsGoneFromItsFolder()
     {
         const ScratchFolder scratch;
@@ -84,7 +106,8 @@ private Q_SLOTS:
         for (const QString &path : {inFolder(folder, name), inFolder(folder, other)}) {
             if (folderOf(path) != folder)
                 QVERIFY(fileSystem.createFolder(folderOf(path)));
-            QVERIFY(fileSystem.createNew(path));
+            const auto place = placeAt(fileSystem, path);
+            QVERIFY(place && place->folder->createNew(place->name));
         }
 
         const auto item = moveToTrash(inFolder(folder, name));

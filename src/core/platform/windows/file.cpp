@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/windows/file.h"
 
+#include "core/platform/windows/relative.h"
+
 #include <algorithm>
 
 #include <winioctl.h>
@@ -104,15 +106,51 @@ Result<qint64> WindowsFile::copyFrom(File &source, qint64 sourceOffset, qint64 o
     return writeAt({buffer.get(), static_cast<size_t>(*got)}, offset);
 }
 
-Result<void> WindowsFile::takeMetadata(File &source)
+/// The other file's handle; none for a file of another kind, which then gives nothing.
+HANDLE WindowsFile::handleOf(File &file)
+{
+    const auto *const native = dynamic_cast<WindowsFile *>(&file);
+    return native == nullptr ? nullptr : native->m_handle.get();
+}
+
+Result<void> WindowsFile::takeAttributes(File &source)
 {
     m_atOpening.reset();
-    const auto *const native = dynamic_cast<WindowsFile *>(&source);
-    if (native == nullptr)
-        return systemError(ERROR_INVALID_PARAMETER, m_path, "takeMetadata");
-    return copyStreams(native->m_path, m_path)
-        .and_then([&] { return copyAccessList(native->m_handle.get(), m_handle.get(), m_path); })
-        .and_then([&] { return copyBasics(native->m_handle.get(), m_handle.get(), TakeTimes::Creation, m_path); });
+    const HANDLE from = handleOf(source);
+    return checkEncryption(from, m_handle.get(), m_path).and_then([&] {
+        return copyStreams(from, m_handle.get(), m_path);
+    });
+}
+
+Result<void> WindowsFile::takePermissions(File &source)
+{
+    m_atOpening.reset();
+    const HANDLE from = handleOf(source);
+    return copyAccessList(from, m_handle.get(), m_path).and_then([&] {
+        return copyBasics(from, m_handle.get(), TakeTimes::Creation, m_path);
+    });
+}
+
+void WindowsFile::takeTimes(File &source)
+{
+    m_atOpening.reset();
+    FILE_BASIC_INFO wanted{};
+    if (!::GetFileInformationByHandleEx(handleOf(source), FileBasicInfo, &wanted, sizeof wanted))
+        return;
+    wanted.ChangeTime.QuadPart = 0; // zero leaves a time or the attributes as they are
+    wanted.FileAttributes = 0;
+    ::SetFileInformationByHandle(m_handle.get(), FileBasicInfo, &wanted, sizeof wanted);
+}
+
+Result<void> WindowsFile::setPermissions(quint32 permissions)
+{
+    constexpr quint32 OwnerMayWrite = 0200;
+    m_atOpening.reset();
+    // This one may be open for reading only.
+    const Handle changed = openIn(m_handle.get(), {}, {FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES});
+    if (!changed || !setReadOnly(changed.get(), (permissions & OwnerMayWrite) == 0))
+        return lastError(m_path, "SetFileInformationByHandle");
+    return {};
 }
 
 Result<void> WindowsFile::setModified(qint64 nanoseconds)
@@ -123,6 +161,17 @@ Result<void> WindowsFile::setModified(qint64 nanoseconds)
     if (!::SetFileInformationByHandle(m_handle.get(), FileBasicInfo, &basic, sizeof basic))
         return lastError(m_path, "SetFileInformationByHandle");
     return {};
+}
+
+void WindowsFile::forgetCached()
+{
+    // Opening a file without buffering makes the system write and drop what the cache has of it.
+    openIn(m_handle.get(), {}, {GENERIC_READ, FILE_NO_INTERMEDIATE_BUFFERING});
+}
+
+Result<bool> WindowsFile::isPrivate()
+{
+    return isPrivateFile(m_handle.get(), m_path);
 }
 
 Result<bool> WindowsFile::tryLock()
@@ -138,17 +187,12 @@ Result<bool> WindowsFile::tryLock()
     return systemError(number, m_path, "LockFileEx");
 }
 
-Result<std::unique_ptr<File>> openPlainFile(const QString &path, OpenMode mode, LinkAtEnd link)
+Result<std::unique_ptr<File>> openPlainFile(const QString &path, OpenMode mode)
 {
     const NativePath native(path);
     if (!native.isValid())
         return systemError(ERROR_INVALID_NAME, path, "CreateFileW");
     const DWORD access = mode == OpenMode::Read ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
-    if (link == LinkAtEnd::Refuse) {
-        const Handle looked = openExisting(native, FILE_READ_ATTRIBUTES, FILE_FLAG_OPEN_REPARSE_POINT);
-        if (looked && isLink(looked.get()))
-            return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("a link")});
-    }
     Handle handle = openExisting(native, access);
     if (!handle) {
         const DWORD number = ::GetLastError();
@@ -159,6 +203,11 @@ Result<std::unique_ptr<File>> openPlainFile(const QString &path, OpenMode mode, 
             return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a plain file")});
         return systemError(number, path, "CreateFileW");
     }
+    return fileBehind(std::move(handle), path);
+}
+
+Result<std::unique_ptr<File>> fileBehind(Handle handle, const QString &path)
+{
     const auto info = infoOf(handle.get(), path);
     if (!info || !info->isFile)
         return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("not a plain file")});

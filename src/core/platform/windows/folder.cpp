@@ -117,34 +117,4 @@ std::pair<quint64, quint64> Folder::identity() const
     return m_native->identity;
 }
 
-FolderLock::~FolderLock()
-{
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): the header holds it as a number, to be the same on every system.
-    ::CloseHandle(reinterpret_cast<HANDLE>(m_handle));
-}
-
-/// The lock is a named object, which vanishes with the last handle to it. The system locks ranges of files only, and
-/// holding a folder open in a way that others notice would keep its owner from renaming it as well.
-std::unique_ptr<FolderLock> lockFolder(const QString &path)
-{
-    const NativePath native(path);
-    if (!native.isValid())
-        return nullptr;
-    const Handle folder = openExisting(native, FILE_READ_ATTRIBUTES, FILE_FLAG_OPEN_REPARSE_POINT);
-    if (!folder || isLink(folder.get()))
-        return nullptr;
-    const auto info = infoOf(folder.get(), path);
-    if (!info || !info->isFolder)
-        return nullptr;
-    constexpr int Hex = 16;
-    const QString name =
-        QStringLiteral("Global\\ravlin-folder-%1-%2").arg(info->device, 0, Hex).arg(info->inode, 0, Hex);
-    HANDLE object = ::CreateEventW(nullptr, TRUE, FALSE, name.toStdWString().c_str());
-    const bool isFirst = ::GetLastError() != ERROR_ALREADY_EXISTS;
-    if (object == nullptr)
-        return nullptr;
-    auto lock = std::make_unique<FolderLock>(reinterpret_cast<qintptr>(object));
-    return isFirst ? std::move(lock) : nullptr;
-}
-
 } // namespace ravlin::platform

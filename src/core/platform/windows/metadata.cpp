@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/windows/file.h"
+#include "core/platform/windows/relative.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace ravlin::platform {
@@ -17,30 +19,33 @@ bool isDamage(DWORD number)
 }
 
 /// The names of the streams beside the content, as ":name:$DATA"; none if the file system has no streams.
-std::vector<QString> streamNames(const NativePath &path)
+std::vector<QString> streamNames(HANDLE handle)
 {
+    constexpr size_t MostBytes = 1024 * 1024; // more names than any file system keeps for a file
+    std::vector<std::byte> buffer(MostBytes);
     std::vector<QString> names;
-    WIN32_FIND_STREAM_DATA found{};
-    HANDLE search = ::FindFirstStreamW(path.text(), FindStreamInfoStandard, &found, 0);
-    if (search == INVALID_HANDLE_VALUE)
+    if (!::GetFileInformationByHandleEx(handle, FileStreamInfo, buffer.data(), MostBytes))
         return names;
-    do {
-        const QString name = fromWide(found.cStreamName);
-        if (name != QStringLiteral("::$DATA"))
+    const std::byte *at = buffer.data();
+    while (true) {
+        const auto *const entry = reinterpret_cast<const FILE_STREAM_INFO *>(at);
+        const auto length = static_cast<qsizetype>(entry->StreamNameLength / sizeof(wchar_t));
+        const QString name = QString::fromWCharArray(static_cast<const wchar_t *>(entry->StreamName), length);
+        if (name.startsWith(u':') && name != QStringLiteral("::$DATA"))
             names.push_back(name);
-    } while (::FindNextStreamW(search, &found) != 0);
-    ::FindClose(search);
-    return names;
+        if (entry->NextEntryOffset == 0)
+            return names;
+        at += entry->NextEntryOffset;
+    }
 }
 
 /// Returns the number of the error, 0 for success.
-DWORD copyStream(const NativePath &from, const NativePath &to)
+DWORD copyStream(HANDLE from, HANDLE to, const QString &name)
 {
-    const Handle source = openExisting(from, GENERIC_READ);
+    const Handle source = openIn(from, name, {GENERIC_READ});
     if (!source)
         return 0; // removed meanwhile, or not for us to read
-    const Handle target(
-        ::CreateFileW(to.text(), GENERIC_WRITE, ShareAll, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const Handle target = openIn(to, name, {GENERIC_WRITE, FILE_NON_DIRECTORY_FILE, FILE_OVERWRITE_IF});
     if (!target)
         return ::GetLastError();
     constexpr DWORD ChunkSize = 64 * 1024;
@@ -63,13 +68,61 @@ bool isEncrypted(HANDLE handle)
            (basic.FileAttributes & FILE_ATTRIBUTE_ENCRYPTED) != 0;
 }
 
+/// Whether an account is the one that owns what this process creates: the user, or for an administrator perhaps their
+/// group.
+bool isOwn(PSID account)
+{
+    HANDLE opened = nullptr;
+    if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &opened))
+        return false;
+    const Handle token(opened);
+    constexpr DWORD MostBytes = 1024;
+    alignas(std::max_align_t) std::byte buffer[MostBytes];
+    DWORD size = 0;
+    if (::GetTokenInformation(token.get(), TokenUser, buffer, MostBytes, &size) &&
+        ::EqualSid(account, reinterpret_cast<const TOKEN_USER *>(buffer)->User.Sid))
+        return true;
+    return ::GetTokenInformation(token.get(), TokenOwner, buffer, MostBytes, &size) &&
+           ::EqualSid(account, reinterpret_cast<const TOKEN_OWNER *>(buffer)->Owner);
+}
+
+bool keepsOwners(HANDLE handle)
+{
+    DWORD flags = 0;
+    return ::GetVolumeInformationByHandleW(handle, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) != 0 &&
+           (flags & FILE_PERSISTENT_ACLS) != 0;
+}
+
 } // namespace
+
+Result<bool> isPrivateFile(HANDLE handle, const QString &path)
+{
+    const auto info = infoOf(handle, path);
+    if (!info)
+        return tl::unexpected(info.error());
+    if (!info->isFile || info->linkCount != 1 || !keepsOwners(handle))
+        return false;
+    DWORD size = 0;
+    ::GetKernelObjectSecurity(handle, OWNER_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<std::byte> descriptor(size);
+    PSID owner = nullptr;
+    BOOL isDefault = FALSE;
+    return size != 0 &&
+           ::GetKernelObjectSecurity(handle, OWNER_SECURITY_INFORMATION, descriptor.data(), size, &size) != 0 &&
+           ::GetSecurityDescriptorOwner(descriptor.data(), &owner, &isDefault) != 0 && owner != nullptr && isOwn(owner);
+}
+
+Result<void> checkEncryption(HANDLE from, HANDLE to, const QString &path)
+{
+    if (isEncrypted(from) && !isEncrypted(to))
+        return systemError(ERROR_ACCESS_DENIED, path, "taking over the encryption");
+    return {};
+}
 
 Result<void> copyBasics(HANDLE from, HANDLE to, TakeTimes times, const QString &path)
 {
-    // A file that its owner has encrypted must not end up on the disk for everyone to read.
-    if (isEncrypted(from) && !isEncrypted(to))
-        return systemError(ERROR_ACCESS_DENIED, path, "taking over the encryption");
+    if (auto checked = checkEncryption(from, to, path); !checked)
+        return checked;
     FILE_BASIC_INFO wanted{};
     FILE_BASIC_INFO present{};
     if (!::GetFileInformationByHandleEx(from, FileBasicInfo, &wanted, sizeof wanted) ||
@@ -89,15 +142,12 @@ Result<void> copyBasics(HANDLE from, HANDLE to, TakeTimes times, const QString &
     return {};
 }
 
-Result<void> copyStreams(const QString &from, const QString &to)
+Result<void> copyStreams(HANDLE from, HANDLE to, const QString &path)
 {
-    const NativePath source(from);
-    if (!source.isValid())
-        return systemError(ERROR_INVALID_NAME, from, "FindFirstStreamW");
-    for (const QString &name : streamNames(source)) {
-        const DWORD number = copyStream(NativePath(from + name), NativePath(to + name));
+    for (const QString &name : streamNames(from)) {
+        const DWORD number = copyStream(from, to, name);
         if (isDamage(number))
-            return systemError(number, to, "copying a stream");
+            return systemError(number, path, "copying a stream");
     }
     return {};
 }

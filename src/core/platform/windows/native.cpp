@@ -173,4 +173,15 @@ bool isLink(HANDLE handle)
            (info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(info.ReparseTag);
 }
 
+Result<Node> nodeOf(HANDLE handle, const QString &path)
+{
+    return infoOf(handle, path).map([&](const FileInfo &info) {
+        const NodeKind kind = isLink(handle)  ? NodeKind::Link
+                              : info.isFolder ? NodeKind::Folder
+                              : info.isFile   ? NodeKind::File
+                                              : NodeKind::Other;
+        return Node{kind, info};
+    });
+}
+
 } // namespace ravlin::platform

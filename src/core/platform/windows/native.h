@@ -46,7 +46,11 @@ public:
             ::CloseHandle(m_handle);
     }
     Handle(Handle &&other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
-    Handle &operator=(Handle &&) = delete;
+    Handle &operator=(Handle &&other) noexcept
+    {
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
     Handle(const Handle &) = delete;
     Handle &operator=(const Handle &) = delete;
 
@@ -76,6 +80,9 @@ Result<FileInfo> infoOf(HANDLE handle, const QString &path);
 /// Whether it stands for another place: a symbolic link, or a folder that a drive or another folder is mounted on. A
 /// file whose content is in a cloud store is not such a link.
 bool isLink(HANDLE handle);
+
+/// What an open name stands for; opened as a link itself if it is one.
+Result<Node> nodeOf(HANDLE handle, const QString &path);
 
 /// Repeats a call a few times while the file is in use by somebody: virus scanners and indexers open what has just been
 /// written for some milliseconds. The call returns whether it succeeded.

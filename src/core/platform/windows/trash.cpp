@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/platform/trash.h"
 
+#include "core/platform/fileio.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
 #include "core/platform/windows/native.h"
@@ -234,9 +235,12 @@ Result<void> restoreFromTrash(const TrashedItem &item)
     if (item.file.isEmpty())
         return tl::unexpected(
             Error{ErrorCode::Unsupported, item.original, QStringLiteral("only the shell knows where it is")});
-    auto restored = FileSystem::native().renameNew(item.file, item.original);
-    if (restored && !item.info.isEmpty())
-        static_cast<void>(FileSystem::native().remove(item.info)); // the shell removes one that stays
+    FileSystem &system = FileSystem::native();
+    auto restored = system.renameNew(item.file, item.original);
+    if (!restored || item.info.isEmpty())
+        return restored;
+    if (const auto info = placeAt(system, item.info))
+        static_cast<void>(info->folder->remove(info->name)); // the shell removes one that stays
     return restored;
 }
 
