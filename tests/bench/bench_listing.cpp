@@ -6,6 +6,7 @@
 
 #include "core/files/list/folderscan.h"
 #include "core/platform/folder.h"
+#include "core/tags/id3/id3v2.h"
 #include "core/tags/store/listreader.h"
 #include "core/tags/store/tagstore.h"
 #include "support/tagbombs.h"
@@ -13,6 +14,7 @@
 #include <benchmark/benchmark.h>
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <fcntl.h>
