@@ -270,6 +270,31 @@ const char *b = R"x(
                                 text=True, check=False)
         self.assertEqual(result.returncode, 2)
 
+    def test_acting_by_a_path_is_for_the_files_that_implement_it(self):
+        calls = ["::chmod(p, 0600);", "chown(p, 1, 1);", "::lchown(p, 1, 1);", "::utimensat(AT_FDCWD, p, t, 0);", "utimes(p, t);",
+                 "auto *d = ::opendir(p);", "::unlink(p);", "::rmdir(p);", "::remove(p);", "::rename(p, q);", "std::rename(p, q);",
+                 "std::remove(p);", "std::filesystem::remove_all(p);", "QFile::remove(p);", "QFile::rename(p, q);",
+                 "QFile file(p);", "QFile::setPermissions(p, x);", "QFile::copy(p, q);", "QSaveFile file(p);", "QDir(p).rmdir(q);",
+                 "QDir().remove(q);", "QDir().rename(p, q);", "folder.removeRecursively();", "folder.rmpath(p);",
+                 "QTemporaryDir dir;", "DeleteFileW(p);", "MoveFileExW(p, q, 0);", "SetFileAttributesW(p, 0);"]
+        text = "\n".join(calls) + "\n"
+        refused = self.source / "core/storage/write.cpp"
+        self.put(refused, text)
+        lines = self.check().stderr.splitlines()
+        self.assertEqual(list(dict.fromkeys(line.split(": error:")[0] for line in lines)),
+                         ["%s:%d" % (refused, number) for number in range(1, len(calls) + 1)])
+        self.assertTrue(all(line.endswith("[path]") for line in lines), lines)
+        refused.unlink()
+        self.put(self.source / "core/platform/posix/heldfolder.cpp", text)
+        self.assert_accepted()
+
+    def test_steps_of_a_held_folder_and_reading_are_accepted(self):
+        self.put(self.source / "core/storage/write.cpp",
+                 "#include <QFile>\n// ::unlink(p) would go by a path\nvoid f()\n{\n    folder->remove(name);\n    list.remove(1);\n"
+                 "    file->setPermissions(0600);\n    rename(row, path);\n    Runner::rename(item);\n    ::unlinkat(d, n, 0);\n"
+                 "    ::fchmod(d, 0600);\n    QFile::exists(path);\n    QDir(path).exists();\n    m_files.removeFolder(name);\n}\n")
+        self.assert_accepted()
+
 
 if __name__ == "__main__":
     unittest.main()
