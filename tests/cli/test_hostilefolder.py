@@ -140,7 +140,7 @@ class HostileFolder(clitest.CliTest):
         if kind == 0:
             os.symlink(self.outside + b"/" + self.victim(dice), path)
         elif kind == 1:
-            os.link(self.outside + b"/" + dice.choice([b"run.sh", b".profile", b"data"]), path)
+            os.link(self.outside + b"/" + dice.choice([b".profile", b"data"]), path)
         elif kind == 2:
             os.mkdir(path)
             os.symlink(self.outside + b"/private", path + b"/in")
@@ -168,8 +168,8 @@ class HostileFolder(clitest.CliTest):
             self.put(name, content(dice), dice.choice([0o644, 0o444, 0o600]))
         elif kind == 6:
             os.symlink(os.path.relpath(self.outside, folder) + b"/" + self.victim(dice), name)
-        elif kind == 7:
-            os.link(self.outside + b"/" + dice.choice([b"run.sh", b".profile", b"cover.png", b"film.m4a"]), name)
+        elif kind == 7:  # not to run.sh: with a redo file beside it nobody could tell it from an interrupted save
+            os.link(self.outside + b"/" + dice.choice([b".profile", b"cover.png", b"film.m4a"]), name)
         elif kind == 8:
             os.mkfifo(name)
         elif kind == 9:

@@ -2,9 +2,9 @@
 // Any command over any folder: nothing outside the folder changes, and inside it no file that is neither an MP3 file, a
 // playlist nor named like a leftover of ours.
 //
-// An input is one byte for the command, one for its options, and then the folder's entries: a byte for the kind, one for
-// the stem and one for the suffix of the name, one for what it leads to or holds, and for a kind with content one byte of
-// length and that many bytes.
+// An input is one byte for the command, one for its options, and then the folder's entries: a byte for the kind, one
+// for the stem and one for the suffix of the name, one for what it leads to or holds, and for a kind with content one
+// byte of length and that many bytes.
 #include "cli/command.h"
 #include "core/platform/path.h"
 #include "core/storage/leftovers.h"
@@ -36,8 +36,9 @@ namespace {
 const std::string Text = "#!/bin/sh\n# start-up file\nexport PATH=/usr/bin:/bin\n";
 const std::string Picture = "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1"s + std::string(64, '\3');
 
-constexpr std::array Stems{"Band - Song"sv, "a"sv, "b"sv, "Band - Song\ntouch bait\n#"sv, "-rf"sv, "#EXTM3U"sv, ".hidden"sv, "run"sv,
-    "a\xff"sv, "\xe2\x80\xaegpj"sv, "lista"sv, ".ravlin-0123456789abcdef"sv, "setup (ravlin-0123456789abcdef)"sv};
+constexpr std::array Stems{"Band - Song"sv, "a"sv, "b"sv, "Band - Song\ntouch bait\n#"sv, "-rf"sv, "#EXTM3U"sv,
+    ".hidden"sv, "run"sv, "a\xff"sv, "\xe2\x80\xaegpj"sv, "lista"sv, ".ravlin-0123456789abcdef"sv,
+    "setup (ravlin-0123456789abcdef)"sv};
 constexpr std::array Suffixes{".mp3"sv, ".MP3"sv, ".sh"sv, ""sv, ".m3u"sv, ".tmp"sv, ".redo"sv, ".mp3.exe"sv};
 constexpr std::array Victims{"run.sh"sv, "cover.png"sv, "empty"sv, "private"sv, "private/key"sv, "missing"sv};
 
@@ -81,7 +82,8 @@ void require(bool condition, const std::string &what)
 
 void write(const fs::path &path, std::string_view bytes, fs::perms permissions = fs::perms(0644))
 {
-    std::ofstream(path, std::ios::binary | std::ios::trunc).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     std::error_code error; // a name that this system has not
     fs::permissions(path, permissions, error);
 }
@@ -138,8 +140,10 @@ void writeRedo(const fs::path &folder, const std::string &name, Input &input)
     header.oldSize = qint64(Text.size());
     header.oldModified = info->modified;
     header.name = QString::fromStdString(name);
-    const QString path = QString::fromStdString((folder / ravlin::storage::redoName(info->inode).toStdString()).string());
-    const auto redo = platform::FileSystem::native().createNew(path);
+    const auto held = platform::FileSystem::native().openFolder(QString::fromStdString(folder.string()));
+    if (!held)
+        return;
+    const auto redo = (*held)->createNew(ravlin::storage::redoName(info->inode));
     if (!redo)
         return;
     static_cast<void>((*redo)->truncate(header.trailerOffset()));
@@ -157,7 +161,8 @@ void addEntry(const fs::path &folder, Input &input)
     std::error_code error; // a name that is taken or that this system has not
     if (kind == 0) {
         fs::create_symlink(fs::path("..") / "outside" / victim, path, error);
-    } else if (kind == 1 && victim != "private/key") { // whose bytes could be an MP3 file's
+    } else if (kind == 1 && (victim == "cover.png" || victim == "empty")) {
+        // Nothing tells the others from an MP3 file: a key's bytes, and a script with a redo file beside it.
         fs::create_hard_link(folder.parent_path() / "outside" / victim, path, error);
     } else if (kind == 2) {
         fs::create_directory(path, error);
@@ -177,10 +182,14 @@ QStringList words(const fs::path &music, const fs::path &target, Input &input)
     const QString mode = QString::number(option % 5 + 1);
     const QString text = option & 8 ? u"x/../\n\u202e"_s : u"T"_s;
     const QString folder = QString::fromStdU16String(music.u16string());
-    const QList<QStringList> commands{{u"tag"_s, u"--mode"_s, mode, u"--title"_s, text}, {u"multi"_s, u"--mode"_s, mode, u"--album"_s, text},
-        {u"extract"_s, u"--mode"_s, mode, u"--pattern"_s, u"%1 - %3"_s}, {u"strip"_s, option & 1 ? u"--v1"_s : u"--v2"_s},
-        {u"rename"_s, u"--clash"_s, u"number"_s, u"--pattern"_s, option & 1 ? u"%3"_s : u"%1/%2"_s}, {u"show"_s}, {u"info"_s},
-        {u"copy"_s, u"--to"_s, QString::fromStdU16String(target.u16string()), u"--clash"_s, option & 1 ? u"replace"_s : u"number"_s},
+    const QList<QStringList> commands{{u"tag"_s, u"--mode"_s, mode, u"--title"_s, text},
+        {u"multi"_s, u"--mode"_s, mode, u"--album"_s, text},
+        {u"extract"_s, u"--mode"_s, mode, u"--pattern"_s, u"%1 - %3"_s},
+        {u"strip"_s, option & 1 ? u"--v1"_s : u"--v2"_s},
+        {u"rename"_s, u"--clash"_s, u"number"_s, u"--pattern"_s, option & 1 ? u"%3"_s : u"%1/%2"_s}, {u"show"_s},
+        {u"info"_s},
+        {u"copy"_s, u"--to"_s, QString::fromStdU16String(target.u16string()), u"--clash"_s,
+            option & 1 ? u"replace"_s : u"number"_s},
         {u"list"_s, folder}, {u"playlist"_s, folder}, {u"renamedir"_s, u"--dry-run"_s, folder}};
     QStringList chosen = commands.at(command % commands.size());
     if (!chosen.contains(folder)) {
