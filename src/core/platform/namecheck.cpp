@@ -108,12 +108,12 @@ QString shortened(const QString &text, qsizetype length)
     return kept;
 }
 
-QString numberedName(const QString &given, int number, NameKind kind)
+QString numberedName(const QString &name, int number, NameKind kind)
 {
-    const QString name = visibleName(given);
-    const qsizetype extension = extensionStart(name, kind);
-    const QString end = QStringLiteral(" (%1)").arg(number) + name.sliced(extension);
-    return shortened(name.first(extension), MaxNameLength - nameLength(end)) + end;
+    const QString visible = visibleName(name);
+    const qsizetype extension = extensionStart(visible, kind);
+    const QString end = QStringLiteral(" (%1)").arg(number) + visible.sliced(extension);
+    return shortened(visible.first(extension), MaxNameLength - nameLength(end)) + end;
 }
 
 } // namespace ravlin::platform
