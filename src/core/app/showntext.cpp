@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/app/showntext.h"
 
+#include "core/platform/textsafety.h"
+
 #include <QStringBuilder>
 #include <QStringView>
 
@@ -35,8 +37,7 @@ QChar shown(QChar character)
         return QChar(static_cast<char16_t>(ControlPictures + code));
     if (code == u'\u007F')
         return DeletePicture;
-    const bool isSeparator = isBetween(code, u'\u2028', u'\u2029');
-    if (isBetween(code, u'\u0080', u'\u009F') || isSeparator || turnsDirection(code))
+    if (platform::isControl(character) || turnsDirection(code))
         return QChar::ReplacementCharacter;
     return character;
 }
