@@ -415,24 +415,22 @@ private Q_SLOTS:
 
     void aTextOfManyMegabytes()
     {
-        constexpr qsizetype Huge = 16 << 20;
-        const QString text = u"<b>word</b>\n"_s.repeated(Huge / 12);
-        addFile(u"music/a.mp3"_s, titled(text));
-        addFile(u"music/b.mp3"_s, titled(u"b"_s));
+        constexpr qsizetype Huge = 1'000'000; // about the most that one frame may have
+        const QString words = u"<b>word</b> and\nmore "_s;
+        addFile(u"music/a.mp3"_s, titled(words.repeated(Huge / words.size())));
         openAt(at(u"music"_s));
-        QCOMPARE(list()->rowCount(), 2);
+        QCOMPARE(list()->rowCount(), 1);
+        QVERIFY(cell(0, 2).startsWith(u"<b>word</b> and"_s));
+        QVERIFY(cell(0, 2).size() <= 1'000);
+        QVERIFY(list()->sizeHintForRow(0) < 100);
         QElapsedTimer clock;
         clock.start();
         lookAt(list());
-        m_window->grab();
-        qInfo() << "hover" << clock.restart();
-        const QModelIndex title = list()->model()->index(0, 2);
-        hover(list()->viewport(), list()->visualRect(title).center());
-        m_window->grab();
-        qInfo() << "hover" << clock.restart();
+        const qint64 looking = clock.elapsed();
         QVERIFY(!m_tips.isEmpty());
         for (const QString &tip : m_tips)
-            QVERIFY(tip.size() < 5000);
+            QVERIFY(tip.size() < 5'000);
+        QVERIFY2(looking < 10'000, qPrintable(QString::number(looking)));
     }
 };
 
