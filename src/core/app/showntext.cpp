@@ -13,31 +13,22 @@ namespace ravlin {
 namespace {
 
 constexpr QStringView Ellipsis = u"\u2026";
-constexpr char16_t ControlPictures = u'\u2400'; ///< those of U+0000 to U+001F
-constexpr char16_t DeletePicture = u'\u2421';
-
-bool isBetween(char16_t code, char16_t first, char16_t last)
-{
-    return code >= first && code <= last;
-}
+constexpr QChar LineBreak = u'\u21B5'; ///< a picture of one
 
 /// Embeddings, overrides and isolates. Marks such as U+200F affect only what stands right beside them, and ordinary
 /// text needs them.
 bool turnsDirection(char16_t code)
 {
-    return isBetween(code, u'\u202A', u'\u202E') || isBetween(code, u'\u2066', u'\u2069');
+    return (code >= u'\u202A' && code <= u'\u202E') || (code >= u'\u2066' && code <= u'\u2069');
 }
 
 QChar shown(QChar character)
 {
-    const char16_t code = character.unicode();
-    if (code == u'\t')
+    if (character == u'\t')
         return u' ';
-    if (code < u' ')
-        return QChar(static_cast<char16_t>(ControlPictures + code));
-    if (code == u'\u007F')
-        return DeletePicture;
-    if (platform::isControl(character) || turnsDirection(code))
+    if (character == u'\n' || character == u'\r')
+        return LineBreak;
+    if (platform::isControl(character) || turnsDirection(character.unicode()))
         return QChar::ReplacementCharacter;
     return character;
 }

@@ -4,9 +4,9 @@
 #include <QString>
 
 /// Makes text from tags, names, servers and settings fit to be shown. It can't pass for the text beside it and can't
-/// take long to lay out: a control character becomes its picture (U+240A for a line feed), what turns the writing
-/// direction of the text around it and what is not valid Unicode become U+FFFD, and a long text is cut. Only for
-/// showing: never find a file by such a text, and never save it.
+/// take long to lay out: a line break becomes its picture (U+21B5), a tab a blank, other control characters and what
+/// turns the writing direction of the text around it U+FFFD, as does what is not valid Unicode. A long text is cut.
+/// Only for showing: never find a file by such a text, and never save it.
 namespace ravlin {
 
 inline constexpr qsizetype MostLetters = 1000; ///< of a text in a list or tooltip

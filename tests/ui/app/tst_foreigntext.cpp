@@ -2,7 +2,7 @@
 // Text from files, folders, servers and settings is text and nothing else. Whatever it says, no widget, tooltip, dialog
 // or message box opens a file that it names, and none takes long over a text of many megabytes.
 
-#include "core/platform/path.h"
+#include "core/app/showntext.h"
 #include "support/cddbtest.h"
 #include "support/updateserver.h"
 #include "ui/app/commandsfixture.h"
@@ -114,7 +114,10 @@ private:
         return u"<img src=\"%1\"><a href=\"%1\">x</a><table background=\"%1\"><tr><td>y</td></tr></table>"
                "<link rel=\"stylesheet\" href=\"%1\"><style>@import url(\"%1\");</style>"_s.arg(file);
     }
-    QString hostile() const { return markupFor(m_folder->filePath(u"f"_s)); }
+    QString hostile() const
+    {
+        return markupFor(m_folder->filePath(u"f"_s)) + u"\u202E"_s + QString(2 * MostLetters, u'w');
+    }
     /// The same for a name, which can't hold a separator: the FIFO lies in the current folder.
     static QString hostileName(const QString &begin) { return begin + u"<img src=f><link rel=stylesheet href=f>"_s; }
     QByteArray hostileFile() const
@@ -122,8 +125,8 @@ private:
         const QString text = hostile();
         QByteArray frames;
         for (const char *id : {"TIT2", "TPE1", "TALB", "TCON", "TRCK", "TYER"})
-            frames += textFrame(3, id, text);
-        frames += commentFrame(3, text);
+            frames += textFrame(3, id, text + u'\n', 1);
+        frames += commentFrame(3, text, {}, "eng", 1);
         return id3v2(3, frames) + audio() +
                id3v1({"<img src=f>", "<img src=f>", "<img src=f>", "<b>9", "<img src=f>", 1});
     }
@@ -151,10 +154,12 @@ private:
     void hoverRows(QAbstractItemView *view, const QModelIndex &parent)
     {
         const QAbstractItemModel &model = *view->model();
-        constexpr int Enough = 20;
+        constexpr int Enough = 20; // of a long list
         for (int row = 0; row < std::min(model.rowCount(parent), Enough); ++row) {
             for (int column = 0; column < model.columnCount(parent); ++column) {
                 const QModelIndex index = model.index(row, column, parent);
+                const QString shown = index.data().toString();
+                QVERIFY2(shown == shownLine(shown), qPrintable(shown));
                 view->scrollTo(index);
                 const QRect place = view->visualRect(index);
                 if (!place.isEmpty())
