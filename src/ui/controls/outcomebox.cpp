@@ -19,7 +19,7 @@ namespace ravlin {
 namespace {
 
 constexpr int LineLetters = 70; ///< width of the list in average letters
-constexpr qsizetype MostLines = 12;
+constexpr qsizetype HighestInLines = 12;
 
 } // namespace
 
@@ -39,7 +39,7 @@ OutcomeBox::OutcomeBox(const Captions &captions, const QString &headline, const 
     list->addItems(lines);
     list->setWordWrap(true);
     list->setMinimumWidth(fontMetrics().averageCharWidth() * LineLetters);
-    const auto height = std::clamp<qsizetype>(2 * list->count(), 3, MostLines);
+    const auto height = std::clamp<qsizetype>(2 * list->count(), 3, HighestInLines);
     list->setMinimumHeight(static_cast<int>(height) * fontMetrics().lineSpacing());
     auto *ok = new QPushButton(captions.text(Caption::Ok), this);
     ok->setObjectName(QStringLiteral("outcomeOk"));
