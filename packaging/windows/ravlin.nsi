@@ -40,7 +40,7 @@ BrandingText "ravlin! ${VERSION}"
 ; The installer may run as administrator, and the program must not: files of strangers are its work. The desktop starts it
 ; with the user's own rights.
 !define MUI_FINISHPAGE_RUN "$WINDIR\explorer.exe"
-!define MUI_FINISHPAGE_RUN_PARAMETERS '"$INSTDIR\ravlin.exe"'
+!define MUI_FINISHPAGE_RUN_PARAMETERS "$\"$INSTDIR\ravlin.exe$\""
 !define MUI_FINISHPAGE_RUN_TEXT "$(RunText)"
 !insertmacro MUI_PAGE_LICENSE "${LICENSE}"
 !insertmacro MULTIUSER_PAGE_INSTALLMODE
