@@ -13,6 +13,7 @@ namespace ravlin {
 
 namespace {
 
+constexpr qint64 MostUnread = 256 * 1024; ///< bytes that arrived and are not taken yet
 constexpr qint64 Noticeable = 1024; ///< less than this many bytes don't put the idle limit off
 constexpr int Ok = 200;
 constexpr int Transformed = 203; ///< by a proxy
@@ -107,6 +108,8 @@ void WebGet::ask(const QUrl &url)
     if (m_settings.idleLimit.count() > 0)
         m_idleLimit.start(m_settings.idleLimit);
     m_socket = std::make_unique<QSslSocket>();
+    // A server that never stops can keep the queued signals waiting for ever: on Windows the system's come first.
+    m_socket->setReadBufferSize(MostUnread);
     const int connection = ++m_connections;
     const auto on = [this, connection](auto signal, auto slot) {
         const auto ifCurrent = [this, connection, slot](auto... arguments) {
