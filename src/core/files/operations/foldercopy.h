@@ -98,7 +98,7 @@ private:
     };
 
     Result<void> fill(std::size_t level, const FolderPointer &source, const FolderPointer &target);
-    Result<void> take(std::size_t level, const CopiedNode &entry);
+    Result<void> take(std::size_t level, const CopiedNode &found);
     Result<void> takeFolder(std::size_t level, const CopiedNode &entry);
     Result<void> settle();
     Result<void> finishFolders();

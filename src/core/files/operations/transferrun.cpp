@@ -225,7 +225,8 @@ void Runner::copyOne(const TransferItem &item, const CopiedNode &copied)
 
 Result<void> Runner::copyLinkTo(const TransferItem &item, const CopiedNode &copied)
 {
-    const auto &[source, target, node, level] = copied;
+    const platform::Place &source = copied.source;
+    const platform::Place &target = copied.target;
     if (!item.replaces())
         return target.folder->copyLink(*source.folder, source.name, target.name);
     // Keep it in a temporary folder until it takes the other's place.
@@ -284,11 +285,13 @@ void Runner::removeSources(const std::vector<CopyQueue::Settled> &copied)
     for (const CopyQueue::Settled &settled : copied) {
         Result<void> removed;
         if (moves()) {
-            const auto &[source, target, node, level] = settled.copied;
-            platform::HeldFolder *const folder = target.folder.get();
+            const CopiedNode &node = settled.copied;
+            platform::HeldFolder *const folder = node.target.folder.get();
             if (!synced.contains(folder))
                 synced.insert(folder, folder->sync());
-            removed = synced.value(folder).and_then([&] { return removeCopied(*source.folder, source.name, node); });
+            const platform::Place &source = node.source;
+            removed =
+                synced.value(folder).and_then([&] { return removeCopied(*source.folder, source.name, node.node); });
         }
         done(*settled.item, moves() && removed);
         if (!removed)

@@ -14,7 +14,7 @@ namespace ravlin {
 namespace {
 
 constexpr qint64 MostUnread = 256 * 1024; ///< bytes that arrived and are not taken yet
-constexpr qint64 Noticeable = 1024; ///< less than this many bytes don't put the idle limit off
+constexpr qint64 Noticeable = 1024;       ///< less than this many bytes don't put the idle limit off
 constexpr int Ok = 200;
 constexpr int Transformed = 203; ///< by a proxy
 constexpr int ProxyLogin = 407;

@@ -6,6 +6,8 @@
 #include "core/platform/posix/metadata.h"
 #include "core/platform/posix/systemerror.h"
 
+#include <QList>
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>

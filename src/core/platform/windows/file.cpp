@@ -116,7 +116,7 @@ HANDLE WindowsFile::handleOf(File &file)
 Result<void> WindowsFile::takeAttributes(File &source)
 {
     m_atOpening.reset();
-    const HANDLE from = handleOf(source);
+    void *const from = handleOf(source);
     return checkEncryption(from, m_handle.get(), m_path).and_then([&] {
         return copyStreams(from, m_handle.get(), m_path);
     });
@@ -125,7 +125,7 @@ Result<void> WindowsFile::takeAttributes(File &source)
 Result<void> WindowsFile::takePermissions(File &source)
 {
     m_atOpening.reset();
-    const HANDLE from = handleOf(source);
+    void *const from = handleOf(source);
     return copyAccessList(from, m_handle.get(), m_path).and_then([&] {
         return copyBasics(from, m_handle.get(), TakeTimes::Creation, m_path);
     });
