@@ -41,7 +41,6 @@ std::unique_ptr<platform::File> lockAside(platform::FileSystem &fileSystem, cons
 /// songs (".mp3" in any case) and folders that belong to the current user and whose name does not begin with a full
 /// stop. Leaves files alone that a running program is renaming. Returns the paths of what was brought back, first the
 /// temporary one, then the new one; what cannot be brought back stays as it is.
-Result<std::vector<std::pair<QString, QString>>> bringBackAside(
-    platform::FileSystem &fileSystem, const QString &folder);
+Result<std::vector<std::pair<QString, QString>>> bringBackAside(platform::FileSystem &fileSystem, const QString &path);
 
 } // namespace ravlin::storage

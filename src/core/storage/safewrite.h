@@ -100,6 +100,6 @@ bool isLeftoverName(const QString &fileName);
 /// Removes what interrupted writes left in a folder and completes interrupted overwritings. Touches only what is
 /// certainly ours: a file of our name for which platform::File::isPrivate holds and that no running program is writing.
 /// Folders stay: nothing tells who has made them. Returns how many leftovers are gone.
-Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &folder);
+Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &path);
 
 } // namespace ravlin::storage
