@@ -103,7 +103,7 @@ class InstallerTest(unittest.TestCase):
         script = (ROOT / "packaging" / "windows" / "ravlin.nsi").read_text(encoding="utf-8")
         started = re.findall(r"^ *(?:!define MUI_FINISHPAGE_RUN|Exec\w*) +(.*)$", script, re.MULTILINE)
         self.assertEqual(started, ['"$WINDIR\\explorer.exe"'])
-        self.assertIn("!define MUI_FINISHPAGE_RUN_PARAMETERS '\"$INSTDIR\\ravlin.exe\"'", script)
+        self.assertIn(r'!define MUI_FINISHPAGE_RUN_PARAMETERS "$\"$INSTDIR\ravlin.exe$\""', script)
 
 
 if __name__ == "__main__":
