@@ -43,13 +43,6 @@ struct DiscTime
     }
 };
 
-std::vector<double> secondsOf(std::span<const PlayedAudio> files)
-{
-    std::vector<double> times;
-    std::ranges::transform(files, std::back_inserter(times), &PlayedAudio::seconds);
-    return times;
-}
-
 tl::unexpected<Error> invalid(const QString &detail)
 {
     return tl::unexpected(Error{ErrorCode::InvalidArgument, {}, detail});
@@ -103,16 +96,22 @@ QString offsetText(std::span<const double> playingTimes)
 
 QString offsetText(std::span<const PlayedAudio> files)
 {
-    return offsetText(secondsOf(files));
+    std::vector<double> times;
+    std::ranges::transform(files, std::back_inserter(times), &PlayedAudio::seconds);
+    return offsetText(times);
 }
 
 QString offsetTextWithUsualDelay(std::span<const PlayedAudio> files)
 {
     if (std::ranges::all_of(files, &PlayedAudio::tellsDelay))
         return {};
-    std::vector<PlayedAudio> shorter;
-    std::ranges::transform(files, std::back_inserter(shorter), &PlayedAudio::withUsualDelayTakenOff);
-    return offsetText(shorter);
+    const auto estimate = [](const PlayedAudio &file) {
+        // The usual delay is an estimate: the nearest frame is likelier than the next.
+        return file.tellsDelay ? file.seconds() : double(file.withUsualDelayTakenOff().frames()) / FramesPerSecond;
+    };
+    std::vector<double> times;
+    std::ranges::transform(files, std::back_inserter(times), estimate);
+    return offsetText(times);
 }
 
 Result<DiscContents> DiscContents::parse(QStringView offsetText)

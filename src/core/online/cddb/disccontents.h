@@ -39,7 +39,7 @@ struct PlayedAudio
 QString offsetText(std::span<const double> playingTimes);
 QString offsetText(std::span<const PlayedAudio> files);
 /// A second offset text to try if a disc is not found: without the usual encoder samples of files that do not state
-/// theirs. Empty if all files state them, since nothing would differ.
+/// theirs, each rounded to the nearest frame. Empty if all files state them, since nothing would differ.
 QString offsetTextWithUsualDelay(std::span<const PlayedAudio> files);
 
 /// A disc's table of contents.

@@ -54,6 +54,7 @@ private Q_SLOTS:
     void rippedDiscGivesBackItsOffsets();
     void everyNumberOfFramesIsExact();
     void usualDelayIsTakenOffWhereFilesDoNotTell();
+    void usualDelayRoundsToTheNearestFrame();
     void noSecondTryWhereAllFilesTell();
     void oneFileThatTellsKeepsItsLength();
     void shortFileNeverPlaysBackwards();
@@ -118,6 +119,22 @@ void TestDiscContents::usualDelayIsTakenOffWhereFilesDoNotTell()
     const std::vector<PlayedAudio> files = rippedTracks(frames, false);
     QVERIFY(offsetText(files) != textOf(frames));
     QCOMPARE(offsetTextWithUsualDelay(files), textOf(frames));
+}
+
+void TestDiscContents::usualDelayRoundsToTheNearestFrame()
+{
+    // Encoders fill up their last frame, so that the usual delay is off by some samples.
+    for (const qint64 error : {-293, -1, 0, 1, 293}) {
+        std::vector<PlayedAudio> files = rippedTracks({18294, 15975, 1}, false);
+        for (PlayedAudio &file : files)
+            file.samples += error;
+        QCOMPARE(offsetTextWithUsualDelay(files), textOf({18294, 15975, 1}));
+    }
+    const std::vector<PlayedAudio> unknown{{100 * SamplesOfAFrame + UsualEncoderSamples + 295, 44100, false}};
+    QCOMPARE(offsetTextWithUsualDelay(unknown), textOf({101}));
+    // A file that states its delay counts the frame that it began, as in the first text.
+    const std::vector<PlayedAudio> mixed{unknown[0], {100 * SamplesOfAFrame + SamplesOfAFrame / 10, 44100, true}};
+    QCOMPARE(offsetTextWithUsualDelay(mixed), textOf({101, 101}));
 }
 
 void TestDiscContents::noSecondTryWhereAllFilesTell()
