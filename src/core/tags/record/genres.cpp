@@ -33,12 +33,13 @@ struct Spelling
 };
 
 /// Names that other programs use for genres and that differ from the table by more than case and punctuation.
-constexpr std::array<Spelling, 10> OtherSpellings{{
+constexpr std::array<Spelling, 11> OtherSpellings{{
     {u"jazzfunk", 29},
     {u"altrock", 40},
     {u"alternativerock", 40},
     {u"gangstarap", 59},
     {u"popfunk", 62},
+    {u"nativeus", 64},
     {u"psychedelic", 67},
     {u"folk/rock", 81},
     {u"bebop", 85},

@@ -158,6 +158,7 @@ void TestGenres::standardSpellings_data()
     QTest::newRow("Avant-Garde") << 90;
     QTest::newRow("Psychedelic Rock") << 93;
     QTest::newRow("Humor") << 100;
+    QTest::newRow("Native US") << 64;
     QTest::newRow("Drum Solo") << 122;
     QTest::newRow("A Cappella") << 123;
     QTest::newRow("a capella") << 123;
