@@ -81,6 +81,13 @@ void Captions::chooseAtStart(const Settings &settings)
     fill();
 }
 
+QLocale Captions::locale() const
+{
+    const QLocale ofSystem;
+    const QLocale ofLanguage(languageCodeFromName(m_languageName));
+    return ofSystem.language() == ofLanguage.language() ? ofSystem : ofLanguage;
+}
+
 QString Captions::text(Caption caption) const
 {
     const int number = static_cast<int>(caption);

@@ -4,6 +4,7 @@
 #include "core/app/texttable.h"
 #include "core/platform/error.h"
 
+#include <QLocale>
 #include <QString>
 #include <QStringView>
 
@@ -42,6 +43,9 @@ public:
 
     /// Sets the language stored in the settings, English if they hold none or an unknown one, and fills.
     void chooseAtStart(const Settings &settings);
+
+    /// The locale whose rules sort texts: the system's if it speaks the current language, else the language's own.
+    QLocale locale() const;
 
     /// Empty for a number that the table lacks. An ampersand marks the accelerator key.
     QString text(Caption caption) const;

@@ -269,6 +269,7 @@ void principal::catchUpPage()
 void principal::applyCaptions()
 {
     const Captions &captions = m_program.captions;
+    m_list->setSortLocale(captions.locale());
     for (size_t column = 0; column < ColumnCaptions.size(); ++column)
         m_list->setHeaderText(static_cast<ListColumn>(column), captions.text(ColumnCaptions[column]));
     m_list->setTooLargeText(captions.text(Text::TagTooLarge));

@@ -35,6 +35,8 @@ public:
         updateSortArrow();
     }
     void setTooLargeText(const QString &text) { m_model->setTooLargeText(text); }
+    /// The rules that sort the next rows.
+    void setSortLocale(const QLocale &locale) { m_model->setLocale(locale); }
     void setHeaderText(ListColumn column, const QString &text) { m_model->setHeaderText(column, text); }
     /// Hides these columns and shows the others, and always the file's.
     void setHiddenColumns(ColumnSet hidden);

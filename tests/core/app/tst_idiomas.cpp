@@ -43,6 +43,7 @@ private Q_SLOTS:
     void captionsAreEmptyAtFirst();
     void anUnknownLanguageChangesNothing();
     void aNewLanguageTakesEffectWithTheFill();
+    void localeIsTheLanguages();
     void numbersOutsideAreEmpty();
     void codesAndNames();
     void languageAtStart_data();
@@ -130,6 +131,18 @@ void TestIdiomas::aNewLanguageTakesEffectWithTheFill()
     captions.fill();
     QCOMPARE(captions.text(numbered(10)), u"archivos"_s);
     QCOMPARE(captions.text(Text::ErrorNoSpace), u"el disco está lleno"_s);
+}
+
+void TestIdiomas::localeIsTheLanguages()
+{
+    const QLocale before;
+    QLocale::setDefault(QLocale::c());
+    QCOMPARE(filled(u"spanish"_s).locale().language(), QLocale::Spanish);
+    QCOMPARE(filled(u"french"_s).locale().language(), QLocale::French);
+    QLocale::setDefault(QLocale(QLocale::Spanish, QLocale::Mexico));
+    QCOMPARE(filled(u"spanish"_s).locale(), QLocale(QLocale::Spanish, QLocale::Mexico));
+    QCOMPARE(filled(u"english"_s).locale().language(), QLocale::English);
+    QLocale::setDefault(before);
 }
 
 void TestIdiomas::numbersOutsideAreEmpty()

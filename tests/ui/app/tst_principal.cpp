@@ -64,6 +64,18 @@ private Q_SLOTS:
         QCOMPARE(field(u"Ttitulo"_s), QString());
     }
 
+    void filesAreSortedByTheRulesOfTheLanguage()
+    {
+        const QLocale before;
+        QLocale::setDefault(QLocale::c());
+        for (const QString &name : {u"zorro.mp3"_s, u"Álamo.mp3"_s, u"ñu.mp3"_s, u"nuez.mp3"_s})
+            addFile(name);
+        store({{u"idioma"_s, u"es"_s}});
+        open(path());
+        QCOMPARE(list()->rowTexts(), (QStringList{u"Álamo.mp3"_s, u"nuez.mp3"_s, u"ñu.mp3"_s, u"zorro.mp3"_s}));
+        QLocale::setDefault(before);
+    }
+
     void aFolderWithoutFilesLeavesBothPanelsEmpty()
     {
         addThree();
