@@ -117,6 +117,8 @@ enum class Text
     CommandRefresh,
     PlaylistWritten,
     PlaylistNotWritten,
+    PlaylistLeftOut,
+    PlaylistLineBreak,
     TipLinkTarget,
     TitlePatterns,
     LabelPatternsOf,
