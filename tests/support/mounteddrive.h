@@ -31,6 +31,19 @@ public:
         return ::mount(nullptr, native().constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
     }
 
+    /// Leaves no byte for another file.
+    bool fill()
+    {
+        QFile file(m_path + QStringLiteral("/filling"));
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+            return false;
+        for (qsizetype size = 1024 * 1024; size > 0; size /= 2) {
+            while (file.write(QByteArray(size, 'x')) == size)
+                continue;
+        }
+        return true;
+    }
+
 private:
     QByteArray native() const { return QFile::encodeName(m_path); }
 

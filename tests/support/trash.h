@@ -38,6 +38,13 @@ inline void emptyTrash()
     }
 }
 
+/// Removes a file or link that a test has put into the trash of a drive that is not its own.
+inline void discard(const platform::TrashedItem &item)
+{
+    QFile::remove(item.file);
+    QFile::remove(item.info);
+}
+
 /// Whether it is told where in the trash a file has come to lie, without which it can't come back. Wine's shell does
 /// not tell.
 inline bool givesBackFromTrash()

@@ -25,7 +25,7 @@ set(RAVLIN_NOT_FOR_WINDOWS
     tst_exclusiverename tst_filesystem tst_safewrite tst_safewritefaults tst_safewritefull tst_safewritekill tst_tagkill
     tst_renamingkill tst_transferkill tst_transferfaults tst_foreigntext
     # The trash and the desktop entries of freedesktop.org.
-    tst_trash tst_desktop)
+    tst_trash tst_trashsizes tst_drives tst_desktop)
 foreach(name IN LISTS RAVLIN_NOT_FOR_WINDOWS)
     list(FILTER RAVLIN_TEST_SOURCES EXCLUDE REGEX "/${name}\\.cpp$")
 endforeach()

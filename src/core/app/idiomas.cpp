@@ -106,12 +106,16 @@ QString Captions::errorText(ErrorCode code) const
         return text(Text::ErrorNotFound);
     case ErrorCode::AlreadyExists:
         return text(Text::ErrorAlreadyExists);
+    case ErrorCode::NotAFolder:
+        return text(Text::ErrorNotAFolder);
     case ErrorCode::NotAFile:
         return text(Text::ErrorNotAFile);
     case ErrorCode::AccessDenied:
         return text(Text::ErrorAccessDenied);
     case ErrorCode::ReadOnly:
         return text(Text::ErrorReadOnly);
+    case ErrorCode::ReadOnlyDrive:
+        return text(Text::ErrorReadOnlyDrive);
     case ErrorCode::NoSpace:
         return text(Text::ErrorNoSpace);
     case ErrorCode::LowSpace:

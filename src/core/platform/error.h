@@ -11,9 +11,11 @@ namespace ravlin {
 enum class ErrorCode
 {
     NotFound,         ///< no such file or folder
+    NotAFolder,       ///< a file where files are to go into
     NotAFile,         ///< a folder, device or the like instead of a plain file
     AccessDenied,     ///< the system refuses access
-    ReadOnly,         ///< the file has the read-only attribute, or its file system is read-only
+    ReadOnly,         ///< the file has the read-only attribute
+    ReadOnlyDrive,    ///< nothing can be written on the drive
     NoSpace,          ///< the disk or the quota is full
     LowSpace,         ///< refused before writing: too little free space on the drive
     Io,               ///< any other failure to read or write

@@ -23,6 +23,7 @@ namespace ravlin::platform {
 struct FileInfo
 {
     qint64 size = 0;     ///< bytes
+    qint64 onDisk = 0;   ///< bytes that its blocks take; 0 where the system does not tell
     qint64 modified = 0; ///< nanoseconds since 1970, UTC
     qint64 changed = 0;  ///< the same, of the last change to content or metadata; programs cannot set it
     quint64 inode = 0;   ///< with device: the file's identity

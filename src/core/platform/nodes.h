@@ -9,5 +9,7 @@ namespace ravlin::platform {
 Result<Node> nodeAt(const QString &path);
 /// Whether the name is taken, be it by a link that leads nowhere. What cannot be examined counts as taken.
 bool isTaken(const QString &path);
+/// Whether nothing can be written on the drive that holds the path's folder. False if it can't be told.
+bool isOnReadOnlyDrive(const QString &path);
 
 } // namespace ravlin::platform

@@ -59,7 +59,9 @@ Result<Original> openOriginal(HeldFile &held, const platform::FileInfo &before)
     if (original)
         return original;
     const Error refusal = original.error();
-    if (refusal.code != ErrorCode::AccessDenied && refusal.code != ErrorCode::ReadOnly)
+    const bool isRefused = refusal.code == ErrorCode::AccessDenied || refusal.code == ErrorCode::ReadOnly ||
+                           refusal.code == ErrorCode::ReadOnlyDrive;
+    if (!isRefused)
         return original;
     original = openAs(held, platform::OpenMode::Read, before);
     if (original)

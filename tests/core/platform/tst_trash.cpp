@@ -38,6 +38,10 @@ private Q_SLOTS:
     void aPlantedTrashIsNotUsed();
     void aVanishedFile();
     void aLongName();
+    void aFullDriveKeepsTheFileAndNoEmptyTrash();
+    void aReadOnlyDriveIsSaidToBe();
+    void whatCanNotBeMovedLeavesNoEmptyTrash();
+    void anExchangedFolderIsNotFollowed();
 
 private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
@@ -254,6 +258,66 @@ void TestTrash::aLongName()
         QVERIFY(restoreFromTrash(*item));
         QVERIFY(moveToTrash(in(name)));
     }
+}
+
+void TestTrash::aFullDriveKeepsTheFileAndNoEmptyTrash()
+{
+    MountedDrive drive(in(u"drive"_s), "1m");
+    if (!drive.isMounted())
+        QSKIP("mounting a drive is not permitted");
+    writeFile(in(u"drive/cd/a.mp3"_s), "audio");
+    QVERIFY(drive.fill());
+    for (const QString &path : {in(u"drive/cd/a.mp3"_s), in(u"drive/cd"_s)}) {
+        const auto item = moveToTrash(path);
+        QVERIFY(!item);
+        QCOMPARE(item.error().code, ErrorCode::NoSpace);
+        QCOMPARE(item.error().path, QFileInfo(path).canonicalFilePath()); // no file of the trash
+        QCOMPARE(snapshotOf(in(u"drive"_s)).keys(), (QStringList{u"cd"_s, u"cd/a.mp3"_s, u"filling"_s}));
+    }
+    // One that was there stays.
+    QVERIFY(QFile::remove(in(u"drive/filling"_s)));
+    const auto before = moveToTrash(in(u"drive/cd/a.mp3"_s));
+    QVERIFY(before && restoreFromTrash(*before));
+    QVERIFY(drive.fill());
+    QCOMPARE(moveToTrash(in(u"drive/cd/a.mp3"_s)).error().code, ErrorCode::NoSpace);
+    QVERIFY(isTaken(in(u"drive/.Trash-%1/info"_s.arg(::geteuid()))));
+    QCOMPARE(readFile(in(u"drive/cd/a.mp3"_s)), QByteArray("audio"));
+}
+
+void TestTrash::aReadOnlyDriveIsSaidToBe()
+{
+    MountedDrive drive(in(u"drive"_s), "1m");
+    if (!drive.isMounted())
+        QSKIP("mounting a drive is not permitted");
+    writeFile(in(u"drive/a.mp3"_s), "audio");
+    QVERIFY(!isOnReadOnlyDrive(in(u"drive/a.mp3"_s)));
+    QVERIFY(drive.makeReadOnly());
+    QVERIFY(isOnReadOnlyDrive(in(u"drive/a.mp3"_s)));
+    QVERIFY(!isOnReadOnlyDrive(in(u"drive"_s))); // its folder is on another one
+    QCOMPARE(moveToTrash(in(u"drive/a.mp3"_s)).error().code, ErrorCode::ReadOnlyDrive);
+}
+
+void TestTrash::whatCanNotBeMovedLeavesNoEmptyTrash()
+{
+    const MountedDrive drive(in(u"drive"_s), "1m");
+    if (!drive.isMounted())
+        QSKIP("mounting a drive is not permitted");
+    const MountedDrive inner(in(u"drive/inner"_s), "1m"); // a mounted folder can't be renamed
+    QVERIFY(!moveToTrash(in(u"drive/inner"_s)));
+    QCOMPARE(snapshotOf(in(u"drive"_s)).keys(), QStringList{u"inner"_s});
+}
+
+void TestTrash::anExchangedFolderIsNotFollowed()
+{
+    writeFile(in(u"music/a.mp3"_s), "mine");
+    writeFile(in(u"private/a.mp3"_s), "precious");
+    const auto held = FileSystem::native().openFolder(in(u"music"_s));
+    QVERIFY(held);
+    QVERIFY(QDir().rename(in(u"music"_s), in(u"aside"_s)));
+    makeLink("private", in(u"music"_s));
+    QCOMPARE(moveToTrash(Place{*held, u"a.mp3"_s}).error().code, ErrorCode::ChangedMeanwhile);
+    QCOMPARE(readFile(in(u"private/a.mp3"_s)), QByteArray("precious"));
+    QCOMPARE(readFile(in(u"aside/a.mp3"_s)), QByteArray("mine"));
 }
 
 QTEST_GUILESS_MAIN(TestTrash)

@@ -30,7 +30,9 @@ bool needsPlainCopy(int number)
 FileInfo fileInfo(const struct stat &status)
 {
     FileInfo info;
+    constexpr qint64 BlockSize = 512; // of st_blocks, whatever the file system's own is
     info.size = status.st_size;
+    info.onDisk = status.st_blocks * BlockSize;
     info.modified = status.st_mtim.tv_sec * NanosecondsPerSecond + status.st_mtim.tv_nsec;
     info.changed = status.st_ctim.tv_sec * NanosecondsPerSecond + status.st_ctim.tv_nsec;
     info.inode = status.st_ino;

@@ -5,6 +5,7 @@
 #include "core/platform/posix/systemerror.h"
 
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 
 namespace ravlin::platform {
 
@@ -23,6 +24,12 @@ bool isTaken(const QString &path)
 {
     const Result<Node> node = nodeAt(path);
     return node || node.error().code != ErrorCode::NotFound;
+}
+
+bool isOnReadOnlyDrive(const QString &path)
+{
+    struct statvfs status = {};
+    return ::statvfs(encodePath(folderOf(path)).constData(), &status) == 0 && (status.f_flag & ST_RDONLY) != 0;
 }
 
 } // namespace ravlin::platform

@@ -22,7 +22,7 @@ ErrorCode codeFor(int number)
     case ETXTBSY:
         return ErrorCode::AccessDenied;
     case EROFS:
-        return ErrorCode::ReadOnly;
+        return ErrorCode::ReadOnlyDrive;
     case ENOSPC:
     case EDQUOT:
     case EFBIG: // the user's limit on file sizes: a quota by another name

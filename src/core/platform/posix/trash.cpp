@@ -6,6 +6,7 @@
 #include "core/platform/namecheck.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
+#include "core/platform/posix/trashsizes.h"
 
 #include <QDateTime>
 
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace ravlin::platform {
@@ -31,12 +33,35 @@ struct TrashPlace
     bool isShared = false; ///< in the folder that an administrator has created for all
 };
 
+/// The folders that were made for a trash. They go again unless something came into the trash: an empty one would only
+/// be litter on somebody's stick.
+class NewFolders
+{
+public:
+    NewFolders() = default;
+    ~NewFolders()
+    {
+        for (; !m_places.empty(); m_places.pop_back()) // fails where another program has put something in
+            static_cast<void>(m_places.back().folder->removeFolder(m_places.back().name));
+    }
+    NewFolders(NewFolders &&other) noexcept : m_places(std::exchange(other.m_places, {})) {}
+    NewFolders &operator=(NewFolders &&) = delete;
+
+    void add(Place place) { m_places.push_back(std::move(place)); }
+    void keep() { m_places.clear(); }
+
+private:
+    std::vector<Place> m_places; ///< inner ones after outer ones
+};
+
 /// A trash that is held open.
 struct Trash
 {
+    FolderPointer folder;
     FolderPointer files;
     FolderPointer info;
     QString base;
+    NewFolders made;
 };
 
 QString environmentPath(const char *name)
@@ -91,13 +116,15 @@ tl::unexpected<Error> notOurs(const QString &path)
 }
 
 /// Opens a folder of the user's own, and never a link; creates it if there is none.
-Result<FolderPointer> ownFolder(HeldFolder &parent, const QString &name)
+Result<FolderPointer> ownFolder(const FolderPointer &parent, const QString &name, NewFolders &made)
 {
-    auto opened = parent.openFolder(name);
+    auto opened = parent->openFolder(name);
     if (!opened && opened.error().code == ErrorCode::NotFound) {
-        opened = parent.createFolder(name);
-        if (!opened && opened.error().code == ErrorCode::AlreadyExists)
-            opened = parent.openFolder(name);
+        opened = parent->createFolder(name);
+        if (opened)
+            made.add({parent, name});
+        else if (opened.error().code == ErrorCode::AlreadyExists)
+            opened = parent->openFolder(name);
     }
     if (!opened)
         return opened;
@@ -106,15 +133,15 @@ Result<FolderPointer> ownFolder(HeldFolder &parent, const QString &name)
 }
 
 /// The same by a path; creates missing folders above it, too.
-Result<FolderPointer> ownFolderAt(const QString &path)
+Result<FolderPointer> ownFolderAt(const QString &path, NewFolders &made)
 {
     const QString above = folderOf(path);
     auto parent = FileSystem::native().openFolder(above);
     if (!parent && parent.error().code == ErrorCode::NotFound && above.size() > 1)
-        parent = ownFolderAt(above);
+        parent = ownFolderAt(above, made);
     if (!parent)
         return parent;
-    return ownFolder(**parent, nameOf(path));
+    return ownFolder(*parent, nameOf(path), made);
 }
 
 bool isSafeForAll(const Result<FileInfo> &info)
@@ -122,17 +149,18 @@ bool isSafeForAll(const Result<FileInfo> &info)
     return info && info->isFolder && (info->permissions & StickyBit) != 0;
 }
 
-Result<FolderPointer> hold(const TrashPlace &place)
+Result<FolderPointer> hold(const TrashPlace &place, NewFolders &made)
 {
     if (!place.isShared)
-        return ownFolderAt(place.folder);
+        return ownFolderAt(place.folder, made);
     const auto top = FileSystem::native().openFolder(place.base);
     if (!top)
         return top;
     const auto shared = (*top)->openFolder(nameOf(folderOf(place.folder)));
     if (!shared)
         return shared;
-    return isSafeForAll((*shared)->info()) ? ownFolder(**shared, nameOf(place.folder)) : notOurs((*shared)->path());
+    return isSafeForAll((*shared)->info()) ? ownFolder(*shared, nameOf(place.folder), made)
+                                           : notOurs((*shared)->path());
 }
 
 /// Whether a trash exists or could be created. Creates nothing.
@@ -159,19 +187,34 @@ std::vector<TrashPlace> trashPlaces(const QString &folder)
     return places;
 }
 
+Result<Trash> openTrashAt(const TrashPlace &place)
+{
+    NewFolders made;
+    const auto held = hold(place, made);
+    if (!held)
+        return tl::unexpected(held.error());
+    const auto files = ownFolder(*held, QStringLiteral("files"), made);
+    if (!files)
+        return tl::unexpected(files.error());
+    const auto info = ownFolder(*held, QStringLiteral("info"), made);
+    if (!info)
+        return tl::unexpected(info.error());
+    return Trash{*held, *files, *info, place.base, std::move(made)};
+}
+
 /// Opens the trash for what is in a folder (a canonical path), or creates it.
 Result<Trash> openTrash(const QString &folder)
 {
+    Error error{ErrorCode::NoTrash, folder, QStringLiteral("no trash on this drive")};
     for (const TrashPlace &place : trashPlaces(folder)) {
-        const auto held = hold(place);
-        if (!held)
-            continue;
-        const auto files = ownFolder(**held, QStringLiteral("files"));
-        const auto info = ownFolder(**held, QStringLiteral("info"));
-        if (files && info)
-            return Trash{*files, *info, place.base};
+        auto trash = openTrashAt(place);
+        if (trash)
+            return trash;
+        const ErrorCode code = trash.error().code;
+        if (code == ErrorCode::NoSpace || code == ErrorCode::ReadOnlyDrive)
+            error = trash.error();
     }
-    return tl::unexpected(Error{ErrorCode::NoTrash, folder, QStringLiteral("no trash on this drive")});
+    return tl::unexpected(error);
 }
 
 /// Percent-encoding of the name's bytes by RFC 2396 §2.4.1, as the trash specification requires.
@@ -222,6 +265,43 @@ Result<QString> claimName(const Trash &trash, const QString &original, const QSt
     return tl::unexpected(Error{ErrorCode::AlreadyExists, original, QStringLiteral("no name left in the trash")});
 }
 
+/// The same place by the native file system and the folder's canonical path.
+Result<Place> sourceOf(const Place &place)
+{
+    const auto canonical = FileSystem::native().canonicalPath(place.folder->path());
+    const auto folder = canonical.and_then([](const QString &real) { return FileSystem::native().openFolder(real); });
+    if (!folder)
+        return tl::unexpected(folder.error());
+    const auto held = place.folder->info();
+    const auto found = (*folder)->info();
+    if (!held || !found)
+        return tl::unexpected(held ? found.error() : held.error());
+    if (held->inode != found->inode || held->device != found->device)
+        return tl::unexpected(Error{
+            ErrorCode::ChangedMeanwhile, place.path(), QStringLiteral("another folder has taken its folder's place")});
+    return Place{*folder, place.name};
+}
+
+Result<TrashedItem> moveInto(const Trash &trash, const Place &source, NodeKind kind)
+{
+    QString wanted = source.name;
+    while (true) {
+        const auto claimed = claimName(trash, source.path(), wanted, kind);
+        if (!claimed)
+            return tl::unexpected(claimed.error());
+        const auto moved = source.folder->renameNew(source.name, *trash.files, *claimed);
+        if (moved)
+            return TrashedItem{source.path(), inFolder(trash.files->path(), *claimed),
+                inFolder(trash.info->path(), infoName(*claimed))};
+        static_cast<void>(trash.info->remove(infoName(*claimed)));
+        if (moved.error().code == ErrorCode::Unsupported) // one drive mounted twice: renaming does not reach it
+            return tl::unexpected(Error{ErrorCode::NoTrash, source.path(), moved.error().detail});
+        if (moved.error().code != ErrorCode::AlreadyExists || !trash.files->node(*claimed))
+            return tl::unexpected(moved.error());
+        wanted = QStringLiteral("%1 %2").arg(source.name, QString::number(QDateTime::currentMSecsSinceEpoch(), 36));
+    }
+}
+
 } // namespace
 
 bool hasTrash(const QString &path)
@@ -233,39 +313,33 @@ bool hasTrash(const QString &path)
 
 Result<TrashedItem> moveToTrash(const QString &path)
 {
-    const QString name = nameOf(path);
     if (const auto named = nodeAt(path); !named)
         return tl::unexpected(named.error());
-    if (!isPlainName(name))
+    if (!isPlainName(nameOf(path)))
         return tl::unexpected(Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
-    const auto canonical = FileSystem::native().canonicalPath(folderOf(path));
-    const auto folder = canonical.and_then([](const QString &real) { return FileSystem::native().openFolder(real); });
-    if (!folder)
-        return tl::unexpected(folder.error());
-    const auto node = (*folder)->node(name);
+    const auto place = placeAt(FileSystem::native(), path);
+    return place ? moveToTrash(*place) : tl::unexpected(place.error());
+}
+
+Result<TrashedItem> moveToTrash(const Place &place)
+{
+    const auto source = sourceOf(place);
+    if (!source)
+        return tl::unexpected(source.error());
+    const auto node = source->folder->node(place.name);
     if (!node)
         return tl::unexpected(node.error());
-    const auto trash = openTrash(*canonical);
+    // From here on errors name what was to be deleted: nobody knows the trash's own files.
+    auto trash = openTrash(source->folder->path());
     if (!trash)
-        return tl::unexpected(Error{ErrorCode::NoTrash, path, trash.error().detail});
-
-    const QString original = inFolder(*canonical, name);
-    QString wanted = name;
-    while (true) {
-        const auto claimed = claimName(*trash, original, wanted, node->kind);
-        if (!claimed)
-            return tl::unexpected(claimed.error());
-        const auto moved = (*folder)->renameNew(name, *trash->files, *claimed);
-        if (moved)
-            return TrashedItem{
-                original, inFolder(trash->files->path(), *claimed), inFolder(trash->info->path(), infoName(*claimed))};
-        static_cast<void>(trash->info->remove(infoName(*claimed)));
-        if (moved.error().code == ErrorCode::Unsupported) // one drive mounted twice: renaming does not reach it
-            return tl::unexpected(Error{ErrorCode::NoTrash, path, moved.error().detail});
-        if (moved.error().code != ErrorCode::AlreadyExists || !trash->files->node(*claimed))
-            return tl::unexpected(moved.error());
-        wanted = QStringLiteral("%1 %2").arg(name, QString::number(QDateTime::currentMSecsSinceEpoch(), 36));
-    }
+        return tl::unexpected(Error{trash.error().code, place.path(), trash.error().detail});
+    auto moved = moveInto(*trash, *source, node->kind);
+    if (!moved)
+        return tl::unexpected(Error{moved.error().code, place.path(), moved.error().detail});
+    trash->made.keep();
+    if (node->kind == NodeKind::Folder)
+        noteFolderSize(*trash->folder, nameOf(moved->file));
+    return moved;
 }
 
 Result<void> restoreFromTrash(const TrashedItem &item)
@@ -275,9 +349,15 @@ Result<void> restoreFromTrash(const TrashedItem &item)
     const auto to = placeAt(system, item.original);
     if (!from || !to)
         return tl::unexpected(from ? to.error() : from.error());
+    const auto node = from->folder->node(from->name);
     auto restored = from->folder->renameNew(from->name, *to->folder, to->name);
     if (!restored)
         return restored;
+    if (node && node->kind == NodeKind::Folder) {
+        const auto trash = system.openFolder(folderOf(from->folder->path()));
+        if (trash)
+            forgetFolderSize(**trash, from->name);
+    }
     if (const auto info = placeAt(system, item.info))
         static_cast<void>(info->folder->remove(info->name)); // any desktop removes one that stays
     return restored;

@@ -58,7 +58,7 @@ ErrorCode codeFor(DWORD number)
     case ERROR_DELETE_PENDING:
         return ErrorCode::AccessDenied;
     case ERROR_WRITE_PROTECT:
-        return ErrorCode::ReadOnly;
+        return ErrorCode::ReadOnlyDrive;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
     case ERROR_DISK_QUOTA_EXCEEDED:

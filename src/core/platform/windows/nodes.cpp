@@ -20,4 +20,16 @@ bool isTaken(const QString &path)
     return node || node.error().code != ErrorCode::NotFound;
 }
 
+bool isOnReadOnlyDrive(const QString &path)
+{
+    const NativePath native(folderOf(path));
+    if (!native.isValid())
+        return false;
+    const Handle folder = openExisting(native, FILE_READ_ATTRIBUTES, FILE_FLAG_BACKUP_SEMANTICS);
+    DWORD flags = 0;
+    return folder &&
+           ::GetVolumeInformationByHandleW(folder.get(), nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) != 0 &&
+           (flags & FILE_READ_ONLY_VOLUME) != 0;
+}
+
 } // namespace ravlin::platform

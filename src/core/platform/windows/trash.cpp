@@ -7,6 +7,7 @@
 #include "core/platform/windows/native.h"
 
 #include <shellapi.h>
+#include <sherrors.h>
 #include <shlobj.h>
 
 namespace ravlin::platform {
@@ -188,6 +189,30 @@ bool isForShell(const QString &path)
            !ended.contains(QStringLiteral(R"( \)")) && !ended.contains(QStringLiteral(R"(.\)"));
 }
 
+ErrorCode codeFor(HRESULT outcome)
+{
+    switch (outcome) {
+    case HRESULT_FROM_WIN32(ERROR_DISK_FULL):
+    case HRESULT_FROM_WIN32(ERROR_HANDLE_DISK_FULL):
+    case COPYENGINE_E_DISK_FULL:
+    case COPYENGINE_E_DISK_FULL_CLEAN:
+        return ErrorCode::NoSpace;
+    case COPYENGINE_E_RECYCLE_UNKNOWN_ERROR:
+    case COPYENGINE_E_RECYCLE_FORCE_NUKE:
+    case COPYENGINE_E_RECYCLE_SIZE_TOO_BIG:
+    case COPYENGINE_E_RECYCLE_PATH_TOO_LONG:
+    case COPYENGINE_E_RECYCLE_BIN_NOT_FOUND:
+        return ErrorCode::NoTrash;
+    case HRESULT_FROM_WIN32(ERROR_WRITE_PROTECT):
+        return ErrorCode::ReadOnlyDrive;
+    case HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND):
+    case HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND):
+        return ErrorCode::NotFound;
+    default:
+        return ErrorCode::AccessDenied;
+    }
+}
+
 } // namespace
 
 bool hasTrash(const QString &path)
@@ -202,6 +227,8 @@ Result<TrashedItem> moveToTrash(const QString &path)
         return tl::unexpected(node.error());
     if (!isPlainName(nameOf(path)))
         return tl::unexpected(Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
+    if (isOnReadOnlyDrive(path))
+        return tl::unexpected(Error{ErrorCode::ReadOnlyDrive, path, {}});
     if (!hasTrash(path))
         return tl::unexpected(Error{ErrorCode::NoTrash, path, QStringLiteral("no recycle bin on this drive")});
 
@@ -218,16 +245,29 @@ Result<TrashedItem> moveToTrash(const QString &path)
     if (outcome == E_NOTIMPL && recycleByOlderCall(native) && !isTaken(path))
         return TrashedItem{original, {}, {}};
     if (FAILED(outcome) || FAILED(watch.outcome()) || isTaken(path)) {
-        const auto number = static_cast<quint32>(FAILED(outcome) ? outcome : watch.outcome());
+        const HRESULT failed = FAILED(outcome) ? outcome : watch.outcome();
         constexpr int Hex = 16;
-        return tl::unexpected(Error{
-            ErrorCode::AccessDenied, path, QStringLiteral("the shell's operation failed (0x%1)").arg(number, 0, Hex)});
+        return tl::unexpected(Error{codeFor(failed), path,
+            QStringLiteral("the shell's operation failed (0x%1)").arg(static_cast<quint32>(failed), 0, Hex)});
     }
     // Beside the file, whose name begins with "$R", a file of that name with "$I" records where it was.
     QString info;
     if (nameOf(watch.place()).startsWith(QStringLiteral("$R")))
         info = inFolder(folderOf(watch.place()), QStringLiteral("$I") + nameOf(watch.place()).mid(2));
     return TrashedItem{original, watch.place(), info};
+}
+
+/// The shell takes only the path, so the folder can but be looked at right before.
+Result<TrashedItem> moveToTrash(const Place &place)
+{
+    const auto held = place.folder->info();
+    const auto found = nodeAt(place.folder->path());
+    if (!held || !found)
+        return tl::unexpected(held ? found.error() : held.error());
+    if (!found->isSameAs(*held))
+        return tl::unexpected(Error{
+            ErrorCode::ChangedMeanwhile, place.path(), QStringLiteral("another folder has taken its folder's place")});
+    return moveToTrash(place.path());
 }
 
 Result<void> restoreFromTrash(const TrashedItem &item)
