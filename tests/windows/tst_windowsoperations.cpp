@@ -83,7 +83,7 @@ class Host final : public FileOperationHost
 public:
     ClashDecision askClash(const Clash &) override { return {ClashAnswer::Stop}; }
     bool confirmTrash(const QStringList &) override { return true; }
-    bool confirmDeleteForGood(const QStringList &paths) override
+    bool confirmDeleteForGood(const QStringList &paths, NoWayBack) override
     {
         asked += paths;
         return false;

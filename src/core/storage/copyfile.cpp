@@ -22,9 +22,10 @@ bool isSameState(const platform::FileInfo &one, const platform::FileInfo &other)
     return one.size == other.size && one.modified == other.modified && one.changed == other.changed;
 }
 
+/// The user knows nothing of the temporary file: errors of its are told of the source.
 Error withPath(Error error, const QString &path)
 {
-    if (error.path.isEmpty())
+    if (error.path.isEmpty() || isTemporaryName(platform::nameOf(error.path)))
         error.path = path;
     return error;
 }
@@ -55,7 +56,7 @@ Result<FileCopy> FileCopy::prepare(
         return tl::unexpected(withPath(before.error(), from.path()));
     auto temporary = TemporaryFile::create(folder);
     if (!temporary)
-        return tl::unexpected(temporary.error());
+        return tl::unexpected(withPath(temporary.error(), from.path()));
     FileCopy copy(from, std::move(*source), *before, std::move(*temporary));
     if (const auto filled = copy.fill(watch); !filled)
         return tl::unexpected(withPath(filled.error(), from.path()));
@@ -130,7 +131,8 @@ Result<void> FileCopy::place(const QString &name, Placing placing)
     // Last of all, so that nobody could open the copy as long as it was not whole.
     if (auto permitted = unlessRefused(m_temporary.file().takePermissions(*m_source)); !permitted)
         return tl::unexpected(withPath(permitted.error(), m_from.path()));
-    return placing == Placing::New ? m_temporary.moveToNew(name) : m_temporary.moveTo(name);
+    const auto placed = placing == Placing::New ? m_temporary.moveToNew(name) : m_temporary.moveTo(name);
+    return placed.map_error([&](const Error &error) { return withPath(error, m_from.path()); });
 }
 
 } // namespace ravlin::storage

@@ -39,11 +39,13 @@ QString questionAbout(const Clash &clash, const Captions &captions)
 {
     const QString folder = platform::folderOf(clash.target);
     const QString folderName = platform::nameOf(folder);
-    const QStringList lines{captions.text(Text::ClashInFolder)
-                                .arg(shownInSentence(platform::nameOf(clash.target)),
-                                    shownInSentence(folderName.isEmpty() ? folder : folderName)),
+    QStringList lines{captions.text(Text::ClashInFolder)
+                          .arg(shownInSentence(platform::nameOf(clash.target)),
+                              shownInSentence(folderName.isEmpty() ? folder : folderName)),
         QString(), captions.text(Text::ClashPresent).arg(descriptionOf(clash.targetNode, captions)),
         captions.text(Text::ClashComing).arg(descriptionOf(clash.sourceNode, captions))};
+    if (clash.canReplace && !clash.isMerge)
+        lines << QString() << captions.text(clash.hasTrash ? Text::ClashToTrash : Text::ClashToLose);
     return lines.join(u'\n');
 }
 

@@ -23,9 +23,7 @@ void ElidedLabel::setFullText(const QString &text, const QString &detail)
 
 QSize ElidedLabel::sizeHint() const
 {
-    const QMargins around = contentsMargins();
-    const int width = fontMetrics().horizontalAdvance(m_fullText) + 2 * margin() + around.left() + around.right();
-    return {width, minimumSizeHint().height()};
+    return {fontMetrics().horizontalAdvance(m_fullText) + 2 * margin(), minimumSizeHint().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const

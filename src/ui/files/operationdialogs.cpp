@@ -53,7 +53,10 @@ Text headlineOf(OperationKind kind)
 QString reasonOf(const FileFailure &failure, const OperationReport &report, const Captions &captions)
 {
     const bool isUndo = report.kind == OperationKind::Undo;
+    // What was in the list a moment ago: "does not exist" would sound as if it never had.
+    const bool isGone = failure.error.code == ErrorCode::NotFound && failure.error.path == failure.path;
     QString reason = isUndo && failure.error.code == ErrorCode::Unsupported ? captions.text(Text::UndoImpossible)
+                     : isGone                                               ? captions.text(Text::OutcomeGone)
                                                                             : captions.errorText(failure.error.code);
     // Name the file inside the folder.
     if (!failure.error.path.isEmpty() && failure.error.path != failure.path)
@@ -78,14 +81,25 @@ QStringList outcomeLines(const OperationReport &report, const Captions &captions
         lines << line(path, untouched);
     for (const QString &path : report.skipped)
         lines << line(path, captions.text(Text::OutcomeSkipped));
+    bool isDriveNamed = false; // one that is read-only, once for all files on it
+    for (const FileFailure &failure : report.inBothPlaces) {
+        QString text = captions.text(Text::OutcomeInBothPlaces);
+        const bool isReadOnly = failure.error.code == ErrorCode::ReadOnlyDrive;
+        if (!isReadOnly || !isDriveNamed)
+            text += QStringLiteral(" (%1)").arg(reasonOf(failure, report, captions));
+        isDriveNamed = isDriveNamed || isReadOnly;
+        lines << line(failure.path, text);
+    }
+    const Text lost = report.kind == OperationKind::Undo ? Text::OutcomeLost : Text::OutcomeReplacedLost;
     for (const QString &path : report.lost)
-        lines << line(path, captions.text(Text::OutcomeLost));
+        lines << line(path, captions.text(lost));
     return lines;
 }
 
 QString outcomeHeadline(const OperationReport &report, const Captions &captions)
 {
-    const auto notDone = static_cast<qsizetype>(report.failures.size()) + report.notDone.size() + report.skipped.size();
+    const auto notDone = static_cast<qsizetype>(report.failures.size() + report.inBothPlaces.size()) +
+                         report.notDone.size() + report.skipped.size();
     return captions.text(headlineOf(report.kind)).arg(report.doneCount).arg(notDone);
 }
 
@@ -120,9 +134,13 @@ bool OperationDialogs::confirmTrash(const QStringList &paths)
     return ask(questionAbout(paths, {Text::AskTrashFile, Text::AskTrashFiles, Text::AskTrashFolder}), paths, false);
 }
 
-bool OperationDialogs::confirmDeleteForGood(const QStringList &paths)
+bool OperationDialogs::confirmDeleteForGood(const QStringList &paths, NoWayBack reason)
 {
-    return ask(questionAbout(paths, {Text::AskDeleteFile, Text::AskDeleteFiles, Text::AskDeleteFolder}), paths, true);
+    const Question question =
+        reason == NoWayBack::TrashFull
+            ? Question{Text::AskDeleteFileFull, Text::AskDeleteFilesFull, Text::AskDeleteFolderFull}
+            : Question{Text::AskDeleteFile, Text::AskDeleteFiles, Text::AskDeleteFolder};
+    return ask(questionAbout(paths, question), paths, true);
 }
 
 /// Enter may put files into the trash, which gives them back, but must not delete for good.
@@ -161,6 +179,7 @@ bool OperationDialogs::runLong(OperationKind /*kind*/, const std::function<void(
 
 void OperationDialogs::tell(const OperationReport &report)
 {
+    m_hasWorked = true; // a file that is not there any more is listed no longer
     OutcomeBox(m_captions, outcomeHeadline(report, m_captions), outcomeLines(report, m_captions), m_window).exec();
 }
 

@@ -28,7 +28,7 @@ public:
 
     ClashDecision askClash(const Clash &clash) override;
     bool confirmTrash(const QStringList &paths) override;
-    bool confirmDeleteForGood(const QStringList &paths) override;
+    bool confirmDeleteForGood(const QStringList &paths, NoWayBack reason) override;
     bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) override;
     void tell(const OperationReport &report) override;
 

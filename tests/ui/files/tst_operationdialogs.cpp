@@ -106,12 +106,16 @@ private Q_SLOTS:
         QVERIFY(m_dialogs->confirmTrash({native(u"/music/a.mp3"_s)}));
         QCOMPARE(m_default, u"Yes"_s);
         answerNext(QMessageBox::Yes);
-        QVERIFY(m_dialogs->confirmDeleteForGood({native(u"/music/a.mp3"_s)}));
+        QVERIFY(m_dialogs->confirmDeleteForGood({native(u"/music/a.mp3"_s)}, NoWayBack::NoTrash));
         QCOMPARE(m_default, u"No"_s);
         QCOMPARE(m_said.front(), u"this drive has no trash. delete “a.mp3” for good?"_s);
         answerNext(QMessageBox::No);
-        QVERIFY(!m_dialogs->confirmDeleteForGood({u"/a"_s, u"/b"_s}));
+        QVERIFY(!m_dialogs->confirmDeleteForGood({u"/a"_s, u"/b"_s}, NoWayBack::NoTrash));
         QCOMPARE(m_said.front(), u"this drive has no trash. delete 2 files for good?"_s);
+        answerNext(QMessageBox::No);
+        QVERIFY(!m_dialogs->confirmDeleteForGood({native(u"/music/a.mp3"_s)}, NoWayBack::TrashFull));
+        QCOMPARE(m_said.front(), u"the drive is full, and the trash has no room. delete “a.mp3” for good?"_s);
+        QCOMPARE(m_default, u"No"_s);
     }
 
     void theQuestionAboutATakenNameTellsBothFiles()
@@ -121,7 +125,14 @@ private Q_SLOTS:
         QVERIFY2(text.startsWith(u"“a.mp3” exists already in “to”"_s), qPrintable(text));
         QVERIFY2(text.contains(u"in place: "_s + QLocale().formattedDataSize(100)), qPrintable(text));
         QVERIFY2(text.contains(u"coming: "_s + QLocale().formattedDataSize(2048)), qPrintable(text));
+        QVERIFY2(text.endsWith(u"a replaced file goes into the trash"_s), qPrintable(text));
         QVERIFY(dialog.findChild<QPushButton *>(u"takenNameSkip"_s)->isDefault());
+        Clash lasting = clash();
+        lasting.hasTrash = false;
+        const ClashDialog warning(m_captions, lasting, nullptr);
+        QVERIFY(warning.findChild<QLabel *>(u"takenNameQuestion"_s)
+                    ->text()
+                    .endsWith(u"this drive has no trash: a replaced file is lost"_s));
     }
 
     void foldersAreMergedAndWhatCanNotBeReplacedIsNotOffered()
@@ -167,13 +178,20 @@ private Q_SLOTS:
         report.failures.push_back({u"/m/cd"_s, Error{ErrorCode::AccessDenied, u"/m/cd/secret.mp3"_s, {}}});
         report.notDone = QStringList{u"/m/later.mp3"_s};
         report.skipped = QStringList{u"/m/there.mp3"_s};
-        report.lost = QStringList{u"/m/gone.mp3"_s};
-        QCOMPARE(outcomeHeadline(report, m_captions), u"moved: 3; not moved: 4"_s);
+        report.lost = QStringList{u"/m/lost.mp3"_s};
+        report.inBothPlaces.push_back({u"/m/both.mp3"_s, Error{ErrorCode::ReadOnlyDrive, u"/m/both.mp3"_s, {}}});
+        report.inBothPlaces.push_back({u"/m/more.mp3"_s, Error{ErrorCode::ReadOnlyDrive, u"/m/more.mp3"_s, {}}});
+        report.failures.push_back({u"/m/gone.mp3"_s, Error{ErrorCode::NotFound, u"/m/gone.mp3"_s, {}}});
+        QCOMPARE(outcomeHeadline(report, m_captions), u"moved: 3; not moved: 7"_s);
         QCOMPARE(outcomeLines(report, m_captions),
             (QStringList{u"/m/full.mp3: the disk is full"_s,
                 u"/m/cd: the system refuses access to the file (/m/cd/secret.mp3)"_s,
-                u"/m/later.mp3: not begun, it is as it was"_s, u"/m/there.mp3: skipped"_s,
-                u"/m/gone.mp3: moved back; the file that it had replaced is lost"_s}));
+                u"/m/gone.mp3: it is gone: it was not there any more"_s, u"/m/later.mp3: not begun, it is as it was"_s,
+                u"/m/there.mp3: skipped"_s,
+                u"/m/both.mp3: copied in full, but the original is still there: it is now in both places (the drive is "
+                "read-only)"_s,
+                u"/m/more.mp3: copied in full, but the original is still there: it is now in both places"_s,
+                u"/m/lost.mp3: replaced; the trash had no room for the former file, which is lost"_s}));
         report.wasStopped = true;
         QVERIFY(outcomeLines(report, m_captions).contains(u"/m/later.mp3: stopped before it was done"_s));
     }
@@ -182,6 +200,10 @@ private Q_SLOTS:
     {
         OperationReport report;
         report.kind = OperationKind::Undo;
+        report.lost = QStringList{u"/m/lost.mp3"_s};
+        QCOMPARE(outcomeLines(report, m_captions),
+            QStringList{u"/m/lost.mp3: moved back; the file that it had replaced is lost"_s});
+        report.lost.clear();
         report.failures.push_back({u"/m/a.mp3"_s, Error{ErrorCode::Unsupported, u"/m/a.mp3"_s, {}}});
         QCOMPARE(outcomeLines(report, m_captions),
             QStringList{u"/m/a.mp3: it was deleted for good or has replaced another file"_s});

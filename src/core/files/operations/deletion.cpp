@@ -2,14 +2,31 @@
 #include "core/files/operations/deletion.h"
 
 #include "core/platform/fileio.h"
+#include "core/platform/nodes.h"
 #include "core/platform/path.h"
 
-#include <algorithm>
-#include <iterator>
+#include <QSet>
 
 namespace ravlin {
 
 namespace {
+
+/// The read-only drives that were met: one is told once, not for each file on it.
+class ReadOnlyDrives
+{
+public:
+    void add(const QString &path) { m_devices.insert(deviceOf(path)); }
+    bool hold(const QString &path) const { return !m_devices.isEmpty() && m_devices.contains(deviceOf(path)); }
+
+private:
+    static quint64 deviceOf(const QString &path)
+    {
+        const auto node = platform::nodeAt(path);
+        return node ? node->info.device : 0;
+    }
+
+    QSet<quint64> m_devices;
+};
 
 /// Calls remove(path, report) for each path until a stop.
 template <typename Remove>
@@ -18,20 +35,24 @@ DeletionReport each(const QStringList &paths, const Watch &watch, Remove remove)
     DeletionReport report;
     Progress progress;
     progress.total = paths.size();
+    ReadOnlyDrives readOnly;
     for (const QString &given : paths) {
         const QString path = platform::withoutEndSeparator(given);
-        if (watch.stop.stop_requested()) {
+        report.wasStopped = report.wasStopped || watch.stop.stop_requested();
+        if (report.wasStopped || readOnly.hold(path)) {
             report.notDone.append(path);
             continue;
         }
         progress.path = path;
         watch.report(progress);
-        if (const Result<void> removed = remove(path, report); !removed)
+        if (const Result<void> removed = remove(path, report); !removed) {
             report.failures.push_back({path, removed.error()});
+            if (removed.error().code == ErrorCode::ReadOnlyDrive)
+                readOnly.add(path);
+        }
         ++progress.done;
     }
     watch.report(progress);
-    report.wasStopped = !report.notDone.isEmpty();
     return report;
 }
 
@@ -40,9 +61,23 @@ DeletionReport each(const QStringList &paths, const Watch &watch, Remove remove)
 QStringList withoutTrash(const QStringList &paths)
 {
     QStringList found;
-    std::copy_if(paths.begin(), paths.end(), std::back_inserter(found),
-        [](const QString &path) { return !platform::hasTrash(platform::withoutEndSeparator(path)); });
+    for (const QString &given : paths) {
+        const QString path = platform::withoutEndSeparator(given);
+        if (platform::nodeAt(path) && !platform::hasTrash(path) && !platform::isOnReadOnlyDrive(path))
+            found.append(given);
+    }
     return found;
+}
+
+DeletionReport undeletable(const QStringList &paths)
+{
+    return each(paths, {}, [](const QString &path, DeletionReport &) -> Result<void> {
+        if (const auto node = platform::nodeAt(path); !node)
+            return tl::unexpected(node.error());
+        if (platform::isOnReadOnlyDrive(path))
+            return tl::unexpected(Error{ErrorCode::ReadOnlyDrive, path, {}});
+        return {};
+    });
 }
 
 DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch)

@@ -5,6 +5,8 @@
 
 #include "core/platform/path.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace ravlin {
@@ -38,20 +40,22 @@ OperationReport reportOf(TransferKind kind, const TransferReport &report)
 {
     OperationReport told;
     told.kind = kind == TransferKind::Copy ? OperationKind::Copy : OperationKind::Move;
-    told.doneCount = static_cast<qsizetype>(report.done.size());
+    told.doneCount = report.doneCount();
     told.failures = report.failures;
+    told.inBothPlaces = report.inBothPlaces;
+    told.lost = report.lost;
     told.skipped = report.skipped;
     told.notDone = report.notDone;
     told.wasStopped = report.wasStopped;
     return told;
 }
 
-/// Removes and returns the paths whose lack of a trash showed only when they were to go there.
-QStringList takeOutWithoutTrash(DeletionReport &report)
+/// Removes and returns the paths that could not go into the trash for that reason.
+QStringList takeOut(DeletionReport &report, ErrorCode reason)
 {
     QStringList paths;
     std::erase_if(report.failures, [&](const FileFailure &failure) {
-        if (failure.error.code != ErrorCode::NoTrash)
+        if (failure.error.code != reason)
             return false;
         paths.append(failure.path);
         return true;
@@ -59,8 +63,19 @@ QStringList takeOutWithoutTrash(DeletionReport &report)
     return paths;
 }
 
+/// The paths that are not in the report of those that can't be deleted.
+QStringList deletable(QStringList paths, const DeletionReport &refused)
+{
+    QSet<QString> out(refused.notDone.begin(), refused.notDone.end());
+    for (const FileFailure &failure : refused.failures)
+        out.insert(failure.path);
+    paths.removeIf([&](const QString &path) { return out.contains(platform::withoutEndSeparator(path)); });
+    return paths;
+}
+
 void append(DeletionReport &report, const DeletionReport &further)
 {
+    report.trashed.insert(report.trashed.end(), further.trashed.begin(), further.trashed.end());
     report.deleted.append(further.deleted);
     report.failures.insert(report.failures.end(), further.failures.begin(), further.failures.end());
     report.notDone.append(further.notDone);
@@ -90,6 +105,8 @@ int FileOperations::finish(const OperationReport &report)
         m_host.tell(report);
     if (!report.failures.empty())
         return resultOf(report.failures.front().error.code);
+    if (!report.inBothPlaces.empty())
+        return resultOf(report.inBothPlaces.front().error.code);
     return report.wasStopped ? ResultCancelled : ResultDone;
 }
 
@@ -124,32 +141,26 @@ int FileOperations::transfer(const FileRequest &request, TransferKind kind)
 
 int FileOperations::remove(const FileRequest &request)
 {
-    const QStringList paths = sourcePaths(request.source);
-    const bool allowsTrash = (request.flags & FlagAllowUndo) != 0;
-    QStringList forGood = allowsTrash ? withoutTrash(paths) : paths;
-    QStringList forTrash;
-    std::ranges::copy_if(
-        paths, std::back_inserter(forTrash), [&](const QString &path) { return !forGood.contains(path); });
-
-    DeletionReport done;
+    DeletionReport done = undeletable(sourcePaths(request.source));
+    const QStringList paths = deletable(sourcePaths(request.source), done);
+    QStringList withoutWayBack = (request.flags & FlagAllowUndo) != 0 ? withoutTrash(paths) : paths;
+    QStringList forTrash = paths;
+    forTrash.removeIf([&](const QString &path) { return withoutWayBack.contains(path); });
+    QStringList tooFull;
     if (!forTrash.isEmpty()) {
         const bool asks = (request.flags & FlagNoConfirmation) == 0;
         if (asks && !m_host.confirmTrash(forTrash))
             return ResultCancelled;
-        const bool ran =
-            m_host.runLong(OperationKind::Trash, [&](const Watch &watch) { done = putIntoTrash(forTrash, watch); });
+        const bool ran = m_host.runLong(
+            OperationKind::Trash, [&](const Watch &watch) { append(done, putIntoTrash(forTrash, watch)); });
         if (!ran)
             return ResultCancelled;
-        forGood += takeOutWithoutTrash(done);
+        withoutWayBack += takeOut(done, ErrorCode::NoTrash);
+        tooFull = takeOut(done, ErrorCode::NoSpace);
     }
     // Ask separately: a yes to the trash is not a yes to losing files.
-    const bool deletes = !forGood.isEmpty() && !done.wasStopped && m_host.confirmDeleteForGood(forGood);
-    if (deletes) {
-        const bool ran = m_host.runLong(OperationKind::DeleteForGood,
-            [&](const Watch &watch) { append(done, deleteForGood(m_fileSystem, forGood, watch)); });
-        if (!ran)
-            return ResultCancelled;
-    }
+    const bool areDeleted = removeForGood(withoutWayBack, NoWayBack::NoTrash, done);
+    const bool areAllDeleted = removeForGood(tooFull, NoWayBack::TrashFull, done) && areDeleted;
     m_history.addDeletion(done);
     OperationReport report;
     report.kind = forTrash.isEmpty() ? OperationKind::DeleteForGood : OperationKind::Trash;
@@ -158,7 +169,18 @@ int FileOperations::remove(const FileRequest &request)
     report.notDone = done.notDone;
     report.wasStopped = done.wasStopped;
     const int result = finish(report);
-    return result == ResultDone && !forGood.isEmpty() && !deletes ? ResultCancelled : result;
+    return result == ResultDone && !areAllDeleted ? ResultCancelled : result;
+}
+
+/// Asks first. Returns false if they stay.
+bool FileOperations::removeForGood(const QStringList &paths, NoWayBack reason, DeletionReport &done)
+{
+    if (paths.isEmpty())
+        return true;
+    if (done.wasStopped || !m_host.confirmDeleteForGood(paths, reason))
+        return false;
+    return m_host.runLong(OperationKind::DeleteForGood,
+        [&](const Watch &watch) { append(done, deleteForGood(m_fileSystem, paths, watch)); });
 }
 
 int FileOperations::rename(const FileRequest &request)

@@ -16,13 +16,21 @@ struct OperationReport
     OperationKind undone = OperationKind::Copy; ///< by an undo
     qsizetype doneCount = 0;
     std::vector<FileFailure> failures;
-    QStringList skipped; ///< by the user's answers
-    QStringList notDone; ///< because of a stop or a full disk
-    QStringList lost;    ///< see UndoReport
+    QStringList skipped;                   ///< by the user's answers
+    QStringList notDone;                   ///< because of a stop or a full disk
+    QStringList lost;                      ///< see UndoReport and TransferReport
+    std::vector<FileFailure> inBothPlaces; ///< see TransferReport
     bool wasStopped = false;
 
     /// Whether the user knows all of it already.
-    bool isComplete() const { return failures.empty() && notDone.isEmpty() && lost.isEmpty(); }
+    bool isComplete() const { return failures.empty() && notDone.isEmpty() && lost.isEmpty() && inBothPlaces.empty(); }
+};
+
+/// Why something can only be deleted for good.
+enum class NoWayBack
+{
+    NoTrash,  ///< its drive has none, or the trash is not wanted
+    TrashFull ///< its drive is too full to put anything into the trash
 };
 
 /// What FileOperations needs of the window. All calls come on the thread that FileOperations is called on.
@@ -35,9 +43,8 @@ public:
     virtual ClashDecision askClash(const Clash &clash) = 0;
     /// Asks before files and folders go into the trash.
     virtual bool confirmTrash(const QStringList &paths) = 0;
-    /// Asks before files and folders are deleted for good: those whose drive has no trash, or all if the trash is not
-    /// wanted.
-    virtual bool confirmDeleteForGood(const QStringList &paths) = 0;
+    /// Asks before files and folders are deleted for good.
+    virtual bool confirmDeleteForGood(const QStringList &paths, NoWayBack reason) = 0;
     /// Runs the work on a thread of its own, shows its progress and lets the user stop it; returns when it is done.
     /// Short work may show nothing. Returns false, with nothing done, while other work is running.
     virtual bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) = 0;
@@ -65,6 +72,7 @@ public:
 private:
     int transfer(const FileRequest &request, TransferKind kind);
     int remove(const FileRequest &request);
+    bool removeForGood(const QStringList &paths, NoWayBack reason, DeletionReport &done);
     int rename(const FileRequest &request);
     int finish(const OperationReport &report);
 

@@ -8,19 +8,22 @@ namespace ravlin {
 using platform::Node;
 using platform::NodeKind;
 
-Result<void> CopyQueue::add(const CopiedNode &copied, const TransferItem *item, bool replaces)
+Result<void> CopyQueue::add(const CopiedNode &copied, const TransferItem *item)
 {
     auto copy = storage::FileCopy::prepare(copied.source, copied.target.folder, m_watch);
     if (!copy)
         return tl::unexpected(copy.error());
     Pending &pending = m_pending.emplace_back(Pending{{copied, item, {}}, std::move(*copy), {}});
-    const auto placing = replaces ? storage::Placing::InPlaceOf : storage::Placing::New;
+    const bool replaces = item != nullptr && item->replaces();
     // Deferred only if the system has no threads left: then settle() does the work.
-    pending.outcome = std::async(std::launch::async | std::launch::deferred, [this, &pending, placing] {
+    pending.outcome = std::async(std::launch::async | std::launch::deferred, [this, &pending, replaces] {
         m_mayWait.acquire();
         const auto ended = qScopeGuard([this] { m_mayWait.release(); });
-        return pending.copy.secure(m_check).and_then(
-            [&] { return pending.copy.place(pending.result.copied.target.name, placing); });
+        const platform::Place &target = pending.result.copied.target;
+        return pending.copy.secure(m_check).and_then([&] {
+            return putInPlace(
+                target, replaces, [&](storage::Placing placing) { return pending.copy.place(target.name, placing); });
+        });
     });
     return {};
 }
@@ -86,7 +89,7 @@ Result<void> FolderCopy::take(std::size_t level, const CopiedNode &found)
             if (auto settled = settle(); !settled)
                 return settled;
         }
-        return m_queue.add(entry, nullptr, false);
+        return m_queue.add(entry, nullptr);
     case NodeKind::Link:
         m_levels[level].copied.push_back({entry.source.name, *node});
         return entry.target.folder->copyLink(*entry.source.folder, entry.source.name, entry.target.name);
@@ -121,7 +124,7 @@ Result<void> FolderCopy::settle()
         if (settled.outcome)
             m_levels[settled.copied.level].copied.push_back({settled.copied.source.name, settled.copied.node});
         else if (outcome)
-            outcome = settled.outcome;
+            outcome = tl::unexpected(settled.outcome.error());
     }
     return outcome;
 }

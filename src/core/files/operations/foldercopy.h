@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/files/operations/replacing.h"
 #include "core/files/operations/transfer.h"
 #include "core/storage/copyfile.h"
 
@@ -29,15 +30,16 @@ class CopyQueue
 public:
     CopyQueue(storage::CopyWatch watch, storage::CopyCheck check) : m_watch(std::move(watch)), m_check(check) {}
 
-    /// Begins the copy, or returns why it cannot begin. settle() returns how it ended. item: for the report.
-    Result<void> add(const CopiedNode &copied, const TransferItem *item, bool replaces);
+    /// Begins the copy, or returns why it cannot begin. settle() returns how it ended. item: for the report; null: the
+    /// name is free.
+    Result<void> add(const CopiedNode &copied, const TransferItem *item);
     bool isFull() const { return m_pending.size() >= Most; }
 
     struct Settled
     {
         CopiedNode copied;
         const TransferItem *item = nullptr;
-        Result<void> outcome;
+        Result<Replaced> outcome;
     };
     /// Waits for all copies that were begun and returns them in that order.
     std::vector<Settled> settle();
@@ -47,7 +49,7 @@ private:
     {
         Settled result;
         storage::FileCopy copy;
-        std::future<Result<void>> outcome; ///< last: its destructor waits for the thread, which uses the rest
+        std::future<Result<Replaced>> outcome; ///< last: its destructor waits for the thread, which uses the rest
     };
     static constexpr std::ptrdiff_t MostWaiting = 8; ///< for the disk at once
     static constexpr std::size_t Most = 64;          ///< files open at once: two descriptors each, and their folders'

@@ -3,6 +3,7 @@
 
 #include "core/files/renaming/renaming.h"
 #include "core/platform/nodes.h"
+#include "core/platform/trash.h"
 
 #include <QSet>
 #include <QString>
@@ -20,7 +21,8 @@
 ///   name that storage::isLeftoverName() knows.
 /// - A move to another drive deletes the source only after all of it was copied, synced and compared.
 /// - If anything of a source fails, or it is stopped, the source stays whole and nothing of it appears at the target.
-/// - Nothing is overwritten without the answer Replace. A folder never replaces a file, nor a file a folder, and a
+/// - Nothing is overwritten without the answer Replace. What is replaced goes into the trash first; where there is none
+///   or it is full, it is lost. A folder never replaces a file, nor a file a folder, and a
 /// folder
 ///   never goes into itself.
 /// - Symbolic links are copied and moved as links.
@@ -50,6 +52,7 @@ struct Clash
     /// source of the same request gets.
     bool canReplace = true;
     bool isMerge = false; ///< both are folders; Replace leads to questions about their entries
+    bool hasTrash = true; ///< the target's drive has one, for what is replaced
 };
 
 /// A source or, in a folder that is merged into another, one of its entries.
@@ -95,8 +98,9 @@ struct TransferStep
     QString target;
     bool isMove = false; ///< the source is gone
     bool isFolder = false;
-    bool replaced = false;   ///< the file that bore the name is lost
-    platform::FileInfo made; ///< the target, as it was left
+    bool replaced = false;                             ///< a file or link bore the name
+    std::optional<platform::TrashedItem> trashed = {}; ///< that one; if it is none, it is lost
+    platform::FileInfo made;                           ///< the target, as it was left
 };
 
 struct FileFailure
@@ -109,15 +113,21 @@ struct TransferReport
 {
     std::vector<TransferStep> done;
     std::vector<FileFailure> failures;
+    /// Moved files and folders that are in both places: the copy is complete, but the source could not be deleted, or
+    /// not all of it. Each has a step as well, whose isMove is false.
+    std::vector<FileFailure> inBothPlaces;
+    QStringList lost;    ///< targets whose former file was to go into the trash, which had no room
     QStringList skipped; ///< by an answer
-    QStringList notDone; ///< not begun, or given up without a trace, after a stop or on a full disk
+    QStringList notDone; ///< not begun, or given up without a trace, after a stop or on a full or read-only disk
     bool wasStopped = false;
 
-    bool isComplete() const { return failures.empty() && notDone.isEmpty(); }
+    bool isComplete() const { return failures.empty() && inBothPlaces.empty() && notDone.isEmpty(); }
+    /// Copied, or moved so that the source is gone.
+    qsizetype doneCount() const { return static_cast<qsizetype>(done.size() - inBothPlaces.size()); }
 };
 
 /// Carries the plan out. Reports sources and bytes; a stop ends even the copying of a long file. Begins no further
-/// source once the target's drive is full.
+/// source once the target's drive is full or turns out to be read-only.
 TransferReport runTransfer(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch = {});
 
 } // namespace ravlin

@@ -68,7 +68,7 @@ Result<TransferPlan> Planner::make()
     if (!info)
         return tl::unexpected(info.error());
     if (!info->isFolder)
-        return tl::unexpected(failure(ErrorCode::NotFound, folder, QStringLiteral("not a folder")));
+        return tl::unexpected(failure(ErrorCode::NotAFolder, folder));
     const auto canonical = m_fileSystem.canonicalPath(folder);
     if (!canonical)
         return tl::unexpected(canonical.error());
@@ -156,6 +156,7 @@ std::optional<Clash> Planner::clashOf(const TransferItem &item, bool isTopLevel)
     const bool isItself = isOtherCase || (place && aim && *place == *aim);
     clash.canReplace = isFolder == ontoFolder && !isItself && present->kind != NodeKind::Other &&
                        !(isFolder && present->isSameAs(item.node));
+    clash.hasTrash = !clash.canReplace || clash.isMerge || platform::hasTrash(item.target);
     return clash;
 }
 

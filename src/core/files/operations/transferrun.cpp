@@ -6,7 +6,9 @@
 #include "core/platform/path.h"
 #include "core/storage/leftovers.h"
 
-#include <QSet>
+#include <QHash>
+
+#include <algorithm>
 
 namespace ravlin {
 
@@ -71,6 +73,22 @@ private:
     std::shared_ptr<platform::HeldFolder> m_folder;
 };
 
+/// Names the place in the source instead of the one in an unfinished folder, of which the user knows nothing.
+Error inUsersWords(Error error, const TransferItem &item)
+{
+    const QStringList names = error.path.split(platform::Separator);
+    const auto unfinished =
+        std::ranges::find_if(names, [](const QString &name) { return storage::isTemporaryName(name); });
+    if (unfinished == names.end())
+        return error;
+    error.path = item.source;
+    if (item.node.kind == NodeKind::Folder) {
+        for (auto name = unfinished + 1; name != names.end(); ++name)
+            error.path = platform::inFolder(error.path, *name);
+    }
+    return error;
+}
+
 class Runner
 {
 public:
@@ -88,15 +106,16 @@ private:
     void take(const TransferItem &item);
     void takeFree(const TransferItem &item);
     void merge(const TransferItem &item);
-    Result<void> rename(const TransferItem &item);
+    Result<Replaced> rename(const TransferItem &item);
     void copyOne(const TransferItem &item, const CopiedNode &copied);
     Result<CopiedNode> placesOf(const TransferItem &item);
-    static Result<void> copyLinkTo(const TransferItem &item, const CopiedNode &copied);
+    static Result<Replaced> copyLinkTo(const TransferItem &item, const CopiedNode &copied);
     void copyFolder(const TransferItem &item, const CopiedNode &copied);
     void settle();
     void removeSources(const std::vector<CopyQueue::Settled> &copied);
-    void fail(const QString &source, const Error &error);
-    void done(const TransferItem &item, bool isMove);
+    void fail(const TransferItem &item, const Error &error);
+    void done(const TransferItem &item, bool isMove, const Replaced &replaced = {});
+    void doneExceptSource(const TransferItem &item, const Error &error, const Replaced &replaced = {});
 
     platform::FileSystem &m_fileSystem;
     const TransferPlan &m_plan;
@@ -105,7 +124,7 @@ private:
     LastFolder m_sources;
     LastFolder m_targets;
     CopyQueue m_queue;
-    bool m_isFull = false; ///< the target's drive
+    bool m_takesNoMore = false; ///< the target's drive is full or read-only
     TransferReport m_report;
 };
 
@@ -123,14 +142,14 @@ TransferReport Runner::run()
 void Runner::take(const TransferItem &item)
 {
     if (item.error) {
-        fail(item.source, *item.error);
+        fail(item, *item.error);
         return;
     }
     if (item.isSkipped()) {
         m_report.skipped.append(item.source);
         return;
     }
-    if (m_stop.stop_requested() || m_isFull) {
+    if (m_stop.stop_requested() || m_takesNoMore) {
         m_report.notDone.append(item.source);
         return;
     }
@@ -145,21 +164,21 @@ void Runner::take(const TransferItem &item)
 void Runner::takeFree(const TransferItem &item)
 {
     if (moves()) {
-        const Result<void> renamed = rename(item);
+        const Result<Replaced> renamed = rename(item);
         if (renamed) {
             m_progress.advance(item.bytes);
-            done(item, true);
+            done(item, true, *renamed);
             return;
         }
         // Unsupported: another drive, or the same one mounted elsewhere.
         if (renamed.error().code != ErrorCode::Unsupported) {
-            fail(item.source, renamed.error());
+            fail(item, renamed.error());
             return;
         }
     }
     const auto copied = placesOf(item);
     if (!copied)
-        fail(item.source, copied.error());
+        fail(item, copied.error());
     else if (item.node.kind == NodeKind::Folder)
         copyFolder(item, *copied);
     else
@@ -187,18 +206,25 @@ void Runner::merge(const TransferItem &item)
         static_cast<void>(source->folder->removeFolder(source->name));
 }
 
-Result<void> Runner::rename(const TransferItem &item)
+Result<Replaced> Runner::rename(const TransferItem &item)
 {
+    const auto nothing = [] { return Replaced(); };
     if (!item.replaces())
-        return storage::renameFile(m_fileSystem, item.source, item.target);
+        return storage::renameFile(m_fileSystem, item.source, item.target).map(nothing);
     const auto places = placesOf(item);
     if (!places)
         return tl::unexpected(places.error());
     const auto &[source, target, node, level] = *places;
+    const auto folder = target.folder->info();
+    if (folder && folder->device != item.node.info.device)
+        return tl::unexpected(Error{ErrorCode::Unsupported, item.source, QStringLiteral("another drive")});
     // Two names of one file, where the system's rename does nothing.
     if (const auto present = target.folder->node(target.name); present && present->isSameAs(item.node))
-        return source.folder->remove(source.name);
-    return source.folder->replace(source.name, *target.folder, target.name);
+        return source.folder->remove(source.name).map(nothing);
+    return putInPlace(target, true, [&](storage::Placing placing) {
+        return placing == storage::Placing::New ? source.folder->renameNew(source.name, *target.folder, target.name)
+                                                : source.folder->replace(source.name, *target.folder, target.name);
+    });
 }
 
 void Runner::copyOne(const TransferItem &item, const CopiedNode &copied)
@@ -207,63 +233,68 @@ void Runner::copyOne(const TransferItem &item, const CopiedNode &copied)
     if (item.node.kind == NodeKind::File) {
         if (m_queue.isFull())
             settle();
-        if (m_isFull) {
+        if (m_takesNoMore) {
             m_report.notDone.append(item.source);
             return;
         }
-        begun = m_queue.add(copied, &item, item.replaces());
+        begun = m_queue.add(copied, &item);
     } else if (item.node.kind == NodeKind::Link) {
-        begun = copyLinkTo(item, copied);
-        if (begun)
-            removeSources({{copied, &item, {}}});
+        const auto linked = copyLinkTo(item, copied);
+        if (linked)
+            removeSources({{copied, &item, *linked}});
+        else
+            begun = tl::unexpected(linked.error());
     } else {
         begun = tl::unexpected(Error{ErrorCode::NotAFile, item.source, QStringLiteral("a device, pipe or socket")});
     }
     if (!begun)
-        fail(item.source, begun.error());
+        fail(item, begun.error());
 }
 
-Result<void> Runner::copyLinkTo(const TransferItem &item, const CopiedNode &copied)
+Result<Replaced> Runner::copyLinkTo(const TransferItem &item, const CopiedNode &copied)
 {
     const platform::Place &source = copied.source;
     const platform::Place &target = copied.target;
     if (!item.replaces())
-        return target.folder->copyLink(*source.folder, source.name, target.name);
+        return target.folder->copyLink(*source.folder, source.name, target.name).map([] { return Replaced(); });
     // Keep it in a temporary folder until it takes the other's place.
     const auto temporary = storage::TemporaryFolder::create(target.folder);
     if (!temporary)
         return tl::unexpected(temporary.error());
     platform::HeldFolder &between = *temporary->folder();
-    const QString name = QStringLiteral("link");
-    return between.copyLink(*source.folder, source.name, name).and_then([&] {
-        return between.replace(name, *target.folder, target.name);
+    return between.copyLink(*source.folder, source.name, source.name).and_then([&] {
+        return putInPlace(target, true, [&](storage::Placing placing) {
+            return placing == storage::Placing::New ? between.renameNew(source.name, *target.folder, target.name)
+                                                    : between.replace(source.name, *target.folder, target.name);
+        });
     });
 }
 
 void Runner::copyFolder(const TransferItem &item, const CopiedNode &copied)
 {
     settle();
-    if (m_isFull) {
+    if (m_takesNoMore) {
         m_report.notDone.append(item.source);
         return;
     }
     auto temporary = storage::TemporaryFolder::create(copied.target.folder);
     if (!temporary) {
-        fail(item.source, temporary.error());
+        fail(item, temporary.error());
         return;
     }
     FolderCopy copy(m_queue, copied.source, temporary->folder(), m_stop);
     const auto placed = copy.copy().and_then([&] { return temporary->moveToNew(copied.target.name); });
     if (!placed) {
-        fail(item.source, placed.error());
+        fail(item, placed.error());
         return;
     }
     Result<void> removed;
     if (moves())
         removed = copied.target.folder->sync().and_then([&] { return copy.removeSource(); });
-    done(item, moves() && removed);
-    if (!removed)
-        fail(item.source, removed.error());
+    if (removed)
+        done(item, moves());
+    else
+        doneExceptSource(item, removed.error());
 }
 
 void Runner::settle()
@@ -273,7 +304,7 @@ void Runner::settle()
         if (settled.outcome)
             copied.push_back(std::move(settled));
         else
-            fail(settled.item->source, settled.outcome.error());
+            fail(*settled.item, settled.outcome.error());
     }
     removeSources(copied);
 }
@@ -293,27 +324,36 @@ void Runner::removeSources(const std::vector<CopyQueue::Settled> &copied)
             removed =
                 synced.value(folder).and_then([&] { return removeCopied(*source.folder, source.name, node.node); });
         }
-        done(*settled.item, moves() && removed);
-        if (!removed)
-            fail(settled.item->source, removed.error());
+        if (removed)
+            done(*settled.item, moves(), *settled.outcome);
+        else
+            doneExceptSource(*settled.item, removed.error(), *settled.outcome);
     }
 }
 
-void Runner::fail(const QString &source, const Error &error)
+void Runner::fail(const TransferItem &item, const Error &error)
 {
     if (error.code == ErrorCode::Cancelled) {
-        m_report.notDone.append(source);
+        m_report.notDone.append(item.source);
         return;
     }
-    m_isFull = m_isFull || error.code == ErrorCode::NoSpace;
-    m_report.failures.push_back({source, error});
+    m_takesNoMore = m_takesNoMore || error.code == ErrorCode::NoSpace || error.code == ErrorCode::ReadOnlyDrive;
+    m_report.failures.push_back({item.source, inUsersWords(error, item)});
 }
 
-void Runner::done(const TransferItem &item, bool isMove)
+void Runner::done(const TransferItem &item, bool isMove, const Replaced &replaced)
 {
     const auto made = platform::nodeAt(item.target);
-    m_report.done.push_back({item.source, item.target, isMove, item.node.kind == NodeKind::Folder, item.replaces(),
-        made ? made->info : platform::FileInfo()});
+    m_report.done.push_back({item.source, item.target, isMove, item.node.kind == NodeKind::Folder,
+        replaced.trashed || replaced.isLost, replaced.trashed, made ? made->info : platform::FileInfo()});
+    if (replaced.isLost && item.clash->hasTrash)
+        m_report.lost.append(item.target);
+}
+
+void Runner::doneExceptSource(const TransferItem &item, const Error &error, const Replaced &replaced)
+{
+    done(item, false, replaced);
+    m_report.inBothPlaces.push_back({item.source, error});
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 
 #include "core/platform/path.h"
 
+#include <tuple>
+
 namespace ravlin {
 
 namespace {
@@ -51,12 +53,15 @@ public:
 
     Result<void> moveBack(const TransferStep &step);
     Result<void> removeCopy(const TransferStep &step);
+    Result<void> endHalfMove(const TransferStep &step);
 
     UndoReport m_report;
     Progress m_progress;
 
 private:
     Result<void> makeFolder(const QString &path);
+    Result<TransferReport> moveBack(const TransferStep &step, ClashAnswer forFolders);
+    void bringBackReplaced(const TransferStep &step);
 
     platform::FileSystem &m_fileSystem;
     const Watch &m_watch;
@@ -72,32 +77,47 @@ Result<void> Undoing::makeFolder(const QString &path)
     return makeFolder(above).and_then([&] { return m_fileSystem.createFolder(path); });
 }
 
-Result<void> Undoing::moveBack(const TransferStep &step)
+/// forFolders: the answer about a folder that is at the former place.
+Result<TransferReport> Undoing::moveBack(const TransferStep &step, ClashAnswer forFolders)
 {
     // A merge removed folders once they were empty.
     const QString folder = platform::folderOf(step.source);
     const auto made = makeFolder(folder);
     if (!made)
-        return made;
-    const auto plan = makeTransferPlan(
+        return tl::unexpected(made.error());
+    auto plan = makeTransferPlan(
         m_fileSystem, {TransferKind::Move, {step.target}, folder, platform::nameOf(step.source)}, m_watch.stop);
     if (!plan)
         return tl::unexpected(plan.error());
-    const TransferReport report = runTransfer(m_fileSystem, *plan, {.stop = m_watch.stop});
+    std::ignore = answerClashes(*plan,
+        [forFolders](const Clash &clash) { return ClashDecision{clash.isMerge ? forFolders : ClashAnswer::Skip}; });
+    TransferReport report = runTransfer(m_fileSystem, *plan, {.stop = m_watch.stop});
     if (!report.failures.empty())
         return tl::unexpected(report.failures.front().error);
-    if (!report.skipped.isEmpty())
-        return tl::unexpected(Error{ErrorCode::AlreadyExists, step.source, {}});
+    if (!report.inBothPlaces.empty())
+        return tl::unexpected(report.inBothPlaces.front().error);
     if (!report.notDone.isEmpty())
         return tl::unexpected(Error{ErrorCode::Cancelled, step.source, {}});
-    if (step.replaced)
+    return report;
+}
+
+Result<void> Undoing::moveBack(const TransferStep &step)
+{
+    const auto report = moveBack(step, ClashAnswer::Skip);
+    if (!report)
+        return tl::unexpected(report.error());
+    if (!report->skipped.isEmpty())
+        return tl::unexpected(Error{ErrorCode::AlreadyExists, step.source, {}});
+    if (step.trashed)
+        bringBackReplaced(step);
+    else if (step.replaced)
         m_report.lost.append(step.target);
     return {};
 }
 
 Result<void> Undoing::removeCopy(const TransferStep &step)
 {
-    if (step.replaced)
+    if (step.replaced && !step.trashed)
         return refusal(step.target, QStringLiteral("it has taken the place of another file"));
     const auto node = platform::nodeAt(step.target);
     if (!node)
@@ -106,7 +126,30 @@ Result<void> Undoing::removeCopy(const TransferStep &step)
         step.isFolder || (node->info.size == step.made.size && node->info.modified == step.made.modified);
     if (!isUnchanged)
         return tl::unexpected(Error{ErrorCode::ChangedMeanwhile, step.target, {}});
+    return platform::moveToTrash(step.target).map([&](const platform::TrashedItem &) { bringBackReplaced(step); });
+}
+
+/// The copy of a move that could not delete its source goes. What is no longer at the source, or never was all there,
+/// is moved back first.
+Result<void> Undoing::endHalfMove(const TransferStep &step)
+{
+    if (!step.isFolder)
+        return platform::isTaken(step.source) ? removeCopy(step) : moveBack(step);
+    const auto merged = moveBack(step, ClashAnswer::Replace);
+    if (!merged)
+        return tl::unexpected(merged.error());
+    if (!platform::isTaken(step.target))
+        return {};
     return platform::moveToTrash(step.target).map([](const platform::TrashedItem &) {});
+}
+
+/// The step itself is undone by then: a failure is one of the replaced file's.
+void Undoing::bringBackReplaced(const TransferStep &step)
+{
+    if (!step.trashed)
+        return;
+    if (const auto restored = platform::restoreFromTrash(*step.trashed); !restored)
+        m_report.failures.push_back({step.target, restored.error()});
 }
 
 UndoReport reportOf(const RenamingOutcome &outcome)
@@ -212,10 +255,7 @@ UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Transfers &
         const bool isTaken = undoing.step(step.target, undonePath, [&]() -> Result<void> {
             if (step.isMove)
                 return undoing.moveBack(step);
-            // Not all of the source was deleted; what was exists only here.
-            if (transfers.kind == TransferKind::Move)
-                return refusal(step.target, QStringLiteral("it was not moved in full: look in both places"));
-            return undoing.removeCopy(step);
+            return transfers.kind == TransferKind::Move ? undoing.endHalfMove(step) : undoing.removeCopy(step);
         });
         if (!isTaken)
             left.steps.push_back(step);

@@ -46,8 +46,9 @@ struct UndoReport
 /// forgotten once its undo was tried; what a stop left untried remains for the next undo.
 ///
 /// Errors of single paths: AlreadyExists (the old name is taken), NotFound (the file is gone), ChangedMeanwhile (an
-/// edited copy stays), NoTrash (so does a copy that can't go into the trash), Unsupported (it was deleted for good,
-/// replaced another file, or was moved only in part).
+/// edited copy stays), NoTrash and NoSpace (so does a copy that can't go into the trash), Unsupported (it was deleted
+/// for good, or replaced a file that could not go into the trash). What a transfer replaced comes back from the trash;
+/// if it can't, that is a failure of its own.
 class UndoHistory
 {
 public:

@@ -48,6 +48,19 @@ private Q_SLOTS:
         QVERIFY(!report.wasStopped && folder.names().isEmpty());
     }
 
+    void whatIsGoneHasNoQuestionAboutTheTrash()
+    {
+        const ScratchFolder folder;
+        const QString there = folder.write(u"a.mp3"_s, "a");
+        const QStringList gone{folder.path(u"gone.mp3"_s), folder.path(u"gone/b.mp3"_s)};
+        QVERIFY(withoutTrash(gone).isEmpty());
+        const DeletionReport report = undeletable(gone + QStringList{there});
+        QCOMPARE(report.failures.size(), size_t{2});
+        QCOMPARE(report.failures[1].path, gone[1]);
+        QCOMPARE(report.failures[1].error.code, ErrorCode::NotFound);
+        QVERIFY(report.notDone.isEmpty() && !report.wasStopped);
+    }
+
     void aWholeDriveIsRefused()
     {
         FaultyFileSystem untouched; // refuses every call

@@ -30,9 +30,9 @@ public:
         asked.append(u"trash %1"_s.arg(paths.size()));
         return trashAnswer;
     }
-    bool confirmDeleteForGood(const QStringList &paths) override
+    bool confirmDeleteForGood(const QStringList &paths, NoWayBack reason) override
     {
-        asked.append(u"delete %1"_s.arg(paths.size()));
+        asked.append((reason == NoWayBack::TrashFull ? u"delete from full %1"_s : u"delete %1"_s).arg(paths.size()));
         return deleteAnswer;
     }
     bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) override
@@ -75,6 +75,7 @@ private Q_SLOTS:
     void withoutTrashAPlainQuestion();
     void aYesToTheTrashIsNoneToLosing();
     void withoutUndoForGood();
+    void whatIsGoneIsSaidToBeWithoutAQuestion();
     void renames();
     void failuresAreTold();
     void stoppingIsTold();
@@ -187,6 +188,23 @@ void TestFileOperations::aYesToTheTrashIsNoneToLosing()
     QCOMPARE(m_files->DeleteFile(list({u"a.mp3"_s})), ResultCancelled);
     QCOMPARE(m_host->asked, (QStringList{u"trash 1"_s, u"delete 1"_s}));
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
+}
+
+void TestFileOperations::whatIsGoneIsSaidToBeWithoutAQuestion()
+{
+    QVERIFY(m_files->DeleteFile(list({u"gone.mp3"_s, u"gone/b.mp3"_s})) != ResultDone);
+    QVERIFY(m_host->asked.isEmpty());
+    QCOMPARE(m_host->told[0].failures.size(), std::size_t(2));
+    for (const FileFailure &failure : m_host->told[0].failures)
+        QCOMPARE(failure.error.code, ErrorCode::NotFound);
+    // Its neighbours are asked about as ever.
+    QVERIFY(m_files->DeleteFile(list({u"gone.mp3"_s, u"a.mp3"_s})) != ResultDone);
+    QCOMPARE(m_host->asked, QStringList{u"trash 1"_s});
+    QCOMPARE(m_host->told[1].failures[0].path, in(u"gone.mp3"_s));
+    QCOMPARE(readFile(inTrash(u"a.mp3"_s)), QByteArray("a"));
+    // Nor is there anything to lose where no trash is wanted.
+    QVERIFY(m_files->DeleteFile(in(u"gone.mp3"_s), false) != ResultDone);
+    QCOMPARE(m_host->asked.size(), 1);
 }
 
 void TestFileOperations::withoutUndoForGood()

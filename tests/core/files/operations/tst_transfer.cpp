@@ -6,6 +6,7 @@
 
 #include "support/filesteps.h"
 #include "support/filetree.h"
+#include "support/trash.h"
 
 #include <QDir>
 #include <QTest>
@@ -263,9 +264,16 @@ void TestTransfer::replacesAfterAYes()
         expected.insert(u"l.mp3"_s, "link elsewhere");
     }
     const TransferReport report = run(kind, sources, to, always(ClashAnswer::Replace));
-    QVERIFY(report.isComplete());
+    QVERIFY(report.isComplete() && report.lost.isEmpty());
     QCOMPARE(report.done.size(), std::size_t(sources.size()));
-    QVERIFY(report.done[0].replaced);
+    for (const TransferStep &step : report.done) {
+        QVERIFY(step.replaced);
+        QCOMPARE(step.trashed.has_value(), platform::hasTrash(step.target));
+        if (step.trashed && !step.trashed->file.isEmpty())
+            QCOMPARE(readFile(step.trashed->file), QByteArray("old"));
+        if (step.trashed)
+            discard(*step.trashed);
+    }
     QCOMPARE(snapshotOf(to), expected);
     QCOMPARE(platform::isTaken(in(u"a.mp3"_s)), kind == TransferKind::Copy);
 }
@@ -416,6 +424,9 @@ void TestTransfer::vanishedSource()
     QCOMPARE(report.done.size(), std::size_t(1));
     const auto noTarget = makeTransferPlan(m_fileSystem, {TransferKind::Move, {in(u"b.mp3"_s)}, in(u"none"_s)});
     QCOMPARE(noTarget.error().code, ErrorCode::NotFound);
+    writeFile(in(u"c.mp3"_s), "c");
+    const auto file = makeTransferPlan(m_fileSystem, {TransferKind::Move, {in(u"b.mp3"_s)}, in(u"c.mp3"_s)});
+    QCOMPARE(file.error().code, ErrorCode::NotAFolder);
 }
 
 void TestTransfer::refusedName()

@@ -24,16 +24,20 @@ private Q_SLOTS:
     void aMove_data();
     void aMove();
     void aMoveWhoseOldNameIsTaken();
-    void aMoveThatReplaced();
+    void whatWasReplacedComesBack_data();
+    void whatWasReplacedComesBack();
+    void whatWasReplacedHasLeftTheTrash();
+    void aMoveThatReplacedForGood();
     void aMergedMove();
     void aCopyGoesIntoTheTrash();
     void aCopyThatWasEditedStays();
-    void aCopyThatReplacedStays();
+    void aCopyThatReplacedForGoodStays();
     void aDeletionComesBack();
     void aDeletionForGoodSaysWhy();
     void aBatchOfRenames();
     void whatIsGoneSaysSo();
-    void aMoveThatWasNotFinishedStays();
+    void aMoveThatWasNotFinishedGivesBackWhatIsGone();
+    void aCopyOfAMoveThatLeftItsSourceGoes();
     void aStopLeavesTheRestForTheNextUndo_data();
     void aStopLeavesTheRestForTheNextUndo();
     void nothingDoneIsNothingToUndo();
@@ -131,8 +135,59 @@ void TestUndo::aMoveWhoseOldNameIsTaken()
     QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("mine"));
 }
 
-void TestUndo::aMoveThatReplaced()
+void TestUndo::whatWasReplacedComesBack_data()
 {
+    QTest::addColumn<TransferKind>("kind");
+    QTest::addColumn<bool>("merges");
+    QTest::newRow("copy") << TransferKind::Copy << false;
+    QTest::newRow("move") << TransferKind::Move << false;
+    QTest::newRow("copy into a folder of the name") << TransferKind::Copy << true;
+    QTest::newRow("move into a folder of the name") << TransferKind::Move << true;
+}
+
+void TestUndo::whatWasReplacedComesBack()
+{
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    QFETCH(TransferKind, kind);
+    QFETCH(bool, merges);
+    writeFile(in(u"cd/a.mp3"_s), "new");
+    writeFile(in(u"cd/b.mp3"_s), "b");
+    writeFile(merges ? in(u"to/cd/a.mp3"_s) : in(u"to/a.mp3"_s), "old");
+    const auto state = [this] { return std::pair(snapshotOf(in(u"cd"_s)), snapshotOf(in(u"to"_s))); };
+    const auto before = state();
+    const QStringList sources = merges ? QStringList{in(u"cd"_s)} : QStringList{in(u"cd/a.mp3"_s), in(u"cd/b.mp3"_s)};
+    const TransferReport report = transfer(kind, sources, in(u"to"_s), ClashAnswer::Replace);
+    QVERIFY(report.isComplete() && report.lost.isEmpty());
+    QCOMPARE(readFile(merges ? in(u"to/cd/a.mp3"_s) : in(u"to/a.mp3"_s)), QByteArray("new"));
+    QCOMPARE(readFile(inTrash(u"a.mp3"_s)), QByteArray("old"));
+    const UndoReport undone = undo();
+    QVERIFY(undone.failures.empty() && undone.lost.isEmpty());
+    QCOMPARE(undone.undone.size(), 2);
+    QCOMPARE(state(), before);
+}
+
+void TestUndo::whatWasReplacedHasLeftTheTrash()
+{
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    writeFile(in(u"a.mp3"_s), "new");
+    writeFile(in(u"to/a.mp3"_s), "old");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), ClashAnswer::Replace);
+    emptyTrash();
+    const UndoReport report = undo();
+    QCOMPARE(report.undone, QStringList{in(u"a.mp3"_s)}); // as far as it goes
+    QCOMPARE(report.failures.size(), std::size_t(1));
+    QCOMPARE(report.failures[0].path, in(u"to/a.mp3"_s));
+    QCOMPARE(report.failures[0].error.code, ErrorCode::NotFound);
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("new"));
+}
+
+void TestUndo::aMoveThatReplacedForGood()
+{
+    if (!MakesLinks)
+        QSKIP("there is always a recycle bin");
+    writeFile(in(u"data"_s), "a file where the trash would have to be");
     writeFile(in(u"a.mp3"_s), "mine");
     writeFile(in(u"to/a.mp3"_s), "replaced");
     transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), ClashAnswer::Replace);
@@ -174,8 +229,11 @@ void TestUndo::aCopyThatWasEditedStays()
     QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("edited"));
 }
 
-void TestUndo::aCopyThatReplacedStays()
+void TestUndo::aCopyThatReplacedForGoodStays()
 {
+    if (!MakesLinks)
+        QSKIP("there is always a recycle bin");
+    writeFile(in(u"data"_s), "a file where the trash would have to be");
     writeFile(in(u"a.mp3"_s), "new");
     writeFile(in(u"to/a.mp3"_s), "old");
     transfer(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), ClashAnswer::Replace);
@@ -246,7 +304,7 @@ void TestUndo::whatIsGoneSaysSo()
     QCOMPARE(report.failures[0].error.code, ErrorCode::NotFound);
 }
 
-void TestUndo::aMoveThatWasNotFinishedStays()
+void TestUndo::aMoveThatWasNotFinishedGivesBackWhatIsGone()
 {
     // A folder was copied to another drive but only b.mp3 of it could be deleted, which now exists only at the target.
     writeFile(in(u"cd/a.mp3"_s), "a");
@@ -260,9 +318,32 @@ void TestUndo::aMoveThatWasNotFinishedStays()
     moved.done.push_back(step);
     m_history->addTransfer(TransferKind::Move, moved);
     const UndoReport report = undo();
-    QCOMPARE(report.failures.size(), std::size_t(1));
-    QCOMPARE(report.failures[0].error.code, ErrorCode::Unsupported);
-    QCOMPARE(readFile(in(u"to/cd/b.mp3"_s)), QByteArray("b"));
+    QVERIFY(report.failures.empty());
+    QCOMPARE(snapshotOf(in(u"cd"_s)), (Snapshot{{u"a.mp3"_s, "file a"}, {u"b.mp3"_s, "file b"}}));
+    QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
+    QCOMPARE(readFile(inTrash(u"cd/a.mp3"_s)), QByteArray("a")); // the copy, which may have changed since
+}
+
+void TestUndo::aCopyOfAMoveThatLeftItsSourceGoes()
+{
+    // Both were copied to another drive, but neither source could be deleted; one was by its owner since.
+    writeFile(in(u"a.mp3"_s), "a");
+    TransferReport moved;
+    for (const QString &name : {u"a.mp3"_s, u"b.mp3"_s}) {
+        TransferStep step;
+        step.source = in(name);
+        step.target = in(u"to/"_s + name);
+        writeFile(step.target, name.toUtf8());
+        step.made = platform::nodeAt(step.target)->info;
+        moved.done.push_back(step);
+        moved.inBothPlaces.push_back({step.source, Error{ErrorCode::AccessDenied, step.source, {}}});
+    }
+    m_history->addTransfer(TransferKind::Move, moved);
+    QVERIFY(undo().failures.empty());
+    QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(readFile(inTrash(u"a.mp3"_s)), QByteArray("a.mp3"));
+    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b.mp3")); // the only one is moved back
 }
 
 void TestUndo::aStopLeavesTheRestForTheNextUndo_data()
