@@ -3,6 +3,7 @@
 #include "core/app/programstate.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/operations/playlist.h"
+#include "core/platform/desktop.h"
 #include "core/platform/path.h"
 #include "core/tags/store/tagstore.h"
 
@@ -16,7 +17,7 @@ namespace ravlin::cli {
 namespace {
 
 constexpr Option RecursiveOption{u"--recursive", {}, u"also the files of the folders below it"};
-constexpr Option PlaylistDryRunOption{u"--dry-run", {}, u"print the lines of the list, and write nothing"};
+constexpr Option PlaylistDryRunOption{u"--dry-run", {}, u"print what the list would hold, and write nothing"};
 
 /// By folder, its own files first, then by name without regard to case.
 QStringList sortedTexts(const Listing &listing)
@@ -46,6 +47,17 @@ QStringList fittingTexts(const Listing &listing, const QString &folder, Console 
     return fitting;
 }
 
+/// Elsewhere than on a terminal these are the bytes of the file.
+void showContent(const QStringList &texts, Console &console)
+{
+    if (!console.out().isTerminal()) {
+        console.out().write(playlistContent(texts, platform::toCodePage));
+        return;
+    }
+    for (const QString &text : texts)
+        console.print(playlistLine(text));
+}
+
 int runPlaylist(const Arguments &arguments, Console &console)
 {
     const QString &given = arguments.paths().front();
@@ -67,8 +79,7 @@ int runPlaylist(const Arguments &arguments, Console &console)
         console.fail(failure.path, failure.error);
     const QStringList texts = fittingTexts(*listing, folder, console);
     if (arguments.has(PlaylistDryRunOption.name)) {
-        for (const QString &text : texts)
-            console.print(playlistLine(text));
+        showContent(texts, console);
         return console.status();
     }
     platform::FileSystem &fileSystem = platform::FileSystem::native();

@@ -5,6 +5,7 @@
 #include "core/storage/safewrite.h"
 
 #include <QDir>
+#include <QHash>
 
 #include <algorithm>
 #include <array>
@@ -48,6 +49,11 @@ QString actionOf(const TransferItem &item, TransferKind kind)
     return kind == TransferKind::Copy ? u"copy"_s : u"move"_s;
 }
 
+Record planned(const TransferItem &item, TransferKind kind)
+{
+    return {item.source, item.target, actionOf(item, kind), item.error ? Value(describe(*item.error)) : Value()};
+}
+
 void writePlan(const std::vector<TransferItem> &items, TransferKind kind, RecordWriter &writer, Console &console)
 {
     for (const TransferItem &item : items) {
@@ -55,11 +61,68 @@ void writePlan(const std::vector<TransferItem> &items, TransferKind kind, Record
             writePlan(item.children, kind, writer, console);
             continue;
         }
-        writer.write({item.source, item.target, actionOf(item, kind)});
+        writer.write(planned(item, kind));
         if (item.error)
             console.fail(item.source, *item.error);
     }
 }
+
+/// No plan could be made, so nothing was begun.
+void writeRefused(const QStringList &paths, const Error &error, RecordWriter &writer)
+{
+    for (const QString &path : paths)
+        writer.write({path, Value(), u"failed"_s, describe(error)});
+}
+
+/// Writes what a run made of the items of its plan.
+class OutcomeWriter
+{
+public:
+    OutcomeWriter(const TransferReport &report, TransferKind kind, RecordWriter &writer)
+        : m_kind(kind), m_writer(writer)
+    {
+        for (const TransferStep &step : report.done)
+            m_done.insert(step.target, step.isMove); // no two of them have the same target
+        for (const std::vector<FileFailure> *failures : {&report.failures, &report.inBothPlaces}) {
+            for (const FileFailure &failure : *failures)
+                m_errors.insert(failure.path, failure.error);
+        }
+    }
+
+    void write(const std::vector<TransferItem> &items)
+    {
+        for (const TransferItem &item : items) {
+            if (item.isMerged())
+                write(item.children);
+            else
+                write(item);
+        }
+    }
+
+private:
+    void write(const TransferItem &item)
+    {
+        if (item.error || item.isSkipped()) {
+            m_writer.write(planned(item, m_kind));
+            return;
+        }
+        const auto done = m_done.constFind(item.target);
+        const auto error = m_errors.constFind(item.source);
+        const bool isDone = done != m_done.constEnd();
+        // A move that could only copy is done and has an error.
+        const bool isWhole = isDone && *done == (m_kind == TransferKind::Move);
+        const bool hasError = !isWhole && error != m_errors.constEnd();
+        const QString action = isDone     ? actionOf(item, *done ? TransferKind::Move : TransferKind::Copy)
+                               : hasError ? u"failed"_s
+                                          : u"notDone"_s;
+        m_writer.write({item.source, item.target, action, hasError ? Value(describe(*error)) : Value()});
+    }
+
+    const TransferKind m_kind;
+    RecordWriter &m_writer;
+    QHash<QString, bool> m_done; ///< by target: whether the source is gone
+    QHash<QString, Error> m_errors;
+};
 
 void tellReport(const TransferReport &report, Console &console)
 {
@@ -92,8 +155,6 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
     if (!reply)
         return console.refuse(command, u"--clash takes skip, number or replace"_s);
     const bool isDry = arguments.has(TransferDryRunOption.name);
-    if (arguments.has(JsonOption.name) && !isDry)
-        return console.refuse(command, u"--json is for --dry-run"_s);
 
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     if (!isDry) // a failure stays silent: what is left is harmless
@@ -103,15 +164,21 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
         std::ignore = answerClashes(*plan, [&](const Clash &) { return ClashDecision{*reply, false}; });
     else
         console.fail(folder, plan.error());
-    if (isDry) {
-        RecordWriter writer(console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
-            {u"path", u"newPath", u"action"});
-        if (plan)
-            writePlan(plan->items, kind, writer, console);
-        writer.finish();
-    } else if (plan) {
-        tellReport(runTransfer(fileSystem, *plan), console);
-    }
+    TransferReport report;
+    if (plan && !isDry)
+        report = runTransfer(fileSystem, *plan);
+    tellReport(report, console);
+    if (!isDry && !arguments.has(JsonOption.name))
+        return console.status();
+    RecordWriter writer(console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
+        {u"path", u"newPath", u"action", u"error"});
+    if (!plan)
+        writeRefused(arguments.paths(), plan.error(), writer);
+    else if (isDry)
+        writePlan(plan->items, kind, writer, console);
+    else
+        OutcomeWriter(report, kind, writer).write(plan->items);
+    writer.finish();
     return console.status();
 }
 

@@ -3,6 +3,11 @@
 #include "cli/recordwriter.h"
 #include "core/files/operations/deletion.h"
 #include "core/platform/nodes.h"
+#include "core/platform/path.h"
+
+#include <QMultiHash>
+
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -39,10 +44,15 @@ QStringList takeTooFull(DeletionReport &report)
     return paths;
 }
 
+RecordWriter writerFor(const Arguments &arguments, Console &console)
+{
+    return {console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
+        {u"path", u"action", u"newPath", u"error"}};
+}
+
 void showPlan(const Arguments &arguments, const QStringList &forGood, Console &console)
 {
-    RecordWriter writer(console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
-        {u"path", u"action"});
+    RecordWriter writer = writerFor(arguments, console);
     for (const QString &path : arguments.paths()) {
         const auto node = platform::nodeAt(path);
         const bool hasNoTrash = forGood.contains(path);
@@ -51,20 +61,51 @@ void showPlan(const Arguments &arguments, const QStringList &forGood, Console &c
                                : !hasNoTrash                      ? u"trash"_s
                                : arguments.has(DeleteOption.name) ? u"delete"_s
                                                                   : u"noTrash"_s;
-        writer.write({path, action});
+        std::optional<Error> error;
         if (!node)
-            console.fail(path, node.error());
+            error = node.error();
         else if (isReadOnly)
-            console.fail(path, Error{ErrorCode::ReadOnlyDrive, path, {}});
+            error = Error{ErrorCode::ReadOnlyDrive, path, {}};
+        writer.write({path, action, Value(), error ? Value(describe(*error)) : Value()});
+        if (error)
+            console.fail(path, *error);
     }
     writer.finish();
 }
 
+/// What became of each path.
+class OutcomeWriter
+{
+public:
+    /// A path that is given twice is in the trash the first time and fails the second time.
+    void add(const DeletionReport &report)
+    {
+        for (const QString &path : report.notDone)
+            m_rows.insert(path, {path, u"notDone"_s, Value(), Value()});
+        for (const auto &[path, error] : report.failures) {
+            const QString action = error.code == ErrorCode::NoTrash ? u"noTrash"_s : u"failed"_s;
+            m_rows.insert(path, {path, action, Value(), describe(error)});
+        }
+        for (const QString &path : report.deleted)
+            m_rows.insert(path, {path, u"delete"_s, Value(), Value()});
+        for (const platform::TrashedItem &item : report.trashed) // Windows may not tell the place
+            m_rows.insert(item.original,
+                {item.original, u"trash"_s, item.file.isEmpty() ? Value() : Value(item.file), Value()});
+    }
+
+    void write(const QStringList &paths, RecordWriter &writer)
+    {
+        for (const QString &path : paths)
+            writer.write(m_rows.take(platform::withoutEndSeparator(path))); // the last one added
+    }
+
+private:
+    QMultiHash<QString, Record> m_rows;
+};
+
 int runTrash(const Arguments &arguments, Console &console)
 {
     const bool isDry = arguments.has(TrashDryRunOption.name);
-    if (arguments.has(JsonOption.name) && !isDry)
-        return console.refuse(u"trash"_s, u"--json is for --dry-run"_s);
     QStringList forGood = arguments.has(DeleteOption.name) || isDry ? withoutTrash(arguments.paths()) : QStringList();
     if (isDry) {
         showPlan(arguments, forGood, console);
@@ -75,8 +116,17 @@ int runTrash(const Arguments &arguments, Console &console)
     DeletionReport trashed = putIntoTrash(forTrash);
     if (arguments.has(DeleteOption.name))
         forGood += takeTooFull(trashed);
+    const DeletionReport deleted = deleteForGood(platform::FileSystem::native(), forGood);
     tellFailures(trashed, console);
-    tellFailures(deleteForGood(platform::FileSystem::native(), forGood), console);
+    tellFailures(deleted, console);
+    if (!arguments.has(JsonOption.name))
+        return console.status();
+    OutcomeWriter outcomes;
+    outcomes.add(trashed);
+    outcomes.add(deleted);
+    RecordWriter writer = writerFor(arguments, console);
+    outcomes.write(arguments.paths(), writer);
+    writer.finish();
     return console.status();
 }
 

@@ -2,6 +2,7 @@
 """Contract: "copy" and "move" overwrite nothing unasked and lose nothing; "trash" puts files into the desktop's trash;
 "playlist" writes a list that other programs read. With --dry-run nothing is done."""
 
+import json
 import os
 import shutil
 import stat
@@ -64,8 +65,6 @@ class FilesTest(CliTest):
         self.fail_with(2, "copy", path)
         self.fail_with(2, "move", "--to", self.target)
         self.fail_with(2, "move", "--to", self.target, "--clash", "maybe", path)
-        self.fail_with(2, "move", "--to", self.target, "--json", path)
-        self.fail_with(2, "trash", "--json", path)
         self.fail_with(1, "move", "--to", self.target / "none", path)
         self.fail_with(1, "move", "--to", self.target, self.folder / "none.mp3")
         self.assertEqual(self.tree(self.target), {})
@@ -83,6 +82,97 @@ class FilesTest(CliTest):
                          ["trash"])
         self.assertEqual((self.tree(self.folder), self.tree(self.target)), before)
         self.assertFalse(self.trash.exists())
+
+    def rows(self, status, *arguments):
+        """The JSON document of a command, an object for each path, with names instead of paths."""
+        result = self.run_cli(*arguments)
+        self.assertEqual(result.returncode, status, result.stderr)
+        rows = json.loads(result.stdout)
+        for row in rows:
+            self.assertEqual(len(row), 4)
+            for key in ("path", "newPath"):
+                row[key] = row[key] and os.path.relpath(row[key], self.folder.parent)
+        return rows
+
+    def test_copying_and_moving_tell_each_outcome_as_json(self):
+        for name in ("a.mp3", "b.mp3", "cd/c.mp3", "cd/d.mp3"):
+            self.make(name, name.encode())
+        (self.target / "b.mp3").write_bytes(b"old")
+        (self.target / "cd").mkdir()
+        (self.target / "cd/c.mp3").write_bytes(b"old")
+        paths = [self.folder / name for name in ("a.mp3", "b.mp3", "none.mp3", "cd")]
+        rows = self.rows(1, "copy", "--json", "--to", self.target, *paths)
+        self.assertEqual([(row["path"], row["newPath"], row["action"]) for row in rows], [
+            ("music/a.mp3", "target/a.mp3", "copy"), ("music/b.mp3", "target/b.mp3", "skipped"),
+            ("music/none.mp3", "target/none.mp3", "failed"), ("music/cd", "target/cd", "skipped")])
+        self.assertEqual([row["error"] is None for row in rows], [True, True, False, True])
+        planned = self.rows(1, "move", "--json", "--dry-run", "--clash", "replace", "--to", self.target, *paths)
+        rows = self.rows(1, "move", "--json", "--clash", "replace", "--to", self.target, *paths)
+        self.assertEqual(rows, planned)
+        self.assertEqual([(row["path"], row["newPath"], row["action"]) for row in rows], [
+            ("music/a.mp3", "target/a.mp3", "replace"), ("music/b.mp3", "target/b.mp3", "replace"),
+            ("music/none.mp3", "target/none.mp3", "failed"), ("music/cd/c.mp3", "target/cd/c.mp3", "replace"),
+            ("music/cd/d.mp3", "target/cd/d.mp3", "move")])
+        self.assertEqual(self.tree(self.folder), {})
+
+    def test_a_path_given_twice_has_two_outcomes(self):
+        path = self.make("a.mp3")
+        rows = self.rows(1, "copy", "--json", "--to", self.target, path, path)
+        self.assertEqual([row["action"] for row in rows], ["copy", "skipped"])
+        rows = self.rows(1, "move", "--json", "--clash", "number", "--to", self.target, path, path)
+        self.assertEqual([(row["newPath"], row["action"], row["error"] is None) for row in rows],
+                         [("target/a (2).mp3", "move", True), ("target/a (3).mp3", "failed", False)])
+        again = self.make("b.mp3")
+        rows = self.rows(1, "trash", "--json", again, again)
+        self.assertEqual([(row["action"], row["error"] is None) for row in rows], [("trash", True), ("failed", False)])
+
+    def test_json_without_a_target_names_every_path(self):
+        path = self.make("a.mp3")
+        for options in ([], ["--dry-run"]):
+            rows = self.rows(1, "copy", "--json", *options, "--to", self.target / "none", path)
+            self.assertEqual([(row["path"], row["newPath"], row["action"]) for row in rows],
+                             [("music/a.mp3", None, "failed")])
+            self.assertTrue(rows[0]["error"])
+
+    def test_a_full_drive_leaves_the_rest_not_done(self):
+        drive = self.folder.parent / "drive"
+        drive.mkdir()
+        mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=256k", "none", drive], capture_output=True,
+                                 check=False)
+        if mounted.returncode != 0:
+            self.skipTest("no small drive can be mounted here")
+        self.addCleanup(subprocess.run, ["umount", drive], check=True)
+        paths = [self.make("a.mp3", bytes(10_000)), self.make("b.mp3", bytes(1_000_000)), self.make("c.mp3", b"x")]
+        rows = self.rows(1, "move", "--json", "--to", drive, *paths)
+        self.assertEqual([row["action"] for row in rows], ["move", "failed", "notDone"])
+        self.assertEqual([row["error"] is None for row in rows], [True, False, True])
+        self.assertEqual(list(self.tree(self.folder)), ["b.mp3", "c.mp3"])
+
+    def test_a_move_that_can_only_copy_says_so(self):
+        if not self.can_drop_privileges():
+            self.skipTest("the superuser cannot give up his privileges here")
+        if not os.access("/dev/shm", os.W_OK) or os.stat("/dev/shm").st_dev == os.stat(self.folder).st_dev:
+            self.skipTest("there is no second file system to write to")
+        path = self.make("locked/a.mp3", b"x")
+        os.chmod(self.folder / "locked", 0o555)
+        self.addCleanup(os.chmod, self.folder / "locked", 0o755)
+        with tempfile.TemporaryDirectory(dir="/dev/shm") as other:
+            self.prefix = WITHOUT_PRIVILEGES
+            os.chmod(other, 0o777)
+            rows = self.rows(1, "move", "--json", "--to", other, path)
+            self.assertEqual([row["action"] for row in rows], ["copy"])
+            self.assertTrue(rows[0]["error"])
+            self.assertEqual(os.listdir(other), ["a.mp3"])
+
+    def test_trashing_tells_each_outcome_as_json(self):
+        paths = [self.make("ñ a.mp3"), self.folder / "none.mp3", self.folder / "cd"]
+        self.make("cd/b.mp3")
+        rows = self.rows(1, "trash", "--json", *paths)
+        self.assertEqual([(row["path"], row["action"], row["newPath"]) for row in rows], [
+            ("music/ñ a.mp3", "trash", "data/Trash/files/ñ a.mp3"), ("music/none.mp3", "failed", None),
+            ("music/cd", "trash", "data/Trash/files/cd")])
+        self.assertEqual([row["error"] is None for row in rows], [True, False, True])
+        self.assertEqual(self.tree(self.folder), {})
 
     def test_a_folder_that_may_not_be_written(self):
         if not self.can_drop_privileges():
@@ -144,8 +234,14 @@ class FilesTest(CliTest):
         self.assertEqual(self.tree(self.folder), {"a.mp3": b"one"})
         rows = self.json("trash", "--dry-run", "--json", self.folder / "a.mp3")
         self.assertEqual(rows[0]["action"], "noTrash")
-        self.succeed("trash", "--delete", self.folder / "a.mp3")
+        rows = self.json("trash", "--delete", "--json", self.folder / "a.mp3")
+        self.assertEqual([(row["action"], row["newPath"], row["error"]) for row in rows], [("delete", None, None)])
         self.assertEqual(self.tree(self.folder), {})
+        self.make("b.mp3")
+        output, _ = self.fail_with(1, "trash", "--json", self.folder / "b.mp3")
+        row, = json.loads(output)
+        self.assertEqual((row["action"], row["newPath"]), ("noTrash", None))
+        self.assertIn("no trash", row["error"])
 
     def mount(self, name="drive", size="1m"):
         """A small drive of the test's own beside the music folder."""
@@ -240,9 +336,23 @@ class FilesTest(CliTest):
         self.assertEqual(self.read(path[:-1]), b"A.mp3\r\nb.mp3\r\n")
         self.succeed("playlist", "--recursive", self.folder)
         self.assertEqual(self.read(path[:-1]), "A.mp3\r\nb.mp3\r\ncd1/ñ.mp3\r\n".encode())
-        self.assertEqual(self.succeed("playlist", "--dry-run", self.folder), b"A.mp3\nb.mp3\n")
+        self.assertEqual(self.succeed("playlist", "--dry-run", self.folder), b"A.mp3\r\nb.mp3\r\n")
         self.fail_with(1, "playlist", self.folder / "none")
         self.fail_with(1, "playlist", self.folder / "b.mp3")
+
+    def test_the_dry_run_of_a_playlist_prints_the_bytes_of_the_run(self):
+        for name in (b"caf\xe9 \xff.mp3", "ñ 夜.mp3".encode(), b"#1.mp3", b" x\x1b[31m.mp3", b"cd/a\\b\tc.mp3", b"d\ne.mp3"):
+            self.make(name)
+        for options in ([], ["--recursive"]):
+            dry = self.run_cli("playlist", "--dry-run", *options, self.folder)
+            self.assertEqual(os.listdir(os.fsencode(self.folder)).count(b"lista.m3u"), 1 if options else 0)
+            run = self.run_cli("playlist", *options, self.folder)
+            self.assertEqual((dry.returncode, run.returncode), (0, 0))
+            self.assertEqual(dry.stdout, self.read(self.folder / "lista.m3u"))
+            self.assertEqual(dry.stdout.count(b"\r\n"), 5 if options else 4)
+            self.assertIn(b"/d\\ne.mp3: left out, because", dry.stderr)
+            self.assertEqual(dry.stderr, run.stderr)
+        self.assertEqual(self.succeed("playlist", "--dry-run", self.target), b"")
 
     def test_a_playlist_of_nothing(self):
         self.assertEqual(self.succeed("playlist", self.folder), os.fsencode(self.folder) + b"/lista.m3u\n")

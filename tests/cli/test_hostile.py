@@ -172,7 +172,7 @@ class NamesAndValuesTest(HostileCase):
         lines = ["./ #b.mp3", "./#EXTVLCOPT:x.mp3", "f\u2028.mp3", "./http:/host/c.mp3"]
         self.assertEqual(self.read(result.stdout[:-1]).decode(), "".join(line + "\r\n" for line in lines))
         dry = self.run_cli("playlist", "--recursive", "--dry-run", self.folder)
-        self.assertEqual(dry.stdout.decode().split("\n"), [*lines, ""])
+        self.assertEqual(dry.stdout.decode(), "".join(line + "\r\n" for line in lines))
         self.assertEqual(dry.stderr, result.stderr)
 
 

@@ -202,6 +202,11 @@ class Desktop:
     def type(self, text):
         self.run("xdotool", "type", "--clearmodifiers", "--delay", "0", text)
 
+    def double_click(self, x, y):
+        self.run("xdotool", "mousemove", str(x), str(y), "click", "--repeat", "2", "--delay", "50", "1")
+        self.park_pointer()
+        self._last_click = (time.monotonic(), x, y)
+
     def click(self, x, y, button=1):
         """Moves the pointer away at once: where it rests, a tooltip would appear and take the next click."""
         at, former_x, former_y = self._last_click

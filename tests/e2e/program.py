@@ -112,8 +112,8 @@ class Program:
         return self.wait_for("text", name, inside).text
 
     def status(self):
-        """The texts of the two panels of the status bar."""
-        return [label.name for label in self.wait_for("status bar").find_all("label")]
+        """The texts of the two panels of the status bar. Behind them stands what an operation reports."""
+        return [label.name for label in self.wait_for("status bar").find_all("label")[:2]]
 
     def file_rows(self, table=None):
         """The texts of the first column, by default of the file list."""

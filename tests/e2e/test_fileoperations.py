@@ -2,11 +2,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Files and folders copied, moved, moved to the trash, listed for a player and played from the window, and undone."""
 
+import os
 import unittest
-from urllib.parse import unquote
+from urllib.parse import unquote, unquote_to_bytes
 
 from collection import Song, make_file
 from harness import EndToEndTest
+from program import centre
 
 ARROW = 12  # pixels at the right of a button that open its menu
 PLAYER_ENTRY = """[Desktop Entry]
@@ -18,6 +20,9 @@ MimeType={types}
 # Notes what it was given and ends. Renaming makes the note appear whole, whatever else runs.
 PLAYER = """#!/bin/sh
 cp -- "$1" '{note}'.$$ && mv '{note}'.$$ '{note}'
+"""
+OPENER = """#!/bin/sh
+printf '%s\\n' "$#" "$@" >'{note}'.$$ && mv '{note}'.$$ '{note}'
 """
 PLAYLIST_TYPES = ("audio/x-mpegurl", "application/vnd.apple.mpegurl")  # both have the glob *.m3u
 
@@ -188,6 +193,30 @@ class Playing(EndToEndTest):
                             "all files played")
         program.click_row(1)
         program.key_until("shift+p", lambda: self.plays("b.mp3"), "the one file played")
+        self.close()
+
+
+class Opening(EndToEndTest):
+    """The desktop's opener gets the address of the file that was double-clicked, and nothing else."""
+
+    def test_the_opener_gets_every_byte_of_a_name(self):
+        name = b"-caf\xe9 \xff $(touch here) 'x\".mp3"
+        note = self.folder / "opened"
+        opener = self.folder / "bin" / "xdg-open"
+        opener.parent.mkdir()
+        opener.write_text(OPENER.format(note=note), encoding="utf-8")
+        opener.chmod(0o700)
+        self.desktop.environment["PATH"] = f"{opener.parent}:{self.desktop.environment['PATH']}"
+        self.settings()
+        make_file(self.music / os.fsdecode(name), Song("Song"))
+        program = self.start(self.music)
+        program.wait(lambda: len(program.file_rows()) == 1, "the row")
+        program.again_until(lambda: self.desktop.double_click(*centre(program.list.cell(0).extents)), note.exists,
+                            "the file opened")
+        count, address = note.read_bytes().splitlines()
+        self.assertEqual(count, b"1")
+        self.assertTrue(address.startswith(b"file:///"), address)
+        self.assertEqual(unquote_to_bytes(address.removeprefix(b"file://")), bytes(self.music) + b"/" + name)
         self.close()
 
 

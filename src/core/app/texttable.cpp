@@ -290,6 +290,11 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::PlaylistWritten, {u"playlist written: %1", u"lista creada: %1", u"playlist créée\u00a0: %1"}},
     {Text::PlaylistNotWritten, {u"the playlist could not be written: %1", u"no se pudo crear la lista: %1",
                                    u"la playlist n'a pas pu être créée\u00a0: %1"}},
+    {Text::PlaylistLeftOut, {u"files left out of the playlist: %1", u"archivos que no entran en la lista: %1",
+                                u"fichiers omis de la playlist\u00a0: %1"}},
+    {Text::PlaylistLineBreak,
+        {u"a line of the list can't hold a line break", u"una línea de la lista no admite saltos de línea",
+            u"une ligne de la playlist ne peut pas contenir de saut de ligne"}},
     // %1: a path
     {Text::TipLinkTarget, {u"a link out of this folder, to %1", u"un enlace fuera de esta carpeta, a %1",
                               u"un lien hors de ce dossier, vers %1"}},

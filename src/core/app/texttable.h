@@ -127,6 +127,8 @@ enum class Text
     CommandRefresh,
     PlaylistWritten,
     PlaylistNotWritten,
+    PlaylistLeftOut,
+    PlaylistLineBreak,
     TipLinkTarget,
     TitlePatterns,
     LabelPatternsOf,

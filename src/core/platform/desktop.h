@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QUrl>
 
 #include <optional>
 
@@ -55,6 +56,10 @@ Result<void> makeFileDefault(const FileType &type);
 /// Text in the code page in which programs of this system read paths: ANSI on Windows, nothing if that lacks one of the
 /// characters. Elsewhere the bytes of the path, whatever they are.
 std::optional<QByteArray> toCodePage(const QString &text);
+
+/// The address by which other programs are asked to open a file. A byte of its name that is not UTF-8 stands there as
+/// that byte, "%FF". The path is absolute, so that no part of it is taken for a host or an option; empty for others.
+QUrl addressOf(const QString &path);
 
 /// The path of a file that the program keeps under one fixed name for other programs to open, in a folder of its own in
 /// the user's cache, which is created if needed. Never in a folder that others can write to, where somebody could plant

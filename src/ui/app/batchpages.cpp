@@ -21,6 +21,7 @@ BatchPages::BatchPages(Program &program, PageOwner &owner, ModeTabs &tabs, const
         tabs.addPage(page, caption, tip, [page] { page->applyCaptions(); });
         connect(page, &Page::finished, this, &BatchPages::finished);
         connect(list.selectionModel(), &QItemSelectionModel::selectionChanged, page, &Page::selectionChanged);
+        connect(list.model(), &QAbstractItemModel::modelReset, page, &Page::selectionChanged); // ends it without a word
     };
     add(m_multiFilePage, Caption::MultiFileTab, Caption::MultiFileTip);
     add(m_extractPage, Caption::ExtractTab, Caption::ExtractTip);

@@ -94,9 +94,13 @@ void CommandBar::addFolderButton(FileCommands &files)
         withKey(Caption::MoveFolder, "folder-output", QKeySequence(Qt::SHIFT | Qt::Key_F6)));
     m_copyFolder = toolbar.addMenuEntry(Folder, QStringLiteral("ccarpeta"),
         withKey(Caption::CopyFolder, "folders", QKeySequence(Qt::SHIFT | Qt::Key_F7)));
+    // Not in the menu of the files, which a click opens while no file is selected.
+    m_deleteFolder = toolbar.addMenuEntry(Folder, QStringLiteral("bcarpeta"),
+        withKey(Caption::DeleteFolder, "folder-x", QKeySequence(Qt::SHIFT | Qt::Key_F8)));
     connect(m_renameFolder, &QAction::triggered, &files, &FileCommands::renameFolder);
     connect(m_moveFolder, &QAction::triggered, &files, &FileCommands::moveFolder);
     connect(m_copyFolder, &QAction::triggered, &files, &FileCommands::copyFolder);
+    connect(m_deleteFolder, &QAction::triggered, &files, &FileCommands::deleteFolder);
 }
 
 void CommandBar::addFilesButton(FileCommands &files)
@@ -107,12 +111,9 @@ void CommandBar::addFilesButton(FileCommands &files)
         toolbar.addMenuEntry(Files, QStringLiteral("mover"), withKey(Caption::MoveFiles, "folder-input", Qt::Key_F6));
     m_copyFiles =
         toolbar.addMenuEntry(Files, QStringLiteral("copiar"), withKey(Caption::CopyFiles, "copy", Qt::Key_F7));
-    m_deleteFolder = toolbar.addMenuEntry(Files, QStringLiteral("bcarpeta"),
-        withKey(Caption::DeleteFolder, "folder-x", QKeySequence(Qt::SHIFT | Qt::Key_F8)));
     connect(m_deleteFiles, &QAction::triggered, &files, &FileCommands::deleteFiles);
     connect(m_moveFiles, &QAction::triggered, &files, &FileCommands::moveFiles);
     connect(m_copyFiles, &QAction::triggered, &files, &FileCommands::copyFiles);
-    connect(m_deleteFolder, &QAction::triggered, &files, &FileCommands::deleteFolder);
 }
 
 void CommandBar::addSelectionButton()

@@ -4,9 +4,11 @@
 #include "core/app/pageowner.h"
 #include "core/files/list/listcolumns.h"
 #include "core/files/renaming/renaming.h"
+#include "core/platform/desktop.h"
 #include "core/platform/path.h"
 #include "ui/app/listcontroller.h"
 #include "ui/app/statuspanels.h"
+#include "ui/controls/outcomebox.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
 #include "ui/naming/dialog.h"
@@ -15,8 +17,6 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
-#include <QUrl>
 
 #include <tuple>
 #include <utility>
@@ -30,7 +30,7 @@ constexpr QStringView DestinationKey = u"destination";
 
 void openBySystem(const QString &path)
 {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    QDesktopServices::openUrl(platform::addressOf(path));
 }
 
 } // namespace
@@ -58,6 +58,12 @@ QString FileCommands::selectedSources() const
 QString FileCommands::folderSource() const
 {
     return platform::withoutEndSeparator(m_parts.program.state.currentFolderAsChosen);
+}
+
+bool FileCommands::isFolder(const QString &path) const
+{
+    const auto info = m_parts.program.fileSystem.info(path);
+    return info && info->isFolder;
 }
 
 void FileCommands::moveFiles()
@@ -130,16 +136,16 @@ void FileCommands::remove(const QString &source)
     Q_EMIT ended();
 }
 
-/// Makes tree and list show the folder as it is now or, if it is gone, the nearest one that is left. formerFolder:
-/// where an undone move may have put it back.
-void FileCommands::showChanges(const QString &formerFolder)
+/// Makes tree and list show the folder as it is now or, if it is gone, the nearest one that is left; or another folder,
+/// if one is given.
+void FileCommands::showChanges(const QString &otherFolder)
 {
     FolderTree &tree = m_parts.tree;
     const QString before = tree.path();
-    if (!formerFolder.isEmpty() && !QFileInfo(before).isDir() && QFileInfo(formerFolder).isDir())
-        tree.refreshTo(formerFolder);
-    else
+    if (otherFolder.isEmpty())
         tree.refresh();
+    else
+        tree.refreshTo(otherFolder);
     if (tree.path() == before)
         m_parts.lister.RefreshList(); // otherwise the tree has reported its new folder
 }
@@ -190,6 +196,24 @@ void FileCommands::writePlaylist()
         written ? captions.text(Text::PlaylistWritten).arg(shownName(platform::nameOf(*written)))
                 : captions.text(Text::PlaylistNotWritten).arg(captions.errorText(written.error().code)));
     Q_EMIT ended();
+    if (written)
+        tellLeftOut({});
+}
+
+/// Names the selected rows that no line of a list can hold, and says why. folder: what stands in front of each line.
+void FileCommands::tellLeftOut(const QString &folder)
+{
+    const Captions &captions = m_parts.program.captions;
+    QStringList lines;
+    for (const QString &text : m_parts.list.selectedRowTexts()) {
+        if (!fitsPlaylist(folder + text))
+            lines << shownName(text) + QStringLiteral(": ") + captions.text(Text::PlaylistLineBreak);
+    }
+    if (lines.isEmpty())
+        return;
+    auto *box = new OutcomeBox(captions, captions.text(Text::PlaylistLeftOut).arg(lines.size()), lines, m_parts.window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
 }
 
 void FileCommands::playSelection()
@@ -202,6 +226,8 @@ void FileCommands::playSelection()
     if (!written)
         m_parts.status.showPassing(
             program.captions.text(Text::PlaylistNotWritten).arg(program.captions.errorText(written.error().code)));
+    else
+        tellLeftOut(program.state.currentFolder);
 }
 
 void FileCommands::deletePlaylists()
@@ -218,9 +244,13 @@ void FileCommands::undo()
     const std::optional<UndoSubject> subject = m_parts.program.undoHistory.next();
     if (!subject)
         return;
+    const QString &former = subject->formerPath;
+    const bool wasAway = !isFolder(former);
     std::ignore = m_operations.undo();
-    if (m_dialogs.takeHasWorked())
-        showChanges(subject->formerPath);
+    if (m_dialogs.takeHasWorked()) {
+        const bool isBack = isFolder(former) && (wasAway || !isFolder(m_parts.tree.path()));
+        showChanges(isBack ? former : QString());
+    }
     Q_EMIT ended();
 }
 

@@ -57,11 +57,13 @@ private:
 
     QString selectedSources() const;
     QString folderSource() const;
+    bool isFolder(const QString &path) const;
     void transfer(Transfer operation, Caption caption, const std::function<QString()> &sources);
     QString askDestination(const QString &title);
     void remove(const QString &source);
     void rename(const RenameRow &wanted);
-    void showChanges(const QString &formerFolder = {});
+    void showChanges(const QString &otherFolder = {});
+    void tellLeftOut(const QString &folder);
 
     WindowParts m_parts;
     OperationDialogs m_dialogs;

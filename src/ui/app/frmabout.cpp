@@ -3,6 +3,7 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/programstate.h"
+#include "core/platform/desktop.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/plain/plainlabel.h"
@@ -177,7 +178,7 @@ void frmAbout::connectControls()
     };
     opens(m_webSite, QUrl(m_webSite->text()));
     opens(m_mail, QUrl(QStringLiteral("mailto:") + m_mail->text()));
-    opens(m_guide, QUrl::fromLocalFile(m_guidePage));
+    opens(m_guide, platform::addressOf(m_guidePage));
     opens(m_tagLibrary, QUrl(TagLibrarySite.toString()));
     opens(m_database, QUrl(DatabaseSite.toString()));
 }

@@ -2,6 +2,7 @@
 #include "ui/app/principal.h"
 
 #include "core/files/list/linknote.h"
+#include "core/platform/desktop.h"
 #include "ui/app/batchpages.h"
 #include "ui/app/commandbar.h"
 #include "ui/app/filecommands.h"
@@ -218,7 +219,7 @@ void principal::chooseAtFirstRun()
 void principal::activateFile(int row)
 {
     if (m_program.state.options.doubleClick == DoubleClick::Open) {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(m_lister->pathOfRow(row)));
+        QDesktopServices::openUrl(platform::addressOf(m_lister->pathOfRow(row)));
         return;
     }
     m_tabs->setCurrentWidget(m_singleFilePage);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/statuspanels.h"
 
-#include "core/app/showntext.h"
 #include "ui/controls/elidedlabel.h"
 
 namespace ravlin {
@@ -21,16 +20,26 @@ ElidedLabel *panel(QWidget *parent, const QString &name)
 } // namespace
 
 StatusPanels::StatusPanels(QWidget *parent)
-    : QStatusBar(parent), m_count(panel(this, QStringLiteral("panel1"))), m_path(panel(this, QStringLiteral("panel2")))
+    : QStatusBar(parent), m_count(panel(this, QStringLiteral("panel1"))), m_path(panel(this, QStringLiteral("panel2"))),
+      m_report(panel(this, QStringLiteral("report")))
 {
     setObjectName(QStringLiteral("sbStatusBar"));
     addWidget(m_count, 1);
     addWidget(m_path, 5);
+    // As wide as its text, so that the path gives way to it.
+    m_report->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    m_report->hide();
+    addWidget(m_report);
+    m_reportEnd.setSingleShot(true);
+    connect(&m_reportEnd, &QTimer::timeout, m_report, &QWidget::hide);
 }
 
 void StatusPanels::showPassing(const QString &text)
 {
-    showMessage(shownLine(text), PassingTime);
+    // showMessage() would hide the panels.
+    m_report->setFullText(text);
+    m_report->show();
+    m_reportEnd.start(PassingTime);
 }
 
 void StatusPanels::setTexts(const QString &count, const QString &path)

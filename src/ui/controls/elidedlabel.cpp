@@ -23,7 +23,9 @@ void ElidedLabel::setFullText(const QString &text, const QString &detail)
 
 QSize ElidedLabel::sizeHint() const
 {
-    return {fontMetrics().horizontalAdvance(m_fullText) + 2 * margin(), minimumSizeHint().height()};
+    const QMargins around = contentsMargins();
+    const int width = fontMetrics().horizontalAdvance(m_fullText) + 2 * margin() + around.left() + around.right();
+    return {width, minimumSizeHint().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const

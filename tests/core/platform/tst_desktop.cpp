@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: a program becomes this user's default for an extension, and all other choices of the user stay. What cannot
-// be registered is an error and changes nothing. Standard folders are found by their numbers.
+// be registered is an error and changes nothing. Standard folders are found by their numbers. The address of a file
+// keeps every byte of its path.
 
 #include "core/files/operations/clsfilefunc.h"
 #include "core/platform/desktop.h"
@@ -35,6 +36,8 @@ private Q_SLOTS:
     void specialFolders_data();
     void specialFolders();
     void foldersOfWindows();
+    void theAddressOfAFile();
+    void theAddressOfANameThatIsNoUnicode();
 
 private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder.filePath(name)); }
@@ -204,6 +207,27 @@ void TestDesktop::foldersOfWindows()
 {
     QCOMPARE(clsFileFunc::GetWinPath(), QString());
     QCOMPARE(clsFileFunc::GetSysPath(), QString());
+}
+
+void TestDesktop::theAddressOfAFile()
+{
+    for (const QString &name : {u"song.mp3"_s, u"-x %41 #1?q.mp3"_s, u"ñ \"$(id)\" `;&.mp3"_s}) {
+        const QUrl address = platform::addressOf(in(name));
+        QVERIFY(address.isLocalFile());
+        QCOMPARE(address.host(), QString());
+        QCOMPARE(QDir::toNativeSeparators(address.toLocalFile()), in(name));
+    }
+    QVERIFY(platform::addressOf(u"song.mp3"_s).isEmpty());
+    QVERIFY(platform::addressOf(u"--help"_s).isEmpty());
+    QVERIFY(platform::addressOf({}).isEmpty());
+}
+
+void TestDesktop::theAddressOfANameThatIsNoUnicode()
+{
+    if (platform::Separator == u'\\')
+        QSKIP("names are Unicode on this system");
+    const QString path = platform::decodePath(QByteArray("/m/caf\xe9 \xff\xc3\xa9 %FF/-\xed\xa0\x80.mp3"));
+    QCOMPARE(platform::addressOf(path).toEncoded(), "file:///m/caf%E9%20%FF%C3%A9%20%25FF/-%ED%A0%80.mp3");
 }
 
 QTEST_GUILESS_MAIN(TestDesktop)

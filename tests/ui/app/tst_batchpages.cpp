@@ -93,6 +93,36 @@ private Q_SLOTS:
         QTEST(tips, "tips");
     }
 
+    void theHintsFollowTheListAndItsSelection()
+    {
+        addAlbum();
+        QDir(path()).mkdir(u"empty"_s);
+        open(at(u"music"_s));
+        tick(u"chmpista"_s);
+        const auto hints = [this] {
+            QStringList texts;
+            for (const QString &name : {u"multiHint"_s, u"extractHint"_s, u"renameHint"_s})
+                texts << control<QLabel>(name)->text();
+            return texts;
+        };
+        const QStringList nothing(3, u"no file is selected"_s);
+        const QStringList two{u"goes into 2 files"_s, u"goes into 2 files"_s, u"renames 2 files"_s};
+        QCOMPARE(hints(), two);
+        tree()->setPath(at(u"empty"_s));
+        QCOMPARE(hints(), nothing);
+        tree()->setPath(at(u"music"_s));
+        QCOMPARE(hints(), two);
+        for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s})
+            QVERIFY(QFile::remove(at(u"music/"_s + name)));
+        QTest::keyClick(tree(), Qt::Key_F2);
+        QCOMPARE(list()->rowCount(), 0);
+        QCOMPARE(hints(), nothing);
+        tree()->setPath(at(u"other"_s));
+        QCOMPARE(hints(), QStringList(3, QString()));
+        list()->selectNone();
+        QCOMPARE(hints(), nothing);
+    }
+
     void afterAMultiFileRunListAndEditorShowWhatWasWritten()
     {
         addAlbum();

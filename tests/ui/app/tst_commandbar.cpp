@@ -24,8 +24,8 @@ private Q_SLOTS:
         QCOMPARE(menuOf(1), QStringList{u"tb_freedb"_s});
         QCOMPARE(menuOf(3), (QStringList{u"tb_lista"_s, u"tb_blistas"_s}));
         QCOMPARE(menuOf(5), QStringList{u"tb_play"_s});
-        QCOMPARE(menuOf(7), (QStringList{u"tb_mcarpeta"_s, u"tb_ccarpeta"_s}));
-        QCOMPARE(menuOf(9), (QStringList{u"tb_mover"_s, u"tb_copiar"_s, u"tb_bcarpeta"_s}));
+        QCOMPARE(menuOf(7), (QStringList{u"tb_mcarpeta"_s, u"tb_ccarpeta"_s, u"tb_bcarpeta"_s}));
+        QCOMPARE(menuOf(9), (QStringList{u"tb_mover"_s, u"tb_copiar"_s}));
         QCOMPARE(menuOf(12), QStringList{u"tb_none"_s});
         QVERIFY(control<QToolButton>(u"tb_14"_s)->menu() == nullptr);
         QVERIFY(control<QToolButton>(u"tb_16"_s)->menu() == nullptr);
@@ -75,11 +75,46 @@ private Q_SLOTS:
             QVERIFY2(action(u"tb_"_s + key)->isEnabled(), qPrintable(key));
         QVERIFY(buttonAction(7)->isEnabled());
         // A disabled command leaves its button's menu enabled, unless all entries are disabled.
-        QVERIFY(control<QToolButton>(u"tb_9"_s)->isEnabled());
-        control<QToolButton>(u"tb_9"_s)->click();
-        QVERIFY(control<QToolButton>(u"tb_9"_s)->menu()->isVisible());
-        control<QToolButton>(u"tb_9"_s)->menu()->close();
-        QVERIFY(!control<QToolButton>(u"tb_12"_s)->isEnabled());
+        QVERIFY(control<QToolButton>(u"tb_3"_s)->isEnabled());
+        control<QToolButton>(u"tb_3"_s)->click();
+        QVERIFY(control<QToolButton>(u"tb_3"_s)->menu()->isVisible());
+        control<QToolButton>(u"tb_3"_s)->menu()->close();
+        for (const int position : {9, 12})
+            QVERIFY2(
+                !control<QToolButton>(u"tb_%1"_s.arg(position))->isEnabled(), qPrintable(QString::number(position)));
+    }
+
+    void withoutSelectedRowsNoClickLeadsToDeletingTheFolder_data()
+    {
+        QTest::addColumn<bool>("hasRows");
+        QTest::newRow("nothing selected") << true;
+        QTest::newRow("nothing listed") << false;
+    }
+    void withoutSelectedRowsNoClickLeadsToDeletingTheFolder()
+    {
+        QFETCH(bool, hasRows);
+        openThree();
+        if (!hasRows)
+            tree()->setPath(at(u"target"_s));
+        QStringList opened;
+        for (QToolButton *button : control(u"tb"_s)->findChildren<QToolButton *>()) {
+            QMenu *menu = button->menu();
+            if (menu == nullptr || button->defaultAction() == buttonAction(7))
+                continue; // opens a window of its own
+            list()->selectNone();
+            button->click();
+            if (!menu->isVisible())
+                continue;
+            opened << button->objectName();
+            QVERIFY2(!menu->actions().contains(action(u"tb_bcarpeta"_s)), qPrintable(button->objectName()));
+            menu->close();
+        }
+        QCOMPARE(opened, hasRows ? QStringList() : (QStringList{u"tb_3"_s, u"tb_5"_s}));
+        list()->selectNone();
+        for (const QString &key : {u"list Del"_s, u"list F6"_s, u"list F7"_s})
+            run(key); // no question, no dialog
+        QVERIFY(m_starts.isEmpty());
+        QVERIFY(exists(u"music/a.mp3"_s) && exists(u"target"_s));
     }
 
     void withoutSelectedRowsOnlyWhatNeedsThemIsDisabled()

@@ -2,9 +2,11 @@
 // The commands for files and folders in the real window, on real files: the questions and the effect of each answer,
 // the files afterwards, and where tree and list go if their folder is gone.
 
+#include "core/app/showntext.h"
+#include "core/files/list/listcolumns.h"
+#include "core/platform/fileio.h"
+#include "core/platform/path.h"
 #include "ui/app/commandsfixture.h"
-
-#include <QStatusBar>
 
 using namespace ravlin;
 using namespace ravlin::test;
@@ -12,6 +14,14 @@ using namespace ravlin::test;
 class TestFileCommands : public CommandsFixture
 {
     Q_OBJECT
+
+private:
+    /// What the last operation reports; empty if nothing is shown.
+    QString report() const
+    {
+        const auto *label = control<QLabel>(u"report"_s);
+        return label->isVisible() ? label->accessibleName() : QString();
+    }
 
 private Q_SLOTS:
     void init() { beginTest(); }
@@ -145,6 +155,58 @@ private Q_SLOTS:
         QCOMPARE(list()->rowCount(), 0);
     }
 
+    void theUndoneMoveOfTheFolderLeadsBackToIt_data()
+    {
+        QTest::addColumn<QString>("between");
+        QTest::newRow("at once") << QString();
+        QTest::newRow("from where it went") << u"target/music"_s;
+        QTest::newRow("from elsewhere") << u"target"_s;
+    }
+    void theUndoneMoveOfTheFolderLeadsBackToIt()
+    {
+        QFETCH(QString, between);
+        openThree();
+        action(u"tb_mcarpeta"_s)->trigger();
+        if (!between.isEmpty())
+            tree()->setPath(at(between));
+        action(u"undo"_s)->trigger();
+        QVERIFY(!exists(u"target/music"_s));
+        QCOMPARE(tree()->path(), at(u"music"_s));
+        QCOMPARE(m_program->state.currentFolder, at(u"music"_s) + QDir::separator());
+        QCOMPARE(list()->rowCount(), 3);
+        QCOMPARE(list()->selectedRows().size(), std::size_t{3});
+    }
+
+    void theUndoneMoveOfFilesLeavesTheTreeWhereItIs()
+    {
+        openThree();
+        selectRows({u"a.mp3"_s});
+        action(u"tb_mover"_s)->trigger();
+        tree()->setPath(at(u"target"_s));
+        QCOMPARE(list()->rowTexts(), QStringList{u"a.mp3"_s});
+        action(u"undo"_s)->trigger();
+        QVERIFY(exists(u"music/a.mp3"_s));
+        QCOMPARE(tree()->path(), at(u"target"_s));
+        QCOMPARE(list()->rowCount(), 0);
+    }
+
+    void theMoveOfAFolderThatIsNoUnicodeIsUndoneThereToo()
+    {
+        const QString folder = at(platform::decodePath(QByteArray("mus\xff")));
+        if (!platform::FileSystem::native().createFolder(folder))
+            QSKIP("this file system takes Unicode names only");
+        QDir(path()).mkdir(u"target"_s);
+        m_destination = at(u"target"_s);
+        openAt(folder);
+        QCOMPARE(tree()->path(), folder);
+        action(u"tb_mcarpeta"_s)->trigger();
+        QCOMPARE(tree()->path(), path());
+        action(u"undo"_s)->trigger();
+        QCOMPARE(tree()->path(), folder);
+        const auto place = platform::placeAt(platform::FileSystem::native(), folder);
+        QVERIFY(place && place->folder->removeFolder(place->name)); // QTemporaryDir can't
+    }
+
     void copiesTheFolder()
     {
         openThree();
@@ -224,7 +286,58 @@ private Q_SLOTS:
         run(way);
         QCOMPARE(content(u"music/lista.m3u"_s), QByteArray("a.mp3\r\nc.mp3\r\n"));
         QCOMPARE(list()->selectedRows(), (std::vector<int>{0, 2})); // it is not listed again
-        QCOMPARE(m_window->statusBar()->currentMessage(), u"playlist written: lista.m3u"_s);
+        QCOMPARE(report(), u"playlist written: lista.m3u"_s);
+    }
+
+    void thePanelsStayWhileAnOperationReports()
+    {
+        openThree();
+        clickRow(1);
+        QCOMPARE(report(), QString());
+        run(u"list Shift+L"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(report(), u"playlist written: lista.m3u"_s);
+        QCOMPARE(control<QLabel>(u"report"_s)->text(), report()); // in full
+        QCOMPARE(panel(1), u"3 files"_s);
+        QCOMPARE(panel(2), at(u"music/b.mp3"_s));
+        for (const QString &name : {u"panel1"_s, u"panel2"_s}) {
+            const auto *label = control<QLabel>(name);
+            QVERIFY2(label->isVisible() && !label->visibleRegion().isEmpty(), qPrintable(name));
+        }
+        QCOMPARE(control<QLabel>(u"panel1"_s)->text(), u"3 files"_s);
+        clickRow(2); // so does what changes meanwhile
+        QCOMPARE(panel(2), at(u"music/c.mp3"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(report(), QString(), 30000);
+        QCOMPARE(control<QLabel>(u"panel1"_s)->text(), u"3 files"_s);
+    }
+
+    void aRowThatNoLineCanHoldIsNamedWithTheReason_data()
+    {
+        QTest::addColumn<QString>("way");
+        QTest::newRow("written") << u"list Shift+L"_s;
+        QTest::newRow("played") << u"list Shift+P"_s;
+    }
+    void aRowThatNoLineCanHoldIsNamedWithTheReason()
+    {
+        QFETCH(QString, way);
+        if (platform::Separator == u'\\')
+            QSKIP("no name has a line break on this system");
+        addFile(u"music/d\ne.mp3"_s);
+        openThree();
+        run(way);
+        auto *box = control<QDialog>(u"outcome"_s);
+        QVERIFY(box->isVisible());
+        QCOMPARE(box->findChild<QLabel *>(u"outcomeHeadline"_s)->text(), u"files left out of the playlist: 1"_s);
+        const auto *lines = box->findChild<QListWidget *>(u"outcomeLines"_s);
+        QCOMPARE(lines->count(), 1);
+        QCOMPARE(lines->item(0)->text(), shownName(u"d\ne.mp3"_s) + u": a line of the list can't hold a line break"_s);
+        const QString written = way.endsWith(u'L') ? at(u"music/lista.m3u"_s) : playListPath();
+        QCOMPARE(contentOf(written).count("\r\n"), 3);
+        box->close();
+        selectRows({u"a.mp3"_s});
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->findChild<QDialog *>(u"outcome"_s) == nullptr, 30000);
+        run(way);
+        QVERIFY(m_window->findChild<QDialog *>(u"outcome"_s) == nullptr);
     }
 
     void thePlaylistBearsTheNameOfTheTagThatWasReadLast()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main window at work on real files: what it shows after a listing, a click, a key, a save and a drop.
 
+#include "support/filesteps.h"
 #include "support/links.h"
 #include "ui/app/principalfixture.h"
 #include "ui/controls/busy.h"
@@ -151,6 +152,23 @@ private Q_SLOTS:
         QTest::mouseDClick(list()->viewport(), Qt::LeftButton, {}, list()->visualRect(index).center());
         QDesktopServices::unsetUrlHandler(u"file"_s);
         QCOMPARE(m_openedUrl, QUrl::fromLocalFile(at(u"b.mp3"_s)));
+    }
+
+    void doubleClickPassesTheBytesOfANameThatIsNoUnicode()
+    {
+        const QString name = platform::decodePath(QByteArray("-caf\xe9 \xff.mp3"));
+        const QString file = at(name);
+        auto made = createNew(file);
+        if (!made)
+            QSKIP("this file system takes Unicode names only");
+        QVERIFY(platform::writeAll(**made, audio(), 0));
+        open(path());
+        QDesktopServices::setUrlHandler(u"file"_s, this, "noteUrl");
+        const QModelIndex index = list()->model()->index(0, 0);
+        QTest::mouseDClick(list()->viewport(), Qt::LeftButton, {}, list()->visualRect(index).center());
+        QDesktopServices::unsetUrlHandler(u"file"_s);
+        QCOMPARE(m_openedUrl.toEncoded(), "file://" + QFile::encodeName(path()) + "/-caf%E9%20%FF.mp3");
+        QVERIFY(removeFile(file)); // QTemporaryDir can't
     }
 
     void savingRefreshesTheListAndShowsTheCurrentRowAgain()
@@ -324,7 +342,7 @@ private Q_SLOTS:
         open(path());
         for (const QUrl &url : {QUrl(u"file://nas/share"_s), QUrl(u"file:////nas/share"_s)}) {
             QCOMPARE(drop(list(), url), Qt::IgnoreAction);
-            const QString told = control<QStatusBar>(u"sbStatusBar"_s)->currentMessage();
+            const QString told = control<QLabel>(u"report"_s)->accessibleName();
             QVERIFY2(told.contains(u"another computer (nas)"_s), qPrintable(told));
             QCOMPARE(list()->rowCount(), 3);
         }

@@ -196,6 +196,14 @@ std::optional<QByteArray> toCodePage(const QString &text)
     return encodePath(text);
 }
 
+QUrl addressOf(const QString &path)
+{
+    if (!path.startsWith(Separator))
+        return {};
+    // QUrl::fromLocalFile would put U+FFFD in the place of such a byte.
+    return QUrl::fromEncoded("file://" + encodePath(path).toPercentEncoding("/"), QUrl::StrictMode);
+}
+
 QString fixedFilePath(const QString &name)
 {
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);

@@ -156,6 +156,11 @@ std::optional<QByteArray> toCodePage(const QString &text)
     return bytes;
 }
 
+QUrl addressOf(const QString &path)
+{
+    return QDir::isAbsolutePath(path) ? QUrl::fromLocalFile(path) : QUrl();
+}
+
 QString fixedFilePath(const QString &name)
 {
     if (canWriteToRoot())
