@@ -89,8 +89,8 @@ public:
         for (const QString &path : report.deleted)
             m_rows.insert(path, {path, u"delete"_s, Value(), Value()});
         for (const platform::TrashedItem &item : report.trashed) // Windows may not tell the place
-            m_rows.insert(item.original,
-                {item.original, u"trash"_s, item.file.isEmpty() ? Value() : Value(item.file), Value()});
+            m_rows.insert(
+                item.original, {item.original, u"trash"_s, item.file.isEmpty() ? Value() : Value(item.file), Value()});
     }
 
     void write(const QStringList &paths, RecordWriter &writer)
