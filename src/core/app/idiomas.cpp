@@ -140,6 +140,12 @@ QString Captions::errorText(ErrorCode code) const
         return text(Text::ErrorSettings);
     case ErrorCode::InvalidArgument:
         return text(Text::ErrorInvalidArgument);
+    case ErrorCode::NameTooLong:
+        return text(Text::NameTooLong);
+    case ErrorCode::NoOwnName:
+        return text(Text::ErrorNoOwnName);
+    case ErrorCode::GivenTwice:
+        return text(Text::ErrorGivenTwice);
     case ErrorCode::Unsupported:
         return text(Text::ErrorUnsupported);
     case ErrorCode::Cancelled:

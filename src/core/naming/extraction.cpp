@@ -77,7 +77,7 @@ Result<Extraction> prepareExtraction(const QString &path, const QString &pattern
     Result<TagRecord> record = store.readForSaving(path);
     if (!record)
         return tl::unexpected(record.error());
-    Extraction extraction{*std::move(record)};
+    Extraction extraction{*record, *record};
     extraction.isMatched = MatchNameToPattern(nameAsText(bareName(path)), pattern, extraction.record);
     return extraction;
 }

@@ -28,7 +28,8 @@ bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &
 /// One file's extraction before it is written.
 struct Extraction
 {
-    TagRecord record;       ///< the file's own tag with the values from the name
+    TagRecord present;      ///< the file's own tag
+    TagRecord record;       ///< the same with the values from the name
     bool isMatched = false; ///< whether it would be written
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/naming/previewrows.h"
 
+#include "core/app/idiomas.h"
 #include "core/naming/extraction.h"
 #include "core/naming/filename.h"
 #include "core/platform/namecheck.h"
@@ -49,6 +50,8 @@ PreviewRow previewExtraction(const QString &path, const QString &pattern, const 
     row.record = std::move(extraction->record);
     row.isLongName = isLongName(row.name);
     row.isUntouched = !extraction->isMatched;
+    if (extraction->isMatched)
+        row.lost = lostFields(extraction->present, row.record);
     return row;
 }
 
@@ -80,6 +83,19 @@ std::vector<PreviewRow> previewRenaming(
     const QStringList &paths, const NamingRule &rule, const TagStore &store, const ProgressReport &progress)
 {
     return rowsOf(paths, progress, [&](const QString &path) { return previewRenaming(path, rule, store); });
+}
+
+QStringList extractionRemarks(const PreviewRow &row, const Captions &captions)
+{
+    QStringList remarks;
+    if (row.problem)
+        remarks << captions.errorText(row.problem->code);
+    else if (row.isUntouched)
+        remarks << captions.text(Text::RemarkNoMatch);
+    remarks << remarksAbout(row.lost, captions);
+    if (row.isLongName)
+        remarks << captions.text(Text::RemarkLongName);
+    return remarks;
 }
 
 TagRecord asSaved(const TagRecord &record)

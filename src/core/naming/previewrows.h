@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/app/progress.h"
+#include "core/naming/lostfields.h"
 #include "core/naming/newname.h"
 #include "core/platform/error.h"
 #include "core/tags/record/tagrecord.h"
@@ -16,6 +17,7 @@
 /// the real thing up to where that would write, and touches no file.
 namespace ravlin {
 
+class Captions;
 class TagStore;
 
 struct PreviewRow
@@ -27,9 +29,10 @@ struct PreviewRow
     /// Extraction: the file's tag with what was taken from its name, also where the match failed half way. Renaming:
     /// the file's tag. Of a file with a problem all texts are empty.
     TagRecord record;
-    bool isLongName = false;      ///< name has 65 characters or more
-    bool isUntouched = false;     ///< the run would leave the file as it is: nothing fits, or the name stays
-    std::optional<Error> problem; ///< the file cannot be read or is refused, and why
+    std::vector<LostField> lost = {}; ///< extraction: what the save would not keep; nothing if the name does not fit
+    bool isLongName = false;          ///< name has 65 characters or more
+    bool isUntouched = false;         ///< the run would leave the file as it is: nothing fits, or the name stays
+    std::optional<Error> problem;     ///< the file cannot be read or is refused, and why
 
     bool isUnreadable() const { return problem.has_value(); }
 };
@@ -43,6 +46,9 @@ std::vector<PreviewRow> previewExtraction(
     const QStringList &paths, const QString &pattern, const TagStore &store, const ProgressReport &progress = {});
 std::vector<PreviewRow> previewRenaming(
     const QStringList &paths, const NamingRule &rule, const TagStore &store, const ProgressReport &progress = {});
+
+/// What is to be said about a row of an extraction, as whole sentences in the user's language.
+QStringList extractionRemarks(const PreviewRow &row, const Captions &captions);
 
 /// The tag as a read gives it after a save: without a year, track or genre that no save writes, the track as a number,
 /// the genre as the table spells it.

@@ -27,7 +27,10 @@ enum class ErrorCode
     GenreOutOfRange,  ///< the file's genre number is beyond the genre table
     NoStream,         ///< no MPEG audio was found
     Settings,         ///< the settings file cannot be read or written
-    InvalidArgument,  ///< the caller passed something that makes no sense
+    InvalidArgument,  ///< a name or a request that is not valid here
+    NameTooLong,      ///< a name or path is longer than the system takes
+    NoOwnName,        ///< a whole drive, or a path that ends in "." or "..", where something with a name is needed
+    GivenTwice,       ///< the same file is in a batch twice
     Unsupported,      ///< the file system or the operating system cannot do it
     AlreadyExists,    ///< the name is taken
     Cancelled,        ///< the user stopped it

@@ -150,6 +150,9 @@ Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, c
     if (from.isEmpty() || to.isEmpty() || from == to)
         return {};
     Result<void> renamed = fileSystem.renameNew(from, to);
+    // Below a plain file or a missing folder there is nothing (NotFound).
+    if (!renamed && renamed.error().code != ErrorCode::NotFound && to.startsWith(platform::withEndSeparator(from)))
+        return tl::unexpected(Error{ErrorCode::IntoItself, from, renamed.error().detail});
     if (renamed || renamed.error().code != ErrorCode::AlreadyExists || !isSameButForCase(fileSystem, from, to))
         return renamed;
     return renameInTwoSteps(fileSystem, from, to);

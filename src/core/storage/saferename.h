@@ -17,8 +17,8 @@
 namespace ravlin::storage {
 
 /// Gives a file or folder another path on the same file system. Does nothing if either path is empty or both are equal.
-/// Never overwrites what has the new name already: AlreadyExists. A change of case alone works even where the file
-/// system ignores case.
+/// Never overwrites what has the new name already: AlreadyExists. A folder can't go into itself: IntoItself. A change
+/// of case alone works even where the file system ignores case.
 Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, const QString &to);
 
 /// Whether the file at the new path is the file itself, because the file system ignores case.

@@ -89,15 +89,23 @@ void preview::applyCaptions()
     QStringList texts;
     for (const Caption caption : ColumnCaptions)
         texts << captions.text(caption);
-    m_model->setHeaderTexts(texts << QStringLiteral("id3v1") << QStringLiteral("id3v2"));
+    m_model->setHeaderTexts(
+        texts << QStringLiteral("id3v1") << QStringLiteral("id3v2") << captions.text(Text::ColumnRemarks));
     m_list->setAccessibleName(windowTitle());
     m_close->setText(captions.text(Caption::Ok));
 }
 
 void preview::applyIcons()
 {
-    m_model->setMarkIcons(
-        themedIcon(QStringLiteral("equal"), palette()), themedIcon(QStringLiteral("triangle-alert"), palette()));
+    std::array<QIcon, PreviewMarkCount> icons;
+    const auto choose = [&](PreviewMark mark, const QString &name) {
+        icons[static_cast<std::size_t>(mark)] = themedIcon(name, palette());
+    };
+    choose(PreviewMark::Untouched, QStringLiteral("equal"));
+    choose(PreviewMark::MakesFolder, QStringLiteral("folder-input"));
+    choose(PreviewMark::Adjusted, QStringLiteral("file-pen"));
+    choose(PreviewMark::Trouble, QStringLiteral("triangle-alert"));
+    m_model->setMarkIcons(icons);
 }
 
 void preview::changeEvent(QEvent *event)
@@ -141,11 +149,11 @@ bool preview::load(const PreviewRequest &request)
     return true;
 }
 
-/// Makes the columns as wide as their texts. If that is too much for the window, the columns of names share what the
-/// others leave.
+/// Makes the columns as wide as their texts. If that is too much for the window, the columns of long texts share what
+/// the others leave.
 void preview::fitColumns()
 {
-    constexpr std::array<int, 4> NameColumns{0, 2, 3, 4};
+    constexpr std::array<int, 5> NameColumns{0, 2, 3, 4, PreviewModel::RemarkColumn};
     QHeaderView *header = m_list->header();
     const QMargins margins = layout()->contentsMargins();
     const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 2 * m_list->frameWidth();

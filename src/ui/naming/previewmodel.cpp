@@ -48,9 +48,16 @@ QString cellOf(const PreviewRow &row, int column)
     }
 }
 
-QString cell(const PreviewRow &row, int column)
+QString cell(const PreviewLine &line, int column)
 {
-    return shownLine(cellOf(row, column));
+    return shownLine(
+        column == PreviewModel::RemarkColumn ? line.remarks.join(QStringLiteral("; ")) : cellOf(line.row, column));
+}
+
+void mark(PreviewLine &line, PreviewMark mark, const QString &remark)
+{
+    line.mark = std::max(line.mark, mark);
+    line.remarks << remark;
 }
 
 /// The whole text of the cell, which may be too narrow for it, and the remarks about the row.
@@ -64,18 +71,18 @@ QString toolTip(const QString &cellText, const QStringList &remarks)
     return lines.join(u'\n');
 }
 
-void remarkLongName(PreviewLine &line, const Captions &captions)
+/// What keeps the file from getting the new name, if anything does.
+QString troubleOf(const PreviewRow &preview, const RenameRow &row, const Captions &captions)
 {
-    if (line.row.isLongName)
-        line.remarks << captions.text(Text::RemarkLongName);
-}
-
-void remarkClash(PreviewLine &line, const RenameRow &row, const Captions &captions)
-{
-    line.mark = PreviewMark::Trouble;
-    line.remarks << captions.text(Text::ErrorAlreadyExists);
-    if (row.renames())
-        line.remarks << captions.text(Text::RemarkNumbered);
+    if (preview.problem)
+        return captions.errorText(preview.problem->code);
+    if (row.problem)
+        return problemText(captions, *row.problem);
+    if (row.error)
+        return captions.errorText(row.error->code);
+    if (row.isCollision)
+        return captions.text(row.isGivenToAnother ? Text::RemarkGivenToAnother : Text::ErrorAlreadyExists);
+    return {};
 }
 
 PreviewLine renamingLine(const PreviewRow &preview, const RenameRow &row, const Captions &captions)
@@ -83,26 +90,26 @@ PreviewLine renamingLine(const PreviewRow &preview, const RenameRow &row, const 
     PreviewLine line{preview, PreviewMark::None, {}};
     line.row.name = newNameOf(row);
     line.row.isLongName = isLongName(platform::nameOf(line.row.name));
-    if (preview.problem) {
-        line.mark = PreviewMark::Trouble;
-        line.remarks << captions.errorText(preview.problem->code);
-    } else if (row.problem) {
-        line.mark = PreviewMark::Trouble;
-        line.remarks << problemText(captions, *row.problem);
-    } else if (row.error) {
-        line.mark = PreviewMark::Trouble;
-        line.remarks << captions.errorText(row.error->code);
-    } else if (row.isCollision) {
-        remarkClash(line, row, captions);
-    } else if (row.state == RenameState::Untouched) {
-        line.mark = PreviewMark::Untouched;
-        line.remarks << captions.text(Text::RemarkKeepsName);
-    }
+    if (const QString trouble = troubleOf(preview, row, captions); !trouble.isEmpty())
+        mark(line, PreviewMark::Trouble, trouble);
+    else if (row.state == RenameState::Untouched)
+        mark(line, PreviewMark::Untouched, captions.text(Text::RemarkKeepsName));
     if (row.isAdjusted)
-        line.remarks << captions.text(Text::RemarkAdjusted);
+        mark(line, PreviewMark::Adjusted, captions.text(Text::RemarkAdjusted));
     if (row.renames() && row.makesFolder)
-        line.remarks << captions.text(Text::RemarkMakesFolder);
-    remarkLongName(line, captions);
+        mark(line, PreviewMark::MakesFolder, captions.text(Text::RemarkMakesFolder));
+    if (line.row.isLongName)
+        line.remarks << captions.text(Text::RemarkLongName);
+    return line;
+}
+
+PreviewLine extractionLine(const PreviewRow &row, const Captions &captions)
+{
+    PreviewLine line{row, PreviewMark::None, extractionRemarks(row, captions)};
+    if (row.problem || !row.lost.empty())
+        line.mark = PreviewMark::Trouble;
+    else if (row.isUntouched)
+        line.mark = PreviewMark::Untouched;
     return line;
 }
 
@@ -112,18 +119,8 @@ std::vector<PreviewLine> extractionLines(const std::vector<PreviewRow> &rows, co
 {
     std::vector<PreviewLine> lines;
     lines.reserve(rows.size());
-    for (const PreviewRow &row : rows) {
-        PreviewLine line{row, PreviewMark::None, {}};
-        if (row.problem) {
-            line.mark = PreviewMark::Trouble;
-            line.remarks << captions.errorText(row.problem->code);
-        } else if (row.isUntouched) {
-            line.mark = PreviewMark::Untouched;
-            line.remarks << captions.text(Text::RemarkNoMatch);
-        }
-        remarkLongName(line, captions);
-        lines.push_back(std::move(line));
-    }
+    for (const PreviewRow &row : rows)
+        lines.push_back(extractionLine(row, captions));
     return lines;
 }
 
@@ -154,10 +151,9 @@ void PreviewModel::setHeaderTexts(const QStringList &texts)
     Q_EMIT headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
 }
 
-void PreviewModel::setMarkIcons(const QIcon &untouched, const QIcon &trouble)
+void PreviewModel::setMarkIcons(const std::array<QIcon, PreviewMarkCount> &icons)
 {
-    m_untouched = untouched;
-    m_trouble = trouble;
+    m_icons = icons;
     if (!m_lines.empty())
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0), {Qt::DecorationRole});
 }
@@ -172,19 +168,6 @@ int PreviewModel::columnCount(const QModelIndex &parent) const
     return parent.isValid() ? 0 : ColumnCount;
 }
 
-QVariant PreviewModel::icon(const PreviewLine &line) const
-{
-    switch (line.mark) {
-    case PreviewMark::Untouched:
-        return m_untouched;
-    case PreviewMark::Trouble:
-        return m_trouble;
-    case PreviewMark::None:
-        break;
-    }
-    return {};
-}
-
 QVariant PreviewModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid())
@@ -193,14 +176,14 @@ QVariant PreviewModel::data(const QModelIndex &index, int role) const
     const bool isName = index.column() == 0;
     switch (role) {
     case Qt::DisplayRole:
-        return cell(line.row, index.column());
+        return cell(line, index.column());
     case Qt::AccessibleTextRole:
-        return isName ? (QStringList(cell(line.row, 0)) + line.remarks).join(QStringLiteral("; "))
-                      : cell(line.row, index.column());
+        return isName ? (QStringList(cell(line, 0)) + line.remarks).join(QStringLiteral("; "))
+                      : cell(line, index.column());
     case Qt::ToolTipRole:
-        return toolTip(cell(line.row, index.column()), line.remarks);
+        return toolTip(cell(line, index.column()), line.remarks);
     case Qt::DecorationRole:
-        return isName ? icon(line) : QVariant();
+        return isName ? QVariant(m_icons[static_cast<std::size_t>(line.mark)]) : QVariant();
     case Qt::FontRole:
         if (line.row.isLongName) {
             QFont bold; // the view fills in what is not set

@@ -14,13 +14,17 @@ namespace ravlin {
 
 class Captions;
 
-/// How a row of the preview is marked, besides a long name.
+/// How a row of the preview is marked, besides a long name. Of several marks a row has the last.
 enum class PreviewMark
 {
     None,
-    Untouched, ///< the run would leave the file as it is
-    Trouble    ///< something prevents what the run would do
+    Untouched,   ///< the run would leave the file as it is
+    MakesFolder, ///< the new name leads into a folder that is made for it
+    Adjusted,    ///< the new name is not quite what the rule gave
+    Trouble      ///< something prevents what the run would do, or it would lose something
 };
+
+inline constexpr std::size_t PreviewMarkCount = 5;
 
 /// A row of the preview with remarks about it.
 struct PreviewLine
@@ -29,22 +33,23 @@ struct PreviewLine
     PreviewMark mark = PreviewMark::None;
     QStringList remarks; ///< whole sentences, in the user's language
 
-    bool isMarked() const { return mark != PreviewMark::None || !remarks.isEmpty(); }
+    bool isMarked() const { return mark != PreviewMark::None || row.isLongName; }
 };
 
 /// The lines for the rows of an extraction or a renaming.
 std::vector<PreviewLine> extractionLines(const std::vector<PreviewRow> &rows, const Captions &captions);
 std::vector<PreviewLine> renamingLines(const FileRenaming &renaming, const Captions &captions);
 
-/// The rows of the preview window: name, track, title, artist, album, year and the presence of tags. A long name makes
-/// its row bold and red. A mark is an icon before the name; its remarks are the row's tooltip and, for assistive tools,
-/// part of the name.
+/// The rows of the preview window: name, track, title, artist, album, year, the presence of tags, and remarks. A long
+/// name makes its row bold and red. Another mark is an icon before the name. The remarks are in the row's tooltip too
+/// and, for assistive tools, part of the name.
 class PreviewModel : public QAbstractTableModel
 {
     Q_OBJECT
 
 public:
-    static constexpr int ColumnCount = 8;
+    static constexpr int RemarkColumn = 8;
+    static constexpr int ColumnCount = 9;
 
     using QAbstractTableModel::QAbstractTableModel;
 
@@ -53,7 +58,8 @@ public:
     int markedCount() const;
 
     void setHeaderTexts(const QStringList &texts);
-    void setMarkIcons(const QIcon &untouched, const QIcon &trouble);
+    /// For each mark its icon.
+    void setMarkIcons(const std::array<QIcon, PreviewMarkCount> &icons);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
@@ -61,12 +67,9 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
 private:
-    QVariant icon(const PreviewLine &line) const;
-
     std::vector<PreviewLine> m_lines;
     QStringList m_headerTexts;
-    QIcon m_untouched;
-    QIcon m_trouble;
+    std::array<QIcon, PreviewMarkCount> m_icons;
 };
 
 } // namespace ravlin

@@ -224,9 +224,12 @@ void TestIdiomas::everyErrorHasASentenceOfItsOwn()
     for (const QString &language : LanguageNames) {
         const Captions captions = filled(language);
         QSet<QString> sentences;
-        const int last = static_cast<int>(ErrorCode::AlreadyExists);
+        const int last = static_cast<int>(ErrorCode::NotMp3Content);
         for (int code = 0; code <= last; ++code)
             sentences += captions.errorText(static_cast<ErrorCode>(code));
+        // A request that is not valid was no search for something.
+        for (const QString &word : {u"does not exist"_s, u"no existe"_s, u"n'existe pas"_s})
+            QVERIFY(!captions.errorText(ErrorCode::InvalidArgument).contains(word));
         QCOMPARE(sentences.size(), last + 1);
         QVERIFY(!sentences.contains(QString()));
     }

@@ -2,6 +2,7 @@
 // What a preview shows, and that it touches nothing and is true: over random files, tags and patterns the run does what
 // the preview said, and extraction by a pattern recovers what renaming by the same pattern put into a name.
 
+#include "core/app/idiomas.h"
 #include "core/naming/extraction.h"
 #include "core/naming/filename.h"
 #include "core/naming/previewrows.h"
@@ -163,6 +164,27 @@ private Q_SLOTS:
         QVERIFY(row.isUntouched);
         QCOMPARE(row.record.Track, u"04"_s); // as far as the match went
         QCOMPARE(row.record.Title, u"Title"_s);
+    }
+
+    void extractionTellsWhatASaveWouldLose()
+    {
+        Captions captions;
+        captions.fill();
+        const PreviewRow row = previewExtraction(file(u"99 - 100.mp3"_s), u"%5 - %4"_s, m_store);
+        QCOMPARE(row.record.Year, u"99"_s); // shown as found
+        QCOMPARE(row.record.Track, u"100"_s);
+        QCOMPARE(row.lost.size(), std::size_t(2));
+        QCOMPARE(extractionRemarks(row, captions),
+            (QStringList{u"the track “100” is not saved: a track has one or two digits"_s,
+                u"the year “99” is not saved: a year has four digits"_s,
+                u"the file loses what it has there: track, year"_s}));
+        QVERIFY(
+            extractionRemarks(previewExtraction(file(u"1999 - 10.mp3"_s), u"%5 - %4"_s, m_store), captions).isEmpty());
+        // Nothing is saved where the name does not fit, so nothing is lost.
+        const PreviewRow odd = previewExtraction(file(u"99 - x.mp3"_s), u"%5 - %4 - %3"_s, m_store);
+        QVERIFY(odd.lost.empty());
+        QCOMPARE(extractionRemarks(odd, captions),
+            QStringList{u"the name does not fit the mask; the file stays as it is"_s});
     }
 
     void renamingShowsTheNewNameAndTheFilesOwnTag()

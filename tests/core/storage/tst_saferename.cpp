@@ -4,6 +4,7 @@
 
 #include "core/files/renaming/renamingcase.h"
 #include "core/platform/namecheck.h"
+#include "core/platform/scratchfolder.h"
 #include "core/storage/saferename.h"
 
 #include <QtTest>
@@ -35,6 +36,7 @@ private Q_SLOTS:
     void leavesAloneWhatIsBeingRenamed();
     void bringsBackFolders();
     void aMissingFolderIsAnError();
+    void aFolderDoesNotGoIntoItself();
 };
 
 void TestSafeRename::holdsTheName_data()
@@ -114,6 +116,19 @@ void TestSafeRename::aMissingFolderIsAnError()
 {
     const RenamingCase folder;
     QVERIFY(!bringBackAside(native(), folder.path(u"none"_s)));
+}
+
+void TestSafeRename::aFolderDoesNotGoIntoItself()
+{
+    const ScratchFolder folder;
+    const QString own = folder.path(u"N"_s);
+    QVERIFY(QDir().mkpath(own + u"/sub"_s));
+    folder.write(u"file"_s, "x");
+    for (const QString &wanted : {u"N/x"_s, u"N/sub/x"_s})
+        QCOMPARE(renameFile(native(), own, folder.path(wanted)).error().code, ErrorCode::IntoItself);
+    QCOMPARE(renameFile(native(), own, folder.path(u"N/none/x"_s)).error().code, ErrorCode::NotFound);
+    QCOMPARE(renameFile(native(), folder.path(u"file"_s), folder.path(u"file/x"_s)).error().code, ErrorCode::NotFound);
+    QVERIFY(renameFile(native(), own, folder.path(u"N2"_s)));
 }
 
 QTEST_GUILESS_MAIN(TestSafeRename)

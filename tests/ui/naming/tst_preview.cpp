@@ -75,13 +75,13 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("headers");
         QTest::newRow("english") << u"english"_s
                                  << QStringList{u"file"_s, u"track"_s, u"title"_s, u"artist"_s, u"album"_s, u"year"_s,
-                                        u"id3v1"_s, u"id3v2"_s};
+                                        u"id3v1"_s, u"id3v2"_s, u"remarks"_s};
         QTest::newRow("spanish") << u"spanish"_s
                                  << QStringList{u"fichero"_s, u"pista"_s, u"título"_s, u"artista"_s, u"album"_s,
-                                        u"año"_s, u"id3v1"_s, u"id3v2"_s};
+                                        u"año"_s, u"id3v1"_s, u"id3v2"_s, u"observaciones"_s};
         QTest::newRow("french") << u"french"_s
                                 << QStringList{u"fichier"_s, u"piste"_s, u"titre"_s, u"artiste"_s, u"album"_s,
-                                       u"années"_s, u"id3v1"_s, u"id3v2"_s};
+                                       u"années"_s, u"id3v1"_s, u"id3v2"_s, u"remarques"_s};
     }
     void theHeadersAreThoseOfTheLanguage()
     {
@@ -209,8 +209,54 @@ private Q_SLOTS:
         QCOMPARE(cell(0, 0).toString(), u"Song.mp3"_s);
         QVERIFY(toolTip(0).contains(u"exists already"_s));
         QVERIFY(!hasIcon(1));
-        QVERIFY(toolTip(2).contains(u"exists already"_s));
+        QVERIFY(toolTip(2).contains(u"two files would get this name"_s));
+        QVERIFY(!toolTip(2).contains(u"exists already"_s));
         QCOMPARE(control<QLabel>(m_window.get(), u"summary"_s)->text(), u"marked: 2 of 3"_s);
+    }
+
+    void whatASaveWouldDropIsMarkedWithTheReason()
+    {
+        addFile(u"99 - 100.mp3"_s, {.title = u"x"_s, .year = u"1999"_s});
+        addFile(u"Zydeco - 1.mp3"_s);
+        addFile(u"1999 - 1.mp3"_s);
+        show(PreviewMode::Extrae, u"%5 - %4"_s);
+        QCOMPARE(cell(0, 5).toString(), u"99"_s); // the columns stay as they are
+        QCOMPARE(cell(0, 1).toString(), u"100"_s);
+        const QString expected = u"the track “100” is not saved: a track has one or two digits; "
+                                 "the year “99” is not saved: a year has four digits; "
+                                 "the file loses what it has there: year"_s;
+        QCOMPARE(cell(0, 8).toString(), expected);
+        QCOMPARE(cell(0, 0, Qt::AccessibleTextRole).toString(), u"99 - 100.mp3; "_s + expected);
+        QVERIFY(hasIcon(0));
+        QVERIFY(hasIcon(1));
+        QVERIFY(!hasIcon(2));
+        QCOMPARE(cell(2, 8).toString(), QString());
+        QCOMPARE(control<QLabel>(m_window.get(), u"summary"_s)->text(), u"marked: 2 of 3"_s);
+    }
+
+    void eachKindOfMarkHasADrawingAndWordsAndIsCounted()
+    {
+        addFile(u"1.mp3"_s, {.title = u".hidden"_s}); // adapted
+        addFile(u"2.mp3"_s, {.title = u"x"_s, .artist = u"Band"_s});
+        addFile(u"3.mp3"_s, {.title = u"?"_s});       // no name
+        addFile(u"Same.mp3"_s, {.title = u"Same"_s}); // keeps its name
+        addFile(u"5.mp3"_s, {.title = u"Plain"_s});
+        show(PreviewMode::Rename, u"%3"_s);
+        const auto drawing = [this](int row) {
+            const QIcon icon = cell(row, 0, Qt::DecorationRole).value<QIcon>();
+            return icon.isNull() ? QImage() : icon.pixmap(16).toImage();
+        };
+        QVERIFY(cell(0, 8).toString().contains(u"adapted"_s));
+        QVERIFY(!drawing(0).isNull() && !drawing(2).isNull() && !drawing(3).isNull());
+        QVERIFY(drawing(0) != drawing(2) && drawing(0) != drawing(3) && drawing(2) != drawing(3));
+        QVERIFY(drawing(4).isNull());
+        QCOMPARE(control<QLabel>(m_window.get(), u"summary"_s)->text(), u"marked: 3 of 5"_s);
+        const QImage adapted = drawing(0);
+        show(PreviewMode::Rename, u"%1/%3"_s); // "%1" is literal where there is no artist
+        QVERIFY(cell(1, 8).toString().contains(u"makes a new folder"_s));
+        QVERIFY(!drawing(1).isNull() && drawing(1) != adapted);
+        QCOMPARE(drawing(0), adapted); // adapted and in a new folder
+        QCOMPARE(control<QLabel>(m_window.get(), u"summary"_s)->text(), u"marked: 5 of 5"_s);
     }
 
     void aNameThatCantBeGivenIsMarkedWithWords()

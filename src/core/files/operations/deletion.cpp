@@ -92,8 +92,7 @@ DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList
 {
     return each(paths, watch, [&](const QString &path, DeletionReport &report) -> Result<void> {
         if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
-            return tl::unexpected(
-                Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
+            return tl::unexpected(Error{ErrorCode::NoOwnName, path, {}});
         return platform::placeAt(fileSystem, path)
             .and_then([](const platform::Place &place) { return platform::removeTree(*place.folder, place.name); })
             .map([&] { report.deleted.append(path); });

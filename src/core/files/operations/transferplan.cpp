@@ -116,7 +116,7 @@ TransferItem Planner::plan(const QString &source, const QString &target, bool is
 std::optional<Error> Planner::refusal(const TransferItem &item)
 {
     if (!platform::isPlainName(platform::nameOf(item.source)))
-        return failure(ErrorCode::InvalidArgument, item.source, QStringLiteral("this has no name of its own"));
+        return failure(ErrorCode::NoOwnName, item.source);
     if (item.node.kind == NodeKind::Folder) {
         const auto real = m_fileSystem.canonicalPath(item.source);
         if (!real)

@@ -61,9 +61,10 @@ struct RenameRow
     RenameState state = RenameState::Untouched;
     /// Where the file will be: the new path if it is renamed, else from. After the run: where it is.
     QString path = {};
-    bool isNumbered = false;  ///< the name bears a number because the wanted one was taken
-    bool isCollision = false; ///< the wanted name was taken, whatever the answer
-    bool makesFolder = false; ///< the folder of wanted does not exist yet
+    bool isNumbered = false;       ///< the name bears a number because the wanted one was taken
+    bool isCollision = false;      ///< the wanted name was taken, whatever the answer
+    bool isGivenToAnother = false; ///< a collision: nothing bears the wanted name, but an earlier row is to get it
+    bool makesFolder = false;      ///< the folder of wanted does not exist yet
     std::optional<Error> error = {};
 
     bool renames() const { return state == RenameState::Rename; }

@@ -85,6 +85,7 @@ private:
     int slotOf(int folder, const QString &name);
     bool placeSource(int row);
     bool placeTarget(int row);
+    bool leadsIntoItself(int row, const FolderNames &target) const;
     void refuse(int row, ErrorCode code, const QString &path, const QString &detail);
 
     void beginResolving();
@@ -94,6 +95,7 @@ private:
     void takeNumber(int row);
     void stopAt(int row);
     void drainQueue();
+    void tellCollisionsApart();
 
     platform::FileSystem &m_fileSystem;
     std::vector<FolderNames> m_folders;
@@ -239,7 +241,7 @@ bool RenamingPlan::Draft::placeSource(int row)
         return false;
     }
     if (m_slots[slot].mover != None) {
-        refuse(row, ErrorCode::InvalidArgument, from, QStringLiteral("the same file is in the batch twice"));
+        refuse(row, ErrorCode::GivenTwice, from, {});
         return false;
     }
     m_slots[slot].mover = row;
@@ -264,8 +266,21 @@ bool RenamingPlan::Draft::placeTarget(int row)
     const bool isSame = slot == m_source[row].slot && name == platform::nameOf(from);
     m_wanted[row] = {folder, slot};
     m_slots[slot].isWanted = !isSame;
+    if (folder != m_source[row].folder && leadsIntoItself(row, m_folders[folder])) {
+        refuse(row, ErrorCode::IntoItself, from, {});
+        return false;
+    }
     rows[row].makesFolder = !m_folders[folder].exists;
     return !isSame;
+}
+
+/// Whether the row is a folder and the target lies in it. A link to a folder may go into that folder.
+bool RenamingPlan::Draft::leadsIntoItself(int row, const FolderNames &target) const
+{
+    const FolderNames &source = m_folders[m_source[row].folder];
+    const QString own = platform::inFolder(source.canonical, platform::nameOf(rows[row].from)) + platform::Separator;
+    const QString into = target.canonical + platform::Separator;
+    return source.ignoresCase ? folded(into).startsWith(folded(own)) : into.startsWith(own);
 }
 
 int RenamingPlan::Draft::occupantOf(std::size_t row) const
@@ -291,6 +306,7 @@ void RenamingPlan::Draft::beginResolving()
         rows[row].path = rows[row].wanted;
         rows[row].isNumbered = false;
         rows[row].isCollision = false;
+        rows[row].isGivenToAnother = false;
         m_target[row] = m_wanted[row].slot;
     }
 }
@@ -399,11 +415,25 @@ void RenamingPlan::Draft::drainQueue()
     }
 }
 
+/// A name is taken by what bears it, or else by the row that gets it.
+void RenamingPlan::Draft::tellCollisionsApart()
+{
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        if (!rows[row].isCollision)
+            continue;
+        const Slot &wanted = m_slots[m_wanted[row].slot];
+        const bool isOwn = wanted.mover == static_cast<int>(row);
+        const bool isLeft = wanted.mover != None && m_moves[wanted.mover];
+        rows[row].isGivenToAnother = !wanted.exists || isOwn || isLeft;
+    }
+}
+
 void RenamingPlan::Draft::resolve()
 {
     beginResolving();
     claimInOrder();
     drainQueue();
+    tellCollisionsApart();
     // Drop rows after a stop; they need no answer any more.
     std::erase_if(openClashes, [this](int row) { return row >= m_end; });
     std::erase_if(openClashes, [this](int row) { return rows[row].state != RenameState::Clash; });

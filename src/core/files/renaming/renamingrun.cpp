@@ -11,6 +11,13 @@ namespace ravlin {
 
 namespace {
 
+/// Returns false if it is not empty or can't be removed.
+bool removeEmptyFolder(platform::FileSystem &fileSystem, const QString &path)
+{
+    const auto place = platform::placeAt(fileSystem, path);
+    return place && place->folder->removeFolder(place->name).has_value();
+}
+
 /// Carries one plan out. Takes the rows in order, but before a row the one whose file still bears its new name.
 class RenamingRun
 {
@@ -40,6 +47,8 @@ public:
             if (row.renames())
                 m_outcome.renames.push_back({row.from, row.path});
         }
+        if (m_outcome.count(RenameState::Failed) > 0)
+            removeUnused();
         return std::move(m_outcome);
     }
 
@@ -168,6 +177,15 @@ private:
         return {};
     }
 
+    /// Removes the folders that were made for rows which then failed.
+    void removeUnused()
+    {
+        for (qsizetype i = m_outcome.foldersMade.size(); i > 0; --i) {
+            if (removeEmptyFolder(m_fileSystem, m_outcome.foldersMade[i - 1]))
+                m_outcome.foldersMade.removeAt(i - 1);
+        }
+    }
+
     platform::FileSystem &m_fileSystem;
     const RenamingPlan &m_plan;
     RenamingOutcome m_outcome;
@@ -193,10 +211,8 @@ RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector
     plan.answerAll(ClashAnswer::KeepBoth);
     RenamingOutcome outcome = runRenaming(fileSystem, plan, watch);
     QStringList folders = foldersMade;
-    while (!folders.isEmpty()) {
-        if (const auto place = platform::placeAt(fileSystem, folders.takeLast()))
-            static_cast<void>(place->folder->removeFolder(place->name)); // one that is not empty holds files of others
-    }
+    while (!folders.isEmpty())
+        removeEmptyFolder(fileSystem, folders.takeLast()); // one that is not empty holds files of others
     return outcome;
 }
 

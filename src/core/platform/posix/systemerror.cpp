@@ -31,8 +31,9 @@ ErrorCode codeFor(int number)
     case ENOTEMPTY:
         return ErrorCode::AlreadyExists;
     case EINVAL:
-    case ENAMETOOLONG:
         return ErrorCode::InvalidArgument;
+    case ENAMETOOLONG:
+        return ErrorCode::NameTooLong;
     case EXDEV:
     case ENOSYS:
     case ENOLCK:

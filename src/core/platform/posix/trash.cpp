@@ -316,7 +316,7 @@ Result<TrashedItem> moveToTrash(const QString &path)
     if (const auto named = nodeAt(path); !named)
         return tl::unexpected(named.error());
     if (!isPlainName(nameOf(path)))
-        return tl::unexpected(Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
+        return tl::unexpected(Error{ErrorCode::NoOwnName, path, {}});
     const auto place = placeAt(FileSystem::native(), path);
     return place ? moveToTrash(*place) : tl::unexpected(place.error());
 }

@@ -71,8 +71,9 @@ ErrorCode codeFor(DWORD number)
     case ERROR_INVALID_NAME:
     case ERROR_BAD_PATHNAME:
     case ERROR_INVALID_PARAMETER:
-    case ERROR_FILENAME_EXCED_RANGE:
         return ErrorCode::InvalidArgument;
+    case ERROR_FILENAME_EXCED_RANGE:
+        return ErrorCode::NameTooLong;
     case ERROR_NOT_SAME_DEVICE:
     case ERROR_NOT_SUPPORTED:
     case ERROR_INVALID_FUNCTION:

@@ -226,7 +226,7 @@ Result<TrashedItem> moveToTrash(const QString &path)
     if (const auto node = nodeAt(path); !node)
         return tl::unexpected(node.error());
     if (!isPlainName(nameOf(path)))
-        return tl::unexpected(Error{ErrorCode::InvalidArgument, path, QStringLiteral("this has no name of its own")});
+        return tl::unexpected(Error{ErrorCode::NoOwnName, path, {}});
     if (isOnReadOnlyDrive(path))
         return tl::unexpected(Error{ErrorCode::ReadOnlyDrive, path, {}});
     if (!hasTrash(path))

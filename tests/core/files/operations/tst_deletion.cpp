@@ -68,7 +68,7 @@ private Q_SLOTS:
         const DeletionReport report = deleteForGood(untouched, {QDir::toNativeSeparators(QDir::rootPath())});
         QVERIFY(report.deleted.isEmpty());
         QCOMPARE(report.failures.size(), size_t{1});
-        QCOMPARE(report.failures.front().error.code, ErrorCode::InvalidArgument);
+        QCOMPARE(report.failures.front().error.code, ErrorCode::NoOwnName);
         QVERIFY(!untouched.hasFired());
     }
 };

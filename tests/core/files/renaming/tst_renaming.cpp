@@ -86,6 +86,11 @@ private Q_SLOTS:
     void unchangedRowsAskNothingOfTheDisk();
     void anExistingFileIsAClash();
     void twoRowsWithOneName();
+    void aNameThatExistsAndOneGivenToAnotherAreToldApart();
+    void aFolderDoesNotGoIntoItself_data();
+    void aFolderDoesNotGoIntoItself();
+    void aLinkGoesIntoTheFolderThatItNames();
+    void foldersMadeForNothingAreRemoved();
     void skippedRowsKeepTheirNamesFromOthers();
     void keepBothNumbers();
     void keepBothTwiceChangesNothing();
@@ -178,6 +183,94 @@ void TestRenaming::twoRowsWithOneName()
     const auto outcome = renameAll(folder, {{u"a.mp3"_s, u"x.mp3"_s}, {u"b.mp3"_s, u"x.mp3"_s}}, ClashAnswer::Skip);
     QCOMPARE(statesOf(outcome.rows), states({Rename, Skipped}));
     QCOMPARE(folder.files(), (Files{{u"x.mp3"_s, u"a.mp3"_s}, {u"b.mp3"_s, u"b.mp3"_s}}));
+}
+
+void TestRenaming::aNameThatExistsAndOneGivenToAnotherAreToldApart()
+{
+    const RenamingCase folder({u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"there"_s});
+    const auto told = [&](const Pairs &pairs, std::optional<ClashAnswer> answer) {
+        RenamingPlan plan(native(), folder.rows(pairs));
+        if (answer)
+            plan.answerAll(*answer);
+        QStringList words;
+        for (const RenameRow &row : plan.rows()) {
+            if (row.isGivenToAnother && !row.isCollision)
+                qFatal("given to another, yet no collision");
+            words += row.isGivenToAnother ? u"another"_s : row.isCollision ? u"exists"_s : u"free"_s;
+        }
+        return words;
+    };
+    for (const std::optional<ClashAnswer> answer : {std::optional<ClashAnswer>(), std::optional(ClashAnswer::Skip),
+             std::optional(ClashAnswer::KeepBoth), std::optional(ClashAnswer::Stop)}) {
+        QCOMPARE(told({{u"a"_s, u"there"_s}}, answer), QStringList{u"exists"_s});
+        QCOMPARE(told({{u"a"_s, u"x"_s}, {u"b"_s, u"x"_s}}, answer), (QStringList{u"free"_s, u"another"_s}));
+        // b leaves its name, which a gets before c.
+        QCOMPARE(told({{u"a"_s, u"b"_s}, {u"b"_s, u"y"_s}, {u"c"_s, u"b"_s}}, answer),
+            (QStringList{u"free"_s, u"free"_s, u"another"_s}));
+    }
+    // b can't leave its name after all.
+    QCOMPARE(told({{u"a"_s, u"b"_s}, {u"c"_s, u"b"_s}, {u"b"_s, u"there"_s}}, ClashAnswer::Skip),
+        (QStringList{u"exists"_s, u"exists"_s, u"exists"_s}));
+}
+
+void TestRenaming::aFolderDoesNotGoIntoItself_data()
+{
+    QTest::addColumn<QString>("wanted");
+    QTest::addColumn<bool>("isRefused");
+    QTest::newRow("below") << u"N/x"_s << true;
+    QTest::newRow("below missing folders") << u"N/a/b/x"_s << true;
+    QTest::newRow("below a folder that is there") << u"N/sub/x"_s << true;
+    QTest::newRow("by another spelling") << u"N/../N/./a/x"_s << true;
+    QTest::newRow("in another case") << u"n/a/x"_s << (platform::Separator == u'\\'); // Windows ignores it
+    QTest::newRow("beside, with the same beginning") << u"N2/x"_s << false;
+    QTest::newRow("in another folder") << u"other/N"_s << false;
+}
+
+void TestRenaming::aFolderDoesNotGoIntoItself()
+{
+    QFETCH(QString, wanted);
+    QFETCH(bool, isRefused);
+    const RenamingCase folder({u"N/song.mp3"_s, u"N/sub/song.mp3"_s, u"other/song.mp3"_s});
+    const RenameRow row{.from = folder.path(u"N"_s), .wanted = folder.path(wanted), .kind = platform::NameKind::Folder};
+    const Snapshot before = snapshotOf(folder.path());
+    const RenamingPlan plan(native(), {row});
+    const RenamingOutcome outcome = runAsPlanned(native(), plan);
+    QCOMPARE(statesOf(outcome.rows), states({isRefused ? RenameState::Refused : Rename}));
+    if (!isRefused)
+        return;
+    QVERIFY(plan.rows()[0].error->code == ErrorCode::IntoItself);
+    QCOMPARE(outcome.rows[0].path, row.from);
+    QVERIFY(outcome.foldersMade.isEmpty());
+    QCOMPARE(snapshotOf(folder.path()), before);
+    CaselessFileSystem ignoring;
+    const RenamingPlan inOtherCase(ignoring,
+        {{.from = folder.path(u"N"_s), .wanted = folder.path(wanted.toLower()), .kind = platform::NameKind::Folder}});
+    QCOMPARE(statesOf(inOtherCase.rows()), states({RenameState::Refused}));
+}
+
+void TestRenaming::aLinkGoesIntoTheFolderThatItNames()
+{
+    if (!MakesLinks)
+        QSKIP("no symbolic links can be made here");
+    const RenamingCase folder({u"real/song.mp3"_s});
+    QVERIFY(QFile::link(u"real"_s, folder.path(u"link"_s)));
+    const RenamingPlan plan(native(),
+        {{.from = folder.path(u"link"_s), .wanted = folder.path(u"link/a/x"_s), .kind = platform::NameKind::Folder}});
+    QCOMPARE(statesOf(runAsPlanned(native(), plan).rows), states({Rename}));
+    QVERIFY(QFileInfo(folder.path(u"real/a/x"_s)).isSymLink());
+}
+
+void TestRenaming::foldersMadeForNothingAreRemoved()
+{
+    const RenamingCase folder({u"a.mp3"_s, u"b.mp3"_s});
+    FaultyFileSystem failing;
+    failing.setPlan({.fault = Fault::Fail, .at = 0, .only = Call::Rename});
+    const RenamingPlan plan(native(), folder.rows({{u"a.mp3"_s, u"x/y/a.mp3"_s}, {u"b.mp3"_s, u"x/b.mp3"_s}}));
+    const RenamingOutcome outcome = runRenaming(failing, plan);
+    QCOMPARE(statesOf(outcome.rows), states({RenameState::Failed, Rename}));
+    QCOMPARE(outcome.foldersMade, QStringList{folder.path(u"x"_s)});
+    QCOMPARE(folder.files(), (Files{{u"a.mp3"_s, u"a.mp3"_s}, {u"x/b.mp3"_s, u"b.mp3"_s}}));
+    QVERIFY(!QFileInfo::exists(folder.path(u"x/y"_s)));
 }
 
 void TestRenaming::skippedRowsKeepTheirNamesFromOthers()
@@ -412,7 +505,7 @@ void TestRenaming::missingFilesAndDoubleOnes()
         renameAll(folder, {{u"none.mp3"_s, u"x.mp3"_s}, {u"a.mp3"_s, u"none.mp3"_s}, {u"a.mp3"_s, u"y.mp3"_s}});
     QCOMPARE(statesOf(outcome.rows), states({RenameState::Refused, Rename, RenameState::Refused}));
     QVERIFY(outcome.rows[0].error->code == ErrorCode::NotFound);
-    QVERIFY(outcome.rows[2].error->code == ErrorCode::InvalidArgument);
+    QVERIFY(outcome.rows[2].error->code == ErrorCode::GivenTwice);
     QCOMPARE(folder.files().keys(), QStringList{u"none.mp3"_s});
 }
 
