@@ -162,12 +162,14 @@ void FileCommands::renameFolder()
     dialog->show();
 }
 
-void FileCommands::rename(const RenameRow &wanted)
+void FileCommands::rename(const RenameRow &wanted, ClashAnswer answer)
 {
     platform::FileSystem &fileSystem = m_parts.program.fileSystem;
     RenamingOutcome outcome;
     const bool ran = m_parts.owner.runWithProgress(1, [&](const ProgressReport &progress) {
-        outcome = runRenaming(fileSystem, RenamingPlan(fileSystem, {wanted}), {progress});
+        RenamingPlan plan(fileSystem, {wanted});
+        plan.answerAll(answer);
+        outcome = runRenaming(fileSystem, plan, {progress});
     });
     if (!ran)
         return;

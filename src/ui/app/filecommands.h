@@ -61,7 +61,7 @@ private:
     void transfer(Transfer operation, Caption caption, const std::function<QString()> &sources);
     QString askDestination(const QString &title);
     void remove(const QString &source);
-    void rename(const RenameRow &wanted);
+    void rename(const RenameRow &wanted, ClashAnswer answer);
     void showChanges(const QString &otherFolder = {});
     void tellLeftOut(const QString &folder);
 

@@ -52,11 +52,11 @@ QString questionAbout(const Clash &clash, const Captions &captions)
 } // namespace
 
 ClashDialog::ClashDialog(
-    const Captions &captions, const QString &takenName, const QString &presentName, QWidget *parent)
+    const Captions &captions, const QString &takenName, const QString &presentName, QWidget *parent, Text question)
     : QDialog(parent), m_forAll(new QCheckBox(captions.text(Text::ClashForAll), this)), m_buttons(new QHBoxLayout)
 {
     setObjectName(QStringLiteral("clash"));
-    arrange(captions, captions.text(Text::ClashQuestion).arg(shownInSentence(takenName), shownInSentence(presentName)));
+    arrange(captions, captions.text(question).arg(shownInSentence(takenName), shownInSentence(presentName)));
     addButton(QStringLiteral("Skip"), captions.text(Text::ClashSkip), ClashAnswer::Skip);
     addButton(QStringLiteral("KeepBoth"), captions.text(Text::ClashKeepBoth), ClashAnswer::KeepBoth);
     addButton(QStringLiteral("Stop"), captions.text(Text::ClashStop), ClashAnswer::Stop);

@@ -16,6 +16,7 @@
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QVBoxLayout>
 
 #include <tuple>
@@ -55,6 +56,10 @@ void Dialog::createControls()
     m_placeholders = new PlaceholderBox(Caption::AdvancedVariables, folderPlaceholders(), LabelsInARow, this);
     m_newNameLabel = made<PlainLabel>("newNameLabel", this);
     m_newName = made<PlainLabel>("newName", this);
+    m_taken = made<QWidget>("takenName", this);
+    m_skip = made<QRadioButton>("takenSkip", m_taken);
+    m_number = made<QRadioButton>("takenNumber", m_taken);
+    m_skip->setChecked(true);
     m_rename = made<QPushButton>("OKButton", this);
     m_cancel = made<QPushButton>("CancelButton", this);
     m_rename->setDefault(true);
@@ -73,6 +78,14 @@ void Dialog::arrange()
     auto *name = new QHBoxLayout;
     name->addWidget(m_newNameLabel, 0, Qt::AlignTop);
     name->addWidget(m_newName, 1);
+    auto *taken = new QHBoxLayout(m_taken);
+    taken->setContentsMargins({});
+    taken->addWidget(m_skip);
+    taken->addWidget(m_number);
+    taken->addStretch();
+    QSizePolicy keepsPlace = m_taken->sizePolicy();
+    keepsPlace.setRetainSizeWhenHidden(true);
+    m_taken->setSizePolicy(keepsPlace);
     auto *foot = new QHBoxLayout;
     foot->addStretch();
     foot->addWidget(m_rename);
@@ -81,6 +94,7 @@ void Dialog::arrange()
     rows->addLayout(advanced);
     rows->addWidget(m_placeholders);
     rows->addLayout(name);
+    rows->addWidget(m_taken);
     rows->addStretch();
     rows->addLayout(foot);
 }
@@ -99,6 +113,7 @@ void Dialog::connectControls()
     });
     connect(m_pattern, &PatternBox::editTextChanged, this, &Dialog::showNewName);
     connect(m_placeholders, &PlaceholderBox::clicked, m_pattern, &PatternBox::append);
+    connect(m_number, &QRadioButton::toggled, this, &Dialog::showNewName);
     connect(m_rename, &QPushButton::clicked, this, &Dialog::accept);
     connect(m_cancel, &QPushButton::clicked, this, &Dialog::reject);
 }
@@ -116,6 +131,9 @@ void Dialog::applyCaptions()
         check->setToolTip(captions.text(Text::TipFolderRule));
     m_placeholders->applyCaptions(captions);
     m_newNameLabel->setText(captions.text(Text::LabelNewName));
+    m_taken->setAccessibleName(captions.text(Text::ClashTitle));
+    m_skip->setText(captions.text(Text::ClashSkip));
+    m_number->setText(captions.text(Text::ClashKeepBoth));
     m_rename->setText(captions.text(Caption::Rename));
     m_cancel->setText(captions.text(Caption::Cancel));
 }
@@ -137,19 +155,38 @@ std::optional<RenameRow> Dialog::wanted() const
     return m_record ? folderRename(m_folder, *m_record, rule()) : std::nullopt;
 }
 
+/// For a name that is taken.
+ClashAnswer Dialog::answer() const
+{
+    return m_number->isChecked() ? ClashAnswer::KeepBoth : ClashAnswer::Skip;
+}
+
+/// Why the folder does not get the wanted name; else empty.
+QString Dialog::reasonOf(const RenameRow &row) const
+{
+    const Captions &captions = m_context.captions;
+    if (row.problem)
+        return problemText(captions, *row.problem);
+    if (row.error)
+        return captions.errorText(row.error->code);
+    return row.isCollision ? captions.text(Text::ErrorAlreadyExists) : QString();
+}
+
 void Dialog::showNewName()
 {
     const Captions &captions = m_context.captions;
-    QString shown;
-    if (!m_record) {
-        shown = captions.text(Text::NoFirstTag);
-    } else if (const std::optional<RenameRow> row = wanted()) {
-        shown = shownName(row->wanted.mid(platform::nameStart(row->from)));
-        if (row->problem)
-            shown += QStringLiteral("\n") + problemText(captions, *row->problem);
-    } else {
-        shown = captions.text(Text::NoNewName);
+    QString shown = captions.text(m_record ? Text::NoNewName : Text::NoFirstTag);
+    bool isTaken = false;
+    if (const std::optional<RenameRow> row = wanted()) {
+        RenamingPlan plan(m_context.fileSystem, {*row});
+        plan.answerAll(answer());
+        const RenameRow &planned = plan.rows().front();
+        isTaken = planned.isCollision;
+        shown = shownName(newNameOf(planned));
+        if (const QString reason = reasonOf(planned); !reason.isEmpty())
+            shown += QStringLiteral("\n") + reason;
     }
+    m_taken->setVisible(isTaken);
     m_newName->setText(shown);
     m_newName->setAccessibleName(m_newNameLabel->text());
     m_newName->setAccessibleDescription(shown);
@@ -163,9 +200,10 @@ void Dialog::done(int result)
     // A failure to save matters little: the values hold for this run, and the program saves again at its end.
     std::ignore = m_context.settings.save();
     const std::optional<RenameRow> row = wanted();
+    const bool keepsName = !m_taken->isHidden() && answer() == ClashAnswer::Skip;
     QDialog::done(result);
-    if (result == Accepted && row)
-        Q_EMIT renameRequested(*row);
+    if (result == Accepted && row && !keepsName)
+        Q_EMIT renameRequested(*row, answer());
 }
 
 } // namespace ravlin

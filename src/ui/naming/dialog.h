@@ -12,6 +12,7 @@
 
 class QCheckBox;
 class QPushButton;
+class QRadioButton;
 
 namespace ravlin {
 
@@ -20,7 +21,8 @@ class PlaceholderBox;
 class PlainLabel;
 
 /// The dialog that renames a folder after the tag of its first file: by artist and album, or by a pattern. Shows the
-/// new name while the user edits the rule.
+/// new name while the user edits the rule, and why the folder can't get it. If the name is taken it asks there whether
+/// the folder keeps its name or gets a number.
 ///
 /// Reads its settings when it is made and writes them whenever it is closed. Renames nothing itself: its opener does
 /// when it is accepted.
@@ -40,8 +42,8 @@ public:
     void done(int result) override;
 
 Q_SIGNALS:
-    /// The user wants this renaming. The dialog is already closed.
-    void renameRequested(const RenameRow &wanted);
+    /// The user wants this renaming, and that answer if the name is taken. The dialog is already closed.
+    void renameRequested(const RenameRow &wanted, ClashAnswer answer);
 
 private:
     void createControls();
@@ -50,7 +52,9 @@ private:
     void applyCaptions();
     void showRule(const FolderRule &rule);
     FolderRule rule() const;
+    ClashAnswer answer() const;
     void showNewName();
+    QString reasonOf(const RenameRow &row) const;
 
     PageContext m_context;
     QString m_folder;
@@ -62,6 +66,9 @@ private:
     PlaceholderBox *m_placeholders = nullptr; ///< lt_0 to lt_3
     PlainLabel *m_newNameLabel = nullptr;
     PlainLabel *m_newName = nullptr;
+    QWidget *m_taken = nullptr; ///< the choice for a name that is taken
+    QRadioButton *m_skip = nullptr;
+    QRadioButton *m_number = nullptr;
     QPushButton *m_rename = nullptr;
     QPushButton *m_cancel = nullptr;
 };

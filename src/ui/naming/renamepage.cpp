@@ -203,18 +203,22 @@ NamingRule RenamePage::rule() const
     return {chosenRule(), m_pattern->text(), m_caseConversion->choice(), m_replaceConversion->choice()};
 }
 
-/// Asks about every name that is taken. Nothing has been renamed yet.
-void RenamePage::answerClashes(RenamingPlan &plan)
+/// Asks about every name that is taken. Nothing has been renamed yet. Returns false if the user gives up the run.
+bool RenamePage::answerClashes(RenamingPlan &plan)
 {
     while (const std::optional<std::size_t> row = plan.nextClash()) {
         const RenameRow &clash = plan.rows()[*row];
-        ClashDialog dialog(m_context.captions, platform::nameOf(clash.wanted), platform::nameOf(clash.from), window());
+        ClashDialog dialog(m_context.captions, platform::nameOf(clash.wanted), platform::nameOf(clash.from), window(),
+            clash.isGivenToAnother ? Text::ClashQuestionTwo : Text::ClashQuestion);
         const ClashDecision decision = dialog.decide();
+        if (dialog.result() == QDialog::Rejected)
+            return false;
         if (decision.forAll)
             plan.answerAll(decision.answer);
         else
             plan.answer(*row, decision.answer);
     }
+    return true;
 }
 
 void RenamePage::run()
@@ -229,7 +233,10 @@ void RenamePage::run()
     });
     if (!planned || !renaming)
         return;
-    answerClashes(renaming->plan);
+    if (!answerClashes(renaming->plan)) {
+        m_hint->setText(m_context.captions.text(Text::HintGivenUp));
+        return;
+    }
     RenamingOutcome outcome;
     const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
         outcome = runRenaming(m_context.fileSystem, renaming->plan, {progress});

@@ -53,7 +53,7 @@ private:
     void applyToolTips();
     int chosenRule() const;
     NamingRule rule() const;
-    void answerClashes(RenamingPlan &plan);
+    bool answerClashes(RenamingPlan &plan);
     void run();
     void showPreview();
     void rememberPattern();

@@ -221,23 +221,52 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(at(u"Band - Live/1.mp3"_s)));
     }
 
-    void aFolderWhoseNewNameIsTakenStaysAndTheUserIsTold()
+    void aFolderWhoseNewNameIsTakenStaysAndTheUserIsToldBefore()
     {
         addAlbum();
         addFile(u"Band - Live/4.mp3"_s);
         open(at(u"music"_s));
         QWidget *dialog = openDialog();
         in<QCheckBox>(dialog, u"Check1"_s)->click();
+        QCOMPARE(
+            in<QLabel>(dialog, u"newName"_s)->text(), u"Band - Live\na file or folder of that name exists already"_s);
+        in<QPushButton>(dialog, u"OKButton"_s)->click();
+        QVERIFY(!dialog->isVisible());
+        QCOMPARE(tree()->path(), at(u"music"_s));
+        QVERIFY(QFile::exists(at(u"music/1.mp3"_s)));
+        QVERIFY(QFile::exists(at(u"Band - Live/4.mp3"_s)));
+    }
+
+    void aFolderWhoseNewNameIsTakenGetsANumber()
+    {
+        addAlbum();
+        addFile(u"Band - Live/4.mp3"_s);
+        open(at(u"music"_s));
+        QWidget *dialog = openDialog();
+        in<QCheckBox>(dialog, u"Check1"_s)->click();
+        in<QRadioButton>(dialog, u"takenNumber"_s)->click();
+        in<QPushButton>(dialog, u"OKButton"_s)->click();
+        QTRY_COMPARE_WITH_TIMEOUT(tree()->path(), at(u"Band - Live (2)"_s), 30000);
+        QVERIFY(QFile::exists(at(u"Band - Live (2)/1.mp3"_s)));
+        QVERIFY(QFile::exists(at(u"Band - Live/4.mp3"_s)));
+    }
+
+    void aFolderIsNotPutIntoItself()
+    {
+        addAlbum();
+        open(at(u"music"_s));
+        QWidget *dialog = openDialog();
+        in<QCheckBox>(dialog, u"Check2"_s)->click();
+        in<QComboBox>(dialog, u"avanzado"_s)->setEditText(u"music/a/b/%2"_s);
         QString told;
         whenOpened(u"error"_s, [&told](QWidget *box) {
             told = box->property("text").toString();
             box->close();
         });
         in<QPushButton>(dialog, u"OKButton"_s)->click();
-        QTRY_COMPARE_WITH_TIMEOUT(told, u"a file or folder of that name exists already"_s, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(told, u"a folder cannot be put into itself or into a folder inside it"_s, 30000);
         QCOMPARE(tree()->path(), at(u"music"_s));
-        QVERIFY(QFile::exists(at(u"music/1.mp3"_s)));
-        QVERIFY(QFile::exists(at(u"Band - Live/4.mp3"_s)));
+        QVERIFY(!QFile::exists(at(u"music/a"_s)));
     }
 
     void theButtonOfTheFolderBearsItsCaption()

@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QGroupBox>
+#include <QRadioButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -135,6 +136,56 @@ private Q_SLOTS:
         this->pattern()->setEditText(pattern);
         QCOMPARE(shownName(), expected);
         QCOMPARE(askedFor(), beside(expected));
+    }
+
+    void aTakenNameIsToldBeforeItIsAskedForAndKeepsTheFolderAtFirst()
+    {
+        QVERIFY(QDir().mkpath(beside(u"Live"_s)));
+        openFor({.album = u"Live"_s});
+        const QWidget *choice = control(m_dialog.get(), u"takenName"_s);
+        QVERIFY(!choice->isVisible());
+        check(1)->click();
+        QCOMPARE(shownName(), u"Live\n"_s + m_captions.text(Text::ErrorAlreadyExists));
+        QVERIFY(choice->isVisible());
+        QVERIFY(control<QRadioButton>(m_dialog.get(), u"takenSkip"_s)->isChecked());
+        QCOMPARE(askedFor(), u"none"_s);
+        QVERIFY(!m_dialog->isVisible());
+    }
+
+    void aTakenNameGetsANumberIfTheUserWants()
+    {
+        QVERIFY(QDir().mkpath(beside(u"Live"_s)));
+        openFor({.album = u"Live"_s});
+        check(1)->click();
+        control<QRadioButton>(m_dialog.get(), u"takenNumber"_s)->click();
+        QCOMPARE(shownName(), u"Live (2)\n"_s + m_captions.text(Text::ErrorAlreadyExists));
+        ClashAnswer answer = ClashAnswer::Stop;
+        connect(m_dialog.get(), &Dialog::renameRequested, this,
+            [&answer](const RenameRow &, ClashAnswer given) { answer = given; });
+        QCOMPARE(askedFor(), beside(u"Live"_s));
+        QVERIFY(answer == ClashAnswer::KeepBoth);
+    }
+
+    void aNameThatIsFreeAsksForNothing()
+    {
+        QVERIFY(QDir().mkpath(beside(u"Live"_s)));
+        openFor({.album = u"Live"_s});
+        check(2)->click();
+        pattern()->setEditText(u"%2"_s);
+        QVERIFY(control(m_dialog.get(), u"takenName"_s)->isVisible());
+        pattern()->setEditText(u"%2 x"_s);
+        QCOMPARE(shownName(), u"Live x"_s);
+        QVERIFY(!control(m_dialog.get(), u"takenName"_s)->isVisible());
+        QCOMPARE(askedFor(), beside(u"Live x"_s));
+    }
+
+    void aFolderThatWouldGoIntoItselfIsTold()
+    {
+        openFor({.album = u"Live"_s});
+        check(2)->click();
+        pattern()->setEditText(QFileInfo(musicFolder()).fileName() + u"/a/b/%2"_s);
+        QVERIFY(shownName().endsWith(u'\n' + m_captions.text(Text::ErrorIntoItself)));
+        QVERIFY(!QFileInfo::exists(at(u"a"_s)));
     }
 
     void withoutARuleNothingIsRenamed()

@@ -203,13 +203,42 @@ private Q_SLOTS:
         QCOMPARE(readFile(at(u"Song.mp3"_s)), audio(1));
     }
 
-    void toCloseTheQuestionIsToStop()
+    void toCloseTheQuestionIsToGiveUpTheWholeRun()
     {
+        addFile(u"earlier.mp3"_s, {.title = u"Earlier"_s});
         addClash();
         addFile(u"later.mp3"_s, {.title = u"Later"_s});
         whenOpened(u"clash"_s, [](QWidget *window) { QTest::keyClick(window, Qt::Key_Escape); });
         rename();
-        QCOMPARE(filesInMusic(), QStringList({u"Song.mp3"_s, u"later.mp3"_s, u"new.mp3"_s}));
+        QCOMPARE(filesInMusic(), QStringList({u"Song.mp3"_s, u"earlier.mp3"_s, u"later.mp3"_s, u"new.mp3"_s}));
+        QCOMPARE(hint(), u"given up: no file was renamed"_s);
+        QVERIFY(!m_owner.events.contains(u"refresh"_s));
+    }
+
+    void toStopKeepsWhatComesBefore()
+    {
+        addFile(u"earlier.mp3"_s, {.title = u"Earlier"_s});
+        addClash();
+        addFile(u"later.mp3"_s, {.title = u"Later"_s});
+        whenAsked(u"clashStop"_s);
+        rename();
+        QCOMPARE(filesInMusic(), QStringList({u"Earlier.mp3"_s, u"Song.mp3"_s, u"later.mp3"_s, u"new.mp3"_s}));
+        QCOMPARE(hint(), u"renamed: 1; left as they were: 2"_s);
+    }
+
+    void theQuestionAboutTwoRowsDoesNotSayThatTheNameExists()
+    {
+        addFile(u"1.mp3"_s, {.title = u"Twice"_s});
+        addFile(u"2.mp3"_s, {.title = u"Twice"_s});
+        choose(3, u"%3"_s);
+        QString question;
+        whenOpened(u"clash"_s, [&question](QWidget *window) {
+            question = control<QLabel>(window, u"clashQuestion"_s)->text();
+            control<QPushButton>(window, u"clashSkip"_s)->click();
+        });
+        rename();
+        QCOMPARE(question, u"two files would get the name “Twice.mp3”. what shall become of “2.mp3”?"_s);
+        QCOMPARE(filesInMusic(), QStringList({u"2.mp3"_s, u"Twice.mp3"_s}));
     }
 
     void anAnswerForAllIsAskedForOnce()
