@@ -17,6 +17,8 @@
 #include <QHBoxLayout>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace ravlin {
 
 namespace {
@@ -116,6 +118,8 @@ void ExtractPage::run()
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();
     Q_EMIT finished();
+    const auto written = std::ranges::count(outcome.isWritten, true);
+    m_hint->setText(m_context.captions.text(Text::HintExtracted).arg(written).arg(paths.size() - written));
     tellRefused(m_context.captions, paths, outcome.rows, window());
 }
 

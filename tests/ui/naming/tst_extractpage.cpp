@@ -164,6 +164,19 @@ private Q_SLOTS:
         QCOMPARE(finished.size(), 1);
     }
 
+    void theOutcomeIsToldBesideTheButton()
+    {
+        addFile(u"A - B.mp3"_s);
+        addFile(u"odd.mp3"_s);
+        QFile::remove(addFile(u"C - D.mp3"_s));
+        addFile(u"E - F.mp3"_s);
+        extract(u"%1 - %3"_s);
+        QCOMPARE(control<QLabel>(m_page.get(), u"extractHint"_s)->text(), u"saved: 2; left as they were: 2"_s);
+        m_state.freeMegabytes = 1;
+        extract(u"%1 - %3"_s);
+        QCOMPARE(control<QLabel>(m_page.get(), u"extractHint"_s)->text(), u"saved: 0; left as they were: 4"_s);
+    }
+
     void aRefusalForWantOfSpaceIsShownOnceAndEndsTheRun()
     {
         addFile(u"A - B.mp3"_s);
