@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/command.h"
 #include "cli/tagsaving.h"
+#include "core/app/idiomas.h"
 #include "core/naming/extraction.h"
 #include "core/naming/previewrows.h"
 
@@ -14,8 +15,12 @@ constexpr Option PatternOption{u"--pattern", u"PATTERN", u"how the names are mad
 
 int previewRun(const Arguments &arguments, const QString &pattern, int mode, Console &console)
 {
+    Captions english;
+    english.fill();
+    std::vector<QStringView> columns = previewColumns();
+    columns.push_back(u"remarks");
     RecordWriter writer(
-        console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), previewColumns());
+        console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), columns);
     SavingRun run(mode, arguments);
     for (const QString &path : arguments.paths()) {
         const PreviewRow row = previewExtraction(path, pattern, run.store());
@@ -23,7 +28,9 @@ int previewRun(const Arguments &arguments, const QString &pattern, int mode, Con
             console.fail(path, *row.problem);
             continue;
         }
-        writer.write(previewRecord(path, row.record, row.isLongName, !row.isUntouched));
+        Record record = previewRecord(path, row.record, row.isLongName, !row.isUntouched);
+        record.emplace_back(extractionRemarks(row, english).join(u"; "_s));
+        writer.write(record);
         if (!row.isUntouched)
             warnOfTextsNotSaved(path, row.record, console);
     }

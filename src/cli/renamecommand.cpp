@@ -103,7 +103,7 @@ int runRename(const Arguments &arguments, Console &console)
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), renameColumns());
     for (std::size_t row = 0; row < rows.size(); ++row) {
         if (!rows[row].problem)
-            writer.write(renameRecord(plan.rows()[row], rows[row].record));
+            writer.write(renameRecord(plan.rows()[row], rows[row].record), renameExtra(plan.rows()[row]));
     }
     writer.finish();
     return console.status();

@@ -101,8 +101,10 @@ int runRenameDir(const Arguments &arguments, Console &console)
     if (isDry) {
         RecordWriter writer(
             console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), renameColumns());
-        if (rename)
-            writer.write(renameRecord(rename->plan.rows().front(), rename->tag));
+        if (rename) {
+            const RenameRow &row = rename->plan.rows().front();
+            writer.write(renameRecord(row, rename->tag), renameExtra(row));
+        }
         writer.finish();
     } else if (rename) {
         tellOutcome(runRenaming(platform::FileSystem::native(), rename->plan), console);

@@ -82,10 +82,11 @@ QString reasonOf(const RenameRow &row)
         return textOf(*row.problem);
     if (row.state == RenameState::NotTaken)
         return u"a row before it stopped the run"_s;
+    const QString taken = row.isGivenToAnother ? u"two files would get this name"_s : u"the new name is taken"_s;
     if (row.isNumbered)
-        return u"the new name is taken, so it has a number"_s;
+        return taken + u", so it has a number"_s;
     if (row.isCollision)
-        return u"the new name is taken"_s;
+        return taken;
     return row.renames() && row.isAdjusted ? u"the new name was adjusted"_s : QString();
 }
 
@@ -100,6 +101,13 @@ Record renameRecord(const RenameRow &row, const TagRecord &tag)
     return {row.from, row.path, wordFor(row.state), reasonOf(row), row.isCollision,
         isLongName(platform::nameOf(row.path)), tag.Track, tag.Title, tag.Artist, tag.Album, tag.Year, tag.HasV1,
         tag.HasV2};
+}
+
+Extra renameExtra(const RenameRow &row)
+{
+    if (row.path == row.wanted)
+        return {};
+    return {{u"wantedFile", row.wanted}};
 }
 
 void tellOutcome(const RenamingOutcome &outcome, Console &console)

@@ -19,6 +19,8 @@ tl::expected<ClashAnswer, UsageError> clashAnswer(const Arguments &arguments);
 /// The columns of a preview: path, new path, outcome and reason, and the tag.
 std::vector<QStringView> renameColumns();
 Record renameRecord(const RenameRow &row, const TagRecord &tag);
+/// The wanted path of a row that does not get it.
+Extra renameExtra(const RenameRow &row);
 
 /// Why a row does not get its wanted name, or that the name was adjusted or numbered; else empty.
 QString reasonOf(const RenameRow &row);

@@ -2,9 +2,9 @@
 #include "cli/tagsaving.h"
 
 #include "core/app/settings.h"
+#include "core/naming/lostfields.h"
 #include "core/platform/path.h"
 #include "core/storage/safewrite.h"
-#include "core/tags/record/genres.h"
 
 #include <array>
 #include <tuple>
@@ -22,15 +22,13 @@ constexpr std::array<std::pair<QString TagRecord::*, QStringView>, 3> Restricted
 
 QString reasonNotToWrite(QString TagRecord::*field, const QString &text)
 {
-    if (text.isEmpty())
+    if (isWritable(field, text))
         return {};
-    if (field == &TagRecord::Year && !isWritableYear(text))
+    if (field == &TagRecord::Year)
         return u"a year has four digits"_s;
-    if (field == &TagRecord::Track && !isWritableTrack(text))
+    if (field == &TagRecord::Track)
         return u"a track has one or two digits"_s;
-    if (field == &TagRecord::Genre && GenreNameToNumber(text) == GenreNone)
-        return u"it is none of the genres that can be written"_s;
-    return {};
+    return u"it is none of the genres that can be written"_s;
 }
 
 } // namespace

@@ -10,7 +10,7 @@ from clitest import CliTest, id3v1, id3v2, mp3
 
 V2 = id3v2(TIT2="Title", TPE1="Artist", TALB="Album", TYER="1998", COMM="Comment", TRCK="3", TCON="(17)")
 COLUMNS = ["file", "track", "title", "artist", "album", "year", "comment", "genre", "id3v1", "id3v2", "longName",
-           "written"]
+           "written", "remarks"]
 
 
 class NamingTest(CliTest):
@@ -29,7 +29,7 @@ class ExtractTest(NamingTest):
         rows = self.dry("extract", "--pattern", "%4 - %1 - %3", path)
         self.assertEqual(rows, [{"file": os.fsdecode(path), "track": "07", "title": "夜のうた", "artist": "Björk",
                                  "album": "Album", "year": "1998", "comment": "Comment", "genre": "Rock",
-                                 "id3v1": False, "id3v2": True, "longName": False, "written": True}])
+                                 "id3v1": False, "id3v2": True, "longName": False, "written": True, "remarks": ""}])
         self.assertEqual(self.succeed("extract", "--pattern", "%4 - %1 - %3", path), b"")
         shown = self.show(path)
         self.assertEqual((shown["track"], shown["artist"], shown["title"], shown["album"]),
@@ -40,6 +40,8 @@ class ExtractTest(NamingTest):
         path, other = self.make("Artist-Song.mp3"), self.make("Artist - Song.mp3")
         self.assertEqual([row["written"] for row in self.dry("extract", "--pattern", "%1 - %3", path, other)],
                          [False, True])
+        self.assertEqual([row["remarks"] for row in self.dry("extract", "--pattern", "%1 - %3", path, other)],
+                         ["the name does not fit the mask; the file stays as it is", ""])
         result = self.run_cli("extract", "--pattern", "%1 - %3", path, other)
         self.assertEqual((result.returncode, result.stdout), (0, b""))
         self.assertEqual(result.stderr, b"ravlin-cli: " + path +
@@ -63,6 +65,19 @@ class ExtractTest(NamingTest):
             self.assertEqual(result.returncode, 0)
             self.assertEqual(result.stderr, b"ravlin-cli: " + path +
                              b": track '107' is not saved: a track has one or two digits\n")
+
+    def test_the_preview_says_what_a_save_drops_and_removes(self):
+        path = self.make("99 - 100 - Zydeco.mp3", mp3(V2))
+        result = self.run_cli("extract", "--dry-run", "--json", "--pattern", "%5 - %4 - %6", path)
+        row, = json.loads(result.stdout)
+        self.assertEqual((row["year"], row["track"], row["genre"]), ("99", "100", "Zydeco"))
+        self.assertEqual(row["remarks"], "the track “100” is not saved: a track has one or two digits; "
+                         "the year “99” is not saved: a year has four digits; "
+                         "the genre “Zydeco” is not saved: it is not in the table; "
+                         "the file loses what it has there: track, year, genre")
+        self.run_cli("extract", "--pattern", "%5 - %4 - %6", path)
+        shown = self.show(path)
+        self.assertEqual([shown[key] for key in ("track", "year", "genre", "title")], ["", "", "", "Title"])
 
     def test_names_that_are_no_unicode(self):
         path = self.make(b"Bj\xf6rk - J\xf3ga.mp3")
@@ -92,7 +107,8 @@ class ExtractTest(NamingTest):
         path = self.make("A - B.mp3")
         lines = self.succeed("extract", "--dry-run", "--pattern", "%1 - %3", path).decode().split("\n")
         self.assertEqual(lines[0].split("\t"), COLUMNS)
-        self.assertEqual(lines[1].split("\t"), [os.fsdecode(path), "", "B", "A", "", "", "", "", "no", "no", "no", "yes"])
+        self.assertEqual(lines[1].split("\t"), [os.fsdecode(path), "", "B", "A", "", "", "", "", "no", "no", "no", "yes",
+                                                ""])
 
     def test_nonsense_is_refused(self):
         path = self.make("A - B.mp3")

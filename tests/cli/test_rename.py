@@ -87,6 +87,30 @@ class RenameTest(RenamingTest):
             self.assertTrue(rows[1]["collision"])
         self.assertEqual([row["outcome"] for row in rows], ["rename", "stopped", "notTaken"])
 
+    def test_a_name_that_two_files_would_get(self):
+        paths = [self.song("a.mp3", TIT2="x"), self.song("b.mp3", TIT2="x")]
+        first, second = self.dry("rename", "--pattern=%3", *paths)
+        self.assertEqual((first["collision"], first["reason"], "wantedFile" in first), (False, "", False))
+        self.assertEqual((second["collision"], second["reason"]), (True, "two files would get this name"))
+        self.assertEqual(second["wantedFile"], os.path.join(self.folder, "x.mp3"))
+        _, message = self.fail_with(1, "rename", "--pattern=%3", *paths)
+        self.assertEqual(message, b"ravlin-cli: " + paths[1] + b": two files would get this name: " +
+                         os.fsencode(self.folder) + b"/x.mp3\n")
+        self.assertEqual(self.names(), ["b.mp3", "x.mp3"])
+
+    def test_a_file_given_twice(self):
+        path = self.song("a.mp3", TIT2="x")
+        rows = self.dry("rename", "--pattern=%3", path, path)
+        self.assertEqual([(row["outcome"], row["reason"]) for row in rows],
+                         [("rename", ""), ("refused", "the same file is given twice")])
+
+    def test_a_track_that_is_no_number_is_none(self):
+        for track, by_pattern, by_rule in (("A1", "%4 T.mp3", "a.mp3"), ("3/12", "03 T.mp3", "03 - T.mp3"),
+                                           ("007", "07 T.mp3", "07 - T.mp3")):
+            path = self.song("a.mp3", TRCK=track, TIT2="T")
+            for options, expected in ((["--pattern=%4 %3"], by_pattern), (["--rule=track-title"], by_rule)):
+                self.assertEqual(self.moved(self.dry("rename", *options, path))["a.mp3"][0], expected)
+
     def test_names_that_cannot_be(self):
         paths = [self.song(f"{number}.mp3", TIT2=title)
                  for number, title in enumerate((":", "..", "con", "x" * 300, "..."))]
@@ -95,6 +119,8 @@ class RenameTest(RenamingTest):
             self.assertEqual(row["outcome"], "refused")
             self.assertIn(reason, row["reason"])
             self.assertEqual(os.fsencode(row["newFile"]), path)
+            self.assertTrue(row["wantedFile"].startswith(os.fsdecode(path).rsplit("/", 1)[0] + "/"))
+            self.assertNotEqual(row["wantedFile"], row["newFile"])
         before = self.tree()
         _, message = self.fail_with(1, "rename", "--pattern=%3", *paths)
         self.assertEqual(message.count(b"\n"), 5, message)
@@ -158,6 +184,20 @@ class RenameDirTest(RenamingTest):
         self.assertEqual(self.names(), ["New/a.mp3"])
         self.succeed("renamedir", "--pattern=%2", folder)
         self.assertEqual(self.names(), ["AB/a.mp3"])
+
+    def test_a_folder_is_not_put_into_itself(self):
+        self.song("N/a.mp3", TALB="Live")
+        folder = os.path.join(self.folder, "N")
+        words = "a folder cannot be put into itself or into a folder inside it"
+        for pattern in ("N/a/b/%2", "N/%2", "./N/../N/%2"):
+            row, = self.dry("renamedir", "--pattern", pattern, folder)
+            self.assertEqual((row["outcome"], row["reason"], row["newFile"]), ("refused", words, folder))
+            self.assertTrue(row["wantedFile"].endswith("/N/Live") or row["wantedFile"].endswith("/N/a/b/Live"))
+            _, message = self.fail_with(1, "renamedir", "--pattern", pattern, folder)
+            self.assertIn(words.encode(), message)
+            self.assertEqual(os.listdir(folder), ["a.mp3"])
+        self.succeed("renamedir", "--pattern", "N2/a/%2", folder)
+        self.assertEqual(self.names(), ["N2/a/Live/a.mp3"])
 
     def test_a_taken_name(self):
         self.song("New/a.mp3", TALB="Vol. 1")
