@@ -74,7 +74,7 @@ class ExtractTest(NamingTest):
         self.assertEqual(row["remarks"], "the track “100” is not saved: a track has one or two digits; "
                          "the year “99” is not saved: a year has four digits; "
                          "the genre “Zydeco” is not saved: it is not in the table; "
-                         "the file loses what it has there: track, year, genre")
+                         "the file loses these fields: track, year, genre")
         self.run_cli("extract", "--pattern", "%5 - %4 - %6", path)
         shown = self.show(path)
         self.assertEqual([shown[key] for key in ("track", "year", "genre", "title")], ["", "", "", "Title"])

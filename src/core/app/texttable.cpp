@@ -165,8 +165,8 @@ constexpr std::array<Row, TextCount> Rows{{
         {u"the genre “%1” is not saved: it is not in the table", u"el estilo «%1» no se guarda: no está en la tabla",
             u"le genre «\u00a0%1\u00a0» n'est pas sauvegardé\u00a0: il n'est pas dans la table"}},
     // %1: names of fields
-    {Text::RemarkFieldsRemoved, {u"the file loses what it has there: %1", u"el archivo pierde lo que tiene ahí: %1",
-                                    u"le fichier perd ce qu'il y a là\u00a0: %1"}},
+    {Text::RemarkFieldsRemoved, {u"the file loses these fields: %1", u"el archivo pierde estos campos: %1",
+                                    u"le fichier perd ces champs\u00a0: %1"}},
     {Text::RemarkKeepsName, {u"the name stays as it is", u"el nombre queda como está", u"le nom reste tel quel"}},
     {Text::RemarkAdjusted, {u"the name was adapted so that every system takes it",
                                u"el nombre se ha adaptado para que lo admita cualquier sistema",

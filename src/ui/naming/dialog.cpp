@@ -19,6 +19,7 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <tuple>
 
 namespace ravlin {
@@ -190,6 +191,9 @@ void Dialog::showNewName()
     m_newName->setText(shown);
     m_newName->setAccessibleName(m_newNameLabel->text());
     m_newName->setAccessibleDescription(shown);
+    // A window does not grow by itself with a text that is wrapped.
+    if (isVisible())
+        resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
 }
 
 void Dialog::done(int result)

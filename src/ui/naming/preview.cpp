@@ -21,7 +21,7 @@ namespace ravlin {
 
 namespace {
 
-constexpr QSize StartSize(940, 520);
+constexpr QSize StartSize(1100, 520);
 
 } // namespace
 
@@ -149,15 +149,16 @@ bool preview::load(const PreviewRequest &request)
     return true;
 }
 
-/// Makes the columns as wide as their texts. If that is too much for the window, the columns of long texts share what
-/// the others leave.
+/// Makes the columns as wide as their texts. If that is too much for the window, the remarks give way first, down to a
+/// third of it since the foot shows them in full; then the columns of names share what the others leave.
 void preview::fitColumns()
 {
-    constexpr std::array<int, 5> NameColumns{0, 2, 3, 4, PreviewModel::RemarkColumn};
+    constexpr std::array<int, 4> NameColumns{0, 2, 3, 4};
     QHeaderView *header = m_list->header();
     const QMargins margins = layout()->contentsMargins();
     const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 2 * m_list->frameWidth();
-    int tooMuch = margins.left() + margins.right() + bar - width();
+    const int room = width() - margins.left() - margins.right() - bar;
+    int tooMuch = -room;
     int ofNames = 0;
     for (int column = 0; column < PreviewModel::ColumnCount; ++column) {
         m_list->resizeColumnToContents(column);
@@ -165,6 +166,10 @@ void preview::fitColumns()
         if (std::ranges::find(NameColumns, column) != NameColumns.end())
             ofNames += header->sectionSize(column);
     }
+    const int remarks = header->sectionSize(PreviewModel::RemarkColumn);
+    const int given = std::clamp(remarks - room / 3, 0, std::max(tooMuch, 0));
+    header->resizeSection(PreviewModel::RemarkColumn, remarks - given);
+    tooMuch -= given;
     if (tooMuch <= 0)
         return;
     for (const int column : NameColumns) {

@@ -88,8 +88,7 @@ private Q_SLOTS:
         if (remark.isEmpty())
             return;
         const QString field = year.isEmpty() ? track.isEmpty() ? u"genre"_s : u"track"_s : u"year"_s;
-        QCOMPARE(
-            remarks(full(), wanted).last().contains(field), true); // the file has one, which goes
+        QCOMPARE(remarks(full(), wanted).last().contains(field), true); // the file has one, which goes
     }
 
     void theFieldsThatASaveRemovesAreNamed()
@@ -97,10 +96,10 @@ private Q_SLOTS:
         TagRecord wanted = full();
         wanted.Artist.clear();
         wanted.Comment.clear();
-        QCOMPARE(remarks(full(), wanted), QStringList{u"the file loses what it has there: artist, comment"_s});
+        QCOMPARE(remarks(full(), wanted), QStringList{u"the file loses these fields: artist, comment"_s});
         wanted.Year = u"99"_s;
         QCOMPARE(remarks(full(), wanted), (QStringList{u"the year “99” is not saved: a year has four digits"_s,
-                                              u"the file loses what it has there: artist, year, comment"_s}));
+                                              u"the file loses these fields: artist, year, comment"_s}));
     }
 
     void aTextOfTheFileItselfThatNoSaveWritesGoesToo()

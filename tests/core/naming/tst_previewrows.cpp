@@ -177,7 +177,7 @@ private Q_SLOTS:
         QCOMPARE(extractionRemarks(row, captions),
             (QStringList{u"the track “100” is not saved: a track has one or two digits"_s,
                 u"the year “99” is not saved: a year has four digits"_s,
-                u"the file loses what it has there: track, year"_s}));
+                u"the file loses these fields: track, year"_s}));
         QVERIFY(
             extractionRemarks(previewExtraction(file(u"1999 - 10.mp3"_s), u"%5 - %4"_s, m_store), captions).isEmpty());
         // Nothing is saved where the name does not fit, so nothing is lost.

@@ -166,6 +166,19 @@ private Q_SLOTS:
         QVERIFY(answer == ClashAnswer::KeepBoth);
     }
 
+    void theWindowGrowsWithWhatItTells()
+    {
+        QVERIFY(QDir().mkpath(beside(u"Live"_s)));
+        openFor({.album = u"Live"_s});
+        QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
+        const auto *label = control<QPushButton>(m_dialog.get(), u"lt_0"_s);
+        const int height = label->height();
+        check(1)->click();
+        QApplication::processEvents();
+        QCOMPARE(label->height(), height);
+        QVERIFY(label->visibleRegion().boundingRect().height() == height);
+    }
+
     void aNameThatIsFreeAsksForNothing()
     {
         QVERIFY(QDir().mkpath(beside(u"Live"_s)));

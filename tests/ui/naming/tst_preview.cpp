@@ -224,7 +224,7 @@ private Q_SLOTS:
         QCOMPARE(cell(0, 1).toString(), u"100"_s);
         const QString expected = u"the track “100” is not saved: a track has one or two digits; "
                                  "the year “99” is not saved: a year has four digits; "
-                                 "the file loses what it has there: year"_s;
+                                 "the file loses these fields: year"_s;
         QCOMPARE(cell(0, 8).toString(), expected);
         QCOMPARE(cell(0, 0, Qt::AccessibleTextRole).toString(), u"99 - 100.mp3; "_s + expected);
         QVERIFY(hasIcon(0));
@@ -241,6 +241,7 @@ private Q_SLOTS:
         addFile(u"3.mp3"_s, {.title = u"?"_s});       // no name
         addFile(u"Same.mp3"_s, {.title = u"Same"_s}); // keeps its name
         addFile(u"5.mp3"_s, {.title = u"Plain"_s});
+        addFile(u"6.mp3"_s, {.title = letters(61)});
         show(PreviewMode::Rename, u"%3"_s);
         const auto drawing = [this](int row) {
             const QIcon icon = cell(row, 0, Qt::DecorationRole).value<QIcon>();
@@ -250,13 +251,14 @@ private Q_SLOTS:
         QVERIFY(!drawing(0).isNull() && !drawing(2).isNull() && !drawing(3).isNull());
         QVERIFY(drawing(0) != drawing(2) && drawing(0) != drawing(3) && drawing(2) != drawing(3));
         QVERIFY(drawing(4).isNull());
-        QCOMPARE(control<QLabel>(m_window.get(), u"summary"_s)->text(), u"marked: 3 of 5"_s);
+        QVERIFY(drawing(5).isNull() && isBoldAndRed(5));
+        QCOMPARE(control<QLabel>(m_window.get(), u"summary"_s)->text(), u"marked: 4 of 6"_s);
         const QImage adapted = drawing(0);
         show(PreviewMode::Rename, u"%1/%3"_s); // "%1" is literal where there is no artist
         QVERIFY(cell(1, 8).toString().contains(u"makes a new folder"_s));
         QVERIFY(!drawing(1).isNull() && drawing(1) != adapted);
         QCOMPARE(drawing(0), adapted); // adapted and in a new folder
-        QCOMPARE(control<QLabel>(m_window.get(), u"summary"_s)->text(), u"marked: 5 of 5"_s);
+        QCOMPARE(control<QLabel>(m_window.get(), u"summary"_s)->text(), u"marked: 6 of 6"_s);
     }
 
     void aNameThatCantBeGivenIsMarkedWithWords()
