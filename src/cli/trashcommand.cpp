@@ -7,7 +7,7 @@
 
 #include <QMultiHash>
 
-#include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -18,15 +18,17 @@ namespace {
 constexpr Option DeleteOption{u"--delete", {}, u"delete for good what is on a drive without trash, or too full for it"};
 constexpr Option TrashDryRunOption{u"--dry-run", {}, u"show what would be done, and do nothing"};
 
+QString reasonOf(const Error &error)
+{
+    return error.code == ErrorCode::NoSpace
+               ? u"the drive is too full for the trash; with --delete it is deleted for good"_s
+               : describe(error);
+}
+
 void tellFailures(const DeletionReport &report, Console &console)
 {
-    for (const FileFailure &failure : report.failures) {
-        const QString path = failure.error.path.isEmpty() ? failure.path : failure.error.path;
-        if (failure.error.code == ErrorCode::NoSpace)
-            console.fail(path, u"the drive is too full for the trash; with --delete it is deleted for good"_s);
-        else
-            console.fail(path, failure.error);
-    }
+    for (const FileFailure &failure : report.failures)
+        console.fail(failure.error.path.isEmpty() ? failure.path : failure.error.path, reasonOf(failure.error));
     for (const QString &path : report.notDone)
         console.fail(path, u"not begun"_s);
 }
@@ -73,35 +75,40 @@ void showPlan(const Arguments &arguments, const QStringList &forGood, Console &c
     writer.finish();
 }
 
-/// What became of each path.
-class OutcomeWriter
+/// Writes what became of each path.
+void showOutcome(
+    const Arguments &arguments, const DeletionReport &trashing, const DeletionReport &deleting, Console &console)
 {
-public:
-    /// A path that is given twice is in the trash the first time and fails the second time.
-    void add(const DeletionReport &report)
-    {
-        for (const QString &path : report.notDone)
-            m_rows.insert(path, {path, u"notDone"_s, Value(), Value()});
-        for (const auto &[path, error] : report.failures) {
-            const QString action = error.code == ErrorCode::NoTrash ? u"noTrash"_s : u"failed"_s;
-            m_rows.insert(path, {path, action, Value(), describe(error)});
+    using Outcome = std::pair<QString, Value>; // the action and the error
+    QMultiHash<QString, Outcome> known;        // of what did not go into the trash
+    for (const QString &path : deleting.deleted)
+        known.insert(path, {u"delete"_s, Value()});
+    for (const DeletionReport *const report : {&trashing, &deleting}) {
+        for (const auto &[path, error] : report->failures) {
+            const bool hasNoTrash = error.code == ErrorCode::NoTrash;
+            known.insert(path, {hasNoTrash ? u"noTrash"_s : u"failed"_s, reasonOf(error)});
         }
-        for (const QString &path : report.deleted)
-            m_rows.insert(path, {path, u"delete"_s, Value(), Value()});
-        for (const platform::TrashedItem &item : report.trashed) // Windows may not tell the place
-            m_rows.insert(
-                item.original, {item.original, u"trash"_s, item.file.isEmpty() ? Value() : Value(item.file), Value()});
+        for (const QString &path : report->notDone)
+            known.insert(path, {u"notDone"_s, Value()});
     }
-
-    void write(const QStringList &paths, RecordWriter &writer)
-    {
-        for (const QString &path : paths)
-            writer.write(m_rows.take(platform::withoutEndSeparator(path))); // the last one added
+    RecordWriter writer = writerFor(arguments, console);
+    QHash<QString, qsizetype> left; // a path that is given twice is gone the second time
+    for (const QString &given : arguments.paths())
+        ++left[platform::withoutEndSeparator(given)];
+    auto trashed = trashing.trashed.begin(); // in the order of the paths, but by where they really were
+    for (const QString &given : arguments.paths()) {
+        const QString path = platform::withoutEndSeparator(given);
+        if (known.count(path) < left[path]-- && trashed != trashing.trashed.end()) {
+            // Windows may not tell where it is.
+            writer.write({given, u"trash"_s, trashed->file.isEmpty() ? Value() : Value(trashed->file), Value()});
+            ++trashed;
+        } else {
+            const auto [action, error] = known.take(path);
+            writer.write({given, action, Value(), error});
+        }
     }
-
-private:
-    QMultiHash<QString, Record> m_rows;
-};
+    writer.finish();
+}
 
 int runTrash(const Arguments &arguments, Console &console)
 {
@@ -119,14 +126,8 @@ int runTrash(const Arguments &arguments, Console &console)
     const DeletionReport deleted = deleteForGood(platform::FileSystem::native(), forGood);
     tellFailures(trashed, console);
     tellFailures(deleted, console);
-    if (!arguments.has(JsonOption.name))
-        return console.status();
-    OutcomeWriter outcomes;
-    outcomes.add(trashed);
-    outcomes.add(deleted);
-    RecordWriter writer = writerFor(arguments, console);
-    outcomes.write(arguments.paths(), writer);
-    writer.finish();
+    if (arguments.has(JsonOption.name))
+        showOutcome(arguments, trashed, deleted, console);
     return console.status();
 }
 

@@ -115,15 +115,18 @@ class FilesTest(CliTest):
             ("music/cd/d.mp3", "target/cd/d.mp3", "move")])
         self.assertEqual(self.tree(self.folder), {})
 
-    def test_a_path_given_twice_has_two_outcomes(self):
+    def test_paths_with_one_target_have_an_outcome_each(self):
         path = self.make("a.mp3")
         rows = self.rows(1, "copy", "--json", "--to", self.target, path, path)
         self.assertEqual([row["action"] for row in rows], ["copy", "skipped"])
         rows = self.rows(1, "move", "--json", "--clash", "number", "--to", self.target, path, path)
         self.assertEqual([(row["newPath"], row["action"], row["error"] is None) for row in rows],
                          [("target/a (2).mp3", "move", True), ("target/a (3).mp3", "failed", False)])
-        again = self.make("b.mp3")
-        rows = self.rows(1, "trash", "--json", again, again)
+        other = self.make("b.mp3")
+        rows = self.rows(1, "copy", "--json", "--to", self.target, other, self.folder / "none/b.mp3")
+        self.assertEqual([(row["newPath"], row["action"]) for row in rows],
+                         [("target/b.mp3", "copy"), ("target/b.mp3", "failed")])
+        rows = self.rows(1, "trash", "--json", other, other)
         self.assertEqual([(row["action"], row["error"] is None) for row in rows], [("trash", True), ("failed", False)])
 
     def test_json_without_a_target_names_every_path(self):
@@ -173,6 +176,19 @@ class FilesTest(CliTest):
             ("music/cd", "trash", "data/Trash/files/cd")])
         self.assertEqual([row["error"] is None for row in rows], [True, False, True])
         self.assertEqual(self.tree(self.folder), {})
+
+    def test_trashing_tells_the_paths_as_they_were_given(self):
+        for name in ("a.mp3", "b.mp3", "c/d.mp3"):
+            self.make(name)
+        (self.folder.parent / "link").symlink_to(self.folder)
+        given = ["a.mp3", "./none.mp3", "../link/b.mp3", "c/"]
+        result = self.run_cli("trash", "--json", *given, cwd=self.folder)
+        self.assertEqual(result.returncode, 1)
+        rows = json.loads(result.stdout)
+        self.assertEqual([(row["path"], row["action"]) for row in rows],
+                         list(zip(given, ("trash", "failed", "trash", "trash"), strict=True)))
+        self.assertEqual([row["newPath"] and os.path.basename(row["newPath"]) for row in rows],
+                         ["a.mp3", None, "b.mp3", "c"])
 
     def test_a_folder_that_may_not_be_written(self):
         if not self.can_drop_privileges():
