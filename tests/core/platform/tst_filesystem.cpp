@@ -381,7 +381,7 @@ void TestFileSystem::listsNamesThatAreNoText()
     const QString path = folder.path() + Separator + names.at(1);
     QCOMPARE(encodePath(path), odd);
     QVERIFY(native().open(path, OpenMode::Read));
-    QCOMPARE(codeOf(native().names(path)), ErrorCode::NotFound);
+    QCOMPARE(codeOf(native().names(path)), ErrorCode::NotAFile);
 }
 
 void TestFileSystem::locksAreSeenByOthers()

@@ -7,7 +7,6 @@
 #include "core/platform/posix/heldfolder.h"
 #include "core/platform/posix/systemerror.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -113,25 +112,7 @@ Result<qint64> PosixFileSystem::freeBytes(const QString &path)
 
 Result<std::vector<QString>> PosixFileSystem::names(const QString &folder)
 {
-    const NativePath native(folder);
-    if (!native.isValid())
-        return systemError(EINVAL, folder, "opendir");
-    const std::unique_ptr<DIR, int (*)(DIR *)> stream(::opendir(native.bytes()), &::closedir);
-    if (!stream)
-        return systemError(errno, folder, "opendir");
-    std::vector<QString> names;
-    while (true) {
-        errno = 0;
-        const dirent *const entry = ::readdir(stream.get());
-        if (entry == nullptr)
-            break;
-        const char *const name = entry->d_name;
-        if (std::strcmp(name, ".") != 0 && std::strcmp(name, "..") != 0)
-            names.push_back(decodePath(name, static_cast<qsizetype>(std::strlen(name))));
-    }
-    if (errno != 0)
-        return systemError(errno, folder, "readdir");
-    return names;
+    return openFolder(folder).and_then([](const std::shared_ptr<HeldFolder> &held) { return held->names(); });
 }
 
 } // namespace
