@@ -5,7 +5,7 @@
 
 #include <QAbstractItemView>
 #include <QAction>
-#include <QCoreApplication>
+#include <QApplication>
 #include <QFontMetrics>
 #include <QHeaderView>
 #include <QHelpEvent>
@@ -108,6 +108,21 @@ QString wrapped(const QString &text, const QWidget &widget)
     return lines.join(u'\n');
 }
 
+/// QToolTip takes a text with a tag for HTML, and lets its label wrap the lines once more.
+void leaveLinesAsTheyAre()
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        auto *label = qobject_cast<QLabel *>(window);
+        if (label == nullptr || !label->inherits("QTipLabel") || !label->wordWrap())
+            continue;
+        label->setWordWrap(false);
+        label->resize(label->sizeHint() + QSize(1, 0));
+        const QRect screen = label->screen()->geometry();
+        const int right = screen.right() + 1 - label->width();
+        label->move(std::clamp(label->x(), screen.left(), std::max(screen.left(), right)), label->y());
+    }
+}
+
 } // namespace
 
 ToolTips::ToolTips(QObject *parent) : QObject(parent)
@@ -132,6 +147,7 @@ bool ToolTips::eventFilter(QObject *watched, QEvent *event)
         return false; // for the widget around it
     const QString text = tip.isNeeded ? wrapped(shownLines(tip.text), *widget) : QString();
     QToolTip::showText(help->globalPos(), text, widget, tip.area, widget->toolTipDuration());
+    leaveLinesAsTheyAre();
     return true;
 }
 

@@ -134,6 +134,23 @@ private Q_SLOTS:
         QCOMPARE(hover(&menu, menu.actionGeometry(entry).center()), Markup + u'2');
     }
 
+    void aLongOneWithATagWrapsOnce()
+    {
+        auto *button = new QPushButton(m_window.get());
+        const QRect screen = button->screen()->geometry();
+        m_window->move(screen.right() - 100, 50);
+        button->setToolTip(u"<b>R&amp;B</b> "_s + u"words and "_s.repeated(30).trimmed());
+        button->show();
+        const QStringList lines = hover(button).split(u'\n');
+        QVERIFY(lines.size() > 1);
+        QVERIFY(!tip()->wordWrap());
+        const QFontMetrics metrics(tip()->font());
+        for (const QString &line : lines)
+            QVERIFY(tip()->contentsRect().width() >= metrics.horizontalAdvance(line.trimmed()));
+        QVERIFY(tip()->height() < metrics.lineSpacing() * (lines.size() + 1));
+        QVERIFY2(screen.contains(tip()->geometry()), "the tooltip stands beyond the screen");
+    }
+
     void aLongOneWrapsAndIsCut()
     {
         auto *button = new QPushButton(m_window.get());
