@@ -255,6 +255,36 @@ def check_kept(program, folder):
                     same((path.read_bytes(), path.stat().st_mtime_ns, path.stat().st_ino), once, label + ": again")
 
 
+def check_dates(program, folder):
+    """A new year is a date without day and time for others too; the same year keeps its date."""
+    path = folder / "date.mp3"
+    for version in (3, 4):
+        for year in ("1999", "2001"):
+            label = f"date: 2.{version}, {year}"
+            path.write_bytes(AUDIO)
+            tags = ID3()
+            for frame in (id3.TIT2(encoding=0, text="Title"), id3.TDRC(encoding=0, text="1999-05-17T20:15"),
+                          id3.TPE1(encoding=0, text="A")):
+                tags.add(frame)
+            if version == 3:
+                tags.update_to_v23()
+            tags.save(path, v2_version=version)
+            digest = audio_hash(path)
+            program.save(2, path, year=year)
+            kept = year == "1999"
+            # By its own translation mutagen joins the three frames.
+            whole = str(ID3(path, load_v1=False).get("TDRC"))
+            same(whole.startswith("1999-05-17") if kept else whole, True if kept else "2001", label + ": mutagen")
+            frames = ID3(path, translate=False, load_v1=False)
+            expected = ({"TYER", "TDAT", "TIME"} if kept else {"TYER"}) if version == 3 else {"TDRC"}
+            same(set(frames) - {"TIT2", "TPE1"}, expected, label + ": frames")
+            shown = exiftool_fields(path)
+            same({"Date", "Time"} & set(shown), {"Date", "Time"} if kept and version == 3 else set(), label + ": exiftool")
+            if version == 3:
+                same("TDAT" in id3v2_listing(path), kept, label + ": id3v2")
+            same(audio_hash(path), digest, label + ": audio")
+
+
 def check_mutagen(program, folder):
     """We read what mutagen writes."""
     path = folder / "mutagen.mp3"
@@ -352,6 +382,7 @@ def main():
         check_written(program, folder)
         check_new_versions(program, folder)
         check_kept(program, folder)
+        check_dates(program, folder)
         check_mutagen(program, folder)
         check_id3v2(program, folder)
         check_encoders(program, folder)

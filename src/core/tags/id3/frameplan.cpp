@@ -117,6 +117,23 @@ Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, 
     return {};
 }
 
+/// Whether the frame has the day or the time that belong to the year frame, before ID3v2.4.
+bool isDayOrTime(const Frame &frame)
+{
+    std::string_view id = frame.header.identifier();
+    if (id.size() == 4 && (id[3] == ' ' || id[3] == '\0')) // as frameKindOf()
+        id.remove_suffix(1);
+    return id == "TDAT" || id == "TIME" || id == "TDA" || id == "TIM";
+}
+
+void dropDayAndTime(FramePlan &plan, const Tag &tag)
+{
+    for (const Frame &frame : tag.frames()) {
+        if (isDayOrTime(frame))
+            plan.replaced[&frame] = QByteArray();
+    }
+}
+
 } // namespace
 
 Result<FramePlan> planFrames(const TagHeader &header, const Tag *tag, const FieldEdits &edits)
@@ -128,6 +145,8 @@ Result<FramePlan> planFrames(const TagHeader &header, const Tag *tag, const Fiel
             continue;
         if (Result<void> planned = planEdit(plan, header, tag, kind, edit->second); !planned)
             return tl::unexpected(planned.error());
+        if (edit->second.isNewYear && tag && header.majorVersion < 4)
+            dropDayAndTime(plan, *tag);
     }
     return plan;
 }

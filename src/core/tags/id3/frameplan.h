@@ -14,6 +14,8 @@ struct FieldEdit
     bool remove = false;
     QString text;   ///< the value: title, artist, album, comment, year
     int number = 0; ///< the value of ContentType (a genre number) and TrackNumber
+    /// Year: another one than the file showed. The frames with day and time of the old one go (see planFrames).
+    bool isNewYear = false;
 
     bool operator==(const FieldEdit &) const = default;
 };
@@ -30,7 +32,8 @@ struct FramePlan
 };
 
 /// The plan for a tag with that header; tag is nullptr for a new one. A frame that already shows the value of an edit
-/// stays as it is. Errors: TooLarge.
+/// stays as it is. A new year drops TDAT and TIME, or TDA and TIM, which would make it a date that nobody stated; a tag
+/// of ID3v2.4 has the whole date in the frame of the year. Errors: TooLarge.
 Result<FramePlan> planFrames(const TagHeader &header, const Tag *tag, const FieldEdits &edits);
 
 } // namespace ravlin::id3

@@ -4,6 +4,8 @@
 #include "core/tags/record/genres.h"
 #include "core/tags/store/writerule.h"
 
+#include <algorithm>
+
 namespace ravlin {
 
 using storage::Segment;
@@ -55,7 +57,9 @@ Result<void> TagObject::Link(const QString &path)
     // Reading is possible where this is not: through a link that belongs to another user.
     m_held = storage::HeldFile::follow(m_fileSystem, path);
     Result<void> linked = read();
-    if (!linked)
+    if (linked)
+        m_linkedYear = Year();
+    else
         Close();
     return linked;
 }
@@ -157,6 +161,14 @@ int TagObject::Track() const
     return frame ? id3::trackNumber(frame->text) : m_v1Fields.track;
 }
 
+bool TagObject::hasPicture() const
+{
+    return std::ranges::any_of(frames(), [](const id3::Frame &frame) {
+        const std::string_view id = frame.header.identifier();
+        return id == "APIC" || id.substr(0, 3) == "PIC";
+    });
+}
+
 const std::vector<id3::Frame> &TagObject::frames() const
 {
     static const std::vector<id3::Frame> None;
@@ -207,6 +219,8 @@ Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVe
         if (!none)
             edits[kind] = value;
     }
+    if (const auto year = edits.find(FrameKind::Year); year != edits.end() && !year->second.remove)
+        year->second.isNewYear = year->second.text != m_linkedYear;
     return write(id3::composeSave(*m_file, m_info.size, m_v2, edits, newVersion), options);
 }
 

@@ -69,6 +69,8 @@ public:
     /// Removes every frame of that kind, and the field of ID3v1.
     void removeFrames(FrameKind kind) { put(kind, {true, {}, 0}); }
 
+    /// Whether the ID3v2 tag has a picture.
+    bool hasPicture() const;
     /// The parsed ID3v2 frames in the tag's order. Empty without ID3v2.
     const std::vector<id3::Frame> &frames() const;
 
@@ -105,6 +107,7 @@ private:
     std::optional<id3::Tag> m_v2;
     std::optional<QByteArray> m_v1;
     id3::V1Fields m_v1Fields;
+    QString m_linkedYear; ///< before the first save
     id3::FieldEdits m_edits;
 };
 

@@ -285,6 +285,72 @@ private Q_SLOTS:
         QCOMPARE(rawFrames(saved(path, record, 2)).at(0).bytes, textFrame(4, "TDRC", QStringLiteral("2000")));
     }
 
+    void aNewYearTakesDayAndTimeOfTheOldOneAway_data()
+    {
+        QTest::addColumn<int>("version");
+        QTest::addColumn<QString>("oldYear"); ///< empty: none
+        QTest::addColumn<QByteArray>("v1Year");
+        QTest::addColumn<QString>("newYear");
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<bool>("areKept");
+        const QString old = QStringLiteral("1999");
+        const QString other = QStringLiteral("2001");
+        for (const int version : {2, 3}) {
+            const auto row = [version](
+                                 const char *name) -> QTestData & { return QTest::addRow("%s, 2.%d", name, version); };
+            for (const int mode : {2, 3, 5})
+                row(qPrintable(QStringLiteral("new, mode %1").arg(mode)))
+                    << version << old << QByteArray() << other << mode << false;
+            row("the first") << version << QString() << QByteArray() << other << 2 << false;
+            row("the first, only in ID3v1 before, mode 3")
+                << version << QString() << QByteArray("1999") << other << 3 << false;
+            row("the same") << version << old << QByteArray() << old << 2 << true;
+            row("the same, in other words")
+                << version << QStringLiteral("1999-05-17") << QByteArray() << old << 2 << true;
+            row("the same, only in ID3v1 before") << version << QString() << QByteArray("1999") << old << 2 << true;
+            row("removed") << version << old << QByteArray() << QString() << 2 << true;
+            row("not writable") << version << old << QByteArray() << QStringLiteral("201") << 2 << true;
+            row("new, but only ID3v1 is written") << version << old << QByteArray("1999") << other << 1 << true;
+        }
+        // The year's own frame holds a whole date there, and nobody reads these beside it.
+        QTest::newRow("new, 2.4") << 4 << old << QByteArray() << other << 2 << true;
+    }
+    void aNewYearTakesDayAndTimeOfTheOldOneAway()
+    {
+        QFETCH(int, version);
+        QFETCH(QString, oldYear);
+        QFETCH(QByteArray, v1Year);
+        QFETCH(QString, newYear);
+        QFETCH(int, mode);
+        QFETCH(bool, areKept);
+        const bool isOld = version == 2;
+        const QByteArray yearId = isOld ? "TYE" : version == 3 ? "TYER" : "TDRC";
+        const QByteArray day = textFrame(version, isOld ? "TDA" : "TDAT", QStringLiteral("1705"));
+        const QByteArray time = textFrame(version, isOld ? "TIM" : "TIME", QStringLiteral("2015"), 1);
+        const QByteArray title = textFrame(version, isOld ? "TT2" : "TIT2", QStringLiteral("title"));
+        const QByteArray dates = frame(version, isOld ? "TRD" : "TRDA", "\0from May to June") +
+                                 textFrame(version, isOld ? "TOR" : "TORY", QStringLiteral("1970"));
+        const QByteArray picture = pictureFrame(version, 2000);
+        const QByteArray year = oldYear.isEmpty() ? QByteArray() : textFrame(version, yearId.constData(), oldYear);
+        const QByteArray v1 = v1Year.isEmpty() ? QByteArray() : id3v1({.title = "title", .year = v1Year});
+        const QString path =
+            file(id3v2(version, day + title + time + year + picture + dates, {.padding = 100}) + audio() + v1);
+        TagRecord record = read(path);
+        record.Year = newYear;
+        const QByteArray after = saved(path, record, mode);
+        QCOMPARE(after.contains(day), areKept);
+        QCOMPARE(after.contains(time), areKept);
+        for (const QByteArray &kept : {title, picture + dates, audio()})
+            QVERIFY(after.contains(kept));
+        qsizetype frames = areKept ? 6 : 4; // without the year's
+        for (const RawFrame &raw : rawFrames(after))
+            frames -= raw.id == yearId ? 0 : 1;
+        QCOMPARE(frames, 0);
+        const bool isWritten = isWritableYear(newYear);
+        if (mode != 1)
+            QCOMPARE(read(path).Year, isWritten ? newYear : QString());
+    }
+
     void everyTagKeepsItsVersionAndItsYearFrame()
     {
         const std::array<std::pair<int, QByteArray>, 3> versions{{{2, "TYE"}, {3, "TYER"}, {4, "TDRC"}}};
