@@ -17,6 +17,13 @@ constexpr QStringView HiddenColumnsKey = u"hidden columns";
 
 } // namespace
 
+namespace defaults {
+
+constinit const QStringView Mail = u"" RAVLIN_CONTACT;
+constinit const QStringView WebSite = u"" RAVLIN_HOMEPAGE;
+
+} // namespace defaults
+
 QString textOrDefault(const QString &text, QStringView fallback)
 {
     return text.isEmpty() ? fallback.toString() : text;

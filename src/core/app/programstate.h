@@ -14,9 +14,9 @@ class Settings;
 /// What applies where the settings hold nothing, and where the program is at home.
 namespace defaults {
 
-inline constexpr QStringView Server = u"gnudb.gnudb.org";     ///< public server that speaks the CD database's protocol
-inline constexpr QStringView Mail = u"ravlin@ravlin.example"; ///< the maker's address
-inline constexpr QStringView WebSite = u"https://ravlin.example/";
+inline constexpr QStringView Server = u"gnudb.gnudb.org"; ///< public server that speaks the CD database's protocol
+extern const QStringView Mail;                            ///< the maker's address, RAVLIN_CONTACT of the build
+extern const QStringView WebSite;                         ///< RAVLIN_HOMEPAGE of the build
 inline constexpr int TagSaveModeShown = 3; ///< the mode that the options dialog shows before one was ever chosen
 
 } // namespace defaults
