@@ -534,6 +534,8 @@ constexpr std::array<Row, TextCount> Rows{{
                               u"correspond à sa somme de contrôle\u00a0: %1"}},
     {Text::UpdateUnchecked,
         {u"has no checksum: %1", u"no tiene suma de comprobación: %1", u"n'a pas de somme de contrôle\u00a0: %1"}},
+    // %1: file names, each with a reason
+    {Text::UpdateNotDownloaded, {u"not downloaded: %1", u"sin descargar: %1", u"non téléchargés\u00a0: %1"}},
     {Text::TipDownload, {u"download the files selected in the list into a folder of your choice",
                             u"descarga los archivos seleccionados de la lista en la carpeta que se elija",
                             u"télécharger les fichiers sélectionnés de la liste dans le dossier de votre choix"}},

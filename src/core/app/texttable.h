@@ -233,6 +233,7 @@ enum class Text
     UpdateReplace,
     UpdateChecked,
     UpdateUnchecked,
+    UpdateNotDownloaded,
     TipDownload,
     DropFromNetwork,
 };

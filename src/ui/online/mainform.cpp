@@ -126,6 +126,9 @@ void mainform::createControls()
     m_statusBar->setSizeGripEnabled(false);
     m_state = made<ElidedLabel>("state", m_statusBar);
     m_statusBar->addWidget(m_state, 1);
+    m_notThere = made<ElidedLabel>("failures", m_statusBar);
+    m_statusBar->addWidget(m_notThere, 1);
+    m_notThere->hide();
     m_estimateTimer = made<QTimer>("timer1", this);
     m_estimateTimer->setInterval(EstimateTick);
     m_progressTimer = made<QTimer>("timertimeout", this);
@@ -311,9 +314,12 @@ void mainform::download()
         if (item->isSelected())
             entries.push_back({row, m_versionFile.records[std::size_t(row)]});
     }
+    m_entries = entries;
+    m_failures.clear();
     m_checkedNames.clear();
     m_uncheckedNames.clear();
     m_checks->setFullText({});
+    showFailures();
     m_queue.start(m_versionFileUrl, folder, std::move(entries));
     enableControls();
 }
@@ -402,7 +408,26 @@ void mainform::showFinished(bool hasReachedEnd)
 {
     if (hasReachedEnd)
         m_received->setFullText(m_captions.text(Caption::DownloadFinished));
+    else
+        tellUntried();
     enableControls();
+}
+
+/// Names the files behind the one whose failure ended the run.
+void mainform::tellUntried()
+{
+    for (const DownloadQueue::Entry &entry : m_entries) {
+        if (entry.row > m_row)
+            m_failures << entry.record.fileName;
+    }
+    showFailures();
+}
+
+/// The state's texts are the same whichever file they are about, and the next file's take their place.
+void mainform::showFailures()
+{
+    m_notThere->setVisible(!m_failures.isEmpty());
+    m_notThere->setFullText(m_captions.text(Text::UpdateNotDownloaded).arg(m_failures.join(u", "_s)));
 }
 
 void mainform::resetProgress()
@@ -449,6 +474,10 @@ void mainform::tellFailure(const QString &fileName, const UpdateFailure &failure
     if (failure.kind != UpdateFailureKind::Web && !fileName.isEmpty())
         showStatus(u"download aborted"_s);
     const QString reason = updateFailureText(m_captions, failure);
+    if (!fileName.isEmpty()) {
+        m_failures << fileName + u" ("_s + reason + u')';
+        showFailures();
+    }
     openBox(MessageBox::Critical, "error", u"error"_s, fileName.isEmpty() ? reason : fileName + u": "_s + reason,
         [goOn](int) { goOn(); });
 }

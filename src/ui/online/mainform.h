@@ -73,7 +73,9 @@ private:
     void showProgress();
     void showEstimate();
     void showDownloaded(const QString &path, bool isChecked);
+    void showFailures();
     void showFinished(bool hasReachedEnd);
+    void tellUntried();
     void resetProgress();
     void abort();
     void enableControls();
@@ -96,8 +98,10 @@ private:
     bool m_hasChecked = false;
     int m_row = -1; ///< of the current file
     QString m_fileName;
-    QStringList m_checkedNames;   ///< of this run, verified by a checksum
-    QStringList m_uncheckedNames; ///< without one
+    std::vector<DownloadQueue::Entry> m_entries; ///< of this run
+    QStringList m_failures;                      ///< names of files with the reason why they are not there
+    QStringList m_checkedNames;                  ///< verified by a checksum
+    QStringList m_uncheckedNames;                ///< without one
     TransferRate m_rate;
     QElapsedTimer m_clock; ///< since the file's size was known
 
@@ -117,7 +121,8 @@ private:
     QPushButton *m_get = nullptr;
     QPushButton *m_cancel = nullptr;
     QStatusBar *m_statusBar = nullptr;
-    ElidedLabel *m_state = nullptr; ///< in m_statusBar
+    ElidedLabel *m_state = nullptr;    ///< in m_statusBar
+    ElidedLabel *m_notThere = nullptr; ///< beside it: which files failed
     QTimer *m_estimateTimer = nullptr;
     QTimer *m_progressTimer = nullptr;
 };

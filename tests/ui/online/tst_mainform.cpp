@@ -84,6 +84,8 @@ private:
         return control<QLabel>(label)->text();
     }
     QString state() const { return text("state"); }
+    /// What the last line says of failed files beside the state; empty if that is hidden.
+    QString failures() const { return control<ElidedLabel>("failures")->isVisible() ? text("failures") : QString(); }
     QString percent(int row) const { return filelist()->topLevelItem(row)->text(1); }
     QMessageBox *box() const
     {
@@ -473,6 +475,8 @@ private Q_SLOTS:
         QCOMPARE(state(), u" an error occurred in communicating with the host computer.12"_s);
         QCOMPARE(m_folder->names(), QStringList());
         QVERIFY(cmdget()->isEnabled()); // the other file would fail as well
+        QVERIFY2(failures().startsWith(u"not downloaded: a.zip ("_s), qPrintable(failures()));
+        QVERIFY2(failures().endsWith(u"), b.zip"_s), qPrintable(failures()));
         QVERIFY(text("labelst") != u"download finished"_s);
         QVERIFY(!box());
     }
@@ -487,6 +491,13 @@ private Q_SLOTS:
         QCOMPARE(answerBox()[1], u"b.zip: the web server refused the request (HTTP 404 Not Found)"_s);
         QCOMPARE(lastProgress(), u"download finished"_s);
         QCOMPARE(m_folder->names(), (QStringList{u"a.zip"_s, u"c.zip"_s}));
+        QVERIFY(state().startsWith(u"download completed successfully. file saved to "_s));
+        QCOMPARE(failures(), u"not downloaded: b.zip (the web server refused the request (HTTP 404 Not Found))"_s);
+        serveFiles();
+        select({1});
+        cmdget()->click();
+        QTRY_COMPARE_WITH_TIMEOUT(m_folder->names().size(), 3, PatientWait);
+        QCOMPARE(failures(), QString());
     }
 
     void aFileNameFromTheNetworkIsAPlainNameOrIsRefused()
@@ -502,6 +513,8 @@ private Q_SLOTS:
         QVERIFY(filesAskedFor().isEmpty());
         QCOMPARE(m_folder->names(), QStringList());
         QCOMPARE(state(), u"download aborted"_s);
+        QCOMPARE(failures(),
+            u"not downloaded: ../evil.zip (the server offers a file under a name that is not allowed (../evil.zip))"_s);
     }
 
     void anAddressThatIsLessSecureIsRefused()
@@ -530,6 +543,7 @@ private Q_SLOTS:
         QCOMPARE(first[2], QString::number(QMessageBox::Question));
         QVERIFY(answerBox(QMessageBox::Yes).first().contains(u"b.zip"_s));
         QCOMPARE(lastProgress(), u"download finished"_s);
+        QCOMPARE(failures(), QString()); // to leave a file alone is no failure
         QCOMPARE(ScratchFolder::read(m_folder->path(u"a.zip"_s)), QByteArray("old a"));
         QCOMPARE(ScratchFolder::read(m_folder->path(u"b.zip"_s)), Content);
         QCOMPARE(filesAskedFor(), (QByteArrayList{"b.zip", "c.zip"}));
