@@ -260,6 +260,7 @@ private:
             return tl::unexpected(record.error());
         applyDisc(*record, fields, row);
         warnOfTextsNotSaved(path, *record, m_console);
+        warnOfOutlook(path, *record, run.state().tagSaveMode, m_arguments, m_console);
         return run.store().SaveTag(path, *record);
     }
 

@@ -31,8 +31,10 @@ int previewRun(const Arguments &arguments, const QString &pattern, int mode, Con
         Record record = previewRecord(path, row.record, row.isLongName, !row.isUntouched);
         record.emplace_back(extractionRemarks(row, english).join(u"; "_s));
         writer.write(record);
-        if (!row.isUntouched)
+        if (!row.isUntouched) {
             warnOfTextsNotSaved(path, row.record, console);
+            warnOfOutlook(path, row.record, mode, arguments, console);
+        }
     }
     writer.finish();
     return console.status();
@@ -42,8 +44,10 @@ int saveRun(const Arguments &arguments, const QString &pattern, int mode, Consol
 {
     const QStringList &paths = arguments.paths();
     SavingRun run(mode, arguments);
-    const auto warn = [&console](
-                          const QString &path, const TagRecord &record) { warnOfTextsNotSaved(path, record, console); };
+    const auto warn = [&](const QString &path, const TagRecord &record) {
+        warnOfTextsNotSaved(path, record, console);
+        warnOfOutlook(path, record, mode, arguments, console);
+    };
     const ExtractionOutcome outcome = runExtraction(paths, pattern, run.store(), run.state(), run.preparing(), warn);
     for (qsizetype row = 0; row < outcome.rows.takenCount(); ++row) {
         if (outcome.rows.outcome(row) == RowOutcome::Done && !outcome.isWritten[static_cast<std::size_t>(row)])

@@ -82,6 +82,7 @@ int previewRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &c
         }
         writer.write(previewRecord(path, *record, isLongName(platform::nameOf(path)), true));
         warnOfTextsNotSaved(path, *record, console);
+        warnOfOutlook(path, *record, mode, arguments, console);
     }
     writer.finish();
     return console.status();
@@ -91,8 +92,10 @@ int saveRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &cons
 {
     const QStringList &paths = arguments.paths();
     SavingRun run(mode, arguments);
-    const auto warn = [&console](
-                          const QString &path, const TagRecord &record) { warnOfTextsNotSaved(path, record, console); };
+    const auto warn = [&](const QString &path, const TagRecord &record) {
+        warnOfTextsNotSaved(path, record, console);
+        warnOfOutlook(path, record, mode, arguments, console);
+    };
     const BatchOutcome outcome = runMultiEdit(paths, edit, run.store(), run.state(), run.preparing(), warn);
     tellFailures(paths, outcome, console);
     return console.status();

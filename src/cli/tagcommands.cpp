@@ -48,10 +48,11 @@ tl::expected<FieldTexts, UsageError> givenFields(const Arguments &arguments)
 class Tagger
 {
 public:
-    Tagger(Console &console, FieldTexts fields, int mode, bool force) : m_console(console), m_fields(std::move(fields))
+    Tagger(Console &console, FieldTexts fields, int mode, const Arguments &arguments)
+        : m_console(console), m_fields(std::move(fields)), m_arguments(arguments)
     {
         m_state.tagSaveMode = mode;
-        m_state.writesAnyContent = force;
+        m_state.writesAnyContent = arguments.has(ForceOption.name);
     }
 
     void warnOfGivenTexts()
@@ -83,8 +84,10 @@ private:
         constexpr qint64 Megabyte = 1024 * 1024;
         m_state.freeMegabytes = *freeBytes / Megabyte;
         Result<void> saved = m_store.SaveTag(path, *record);
-        if (saved)
+        if (saved) {
             warnOfLostTexts(path, *record);
+            warnOfOutlook(path, *record, m_state.tagSaveMode, m_arguments, m_console);
+        }
         return saved;
     }
 
@@ -102,6 +105,7 @@ private:
 
     Console &m_console;
     const FieldTexts m_fields;
+    const Arguments &m_arguments;
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
     ProgramState m_state;
     TagStore m_store{m_state, m_fileSystem};
@@ -116,7 +120,7 @@ int runTag(const Arguments &arguments, Console &console)
     const ModeOrStatus mode = modeFor(u"tag"_s, arguments, console);
     if (!mode)
         return mode.error();
-    Tagger tagger(console, std::move(*fields), *mode, arguments.has(ForceOption.name));
+    Tagger tagger(console, std::move(*fields), *mode, arguments);
     tagger.warnOfGivenTexts();
     for (const QString &path : arguments.paths())
         tagger.tag(path);

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/tagsaving.h"
 
+#include "core/app/idiomas.h"
 #include "core/app/settings.h"
 #include "core/naming/lostfields.h"
 #include "core/platform/path.h"
 #include "core/storage/safewrite.h"
+#include "core/tags/store/saveoutlook.h"
 
 #include <array>
 #include <tuple>
@@ -69,6 +71,15 @@ void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &
         if (const QString warning = warningNotSaved(field, record.*field); !warning.isEmpty())
             console.warn(path + u": "_s + warning);
     }
+}
+
+void warnOfOutlook(const QString &path, const TagRecord &record, int mode, const Arguments &arguments, Console &console)
+{
+    SaveOutlook outlook = outlookOf(record, mode);
+    if (arguments.has(ModeOption.name))
+        outlook.isNotShown = false;
+    if (const QString text = outlookText(Captions(), outlook); !text.isEmpty())
+        console.warn(path + u": "_s + text);
 }
 
 void FolderCleaner::cleanFolderOf(const QString &path)

@@ -34,6 +34,11 @@ QString warningNotSaved(QString TagRecord::*field, const QString &text);
 /// Warns of each field that a save will drop.
 void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &console);
 
+/// Warns of what the mode loses of the file, or does not show (see SaveOutlook). Who gives the mode in the arguments
+/// knows which tag is written.
+void warnOfOutlook(
+    const QString &path, const TagRecord &record, int mode, const Arguments &arguments, Console &console);
+
 /// Removes what interrupted writes left in folders about to be written to, once per folder.
 class FolderCleaner
 {

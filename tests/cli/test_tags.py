@@ -97,6 +97,59 @@ class TagTest(CliTest):
         self.assertEqual(self.kinds(path), (False, True))
         self.assertEqual(self.show(path)["title"], "Title")
 
+    def warning(self, *arguments):
+        """What standard error says of the one file; the command succeeds."""
+        result = self.run_cli(*arguments)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        prefix = b"ravlin-cli: " + os.fsencode(arguments[-1]) + b": "
+        self.assertTrue(not result.stderr or result.stderr.startswith(prefix), result.stderr)
+        return result.stderr[len(prefix):].decode().rstrip("\n")
+
+    def test_mode_4_tells_what_id3v1_cannot_hold(self):
+        characters = "characters outside Latin-1 become similar letters or “???”"
+        cut = "texts are cut after 30 letters (a comment beside a track: 28)"
+        pictures = "pictures are lost"
+        picture = id3v2(TIT2="Title", APIC="image/png\0\3cover\0xxxx")
+        for content, given, losses in (
+                (mp3(), ("--title", "夜"), [characters]), (mp3(), ("--artist", "Dvořák"), [characters]),
+                (mp3(), ("--album", "x" * 31), [cut]), (mp3(), ("--album", "x" * 30), []),
+                (mp3(), ("--comment", "x" * 30), []), (mp3(), ("--comment", "x" * 29, "--track", "1"), [cut]),
+                (mp3(), ("--comment", "x" * 28, "--track", "1"), []), (mp3(), ("--title", "Año, 50 ©"), []),
+                (mp3(picture), ("--title", "x"), [pictures]),
+                (mp3(id3v2(TIT2="夜" * 40, APIC="image/png\0\3cover\0xxxx")), ("--artist", "x"), [characters, cut, pictures])):
+            expected = "ID3v1 cannot hold everything: " + ", ".join(losses) if losses else ""
+            for mode in (1, 2, 3, 5):
+                self.succeed("tag", "--mode", str(mode), *given, self.make("b.mp3", content))
+            path = self.make("a.mp3", content)
+            self.assertEqual(self.warning("tag", "--mode=4", *given, path), expected, given)
+            if "--title" in given or given[0] == "--comment":
+                continue # multi does not set a title, and numbers the files
+            path = self.make("a.mp3", content)
+            self.assertEqual(self.warning("multi", "--mode=4", "--dry-run", *given, path), expected, given)
+            self.assertEqual(self.read(path), content)
+            self.assertEqual(self.warning("multi", "--mode=4", *given, path), expected, given)
+        path = self.make("夜.mp3", mp3(picture))
+        for options in (["--dry-run"], []):
+            self.assertEqual(self.warning("extract", "--mode=4", *options, "--pattern=%3", path),
+                             f"ID3v1 cannot hold everything: {characters}, {pictures}")
+
+    def settings(self, tags):
+        file = self.config / "ravlin" / "ravlin.ini"
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(f"[ini]\ntags={tags}\n")
+
+    def test_the_stored_mode_1_tells_that_the_other_tag_is_shown(self):
+        told = "ID3v1 is written; the list shows ID3v2"
+        for content, expected in ((mp3(V2, V1), told), (mp3(V2), told), (mp3(b"", V1), ""), (mp3(), "")):
+            for command in (("tag", "--album=New"), ("multi", "--album=New"), ("multi", "--album=New", "--dry-run"),
+                            ("extract", "--pattern=%2"), ("extract", "--pattern=%2", "--dry-run")):
+                with self.subTest(command=command, expected=expected):
+                    self.settings(tags="1")
+                    self.assertEqual(self.warning(*command, self.make("a.mp3", content)), expected)
+                    self.succeed(*command, "--mode=1", self.make("a.mp3", content))
+                    self.settings(tags="3")
+                    self.succeed(*command, self.make("a.mp3", content))
+
     def test_the_stored_mode_counts_and_is_never_written(self):
         settings = self.config / "ravlin" / "ravlin.ini"
         path = self.make("a.mp3")

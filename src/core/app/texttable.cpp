@@ -82,6 +82,25 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::HintNothingChosen, {u"nothing is ticked", u"no hay nada marcado", u"rien n'est coché"}},
     // %1: a number above 1
     {Text::HintRenameFiles, {u"renames %1 files", u"renombra %1 archivos", u"renomme %1 fichiers"}},
+    // What a save will not keep, or not show. %1: ID3v1, %2: ID3v2
+    {Text::HintV1NotShown, {u"%1 is written; the list shows %2", u"se guarda %1; la lista muestra %2",
+                               u"%1 est écrit\u00a0; la liste montre %2"}},
+    // %1: ID3v1, %2: one or more of the three texts that follow
+    {Text::HintV1Loses,
+        {u"%1 cannot hold everything: %2", u"en %1 no cabe todo: %2", u"%1 ne peut pas tout contenir\u00a0: %2"}},
+    // %1: question marks
+    {Text::V1LosesCharacters,
+        {u"characters outside Latin-1 become similar letters or “%1”",
+            u"los caracteres que no son de Latin-1 se convierten en letras parecidas o en «%1»",
+            u"les caractères hors de Latin-1 deviennent des lettres semblables ou «\u00a0%1\u00a0»"}},
+    {Text::V1CutsTexts, {u"texts are cut after 30 letters (a comment beside a track: 28)",
+                            u"los textos se cortan a las 30 letras (un comentario junto a una pista: 28)",
+                            u"les textes sont coupés après 30 lettres (un commentaire avec une piste\u00a0: 28)"}},
+    {Text::V1LosesPictures, {u"pictures are lost", u"las imágenes se pierden", u"les images sont perdues"}},
+    {Text::StreamCutOff, {u"the audio is cut off", u"el audio está cortado", u"l'audio est coupé"}},
+    {Text::StreamDamaged, {u"the audio is damaged", u"el audio está dañado", u"l'audio est endommagé"}},
+    {Text::TipStreamDamaged, {u"the values hold for what there is", u"los valores valen para lo que hay",
+                                 u"les valeurs valent pour ce qu'il y a"}},
     {Text::TipSaveOneFile,
         {u"write this tag into the selected file", u"guarda esta etiqueta en el archivo seleccionado",
             u"écrire ce tag dans le fichier sélectionné"}},

@@ -5,10 +5,12 @@
 #include "core/app/pageowner.h"
 #include "core/naming/extraction.h"
 #include "core/naming/placeholders.h"
+#include "core/naming/previewrows.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
+#include "ui/controls/outlookhint.h"
 #include "ui/controls/plain/plainlabel.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
@@ -39,6 +41,13 @@ ExtractPage::ExtractPage(const PageContext &context, QWidget *parent)
     m_extract->setObjectName(QStringLiteral("extrae"));
     m_patternLabel->setBuddy(m_pattern);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_hint->setWordWrap(true);
+    m_outlook = new OutlookHint(
+        m_context,
+        [this] {
+            return OutlookHint::Save{m_context.owner.selectedPaths(), preparing()};
+        },
+        this);
     setContent(createContent());
     connectControls();
     applyIcons();
@@ -71,11 +80,32 @@ void ExtractPage::connectControls()
     connect(m_placeholders, &PlaceholderBox::clicked, m_pattern, &PatternBox::append);
     connect(m_extract, &QPushButton::clicked, this, &ExtractPage::run);
     connect(m_preview, &QPushButton::clicked, this, &ExtractPage::showPreview);
+    connect(m_pattern, &QComboBox::editTextChanged, m_outlook, &OutlookHint::refresh);
+    connect(m_outlook, &OutlookHint::changed, this, &ExtractPage::showHint);
 }
 
 void ExtractPage::selectionChanged()
 {
-    m_hint->setText(selectionHint(m_context.captions, m_context.owner.selectedCount(), Text::HintManyFiles));
+    showHint();
+    m_outlook->refresh();
+}
+
+void ExtractPage::showHint()
+{
+    const qsizetype count = m_context.owner.selectedCount();
+    const QString hint = selectionHint(m_context.captions, count, Text::HintManyFiles);
+    m_hint->setText(count == 0 ? hint : m_outlook->behind(hint));
+}
+
+/// What a save would write into a file, as the page is now.
+OutlookReader::Prepare ExtractPage::preparing() const
+{
+    return [pattern = m_pattern->text()](const QString &path, const TagStore &store) -> Result<TagRecord> {
+        const PreviewRow row = previewExtraction(path, pattern, store);
+        if (row.problem || row.isUntouched)
+            return tl::unexpected(row.problem.value_or(Error{ErrorCode::InvalidArgument, path, {}}));
+        return row.record;
+    };
 }
 
 void ExtractPage::applyCaptions()
@@ -109,7 +139,9 @@ void ExtractPage::run()
     const QString pattern = m_pattern->text();
     m_pattern->remember();
     ExtractionOutcome outcome;
+    m_outlook->stop();
     const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
+        m_outlook->waitForFile();
         outcome = runExtraction(paths, pattern, m_context.tagStore, m_context.state, progress);
     });
     if (!ran)
@@ -117,6 +149,7 @@ void ExtractPage::run()
     if (outcome.rows.hasError(ErrorCode::LowSpace))
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();
+    selectionChanged();
     Q_EMIT finished();
     const auto written = std::ranges::count(outcome.isWritten, true);
     m_hint->setText(m_context.captions.text(Text::HintExtracted).arg(written).arg(paths.size() - written));

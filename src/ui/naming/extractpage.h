@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/tags/store/saveoutlook.h"
 #include "ui/controls/pagearea.h"
 #include "ui/controls/pagecontext.h"
 
@@ -8,6 +9,7 @@ class QPushButton;
 
 namespace ravlin {
 
+class OutlookHint;
 class PatternBox;
 class PlaceholderBox;
 class PlainLabel;
@@ -36,6 +38,8 @@ protected:
 private:
     QWidget *createContent();
     void connectControls();
+    void showHint();
+    OutlookReader::Prepare preparing() const;
     void run();
     void showPreview();
 
@@ -44,6 +48,7 @@ private:
     PatternBox *m_pattern;
     PlaceholderBox *m_placeholders; ///< lt_9 to lt_15, lt_17
     PlainLabel *m_hint;
+    OutlookHint *m_outlook = nullptr;
     QPushButton *m_preview;
     QPushButton *m_extract;
 };

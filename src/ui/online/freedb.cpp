@@ -6,6 +6,7 @@
 #include "core/app/programstate.h"
 #include "core/app/settings.h"
 #include "core/online/cddb/disclookup.h"
+#include "core/tags/store/tagstore.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/plain/messagebox.h"
@@ -85,6 +86,8 @@ void freedb::createControls()
     m_timer->setObjectName(QStringLiteral("timer1"));
     m_timer->setInterval(TickInterval);
     m_lookup = new DiscLookup(m_context.settings, m_context.fileSystem, this);
+    m_outlook = new OutlookHint(
+        m_context, [this] { return wouldSave(); }, this);
     m_saving = new DiscSaving(m_context.owner, m_context.tagStore, m_context.state, m_context.captions, this);
 }
 
@@ -114,10 +117,13 @@ void freedb::connectControls()
     connect(m_onlySelected, &QCheckBox::toggled, this, &freedb::updateEnabling);
     connect(m_lists, &FacingLists::fileSelectionEdited, this, &freedb::updateEnabling);
     connect(m_fields, &DiscFieldsBox::edited, this, &freedb::showStatus);
+    connect(m_fields, &DiscFieldsBox::edited, m_outlook, &OutlookHint::refresh);
     connect(m_lists, &FacingLists::orderChanged, this, [this] {
         m_lookup->setOrder(m_lists->fileOrder());
         showStatus();
+        m_outlook->refresh();
     });
+    connect(m_outlook, &OutlookHint::changed, this, &freedb::showStatus);
     connect(m_saving, &DiscSaving::advanced, this, &freedb::showProgress);
 }
 
@@ -322,17 +328,40 @@ void freedb::openSearch()
 
 // Saving
 
+/// What the save button would write now.
+OutlookHint::Save freedb::wouldSave() const
+{
+    if (!m_save->isEnabled())
+        return {};
+    OutlookHint::Save save;
+    QHash<QString, DiscRow> rows;
+    for (const DiscFile &file : m_lists->pairedFiles(m_onlySelected->isChecked())) {
+        save.paths << file.path;
+        rows.insert(file.path, file.row);
+    }
+    save.prepare = [rows, disc = m_fields->fields()](const QString &path, const TagStore &store) {
+        Result<TagRecord> record = store.readForSaving(path);
+        if (record)
+            applyDisc(*record, disc, rows.value(path));
+        return record;
+    };
+    return save;
+}
+
 void freedb::save()
 {
     const std::vector<DiscFile> files = m_lists->pairedFiles(m_onlySelected->isChecked());
     const QString statusBefore = m_status;
     setStatus(m_context.captions.text(Text::LookupSaving));
     m_progressBar->setValue(0);
+    m_outlook->stop();
+    m_outlook->waitForFile();
     const std::optional<qsizetype> saved = m_saving->save(files, m_fields->fields());
     if (!saved) {
         endLookup(statusBefore);
         return;
     }
+    m_outlook->refresh();
     setStatus(m_context.captions.text(Text::LookupSaved).arg(*saved));
     m_progressBar->setValue(WholeProgress);
 }
@@ -357,6 +386,8 @@ void freedb::showStatus()
         lines << m_status;
     if (m_lists->hasDisc())
         lines << m_lists->remarks() << m_fields->remarks(m_context.captions);
+    if (const QString outlook = m_outlook->behind({}); !outlook.isEmpty())
+        lines << outlook;
     m_statusLine->setText(lines.join(u'\n'));
 }
 
@@ -364,6 +395,7 @@ void freedb::updateEnabling()
 {
     const bool isIdle = !m_lookup->isAsking() && m_choice == nullptr && !m_saving->isUnderWay();
     m_save->setEnabled(m_lists->hasDisc() && isIdle && m_lists->hasFiles(m_onlySelected->isChecked()));
+    m_outlook->refresh();
 }
 
 } // namespace ravlin

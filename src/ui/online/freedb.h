@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/platform/error.h"
+#include "ui/controls/outlookhint.h"
 #include "ui/controls/pagecontext.h"
 
 #include <QDialog>
@@ -73,6 +74,7 @@ private:
     void showRecord(const DiscRecord &record);
     void openSearch();
 
+    OutlookHint::Save wouldSave() const;
     void save();
     void showProgress(int done, int count);
     void setStatus(const QString &status);
@@ -95,6 +97,7 @@ private:
     QTimer *m_timer = nullptr;
     DiscLookup *m_lookup = nullptr;
     DiscSaving *m_saving = nullptr;
+    OutlookHint *m_outlook = nullptr;
     QPointer<MatchDialog> m_choice;
 };
 

@@ -11,6 +11,7 @@
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
+#include "ui/controls/outlookhint.h"
 #include "ui/controls/plain/plainlabel.h"
 #include "ui/tags/digitsedit.h"
 
@@ -22,6 +23,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 
 namespace ravlin {
 
@@ -62,6 +64,16 @@ void MultiFilePage::createControls()
     m_genre->addItems(genreListEntries());
     guardAgainstWheel(m_genre);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_hint->setWordWrap(true);
+    m_outlook = new OutlookHint(
+        m_context,
+        [this] {
+            const auto edit = std::make_shared<MultiEdit>(page());
+            const auto prepare = [edit](
+                                     const QString &path, const TagStore &store) { return edit->prepare(path, store); };
+            return OutlookHint::Save{m_save->isEnabled() ? m_context.owner.selectedPaths() : QStringList(), prepare};
+        },
+        this);
 
     m_fields = {{{Caption::Artist, m_setsArtist, m_artist}, {Caption::Year, m_setsYear, m_year},
         {Caption::Album, m_setsAlbum, m_album}, {Caption::Genre, m_setsGenre, m_genre},
@@ -120,6 +132,9 @@ void MultiFilePage::connectControls()
             m_firstTrack->setFocus(Qt::TabFocusReason);
     });
     connect(m_save, &QPushButton::clicked, this, &MultiFilePage::run);
+    for (const QLineEdit *edit : {m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_firstTrack)})
+        connect(edit, &QLineEdit::textChanged, m_outlook, &OutlookHint::refresh);
+    connect(m_outlook, &OutlookHint::changed, this, &MultiFilePage::showHint);
 }
 
 void MultiFilePage::updateEnabling()
@@ -147,9 +162,18 @@ void MultiFilePage::storeChoices(SessionChoices &choices) const
 
 void MultiFilePage::selectionChanged()
 {
+    showHint();
+    m_outlook->refresh();
+}
+
+void MultiFilePage::showHint()
+{
     const Captions &captions = m_context.captions;
-    m_hint->setText(m_save->isEnabled() ? selectionHint(captions, m_context.owner.selectedCount(), Text::HintManyFiles)
-                                        : captions.text(Text::HintNothingChosen));
+    const qsizetype count = m_context.owner.selectedCount();
+    const QString hint = selectionHint(captions, count, Text::HintManyFiles);
+    m_hint->setText(!m_save->isEnabled() ? captions.text(Text::HintNothingChosen)
+                    : count == 0         ? hint
+                                         : m_outlook->behind(hint));
 }
 
 void MultiFilePage::applyCaptions()
@@ -220,7 +244,9 @@ void MultiFilePage::run()
     const QStringList paths = m_context.owner.selectedPaths();
     MultiEdit edit(page());
     BatchOutcome outcome;
+    m_outlook->stop();
     const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
+        m_outlook->waitForFile();
         outcome = runMultiEdit(paths, edit, m_context.tagStore, m_context.state, progress);
     });
     if (!ran)
@@ -229,6 +255,7 @@ void MultiFilePage::run()
     if (outcome.hasError(ErrorCode::LowSpace))
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();
+    selectionChanged();
     Q_EMIT finished();
     tellRefused(m_context.captions, paths, outcome, window());
 }

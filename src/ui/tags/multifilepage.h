@@ -16,6 +16,7 @@ namespace ravlin {
 
 class ConversionBox;
 class DigitsEdit;
+class OutlookHint;
 class PlainLabel;
 
 struct MultiEditPage;
@@ -62,6 +63,7 @@ private:
     void setTabOrder();
     void connectControls();
     void updateEnabling();
+    void showHint();
     void applyToolTips();
     MultiEditPage page() const;
     void showConverted(const TagRecord &boxes);
@@ -84,6 +86,7 @@ private:
     ConversionBox *m_caseConversion = nullptr;    ///< op4_1, ccase_1
     ConversionBox *m_replaceConversion = nullptr; ///< op4_4, ccase_4
     PlainLabel *m_hint = nullptr;
+    OutlookHint *m_outlook = nullptr;
     QPushButton *m_save = nullptr;
     std::array<Field, 6> m_fields{}; ///< in tab order
 };

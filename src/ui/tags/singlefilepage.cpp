@@ -11,6 +11,7 @@
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
+#include "ui/controls/outlookhint.h"
 #include "ui/controls/plain/plainlabel.h"
 #include "ui/tags/digitsedit.h"
 #include "ui/tags/streampanel.h"
@@ -66,6 +67,13 @@ void SingleFilePage::createControls()
     bold.setBold(true);
     m_fileName->setFont(bold);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_hint->setWordWrap(true);
+    m_outlook = new OutlookHint(
+        m_context,
+        [this] {
+            return OutlookHint::Save{m_context.owner.selectedPaths(), preparing()};
+        },
+        this);
 
     m_fields = {{{Caption::Title, new PlainLabel(this), m_title}, {Caption::Track, new PlainLabel(this), m_track},
         {Caption::Artist, new PlainLabel(this), m_artist}, {Caption::Year, new PlainLabel(this), m_year},
@@ -140,6 +148,9 @@ void SingleFilePage::connectControls()
     connect(m_removeV1, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV1, &TagStore::RemoveV1); });
     connect(m_removeV2, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV2, &TagStore::RemoveV2); });
     connect(&m_streamReader, &StreamDetailsReader::ready, m_streamPanel, &StreamPanel::show);
+    for (const QLineEdit *edit : {m_title, m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_track)})
+        connect(edit, &QLineEdit::textChanged, m_outlook, &OutlookHint::refresh);
+    connect(m_outlook, &OutlookHint::changed, this, &SingleFilePage::showHint);
 }
 
 void SingleFilePage::applyIcons()
@@ -228,16 +239,22 @@ void SingleFilePage::setSavingEnabled(bool enabled)
 
 void SingleFilePage::selectionChanged()
 {
+    showHint();
+    m_outlook->refresh();
+}
+
+void SingleFilePage::showHint()
+{
     const Captions &captions = m_context.captions;
     const qsizetype count = m_context.owner.selectedCount();
     const bool many = count > 1;
     QString hint;
-    if (many)
-        hint = captions.text(Text::HintManyFiles).arg(count);
-    else if (count == 0)
+    if (count == 0)
         hint = captions.text(Text::HintNoFile);
-    else if (m_isTagTooLarge)
+    else if (!many && m_isTagTooLarge) // it is not saved at all
         hint = captions.errorText(ErrorCode::TagTooLarge);
+    else
+        hint = m_outlook->behind(selectionHint(captions, count, Text::HintManyFiles));
     m_hint->setText(m_save->isEnabled() ? hint : QString());
     m_save->setToolTip(many              ? captions.text(Text::TipSaveManyFiles).arg(count)
                        : m_isTagTooLarge ? captions.errorText(ErrorCode::TagTooLarge)
@@ -273,15 +290,35 @@ void SingleFilePage::showPage(const TagRecord &record)
     show(m_comment, record.Comment);
 }
 
+/// What a save would write into a file, as the page is now.
+OutlookReader::Prepare SingleFilePage::preparing() const
+{
+    return [page = page()](const QString &path, const TagStore &store) {
+        return store.readForSaving(path).map([&page](const TagRecord &present) {
+            TagRecord record = page;
+            record.HasV1 = present.HasV1;
+            record.HasV2 = present.HasV2;
+            record.HasPicture = present.HasPicture;
+            return record;
+        });
+    };
+}
+
 void SingleFilePage::save()
 {
     const QStringList paths = m_context.owner.selectedPaths();
+    if (paths.isEmpty()) { // what was typed stays
+        m_context.owner.showError(m_context.captions.text(Text::HintNoFile));
+        return;
+    }
     PageSave::Conversion convert;
     if (const ConversionChoice choice = m_conversion->choice(); choice.on)
         convert = [choice](const QString &text) { return applyConversion(ConversionKind::Case, choice, text); };
     PageSave pageSave(m_context.tagStore, page(), convert);
     BatchOutcome outcome;
+    m_outlook->stop();
     const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
+        m_outlook->waitForFile();
         outcome = runBatch(
             paths, m_context.state, progress, [&pageSave](const QString &path) { return pageSave.save(path); },
             TagWritingPolicy);

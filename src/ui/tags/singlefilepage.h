@@ -4,6 +4,7 @@
 #include "core/app/captiontable.h"
 #include "core/tags/mpeg/streamdetails.h"
 #include "core/tags/record/tagrecord.h"
+#include "core/tags/store/saveoutlook.h"
 #include "ui/controls/pagearea.h"
 #include "ui/controls/pagecontext.h"
 
@@ -18,6 +19,7 @@ namespace ravlin {
 class ConversionBox;
 class DigitsEdit;
 class ElidedLabel;
+class OutlookHint;
 class PlainLabel;
 class StreamPanel;
 class TagStore;
@@ -61,8 +63,10 @@ private:
     void step(qsizetype rows);
     void removeTag(Caption caption, Result<void> (TagStore::*remove)(const QString &));
     void listAgain();
+    void showHint();
 
     TagRecord page() const;
+    OutlookReader::Prepare preparing() const;
     void showPage(const TagRecord &record);
     void setSavingEnabled(bool enabled);
 
@@ -87,6 +91,7 @@ private:
     ConversionBox *m_conversion = nullptr; ///< op4_2, ccase_2
     ElidedLabel *m_fileName = nullptr;
     PlainLabel *m_hint = nullptr;
+    OutlookHint *m_outlook = nullptr;
     StreamPanel *m_streamPanel = nullptr;
 
     struct FieldLabel

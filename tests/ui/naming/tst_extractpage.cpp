@@ -69,6 +69,25 @@ private Q_SLOTS:
         QCOMPARE(pattern()->currentText(), u"a - "_s + placeholder);
     }
 
+    void theHintSaysWhatTheModeLosesOrDoesNotShow()
+    {
+        const auto *hint = control<QLabel>(m_page.get(), u"extractHint"_s);
+        const QString loses = u"ID3v1 cannot hold everything: "_s;
+        const QString letters = u"characters outside Latin-1 become similar letters or “???”"_s;
+        addFile(u"Кино - Ночь.mp3"_s);
+        m_state.tagSaveMode = 4;
+        pattern()->setEditText(u"%1 - %3"_s);
+        m_page->selectionChanged();
+        QTRY_COMPARE(hint->text(), loses + letters);
+        pattern()->setEditText(u"%1_%3"_s); // fits no name, so nothing is saved
+        QTRY_COMPARE(hint->text(), QString());
+        m_state.tagSaveMode = 1;
+        addFile(u"A - B.mp3"_s, {.title = u"x"_s});
+        pattern()->setEditText(u"%1 - %3"_s);
+        m_page->selectionChanged();
+        QTRY_COMPARE(hint->text(), u"goes into 2 files; ID3v1 is written; the list shows ID3v2"_s);
+    }
+
     void theLabelsNameTheirFieldsInTheUsersLanguage()
     {
         speak(u"spanish"_s);

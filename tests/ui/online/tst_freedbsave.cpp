@@ -65,6 +65,23 @@ private Q_SLOTS:
         QVERIFY(m_form->isVisible());
     }
 
+    void theStatusSaysWhatTheModeLosesOrDoesNotShow()
+    {
+        m_state.tagSaveMode = 4;
+        openFound(Harbour);
+        const QString letters = u"characters outside Latin-1 become similar letters or “???”"_s;
+        field(u"talbum"_s)->setText(u"夜"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(status().contains(u"\nID3v1 cannot hold everything: "_s + letters), PatientWait);
+        field(u"talbum"_s)->setText(u"Night"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(!status().contains(letters), PatientWait);
+        TagRecord before;
+        before.Title = u"old"_s;
+        tag(u"3.mp3"_s, before);
+        m_state.tagSaveMode = 1;
+        field(u"talbum"_s)->setText(u"Noche"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(status().endsWith(u"\nID3v1 is written; the list shows ID3v2"_s), PatientWait);
+    }
+
     void theRestOfTheTagAndTheAudioStay()
     {
         addTracks(disc(Harbour).marks);

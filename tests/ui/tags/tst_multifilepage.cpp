@@ -286,6 +286,36 @@ private Q_SLOTS:
         m_page->selectionChanged();
         QCOMPARE(hint->text(), QString());
     }
+
+    void theHintSaysWhatTheModeLosesOrDoesNotShow()
+    {
+        const auto *hint = control<QLabel>("multiHint");
+        const QString cut =
+            u"ID3v1 cannot hold everything: texts are cut after 30 letters (a comment beside a track: 28)"_s;
+        addFiles(2);
+        m_owner.rows << writeFile(m_folder->path(), u"3.mp3"_s, audio()); // with ID3v1 after the first save
+        m_state.tagSaveMode = 4;
+        tick("chmcomentarios");
+        setText("tmcomentarios", QString(29, u'x'));
+        QTRY_COMPARE(hint->text(), u"goes into 2 files; "_s + cut);
+        m_owner.click(2);
+        m_page->selectionChanged();
+        QTRY_COMPARE(hint->text(), QString()); // this one has no track
+        tick("chmpista");
+        QTRY_COMPARE(hint->text(), cut);
+        tick("chmpista", false);
+        tick("chmcomentarios", false);
+        QTRY_COMPARE(hint->text(), u"nothing is ticked"_s);
+        tick("chmcomentarios");
+        m_state.tagSaveMode = 1;
+        m_page->selectionChanged();
+        QTRY_COMPARE(hint->text(), QString());
+        m_owner.selectAll();
+        m_page->selectionChanged();
+        QTRY_COMPARE(hint->text(), u"goes into 3 files; ID3v1 is written; the list shows ID3v2"_s);
+        press("multiple");
+        QCOMPARE(hint->text(), u"goes into 3 files; ID3v1 is written; the list shows ID3v2"_s);
+    }
 };
 
 QTEST_MAIN(TestMultiFilePage)

@@ -216,6 +216,69 @@ private Q_SLOTS:
         QCOMPARE(m_owner.events, QStringList(u"ask remove id3v1 tag?"_s));
     }
 
+    void theHintSaysWhatTheModeLosesOrDoesNotShow()
+    {
+        addFile(u"1.mp3"_s, tagged(u"one"_s) + id3v1({.title = "one"}));
+        addFile(u"2.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"two"_s) + pictureFrame(3, 2000)) + audio());
+        addFile(u"3.mp3"_s, audio() + id3v1({.title = "three"}));
+        const QString notShown = u"ID3v1 is written; the list shows ID3v2"_s;
+        const QString loses = u"ID3v1 cannot hold everything: "_s;
+        const QString pictures = u"pictures are lost"_s;
+        m_state.tagSaveMode = 1;
+        clickRow(0);
+        QTRY_COMPARE(label("saveHint"), notShown);
+        clickRow(2);
+        QTRY_COMPARE(label("saveHint"), QString());
+        m_owner.selectAll();
+        m_page->selectionChanged();
+        QTRY_COMPARE(label("saveHint"), u"goes into 3 files; "_s + notShown);
+        m_owner.selected.clear();
+        m_page->selectionChanged();
+        QCOMPARE(label("saveHint"), u"no file is selected"_s);
+
+        m_state.tagSaveMode = 4;
+        clickRow(0);
+        QTRY_COMPARE(label("saveHint"), QString());
+        setText("Ttitulo", u"夜"_s);
+        QTRY_COMPARE(label("saveHint"), loses + u"characters outside Latin-1 become similar letters or “???”"_s);
+        setText("Ttitulo", QString(31, u'x'));
+        QTRY_COMPARE(label("saveHint"), loses + u"texts are cut after 30 letters (a comment beside a track: 28)"_s);
+        setText("Ttitulo", u"x"_s);
+        QTRY_COMPARE(label("saveHint"), QString());
+        clickRow(1);
+        QTRY_COMPARE(label("saveHint"), loses + pictures);
+        m_owner.selectAll();
+        m_page->selectionChanged();
+        QTRY_COMPARE(label("saveHint"), u"goes into 3 files; "_s + loses + pictures);
+        press("edita");
+        QTRY_COMPARE(label("saveHint"), u"goes into 3 files"_s); // gone with the tags
+
+        for (const int mode : {2, 3, 5}) {
+            m_state.tagSaveMode = mode;
+            setText("Ttitulo", QString(31, u'夜'));
+            m_page->selectionChanged();
+            QTest::qWait(300);
+            QCOMPARE(label("saveHint"), u"goes into 3 files"_s);
+        }
+    }
+
+    void withNothingSelectedThePageSaysSoAndWhatWasTypedStays()
+    {
+        const QByteArray content = tagged(u"old"_s);
+        addFile(u"a.mp3"_s, content);
+        clickRow(0);
+        setText("Ttitulo", u"typed"_s);
+        m_owner.selected.clear();
+        m_page->selectionChanged();
+        press("edita");
+        QCOMPARE(m_owner.events, QStringList(u"error no file is selected"_s));
+        QCOMPARE(text("Ttitulo"), u"typed"_s);
+        QCOMPARE(readFile(m_owner.rows.at(0)), content);
+        m_owner.selected = {0};
+        press("edita");
+        QCOMPARE(read(m_owner.rows.at(0)).Title, u"typed"_s);
+    }
+
     void thePageTellsHowManyFilesASaveWrites()
     {
         addFile(u"1.mp3"_s);

@@ -16,12 +16,12 @@ struct Slot
     qsizetype size;
 };
 
-constexpr Slot Title{3, 30};
-constexpr Slot Artist{33, 30};
-constexpr Slot Album{63, 30};
+constexpr Slot Title{3, V1TextSize};
+constexpr Slot Artist{33, V1TextSize};
+constexpr Slot Album{63, V1TextSize};
 constexpr Slot Year{93, 4};
-constexpr Slot Comment{97, 30};
-constexpr Slot CommentBeforeTrack{97, 28};
+constexpr Slot Comment{97, V1TextSize};
+constexpr Slot CommentBeforeTrack{97, V1CommentBeforeTrackSize};
 constexpr qsizetype TrackMark = 125; ///< zero when the next byte is a track number
 constexpr qsizetype Track = 126;
 constexpr qsizetype Genre = 127;

@@ -13,6 +13,8 @@
 namespace ravlin::id3 {
 
 inline constexpr qint64 V1Size = 128;
+inline constexpr qsizetype V1TextSize = 30;               ///< bytes of title, artist, album and comment
+inline constexpr qsizetype V1CommentBeforeTrackSize = 28; ///< of a comment with a track behind it
 
 /// The seven fields of the tag as the program has them.
 struct V1Fields

@@ -23,8 +23,9 @@ struct TagRecord
     /// The name from the genre table, or the free text of the ID3v2 content type if that names no genre of the table.
     /// Only names that GenreNameToNumber knows are written.
     QString Genre;
-    bool HasV1 = false; ///< the file has an ID3v1 tag; a write ignores it
-    bool HasV2 = false; ///< the file has an ID3v2 tag; a write ignores it
+    bool HasV1 = false;      ///< the file has an ID3v1 tag; a write ignores it
+    bool HasV2 = false;      ///< the file has an ID3v2 tag; a write ignores it
+    bool HasPicture = false; ///< the ID3v2 tag has a picture; a write ignores it
 
     friend bool operator==(const TagRecord &, const TagRecord &) = default;
 };

@@ -88,6 +88,7 @@ Result<void> takeRecord(const TagObject &object, const QString &path, TagRecord 
 {
     record.HasV1 = object.HasV1Tag();
     record.HasV2 = object.HasV2Tag();
+    record.HasPicture = object.hasPicture();
     record.Artist = object.Artist();
     record.Album = object.Album();
     record.Year = object.Year();

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/controls/outlookhint.h"
+
+#include "core/app/idiomas.h"
+
+#include <utility>
+
+namespace ravlin {
+
+namespace {
+
+constexpr std::chrono::milliseconds Delay(150);
+
+} // namespace
+
+OutlookHint::OutlookHint(const PageContext &context, std::function<Save()> asked, QObject *parent)
+    : QObject(parent), m_context(context), m_asked(std::move(asked)), m_reader(context.fileSystem)
+{
+    m_delay.setSingleShot(true);
+    m_delay.setInterval(Delay);
+    connect(&m_delay, &QTimer::timeout, this, &OutlookHint::look);
+    connect(&m_reader, &OutlookReader::ready, this, &OutlookHint::take);
+}
+
+void OutlookHint::refresh()
+{
+    if (mayHaveOutlook(m_context.state.tagSaveMode)) {
+        m_delay.start();
+    } else {
+        stop();
+        take({});
+    }
+}
+
+void OutlookHint::stop()
+{
+    m_delay.stop();
+    m_reader.cancel();
+}
+
+void OutlookHint::look()
+{
+    const Save save = m_asked();
+    m_reader.request(m_context.state, save.paths, save.prepare);
+}
+
+void OutlookHint::take(const SaveOutlook &outlook)
+{
+    if (std::exchange(m_outlook, outlook) != outlook)
+        Q_EMIT changed();
+}
+
+QString OutlookHint::behind(const QString &hint) const
+{
+    const QString text = outlookText(m_context.captions, m_outlook);
+    return hint.isEmpty() || text.isEmpty() ? hint + text : hint + QStringLiteral("; ") + text;
+}
+
+} // namespace ravlin

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/tags/store/saveoutlook.h"
+#include "ui/controls/pagecontext.h"
+
+#include <QTimer>
+
+#include <functional>
+
+namespace ravlin {
+
+/// What a page's hint says of the coming save beside the number of its files (see SaveOutlook). It is found out in the
+/// background, a moment after the last change.
+class OutlookHint : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// What the page's button would save if it were pressed now.
+    struct Save
+    {
+        QStringList paths;
+        OutlookReader::Prepare prepare;
+    };
+
+    OutlookHint(const PageContext &context, std::function<Save()> asked, QObject *parent);
+
+    /// Something was typed, ticked or selected, or the tag-save mode is another.
+    void refresh();
+    /// Before files are written. Call refresh() afterwards.
+    void stop();
+    /// After stop(), on the thread that writes: some file systems of Windows don't replace a file that is being read.
+    void waitForFile() { m_reader.waitForFile(); }
+
+    /// The hint followed by what there is to tell.
+    QString behind(const QString &hint) const;
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    void look();
+    void take(const SaveOutlook &outlook);
+
+    PageContext m_context;
+    std::function<Save()> m_asked;
+    SaveOutlook m_outlook;
+    QTimer m_delay;
+    OutlookReader m_reader;
+};
+
+} // namespace ravlin
