@@ -167,6 +167,9 @@ int runInfo(const Arguments &arguments, Console &console)
         writer.write(recordOf(path, outcome, properties));
         if (!properties.errorText().isEmpty())
             console.fail(path, firstLine(properties.errorText()));
+        else if (properties.isDamaged() && format != Format::Json) // programs have the code
+            console.warn(path + (properties.isCutOff() ? u": the audio is cut off"_s : u": the audio is damaged"_s) +
+                         u"; the values hold for what there is"_s);
     }
     writer.finish();
     return console.status();
@@ -200,8 +203,8 @@ Command infoCommand()
         u"Walks through each file's audio and tells its MPEG version, channel mode, bit rate (kbit/s), sampling "
         u"frequency\n"
         "(Hz), playing time (ms), samples (all, and those played when the encoder's delay and padding are left\n"
-        "out), frames, and whether the bit rate varies. Code 0 is success; -8 a damaged stream, whose values hold\n"
-        "for what there is; with any other the values are missing and the error tells why.",
+        "out), frames, and whether the bit rate varies. Code 0 is success; -8 a cut or damaged stream, whose\n"
+        "values hold for what there is; with any other the values are missing and the error tells why.",
         u"FILE", true, {JsonOption}, runInfo};
 }
 

@@ -22,6 +22,12 @@ class InfoTest(CliTest):
         path = self.make("a.mp3", FRAME * 20 + FRAME[:100])
         info = self.json("info", "--json", path)[0]
         self.assertEqual((info["code"], info["frames"], info["error"]), (-8, 20, ""))
+        hole = self.make("b.mp3", FRAME * 20 + bytes([1]) * 1000 + FRAME * 20)
+        for name, told in ((path, b"the audio is cut off"), (hole, b"the audio is damaged")):
+            done = self.run_cli("info", name)
+            self.assertEqual((done.returncode, done.stderr),
+                             (0, b"ravlin-cli: " + name + b": " + told + b"; the values hold for what there is\n"))
+        self.assertEqual(self.run_cli("info", self.make("c.mp3", FRAME * 20)).stderr, b"")
 
     def test_failures_have_an_entry_and_a_message(self):
         path, silent = self.make("a.mp3"), self.make(b"\xff.mp3", b"nothing to hear")

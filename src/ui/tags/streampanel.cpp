@@ -2,7 +2,6 @@
 #include "ui/tags/streampanel.h"
 
 #include "core/app/idiomas.h"
-#include "core/tags/mpeg/streamdetails.h"
 #include "ui/controls/plain/plainlabel.h"
 
 #include <QGridLayout>
@@ -32,6 +31,17 @@ StreamPanel::StreamPanel(QWidget *parent) : QWidget(parent)
         layout->addWidget(line.caption, row, 0);
         layout->addWidget(line.value, row, 1);
     }
+    m_faultLine = new PlainLabel(this);
+    m_faultLine->setObjectName(QStringLiteral("fault"));
+    m_faultLine->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    QFont bold = m_faultLine->font();
+    bold.setBold(true);
+    m_faultLine->setFont(bold);
+    QSizePolicy always = m_faultLine->sizePolicy(); // so that the page does not jump
+    always.setRetainSizeWhenHidden(true);
+    m_faultLine->setSizePolicy(always);
+    layout->addWidget(m_faultLine, static_cast<int>(m_lines.size()), 0, 1, 2);
+    showFault();
 }
 
 void StreamPanel::applyCaptions(const Captions &captions)
@@ -41,6 +51,8 @@ void StreamPanel::applyCaptions(const Captions &captions)
         m_lines[i].caption->setText(caption);
         m_lines[i].value->setAccessibleDescription(caption);
     }
+    m_captions = &captions;
+    showFault();
 }
 
 void StreamPanel::show(const StreamDetails &details)
@@ -51,6 +63,18 @@ void StreamPanel::show(const StreamDetails &details)
         m_lines[i].value->setToolTip(details.problem);
     }
     m_lines[1].value->setToolTip(details.problem.isEmpty() ? details.clockTime : details.problem);
+    m_fault = details.fault;
+    showFault();
+}
+
+void StreamPanel::showFault()
+{
+    const bool isFaulty = m_fault != StreamFault::None && m_captions != nullptr;
+    m_faultLine->setVisible(isFaulty);
+    if (!isFaulty)
+        return;
+    m_faultLine->setText(m_captions->text(m_fault == StreamFault::CutOff ? Text::StreamCutOff : Text::StreamDamaged));
+    m_faultLine->setToolTip(m_captions->text(Text::TipStreamDamaged));
 }
 
 void StreamPanel::clear()

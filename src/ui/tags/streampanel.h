@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/tags/mpeg/streamdetails.h"
+
 #include <QWidget>
 
 #include <array>
@@ -10,9 +12,7 @@ namespace ravlin {
 class Captions;
 class PlainLabel;
 
-struct StreamDetails;
-
-/// Four lines about a file's audio: bit rate, length, frequency and size.
+/// Four lines about a file's audio: bit rate, length, frequency and size. A fifth one only if it is damaged.
 class StreamPanel : public QWidget
 {
     Q_OBJECT
@@ -31,7 +31,12 @@ private:
         PlainLabel *value;
     };
 
+    void showFault();
+
+    const Captions *m_captions = nullptr; ///< since the first applyCaptions()
     std::array<Line, 4> m_lines{};
+    PlainLabel *m_faultLine = nullptr;
+    StreamFault m_fault = StreamFault::None;
 };
 
 } // namespace ravlin

@@ -95,6 +95,36 @@ private Q_SLOTS:
         QCOMPARE(label("size"), u"%1 bytes"_s.arg(content.size()));
     }
 
+    void aCutStreamIsToldInTheLanguageOfTheWindow()
+    {
+        addFile(u"sound.mp3"_s, audio(20));
+        addFile(u"cut.mp3"_s, audio(20).chopped(100));
+        addFile(u"hole.mp3"_s, audio(20) + QByteArray(1000, '\1') + audio(20));
+        m_page->resize(900, 300);
+        m_page->show();
+        const auto *fault = control<QLabel>("fault");
+        clickRow(0);
+        QTRY_COMPARE(label("mode"), u"128 kbps"_s);
+        QVERIFY(!fault->isVisible());
+        const int height = m_page->sizeHint().height();
+        clickRow(1);
+        QTRY_VERIFY(fault->isVisible());
+        QCOMPARE(fault->text(), u"the audio is cut off"_s);
+        QCOMPARE(fault->toolTip(), u"the values hold for what there is"_s);
+        QCOMPARE(label("mode"), u"128 kbps"_s);
+        QCOMPARE(m_page->sizeHint().height(), height);
+        for (const auto &[language, text] :
+            {std::pair(u"spanish"_s, u"el audio está cortado"_s), std::pair(u"french"_s, u"l'audio est coupé"_s)}) {
+            speak(language);
+            m_page->applyCaptions();
+            QCOMPARE(fault->text(), text);
+        }
+        clickRow(2);
+        QTRY_COMPARE(fault->text(), u"l'audio est endommagé"_s);
+        m_page->reset();
+        QVERIFY(!fault->isVisible());
+    }
+
     void aSlowStreamComesLaterAndNeverBesideAnotherFilesTag()
     {
         GatedFileSystem fileSystem;

@@ -52,7 +52,7 @@ inline constexpr qsizetype WindowSize = 128 * 1024;
 /// - A frame cut off by the end is not counted (mpg123), though FFmpeg decodes the part. If tags follow, mpg123 takes
 ///   them for the rest of the frame; here it stays cut off.
 /// - An info frame behind unknown data is not audio (mpg123), and neither is a VBRI frame (FFmpeg). A second info
-///   frame, in joined files, is audio (both).
+///   frame, in joined files, is audio (both); see docs/decisions/0023-second-info-frame.md.
 /// - A frame followed by something other than a frame is audio (mpg123); FFmpeg leaves out one or two there.
 ///
 /// buffer: memory for reading, kept by the caller so that many files share it. Fails only if reading does. A source

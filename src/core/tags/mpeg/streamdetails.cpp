@@ -27,6 +27,8 @@ StreamDetails streamDetails(const clsXAnalyzer &analyzer, bool found, qint64 byt
     details.bitRate = QStringLiteral("%1 kbps").arg(analyzer.bitRate());
     details.frequency = QStringLiteral("%1 hz").arg(analyzer.frequency());
     details.length = QString::number(analyzer.length(), 'f', QLocale::FloatingPointShortest) + QStringLiteral(" s");
+    if (analyzer.isDamaged())
+        details.fault = analyzer.isCutOff() ? StreamFault::CutOff : StreamFault::Damaged;
     details.clockTime = clsXAnalyzer::FormatTime(qRound64(analyzer.length() * 1000));
     return details;
 }

@@ -13,6 +13,14 @@ namespace ravlin {
 
 class clsXAnalyzer;
 
+/// What is wrong with a stream that was found.
+enum class StreamFault
+{
+    None,
+    CutOff, ///< the last frame is cut off
+    Damaged ///< frames are missing between others
+};
+
 /// The texts of the labels about a file's audio. Empty: not known.
 struct StreamDetails
 {
@@ -22,6 +30,7 @@ struct StreamDetails
     QString size;      ///< of the file: "5242880 bytes"
     QString clockTime; ///< the length as "03:35.3"
     QString problem;   ///< why there is no bit rate, length and frequency, in English; empty otherwise
+    StreamFault fault = StreamFault::None; ///< the texts then hold for what there is
 
     friend bool operator==(const StreamDetails &, const StreamDetails &) = default;
 };

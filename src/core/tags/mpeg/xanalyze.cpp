@@ -121,7 +121,7 @@ XAnalyzeRecord XAnalyzer::Outcome::record() const
     record.frames = saturated(stream.frames);
     record.milliseconds = saturated(stream.milliseconds);
     record.flags = (stream.hasChecksum ? XAnalyzeHasChecksum : 0U) | (stream.hasInfoFrame ? XAnalyzeHasInfoFrame : 0U) |
-                   (stream.isVariable ? XAnalyzeVariable : 0U);
+                   (stream.isVariable ? XAnalyzeVariable : 0U) | (stream.isTruncated ? XAnalyzeCutOff : 0U);
     return record;
 }
 
@@ -197,6 +197,8 @@ void clsXAnalyzer::take(qint32 code, const XAnalyzeRecord &record, const QString
     m_frames = record.frames;
     m_length = record.milliseconds / 1000.0;
     m_isVariable = (record.flags & XAnalyzeVariable) == XAnalyzeVariable;
+    m_isDamaged = code == XAnalyzeDamaged;
+    m_isCutOff = m_isDamaged && (record.flags & XAnalyzeCutOff) != 0;
 }
 
 QString clsXAnalyzer::FormatTime(qint64 milliseconds)

@@ -32,6 +32,7 @@ enum XAnalyzeFlag : quint32
     XAnalyzeHasChecksum = 1,  ///< frames are protected by a CRC
     XAnalyzeHasInfoFrame = 2, ///< a Xing, Info or VBRI frame describes the stream
     XAnalyzeVariable = 4,     ///< the frames have different bit rates
+    XAnalyzeCutOff = 8,       ///< the last frame is cut off
 };
 
 /// The result in numbers. After a code other than 0 and -8 only the fields whose description mentions it are filled;
@@ -103,6 +104,8 @@ public:
     qint32 frames() const { return m_frames; }       ///< audio frames of the stream
     double length() const { return m_length; }       ///< playing time in seconds
     bool isVariable() const { return m_isVariable; } ///< variable bit rate
+    bool isDamaged() const { return m_isDamaged; }   ///< the code was -8
+    bool isCutOff() const { return m_isCutOff; }     ///< damaged in that the last frame is cut off
     /// Why the last analysis failed, in English; empty after a success.
     QString errorText() const { return m_errorText; }
 
@@ -121,6 +124,8 @@ private:
     qint32 m_frames = 0;
     double m_length = 0.0;
     bool m_isVariable = false;
+    bool m_isDamaged = false;
+    bool m_isCutOff = false;
     QString m_errorText;
 };
 

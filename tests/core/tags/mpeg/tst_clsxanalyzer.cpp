@@ -97,6 +97,10 @@ void TestClsXAnalyzer::flagIsTheBitWithValue4()
         record.flags = flags;
         analyzer.take(0, record, {});
         QCOMPARE(analyzer.isVariable(), flags == 4 || flags == 7);
+        QVERIFY(!analyzer.isCutOff());
+        analyzer.take(XAnalyzeDamaged, record, {});
+        QVERIFY(analyzer.isDamaged());
+        QCOMPARE(analyzer.isCutOff(), flags >= 8);
     }
 }
 

@@ -71,6 +71,20 @@ private Q_SLOTS:
         QCOMPARE(details.size, u"%1 bytes"_s.arg(content.size()));
     }
 
+    void aFaultIsToldBesideTheValues()
+    {
+        const auto details = [this](const QByteArray &content) {
+            return readStreamDetails(file(u"a.mp3"_s, content), platform::FileSystem::native());
+        };
+        QCOMPARE(details(audio(20)).fault, StreamFault::None);
+        QCOMPARE(details("no audio").fault, StreamFault::None);
+        const StreamDetails cut = details(audio(20).chopped(1));
+        QCOMPARE(cut.fault, StreamFault::CutOff);
+        QCOMPARE(cut.length, u"0.496 s"_s); // 19 frames
+        QCOMPARE(details(audio(20) + QByteArray(1000, '\1') + audio(20)).fault, StreamFault::Damaged);
+        QCOMPARE(details(audio(20) + QByteArray(1000, '\1') + audio(20).chopped(1)).fault, StreamFault::CutOff);
+    }
+
     void aFileWithoutAudioHasASizeAndAProblem()
     {
         const StreamDetails details =
