@@ -3,6 +3,9 @@
 
 #include "core/app/idiomas.h"
 
+#include <QEvent>
+#include <QWidget>
+
 #include <utility>
 
 namespace ravlin {
@@ -13,9 +16,10 @@ constexpr std::chrono::milliseconds Delay(150);
 
 } // namespace
 
-OutlookHint::OutlookHint(const PageContext &context, std::function<Save()> asked, QObject *parent)
-    : QObject(parent), m_context(context), m_asked(std::move(asked)), m_reader(context.fileSystem)
+OutlookHint::OutlookHint(const PageContext &context, std::function<Save()> asked, QWidget *page)
+    : QObject(page), m_context(context), m_asked(std::move(asked)), m_page(page), m_reader(context.fileSystem)
 {
+    page->installEventFilter(this);
     m_delay.setSingleShot(true);
     m_delay.setInterval(Delay);
     connect(&m_delay, &QTimer::timeout, this, &OutlookHint::look);
@@ -38,8 +42,17 @@ void OutlookHint::stop()
     m_reader.cancel();
 }
 
+bool OutlookHint::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Show)
+        refresh();
+    return QObject::eventFilter(watched, event);
+}
+
 void OutlookHint::look()
 {
+    if (!m_page->isVisible())
+        return;
     const Save save = m_asked();
     m_reader.request(m_context.state, save.paths, save.prepare);
 }

@@ -8,10 +8,12 @@
 
 #include <functional>
 
+class QWidget;
+
 namespace ravlin {
 
 /// What a page's hint says of the coming save beside the number of its files (see SaveOutlook). It is found out in the
-/// background, a moment after the last change.
+/// background, a moment after the last change, while the page can be seen.
 class OutlookHint : public QObject
 {
     Q_OBJECT
@@ -24,7 +26,8 @@ public:
         OutlookReader::Prepare prepare;
     };
 
-    OutlookHint(const PageContext &context, std::function<Save()> asked, QObject *parent);
+    /// Owned by the page.
+    OutlookHint(const PageContext &context, std::function<Save()> asked, QWidget *page);
 
     /// Something was typed, ticked or selected, or the tag-save mode is another.
     void refresh();
@@ -36,6 +39,8 @@ public:
     /// The hint followed by what there is to tell.
     QString behind(const QString &hint) const;
 
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 Q_SIGNALS:
     void changed();
 
@@ -45,6 +50,7 @@ private:
 
     PageContext m_context;
     std::function<Save()> m_asked;
+    QWidget *m_page;
     SaveOutlook m_outlook;
     QTimer m_delay;
     OutlookReader m_reader;

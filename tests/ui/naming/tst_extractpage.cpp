@@ -78,6 +78,9 @@ private Q_SLOTS:
         m_state.tagSaveMode = 4;
         pattern()->setEditText(u"%1 - %3"_s);
         m_page->selectionChanged();
+        QTest::qWait(300);
+        QCOMPARE(hint->text(), QString()); // nobody sees the page
+        m_page->show();
         QTRY_COMPARE(hint->text(), loses + letters);
         pattern()->setEditText(u"%1_%3"_s); // fits no name, so nothing is saved
         QTRY_COMPARE(hint->text(), QString());

@@ -296,6 +296,7 @@ private Q_SLOTS:
         m_owner.rows << writeFile(m_folder->path(), u"3.mp3"_s, audio()); // with ID3v1 after the first save
         m_state.tagSaveMode = 4;
         tick("chmcomentarios");
+        m_page->show();
         setText("tmcomentarios", QString(29, u'x'));
         QTRY_COMPARE(hint->text(), u"goes into 2 files; "_s + cut);
         m_owner.click(2);

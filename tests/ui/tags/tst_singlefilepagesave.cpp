@@ -225,6 +225,7 @@ private Q_SLOTS:
         const QString loses = u"ID3v1 cannot hold everything: "_s;
         const QString pictures = u"pictures are lost"_s;
         m_state.tagSaveMode = 1;
+        m_page->show();
         clickRow(0);
         QTRY_COMPARE(label("saveHint"), notShown);
         clickRow(2);

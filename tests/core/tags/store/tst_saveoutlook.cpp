@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a save will lose or not show is told beforehand: for each mode, exactly what ID3v1 then holds less; of many files
-// in the background, the last request alone.
+// What a save will lose or not show is told beforehand: for each mode, exactly what ID3v1 then holds less; of many
+// files in the background, the last request alone.
 
 #include "core/app/idiomas.h"
 #include "core/tags/store/saveoutlook.h"
@@ -55,7 +55,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("track");
         QTest::addColumn<SaveOutlook>("outlook");
         const auto row = [](const char *name, const QString &title, const QString &comment, const QString &track,
-                             const SaveOutlook &outlook) { QTest::newRow(name) << title << comment << track << outlook; };
+                             const SaveOutlook &outlook) {
+            QTest::newRow(name) << title << comment << track << outlook;
+        };
         const QString letters(30, u'ñ');
         row("empty", {}, {}, {}, Nothing);
         row("Latin-1", u"Año © 50"_s, {}, {}, Nothing);
@@ -94,9 +96,7 @@ private Q_SLOTS:
         QVERIFY(store.SaveTag(path, record));
         TagRecord after;
         QVERIFY(store.ReadTag(path, after));
-        const auto plain = [](const QString &text) {
-            return text.normalized(QString::NormalizationForm_C).trimmed();
-        };
+        const auto plain = [](const QString &text) { return text.normalized(QString::NormalizationForm_C).trimmed(); };
         const bool isSame = after.Title == plain(title) && after.Comment == plain(comment);
         QCOMPARE(isSame, outlook == Nothing);
     }
