@@ -106,9 +106,9 @@ class TagTest(CliTest):
         return result.stderr[len(prefix):].decode().rstrip("\n")
 
     def test_mode_4_tells_what_id3v1_cannot_hold(self):
-        characters = "characters outside Latin-1 become similar letters or “???”"
-        cut = "texts are cut after 30 letters (a comment beside a track: 28)"
-        pictures = "pictures are lost"
+        characters = "characters outside Latin-1 (“???” or similar letters)"
+        cut = "letters beyond 30 (28 in a comment beside a track)"
+        pictures = "pictures"
         picture = id3v2(TIT2="Title", APIC="image/png\0\3cover\0xxxx")
         for content, given, losses in (
                 (mp3(), ("--title", "夜"), [characters]), (mp3(), ("--artist", "Dvořák"), [characters]),
@@ -117,7 +117,7 @@ class TagTest(CliTest):
                 (mp3(), ("--comment", "x" * 28, "--track", "1"), []), (mp3(), ("--title", "Año, 50 ©"), []),
                 (mp3(picture), ("--title", "x"), [pictures]),
                 (mp3(id3v2(TIT2="夜" * 40, APIC="image/png\0\3cover\0xxxx")), ("--artist", "x"), [characters, cut, pictures])):
-            expected = "ID3v1 cannot hold everything: " + ", ".join(losses) if losses else ""
+            expected = "lost in ID3v1: " + ", ".join(losses) if losses else ""
             for mode in (1, 2, 3, 5):
                 self.succeed("tag", "--mode", str(mode), *given, self.make("b.mp3", content))
             path = self.make("a.mp3", content)
@@ -131,7 +131,7 @@ class TagTest(CliTest):
         path = self.make("夜.mp3", mp3(picture))
         for options in (["--dry-run"], []):
             self.assertEqual(self.warning("extract", "--mode=4", *options, "--pattern=%3", path),
-                             f"ID3v1 cannot hold everything: {characters}, {pictures}")
+                             f"lost in ID3v1: {characters}, {pictures}")
 
     def settings(self, tags):
         file = self.config / "ravlin" / "ravlin.ini"

@@ -41,13 +41,6 @@ ExtractPage::ExtractPage(const PageContext &context, QWidget *parent)
     m_extract->setObjectName(QStringLiteral("extrae"));
     m_patternLabel->setBuddy(m_pattern);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_hint->setWordWrap(true);
-    m_outlook = new OutlookHint(
-        m_context,
-        [this] {
-            return OutlookHint::Save{m_context.owner.selectedPaths(), preparing()};
-        },
-        this);
     setContent(createContent());
     connectControls();
     applyIcons();
@@ -80,6 +73,12 @@ void ExtractPage::connectControls()
     connect(m_placeholders, &PlaceholderBox::clicked, m_pattern, &PatternBox::append);
     connect(m_extract, &QPushButton::clicked, this, &ExtractPage::run);
     connect(m_preview, &QPushButton::clicked, this, &ExtractPage::showPreview);
+    m_outlook = new OutlookHint(
+        m_context,
+        [this] {
+            return OutlookHint::Save{m_context.owner.selectedPaths(), preparing()};
+        },
+        this);
     connect(m_pattern, &QComboBox::editTextChanged, m_outlook, &OutlookHint::refresh);
     connect(m_outlook, &OutlookHint::changed, this, &ExtractPage::showHint);
 }

@@ -64,16 +64,6 @@ void MultiFilePage::createControls()
     m_genre->addItems(genreListEntries());
     guardAgainstWheel(m_genre);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_hint->setWordWrap(true);
-    m_outlook = new OutlookHint(
-        m_context,
-        [this] {
-            const auto edit = std::make_shared<MultiEdit>(page());
-            const auto prepare = [edit](
-                                     const QString &path, const TagStore &store) { return edit->prepare(path, store); };
-            return OutlookHint::Save{m_save->isEnabled() ? m_context.owner.selectedPaths() : QStringList(), prepare};
-        },
-        this);
 
     m_fields = {{{Caption::Artist, m_setsArtist, m_artist}, {Caption::Year, m_setsYear, m_year},
         {Caption::Album, m_setsAlbum, m_album}, {Caption::Genre, m_setsGenre, m_genre},
@@ -132,6 +122,15 @@ void MultiFilePage::connectControls()
             m_firstTrack->setFocus(Qt::TabFocusReason);
     });
     connect(m_save, &QPushButton::clicked, this, &MultiFilePage::run);
+    m_outlook = new OutlookHint(
+        m_context,
+        [this] {
+            const auto edit = std::make_shared<MultiEdit>(page());
+            const auto prepare = [edit](
+                                     const QString &path, const TagStore &store) { return edit->prepare(path, store); };
+            return OutlookHint::Save{m_save->isEnabled() ? m_context.owner.selectedPaths() : QStringList(), prepare};
+        },
+        this);
     for (const QLineEdit *edit : {m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_firstTrack)})
         connect(edit, &QLineEdit::textChanged, m_outlook, &OutlookHint::refresh);
     connect(m_outlook, &OutlookHint::changed, this, &MultiFilePage::showHint);

@@ -67,13 +67,6 @@ void SingleFilePage::createControls()
     bold.setBold(true);
     m_fileName->setFont(bold);
     m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_hint->setWordWrap(true);
-    m_outlook = new OutlookHint(
-        m_context,
-        [this] {
-            return OutlookHint::Save{m_context.owner.selectedPaths(), preparing()};
-        },
-        this);
 
     m_fields = {{{Caption::Title, new PlainLabel(this), m_title}, {Caption::Track, new PlainLabel(this), m_track},
         {Caption::Artist, new PlainLabel(this), m_artist}, {Caption::Year, new PlainLabel(this), m_year},
@@ -148,6 +141,12 @@ void SingleFilePage::connectControls()
     connect(m_removeV1, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV1, &TagStore::RemoveV1); });
     connect(m_removeV2, &QPushButton::clicked, this, [this] { removeTag(Caption::RemoveV2, &TagStore::RemoveV2); });
     connect(&m_streamReader, &StreamDetailsReader::ready, m_streamPanel, &StreamPanel::show);
+    m_outlook = new OutlookHint(
+        m_context,
+        [this] {
+            return OutlookHint::Save{m_context.owner.selectedPaths(), preparing()};
+        },
+        this);
     for (const QLineEdit *edit : {m_title, m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_track)})
         connect(edit, &QLineEdit::textChanged, m_outlook, &OutlookHint::refresh);
     connect(m_outlook, &OutlookHint::changed, this, &SingleFilePage::showHint);

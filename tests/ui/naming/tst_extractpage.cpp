@@ -72,8 +72,8 @@ private Q_SLOTS:
     void theHintSaysWhatTheModeLosesOrDoesNotShow()
     {
         const auto *hint = control<QLabel>(m_page.get(), u"extractHint"_s);
-        const QString loses = u"ID3v1 cannot hold everything: "_s;
-        const QString letters = u"characters outside Latin-1 become similar letters or “???”"_s;
+        const QString loses = u"lost in ID3v1: "_s;
+        const QString letters = u"characters outside Latin-1 (“???” or similar letters)"_s;
         addFile(u"Кино - Ночь.mp3"_s);
         m_state.tagSaveMode = 4;
         pattern()->setEditText(u"%1 - %3"_s);

@@ -290,8 +290,7 @@ private Q_SLOTS:
     void theHintSaysWhatTheModeLosesOrDoesNotShow()
     {
         const auto *hint = control<QLabel>("multiHint");
-        const QString cut =
-            u"ID3v1 cannot hold everything: texts are cut after 30 letters (a comment beside a track: 28)"_s;
+        const QString cut = u"lost in ID3v1: letters beyond 30 (28 in a comment beside a track)"_s;
         addFiles(2);
         m_owner.rows << writeFile(m_folder->path(), u"3.mp3"_s, audio()); // with ID3v1 after the first save
         m_state.tagSaveMode = 4;
