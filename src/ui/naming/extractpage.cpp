@@ -148,9 +148,9 @@ void ExtractPage::run()
     if (outcome.rows.hasError(ErrorCode::LowSpace))
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();
-    selectionChanged();
     Q_EMIT finished();
     const auto written = std::ranges::count(outcome.isWritten, true);
+    m_outlook->stop(); // the outcome stays until something changes
     m_hint->setText(m_context.captions.text(Text::HintExtracted).arg(written).arg(paths.size() - written));
     tellRefused(m_context.captions, paths, outcome.rows, window());
 }
