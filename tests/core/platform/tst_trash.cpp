@@ -13,6 +13,8 @@
 
 #include <sys/stat.h>
 
+#include <thread>
+
 using namespace ravlin;
 using namespace ravlin::platform;
 using namespace ravlin::test;
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void aReadOnlyDriveIsSaidToBe();
     void whatCanNotBeMovedLeavesNoEmptyTrash();
     void anExchangedFolderIsNotFollowed();
+    void anEmptyTrashThatIsTakenAwayMeanwhileIsMadeAnew();
 
 private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
@@ -318,6 +321,27 @@ void TestTrash::anExchangedFolderIsNotFollowed()
     QCOMPARE(moveToTrash(Place{*held, u"a.mp3"_s}).error().code, ErrorCode::ChangedMeanwhile);
     QCOMPARE(readFile(in(u"private/a.mp3"_s)), QByteArray("precious"));
     QCOMPARE(readFile(in(u"aside/a.mp3"_s)), QByteArray("mine"));
+}
+
+void TestTrash::anEmptyTrashThatIsTakenAwayMeanwhileIsMadeAnew()
+{
+    const MountedDrive drive(in(u"drive"_s), "1m");
+    if (!drive.isMounted())
+        QSKIP("mounting a drive is not permitted");
+    const MountedDrive inner(in(u"drive/inner"_s), "1m"); // a mounted folder can't be renamed
+    const std::jthread other([this](const std::stop_token &stop) {
+        while (!stop.stop_requested())
+            static_cast<void>(moveToTrash(in(u"drive/inner"_s))); // makes the trash and takes it away again
+    });
+    writeFile(in(u"drive/a.mp3"_s), "audio");
+    for (int i = 0; i < 2000; ++i) {
+        const auto item = moveToTrash(in(u"drive/a.mp3"_s));
+        QVERIFY2(item.has_value(), qPrintable(item ? QString() : item.error().detail));
+        QVERIFY(restoreFromTrash(*item));
+        const QString trash = folderOf(folderOf(item->file));
+        for (const QString &folder : {trash + u"/files"_s, trash + u"/info"_s, trash})
+            QDir().rmdir(folder);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestTrash)

@@ -61,6 +61,18 @@ private Q_SLOTS:
         QVERIFY(!action(u"undo"_s)->isEnabled());
     }
 
+    void whatIsGoneIsSaidToBeAndLeavesTheList()
+    {
+        openThree();
+        selectRows({u"b.mp3"_s});
+        QVERIFY(QFile::remove(at(u"music/b.mp3"_s)));
+        answerWith({u"outcomeOk"_s});
+        QTest::keyClick(list(), Qt::Key_Delete);
+        QCOMPARE(m_said.size(), 1); // no question
+        QVERIFY2(m_said.front().contains(u"b.mp3: it is gone"_s), qPrintable(m_said.front()));
+        QCOMPARE(list()->rowTexts(), (QStringList{u"a.mp3"_s, u"c.mp3"_s}));
+    }
+
     void deletesTheFolderAndGoesToTheNearestOneThatIsLeft_data()
     {
         QTest::addColumn<QString>("way");
@@ -266,6 +278,24 @@ private Q_SLOTS:
         QCOMPARE(content(u"target/a.mp3"_s), titled(a));
         QCOMPARE(content(u"target/b.mp3"_s), titled(b));
         QCOMPARE(exists(u"target/a (2).mp3"_s), !numbered.isEmpty());
+        QCOMPARE(content(u"music/a.mp3"_s), titled(u"new"_s));
+    }
+
+    void undoBringsBackWhatWasReplaced()
+    {
+        if (!givesBackFromTrash())
+            QSKIP("the shell does not tell where in the trash a file is");
+        addFile(u"music/a.mp3"_s, titled(u"new"_s));
+        addFile(u"target/a.mp3"_s, titled(u"old"_s));
+        m_destination = at(u"target"_s);
+        openAt(at(u"music"_s));
+        answerWith({u"takenNameReplace"_s});
+        action(u"tb_mover"_s)->trigger();
+        QVERIFY2(m_said.front().contains(u"a replaced file goes into the trash"_s), qPrintable(m_said.front()));
+        QCOMPARE(content(u"target/a.mp3"_s), titled(u"new"_s));
+        action(u"undo"_s)->trigger();
+        QCOMPARE(m_said.size(), 1); // nothing is left to be told
+        QCOMPARE(content(u"target/a.mp3"_s), titled(u"old"_s));
         QCOMPARE(content(u"music/a.mp3"_s), titled(u"new"_s));
     }
 

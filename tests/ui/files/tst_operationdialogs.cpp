@@ -186,8 +186,8 @@ private Q_SLOTS:
         QCOMPARE(outcomeLines(report, m_captions),
             (QStringList{u"/m/full.mp3: the disk is full"_s,
                 u"/m/cd: the system refuses access to the file (/m/cd/secret.mp3)"_s,
-                u"/m/gone.mp3: it is gone: it was not there any more"_s, u"/m/later.mp3: not begun, it is as it was"_s,
-                u"/m/there.mp3: skipped"_s,
+                u"/m/gone.mp3: it is gone: it was moved or deleted meanwhile"_s,
+                u"/m/later.mp3: not begun, it is as it was"_s, u"/m/there.mp3: skipped"_s,
                 u"/m/both.mp3: copied in full, but the original is still there: it is now in both places (the drive is "
                 "read-only)"_s,
                 u"/m/more.mp3: copied in full, but the original is still there: it is now in both places"_s,

@@ -202,6 +202,12 @@ Result<Trash> openTrashAt(const TrashPlace &place)
     return Trash{*held, *files, *info, place.base, std::move(made)};
 }
 
+/// Whether another program that makes the same trash, or takes away an empty one that it has made, may be the reason.
+bool isPassing(ErrorCode code)
+{
+    return code == ErrorCode::NotFound || code == ErrorCode::ChangedMeanwhile;
+}
+
 /// Opens the trash for what is in a folder (a canonical path), or creates it.
 Result<Trash> openTrash(const QString &folder)
 {
@@ -211,7 +217,7 @@ Result<Trash> openTrash(const QString &folder)
         if (trash)
             return trash;
         const ErrorCode code = trash.error().code;
-        if (code == ErrorCode::NoSpace || code == ErrorCode::ReadOnlyDrive)
+        if (code == ErrorCode::NoSpace || code == ErrorCode::ReadOnlyDrive || isPassing(code))
             error = trash.error();
     }
     return tl::unexpected(error);
@@ -302,6 +308,20 @@ Result<TrashedItem> moveInto(const Trash &trash, const Place &source, NodeKind k
     }
 }
 
+Result<TrashedItem> openAndMoveInto(const Place &source, NodeKind kind)
+{
+    auto trash = openTrash(source.folder->path());
+    if (!trash)
+        return tl::unexpected(trash.error());
+    auto moved = moveInto(*trash, source, kind);
+    if (!moved)
+        return moved;
+    trash->made.keep();
+    if (kind == NodeKind::Folder)
+        noteFolderSize(*trash->folder, nameOf(moved->file));
+    return moved;
+}
+
 } // namespace
 
 bool hasTrash(const QString &path)
@@ -329,17 +349,18 @@ Result<TrashedItem> moveToTrash(const Place &place)
     const auto node = source->folder->node(place.name);
     if (!node)
         return tl::unexpected(node.error());
-    // From here on errors name what was to be deleted: nobody knows the trash's own files.
-    auto trash = openTrash(source->folder->path());
-    if (!trash)
-        return tl::unexpected(Error{trash.error().code, place.path(), trash.error().detail});
-    auto moved = moveInto(*trash, *source, node->kind);
-    if (!moved)
-        return tl::unexpected(Error{moved.error().code, place.path(), moved.error().detail});
-    trash->made.keep();
-    if (node->kind == NodeKind::Folder)
-        noteFolderSize(*trash->folder, nameOf(moved->file));
-    return moved;
+    constexpr int Attempts = 8;
+    auto moved = openAndMoveInto(*source, node->kind);
+    const auto mayWorkAgain = [&] {
+        return !moved && isPassing(moved.error().code) && source->folder->node(place.name).has_value();
+    };
+    for (int attempt = 1; attempt < Attempts && mayWorkAgain(); ++attempt)
+        moved = openAndMoveInto(*source, node->kind);
+    if (moved)
+        return moved;
+    // Errors name what was to be deleted: nobody knows the trash's own files.
+    return tl::unexpected(
+        Error{mayWorkAgain() ? ErrorCode::NoTrash : moved.error().code, place.path(), moved.error().detail});
 }
 
 Result<void> restoreFromTrash(const TrashedItem &item)

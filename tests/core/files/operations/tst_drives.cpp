@@ -55,6 +55,7 @@ private Q_SLOTS:
     void aFullDriveOffersToDeleteForGood();
     void aReadOnlyDriveIsSaidToBeOnce_data();
     void aReadOnlyDriveIsSaidToBeOnce();
+    void whatFailsInAFolderIsNamedAsTheUserKnowsIt();
     void aMoveFromAReadOnlyDriveIsInBothPlaces();
     void aReplacedFileOnAFullDriveIsSaidToBeLost();
 
@@ -132,6 +133,19 @@ void TestDrives::aReadOnlyDriveIsSaidToBeOnce()
     QCOMPARE(report.notDone, (QStringList{in(u"drive/b.mp3"_s), in(u"drive/c.mp3"_s)}));
     QVERIFY(!report.wasStopped);
     QCOMPARE(snapshotOf(in(u"drive"_s)), before);
+}
+
+void TestDrives::whatFailsInAFolderIsNamedAsTheUserKnowsIt()
+{
+    const QString song = in(u"cd/sub/large.mp3"_s);
+    writeFile(song, QByteArray(2'000'000, 'x'));
+    QVERIFY(m_files->CopyFile(in(u"cd"_s), in(u"drive/"_s)) != ResultDone);
+    QCOMPARE(m_host->told.value(0).failures[0].error.code, ErrorCode::NoSpace);
+    QCOMPARE(m_host->told.value(0).failures[0].error.path, QFileInfo(song).canonicalFilePath());
+    QVERIFY(m_drive->makeReadOnly());
+    QVERIFY(m_files->CopyFile(in(u"cd"_s), in(u"drive/"_s)) != ResultDone);
+    QCOMPARE(m_host->told.value(1).failures[0].error.code, ErrorCode::ReadOnlyDrive);
+    QCOMPARE(m_host->told.value(1).failures[0].error.path, in(u"cd"_s));
 }
 
 void TestDrives::aMoveFromAReadOnlyDriveIsInBothPlaces()
