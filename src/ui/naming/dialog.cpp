@@ -28,6 +28,7 @@ namespace {
 
 constexpr int LabelsInARow = 4;
 constexpr int NameLetters = 50; ///< width of a usual folder name in average letters
+constexpr int NameLines = 3;    ///< the name, and what is to be said about it
 
 } // namespace
 
@@ -68,6 +69,8 @@ void Dialog::createControls()
     m_newName->setWordWrap(true);
     m_newName->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_newName->setMinimumWidth(fontMetrics().averageCharWidth() * NameLetters);
+    m_newName->setMinimumHeight(fontMetrics().lineSpacing() * NameLines);
+    m_newName->setAlignment(Qt::AlignTop);
 }
 
 void Dialog::arrange()
