@@ -406,6 +406,9 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::NameFurtherTabs, {u"tabs to the right", u"pestañas de la derecha", u"onglets de droite"}},
     {Text::NameStatusBar, {u"status bar", u"barra de estado", u"barre d'état"}},
     {Text::TitleWaiting, {u"one moment, please", u"un momento, por favor", u"un instant, s'il vous plaît"}},
+    {Text::StopWork, {u"&stop", u"&detener", u"&arrêter"}},
+    // In the status bar after a listing was stopped. %1: how many, %2: the word for files
+    {Text::CountStopped, {u"%1 %2, not all", u"%1 %2, no todos", u"%1 %2, pas tous"}},
     // The window of the CD database. %1: how many of %2 files
     {Text::LookupMeasuring, {u"measuring the playing times: %1 of %2", u"midiendo las duraciones: %1 de %2",
                                 u"mesure des durées\u00a0: %1 sur %2"}},

@@ -183,6 +183,8 @@ enum class Text
     NameFurtherTabs,
     NameStatusBar,
     TitleWaiting,
+    StopWork,
+    CountStopped,
     LookupMeasuring,
     LookupAsking,
     LookupFound,

@@ -41,7 +41,13 @@ void ListController::ListFolderTree()
     list(m_program.state.currentFolderAsChosen, &RefreshListTree);
 }
 
-void ListController::list(const QString &folder, Listing (*scan)(const QString &, const ScanOptions &))
+void ListController::completeListing()
+{
+    if (m_stopped)
+        list(m_program.state.currentFolderAsChosen, m_stopped);
+}
+
+void ListController::list(const QString &folder, Scan scan)
 {
     if (folder.isEmpty() || m_busy.isRunning())
         return;
@@ -49,14 +55,18 @@ void ListController::list(const QString &folder, Listing (*scan)(const QString &
     const QString formerFolder = state.currentFolder;
     enterFolder(state, folder, m_program.fileSystem);
     Listing listing;
-    std::ignore = m_busy.run(
-        0, [&](const ProgressReport &progress) { listing = scan(state.currentFolder, optionsWith(progress)); });
+    std::ignore = runReading(0, [&](const ScanOptions &options) { listing = scan(state.currentFolder, options); });
+    m_stopped = listing.isComplete ? nullptr : scan;
     if (state.currentFolder == formerFolder)
         fillAgain(std::move(listing.rows));
     else
         m_list.setRows(std::move(listing.rows));
     showCurrentRow();
-    m_list.selectAllRows();
+    // What works on the selected rows works on the whole folder, so not after a part of it was listed.
+    if (listing.isComplete)
+        m_list.selectAllRows();
+    else
+        m_list.selectNone();
     Q_EMIT listed();
 }
 
@@ -73,20 +83,22 @@ void ListController::fillAgain(std::vector<ListRow> rows)
     m_list.setCurrentRow(row, FileList::Selection::Keep);
 }
 
-ScanOptions ListController::optionsWith(const ProgressReport &progress) const
+bool ListController::runReading(int steps, const std::function<void(const ScanOptions &)> &work)
 {
-    return {.cache = &m_program.tagCache, .progress = progress};
+    std::stop_source stop;
+    const bool ran = m_busy.runReading(steps, stop, [&](const ProgressReport &progress) {
+        work({.cache = &m_program.tagCache, .progress = progress, .stop = stop.get_token()});
+    });
+    return ran && !stop.stop_requested();
 }
 
 void ListController::RefreshListTags()
 {
     const QStringList texts = m_list.rowTexts();
     std::vector<std::optional<ListedFile>> tags;
-    const bool ran = m_busy.run(static_cast<int>(texts.size()), [&](const ProgressReport &progress) {
-        tags = rereadFiles(m_program.state.currentFolder, texts, optionsWith(progress));
-    });
-    if (ran)
-        m_list.setTags(tags);
+    std::ignore = runReading(static_cast<int>(texts.size()),
+        [&](const ScanOptions &options) { tags = rereadFiles(m_program.state.currentFolder, texts, options); });
+    m_list.setTags(tags); // a row that was not reached keeps its own
 }
 
 const QString &ListController::currentFolder() const
@@ -102,8 +114,12 @@ QString ListController::pathOfRow(int row) const
 void ListController::showCurrentRow()
 {
     const int row = m_list.currentRow();
-    const StatusTexts texts = statusTexts(m_list.rowCount(), m_program.captions.text(Caption::Files),
-        m_program.state.currentFolder, row < 0 ? QString() : m_list.rowText(row));
+    const Captions &captions = m_program.captions;
+    const QString files = captions.text(Caption::Files);
+    StatusTexts texts =
+        statusTexts(m_list.rowCount(), files, m_program.state.currentFolder, row < 0 ? QString() : m_list.rowText(row));
+    if (m_stopped)
+        texts.panel1 = captions.text(Text::CountStopped).arg(m_list.rowCount()).arg(files);
     m_panels.setTexts(texts.panel1, texts.panel2);
 }
 

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 namespace ravlin {
@@ -16,7 +17,7 @@ class StatusPanels;
 struct Program;
 
 /// Keeps the file list, the current folder and the status panels in step: lists folders, with the wait window if that
-/// takes long, and shows the current row's file.
+/// takes long, and shows the current row's file. The user can stop a listing; the rows read by then stay.
 class ListController : public QObject
 {
     Q_OBJECT
@@ -32,6 +33,8 @@ public:
     void RefreshListAt(const QString &rowText);
     /// Lists the current folder with all folders below it.
     void ListFolderTree();
+    /// Lists again what a stopped listing left out. Does nothing after a complete one.
+    void completeListing();
     /// Reads the tags of all rows again; the rows and their order stay.
     void RefreshListTags();
 
@@ -43,19 +46,23 @@ public:
     void showCurrentRow();
 
 Q_SIGNALS:
-    /// The list was filled anew; all rows are selected.
+    /// The list was filled anew. All rows are selected or, if the user stopped the listing, none.
     void listed();
 
 private:
-    void list(const QString &folder, Listing (*scan)(const QString &currentFolder, const ScanOptions &options));
+    using Scan = Listing (*)(const QString &currentFolder, const ScanOptions &options);
+
+    void list(const QString &folder, Scan scan);
     void fillAgain(std::vector<ListRow> rows);
-    ScanOptions optionsWith(const ProgressReport &progress) const;
+    /// Runs work that the user can stop. Returns whether it ran to its end.
+    bool runReading(int steps, const std::function<void(const ScanOptions &)> &work);
 
     Program &m_program;
     FileList &m_list;
     StatusPanels &m_panels;
     Busy &m_busy;
-    QString m_nextCurrent; ///< the row to become current with the next filling; empty: the present one
+    Scan m_stopped = nullptr; ///< the scan of the present rows, if it was stopped
+    QString m_nextCurrent;    ///< the row to become current with the next filling; empty: the present one
 };
 
 } // namespace ravlin

@@ -169,6 +169,7 @@ TagRecord principal::lastTag() const
 void principal::connectParts()
 {
     connect(m_tree, &FolderTree::pathChanged, m_lister, &ListController::openFolder);
+    connect(m_tree, &FolderTree::refreshed, m_lister, &ListController::completeListing);
     connect(m_tree, &FolderTree::listTreeRequested, m_lister, &ListController::ListFolderTree);
     connect(m_lister, &ListController::listed, m_singleFilePage, &SingleFilePage::reset);
     connect(m_lister, &ListController::listed, this, [this] { m_isPageBehind = false; });
@@ -278,7 +279,7 @@ void principal::applyCaptions()
     m_commandBar->applyCaptions();
     m_tabs->applyCaptions(captions);
     m_waitWindow->setWindowTitle(captions.text(Text::TitleWaiting));
-    m_waitWindow->setStopText(captions.text(Caption::Cancel));
+    m_waitWindow->setStopText(captions.text(Text::StopWork));
     m_lister->showCurrentRow();
     applyNames();
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/controls/busy.h"
 
-#include "ui/controls/esperate.h"
 #include "ui/controls/inputbarrier.h"
 
 #include <QAbstractEventDispatcher>
@@ -121,26 +120,29 @@ Busy::Busy(esperate &waitWindow, QWidget *mainWindow, QObject *parent)
 {
 }
 
-bool Busy::run(int steps, std::optional<std::stop_source> stop, const Work &work)
+bool Busy::run(int steps, esperate::Stopping way, std::optional<std::stop_source> stop, const Work &work)
 {
     if (m_running)
         return false;
     m_running = true;
     m_shownSteps = steps;
     m_shownDone = 0;
-    m_waitWindow.setStoppable(stop.has_value());
+    m_waitWindow.setStopping(way);
     m_waitWindow.BeginProgress(steps);
-    const QMetaObject::Connection stopping = connect(&m_waitWindow, &esperate::stopRequested, this, [&stop] {
+    const auto requestStop = [&stop] {
         if (stop)
             stop->request_stop();
-    });
+    };
+    const QMetaObject::Connection stopping = connect(&m_waitWindow, &esperate::stopRequested, this, requestStop);
     const auto backToNormal = qScopeGuard([this, &stopping] {
         disconnect(stopping);
         m_waitWindow.EndProgress();
         m_running = false;
     });
 
-    const InputBarrier barrier(&m_waitWindow, m_mainWindow);
+    const bool endsWithTheWindow = way == esperate::Stopping::ByButton;
+    const InputBarrier barrier(
+        &m_waitWindow, m_mainWindow, endsWithTheWindow ? std::function<void()>(requestStop) : std::function<void()>());
     State state(steps);
     Worker worker([&] { work([&state](const Progress &now) { state.take(now); }); });
     if (!worker.hasEnded(Unnoticed))

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/app/progress.h"
+#include "ui/controls/esperate.h"
 
 #include <QObject>
 #include <QPointer>
@@ -13,14 +14,12 @@
 
 namespace ravlin {
 
-class esperate;
-
 /// Runs one operation at a time on a thread of its own while the windows keep painting and the wait window shows the
 /// progress. To the caller it is a plain call: it returns when the work has ended.
 ///
 /// Meanwhile the user's input reaches the wait window only. Input for other windows is dropped, and a request to close
-/// the main window is carried out afterwards (InputBarrier). Timers and queued calls do run: they must not change what
-/// the work uses. Used by the interface thread alone.
+/// the main window is carried out afterwards (InputBarrier); work that only reads is stopped for it. Timers and queued
+/// calls do run: they must not change what the work uses. Used by the interface thread alone.
 class Busy : public QObject
 {
     Q_OBJECT
@@ -39,9 +38,19 @@ public:
     ///
     /// The work may report from any number of threads; a report takes well under a microsecond and never waits for the
     /// screen. The window shows bytes instead of steps if the work counts them. A reported total replaces steps.
-    bool run(int steps, const Work &work) { return run(steps, std::nullopt, work); }
-    /// The same for work that can be stopped: the wait window gets a button that requests the stop from the source.
-    bool run(int steps, std::optional<std::stop_source> stop, const Work &work);
+    bool run(int steps, const Work &work) { return run(steps, esperate::Stopping::No, std::nullopt, work); }
+    /// The same for work that can be stopped: the wait window gets a button that requests the stop from the source, as
+    /// closing that window does.
+    bool run(int steps, const std::stop_source &stop, const Work &work)
+    {
+        return run(steps, esperate::Stopping::ByButtonOrClosing, stop, work);
+    }
+    /// The same for work that changes nothing and can be stopped at any place: a request to close the main window stops
+    /// it, too. Closing the wait window doesn't.
+    bool runReading(int steps, const std::stop_source &stop, const Work &work)
+    {
+        return run(steps, esperate::Stopping::ByButton, stop, work);
+    }
 
     bool isRunning() const { return m_running; }
 
@@ -49,6 +58,7 @@ private:
     class State;
     class Worker;
 
+    bool run(int steps, esperate::Stopping way, std::optional<std::stop_source> stop, const Work &work);
     void keepPainting(State &state, Worker &worker);
     void show(State &state);
 

@@ -75,6 +75,7 @@ esperate::esperate(QWidget *parent)
     m_bar->setObjectName(u"progress"_s);
     m_bar->setTextVisible(false);
     m_stop->setObjectName(u"stop"_s);
+    m_stop->setAutoDefault(true); // Enter presses it, although the window is no dialog
     m_stop->hide();
     connect(m_stop, &QPushButton::clicked, this, &esperate::requestStop);
 
@@ -143,9 +144,10 @@ void esperate::setBytes(qint64 done, qint64 total)
     m_count->setText(u"%1 / %2"_s.arg(locale.formattedDataSize(done, 1), locale.formattedDataSize(total, 1)));
 }
 
-void esperate::setStoppable(bool stoppable)
+void esperate::setStopping(Stopping way)
 {
-    m_isStoppable = stoppable;
+    m_stopping = way;
+    const bool stoppable = way != Stopping::No;
     m_stop->setVisible(stoppable);
     m_stop->setEnabled(stoppable);
     setAttribute(Qt::WA_ShowWithoutActivating, !stoppable); // for its keys
@@ -192,6 +194,8 @@ void esperate::showIfDue()
         m_dueTimer.start(CheckAgain);
     else
         show();
+    if (isVisible() && m_stopping != Stopping::No)
+        activateWindow(); // a window manager may leave the focus with the main window, where no key counts now
 }
 
 /// Whether, at the pace so far, the work will end before the window is of any use.
@@ -217,12 +221,14 @@ void esperate::centre()
 void esperate::showEvent(QShowEvent *event)
 {
     centre();
+    if (m_stopping != Stopping::No)
+        m_stop->setFocus();
     QWidget::showEvent(event);
 }
 
 void esperate::closeEvent(QCloseEvent *event)
 {
-    if (m_atWork && m_isStoppable) {
+    if (m_atWork && m_stopping == Stopping::ByButtonOrClosing) {
         event->ignore();
         requestStop();
         return;
@@ -233,10 +239,12 @@ void esperate::closeEvent(QCloseEvent *event)
 
 void esperate::keyPressEvent(QKeyEvent *event)
 {
-    if (event->key() == Qt::Key_Escape)
+    if (event->key() != Qt::Key_Escape)
+        QWidget::keyPressEvent(event);
+    else if (m_stopping == Stopping::No)
         close();
     else
-        QWidget::keyPressEvent(event);
+        requestStop();
 }
 
 /// A click anywhere on the frame closes the window; the controls in it let the mouse through.
@@ -248,7 +256,7 @@ bool esperate::eventFilter(QObject *watched, QEvent *event)
     }
     if (watched == m_frame && event->type() == QEvent::MouseButtonRelease) {
         const auto *release = static_cast<QMouseEvent *>(event);
-        if (!m_isStoppable && release->button() == Qt::LeftButton &&
+        if (m_stopping != Stopping::ByButtonOrClosing && release->button() == Qt::LeftButton &&
             m_frame->rect().contains(release->position().toPoint()))
             close();
         return true;

@@ -19,10 +19,10 @@ class PlainLabel;
 /// The wait window: how far a long operation has come.
 ///
 /// The state (steps done and steps in all) exists from BeginProgress() on; the window appears only once the work has
-/// lasted ShowDelay and some is left, so that short work doesn't flash on the screen. It takes no focus. The user may
-/// close it, or click its frame, without effect on the work; the next BeginProgress() brings it back. Stoppable work
-/// has a button for that; Esc and closing the window then request the stop, too, and the window stays until the work
-/// ends.
+/// lasted ShowDelay and some is left, so that short work doesn't flash on the screen. The user may close it, or click
+/// its frame, without effect on the work; the next BeginProgress() brings it back. For work that can be stopped it has
+/// a button, takes the focus, and Esc does what the button does; if closing it stops the work, too, it stays until the
+/// work ends.
 ///
 /// Used by the interface thread alone, and appears by its event loop; see Busy.
 class esperate : public QWidget
@@ -31,6 +31,14 @@ class esperate : public QWidget
 
 public:
     static constexpr std::chrono::milliseconds ShowDelay{300};
+
+    /// How the user can stop the work.
+    enum class Stopping
+    {
+        No,
+        ByButton,
+        ByButtonOrClosing
+    };
 
     explicit esperate(QWidget *parent = nullptr);
 
@@ -47,8 +55,8 @@ public:
     void setSteps(int steps);
     /// Bytes done out of so many, instead of steps.
     void setBytes(qint64 done, qint64 total);
-    /// Whether the work can be stopped. Call it before the work begins.
-    void setStoppable(bool stoppable);
+    /// Call it before the work begins.
+    void setStopping(Stopping way);
     /// The caption of the button that stops the work.
     void setStopText(const QString &text);
     /// The current file; a name that is too long loses its middle.
@@ -82,7 +90,7 @@ private:
     QTimer m_dueTimer;
     QElapsedTimer m_elapsed;
     bool m_atWork = false;
-    bool m_isStoppable = false;
+    Stopping m_stopping = Stopping::No;
     bool m_dismissed = false; ///< by the user, for the rest of this work
 };
 

@@ -57,8 +57,9 @@ bool isLastingWindow(const QObject *watched)
 
 } // namespace
 
-InputBarrier::InputBarrier(QWidget *openWindow, QWidget *mainWindow)
-    : m_openWindow(openWindow), m_mainWindow(mainWindow), m_heldButtons(QGuiApplication::mouseButtons())
+InputBarrier::InputBarrier(QWidget *openWindow, QWidget *mainWindow, std::function<void()> closeRequested)
+    : m_openWindow(openWindow), m_mainWindow(mainWindow), m_onCloseRequest(std::move(closeRequested)),
+      m_heldButtons(QGuiApplication::mouseButtons())
 {
     qApp->installEventFilter(this);
 }
@@ -103,8 +104,9 @@ bool InputBarrier::holdBackClose(const QObject *watched, QEvent *event)
 {
     if (isOfOpenWindow(watched) || !isLastingWindow(watched))
         return false;
-    m_closeRequested = m_closeRequested || isMainWindow(watched);
     event->ignore();
+    if (isMainWindow(watched) && !std::exchange(m_closeRequested, true) && m_onCloseRequest)
+        m_onCloseRequest();
     return true;
 }
 

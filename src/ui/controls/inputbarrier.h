@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -24,8 +25,9 @@ class InputBarrier : public QObject
     Q_OBJECT
 
 public:
-    /// Owns neither window; both may go before the barrier does.
-    InputBarrier(QWidget *openWindow, QWidget *mainWindow);
+    /// Owns neither window; both may go before the barrier does. closeRequested is called when the user first wants the
+    /// main window closed.
+    InputBarrier(QWidget *openWindow, QWidget *mainWindow, std::function<void()> closeRequested = {});
     ~InputBarrier() override;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -38,6 +40,7 @@ private:
 
     QPointer<QWidget> m_openWindow;
     QPointer<QWidget> m_mainWindow;
+    std::function<void()> m_onCloseRequest;
     bool m_closeRequested = false;
     Qt::MouseButtons m_heldButtons; ///< pressed before the barrier and not released since
     std::vector<std::pair<QPointer<QObject>, std::unique_ptr<QEvent>>> m_releases;

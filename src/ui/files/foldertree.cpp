@@ -189,8 +189,10 @@ void FolderTree::keyReleaseEvent(QKeyEvent *event)
         Q_EMIT deleteRequested();
     else if (event->key() == Qt::Key_F2)
         Q_EMIT listTreeRequested();
-    else if (event->key() == Qt::Key_F5)
+    else if (event->key() == Qt::Key_F5) {
         refresh();
+        Q_EMIT refreshed();
+    }
 }
 
 } // namespace ravlin

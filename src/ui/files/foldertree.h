@@ -32,6 +32,8 @@ Q_SIGNALS:
     void pathChanged(const QString &path);
     void listTreeRequested();
     void deleteRequested();
+    /// The user had the folders read again.
+    void refreshed();
 
 protected:
     int sizeHintForColumn(int column) const override;

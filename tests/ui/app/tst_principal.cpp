@@ -13,6 +13,10 @@
 #include <QScrollBar>
 #include <QTimer>
 
+#include <filesystem>
+#include <functional>
+#include <string>
+
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
@@ -28,6 +32,36 @@ private:
     {
         for (const QString &name : {u"a"_s, u"b"_s, u"c"_s})
             addFile(name + u".mp3"_s, titled(u"title "_s + name));
+    }
+    /// So many files below the folder that a listing takes a while. Returns the number.
+    int addMany() const
+    {
+        constexpr int Count = 10'000;
+        const std::filesystem::path file = addFile(u"below/0.mp3"_s, titled(u"many"_s)).toStdU16String();
+        for (int i = 1; i < Count; ++i)
+            std::filesystem::create_hard_link(file, file.parent_path() / (std::to_string(i) + ".mp3"));
+        return Count;
+    }
+    /// Lists everything and does something meanwhile that stops it. On a busy machine the listing may have ended by
+    /// then, so tries several times. Returns whether it was stopped.
+    bool listTree(int count, const std::function<void()> &stop)
+    {
+        QTimer poll;
+        poll.callOnTimeout(this, [&] {
+            if (!m_window->findChild<Busy *>()->isRunning())
+                return;
+            poll.stop();
+            stop();
+        });
+        for (int attempt = 0; attempt < 20; ++attempt) {
+            m_program->tagCache.clear();
+            poll.start(0);
+            m_window->show();
+            QTest::keyClick(tree(), Qt::Key_F2);
+            if (list()->rowCount() < count)
+                return true;
+        }
+        return false;
     }
     /// Drags this address over the widget and drops it there. Returns whether it was accepted, and with which action.
     static Qt::DropAction drop(QWidget *target, const QUrl &url, Qt::DropActions possible = Qt::CopyAction)
@@ -346,6 +380,37 @@ private Q_SLOTS:
             QVERIFY2(told.contains(u"another computer (nas)"_s), qPrintable(told));
             QCOMPARE(list()->rowCount(), 3);
         }
+    }
+
+    void aStoppedListingKeepsItsRowsAndF5CompletesIt()
+    {
+        const int count = addMany();
+        open(path());
+        for (const QString &key : {u"click"_s, u"Escape"_s}) {
+            // The window itself shows only after a while.
+            const bool isStopped = listTree(count, [&] {
+                if (key == u"click"_s)
+                    control<QPushButton>(u"stop"_s)->click();
+                else
+                    QTest::keyClick(control(u"esperate"_s), Qt::Key_Escape);
+            });
+            QVERIFY(isStopped);
+            QVERIFY(list()->selectedRows().empty());
+            QCOMPARE(panel(1), u"%1 files, not all"_s.arg(list()->rowCount()));
+            QTest::keyClick(tree(), Qt::Key_F5);
+            QCOMPARE(list()->rowCount(), count);
+            QCOMPARE(list()->selectedRows().size(), std::size_t(count));
+            QCOMPARE(panel(1), u"%1 files"_s.arg(count));
+        }
+    }
+
+    void closingDuringAListingEndsIt()
+    {
+        const int count = addMany();
+        open(path());
+        QVERIFY(listTree(count, [&] { m_window->close(); }));
+        QTRY_VERIFY(!m_window->isVisible());
+        QCOMPARE(stored(u"ruta"), path() + QDir::separator());
     }
 
     void closingWhileWorkIsUnderWayWaitsForItsEnd()

@@ -87,6 +87,10 @@ private Q_SLOTS:
     void workThatCanBeStoppedIsStopped_data();
     void workThatCanBeStoppedIsStopped();
     void otherWorkHasNoButtonToStopIt();
+    void readingIsStopped_data();
+    void readingIsStopped();
+    void closingTheWaitWindowDoesNotStopReading();
+    void closingTheMainWindowStopsReadingOnly();
     void bytesAreShownInsteadOfSteps();
 
     void clicksAreDroppedForGood();
@@ -306,6 +310,92 @@ void TestBusy::otherWorkHasNoButtonToStopIt()
     m_busy->run(1, [](const ProgressReport &) {});
     QVERIFY(m_wait->findChild<QPushButton *>(u"stop"_s)->isHidden());
     QVERIFY(!stop.stop_requested());
+}
+
+void TestBusy::readingIsStopped_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::newRow("click") << 0;
+    QTest::newRow("escape") << int(Qt::Key_Escape);
+    QTest::newRow("enter") << int(Qt::Key_Return);
+    QTest::newRow("space") << int(Qt::Key_Space);
+}
+
+void TestBusy::readingIsStopped()
+{
+    QFETCH(int, key);
+    std::stop_source stop;
+    bool stayed = false;
+    bool wasDropped = true;
+    QTimer poll;
+    poll.callOnTimeout([&] {
+        if (!m_wait->isVisible() || !m_wait->isActiveWindow() || stop.stop_requested())
+            return;
+        auto *button = m_wait->findChild<QPushButton *>(u"stop"_s);
+        QTest::keyClick(m_field, Qt::Key_X); // still for nobody
+        wasDropped = m_field->text().isEmpty() && button->hasFocus();
+        if (key == 0)
+            QTest::mouseClick(button, Qt::LeftButton);
+        else
+            QTest::keyClick(m_wait->windowHandle(), Qt::Key(key));
+        stayed = m_wait->isVisible() && !button->isEnabled();
+    });
+    poll.start(10ms);
+    QVERIFY(m_busy->runReading(1, stop, [&](const ProgressReport &) {
+        for (int i = 0; i < 15000 && !stop.stop_requested(); ++i)
+            std::this_thread::sleep_for(2ms);
+    }));
+    QVERIFY(stop.stop_requested());
+    QVERIFY(stayed);
+    QVERIFY(wasDropped);
+    QVERIFY(!m_wait->isVisible());
+}
+
+void TestBusy::closingTheWaitWindowDoesNotStopReading()
+{
+    for (const bool byClick : {false, true}) {
+        std::stop_source stop;
+        bool isGone = false;
+        QTimer poll;
+        poll.callOnTimeout([&] {
+            if (!m_wait->isVisible() || isGone)
+                return;
+            if (byClick)
+                QTest::mouseClick(m_wait->findChild<QWidget *>(u"frame1"_s), Qt::LeftButton, {}, QPoint(4, 4));
+            else
+                m_wait->close();
+            isGone = !m_wait->isVisible();
+        });
+        poll.start(10ms);
+        QVERIFY(m_busy->runReading(1, stop, [&](const ProgressReport &) {
+            for (int i = 0; i < 15000 && !isGone; ++i)
+                std::this_thread::sleep_for(2ms);
+            std::this_thread::sleep_for(100ms);
+        }));
+        QVERIFY(isGone);
+        QVERIFY(!stop.stop_requested());
+    }
+}
+
+void TestBusy::closingTheMainWindowStopsReadingOnly()
+{
+    for (const bool isReading : {true, false}) {
+        std::stop_source stop;
+        std::atomic<bool> closed{false};
+        QTimer::singleShot(30ms, m_main.get(), [&] {
+            m_main->close();
+            closed = true;
+        });
+        const auto work = [&](const ProgressReport &) {
+            while (!closed)
+                std::this_thread::sleep_for(1ms);
+        };
+        QVERIFY(isReading ? m_busy->runReading(1, stop, work) : m_busy->run(1, stop, work));
+        QCOMPARE(stop.stop_requested(), isReading);
+        QTRY_VERIFY(!m_main->isVisible());
+        m_main->show();
+    }
+    QCOMPARE(m_main->closes, 2);
 }
 
 void TestBusy::bytesAreShownInsteadOfSteps()

@@ -10,11 +10,12 @@ namespace {
 
 constexpr qint64 BytesPerMegabyte = 1024 * 1024;
 
-/// Gives files of interrupted renames their names back. Returns whether there were any: then list again.
+/// Gives files of interrupted renames their names back. Returns whether there were any: then list again. After a stop
+/// it leaves that to the next listing.
 bool broughtBack(const Result<Listing> &listing)
 {
     bool any = false;
-    if (listing) {
+    if (listing && listing->isComplete) {
         for (const QString &folder : listing->interruptedRenames) {
             const auto done = storage::bringBackAside(platform::FileSystem::native(), folder);
             any = any || (done && !done->empty());

@@ -153,6 +153,8 @@ FolderRows FolderReading::run()
 
 void FolderReading::readStretch(const Stretch &stretch)
 {
+    if (m_options.stop.stop_requested())
+        return;
     ScannedFolder &scanned = m_folders[stretch.folder];
     const Result<platform::Folder> folder = platform::Folder::open(scanned.path);
     for (std::size_t i = stretch.begin; i < stretch.end; ++i) {

@@ -7,11 +7,13 @@
 #include "core/storage/saferename.h"
 #include "core/storage/safewrite.h"
 
+#include <QElapsedTimer>
 #include <QHash>
 
 #include <algorithm>
 #include <iterator>
 #include <set>
+#include <utility>
 
 namespace ravlin {
 
@@ -44,12 +46,15 @@ QStringList subfolders(
     return paths;
 }
 
-/// Finds the files of a listing in their order. Their tags are read once all are known, so that the cores share the
+/// Finds the files of a listing in their order. Their tags are read once many are known, so that the cores share the
 /// work evenly however small the folders are. Only one folder is open at a time: depth costs no descriptors.
 class FolderWalk
 {
 public:
-    FolderWalk(const ScanOptions &options, QString root) : m_options(options), m_root(std::move(root)) {}
+    FolderWalk(const ScanOptions &options, QString root) : m_options(options), m_root(std::move(root))
+    {
+        m_searching.start();
+    }
 
     /// Finds a folder's own files and returns its subfolders.
     Result<QStringList> visit(const QString &folderPath, const QString &relativePrefix)
@@ -62,6 +67,8 @@ public:
         const Result<std::vector<platform::FolderEntry>> entries = folder->entries(m_options.stop);
         if (!entries)
             return tl::unexpected(entries.error());
+        if (m_options.stop.stop_requested())
+            return QStringList(); // some entries are missing; the cache would forget what it knows of them
         FolderFiles files{folderPath, relativePrefix, {}};
         bool hasAside = false;
         for (const platform::FolderEntry &entry : *entries) {
@@ -75,7 +82,7 @@ public:
         if (!files.names.empty())
             m_found.push_back(std::move(files));
         if (m_options.progress)
-            m_options.progress({0, m_fileCount, folderPath});
+            m_options.progress({m_readCount, m_fileCount, folderPath});
         return subfolders(*entries, folderPath, m_options.stop);
     }
 
@@ -90,6 +97,8 @@ public:
             if (!found)
                 m_failures.push_back({folder, found.error()});
             below.push_back(found.value_or(QStringList()));
+            if (std::chrono::milliseconds(m_searching.elapsed()) >= m_options.longSearch)
+                readFound();
         }
         for (const QStringList &next : below) {
             if (!next.isEmpty())
@@ -97,33 +106,51 @@ public:
         }
     }
 
-    /// Reads the tags of the files found. Call this last.
+    /// Reads the tags of the remaining files found. Call this last.
     Listing read()
     {
-        FolderRows files = readFolders(std::move(m_found), m_options);
-        Listing listing;
-        if (std::find(files.hasTag.begin(), files.hasTag.end(), false) == files.hasTag.end()) {
-            listing.rows = std::move(files.rows);
-        } else {
-            for (std::size_t i = 0; i < files.rows.size(); ++i) {
-                if (files.hasTag[i])
-                    listing.rows.push_back(std::move(files.rows[i]));
-            }
-        }
-        listing.failures = std::move(m_failures);
-        listing.interruptedRenames = std::move(m_interruptedRenames);
-        std::move(files.failures.begin(), files.failures.end(), std::back_inserter(listing.failures));
-        listing.filesRead = files.readCount;
-        listing.isComplete = !m_options.stop.stop_requested();
-        return listing;
+        readFound();
+        m_failures.insert(m_failures.end(), std::make_move_iterator(m_readFailures.begin()),
+            std::make_move_iterator(m_readFailures.end()));
+        m_listing.failures = std::move(m_failures);
+        m_listing.interruptedRenames = std::move(m_interruptedRenames);
+        m_listing.isComplete = !m_options.stop.stop_requested();
+        return std::move(m_listing);
     }
 
 private:
+    /// Makes rows of the files found since the last call.
+    void readFound()
+    {
+        ScanOptions options = m_options;
+        if (options.progress) {
+            options.progress = [this](Progress now) {
+                now.done += m_readCount;
+                now.total = m_fileCount;
+                m_options.progress(now);
+            };
+        }
+        FolderRows files = readFolders(std::exchange(m_found, {}), options);
+        m_readCount += static_cast<qsizetype>(files.rows.size());
+        m_listing.rows.reserve(m_listing.rows.size() + files.rows.size());
+        for (std::size_t i = 0; i < files.rows.size(); ++i) {
+            if (files.hasTag[i])
+                m_listing.rows.push_back(std::move(files.rows[i]));
+        }
+        std::move(files.failures.begin(), files.failures.end(), std::back_inserter(m_readFailures));
+        m_listing.filesRead += files.readCount;
+        m_searching.restart();
+    }
+
     const ScanOptions &m_options;
     const QString m_root;
+    QElapsedTimer m_searching; ///< since files were read
     std::vector<FolderFiles> m_found;
     qsizetype m_fileCount = 0;
-    std::vector<ListFailure> m_failures;
+    qsizetype m_readCount = 0;
+    Listing m_listing;
+    std::vector<ListFailure> m_failures;     ///< of folders
+    std::vector<ListFailure> m_readFailures; ///< of files
     QStringList m_interruptedRenames;
     std::set<FolderIdentity> m_seen;
 };

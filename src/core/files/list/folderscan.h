@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <vector>
@@ -30,17 +31,19 @@ struct Listing
     std::size_t filesRead = 0; ///< files that were opened; the cache knew the others
     /// Folders in which an interrupted rename left a file under a temporary name (see saferename.h).
     QStringList interruptedRenames;
-    bool isComplete = true; ///< false: a stop was requested, files are missing
+    bool isComplete = true; ///< false: a stop was requested, files may be missing; the rows are as good as any
 };
 
 /// What a scan may use; all of it is optional.
 struct ScanOptions
 {
     TagCache *cache = nullptr;
-    /// Called only by the thread that called the scan: with each folder searched (done is 0, total the files found so
+    /// Called only by the thread that called the scan: with each folder searched (total is the number of files found so
     /// far), now and then while other threads read files, and when the last one is done.
     ProgressReport progress = {};
     std::stop_token stop = {}; ///< ends the scan early
+    /// The files found in so long a search are read before it goes on: if it is stopped, there are rows.
+    std::chrono::milliseconds longSearch = std::chrono::seconds(1);
 };
 
 /// Lists the MP3 files directly in a folder, in the order of the file system: plain files that are not hidden and whose

@@ -8,6 +8,7 @@
 #include "support/mp3builder.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTest>
 
 using namespace ravlin;
@@ -66,6 +67,27 @@ private Q_SLOTS:
         const Listing tree = RefreshListTree(folder.path() + platform::Separator);
         QCOMPARE(tree.rows.size(), size_t{2});
         QCOMPARE(tree.rows.back().text(), QDir::toNativeSeparators(QStringLiteral("cd/b.mp3")));
+    }
+
+    void aStoppedListingKeepsItsRowsAndLeavesInterruptedRenamesToTheNext()
+    {
+        const ScratchFolder folder;
+        folder.write(QStringLiteral("b.mp3"), audio());
+        folder.write(storage::asideName(QStringLiteral("a.mp3"), 1), audio());
+        for (const auto refresh : {&RefreshList, &RefreshListTree}) {
+            std::stop_source stop;
+            const auto stopAtTheFirstFile = [&](const Progress &now) {
+                if (now.done > 0)
+                    stop.request_stop();
+            };
+            const Listing stopped = refresh(
+                folder.path() + platform::Separator, {.progress = stopAtTheFirstFile, .stop = stop.get_token()});
+            QVERIFY(!stopped.isComplete);
+            QCOMPARE(stopped.rows.size(), size_t{1});
+        }
+        QVERIFY(QFile::exists(folder.path() + u'/' + storage::asideName(QStringLiteral("a.mp3"), 1)));
+        QCOMPARE(RefreshList(folder.path() + platform::Separator).rows.size(), size_t{2});
+        QVERIFY(QFile::exists(folder.path() + QStringLiteral("/a.mp3")));
     }
 };
 

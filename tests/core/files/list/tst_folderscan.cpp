@@ -225,6 +225,59 @@ private Q_SLOTS:
         QCOMPARE(GetSubfolders(root())->size(), 3);
     }
 
+    void aStoppedReadingKeepsTheRowsReadSoFar()
+    {
+        for (int i = 0; i < 300; ++i)
+            make(QStringLiteral("%1/%2.mp3").arg(i % 6).arg(i));
+        std::stop_source stop;
+        const auto stopAtTheSixtiethFile = [&](const Progress &now) {
+            if (now.done == 60)
+                stop.request_stop();
+        };
+        // Folder by folder, each of which is too small for several threads.
+        const ScanOptions options{.progress = stopAtTheSixtiethFile, .stop = stop.get_token(), .longSearch = {}};
+        const Listing listing = ListFolderTree(root(), options).value();
+        QVERIFY(!listing.isComplete);
+        QCOMPARE(listing.rows.size(), size_t{60});
+        QVERIFY(listing.failures.empty());
+    }
+
+    void aLongSearchThatIsStoppedHasTheRowsOfTheFoldersBefore()
+    {
+        for (const char *name : {"0.mp3", "a/1.mp3", "b/2.mp3", "b/3.mp3", "c/4.mp3"})
+            make(QString::fromUtf8(name));
+        std::stop_source stop;
+        const auto stopAtTheLastFolder = [&](const Progress &now) {
+            if (now.path == native(root() + QStringLiteral("c/")))
+                stop.request_stop();
+        };
+        const ScanOptions options{.progress = stopAtTheLastFolder, .stop = stop.get_token(), .longSearch = {}};
+        const Listing listing = ListFolderTree(root(), options).value();
+        QVERIFY(!listing.isComplete);
+        QStringList found = texts(listing);
+        found.sort();
+        QCOMPARE(found, (QStringList{QStringLiteral("0.mp3"), native(QStringLiteral("a/1.mp3")),
+                            native(QStringLiteral("b/2.mp3")), native(QStringLiteral("b/3.mp3"))}));
+    }
+
+    void aLongSearchGivesTheSameListingAsAShortOne()
+    {
+        for (const char *name : {"0.mp3", "a/1.mp3", "a/x/2.mp3", "b/3.mp3", "b/4.mp3"})
+            make(QString::fromUtf8(name));
+        qsizetype done = 0;
+        bool onlyGrows = true;
+        const auto note = [&](const Progress &now) {
+            onlyGrows = onlyGrows && now.done >= done && now.done <= now.total;
+            done = now.done;
+        };
+        const Listing listing = ListFolderTree(root(), {.progress = note, .longSearch = {}}).value();
+        QVERIFY(listing.isComplete);
+        QCOMPARE(texts(listing), texts(ListFolderTree(root()).value()));
+        QCOMPARE(listing.filesRead, size_t{5});
+        QCOMPARE(done, qsizetype{5});
+        QVERIFY(onlyGrows);
+    }
+
     void aFolderThatCannotBeListedIsAnError()
     {
         QCOMPARE(ListFolder(root() + QStringLiteral("none/"), QString()).error().code, ErrorCode::NotFound);
