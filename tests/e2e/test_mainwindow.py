@@ -2,10 +2,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Everyday work in the main window on real files: open a folder, look at it, edit, save, come back."""
 
+import os
+import subprocess
 import unittest
 
 from collection import Song, has_whole_audio, make_file, read_v1, read_v2
 from harness import EndToEndTest
+from program import PROGRAM
 
 NIEBLA = Song("Niebla", "Ana Cívica", "Mareas", "1998", "1", "Folk", "muelle")
 AMBAR = Song("El Pañuelo de Ámbar", "Ana Cívica", "Mareas", "1998", "2", "Folk", "")
@@ -32,6 +35,35 @@ class Opening(EndToEndTest):
             program.wait(lambda: program.selected_rows() == [0, 1], "all rows selected")
             self.assertEqual(program.status(), ["2 files", str(self.music / "Mareas" / "01 niebla.mp3")])
             self.close()
+
+    @unittest.skipUnless(os.name == "posix", "names with quotes")
+    def test_a_quote_belongs_to_the_name_or_surrounds_it_and_an_address_is_taken(self):
+        folder = self.music / 'Blue Monday 12"'
+        make_file(folder / "inch.mp3", NIEBLA)
+        for argument in (folder, f'"{folder}"', f'"{folder / "inch.mp3"}"', folder.as_uri()):
+            program = self.start(argument)
+            program.wait_for_rows(["inch.mp3"])
+            self.close()
+
+    def test_help_version_and_too_many_arguments_print_and_end(self):
+        self.settings(idioma="fr")
+        home = {"HOME": str(self.desktop.home), "XDG_CONFIG_HOME": str(self.desktop.config)}
+        bare = {"PATH": os.environ["PATH"], "LC_ALL": "C.UTF-8", **home}  # no display
+
+        def run(*arguments, env=bare):
+            return subprocess.run([PROGRAM, *arguments], env=env, capture_output=True, timeout=60, check=False)
+
+        for option in ("--help", "-h"):
+            shown = run(option)
+            self.assertEqual((shown.returncode, shown.stderr), (0, b""))
+            self.assertIn("[DOSSIER | FICHIER.mp3]", shown.stdout.decode())
+            self.assertIn("--version", shown.stdout.decode())
+        shown = run("--version")
+        self.assertEqual((shown.returncode, shown.stderr), (0, b""))
+        self.assertRegex(shown.stdout, rb"\Aravlin [0-9.]+\S*\n\Z")
+        shown = run(self.music, self.music, env={**bare, "QT_QPA_PLATFORM": "offscreen"})
+        self.assertEqual((shown.returncode, shown.stdout), (2, b""))
+        self.assertIn("un seul dossier", shown.stderr.decode())
 
     def test_a_folder_chosen_in_the_tree_is_opened_and_f2_lists_what_is_below_it(self):
         program = self.start(self.music)

@@ -4,6 +4,8 @@
 #include "core/app/settings.h"
 #include "core/platform/path.h"
 
+#include <QDir>
+
 #include <algorithm>
 
 namespace ravlin {
@@ -75,11 +77,16 @@ void FurtherOptions::store(Settings &settings) const
         settings.write(HiddenColumnsKey, hiddenColumns);
 }
 
-QString folderOfCommandLine(const QString &commandLine)
+QString folderOfCommandLine(const QString &commandLine, const QString &workingFolder)
 {
     QString path = commandLine;
-    if (path.endsWith(u'"'))
+    // A name may end in a quote where the system has no other use for it.
+    if (path.startsWith(u'"') && path.endsWith(u'"'))
         path = path.mid(1, path.size() - 2);
+    if (path.startsWith(u"file:/", Qt::CaseInsensitive))
+        path = textOrDefault(droppedAddress(QUrl(path)).path, path);
+    if (!path.isEmpty() && !workingFolder.isEmpty())
+        path = QDir::toNativeSeparators(QDir::cleanPath(QDir(workingFolder).absoluteFilePath(path)));
     if (!path.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive))
         return path;
     return path.left(std::max<qsizetype>(platform::nameStart(path), 1));
@@ -91,7 +98,10 @@ DroppedAddress droppedAddress(const QUrl &url)
         return {};
     if (!url.host().isEmpty() && url.host() != QStringLiteral("localhost"))
         return {{}, url.host()};
-    QString path = url.path(QUrl::FullyDecoded);
+    // As bytes: they need not be Unicode.
+    QString path = platform::decodePath(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toUtf8()));
+    if (path.contains(QChar::Null))
+        return {}; // for the system it would end there
     const auto isSeparator = [](QChar c) { return c == u'/' || c == platform::Separator; };
     // Two separators in front of a name mean another computer on Windows, and nothing on other systems.
     if (path.size() > 1 && isSeparator(path[0]) && isSeparator(path[1])) {

@@ -83,12 +83,13 @@ struct ProgramState
     FurtherOptions options; ///< how tags are written, what the file list shows and does
 };
 
-/// The folder that a command line names, as text. Removes quotes around it, and cuts a name that ends in ".mp3" back to
-/// the folder that holds the file, including the separator. A name without a separator beyond its first character is
-/// cut to that character. Any other text is a folder's path as it stands. Does not look at the disk.
-QString folderOfCommandLine(const QString &commandLine);
+/// The folder that a command line names, as text. Removes quotes around it, takes the path out of the address of a file
+/// on this computer ("file:///..."), makes the path absolute if there is a working folder, and cuts a name that ends in
+/// ".mp3" back to the folder that holds the file, including the separator. A name without a separator beyond its first
+/// character is cut to that character. Any other text is a folder's path as it stands. Does not look at the disk.
+QString folderOfCommandLine(const QString &commandLine, const QString &workingFolder = {});
 
-/// What an address dropped on the window stands for. Both are empty for one that is not of a file.
+/// What an address given to the window stands for. Both are empty for one that is not of a file.
 struct DroppedAddress
 {
     QString path;          ///< on this computer or on a drive that the user has connected to it

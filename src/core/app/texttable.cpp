@@ -405,6 +405,20 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::NameFormerTabs, {u"tabs to the left", u"pestañas de la izquierda", u"onglets de gauche"}},
     {Text::NameFurtherTabs, {u"tabs to the right", u"pestañas de la derecha", u"onglets de droite"}},
     {Text::NameStatusBar, {u"status bar", u"barra de estado", u"barre d'état"}},
+    // What the program prints for the options --help and --version, and for too many arguments.
+    {Text::UsageLine, {u"usage: ravlin [FOLDER | FILE.mp3]", u"uso: ravlin [CARPETA | ARCHIVO.mp3]",
+                          u"utilisation\u00a0: ravlin [DOSSIER | FICHIER.mp3]"}},
+    {Text::UsageWhat,
+        {u"shows the mp3 files of the folder, or of the folder that holds the file, and edits their tags",
+            u"muestra los archivos mp3 de la carpeta, o de la que contiene el archivo, y edita sus etiquetas",
+            u"montre les fichiers mp3 du dossier, ou de celui qui contient le fichier, et édite leurs tags"}},
+    {Text::UsageHelp, {u"show this and end", u"muestra esto y termina", u"affiche ceci et se termine"}},
+    {Text::UsageVersion,
+        {u"show the version and end", u"muestra la versión y termina", u"affiche la version et se termine"}},
+    {Text::OneFolderOnly, {u"only one folder or file can be opened; a name with blanks needs quotes",
+                              u"solo se puede abrir una carpeta o un archivo; un nombre con espacios necesita comillas",
+                              u"un seul dossier ou fichier peut être ouvert\u00a0; un nom avec des espaces veut des "
+                              u"guillemets"}},
     {Text::TitleWaiting, {u"one moment, please", u"un momento, por favor", u"un instant, s'il vous plaît"}},
     {Text::StopWork, {u"&stop", u"&detener", u"&arrêter"}},
     // In the status bar after a listing was stopped. %1: how many, %2: the word for files

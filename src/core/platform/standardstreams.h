@@ -6,6 +6,8 @@
 #include <QByteArrayView>
 #include <QStringList>
 
+#include <optional>
+
 /// What a program gets from whoever starts it: its arguments and its standard streams. For one thread.
 namespace ravlin::platform {
 
@@ -23,13 +25,17 @@ enum class StandardStream
 QStringList programArguments(int argc, char **argv);
 
 /// What follows the program's name, as one text. On Windows that is the command line as given, without quotes around
-/// it, since not every program that opens a file for the user quotes its name; elsewhere it is the first argument.
-QString commandLineText(int argc, char **argv);
+/// it, since not every program that opens a file for the user quotes its name; elsewhere it is the only argument, and
+/// there is no such text if there are several.
+std::optional<QString> commandLineText(int argc, char **argv);
 
 /// To be called before anything else opens a file. Keeps the number of a standard stream that the caller closed from
 /// being given to the next opened file, which messages would then go into. Also makes a reader that has gone away an
 /// outcome of writing instead of the end of the program.
 void prepareStandardStreams();
+
+/// Whether somebody may read the stream. On Windows a program with windows has none unless it was given one.
+bool hasStream(StandardStream stream);
 
 /// Whether the stream goes to a terminal, where a person reads it.
 bool isTerminal(StandardStream stream);

@@ -147,12 +147,45 @@ private Q_SLOTS:
             << QStringLiteral("/Music/a.ogg") << QStringLiteral("/Music/a.ogg");
         QTest::newRow("empty") << QString() << QString();
         QTest::newRow("a quote alone") << QStringLiteral("\"") << QString();
+        QTest::newRow("a quoted folder") << QStringLiteral("\"/x/cd 1\"") << QStringLiteral("/x/cd 1");
+        QTest::newRow("a quote belongs to the name")
+            << QStringLiteral("/x/Blue Monday 12\"") << QStringLiteral("/x/Blue Monday 12\"");
+        QTest::newRow("an address of a folder") << QStringLiteral("file:///x/cd%201") << QStringLiteral("/x/cd 1");
+        QTest::newRow("an address of a file") << QStringLiteral("FILE:///x/a%20b.mp3") << QStringLiteral("/x/");
     }
     void aCommandLineNamesAFolder()
     {
         QFETCH(QString, commandLine);
         QFETCH(QString, folder);
         QCOMPARE(folderOfCommandLine(native(commandLine)), native(folder));
+    }
+
+    void aFolderOfTheCommandLineIsMadeAbsoluteWithoutItsQuotes_data()
+    {
+        QTest::addColumn<QString>("commandLine");
+        QTest::addColumn<QString>("folder");
+        const auto row = [](const char *commandLine, const char *folder) {
+            QTest::newRow(commandLine) << QString::fromLatin1(commandLine) << QString::fromLatin1(folder);
+        };
+        row("cd 1", "/music/cd 1");
+        row("\"cd 1\"", "/music/cd 1");
+        row("\"/x/cd 1\"", "/x/cd 1");
+        row("cd 12\"", "/music/cd 12\"");
+        row("../x/./y", "/x/y");
+        row("song.mp3", "/music/");
+        row("\"cd/song.mp3\"", "/music/cd/");
+        row("file:/x/cd", "/x/cd");
+        row("file://nas/share", "/music/file:/nas/share"); // a name that no folder has
+        row("", "");
+        row("\"\"", "");
+    }
+    void aFolderOfTheCommandLineIsMadeAbsoluteWithoutItsQuotes()
+    {
+        if (platform::Separator != u'/')
+            QSKIP("paths with a drive");
+        QFETCH(QString, commandLine);
+        QFETCH(QString, folder);
+        QCOMPARE(folderOfCommandLine(commandLine, QStringLiteral("/music")), folder);
     }
 
     void aDroppedAddressIsAPathOfThisComputerOrNamesAnotherOne_data()
@@ -176,6 +209,8 @@ private Q_SLOTS:
         row("file://localhost//nas/share", none, QStringLiteral("nas"));
         row("file:////%3F/UNC/nas/share", none, QStringLiteral("?"));
         row("http://nas/share", none, none);
+        row("file:///a%00b", none, none);
+        row("file:///caf%C3%A9%E9", platform::decodePath("/caf\xC3\xA9\xE9"), none);
         row("smb://nas/share", none, none);
         row("", none, none);
         if (platform::Separator == u'\\') {

@@ -40,8 +40,10 @@ QStringList programArguments(int argc, char **argv)
     return arguments;
 }
 
-QString commandLineText(int argc, char **argv)
+std::optional<QString> commandLineText(int argc, char **argv)
 {
+    if (argc > 2)
+        return std::nullopt;
     return argc > 1 ? decodePath(QByteArray(argv[1])) : QString();
 }
 
@@ -56,6 +58,11 @@ void prepareStandardStreams()
     // For displayWidth. Any language will do whose characters are Unicode.
     if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr)
         std::setlocale(LC_CTYPE, "");
+}
+
+bool hasStream(StandardStream)
+{
+    return true; // whoever closed it wants to read nothing
 }
 
 bool isTerminal(StandardStream stream)

@@ -84,7 +84,7 @@ QStringList programArguments(int, char **)
     return arguments;
 }
 
-QString commandLineText(int, char **)
+std::optional<QString> commandLineText(int, char **)
 {
     QString text = fromWide(::GetCommandLineW());
     // The program's name ends at the first blank outside quotes.
@@ -99,6 +99,11 @@ QString commandLineText(int, char **)
 void prepareStandardStreams()
 {
     // Nothing to do: handles have no numbers that could be reused, and no signal ends the program.
+}
+
+bool hasStream(StandardStream stream)
+{
+    return ::GetFileType(handleOf(stream)) != FILE_TYPE_UNKNOWN;
 }
 
 bool isTerminal(StandardStream stream)
