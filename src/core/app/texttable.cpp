@@ -417,8 +417,8 @@ constexpr std::array<Row, TextCount> Rows{{
         {u"show the version and end", u"muestra la versión y termina", u"affiche la version et se termine"}},
     {Text::OneFolderOnly, {u"only one folder or file can be opened; a name with blanks needs quotes",
                               u"solo se puede abrir una carpeta o un archivo; un nombre con espacios necesita comillas",
-                              u"un seul dossier ou fichier peut être ouvert\u00a0; un nom avec des espaces veut des "
-                              u"guillemets"}},
+                              u"un seul dossier ou fichier peut être ouvert\u00a0; un nom avec des espaces doit être "
+                              u"entre guillemets"}},
     {Text::TitleWaiting, {u"one moment, please", u"un momento, por favor", u"un instant, s'il vous plaît"}},
     {Text::StopWork, {u"&stop", u"&detener", u"&arrêter"}},
     // In the status bar after a listing was stopped. %1: how many, %2: the word for files

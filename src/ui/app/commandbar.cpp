@@ -143,7 +143,7 @@ void CommandBar::addFurtherActions(FileCommands &files)
         ofTheTree->setShortcutContext(Qt::WidgetShortcut); // the tree handles these keys
     connect(m_undo, &QAction::triggered, &files, &FileCommands::undo);
     connect(m_listTree, &QAction::triggered, &m_parts.lister, &ListController::ListFolderTree);
-    connect(m_refreshTree, &QAction::triggered, &m_parts.tree, &FolderTree::refresh);
+    connect(m_refreshTree, &QAction::triggered, &m_parts.tree, &FolderTree::refreshAsAsked);
 }
 
 QAction *CommandBar::furtherAction(const QString &name, const QString &icon, const QKeySequence &shortcut)

@@ -243,8 +243,7 @@ void principal::openAtStart(const QString &folderOfCommandLine)
     QString path = folderOfCommandLine;
     if (path.isEmpty() && m_program.settings.read(settingskey::Recuerda) == QStringLiteral("si"))
         path = m_program.settings.read(settingskey::Ruta);
-    if (!path.isEmpty())
-        openFolder(path);
+    m_isStartFolderMissing = !path.isEmpty() && !m_tree->setPath(path);
 }
 
 void principal::openFolder(const QString &path)
@@ -367,7 +366,10 @@ void principal::closeEvent(QCloseEvent *event)
 void principal::saveSettings()
 {
     Settings &settings = m_program.settings;
-    settings.write(settingskey::Ruta, m_program.state.currentFolder);
+    const QString &folder = m_program.state.currentFolder;
+    // The remembered folder may be on a drive that is not there today.
+    if (!folder.isEmpty() || !m_isStartFolderMissing)
+        settings.write(settingskey::Ruta, folder);
     m_batchPages->storeChoices();
     m_program.choices.store(settings);
     settings.write(GeometryKey, QString::fromLatin1(saveGeometry().toBase64()));

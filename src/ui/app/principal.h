@@ -40,7 +40,8 @@ public:
     /// On the very first run, when no tag-save mode was ever chosen, opens the options dialog to choose one. Returns
     /// once it is closed. Call it before the window is shown.
     void chooseAtFirstRun();
-    /// Opens the folder that the command line names or, if it is empty and the user has chosen so, the last one.
+    /// Opens the folder that the command line names or, if it is empty and the user has chosen so, the last one. If
+    /// that does not exist, opens none.
     void openAtStart(const QString &folderOfCommandLine);
     /// Puts the current language's texts on everything.
     void applyCaptions();
@@ -92,6 +93,7 @@ private:
     ProgramDialogs *m_dialogs = nullptr;
     FileCommands *m_fileCommands = nullptr;
     CommandBar *m_commandBar = nullptr;
+    bool m_isStartFolderMissing = false;
     bool m_isPageBehind = false; ///< another row was clicked while the single-file page was hidden
 };
 

@@ -8,6 +8,7 @@
 #include <QIcon>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScrollBar>
 #include <QStyle>
 #include <QStyledItemDelegate>
 
@@ -68,7 +69,10 @@ private:
 
 } // namespace
 
-FolderTree::FolderTree(QWidget *parent) : FolderTree(standardFolderRoots(), parent) {}
+FolderTree::FolderTree(QWidget *parent) : FolderTree(standardFolderRoots(), parent)
+{
+    m_hasStandardRoots = true;
+}
 
 FolderTree::FolderTree(const std::vector<FolderRoot> &roots, QWidget *parent)
     : QTreeView(parent), m_model(new FolderModel(roots, this))
@@ -82,6 +86,10 @@ FolderTree::FolderTree(const std::vector<FolderRoot> &roots, QWidget *parent)
     // A long name scrolls into view instead of being cut.
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    const auto leaveMiddle = [this] { m_middle = QModelIndex(); };
+    connect(verticalScrollBar(), &QAbstractSlider::actionTriggered, this, leaveMiddle); // by the user alone
+    connect(this, &QTreeView::expanded, this, leaveMiddle);
+    connect(this, &QTreeView::collapsed, this, leaveMiddle);
 }
 
 QString FolderTree::path() const
@@ -92,24 +100,59 @@ QString FolderTree::path() const
 
 bool FolderTree::setPath(const QString &path)
 {
+    const FolderModel::Found found = find(path);
+    if (!found.isExact) {
+        if (this->path().isEmpty())
+            showNearest(path, found.index);
+        return false;
+    }
     m_isChanging = true;
-    const bool isExact = selectFolder(path);
+    select(found.index);
     m_isChanging = false;
     announce();
-    return isExact;
+    return true;
 }
 
-bool FolderTree::selectFolder(const QString &path)
+void FolderTree::showNearest(const QString &missingPath, const QModelIndex &nearest)
+{
+    m_missingPath = missingPath;
+    if (!nearest.isValid())
+        return;
+    openDownTo(nearest);
+    selectionModel()->setCurrentIndex(nearest, QItemSelectionModel::NoUpdate); // keys begin there
+    showInTheMiddle(nearest);
+}
+
+FolderModel::Found FolderTree::find(const QString &path) const
 {
     const QString absolute = QDir::cleanPath(QDir::current().absoluteFilePath(QDir::fromNativeSeparators(path)));
-    const FolderModel::Found found = m_model->find(QDir::toNativeSeparators(absolute), currentIndex());
-    if (!found.index.isValid())
-        return false;
-    for (QModelIndex above = found.index.parent(); above.isValid(); above = above.parent())
+    return m_model->find(QDir::toNativeSeparators(absolute), currentIndex());
+}
+
+void FolderTree::select(const QModelIndex &folder)
+{
+    if (!folder.isValid())
+        return;
+    openDownTo(folder);
+    setCurrentIndex(folder);
+    showInTheMiddle(folder);
+}
+
+void FolderTree::openDownTo(const QModelIndex &folder)
+{
+    for (QModelIndex above = folder.parent(); above.isValid(); above = above.parent())
         expand(above);
-    setCurrentIndex(found.index);
-    scrollTo(found.index);
-    return found.isExact;
+}
+
+/// From top to bottom; sideways so that its name is seen and, if possible, the folders above it.
+void FolderTree::showInTheMiddle(const QModelIndex &folder)
+{
+    scrollTo(folder, PositionAtCenter);
+    const int room = viewport()->width();
+    const int left = visualRect(folder).left() + horizontalScrollBar()->value();
+    const int beyond = left + sizeHintForIndex(folder).width() - room;
+    horizontalScrollBar()->setValue(left < room / 2 ? 0 : std::clamp(beyond, 0, left));
+    m_middle = folder;
 }
 
 void FolderTree::refresh()
@@ -117,8 +160,12 @@ void FolderTree::refresh()
     const QString before = path();
     m_isChanging = true;
     m_model->refresh();
-    if (path() != before)
-        selectFolder(before);
+    if (path() != before) {
+        select(find(before).index);
+    } else if (before.isEmpty() && !m_missingPath.isEmpty()) {
+        if (const FolderModel::Found found = find(m_missingPath); found.isExact)
+            select(found.index);
+    }
     m_isChanging = false;
     scheduleDelayedItemsLayout(); // only a layout asks whether a closed folder can be opened
     announce();
@@ -128,7 +175,7 @@ void FolderTree::refreshTo(const QString &newPath)
 {
     m_isChanging = true;
     m_model->refresh();
-    selectFolder(newPath);
+    select(find(newPath).index);
     m_isChanging = false;
     scheduleDelayedItemsLayout();
     announce();
@@ -137,8 +184,10 @@ void FolderTree::refreshTo(const QString &newPath)
 void FolderTree::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)
 {
     QTreeView::selectionChanged(selected, deselected);
-    if (!m_isChanging)
-        announce();
+    if (m_isChanging)
+        return;
+    m_middle = QModelIndex();
+    announce();
 }
 
 QItemSelectionModel::SelectionFlags FolderTree::selectionCommand(const QModelIndex &index, const QEvent *event) const
@@ -152,6 +201,8 @@ QItemSelectionModel::SelectionFlags FolderTree::selectionCommand(const QModelInd
 
 void FolderTree::announce()
 {
+    if (!path().isEmpty())
+        m_missingPath.clear();
     if (std::exchange(m_announcedPath, path()) != path() && !path().isEmpty())
         Q_EMIT pathChanged(path());
 }
@@ -164,8 +215,25 @@ int FolderTree::sizeHintForColumn(int column) const
 
 void FolderTree::resizeEvent(QResizeEvent *event)
 {
+    const QModelIndex shown = shownAtResize(event->oldSize().height());
     header()->resizeSections(QHeaderView::ResizeToContents);
     QTreeView::resizeEvent(event);
+    if (shown.isValid())
+        showInTheMiddle(shown);
+}
+
+/// The folder to keep in sight: what stands in the middle, or the selected one if it was seen. When only a scroll bar
+/// comes or goes, the latter stays where it is.
+QModelIndex FolderTree::shownAtResize(int formerHeight)
+{
+    const bool isResized = std::exchange(m_formerHeight, height()) != height();
+    if (m_middle.isValid() || !isResized)
+        return m_middle;
+    const QModelIndexList selected = selectionModel()->selectedIndexes();
+    if (selected.isEmpty())
+        return {};
+    const QRect place = visualRect(selected.front());
+    return place.top() < formerHeight && place.bottom() >= 0 ? selected.front() : QModelIndex();
 }
 
 /// The style does not highlight the indentation of a selected row.
@@ -189,10 +257,16 @@ void FolderTree::keyReleaseEvent(QKeyEvent *event)
         Q_EMIT deleteRequested();
     else if (event->key() == Qt::Key_F2)
         Q_EMIT listTreeRequested();
-    else if (event->key() == Qt::Key_F5) {
-        refresh();
-        Q_EMIT refreshed();
-    }
+    else if (event->key() == Qt::Key_F5)
+        refreshAsAsked();
+}
+
+void FolderTree::refreshAsAsked()
+{
+    if (m_hasStandardRoots)
+        m_model->addRoots(standardFolderRoots());
+    refresh();
+    Q_EMIT refreshed();
 }
 
 } // namespace ravlin

@@ -6,6 +6,7 @@
 #include "ui/app/principalfixture.h"
 #include "ui/controls/busy.h"
 
+#include <QAccessible>
 #include <QDesktopServices>
 #include <QHeaderView>
 #include <QMessageBox>
@@ -243,13 +244,16 @@ private Q_SLOTS:
         m_program->state.freeMegabytes = 1;
         control<QLineEdit>(u"Ttitulo"_s)->setText(u"new"_s);
         QString message;
-        QTimer::singleShot(0, this, [&] {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            message = box ? box->text() : u"no box"_s;
-            if (box)
+        QTimer answer; // the save may take a while
+        answer.callOnTimeout(this, [&] {
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                message = box->text();
                 box->accept();
+            }
         });
+        answer.start(0);
         control<QPushButton>(u"edita"_s)->click();
+        answer.stop();
         QCOMPARE(message, u"low disk space, operation cancelled"_s);
         QCOMPARE(titleOf(u"a.mp3"_s), u"title a"_s);
 
@@ -397,10 +401,24 @@ private Q_SLOTS:
             QVERIFY(isStopped);
             QVERIFY(list()->selectedRows().empty());
             QCOMPARE(panel(1), u"%1 files, not all"_s.arg(list()->rowCount()));
-            QTest::keyClick(tree(), Qt::Key_F5);
+            if (key == u"click"_s)
+                QTest::keyClick(tree(), Qt::Key_F5);
+            else
+                m_window->findChild<QAction *>(u"refreshTree"_s)->trigger();
             QCOMPARE(list()->rowCount(), count);
             QCOMPARE(list()->selectedRows().size(), std::size_t(count));
             QCOMPARE(panel(1), u"%1 files"_s.arg(count));
+        }
+    }
+
+    void theButtonThatStopsAListingHasANameInEachLanguage()
+    {
+        open();
+        auto *button = control<QPushButton>(u"stop"_s);
+        for (const auto &[language, name] : {std::pair{u"english"_s, u"stop"_s}, std::pair{u"spanish"_s, u"detener"_s},
+                 std::pair{u"french"_s, u"arrêter"_s}}) {
+            speak(language);
+            QCOMPARE(QAccessible::queryAccessibleInterface(button)->text(QAccessible::Name), name);
         }
     }
 

@@ -185,13 +185,74 @@ private Q_SLOTS:
         QTEST(list()->rowCount(), "rows");
     }
 
-    void aRememberedFolderThatIsGoneGivesTheNearestAbove()
+    void ofARememberedFolderThatIsGoneNothingIsListedOrForgotten()
     {
         addFile(u"a.mp3"_s);
         store({{u"recuerda"_s, u"si"_s}, {u"ruta"_s, at(u"gone/deeper"_s)}});
+        for (int start = 0; start < 2; ++start) {
+            open();
+            QCOMPARE(tree()->path(), QString());
+            QCOMPARE(tree()->currentIndex().data(FolderModel::PathRole).toString(), path());
+            QCOMPARE(list()->rowCount(), 0);
+            QCOMPARE(panel(1), QString());
+            QTest::keyClick(tree(), Qt::Key_F2);
+            QTest::keyClick(tree(), Qt::Key_F5);
+            QCOMPARE(list()->rowCount(), 0);
+            closeWindow();
+            QCOMPARE(stored(u"ruta"), at(u"gone/deeper"_s));
+        }
         open();
-        QCOMPARE(tree()->path(), path());
-        QCOMPARE(list()->rowCount(), 1);
+        tree()->setPath(path());
+        closeWindow();
+        QCOMPARE(stored(u"ruta"), path() + QDir::separator());
+    }
+
+    void aRememberedFolderThatAppearsIsOpenedByARefresh()
+    {
+        store({{u"recuerda"_s, u"si"_s}, {u"ruta"_s, at(u"stick/music"_s) + QDir::separator()}});
+        open();
+        QCOMPARE(list()->rowCount(), 0);
+        addFile(u"stick/music/a.mp3"_s);
+        QTest::keyClick(tree(), Qt::Key_F5);
+        QCOMPARE(list()->rowTexts(), QStringList{u"a.mp3"_s});
+        closeWindow();
+        QCOMPARE(stored(u"ruta"), at(u"stick/music"_s) + QDir::separator());
+    }
+
+    void ofACommandLineThatNamesNoFolderNothingIsListedOrForgotten_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("folder") << u"gone"_s;
+        QTest::newRow("file in no folder") << u"gone/a.mp3"_s;
+        QTest::newRow("file of another type") << u"cover.jpg"_s;
+    }
+    void ofACommandLineThatNamesNoFolderNothingIsListedOrForgotten()
+    {
+        QFETCH(QString, name);
+        addFile(u"a.mp3"_s);
+        addFile(u"cover.jpg"_s);
+        addFile(u"last/b.mp3"_s);
+        store({{u"recuerda"_s, u"si"_s}, {u"ruta"_s, at(u"last"_s)}});
+        open(folderOfCommandLine(at(name)));
+        QCOMPARE(list()->rowCount(), 0);
+        QCOMPARE(tree()->path(), QString());
+        QCOMPARE(tree()->currentIndex().data(FolderModel::PathRole).toString(), path());
+        closeWindow();
+        QCOMPARE(stored(u"ruta"), at(u"last"_s));
+    }
+
+    void theOpenedFolderStandsInTheMiddleOfTheTreeWhenTheWindowGrows()
+    {
+        for (int i = 100; i < 200; ++i)
+            addFile(u"%1/a.mp3"_s.arg(i));
+        open(at(u"150"_s), QSize(800, 500));
+        for (const QSize size : {QSize(800, 500), QSize(1100, 900), QSize(700, 450)}) {
+            m_window->resize(size);
+            QCoreApplication::processEvents();
+            const QRect place = tree()->visualRect(tree()->currentIndex());
+            const int middle = tree()->viewport()->rect().center().y();
+            QVERIFY(std::abs(place.center().y() - middle) <= place.height());
+        }
     }
 
     void genreListIndex0IsTheEmptyEntryAndGenre0IsIndex1()

@@ -152,18 +152,116 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 2);
     }
 
-    void aPathThatIsGoneGivesItsNearestAncestor()
+    void ofAPathThatIsGoneTheNearestAncestorIsShownAndNothingSelected()
     {
         make("a/b");
         open();
+        QSignalSpy changes(m_tree.get(), &FolderTree::pathChanged);
         QVERIFY(!m_tree->setPath(at(QStringLiteral("a/none/deeper"))));
-        QCOMPARE(m_tree->path(), at(QStringLiteral("a")));
+        QCOMPARE(m_tree->path(), QString());
+        QCOMPARE(m_tree->currentIndex().data(FolderModel::PathRole).toString(), at(QStringLiteral("a")));
+        QVERIFY(m_tree->isExpanded(root()));
         QFile file(at(QStringLiteral("a/file")));
         QVERIFY(file.open(QIODevice::WriteOnly));
         QVERIFY(!m_tree->setPath(at(QStringLiteral("a/file"))));
-        QCOMPARE(m_tree->path(), at(QStringLiteral("a")));
+        QCOMPARE(m_tree->path(), QString());
+        m_tree->refresh();
+        QCOMPARE(m_tree->path(), QString());
+        QCOMPARE(changes.count(), 0);
+        QVERIFY(m_tree->setPath(at(QStringLiteral("a/b"))));
         QVERIFY(!m_tree->setPath(drive() + QStringLiteral("no such folder")));
-        QCOMPARE(m_tree->path(), drive());
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a/b")));
+        QCOMPARE(changes.count(), 1);
+    }
+
+    void aFolderThatAppearsIsSelectedByARefreshUnlessAnotherIs()
+    {
+        make("a");
+        open();
+        QSignalSpy changes(m_tree.get(), &FolderTree::pathChanged);
+        m_tree->setPath(at(QStringLiteral("stick/music")));
+        make("stick");
+        m_tree->refresh();
+        QCOMPARE(changes.count(), 0);
+        make("stick/music");
+        m_tree->refresh();
+        QCOMPARE(m_tree->path(), at(QStringLiteral("stick/music")));
+        QCOMPARE(changes.count(), 1);
+
+        open();
+        m_tree->setPath(at(QStringLiteral("later")));
+        m_tree->setPath(at(QStringLiteral("a")));
+        make("later");
+        m_tree->refresh();
+        QCOMPARE(m_tree->path(), at(QStringLiteral("a")));
+    }
+
+    void aFolderThatIsOpenedStandsInTheMiddleAlsoAfterAResize()
+    {
+        for (int i = 100; i < 200; ++i)
+            make(QByteArray::number(i).constData());
+        open();
+        m_tree->resize(200, 300);
+        m_tree->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_tree.get()));
+        const auto distance = [this] {
+            const QRect place = m_tree->visualRect(m_tree->currentIndex());
+            return std::abs(place.center().y() - m_tree->viewport()->rect().center().y()) - place.height();
+        };
+        QVERIFY(m_tree->setPath(at(QStringLiteral("150"))));
+        QVERIFY2(distance() <= 0, "opened");
+        for (const QSize size : {QSize(200, 700), QSize(500, 700), QSize(150, 200)}) {
+            m_tree->resize(size);
+            QVERIFY2(distance() <= 0, "resized");
+        }
+        // A folder that was clicked stays under the pointer, and comes into the middle with the next resize.
+        const QModelIndex first = m_tree->indexAt(QPoint(60, 5));
+        QTest::mouseClick(m_tree->viewport(), Qt::LeftButton, {}, m_tree->visualRect(first).center());
+        QCOMPARE(m_tree->currentIndex(), first);
+        QVERIFY(distance() > 0);
+        m_tree->resize(160, 200);
+        QVERIFY(distance() > 0);
+        m_tree->resize(160, 600);
+        QVERIFY(distance() <= 0);
+        // Who has scrolled away stays there.
+        m_tree->verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMinimum);
+        m_tree->resize(160, 300);
+        QCOMPARE(m_tree->verticalScrollBar()->value(), m_tree->verticalScrollBar()->minimum());
+    }
+
+    void theNameOfADeepFolderIsSeen()
+    {
+        QString deep;
+        for (int i = 0; i < 12; ++i)
+            deep += QStringLiteral("deeper/");
+        make(qPrintable(deep + QStringLiteral("end")));
+        open();
+        m_tree->resize(200, 300);
+        m_tree->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_tree.get()));
+        QVERIFY(m_tree->setPath(at(deep + QStringLiteral("end"))));
+        const int left = m_tree->visualRect(m_tree->currentIndex()).left();
+        QVERIFY2(left >= 0 && left < m_tree->viewport()->width() / 2 + 60, QByteArray::number(left));
+        QVERIFY(m_tree->setPath(at(QStringLiteral("deeper"))));
+        QCOMPARE(m_tree->horizontalScrollBar()->value(), 0);
+    }
+
+    void rootsThatComeLaterFindTheirPlace()
+    {
+        for (const char *name : {"a", "b", "c", "d"})
+            make(name);
+        const auto rootAt = [this](const char *name) { return FolderRoot{at(QString::fromLatin1(name))}; };
+        FolderModel model({rootAt("b"), rootAt("d")});
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        const QPersistentModelIndex last = model.index(1, 0);
+        model.addRoots({rootAt("a"), rootAt("b"), rootAt("c"), rootAt("d")});
+        QStringList names;
+        for (int row = 0; row < model.rowCount(); ++row)
+            names += model.index(row, 0).data().toString();
+        QCOMPARE(names, list("a b c d"));
+        QCOMPARE(last.row(), 3);
+        QVERIFY(model.find(at(QStringLiteral("a"))).isExact);
+        QCOMPARE(model.find(at(QStringLiteral("d"))).index.row(), 3);
     }
 
     void hiddenNewAndOddlyNamedFoldersAreFound()

@@ -82,21 +82,23 @@ std::vector<FolderRoot> standardFolderRoots()
 
 FolderModel::FolderModel(const std::vector<FolderRoot> &roots, QObject *parent) : QAbstractItemModel(parent)
 {
-    for (const FolderRoot &root : roots) {
-        Subfolder folder;
-        folder.path = root.path;
-        // A drive's root goes by the name "C:".
-        const bool isRoot = root.path.size() > 1 && root.path.endsWith(platform::Separator);
-        const QString path = isRoot ? root.path.chopped(1) : root.path;
-        const QString name = platform::nameOf(path);
-        folder.name = name.isEmpty() ? path : name;
-        look(folder);
-        m_roots.push_back(
-            std::make_unique<Node>(Node{folder, nullptr, static_cast<int>(m_roots.size()), root.kind, false, Nodes()}));
-    }
+    addRoots(roots);
 }
 
 FolderModel::~FolderModel() = default;
+
+std::unique_ptr<FolderModel::Node> FolderModel::rootNode(const FolderRoot &root)
+{
+    Subfolder folder;
+    folder.path = root.path;
+    // A drive's root goes by the name "C:".
+    const bool isRoot = root.path.size() > 1 && root.path.endsWith(platform::Separator);
+    const QString path = isRoot ? root.path.chopped(1) : root.path;
+    const QString name = platform::nameOf(path);
+    folder.name = name.isEmpty() ? path : name;
+    look(folder);
+    return std::make_unique<Node>(Node{folder, nullptr, 0, root.kind, false, Nodes()});
+}
 
 // The item model
 
@@ -262,6 +264,27 @@ void FolderModel::refresh()
         look(root->folder);
         Q_EMIT dataChanged(indexOf(root.get()), indexOf(root.get()));
         refreshNode(*root);
+    }
+}
+
+void FolderModel::addRoots(const std::vector<FolderRoot> &roots)
+{
+    const auto placeOf = [this](const FolderRoot &root) {
+        return std::find_if(m_roots.begin(), m_roots.end(),
+            [&](const std::unique_ptr<Node> &known) { return known->folder.path == root.path; });
+    };
+    auto place = m_roots.end();
+    for (auto root = roots.rbegin(); root != roots.rend(); ++root) {
+        if (const auto known = placeOf(*root); known != m_roots.end()) {
+            place = known;
+            continue;
+        }
+        const int row = static_cast<int>(place - m_roots.begin());
+        beginInsertRows({}, row, row);
+        place = m_roots.insert(place, rootNode(*root));
+        for (std::size_t next = 0; next < m_roots.size(); ++next)
+            m_roots[next]->row = static_cast<int>(next);
+        endInsertRows();
     }
 }
 

@@ -70,6 +70,8 @@ public:
 
     /// Reads all known levels again, keeping the nodes that still exist.
     void refresh();
+    /// Adds the roots that it lacks, each before the next one of these that it has. Roots that are gone stay.
+    void addRoots(const std::vector<FolderRoot> &roots);
 
 private:
     struct Node;
@@ -82,6 +84,7 @@ private:
     static std::vector<Subfolder> readSubfolders(const Node &node);
     static void look(Subfolder &subfolder);
 
+    static std::unique_ptr<Node> rootNode(const FolderRoot &root);
     void load(Node &node);
     void refreshNode(Node &node);
     void updateChildren(Node &node, const std::vector<Subfolder> &found);
