@@ -99,6 +99,12 @@ QString Captions::text(Text text) const
     return (languageTexts(text).*m_column).toString();
 }
 
+QString Captions::mark(QChar mark) const
+{
+    const bool isFrench = m_column == &LanguageTexts::french;
+    return isFrench ? QStringLiteral("\u00a0") + mark : QString(mark);
+}
+
 QString Captions::errorText(ErrorCode code) const
 {
     switch (code) {

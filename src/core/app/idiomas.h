@@ -51,6 +51,8 @@ public:
     QString text(Caption caption) const;
     /// A text beyond the captions; in English before the first fill.
     QString text(Text text) const;
+    /// A colon, semicolon or question mark between texts, with the no-break space that French sets before it.
+    QString mark(QChar mark) const;
     /// One sentence for the user about what went wrong.
     QString errorText(ErrorCode code) const;
 

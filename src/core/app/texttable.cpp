@@ -387,10 +387,15 @@ constexpr std::array<Row, TextCount> Rows{{
             u"software libre bajo la Licencia Pública General de GNU, versión 3 o posterior; sin ninguna garantía",
             u"logiciel libre sous la licence publique générale GNU, version 3 ou ultérieure\u00a0; sans aucune "
             u"garantie"}},
-    {Text::AboutThanks,
-        {u"with thanks to the TagLib project, to freedb and those who carry it on, and to all contributors",
-            u"gracias al proyecto TagLib, a freedb y a quienes lo continúan, y a todos los colaboradores",
-            u"merci au projet TagLib, à freedb et à ceux qui le poursuivent, et à tous les contributeurs"}},
+    {Text::AboutThanks, {u"with thanks to the TagLib project, whose library checks our reading of tags in the tests, "
+                         u"to freedb and those "
+                         u"who carry it on, and to all contributors",
+                            u"gracias al proyecto TagLib, cuya biblioteca comprueba en las pruebas nuestra lectura de "
+                            u"etiquetas, a freedb y "
+                            u"a quienes lo continúan, y a todos los colaboradores",
+                            u"merci au projet TagLib, dont la bibliothèque vérifie notre lecture des tags dans les "
+                            u"tests, à freedb et à "
+                            u"ceux qui le poursuivent, et à tous les contributeurs"}},
     {Text::AboutLibraries, {u"made with", u"hecho con", u"fait avec"}},
     {Text::NameWebSite, {u"web site", u"sitio web", u"site web"}},
     {Text::NameMail, {u"e-mail to the authors", u"correo a los autores", u"courriel aux auteurs"}},

@@ -30,10 +30,12 @@ constexpr QStringView TagLibrarySite = u"https://taglib.org/";
 /// The successor of freedb, whose own site has closed.
 constexpr QStringView DatabaseSite = u"https://gnudb.org/";
 
-/// The libraries and their licences. Names need no translation.
+/// What the program is linked with or contains, and the licences: what every system has, and what belongs to this one's
+/// compiler. Names need no translation.
 QString libraries()
 {
-    return QStringLiteral("Qt %1 (LGPL 3), tl::expected (CC0 1.0), Lucide (ISC, MIT)").arg(QLatin1String(qVersion()));
+    return QStringLiteral("Qt %1 (LGPL 3), zlib (zlib), tl::expected (CC0 1.0), Lucide (ISC, MIT), " RAVLIN_RUNTIME)
+        .arg(QLatin1String(qVersion()));
 }
 
 /// The palette's own colour for links is made for light windows, and dark palettes often keep it.
@@ -193,7 +195,7 @@ void frmAbout::applyCaptions()
     m_mail->setAccessibleDescription(m_mail->text());
     m_mail->setToolTip(m_captions.text(Text::TipWriteMail));
     m_thanks->setText(m_captions.text(Text::AboutThanks));
-    m_libraries->setText(m_captions.text(Text::AboutLibraries) + QStringLiteral(": ") + libraries());
+    m_libraries->setText(m_captions.text(Text::AboutLibraries) + m_captions.mark(u':') + u' ' + libraries());
     m_guide->setText(m_captions.text(Text::AboutGuide));
     m_guide->setToolTip(m_captions.text(Text::TipGuide));
     m_ok->setText(m_captions.text(Caption::Ok));

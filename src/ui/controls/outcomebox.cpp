@@ -63,7 +63,8 @@ void tellRefused(const Captions &captions, const QStringList &paths, const Batch
     for (qsizetype row = 0; row < outcome.takenCount(); ++row) {
         const Error *error = outcome.error(row);
         if (error != nullptr && isRefusal(error->code))
-            lines << shownLine(platform::nameOf(paths[row])) + QStringLiteral(": ") + captions.errorText(error->code);
+            lines << shownLine(platform::nameOf(paths[row])) + captions.mark(u':') + u' ' +
+                         captions.errorText(error->code);
     }
     if (lines.isEmpty())
         return;

@@ -64,23 +64,21 @@ QString reasonOf(const FileFailure &failure, const OperationReport &report, cons
     return reason;
 }
 
-QString line(const QString &path, const QString &reason)
-{
-    return shownName(path) + QStringLiteral(": ") + reason;
-}
-
 } // namespace
 
 QStringList outcomeLines(const OperationReport &report, const Captions &captions)
 {
     QStringList lines;
+    const auto add = [&](const QString &path, const QString &reason) {
+        lines << shownName(path) + captions.mark(u':') + u' ' + reason;
+    };
     for (const FileFailure &failure : report.failures)
-        lines << line(failure.path, reasonOf(failure, report, captions));
+        add(failure.path, reasonOf(failure, report, captions));
     const QString untouched = captions.text(report.wasStopped ? Text::ErrorCancelled : Text::OutcomeUntouched);
     for (const QString &path : report.notDone)
-        lines << line(path, untouched);
+        add(path, untouched);
     for (const QString &path : report.skipped)
-        lines << line(path, captions.text(Text::OutcomeSkipped));
+        add(path, captions.text(Text::OutcomeSkipped));
     bool isDriveNamed = false; // one that is read-only, once for all files on it
     for (const FileFailure &failure : report.inBothPlaces) {
         QString text = captions.text(Text::OutcomeInBothPlaces);
@@ -88,11 +86,11 @@ QStringList outcomeLines(const OperationReport &report, const Captions &captions
         if (!isReadOnly || !isDriveNamed)
             text += QStringLiteral(" (%1)").arg(reasonOf(failure, report, captions));
         isDriveNamed = isDriveNamed || isReadOnly;
-        lines << line(failure.path, text);
+        add(failure.path, text);
     }
     const Text lost = report.kind == OperationKind::Undo ? Text::OutcomeLost : Text::OutcomeReplacedLost;
     for (const QString &path : report.lost)
-        lines << line(path, captions.text(lost));
+        add(path, captions.text(lost));
     return lines;
 }
 

@@ -271,14 +271,16 @@ void freedb::endLookup(const QString &status)
 
 void freedb::tellIncomplete(int file, const Error &error)
 {
-    const QString reason = m_context.captions.errorText(error.code);
-    tellFailure({LookupFailureKind::BadContents, m_lists->fileName(file) + QStringLiteral(": ") + reason});
+    const Captions &captions = m_context.captions;
+    tellFailure({LookupFailureKind::BadContents,
+        m_lists->fileName(file) + captions.mark(u':') + u' ' + captions.errorText(error.code)});
 }
 
 void freedb::tellNotFound()
 {
     const Captions &captions = m_context.captions;
-    endLookup(captions.text(Caption::DiscNotFound) + QStringLiteral("; ") + captions.text(Text::LookupHintSearch));
+    endLookup(
+        captions.text(Caption::DiscNotFound) + captions.mark(u';') + u' ' + captions.text(Text::LookupHintSearch));
     auto *box = new MessageBox(
         MessageBox::Information, windowTitle(), captions.text(Caption::DiscNotFound), MessageBox::Ok, this);
     box->setObjectName(QStringLiteral("notFound"));

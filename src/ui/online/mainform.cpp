@@ -186,7 +186,7 @@ void mainform::applyCaptions()
     m_fileList->setAccessibleName(m_captions.text(Caption::FileList));
     m_progressBar->setAccessibleName(m_captions.text(Caption::Download));
     m_statusBar->setAccessibleName(m_captions.text(Text::NameStatusBar));
-    m_download.setLeadingText(m_captions.text(Caption::UpdateStatus) + u": "_s);
+    m_download.setLeadingText(m_captions.text(Caption::UpdateStatus) + m_captions.mark(u':') + u' ');
     const int letter = fontMetrics().averageCharWidth();
     constexpr int FileLetters = 28;
     constexpr int PercentLetters = 12;
@@ -401,7 +401,7 @@ void mainform::showDownloaded(const QString &path, bool isChecked)
         if (!names.isEmpty())
             remarks << m_captions.text(text).arg(names.join(u", "_s));
     }
-    m_checks->setFullText(remarks.join(u"; "_s));
+    m_checks->setFullText(remarks.join(m_captions.mark(u';') + u' '));
 }
 
 void mainform::showFinished(bool hasReachedEnd)

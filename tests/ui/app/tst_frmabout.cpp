@@ -181,15 +181,20 @@ private Q_SLOTS:
             const QString thanks = control<QLabel>(u"Label3"_s)->text();
             QVERIFY(thanks.contains(u"TagLib"_s) && thanks.contains(u"freedb"_s));
         }
+        QVERIFY(control<QLabel>(u"Label3"_s)->text().contains(u"dans les tests"_s)); // what it serves for
     }
 
     void everyLibraryIsNamedWithItsLicence()
     {
         open(u"english"_s);
         const QString libraries = control<QLabel>(u"libraries"_s)->text();
-        for (const QString &library : {u"Qt "_s + QString::fromLatin1(qVersion()) + u" (LGPL 3)"_s,
-                 u"tl::expected (CC0 1.0)"_s, u"Lucide (ISC, MIT)"_s})
+        for (const QString &library : {u"Qt "_s + QString::fromLatin1(qVersion()) + u" (LGPL 3)"_s, u"zlib (zlib)"_s,
+                 u"tl::expected (CC0 1.0)"_s, u"Lucide (ISC, MIT)"_s, u"GCC (GPL 3, GCC Runtime Library Exception)"_s})
             QVERIFY2(libraries.contains(library), qPrintable(library));
+        QVERIFY(libraries.startsWith(u"made with: Qt "_s));
+        QVERIFY(!libraries.contains(u"TagLib"_s)); // is not linked
+        open(u"french"_s);
+        QVERIFY(control<QLabel>(u"libraries"_s)->text().startsWith(u"fait avec\u00a0: Qt "_s));
     }
 
     void everyControlHasAName()

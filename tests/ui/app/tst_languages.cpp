@@ -236,7 +236,7 @@ private:
     static QString faultOf(const QString &shown, const Spoken &spoken, const QStringList &fixed)
     {
         static const QRegularExpression shortcut(u" \\((Ctrl|Control|Shift|May|Maj|Alt|F\\d|Del|Ins|Sup)[^)]*\\)$"_s);
-        static const QRegularExpression libraries(u": Qt .*$"_s);
+        static const QRegularExpression libraries(u"\u00a0?: Qt .*$"_s);
         static const QRegularExpression number(u"^[\\d ./]*$"_s);
         for (QString line : shown.split(u'\n')) {
             line.remove(shortcut).remove(libraries);

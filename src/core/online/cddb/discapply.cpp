@@ -46,7 +46,7 @@ QStringList notSavedLines(const Captions &captions, const BatchOutcome &outcome,
         const Error *error = outcome.error(row);
         const QString reason =
             error != nullptr ? captions.errorText(error->code) : captions.text(Text::OutcomeUntouched);
-        lines << shownName(files[static_cast<size_t>(row)].path) + QStringLiteral(": ") + reason;
+        lines << shownName(files[static_cast<size_t>(row)].path) + captions.mark(u':') + u' ' + reason;
     }
     return lines;
 }
