@@ -118,6 +118,7 @@ void furtheroptions::applyCaptions()
         m_columns[i]->setToolTip(m_captions.text(i == 0 ? Text::TipFileColumn : Text::TipColumn));
         m_columns[i]->setAccessibleDescription(m_captions.text(Text::LabelColumns));
     }
+    makeEquallyWide({m_versionLabel, m_clickLabel});
     m_version->setAccessibleName(m_versionLabel->text());
     m_click->setAccessibleName(m_clickLabel->text());
 }

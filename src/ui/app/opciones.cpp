@@ -7,6 +7,7 @@
 #include "ui/controls/making.h"
 #include "ui/controls/plain/messagebox.h"
 #include "ui/controls/plain/plainlabel.h"
+#include "ui/controls/scroller.h"
 #include "ui/online/mainform.h"
 
 #include <QCheckBox>
@@ -111,8 +112,8 @@ QWidget *opciones::createFirstPage()
 
 void opciones::createLayout()
 {
-    m_pages->addTab(createFirstPage(), QString());
-    m_pages->addTab(m_further, QString());
+    m_pages->addTab(new Scroller(createFirstPage(), m_pages), QString());
+    m_pages->addTab(new Scroller(m_further, m_pages), QString());
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(m_ok);
@@ -120,7 +121,6 @@ void opciones::createLayout()
     auto *rows = new QVBoxLayout(this);
     rows->addWidget(m_pages);
     rows->addLayout(buttons);
-    rows->setSizeConstraint(QLayout::SetMinimumSize); // longer texts of another language widen the dialog
 }
 
 void opciones::load()
@@ -145,6 +145,12 @@ void opciones::load()
     m_mail->setCursorPosition(0);
 }
 
+void opciones::offerToRemember()
+{
+    if (m_program.settings.read(settingskey::Recuerda).isEmpty())
+        m_remember->setChecked(true);
+}
+
 void opciones::changeLanguage()
 {
     speakLanguage(m_program, m_language->currentText());
@@ -167,6 +173,7 @@ void opciones::applyCaptions()
     m_pages->setTabText(0, captions.text(Caption::Options));
     m_pages->setTabText(1, captions.text(Text::TabFurtherOptions));
     m_pages->tabBar()->setAccessibleName(captions.text(Text::NameOptionPages));
+    makeEquallyWide({m_languageLabel, m_modeLabel, m_serverLabel, m_mailLabel});
     for (const PlainLabel *label : {m_languageLabel, m_modeLabel, m_serverLabel, m_mailLabel})
         label->buddy()->setAccessibleName(label->text());
     m_mode->clear();
@@ -174,7 +181,7 @@ void opciones::applyCaptions()
         m_mode->addItem(captions.text(ModeCaptions[i]), FirstTagSaveMode + static_cast<int>(i));
     showStoredMode();
     m_further->applyCaptions();
-    adjustSize();
+    fitToScreen(this);
 }
 
 void opciones::showStoredMode()

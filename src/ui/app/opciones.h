@@ -31,6 +31,9 @@ public:
     /// Reads the settings' file again. program outlives the dialog.
     explicit opciones(Program &program, QWidget *parent = nullptr);
 
+    /// For the very first start: ticks that the last folder is opened again, unless the settings say otherwise.
+    void offerToRemember();
+
     /// Writes the choices into the settings and applies them. If the settings' file can't be written, a box says so;
     /// the choices apply all the same, and the program tries again when it ends.
     void accept() override;

@@ -35,8 +35,11 @@ opciones *ProgramDialogs::createOptions()
 
 void ProgramDialogs::chooseAtFirstRun()
 {
-    if (m_parts.program.settings.read(settingskey::Tags).isEmpty())
-        createOptions()->exec();
+    if (!m_parts.program.settings.read(settingskey::Tags).isEmpty())
+        return;
+    opciones *dialog = createOptions();
+    dialog->offerToRemember();
+    dialog->exec();
 }
 
 void ProgramDialogs::openOptions()

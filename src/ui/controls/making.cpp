@@ -4,8 +4,15 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QContextMenuEvent>
+#include <QDialog>
 #include <QKeyEvent>
+#include <QLayout>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
+#include <QStyle>
+
+#include <algorithm>
 
 namespace ravlin {
 
@@ -66,9 +73,45 @@ void tabThrough(const QList<QWidget *> &controls)
         QWidget::setTabOrder(controls[i - 1], controls[i]);
 }
 
-void makeRoomy(QPushButton *button)
+void makeRoomy(QPushButton *button, const QString &otherText)
 {
-    button->setMinimumWidth(button->sizeHint().width() + 2 * button->fontMetrics().averageCharWidth());
+    int width = button->sizeHint().width();
+    if (const QString text = button->text(); !otherText.isEmpty()) {
+        // Only the style knows what a text needs on a button.
+        button->setText(otherText);
+        width = std::max(width, button->sizeHint().width());
+        button->setText(text);
+    }
+    button->setMinimumWidth(width + 2 * button->fontMetrics().averageCharWidth());
+}
+
+void makeEquallyWide(const QList<QWidget *> &controls)
+{
+    int widest = 0;
+    for (const QWidget *control : controls)
+        widest = std::max(widest, control->sizeHint().width());
+    for (QWidget *control : controls)
+        control->setMinimumWidth(widest);
+}
+
+void fitToScreen(QDialog *dialog)
+{
+    dialog->layout()->activate();
+    const QStyle *style = dialog->style();
+    const int frame = style->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth, nullptr, dialog);
+    const int title = style->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, dialog);
+    const QSize room = dialog->screen()->availableSize() - QSize(2 * frame, title + 2 * frame);
+    QSize size = dialog->layout()->totalSizeHint();
+    if (size.height() > room.height()) // beside its content it needs a scroll bar
+        size.rwidth() += style->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, dialog);
+    dialog->resize(size.boundedTo(room));
+}
+
+void keepReadable(QLineEdit *box)
+{
+    constexpr int Letters = 10;
+    box->ensurePolished(); // the style may change the font
+    box->setMinimumWidth(box->minimumSizeHint().width() + Letters * box->fontMetrics().averageCharWidth());
 }
 
 void guardAgainstWheel(QComboBox *list)

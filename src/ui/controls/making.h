@@ -3,10 +3,13 @@
 
 #include <QLatin1String>
 #include <QList>
+#include <QString>
 
 #include <utility>
 
 class QComboBox;
+class QDialog;
+class QLineEdit;
 class QObject;
 class QPushButton;
 class QWidget;
@@ -26,9 +29,18 @@ Control *made(const char *name, QWidget *parent, Arguments &&...arguments)
 /// Makes the Tab key go through these controls in this order.
 void tabThrough(const QList<QWidget *> &controls);
 
-/// Gives a button that starts something a bit more room beside its text than the style does. Call it again when the
-/// text has changed.
-void makeRoomy(QPushButton *button);
+/// Gives a button that starts something a bit more room beside its text than the style does, and enough for a text
+/// that its like shows on another page. Call it again when the text has changed.
+void makeRoomy(QPushButton *button, const QString &otherText = {});
+
+/// Makes controls that stand one below the other as wide as the widest of them. Call it again when a text has changed.
+void makeEquallyWide(const QList<QWidget *> &controls);
+
+/// Gives a dialog the size that its layout asks for, as far as the screen has room for it and its frame.
+void fitToScreen(QDialog *dialog);
+
+/// Keeps a text box wide enough to show ten letters.
+void keepReadable(QLineEdit *box);
 
 /// Keeps the mouse wheel from changing a drop-down list that merely lies under the pointer: the wheel turns a list only
 /// if it has the keyboard focus, and otherwise scrolls what is around it.

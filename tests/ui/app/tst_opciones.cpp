@@ -20,6 +20,10 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopeGuard>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
@@ -448,6 +452,67 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!window, PatientWait);
         QTRY_COMPARE_WITH_TIMEOUT(server.openConnections(), 0, PatientWait);
         QVERIFY(m_dialog->isVisible());
+    }
+
+    void fieldsStandInOneLine()
+    {
+        open();
+        for (const QString &language : {u"spanish"_s, u"french"_s, u"english"_s}) {
+            chooseLanguage(language);
+            QCoreApplication::processEvents();
+            const auto leftOf = [this](const QString &name) {
+                return control<QWidget>(name)->mapTo(m_dialog.get(), QPoint()).x();
+            };
+            QCOMPARE(leftOf(u"ctags"_s), leftOf(u"cidioma"_s));
+            QCOMPARE(leftOf(u"tserver"_s), leftOf(u"cidioma"_s));
+            QCOMPARE(leftOf(u"tmail"_s), leftOf(u"cidioma"_s));
+            control<QTabWidget>(u"optionPages"_s)->setCurrentIndex(1);
+            QCoreApplication::processEvents();
+            QCOMPARE(leftOf(u"cclick"_s), leftOf(u"cversion"_s));
+            control<QTabWidget>(u"optionPages"_s)->setCurrentIndex(0);
+        }
+    }
+
+    void itFitsTheScreenInAnyLetters_data()
+    {
+        QTest::addColumn<int>("points");
+        for (const int points : {7, 9, 14, 24, 32})
+            QTest::addRow("%d points", points) << points;
+    }
+    void itFitsTheScreenInAnyLetters()
+    {
+        QFETCH(int, points);
+        const QFont before = QApplication::font();
+        QFont font = before;
+        font.setPointSize(points);
+        QApplication::setFont(font);
+        const auto restore = qScopeGuard([&] {
+            m_dialog.reset();
+            QApplication::setFont(before);
+        });
+        open();
+        const QSize screen = m_dialog->screen()->availableSize();
+        for (const QString &language : {u"french"_s, u"english"_s}) {
+            chooseLanguage(language);
+            QCoreApplication::processEvents();
+            QVERIFY(m_dialog->width() <= screen.width());
+            QVERIFY(m_dialog->height() < screen.height()); // the title bar needs room, too
+            QVERIFY(!control<QPushButton>(u"cancel"_s)->visibleRegion().isEmpty());
+            for (int number = 0; number < 2; ++number) {
+                control<QTabWidget>(u"optionPages"_s)->setCurrentIndex(number);
+                QCoreApplication::processEvents();
+                // A page scrolls only where the screen is too small for it.
+                const auto *page = qobject_cast<QScrollArea *>(control<QTabWidget>(u"optionPages"_s)->widget(number));
+                const bool fits = page->widget()->sizeHint().height() <= page->viewport()->height();
+                QCOMPARE(page->verticalScrollBar()->maximum() > 0, !fits);
+                QVERIFY(fits || points > 14);
+            }
+        }
+        // The Tab key scrolls to what it reaches.
+        control<QTabWidget>(u"optionPages"_s)->setCurrentIndex(0);
+        control<QPushButton>(u"upd"_s)->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+        QTRY_VERIFY(!field(u"tmail"_s)->visibleRegion().isEmpty());
     }
 
     void nothingIsCutOffInAnyLanguage()

@@ -12,6 +12,8 @@
 #include <QSignalSpy>
 #include <QTimer>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
@@ -112,6 +114,50 @@ private Q_SLOTS:
             QCOMPARE(stored(u"idioma"_s), QString());
             QCOMPARE(stored(u"tags"_s), QString());
         }
+    }
+
+    void theFirstRunOffersToRememberTheFolder_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<bool>("ticked");
+        QTest::newRow("nothing stored") << QString() << true;
+        QTest::newRow("stored no") << u"no"_s << false;
+        QTest::newRow("stored yes") << u"si"_s << true;
+    }
+    void theFirstRunOffersToRememberTheFolder()
+    {
+        QFETCH(QString, before);
+        QFETCH(bool, ticked);
+        if (!before.isEmpty())
+            store({{u"recuerda"_s, before}});
+        m_program = std::make_unique<Program>();
+        m_window = std::make_unique<principal>(*m_program);
+        bool wasTicked = !ticked;
+        QStringList order;
+        QTimer::singleShot(0, this, [&] {
+            auto *dialog = control<QDialog>(u"opciones"_s);
+            wasTicked = dialog->findChild<QCheckBox *>(u"opreme"_s)->isChecked();
+            order = {u"cidioma"_s, u"ctags"_s, u"opreme"_s, u"tserver"_s, u"tmail"_s, u"upd"_s};
+            std::ranges::stable_sort(order, {}, [dialog](const QString &name) {
+                return dialog->findChild<QWidget *>(name)->mapTo(dialog, QPoint()).y();
+            });
+            dialog->findChild<QPushButton *>(u"ok"_s)->click();
+        });
+        m_window->chooseAtFirstRun();
+        QCOMPARE(wasTicked, ticked);
+        QCOMPARE(order.join(u' '), u"cidioma ctags opreme tserver tmail upd"_s);
+        QCOMPARE(stored(u"recuerda"_s), ticked ? u"si"_s : u"no"_s);
+    }
+
+    void theFirstRunStoresNothingWhenItIsCancelled()
+    {
+        m_program = std::make_unique<Program>();
+        m_window = std::make_unique<principal>(*m_program);
+        QTimer::singleShot(
+            0, this, [&] { control<QDialog>(u"opciones"_s)->findChild<QPushButton *>(u"cancel"_s)->click(); });
+        m_window->chooseAtFirstRun();
+        closeWindow();
+        QCOMPARE(stored(u"recuerda"_s), QString());
     }
 
     void anUnknownStoredModeIsNoFirstRun()
