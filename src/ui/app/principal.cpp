@@ -302,7 +302,7 @@ void principal::placeParts()
     const int toolbarHeight = m_toolbar->sizeHint().height();
     m_toolbar->setGeometry(left, 0, panes, toolbarHeight);
     const int tabsWidth = width - TabsMargins;
-    const int tabsHeight = std::min(m_tabs->sizeHint().height(), (m_area->height() - toolbarHeight) / 2);
+    const int tabsHeight = std::min(m_tabs->heightForWidth(tabsWidth), (m_area->height() - toolbarHeight) / 2);
     const int tabsTop = m_area->height() - tabsHeight - Margin;
     m_tabs->setGeometry((width - tabsWidth) / 2, tabsTop, tabsWidth, tabsHeight);
     m_splitter->setGeometry(left, toolbarHeight, panes, std::max(0, tabsTop - toolbarHeight - Margin));

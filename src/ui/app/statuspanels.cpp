@@ -45,6 +45,7 @@ void StatusPanels::showPassing(const QString &text)
 void StatusPanels::setTexts(const QString &count, const QString &path)
 {
     m_count->setFullText(count);
+    m_count->setMinimumWidth(m_count->sizeHint().width()); // only the path may be shortened
     m_path->setFullText(path);
 }
 

@@ -24,7 +24,7 @@ ConversionBox::ConversionBox(const ConversionPair &pair, QWidget *parent)
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(m_checkBox);
-    layout->addWidget(m_list);
+    layout->addWidget(m_list, 1);
     setFocusProxy(m_checkBox);
 }
 

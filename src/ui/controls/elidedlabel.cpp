@@ -23,9 +23,9 @@ void ElidedLabel::setFullText(const QString &text, const QString &detail)
 
 QSize ElidedLabel::sizeHint() const
 {
-    const QMargins around = contentsMargins();
-    const int width = fontMetrics().horizontalAdvance(m_fullText) + 2 * margin() + around.left() + around.right();
-    return {width, minimumSizeHint().height()};
+    const QMargins margins = contentsMargins();
+    const int around = margins.left() + margins.right() + 2 * margin() + 1; // the text's width is rounded
+    return {fontMetrics().horizontalAdvance(m_fullText) + around, minimumSizeHint().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const

@@ -1,32 +1,44 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QScrollArea>
+#include <QWidget>
 
 namespace ravlin {
 
-/// The frame of a page of the tab strip: as high as its content needs, scrolled if the window is narrower than the
-/// content, and never so wide that a button stands far from its field.
-class PageArea : public QScrollArea
+class PageFoot;
+class Scroller;
+
+/// The frame of a page of the tab strip: the content on top, as high as it needs to be and scrolled if the window is
+/// narrower or lower, and the foot at the lower edge, always in sight.
+class PageArea : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PageArea(QWidget *parent = nullptr);
+    using QWidget::QWidget;
 
-    /// Takes the content over. Call it once.
-    void setContent(QWidget *content);
+    /// Takes both over. Call it once.
+    void setContent(QWidget *content, PageFoot *foot);
     /// Call it when texts have changed: otherwise the size hints stay those of the old texts until the next pass of the
     /// event loop.
     void contentChanged();
 
+    bool hasHeightForWidth() const override { return true; }
+    /// Holds before the page has been shown, too.
+    int heightForWidth(int width) const override;
+    /// The heights are those of a wide page; a lower one would be useless.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 
 protected:
-    /// Gives the content's controls their icons, in the palette's colours. Called again when the palette changes.
+    /// Gives the page's controls their icons, in the palette's colours. Called again when the palette changes.
     virtual void applyIcons() = 0;
     void changeEvent(QEvent *event) override;
+
+private:
+    QWidget *m_content = nullptr;
+    Scroller *m_scroller = nullptr;
+    PageFoot *m_foot = nullptr;
 };
 
 } // namespace ravlin

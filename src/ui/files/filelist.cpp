@@ -2,6 +2,7 @@
 #include "ui/files/filelist.h"
 
 #include "core/controls/splitlayout.h"
+#include "ui/controls/evenrows.h"
 #include "ui/controls/rowdrag.h"
 
 #include <QBrush>
@@ -76,6 +77,7 @@ FileList::FileList(QWidget *parent)
     : QTreeView(parent), m_model(new FileListModel(this)), m_drag(new RowDrag(this, DropRule::NearestEdge))
 {
     setModel(m_model);
+    setItemDelegate(new EvenRows(this));
     setRootIsDecorated(false);
     setItemsExpandable(false);
     setUniformRowHeights(true);
@@ -95,6 +97,7 @@ FileList::FileList(QWidget *parent)
     header()->setMinimumSectionSize(SmallestColumnWidth);
     header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     connect(header(), &QHeaderView::sectionClicked, this, &FileList::sortByHeader);
+    connect(m_model, &ListModel::headerDataChanged, this, &FileList::showWholeHeaders);
     connect(m_drag, &RowDrag::began, this, [this] { m_pressedRow = -1; });
     updateSortArrow();
 }
@@ -392,6 +395,16 @@ void FileList::applyColumnWidths()
     for (int column = 0; column < ListColumnCount; ++column) {
         if (!isColumnHidden(column))
             setColumnWidth(column, widths[static_cast<std::size_t>(column)] / TwipsPerPixel);
+    }
+    showWholeHeaders();
+}
+
+/// Widens columns that would cut their header.
+void FileList::showWholeHeaders()
+{
+    for (int column = 0; column < ListColumnCount; ++column) {
+        if (!isColumnHidden(column))
+            setColumnWidth(column, std::max(columnWidth(column), header()->sectionSizeHint(column)));
     }
 }
 

@@ -106,6 +106,7 @@ private:
     void reportCurrentRow();
     void updateSortArrow();
     void applyColumnWidths();
+    void showWholeHeaders();
 
     QItemSelection rangesOf(const std::vector<bool> &selected) const;
     std::vector<bool> selectionFlags() const;

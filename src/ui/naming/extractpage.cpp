@@ -11,6 +11,7 @@
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
 #include "ui/controls/outlookhint.h"
+#include "ui/controls/pagefoot.h"
 #include "ui/controls/plain/plainlabel.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
@@ -40,8 +41,9 @@ ExtractPage::ExtractPage(const PageContext &context, QWidget *parent)
     m_preview->setObjectName(QStringLiteral("extractPreview"));
     m_extract->setObjectName(QStringLiteral("extrae"));
     m_patternLabel->setBuddy(m_pattern);
-    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    setContent(createContent());
+    setContent(createContent(), new PageFoot(nullptr, m_hint, {m_preview, m_extract}, this));
+    QList<QWidget *> controls = {m_pattern};
+    tabThrough(controls << m_placeholders->controls() << m_preview << m_extract);
     connectControls();
     applyIcons();
     applyCaptions();
@@ -54,17 +56,9 @@ QWidget *ExtractPage::createContent()
     auto *mask = new QHBoxLayout;
     mask->addWidget(m_patternLabel);
     mask->addWidget(m_pattern, 1);
-    auto *foot = new QHBoxLayout;
-    foot->addWidget(m_hint, 1);
-    foot->addWidget(m_preview);
-    foot->addWidget(m_extract);
     rows->addLayout(mask);
     rows->addWidget(m_placeholders);
-    rows->addLayout(foot);
     rows->addStretch();
-
-    QList<QWidget *> controls = {m_pattern};
-    tabThrough(controls << m_placeholders->controls() << m_preview << m_extract);
     return content;
 }
 
@@ -118,10 +112,10 @@ void ExtractPage::applyCaptions()
     m_preview->setToolTip(captions.text(Text::TipPreview));
     m_extract->setText(captions.text(Caption::SaveTags));
     m_extract->setToolTip(captions.text(Text::TipExtract));
-    for (QPushButton *button : {m_preview, m_extract}) {
+    makeRoomy(m_preview);
+    makeRoomy(m_extract, captions.text(Caption::Rename));
+    for (QPushButton *button : {m_preview, m_extract})
         button->setAccessibleDescription(button->toolTip());
-        makeRoomy(button);
-    }
     selectionChanged();
     contentChanged();
 }

@@ -4,6 +4,7 @@
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
 #include "core/tags/store/tagstore.h"
+#include "ui/controls/evenrows.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/plain/plainlabel.h"
 
@@ -54,6 +55,7 @@ void preview::createControls()
 {
     m_list->setObjectName(QStringLiteral("ListView1"));
     m_list->setModel(m_model);
+    m_list->setItemDelegate(new EvenRows(m_list));
     m_list->setRootIsDecorated(false);
     m_list->setItemsExpandable(false);
     m_list->setUniformRowHeights(true);

@@ -13,6 +13,7 @@
 #include "ui/controls/conversionbox.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
+#include "ui/controls/pagefoot.h"
 #include "ui/controls/plain/plainlabel.h"
 #include "ui/naming/patternbox.h"
 #include "ui/naming/placeholderbox.h"
@@ -45,7 +46,7 @@ RenamePage::RenamePage(const PageContext &context, QWidget *parent) : PageArea(p
 {
     setObjectName(QStringLiteral("renamePage"));
     createControls();
-    setContent(createContent());
+    setContent(createContent(), new PageFoot(nullptr, m_hint, {m_preview, m_rename}, this));
     setTabOrder();
     connectControls();
     applyIcons();
@@ -65,7 +66,6 @@ void RenamePage::createControls()
     m_hint = made<PlainLabel>("renameHint", this);
     m_preview = made<QPushButton>("renamePreview", this);
     m_rename = made<QPushButton>("Command2", this);
-    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 }
 
 QWidget *RenamePage::createContent()
@@ -73,30 +73,20 @@ QWidget *RenamePage::createContent()
     auto *content = new QWidget(this);
     auto *rows = new QVBoxLayout(content);
 
-    auto *advanced = new QHBoxLayout;
-    advanced->addWidget(m_byPattern);
-    advanced->addWidget(m_pattern, 1);
-    auto *rules = new QHBoxLayout;
-    rules->addWidget(m_byArtistTitle);
-    rules->addWidget(m_byTrackTitle);
-    rules->addStretch();
-
     auto *upper = new QGridLayout;
-    upper->addLayout(rules, 0, 0);
-    upper->addLayout(advanced, 1, 0);
-    upper->addWidget(m_caseConversion, 0, 1);
-    upper->addWidget(m_replaceConversion, 1, 1);
-    upper->setColumnStretch(0, 1);
+    upper->addWidget(m_byArtistTitle, 0, 0);
+    upper->addWidget(m_byTrackTitle, 0, 1);
+    upper->addWidget(m_byPattern, 1, 0);
+    upper->addWidget(m_pattern, 1, 1);
+    upper->addWidget(m_caseConversion, 0, 2);
+    upper->addWidget(m_replaceConversion, 1, 2);
+    upper->setColumnStretch(1, 1);
+    for (ConversionBox *pair : {m_caseConversion, m_replaceConversion})
+        pair->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed); // show the whole choice
     upper->setHorizontalSpacing(fontMetrics().averageCharWidth() * 2);
-
-    auto *foot = new QHBoxLayout;
-    foot->addWidget(m_hint, 1);
-    foot->addWidget(m_preview);
-    foot->addWidget(m_rename);
 
     rows->addLayout(upper);
     rows->addWidget(m_placeholders);
-    rows->addLayout(foot);
     rows->addStretch();
     return content;
 }
@@ -171,8 +161,10 @@ void RenamePage::applyCaptions()
     m_replaceConversion->applyCaptions(captions);
     m_preview->setText(captions.text(Caption::Preview));
     m_rename->setText(captions.text(Caption::Rename));
-    for (QPushButton *button : {m_preview, m_rename})
-        makeRoomy(button);
+    makeRoomy(m_preview);
+    makeRoomy(m_rename, captions.text(Caption::SaveTags));
+    makeEquallyWide({m_caseConversion->checkBox(), m_replaceConversion->checkBox()});
+    makeEquallyWide({m_caseConversion->list(), m_replaceConversion->list()});
     applyToolTips();
     selectionChanged();
     contentChanged();

@@ -3,6 +3,7 @@
 
 #include "core/app/idiomas.h"
 #include "core/tags/record/genres.h"
+#include "ui/controls/making.h"
 #include "ui/controls/plain/plainlabel.h"
 
 #include <QGridLayout>
@@ -12,12 +13,11 @@ namespace ravlin {
 
 namespace {
 
-constexpr int YearLetters = 8;
-
 QLineEdit *textBox(const char *name, QWidget *parent)
 {
     auto *box = new QLineEdit(parent);
     box->setObjectName(QLatin1String(name));
+    keepReadable(box);
     return box;
 }
 
@@ -40,7 +40,6 @@ DiscFieldsBox::DiscFieldsBox(QWidget *parent)
     m_albumLabel = labelOf("label2", m_album, this);
     m_yearLabel = labelOf("Label5", m_year, this);
     m_genreLabel = labelOf("Label6", m_genre, this);
-    m_year->setMinimumWidth(YearLetters * fontMetrics().averageCharWidth());
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins({});

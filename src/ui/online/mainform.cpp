@@ -478,8 +478,8 @@ void mainform::tellFailure(const QString &fileName, const UpdateFailure &failure
         m_failures << fileName + u" ("_s + reason + u')';
         showFailures();
     }
-    openBox(MessageBox::Critical, "error", u"error"_s, fileName.isEmpty() ? reason : fileName + u": "_s + reason,
-        [goOn](int) { goOn(); });
+    openBox(MessageBox::Critical, "error", u"error"_s,
+        fileName.isEmpty() ? reason : fileName + m_captions.mark(u':') + u' ' + reason, [goOn](int) { goOn(); });
 }
 
 void mainform::askToReplace(const QString &path, const std::function<void(bool)> &answer)

@@ -1,36 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/online/rowlist.h"
 
+#include "ui/controls/evenrows.h"
 #include "ui/controls/rowdrag.h"
 
 #include <QEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
-#include <QStyledItemDelegate>
 
 #include <algorithm>
 
 namespace ravlin {
-
-namespace {
-
-constexpr int RoomBetweenRows = 2; ///< pixels
-
-/// Makes a row with an icon as high as one without, so that the rows of both lists stay level.
-class EvenRows final : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
-    {
-        const int height = std::max(option.fontMetrics.height(), option.decorationSize.height());
-        return {QStyledItemDelegate::sizeHint(option, index).width(), height + RoomBetweenRows};
-    }
-};
-
-} // namespace
 
 RowList::RowList(const char *name, int wideColumn, QWidget *parent)
     : QTreeView(parent), m_model(new RowListModel(this)), m_drag(new RowDrag(this, DropRule::BeforeRowUnder)),

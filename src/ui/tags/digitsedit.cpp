@@ -15,11 +15,6 @@ DigitsEdit::DigitsEdit(QWidget *parent) : QLineEdit(parent)
     connect(this, &DigitsEdit::typingRefused, this, &QApplication::beep);
 }
 
-void DigitsEdit::setWidthForDigits(int digits)
-{
-    setFixedWidth(minimumSizeHint().width() + fontMetrics().horizontalAdvance(QString(digits, u'0')));
-}
-
 void DigitsEdit::keyPressEvent(QKeyEvent *event)
 {
     // Ctrl makes a key a command, whatever text the system gives it; with Alt it is AltGr and types.

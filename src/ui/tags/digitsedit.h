@@ -14,9 +14,6 @@ class DigitsEdit : public QLineEdit
 public:
     explicit DigitsEdit(QWidget *parent = nullptr);
 
-    /// Makes it just wide enough for that many digits and the frame around them.
-    void setWidthForDigits(int digits);
-
 Q_SIGNALS:
     /// A typed character was refused; the system beeps.
     void typingRefused();

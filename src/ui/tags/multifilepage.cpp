@@ -12,6 +12,7 @@
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
 #include "ui/controls/outlookhint.h"
+#include "ui/controls/pagefoot.h"
 #include "ui/controls/plain/plainlabel.h"
 #include "ui/tags/digitsedit.h"
 
@@ -31,7 +32,7 @@ MultiFilePage::MultiFilePage(const PageContext &context, QWidget *parent) : Page
 {
     setObjectName(QStringLiteral("multiFilePage"));
     createControls();
-    setContent(createContent());
+    setContent(createContent(), new PageFoot(nullptr, m_hint, {m_save}, this));
     setTabOrder();
     connectControls();
     applyIcons();
@@ -61,9 +62,11 @@ void MultiFilePage::createControls()
     // A text box limits its length, and would cut a long comment.
     for (QLineEdit *edit : {m_artist, m_album, m_comment})
         edit->setMaxLength(std::numeric_limits<int>::max());
+    for (QLineEdit *edit :
+        {m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_year), static_cast<QLineEdit *>(m_firstTrack)})
+        keepReadable(edit);
     m_genre->addItems(genreListEntries());
     guardAgainstWheel(m_genre);
-    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     m_fields = {{{Caption::Artist, m_setsArtist, m_artist}, {Caption::Year, m_setsYear, m_year},
         {Caption::Album, m_setsAlbum, m_album}, {Caption::Genre, m_setsGenre, m_genre},
@@ -83,22 +86,16 @@ QWidget *MultiFilePage::createContent()
     }
     fields->setColumnStretch(1, 1);
     fields->setColumnMinimumWidth(2, fontMetrics().averageCharWidth());
-    for (DigitsEdit *edit : {m_year, m_firstTrack})
-        edit->setWidthForDigits(4);
-
-    auto *conversions = new QHBoxLayout;
-    conversions->addWidget(m_caseConversion);
-    conversions->addSpacing(fontMetrics().averageCharWidth() * 2);
-    conversions->addWidget(m_replaceConversion);
-    conversions->addStretch();
-
-    auto *foot = new QHBoxLayout;
-    foot->addWidget(m_hint, 1);
-    foot->addWidget(m_save);
+    // Each pair stands like a field below the others.
+    const int conversions = static_cast<int>(m_fields.size()) / 2;
+    fields->addWidget(m_caseConversion, conversions, 0, 1, 2, Qt::AlignLeft);
+    fields->addWidget(m_replaceConversion, conversions, 3, 1, 2);
+    for (ConversionBox *pair : {m_caseConversion, m_replaceConversion}) {
+        pair->layout()->setSpacing(fields->horizontalSpacing());
+        pair->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Fixed); // show the whole choice
+    }
 
     rows->addLayout(fields);
-    rows->addLayout(conversions);
-    rows->addLayout(foot);
     rows->addStretch();
     return content;
 }
@@ -185,10 +182,22 @@ void MultiFilePage::applyCaptions()
     m_caseConversion->applyCaptions(captions);
     m_replaceConversion->applyCaptions(captions);
     m_save->setText(captions.text(Caption::SaveTags));
-    makeRoomy(m_save);
+    makeRoomy(m_save, captions.text(Caption::Rename));
+    alignColumns();
     applyToolTips();
     selectionChanged();
     contentChanged();
+}
+
+/// Puts the lists of the conversions below the fields.
+void MultiFilePage::alignColumns()
+{
+    QList<QWidget *> left{m_caseConversion->checkBox()};
+    QList<QWidget *> right{m_replaceConversion->checkBox()};
+    for (std::size_t i = 0; i < m_fields.size(); ++i)
+        (i % 2 == 0 ? left : right) << m_fields[i].check;
+    makeEquallyWide(left);
+    makeEquallyWide(right);
 }
 
 void MultiFilePage::applyToolTips()

@@ -64,6 +64,7 @@ private:
     void connectControls();
     void updateEnabling();
     void showHint();
+    void alignColumns();
     void applyToolTips();
     MultiEditPage page() const;
     void showConverted(const TagRecord &boxes);

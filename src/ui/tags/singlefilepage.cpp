@@ -12,6 +12,7 @@
 #include "ui/controls/making.h"
 #include "ui/controls/outcomebox.h"
 #include "ui/controls/outlookhint.h"
+#include "ui/controls/pagefoot.h"
 #include "ui/controls/plain/plainlabel.h"
 #include "ui/tags/digitsedit.h"
 #include "ui/tags/streampanel.h"
@@ -31,7 +32,7 @@ SingleFilePage::SingleFilePage(const PageContext &context, QWidget *parent)
 {
     setObjectName(QStringLiteral("singleFilePage"));
     createControls();
-    setContent(createContent());
+    setContent(createContent(), new PageFoot(m_conversion, m_hint, {m_save}, this));
     setTabOrder();
     connectControls();
     applyIcons();
@@ -61,12 +62,14 @@ void SingleFilePage::createControls()
     // A text box limits its length, and would cut a long comment.
     for (QLineEdit *edit : {m_title, m_artist, m_album, m_comment})
         edit->setMaxLength(std::numeric_limits<int>::max());
+    for (QLineEdit *edit :
+        {m_title, m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_year), static_cast<QLineEdit *>(m_track)})
+        keepReadable(edit);
     m_genre->addItems(genreListEntries());
     guardAgainstWheel(m_genre);
     QFont bold = m_fileName->font();
     bold.setBold(true);
     m_fileName->setFont(bold);
-    m_hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     m_fields = {{{Caption::Title, new PlainLabel(this), m_title}, {Caption::Track, new PlainLabel(this), m_track},
         {Caption::Artist, new PlainLabel(this), m_artist}, {Caption::Year, new PlainLabel(this), m_year},
@@ -97,8 +100,7 @@ QWidget *SingleFilePage::createContent()
         fields->addWidget(field.field, row, column + 1, 1, last ? 3 : 1);
     }
     fields->setColumnStretch(1, 1);
-    for (DigitsEdit *edit : {m_track, m_year})
-        edit->setWidthForDigits(4);
+    m_conversion->layout()->setSpacing(fields->horizontalSpacing()); // stands like a field below the others
 
     auto *side = new QVBoxLayout;
     side->addWidget(m_streamPanel);
@@ -114,13 +116,7 @@ QWidget *SingleFilePage::createContent()
     upper->addWidget(line);
     upper->addLayout(side);
 
-    auto *foot = new QHBoxLayout;
-    foot->addWidget(m_conversion);
-    foot->addWidget(m_hint, 1);
-    foot->addWidget(m_save);
-
     rows->addLayout(upper);
-    rows->addLayout(foot);
     rows->addStretch();
     return content;
 }
@@ -171,10 +167,14 @@ void SingleFilePage::applyCaptions()
     m_previous->setText(captions.text(Caption::PreviousFile));
     m_next->setText(captions.text(Caption::NextFile));
     m_save->setText(captions.text(Caption::SaveTags));
-    makeRoomy(m_save);
+    makeRoomy(m_save, captions.text(Caption::Rename));
     m_removeV1->setText(captions.text(Caption::RemoveV1));
     m_removeV2->setText(captions.text(Caption::RemoveV2));
     m_conversion->applyCaptions(captions);
+    QList<QWidget *> left{m_conversion->checkBox()};
+    for (std::size_t i = 0; i < m_fields.size(); i += 2)
+        left << m_fields[i].label;
+    makeEquallyWide(left);
     m_streamPanel->applyCaptions(captions);
 
     m_previous->setToolTip(captions.text(Text::TipPreviousFile));
