@@ -7,7 +7,7 @@
 
 #include <QMultiHash>
 
-#include <utility>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -79,17 +79,21 @@ void showPlan(const Arguments &arguments, const QStringList &forGood, Console &c
 void showOutcome(
     const Arguments &arguments, const DeletionReport &trashing, const DeletionReport &deleting, Console &console)
 {
-    using Outcome = std::pair<QString, Value>; // the action and the error
-    QMultiHash<QString, Outcome> known;        // of what did not go into the trash
+    struct Outcome
+    {
+        QString action;
+        QString error;
+    };
+    QMultiHash<QString, Outcome> known; // of what did not go into the trash
     for (const QString &path : deleting.deleted)
-        known.insert(path, {u"delete"_s, Value()});
+        known.insert(path, {u"delete"_s, {}});
     for (const DeletionReport *const report : {&trashing, &deleting}) {
         for (const auto &[path, error] : report->failures) {
             const bool hasNoTrash = error.code == ErrorCode::NoTrash;
             known.insert(path, {hasNoTrash ? u"noTrash"_s : u"failed"_s, reasonOf(error)});
         }
         for (const QString &path : report->notDone)
-            known.insert(path, {u"notDone"_s, Value()});
+            known.insert(path, {u"notDone"_s, {}});
     }
     RecordWriter writer = writerFor(arguments, console);
     QHash<QString, qsizetype> left; // a path that is given twice is gone the second time
@@ -103,8 +107,8 @@ void showOutcome(
             writer.write({given, u"trash"_s, trashed->file.isEmpty() ? Value() : Value(trashed->file), Value()});
             ++trashed;
         } else {
-            const auto [action, error] = known.take(path);
-            writer.write({given, action, Value(), error});
+            const Outcome outcome = known.take(path);
+            writer.write({given, outcome.action, Value(), outcome.error.isEmpty() ? Value() : Value(outcome.error)});
         }
     }
     writer.finish();
