@@ -349,7 +349,7 @@ Result<TrashedItem> moveToTrash(const Place &place)
     const auto node = source->folder->node(place.name);
     if (!node)
         return tl::unexpected(node.error());
-    constexpr int Attempts = 8;
+    constexpr int Attempts = 200; // few are enough unless that program does nothing else
     auto moved = openAndMoveInto(*source, node->kind);
     const auto mayWorkAgain = [&] {
         return !moved && isPassing(moved.error().code) && source->folder->node(place.name).has_value();
