@@ -66,7 +66,7 @@ void OutlookHint::take(const SaveOutlook &outlook)
 QString OutlookHint::behind(const QString &hint) const
 {
     const QString text = outlookText(m_context.captions, m_outlook);
-    return hint.isEmpty() || text.isEmpty() ? hint + text : hint + QStringLiteral("; ") + text;
+    return hint.isEmpty() || text.isEmpty() ? hint + text : hint + m_context.captions.mark(u';') + u' ' + text;
 }
 
 } // namespace ravlin

@@ -184,8 +184,7 @@ void preview::fitColumns()
 void preview::showRemark()
 {
     const QModelIndex current = m_list->currentIndex();
-    m_remark->setText(
-        current.isValid() ? m_model->lineAt(current.row()).remarks.join(QStringLiteral("; ")) : QString());
+    m_remark->setText(current.isValid() ? m_model->lineAt(current.row()).remarkText : QString());
 }
 
 } // namespace ravlin

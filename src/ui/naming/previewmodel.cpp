@@ -50,8 +50,7 @@ QString cellOf(const PreviewRow &row, int column)
 
 QString cell(const PreviewLine &line, int column)
 {
-    return shownLine(
-        column == PreviewModel::RemarkColumn ? line.remarks.join(QStringLiteral("; ")) : cellOf(line.row, column));
+    return shownLine(column == PreviewModel::RemarkColumn ? line.remarkText : cellOf(line.row, column));
 }
 
 void mark(PreviewLine &line, PreviewMark mark, const QString &remark)
@@ -71,6 +70,11 @@ QString toolTip(const QString &cellText, const QStringList &remarks)
     return lines.join(u'\n');
 }
 
+QString inOneLine(const QStringList &remarks, const Captions &captions)
+{
+    return remarks.join(captions.mark(u';') + u' ');
+}
+
 /// What keeps the file from getting the new name, if anything does.
 QString troubleOf(const PreviewRow &preview, const RenameRow &row, const Captions &captions)
 {
@@ -87,7 +91,7 @@ QString troubleOf(const PreviewRow &preview, const RenameRow &row, const Caption
 
 PreviewLine renamingLine(const PreviewRow &preview, const RenameRow &row, const Captions &captions)
 {
-    PreviewLine line{preview, PreviewMark::None, {}};
+    PreviewLine line{preview, PreviewMark::None, {}, {}};
     line.row.name = newNameOf(row);
     line.row.isLongName = isLongName(platform::nameOf(line.row.name));
     if (const QString trouble = troubleOf(preview, row, captions); !trouble.isEmpty())
@@ -100,12 +104,14 @@ PreviewLine renamingLine(const PreviewRow &preview, const RenameRow &row, const 
         mark(line, PreviewMark::MakesFolder, captions.text(Text::RemarkMakesFolder));
     if (line.row.isLongName)
         line.remarks << captions.text(Text::RemarkLongName);
+    line.remarkText = inOneLine(line.remarks, captions);
     return line;
 }
 
 PreviewLine extractionLine(const PreviewRow &row, const Captions &captions)
 {
-    PreviewLine line{row, PreviewMark::None, extractionRemarks(row, captions)};
+    PreviewLine line{row, PreviewMark::None, extractionRemarks(row, captions), {}};
+    line.remarkText = inOneLine(line.remarks, captions);
     if (row.problem || !row.lost.empty())
         line.mark = PreviewMark::Trouble;
     else if (row.isUntouched)

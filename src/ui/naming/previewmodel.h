@@ -32,6 +32,7 @@ struct PreviewLine
     PreviewRow row;
     PreviewMark mark = PreviewMark::None;
     QStringList remarks; ///< whole sentences, in the user's language
+    QString remarkText;  ///< all of them in one line
 
     bool isMarked() const { return mark != PreviewMark::None || row.isLongName; }
 };

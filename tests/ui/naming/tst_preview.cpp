@@ -290,6 +290,16 @@ private Q_SLOTS:
         QCOMPARE(remark->text(), QString());
     }
 
+    void severalRemarksInFrenchHaveTheirSpaceBeforeTheSemicolon()
+    {
+        speak(u"french"_s);
+        addFile(u"99 - 100.mp3"_s);
+        show(PreviewMode::Extrae, u"%5 - %4"_s);
+        const QString remarks = cell(0, 8).toString();
+        QCOMPARE(remarks.count(u';'), 1);
+        QVERIFY2(remarks.contains(u"\u00a0; "_s), qPrintable(remarks));
+    }
+
     void theRowsAreAsHighAsTheTextNeeds()
     {
         addFile(u"Ågj人.mp3"_s);
