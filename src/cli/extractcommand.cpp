@@ -18,7 +18,7 @@ int previewRun(const Arguments &arguments, const QString &pattern, int mode, Con
     Captions english;
     english.fill();
     std::vector<QStringView> columns = previewColumns();
-    columns.push_back(u"remarks");
+    columns.emplace_back(u"remarks");
     RecordWriter writer(
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), columns);
     SavingRun run(mode, arguments);

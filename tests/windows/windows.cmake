@@ -64,7 +64,11 @@ set(RAVLIN_LEFT_OUT_tst_versioncheck certificates neverFromEncryptedToPlain)
 set(RAVLIN_LEFT_OUT_tst_inetretreive encryptedAndRedirectedFiles neverFromEncryptedToPlain)
 # They measure time, or the width of texts in a font that Wine lacks.
 set(RAVLIN_LEFT_OUT_tst_busy shortWorkIsNotSlowedDown)
-set(RAVLIN_LEFT_OUT_tst_singlefilepagelook nothingIsCutInAnyLanguage aLongFileNameLosesItsMiddleOnly)
+set(RAVLIN_LEFT_OUT_tst_singlefilepagelook nothingIsCutInAnyLanguage aLongFileNameLosesItsMiddleOnly
+    theSizeHintsHoldBeforeThePageIsShown)
+set(RAVLIN_LEFT_OUT_tst_layout aWindowOfOrdinaryWidthScrollsNoPage theButtonThatStartsTheWorkStaysInItsPlace
+    theFootHoldsItsHintBesideOrAboveTheButtons)
+set(RAVLIN_LEFT_OUT_tst_opciones itFitsTheScreenInAnyLetters)
 set(RAVLIN_LEFT_OUT_tst_principallook theTabKeyGoesAsTheEyeDoes)
 
 # The prefix is created first and its server kept running: starting both takes longer than most tests.

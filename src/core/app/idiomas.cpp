@@ -105,6 +105,7 @@ QString Captions::mark(QChar mark) const
     return isFrench ? QStringLiteral("\u00a0") + mark : QString(mark);
 }
 
+// NOLINTNEXTLINE(readability-function-size): the compiler warns of a code that has no case
 QString Captions::errorText(ErrorCode code) const
 {
     switch (code) {

@@ -311,7 +311,7 @@ private Q_SLOTS:
         QCOMPARE(m_list->columnWidth(0), 99);
         m_list->resize(500, 200);
         QCOMPARE(m_list->columnWidth(0), 150);
-        QCOMPARE(m_list->columnWidth(3), 74);
+        QCOMPARE(m_list->columnWidth(3), std::max(74, m_list->header()->sectionSizeHint(3)));
         // A column that would cut its header is wider.
         QCOMPARE(m_list->columnWidth(1), m_list->header()->sectionSizeHint(1));
         QVERIFY(m_list->columnWidth(1) > 35);

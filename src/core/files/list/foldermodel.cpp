@@ -282,8 +282,9 @@ void FolderModel::addRoots(const std::vector<FolderRoot> &roots)
         const int row = static_cast<int>(place - m_roots.begin());
         beginInsertRows({}, row, row);
         place = m_roots.insert(place, rootNode(*root));
-        for (std::size_t next = 0; next < m_roots.size(); ++next)
-            m_roots[next]->row = static_cast<int>(next);
+        int next = 0;
+        for (const std::unique_ptr<Node> &node : m_roots)
+            node->row = next++;
         endInsertRows();
     }
 }

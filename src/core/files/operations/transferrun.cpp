@@ -214,7 +214,8 @@ Result<Replaced> Runner::rename(const TransferItem &item)
     const auto places = placesOf(item);
     if (!places)
         return tl::unexpected(places.error());
-    const auto &[source, target, node, level] = *places;
+    const platform::Place &source = places->source;
+    const platform::Place &target = places->target;
     const auto folder = target.folder->info();
     if (folder && folder->device != item.node.info.device)
         return tl::unexpected(Error{ErrorCode::Unsupported, item.source, QStringLiteral("another drive")});
