@@ -28,8 +28,8 @@ TRIES = 4
 # Where things are in the window of the first start, in pixels from its upper left corner. There is no accessibility bus
 # under Wine that could be asked; the layout is the program's own, and the fonts are those that Wine finds.
 FIRST_ROW = (300, 69)
-TITLE = (360, 533)
-RENAME_PAGE = (459, 473)
+TITLE = (360, 511)
+RENAME_PAGE = (459, 442)
 EFFECT_LIMIT = 45.0  # seconds until a try counts as one whose keys came too early
 SERVER = shutil.which("wineserver") or "/usr/lib/wine/wineserver64"
 

@@ -203,7 +203,7 @@ void FileCommands::writePlaylist()
 }
 
 /// Names the selected rows that no line of a list can hold, and says why. folder: what stands in front of each line.
-void FileCommands::tellLeftOut(const QString &folder)
+void FileCommands::tellLeftOut(const QString &folder) const
 {
     const Captions &captions = m_parts.program.captions;
     QStringList lines;

@@ -63,7 +63,7 @@ private:
     void remove(const QString &source);
     void rename(const RenameRow &wanted, ClashAnswer answer);
     void showChanges(const QString &otherFolder = {});
-    void tellLeftOut(const QString &folder);
+    void tellLeftOut(const QString &folder) const;
 
     WindowParts m_parts;
     OperationDialogs m_dialogs;

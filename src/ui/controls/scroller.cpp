@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/controls/scroller.h"
 
+#include <QEvent>
 #include <QStyle>
+
+#include <algorithm>
+#include <utility>
 
 namespace ravlin {
 
@@ -19,12 +23,36 @@ int Scroller::heightForWidth(int width) const
 {
     const bool isScrolled = width < widget()->minimumSizeHint().width();
     const int bar = isScrolled ? style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this) : 0;
-    return widget()->sizeHint().height() + bar;
+    return contentHeight() + bar;
 }
 
 QSize Scroller::sizeHint() const
 {
-    return widget()->sizeHint();
+    return {widget()->sizeHint().width(), contentHeight()};
+}
+
+int Scroller::contentHeight() const
+{
+    return std::max(widget()->sizeHint().height(), m_greatestHeight);
+}
+
+/// A scroll area keeps from its parents that its content needs more room.
+bool Scroller::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool isHandled = QScrollArea::eventFilter(watched, event);
+    if (watched == widget() && event->type() == QEvent::LayoutRequest) {
+        const int height = contentHeight();
+        if (std::exchange(m_greatestHeight, height) != height)
+            updateGeometry();
+    }
+    return isHandled;
+}
+
+void Scroller::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        m_greatestHeight = 0;
+    QScrollArea::changeEvent(event);
 }
 
 QSize Scroller::minimumSizeHint() const

@@ -207,6 +207,22 @@ private Q_SLOTS:
         QVERIFY2(leastRoomLeft < 5, qPrintable(QString::number(leastRoomLeft))); // the list gets the rest
     }
 
+    void aPageWhoseTextsGetHigherGetsTheRoomAndKeepsIt()
+    {
+        openAt(1000, u"english"_s, 9);
+        const auto *area = tabs()->currentWidget()->findChild<QScrollArea *>();
+        const int before = tabs()->height();
+        auto *name = control<QWidget>(u"fileName"_s);
+        name->setMinimumHeight(name->height() + 40); // as letters of another font would need
+        settle();
+        QCOMPARE(area->verticalScrollBar()->maximum(), 0);
+        const int grown = tabs()->height();
+        QVERIFY(grown > before);
+        name->setMinimumHeight(0);
+        settle();
+        QCOMPARE(tabs()->height(), grown);
+    }
+
     void aNarrowPageScrollsSidewaysOnly()
     {
         openAt(400, u"french"_s, 9);

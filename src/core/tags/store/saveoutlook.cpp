@@ -23,7 +23,7 @@ void lookAt(SaveOutlook &outlook, const QString &text, qsizetype size)
     const QString latin = QString::fromLatin1(toLatin1Visibly(text, std::numeric_limits<qsizetype>::max()));
     const QString whole = text.normalized(QString::NormalizationForm_C);
     outlook.losesCharacters = outlook.losesCharacters || latin.trimmed() != whole.trimmed();
-    outlook.cutsTexts = outlook.cutsTexts || QStringView(latin).mid(size).trimmed().size() > 0;
+    outlook.cutsTexts = outlook.cutsTexts || !QStringView(latin).mid(size).trimmed().isEmpty();
 }
 
 } // namespace
