@@ -274,14 +274,15 @@ void FolderModel::addRoots(const std::vector<FolderRoot> &roots)
             [&](const std::unique_ptr<Node> &known) { return known->folder.path == root.path; });
     };
     auto place = m_roots.end();
-    for (auto root = roots.rbegin(); root != roots.rend(); ++root) {
-        if (const auto known = placeOf(*root); known != m_roots.end()) {
+    for (std::size_t i = roots.size(); i-- > 0;) {
+        const FolderRoot &root = roots[i];
+        if (const auto known = placeOf(root); known != m_roots.end()) {
             place = known;
             continue;
         }
         const int row = static_cast<int>(place - m_roots.begin());
         beginInsertRows({}, row, row);
-        place = m_roots.insert(place, rootNode(*root));
+        place = m_roots.insert(place, rootNode(root));
         int next = 0;
         for (const std::unique_ptr<Node> &node : m_roots)
             node->row = next++;
