@@ -83,8 +83,10 @@ QString folderOfCommandLine(const QString &commandLine, const QString &workingFo
     // A name may end in a quote where the system has no other use for it.
     if (path.startsWith(u'"') && path.endsWith(u'"'))
         path = path.mid(1, path.size() - 2);
-    if (path.startsWith(u"file:/", Qt::CaseInsensitive))
-        path = textOrDefault(droppedAddress(QUrl(path)).path, path);
+    if (path.startsWith(u"file:/", Qt::CaseInsensitive)) {
+        if (const QString named = droppedAddress(QUrl(path)).path; !named.isEmpty())
+            path = QDir::toNativeSeparators(named);
+    }
     if (!path.isEmpty() && !workingFolder.isEmpty())
         path = QDir::toNativeSeparators(QDir::cleanPath(QDir(workingFolder).absoluteFilePath(path)));
     if (!path.endsWith(QStringLiteral(".mp3"), Qt::CaseInsensitive))
