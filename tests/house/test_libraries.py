@@ -11,13 +11,14 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 PROGRAMS = Path(os.environ["RAVLIN_BIN_DIR"])
 
-# What the about box calls a library. The system's own need no name, and sanitizers are in no package.
+# What the about box calls a library. The system's own need no name, and sanitizers are in no package. Qt's build files ask
+# for OpenGL, which a build without optimisation links although nothing uses it.
 NAMES = [
     (r"libQt6\w+\.so", "Qt"),
     (r"libz\.so", "zlib"),
     (r"lib(stdc\+\+|gcc_s|atomic)\.so", "GCC"),
 ]
-UNNAMED = r"(lib(c|m|pthread)|ld-linux[\w-]*|lib(a|ub|l|t)san)\.so"
+UNNAMED = r"(lib(c|m|pthread|GLX|OpenGL)|ld-linux[\w-]*|lib(a|ub|l|t)san)\.so"
 # What leaves no trace in a program: templates and drawings.
 INVISIBLE = {"tl::expected", "Lucide"}
 LICENCES = {"Qt": "qt", "zlib": "zlib", "GCC": "gcc-libraries", "tl::expected": "expected", "MinGW-w64": "mingw-w64"}
