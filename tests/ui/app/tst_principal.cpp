@@ -38,7 +38,7 @@ private:
     /// So many files below the folder that a listing takes a while. Returns the number.
     int addMany() const
     {
-        constexpr int Count = 20'000;
+        constexpr int Count = platform::Separator == u'\\' ? 2'000 : 20'000; // Windows makes them more slowly
         const std::filesystem::path file = addFile(u"below/0.mp3"_s, titled(u"many"_s)).toStdU16String();
         for (int i = 1; i < Count; ++i)
             std::filesystem::create_hard_link(file, file.parent_path() / (std::to_string(i) + ".mp3"));
