@@ -52,7 +52,7 @@ void TestTrashSizes::init()
     writeFile(in(u"other/c.mp3"_s), pattern(20'000, 3));
 }
 
-/// What the specification asks for, with the size as du tells it.
+/// A line as every desktop writes it, with the size as du tells it.
 QByteArray TestTrashSizes::expectedLine(const QString &name) const
 {
     QProcess du;

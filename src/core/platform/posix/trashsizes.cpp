@@ -87,7 +87,7 @@ QList<QByteArray> otherEntries(HeldFolder &trash, const QByteArray &encodedName)
     return entries;
 }
 
-/// Under a name of its own first, as the specification asks: other programs read and write the file, too.
+/// Under a name of its own first, and in one step: other programs read and write the file, too.
 void write(HeldFolder &trash, const QList<QByteArray> &entries)
 {
     if (entries.isEmpty()) {
