@@ -141,6 +141,10 @@ QString Captions::errorText(ErrorCode code) const
         return text(Text::ErrorTagTooLarge);
     case ErrorCode::GenreOutOfRange:
         return text(Text::ErrorGenreOutOfRange);
+    case ErrorCode::Damaged:
+        return text(Text::ErrorDamaged);
+    case ErrorCode::NewerVersion:
+        return text(Text::ErrorNewerVersion);
     case ErrorCode::NoStream:
         return text(Text::ErrorNoStream);
     case ErrorCode::Settings:

@@ -7,6 +7,7 @@
 #include <QDir>
 
 #include <algorithm>
+#include <array>
 
 namespace ravlin {
 
@@ -16,6 +17,25 @@ constexpr QStringView TagVersionKey = u"id3v2 version"; // "3" or "4"
 constexpr QStringView KeepTimesKey = u"keep times";     // "si" or "no"
 constexpr QStringView DoubleClickKey = u"double click"; // "open" or "edit"
 constexpr QStringView HiddenColumnsKey = u"hidden columns";
+constexpr QStringView HistoryDaysKey = u"historia dias";
+constexpr QStringView HistoryMegabytesKey = u"historia megas";
+
+/// The protections, all "si" or "no".
+struct ProtectionKey
+{
+    QStringView key;
+    bool FurtherOptions::*option;
+};
+constexpr std::array<ProtectionKey, 4> ProtectionKeys{{{u"cuida campos", &FurtherOptions::onlyEditedFields},
+    {u"cuida seleccion", &FurtherOptions::keepSelection}, {u"cuida subcarpetas", &FurtherOptions::keepSubfolders},
+    {u"cuida papelera", &FurtherOptions::skipTrashFolders}}};
+
+int numberFrom(const QString &text, int fallback)
+{
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber);
+    return isNumber && number > 0 ? number : fallback;
+}
 
 } // namespace
 
@@ -60,6 +80,10 @@ FurtherOptions FurtherOptions::restored(const Settings &settings)
     if (settings.read(DoubleClickKey) == QStringLiteral("edit"))
         options.doubleClick = DoubleClick::Edit;
     options.hiddenColumns = settings.read(HiddenColumnsKey);
+    for (const ProtectionKey &protection : ProtectionKeys)
+        options.*protection.option = settings.read(protection.key) == QStringLiteral("si");
+    options.historyDays = numberFrom(settings.read(HistoryDaysKey), DefaultHistoryDays);
+    options.historyMegabytes = numberFrom(settings.read(HistoryMegabytesKey), DefaultHistoryMegabytes);
     return options;
 }
 
@@ -75,6 +99,14 @@ void FurtherOptions::store(Settings &settings) const
             DoubleClickKey, doubleClick == DoubleClick::Edit ? QStringLiteral("edit") : QStringLiteral("open"));
     if (hiddenColumns != stored.hiddenColumns)
         settings.write(HiddenColumnsKey, hiddenColumns);
+    for (const ProtectionKey &protection : ProtectionKeys) {
+        if (this->*protection.option != stored.*protection.option)
+            settings.write(protection.key, this->*protection.option ? QStringLiteral("si") : QStringLiteral("no"));
+    }
+    if (historyDays != stored.historyDays)
+        settings.write(HistoryDaysKey, QString::number(historyDays));
+    if (historyMegabytes != stored.historyMegabytes)
+        settings.write(HistoryMegabytesKey, QString::number(historyMegabytes));
 }
 
 QString folderOfCommandLine(const QString &commandLine, const QString &workingFolder)

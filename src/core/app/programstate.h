@@ -46,11 +46,19 @@ enum class DoubleClick
 struct FurtherOptions
 {
     static constexpr int DefaultTagVersion = 3;
+    static constexpr int DefaultHistoryDays = 90;
+    static constexpr int DefaultHistoryMegabytes = 500;
 
     int newTagVersion = DefaultTagVersion; ///< 3 or 4: a file without an ID3v2 tag gets one of ID3v2.3 or 2.4
     bool keepFileTimes = false;            ///< writing a tag keeps the file's modification time
     DoubleClick doubleClick = DoubleClick::Open;
-    QString hiddenColumns; ///< names of the file list's hidden columns, separated by blanks
+    QString hiddenColumns;                ///< names of the file list's hidden columns, separated by blanks
+    bool onlyEditedFields = false;        ///< a save leaves fields alone that the user did not edit
+    bool keepSelection = false;           ///< the same files stay selected after the list was filled again
+    bool keepSubfolders = false;          ///< a list with subfolders keeps them when it is filled again
+    bool skipTrashFolders = false;        ///< a list with subfolders leaves out the trash at the top of a drive
+    int historyDays = DefaultHistoryDays; ///< how long changes can be taken back
+    int historyMegabytes = DefaultHistoryMegabytes; ///< what their record may take, in units of 1024 * 1024 bytes
 
     /// A stored text without a known meaning gives the default.
     static FurtherOptions restored(const Settings &settings);

@@ -27,6 +27,8 @@ enum class Text
     TagTooLarge,
     ErrorTagTooLarge,
     ErrorGenreOutOfRange,
+    ErrorDamaged,
+    ErrorNewerVersion,
     ErrorNoStream,
     ErrorSettings,
     ErrorInvalidArgument,

@@ -90,8 +90,8 @@ Statement &Statement::bind(int index, const QByteArray &bytes)
 {
     if (bytes.isNull())
         return bindNull(index);
-    const int code = sqlite3_bind_blob64(m_statement.get(), index, bytes.constData(),
-        static_cast<sqlite3_uint64>(bytes.size()), SQLITE_TRANSIENT);
+    const int code = sqlite3_bind_blob64(
+        m_statement.get(), index, bytes.constData(), static_cast<sqlite3_uint64>(bytes.size()), SQLITE_TRANSIENT);
     m_bindCode = m_bindCode == SQLITE_OK ? code : m_bindCode;
     return *this;
 }
@@ -168,11 +168,9 @@ Result<Database> Database::open(const QString &path, Journal journal)
     // The file may be anybody's: nothing in its schema may run code.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    const auto set =
-        database
-            .run(journal == Journal::Wal ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=TRUNCATE")
-            .and_then([&] { return database.run("PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON"); })
-            .and_then([&] { return database.version(); });
+    const auto set = database.run(journal == Journal::Wal ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=TRUNCATE")
+                         .and_then([&] { return database.run("PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON"); })
+                         .and_then([&] { return database.version(); });
     if (!set)
         return tl::unexpected(set.error());
     return database;

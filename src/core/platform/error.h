@@ -25,6 +25,8 @@ enum class ErrorCode
     TooLarge,         ///< a value or a tag is larger than its format allows
     TagTooLarge,      ///< the tag is larger than what is read of one, so nothing is saved from it
     GenreOutOfRange,  ///< the file's genre number is beyond the genre table
+    Damaged,          ///< the history is no database, or a broken one
+    NewerVersion,     ///< a later version of the program has written it
     NoStream,         ///< no MPEG audio was found
     Settings,         ///< the settings file cannot be read or written
     InvalidArgument,  ///< a name or a request that is not valid here

@@ -39,6 +39,17 @@ struct FileInfo
     bool isReadOnly() const { return (permissions & 0200U) == 0; }
 };
 
+/// What makes a file the same one after it was renamed or moved, also after the next start of the system. A part that
+/// the system does not give is 0.
+struct FileIdentity
+{
+    quint64 volume = 0; ///< of the file system itself, not of the device that it is on, where the system tells
+    quint64 inode = 0;
+    qint64 born = 0; ///< nanoseconds since 1970, UTC
+
+    bool operator==(const FileIdentity &) const = default;
+};
+
 /// An open file. Destruction closes it; sync() reports the errors that closing would.
 class File
 {
@@ -54,6 +65,10 @@ public:
     virtual Result<void> sync() = 0;
     /// Right after opening: the state at opening.
     virtual Result<FileInfo> info() = 0;
+    virtual Result<FileIdentity> identity()
+    {
+        return info().map([](const FileInfo &now) { return FileIdentity{now.device, now.inode, 0}; });
+    }
     /// Copies length bytes from another file of the same file system, inside the kernel where possible (sharing blocks
     /// on file systems that can), else by reading and writing. May copy fewer, but at least one byte; the caller goes
     /// on. Returns 0 only at the source's end.

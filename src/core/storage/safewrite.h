@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/platform/filesystem.h"
+#include "core/storage/journal.h"
 
 #include <memory>
 #include <optional>
@@ -11,21 +12,6 @@
 /// mixture. Knows nothing of tags: the new content is a list of segments, each either new bytes or a range of the old
 /// file.
 namespace ravlin::storage {
-
-/// One segment of a file's new content.
-struct Segment
-{
-    QByteArray bytes;      ///< the new bytes; empty for a range of the old file
-    qint64 oldOffset = -1; ///< where the range starts in the old file; -1 for new bytes
-    qint64 length = 0;     ///< bytes
-
-    static Segment fresh(QByteArray data)
-    {
-        const qint64 size = data.size();
-        return {std::move(data), -1, size};
-    }
-    static Segment kept(qint64 offset, qint64 length) { return {{}, offset, length}; }
-};
 
 /// How the change was made.
 enum class WriteOutcome
@@ -47,7 +33,9 @@ enum class ReadOnlyFile
 struct WriteOptions
 {
     ReadOnlyFile readOnlyFile = ReadOnlyFile::Refuse;
-    bool keepModified = false; ///< restore the modification time, if the system allows it
+    bool keepModified = false;            ///< restore the modification time, if the system allows it
+    Journal *journal = nullptr;           ///< where the change is recorded first
+    std::vector<ValueChange> values = {}; ///< for the journal
 };
 
 /// A file that is to be changed. Links in its path are followed once; from then on it is reached by its name in a

@@ -12,11 +12,6 @@ namespace {
 
 constexpr qint64 CompareChunk = 256 * 1024;
 
-bool isKept(const Segment &segment)
-{
-    return segment.oldOffset >= 0;
-}
-
 bool isValid(const Segment &segment, qint64 oldSize)
 {
     if (segment.oldOffset == -1)
@@ -27,7 +22,7 @@ bool isValid(const Segment &segment, qint64 oldSize)
 
 bool continues(const Segment &previous, const Segment &next)
 {
-    return isKept(previous) && isKept(next) && previous.oldOffset + previous.length == next.oldOffset;
+    return previous.isKept() && next.isKept() && previous.oldOffset + previous.length == next.oldOffset;
 }
 
 /// Index of the first difference; size if there is none.
@@ -134,7 +129,7 @@ QByteArray overlaid(const QByteArray &oldBytes, const Extent &extent, const NewC
     for (const Segment &segment : content.segments) {
         const qint64 from = std::max(offset, extent.begin);
         const qint64 to = std::min(offset + segment.length, extent.end);
-        if (!isKept(segment) && from < to)
+        if (!segment.isKept() && from < to)
             std::memcpy(result.data() + (from - extent.begin), segment.bytes.constData() + (from - offset),
                 static_cast<size_t>(to - from));
         offset += segment.length;
@@ -156,7 +151,7 @@ Result<NewContent> makeContent(const std::vector<Segment> &segments, qint64 oldS
                     .arg(segment.oldOffset)});
         if (segment.length == 0)
             continue;
-        if (isKept(segment) && segment.oldOffset != content.size)
+        if (segment.isKept() && segment.oldOffset != content.size)
             content.keptStayInPlace = false;
         content.size += segment.length;
         if (!content.segments.empty() && continues(content.segments.back(), segment))
@@ -177,7 +172,7 @@ Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent
     Comparison comparison(file, oldSize);
     qint64 offset = 0;
     for (const Segment &segment : content.segments) {
-        if (!isKept(segment)) {
+        if (!segment.isKept()) {
             if (auto added = comparison.add(segment.bytes, offset); !added)
                 return tl::unexpected(added.error());
         }
@@ -208,7 +203,7 @@ Result<bool> holdsContent(platform::File &file, qint64 base, platform::File &ori
     qint64 offset = base;
     for (const Segment &segment : content.segments) {
         Result<bool> same = true;
-        if (!isKept(segment)) {
+        if (!segment.isKept()) {
             same = platform::sameBytes(file, offset, segment.bytes);
         } else {
             const qint64 edge = std::min(AtomicBlockSize, segment.length);
@@ -228,7 +223,7 @@ Result<void> writeContent(platform::File &file, qint64 base, platform::File &ori
 {
     qint64 offset = base;
     for (const Segment &segment : content.segments) {
-        const auto written = isKept(segment)
+        const auto written = segment.isKept()
                                  ? platform::copyAll(original, segment.oldOffset, file, offset, segment.length)
                                  : platform::writeAll(file, segment.bytes, offset);
         if (!written)

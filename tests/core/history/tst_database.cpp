@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: values come back as they went in, also text that is no Unicode; a failed transaction leaves nothing; what is
-// no database is told apart from what cannot be opened; the file is the user's alone.
+// Contract: values come back as they went in, also text that is no Unicode; a failed transaction leaves nothing; what
+// is no database is told apart from what cannot be opened; the file is the user's alone.
 
 #include "core/history/database.h"
 

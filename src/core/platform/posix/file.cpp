@@ -7,9 +7,11 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace ravlin::platform {
 namespace {
@@ -144,6 +146,21 @@ Result<FileInfo> PosixFile::info()
     if (::fstat(m_descriptor, &status) != 0)
         return systemError(errno, m_path, "fstat");
     return fileInfo(status);
+}
+
+Result<FileIdentity> PosixFile::identity()
+{
+    struct statx status = {};
+    if (::statx(m_descriptor, "", AT_EMPTY_PATH, STATX_INO | STATX_BTIME, &status) != 0)
+        return systemError(errno, m_path, "statx");
+    FileIdentity identity{0, status.stx_ino, 0};
+    if ((status.stx_mask & STATX_BTIME) != 0)
+        identity.born = status.stx_btime.tv_sec * NanosecondsPerSecond + status.stx_btime.tv_nsec;
+    // Most file systems make this number from their UUID.
+    struct statfs volume = {};
+    if (::fstatfs(m_descriptor, &volume) == 0)
+        std::memcpy(&identity.volume, &volume.f_fsid, std::min(sizeof identity.volume, sizeof volume.f_fsid));
+    return identity;
 }
 
 Result<qint64> PosixFile::copyFrom(File &source, qint64 sourceOffset, qint64 offset, qint64 length)

@@ -27,6 +27,7 @@ public:
     Result<void> truncate(qint64 size) override;
     Result<void> sync() override;
     Result<FileInfo> info() override;
+    Result<FileIdentity> identity() override;
     Result<qint64> copyFrom(File &source, qint64 sourceOffset, qint64 offset, qint64 length) override;
     Result<void> takeOwner(File &source) override;
     Result<void> takeAttributes(File &source) override;

@@ -95,6 +95,18 @@ Result<FileInfo> WindowsFile::info()
     return infoOf(m_handle.get(), m_path);
 }
 
+Result<FileIdentity> WindowsFile::identity()
+{
+    const auto now = infoOf(m_handle.get(), m_path);
+    if (!now)
+        return tl::unexpected(now.error());
+    FileIdentity identity{now->device, now->inode, 0};
+    FILE_BASIC_INFO basic = {};
+    if (::GetFileInformationByHandleEx(m_handle.get(), FileBasicInfo, &basic, sizeof basic) != 0)
+        identity.born = (basic.CreationTime.QuadPart - EpochDifference) * HundredNanoseconds;
+    return identity;
+}
+
 Result<qint64> WindowsFile::copyFrom(File &source, qint64 sourceOffset, qint64 offset, qint64 length)
 {
     m_atOpening.reset();

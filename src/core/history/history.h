@@ -1,0 +1,222 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "core/platform/filesystem.h"
+#include "core/storage/journal.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stop_token>
+#include <vector>
+
+/// The record of all changes to files: what is needed to finish an interrupted one and to take back a finished one. It
+/// is a database in the user's data folder, which all running programs of ours share.
+namespace ravlin::history {
+
+/// What an entry stands for. The names in the database and in what the command line prints are those of kindName().
+enum class Kind
+{
+    Single,  ///< the tag of one file
+    Multi,   ///< the tags of several files
+    Extract, ///< tags from names
+    Lookup,  ///< tags from an album looked up
+    RemoveTags,
+    Rename,
+    RenameFolder,
+    Copy,
+    Move,
+    Trash,
+    Delete,
+    Playlist,
+};
+
+QString kindName(Kind kind);
+
+/// What became of one file.
+enum class FileState
+{
+    Pending, ///< its change was interrupted, or is being made
+    Done,
+    Failed,
+    Undone,
+};
+
+struct FileRecord
+{
+    qint64 id = 0; ///< 0: only in memory
+    storage::ChangeKind change = storage::ChangeKind::Content;
+    FileState state = FileState::Done;
+    QString path;                             ///< before
+    QString newPath;                          ///< after; empty if it is the same, or there is none
+    std::vector<storage::ValueChange> values; ///< only those that changed
+    std::optional<Error> error;               ///< of Failed
+};
+
+struct Entry
+{
+    qint64 id = 0;   ///< 0: not recorded
+    qint64 time = 0; ///< milliseconds since 1970, UTC
+    Kind kind = Kind::Single;
+    QString folder;
+    qsizetype fileCount = 0;   ///< files changed
+    qsizetype undoneCount = 0; ///< of these
+};
+
+/// The outcome of an operation that has just ended, for the notice and the command line. Complete even if nothing could
+/// be recorded.
+struct Summary
+{
+    Entry entry;
+    std::vector<FileRecord> files; ///< in the order in which they were taken; at most MostFiles
+    qsizetype doneCount = 0;
+    qsizetype failedCount = 0;
+    std::optional<Error> problem;   ///< why it can't be taken back, if it can't
+    QStringList changedByOthers;    ///< files that another program had changed since they were shown
+
+    static constexpr qsizetype MostFiles = 20'000;
+};
+
+/// Which entries to list, newest first.
+struct Query
+{
+    qsizetype limit = -1;                ///< -1: all
+    QString folder = {};                 ///< only those of that folder or one below it
+    QString text = {};                   ///< only those with the text in a path or a value
+    std::optional<qint64> since = {};    ///< milliseconds since 1970, UTC
+};
+
+/// A change as undo needs it.
+struct StoredChange
+{
+    FileRecord record;
+    bool isFolder = false;
+    platform::FileInfo before;
+    platform::FileInfo after; ///< size, times, inode
+    platform::FileIdentity identity;
+    std::vector<storage::Segment> inverse;
+    QByteArray digest; ///< of the written bytes
+    bool replaced = false;
+    std::optional<platform::TrashedItem> trashed;
+};
+
+/// What finishing interrupted changes did.
+struct Recovery
+{
+    QStringList completed;           ///< files that have their new content
+    QStringList rolledBack;          ///< files that have their old content again
+    std::vector<Error> left;         ///< what can't be finished now, and why
+    int temporaryFiles = 0;          ///< removed
+};
+
+/// Keeps the record. Opens the database at the first need. A database that can't be used never stops a change; problem()
+/// has the reason then. One thread at a time.
+class History final : public storage::Journal
+{
+    Q_DISABLE_COPY_MOVE(History)
+
+public:
+    /// ravlin/history.sqlite in $XDG_DATA_HOME or ~/.local/share; in the local application data on Windows.
+    static QString defaultPath();
+
+    explicit History(platform::FileSystem &fileSystem, QString path = defaultPath());
+    ~History() override;
+
+    /// Without recording, only what an interrupted change needs is kept while it is made.
+    void setRecording(bool isOn) { m_isRecording = isOn; }
+    void setLimits(int days, int megabytes);
+    /// Why nothing can be recorded, if so.
+    const std::optional<Error> &problem() const;
+
+    /// Opens an entry: what is changed from now on belongs to it. Finishes interrupted changes first.
+    void beginEntry(Kind kind, const QString &folder);
+    /// A file of the entry that could not be changed.
+    void addFailure(const QString &path, const Error &error);
+    /// A file that another program had changed since it was shown; it was changed all the same.
+    void addChangedByOther(const QString &path);
+    /// Closes the entry; one without changes is not kept.
+    Summary endEntry();
+
+    std::optional<Ticket> begin(const storage::ChangeRecord &change) override;
+    void end(Ticket ticket, const Result<storage::ChangeDone> &done) override;
+    std::optional<Ticket> beginTemporary(const QString &folder, const QString &name) override;
+    void endTemporary(Ticket ticket) override;
+
+    /// Finishes what interrupted runs left: completes or rolls back their changes and removes their temporary files. One
+    /// query if there is nothing.
+    Recovery recover();
+
+    Result<std::vector<Entry>> entries(const Query &query = {});
+    Result<std::optional<Entry>> entry(qint64 id);
+    /// The files of an entry, failed ones too, in the order in which they were taken.
+    Result<std::vector<FileRecord>> files(qint64 entry);
+
+    /// The newest entry not yet undone, and the one that a redo would repeat.
+    Result<std::optional<Entry>> nextUndo();
+    Result<std::optional<Entry>> nextRedo();
+    /// Later entries, not undone, that changed files of this one; newest first.
+    Result<std::vector<Entry>> laterOnSameFiles(qint64 entry);
+
+    /// The changes to undo, the last one first; only of the given files if there are any.
+    Result<std::vector<StoredChange>> changesToUndo(qint64 entry, const std::set<qint64> &onlyFiles = {});
+    Result<std::vector<StoredChange>> changesToRedo(qint64 entry);
+    /// Where a path of a change is by now, after all later renames and moves that are recorded.
+    Result<QString> presentPath(qint64 change, const QString &path);
+    /// Opens the taking back of an entry, or its repetition. What is changed from now on, each after reverting(), takes
+    /// back that change and makes no entry that is listed.
+    void beginReverting(qint64 entry);
+    void reverting(qint64 change);
+    /// Closes it. The summary's files are those of the changes that were taken back.
+    Summary endReverting();
+
+    /// Forgets everything but what an interrupted change needs.
+    Result<void> forgetAll();
+    /// Bytes that the record takes.
+    qint64 size();
+
+private:
+    class Store;
+
+    bool m_isRecording = true;
+    std::unique_ptr<Store> m_store;
+};
+
+/// An entry of the history around an operation.
+class Operation
+{
+    Q_DISABLE_COPY_MOVE(Operation)
+
+public:
+    /// history: may be null.
+    Operation(History *history, Kind kind, const QString &folder) : m_history(history)
+    {
+        if (m_history != nullptr)
+            m_history->beginEntry(kind, folder);
+    }
+    ~Operation()
+    {
+        if (m_history != nullptr)
+            m_history->endEntry();
+    }
+    void failed(const QString &path, const Error &error)
+    {
+        if (m_history != nullptr)
+            m_history->addFailure(path, error);
+    }
+    /// Ends it. Only once.
+    Summary finish() { return m_history != nullptr ? std::exchange(m_history, nullptr)->endEntry() : Summary(); }
+
+private:
+    History *m_history;
+};
+
+/// Takes back one change of a file's content: gives it its former bytes and modification time. ChangedMeanwhile if it is
+/// not as the change left it; NotFound. path: where it is now.
+Result<void> revertContent(
+    History &history, platform::FileSystem &fileSystem, const StoredChange &change, const QString &path, bool isDryRun);
+
+} // namespace ravlin::history
