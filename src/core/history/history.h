@@ -75,8 +75,8 @@ struct Summary
     std::vector<FileRecord> files; ///< in the order in which they were taken; at most MostFiles
     qsizetype doneCount = 0;
     qsizetype failedCount = 0;
-    std::optional<Error> problem;   ///< why it can't be taken back, if it can't
-    QStringList changedByOthers;    ///< files that another program had changed since they were shown
+    std::optional<Error> problem; ///< why it can't be taken back, if it can't
+    QStringList changedByOthers;  ///< files that another program had changed since they were shown
 
     static constexpr qsizetype MostFiles = 20'000;
 };
@@ -84,10 +84,10 @@ struct Summary
 /// Which entries to list, newest first.
 struct Query
 {
-    qsizetype limit = -1;                ///< -1: all
-    QString folder = {};                 ///< only those of that folder or one below it
-    QString text = {};                   ///< only those with the text in a path or a value
-    std::optional<qint64> since = {};    ///< milliseconds since 1970, UTC
+    qsizetype limit = -1;             ///< -1: all
+    QString folder = {};              ///< only those of that folder or one below it
+    QString text = {};                ///< only those with the text in a path or a value
+    std::optional<qint64> since = {}; ///< milliseconds since 1970, UTC
 };
 
 /// A change as undo needs it.
@@ -107,14 +107,14 @@ struct StoredChange
 /// What finishing interrupted changes did.
 struct Recovery
 {
-    QStringList completed;           ///< files that have their new content
-    QStringList rolledBack;          ///< files that have their old content again
-    std::vector<Error> left;         ///< what can't be finished now, and why
-    int temporaryFiles = 0;          ///< removed
+    QStringList completed;   ///< files that have their new content
+    QStringList rolledBack;  ///< files that have their old content again
+    std::vector<Error> left; ///< what can't be finished now, and why
+    int temporaryFiles = 0;  ///< removed
 };
 
-/// Keeps the record. Opens the database at the first need. A database that can't be used never stops a change; problem()
-/// has the reason then. One thread at a time.
+/// Keeps the record. Opens the database at the first need. A database that can't be used never stops a change;
+/// problem() has the reason then. One thread at a time.
 class History final : public storage::Journal
 {
     Q_DISABLE_COPY_MOVE(History)
@@ -146,8 +146,8 @@ public:
     std::optional<Ticket> beginTemporary(const QString &folder, const QString &name) override;
     void endTemporary(Ticket ticket) override;
 
-    /// Finishes what interrupted runs left: completes or rolls back their changes and removes their temporary files. One
-    /// query if there is nothing.
+    /// Finishes what interrupted runs left: completes or rolls back their changes and removes their temporary files.
+    /// One query if there is nothing.
     Recovery recover();
 
     Result<std::vector<Entry>> entries(const Query &query = {});
@@ -214,8 +214,8 @@ private:
     History *m_history;
 };
 
-/// Takes back one change of a file's content: gives it its former bytes and modification time. ChangedMeanwhile if it is
-/// not as the change left it; NotFound. path: where it is now.
+/// Takes back one change of a file's content: gives it its former bytes and modification time. ChangedMeanwhile if it
+/// is not as the change left it; NotFound. path: where it is now.
 Result<void> revertContent(
     History &history, platform::FileSystem &fileSystem, const StoredChange &change, const QString &path, bool isDryRun);
 

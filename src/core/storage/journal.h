@@ -84,9 +84,9 @@ struct ChangeRecord
 /// What is known once a change was made.
 struct ChangeDone
 {
-    platform::FileInfo after = {};                        ///< of the file at its new place; none for Trash and Delete
-    bool replaced = false;                                ///< something had the new path
-    std::optional<platform::TrashedItem> trashed = {};    ///< for Trash the file itself, else what was replaced
+    platform::FileInfo after = {};                     ///< of the file at its new place; none for Trash and Delete
+    bool replaced = false;                             ///< something had the new path
+    std::optional<platform::TrashedItem> trashed = {}; ///< for Trash the file itself, else what was replaced
 };
 
 /// One thread at a time.

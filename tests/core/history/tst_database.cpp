@@ -5,7 +5,7 @@
 #include "core/history/database.h"
 
 #include "core/platform/filesystem.h"
-#include "support/filesteps.h"
+#include "support/filetree.h"
 
 #include <QTemporaryDir>
 #include <QTest>
