@@ -18,8 +18,9 @@ struct FieldCaption
 };
 
 constexpr std::array FieldCaptions{FieldCaption{u"title", Caption::Title}, FieldCaption{u"artist", Caption::Artist},
-    FieldCaption{u"album", Caption::Album}, FieldCaption{u"year", Caption::Year}, FieldCaption{u"track", Caption::Track},
-    FieldCaption{u"genre", Caption::Genre}, FieldCaption{u"comment", Caption::Comment}};
+    FieldCaption{u"album", Caption::Album}, FieldCaption{u"year", Caption::Year},
+    FieldCaption{u"track", Caption::Track}, FieldCaption{u"genre", Caption::Genre},
+    FieldCaption{u"comment", Caption::Comment}};
 
 Text kindCaption(history::Kind kind)
 {

@@ -59,8 +59,7 @@ QString ChangeModel::cell(const QModelIndex &index, int column) const
 {
     const history::FileRecord &file = fileAt(index);
     const auto row = static_cast<std::size_t>(index.row());
-    const ChangeLine line =
-        isFile(index) ? fileLine(file, m_folder) : valueLine(m_captions, file.values[row]);
+    const ChangeLine line = isFile(index) ? fileLine(file, m_folder) : valueLine(m_captions, file.values[row]);
     const auto value = [&](const QString &text) {
         if (isFile(index))
             return shownLine(QDir::toNativeSeparators(text));

@@ -62,8 +62,7 @@ void arrange(QTreeView *list, const std::vector<int> &widths)
 
 } // namespace
 
-historial::historial(
-    const Captions &captions, platform::FileSystem &fileSystem, const QString &path, QWidget *parent)
+historial::historial(const Captions &captions, platform::FileSystem &fileSystem, const QString &path, QWidget *parent)
     : QDialog(parent), m_captions(captions), m_reader(fileSystem, path), m_entryModel(new EntryModel(captions, this)),
       m_changeModel(new ChangeModel(captions, this)), m_typing(new QTimer(this))
 {
@@ -190,8 +189,8 @@ void historial::readEntries()
     const QString folder = m_folder->currentIndex() > 0 ? m_folder->currentData().toString() : QString();
     if (m_entryModel->entries().empty())
         m_state->setText(m_captions.text(Text::HistoryLoading));
-    m_reader.readEntries({.folder = folder, .text = m_text->text().trimmed()},
-        [this](Result<std::vector<history::Entry>> entries) {
+    m_reader.readEntries(
+        {.folder = folder, .text = m_text->text().trimmed()}, [this](Result<std::vector<history::Entry>> entries) {
             if (!entries || !std::ranges::equal(*entries, m_entryModel->entries(), isSame) || entries->empty())
                 showEntries(std::move(entries));
         });
@@ -214,11 +213,10 @@ void historial::showEntries(Result<std::vector<history::Entry>> entries)
     m_isFilling = false;
     const bool isFiltered = !m_text->text().isEmpty() || m_folder->currentIndex() > 0;
     if (!entries)
-        m_state->setText(
-            m_captions.text(Text::HistoryUnreadable).arg(m_captions.errorText(entries.error().code)));
+        m_state->setText(m_captions.text(Text::HistoryUnreadable).arg(m_captions.errorText(entries.error().code)));
     else
-        m_state->setText(!entries->empty() ? QString()
-                                           : m_captions.text(isFiltered ? Text::HistoryNoMatch : Text::HistoryEmpty));
+        m_state->setText(
+            !entries->empty() ? QString() : m_captions.text(isFiltered ? Text::HistoryNoMatch : Text::HistoryEmpty));
     if (!isFiltered)
         fillFolders();
     m_shownEntry = 0;
@@ -310,18 +308,23 @@ void historial::undo(const std::set<qint64> &files)
     });
 }
 
-void historial::askForLater(
-    qint64 entry, const std::set<qint64> &files, const std::vector<history::Entry> &later)
+/// An entry's name in a sentence.
+QString historial::nameOf(const history::Entry &entry) const
+{
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(entry.time);
+    const QStringList parts{timeText(time, DaySpan::Before, m_captions.locale()), kindText(m_captions, entry.kind),
+        shownLine(QDir::toNativeSeparators(entry.folder), MostNameLetters)};
+    return parts.join(QStringLiteral("  "));
+}
+
+void historial::askForLater(qint64 entry, const std::set<qint64> &files, const std::vector<history::Entry> &later)
 {
     QStringList lines;
     std::vector<qint64> entries;
-    const QLocale locale = m_captions.locale();
     for (const history::Entry &one : later) {
         entries.push_back(one.id);
         if (lines.size() < MostLaterNamed)
-            lines << timeText(QDateTime::fromMSecsSinceEpoch(one.time), DaySpan::Before, locale) + QStringLiteral("  ") +
-                         kindText(m_captions, one.kind) + QStringLiteral("  ") +
-                         shownLine(QDir::toNativeSeparators(one.folder), MostNameLetters);
+            lines << nameOf(one);
     }
     if (later.size() > MostLaterNamed)
         lines << m_captions.text(Text::AndMore).arg(later.size() - MostLaterNamed);

@@ -58,6 +58,7 @@ private:
     void updateButtons();
     std::set<qint64> chosenFiles() const;
     void undo(const std::set<qint64> &files);
+    QString nameOf(const history::Entry &entry) const;
     void askForLater(qint64 entry, const std::set<qint64> &files, const std::vector<history::Entry> &later);
 
     const Captions &m_captions;
