@@ -141,6 +141,8 @@ QString Captions::errorText(ErrorCode code) const
         return text(Text::ErrorTagTooLarge);
     case ErrorCode::GenreOutOfRange:
         return text(Text::ErrorGenreOutOfRange);
+    case ErrorCode::NotStorable:
+        return text(Text::ErrorNotStorable);
     case ErrorCode::Damaged:
         return text(Text::ErrorDamaged);
     case ErrorCode::NewerVersion:

@@ -48,6 +48,10 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::ErrorGenreOutOfRange,
         {u"the genre number is not in the genre table", u"el número de estilo no está en la tabla de estilos",
             u"le numéro de genre n'est pas dans la table des genres"}},
+    {Text::ErrorNotStorable, {u"a year, track or genre that no tag can hold: the file keeps its own",
+                                 u"un año, pista o estilo que no cabe en la etiqueta: el archivo conserva el suyo",
+                                 u"une année, une piste ou un genre que le tag ne peut contenir\u00a0: le fichier "
+                                 u"garde les siens"}},
     {Text::ErrorDamaged, {u"the history is damaged", u"el historial está dañado", u"l'historique est endommagé"}},
     {Text::ErrorNewerVersion, {u"a newer version of the program has written the history",
                                   u"una versión más nueva del programa ha escrito el historial",
@@ -99,6 +103,18 @@ constexpr std::array<Row, TextCount> Rows{{
                             u"letras después de la 30 (28 en un comentario junto a una pista)",
                             u"lettres après la 30e (28e d'un commentaire avec une piste)"}},
     {Text::V1LosesPictures, {u"pictures", u"imágenes", u"images"}},
+    // %1: one or more of the seven texts that follow
+    {Text::HintRemoves, {u"removes %1", u"quita %1", u"supprime %1"}},
+    // %1: a number of files, or NumberOrMore
+    {Text::RemovesTitle, {u"the title of %1", u"el título de %1", u"le titre de %1"}},
+    {Text::RemovesArtist, {u"the artist of %1", u"el artista de %1", u"l'artiste de %1"}},
+    {Text::RemovesAlbum, {u"the album of %1", u"el álbum de %1", u"l'album de %1"}},
+    {Text::RemovesYear, {u"the year of %1", u"el año de %1", u"l'année de %1"}},
+    {Text::RemovesTrack, {u"the track of %1", u"la pista de %1", u"la piste de %1"}},
+    {Text::RemovesGenre, {u"the genre of %1", u"el estilo de %1", u"le genre de %1"}},
+    {Text::RemovesComment, {u"the comment of %1", u"el comentario de %1", u"le commentaire de %1"}},
+    // %1: a number
+    {Text::NumberOrMore, {u"%1 or more", u"%1 o más", u"%1 ou plus"}},
     {Text::StreamCutOff, {u"the audio is cut off", u"el audio está cortado", u"l'audio est coupé"}},
     {Text::StreamDamaged, {u"the audio is damaged", u"el audio está dañado", u"l'audio est endommagé"}},
     {Text::TipStreamDamaged, {u"the values hold for what there is", u"los valores valen para lo que hay",

@@ -136,8 +136,6 @@ public:
     void beginEntry(Kind kind, const QString &folder);
     /// A file of the entry that could not be changed.
     void addFailure(const QString &path, const Error &error);
-    /// A file that another program had changed since it was shown; it was changed all the same.
-    void addChangedByOther(const QString &path);
     /// Closes the entry; one without changes is not kept.
     Summary endEntry();
 
@@ -145,6 +143,7 @@ public:
     void end(Ticket ticket, const Result<storage::ChangeDone> &done) override;
     std::optional<Ticket> beginTemporary(const QString &folder, const QString &name) override;
     void endTemporary(Ticket ticket) override;
+    void addChangedByOther(const QString &path) override;
 
     /// Finishes what interrupted runs left: completes or rolls back their changes and removes their temporary files.
     /// One query if there is nothing.

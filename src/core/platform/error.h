@@ -25,6 +25,7 @@ enum class ErrorCode
     TooLarge,         ///< a value or a tag is larger than its format allows
     TagTooLarge,      ///< the tag is larger than what is read of one, so nothing is saved from it
     GenreOutOfRange,  ///< the file's genre number is beyond the genre table
+    NotStorable,      ///< a value that no tag can hold was left out; all others were saved
     Damaged,          ///< the history is no database, or a broken one
     NewerVersion,     ///< a later version of the program has written it
     NoStream,         ///< no MPEG audio was found

@@ -107,6 +107,9 @@ public:
     /// Records a temporary file or folder before it is made. end: it is gone, or has got its final name.
     virtual std::optional<Ticket> beginTemporary(const QString &folder, const QString &name) = 0;
     virtual void endTemporary(Ticket ticket) = 0;
+
+    /// Another program had changed the file since the user saw it, and it was changed all the same.
+    virtual void addChangedByOther(const QString &path) { Q_UNUSED(path) }
 };
 
 } // namespace ravlin::storage
