@@ -7,6 +7,30 @@ namespace ravlin::id3 {
 
 using storage::Segment;
 
+namespace {
+
+/// Appends a range of the content that the segments make.
+void appendRange(std::vector<Segment> &out, const std::vector<Segment> &segments, qint64 offset, qint64 length)
+{
+    qint64 begin = 0;
+    for (const Segment &segment : segments) {
+        const qint64 from = std::max<qint64>(offset - begin, 0);
+        const qint64 size = std::min(offset + length - begin, segment.length) - from;
+        begin += segment.length;
+        if (size <= 0)
+            continue;
+        if (!segment.isKept())
+            out.push_back(Segment::fresh(segment.bytes.mid(from, size)));
+        else if (!out.empty() && out.back().isKept() &&
+                 out.back().oldOffset + out.back().length == segment.oldOffset + from)
+            out.back().length += size;
+        else
+            out.push_back(Segment::kept(segment.oldOffset + from, size));
+    }
+}
+
+} // namespace
+
 ComposedContent::ComposedContent(platform::ByteSource &old, const std::vector<Segment> &segments)
     : m_old(old), m_segments(segments)
 {
@@ -37,6 +61,18 @@ Result<qint64> ComposedContent::readAt(std::span<char> buffer, qint64 offset)
             break; // the old file became shorter
     }
     return done;
+}
+
+std::vector<Segment> combined(const std::vector<Segment> &earlier, const std::vector<Segment> &later)
+{
+    std::vector<Segment> segments;
+    for (const Segment &segment : later) {
+        if (segment.isKept())
+            appendRange(segments, earlier, segment.oldOffset, segment.length);
+        else
+            segments.push_back(segment);
+    }
+    return segments;
 }
 
 } // namespace ravlin::id3

@@ -22,4 +22,8 @@ private:
     std::vector<qint64> m_ends; ///< of the segments in the new content
 };
 
+/// Two changes, one after the other, as one: later is made of ranges of the content that earlier makes.
+std::vector<storage::Segment> combined(
+    const std::vector<storage::Segment> &earlier, const std::vector<storage::Segment> &later);
+
 } // namespace ravlin::id3

@@ -56,12 +56,18 @@ void putText(QByteArray &block, Slot slot, const QString &text)
 
 Result<std::optional<QByteArray>> readV1Block(platform::File &file, qint64 fileSize)
 {
-    if (fileSize < V1Size)
+    platform::FileSource source(file, fileSize);
+    return readV1Block(source, fileSize);
+}
+
+Result<std::optional<QByteArray>> readV1Block(platform::ByteSource &source, qint64 end)
+{
+    if (end < V1Size)
         return std::nullopt;
     // Three more bytes, to recognise the end of "APETAGEX".
     std::array<char, V1Size + 3> buffer{};
-    const qint64 before = std::min<qint64>(3, fileSize - V1Size);
-    const auto read = file.readAt({buffer.data(), static_cast<size_t>(V1Size + before)}, fileSize - V1Size - before);
+    const qint64 before = std::min<qint64>(3, end - V1Size);
+    const auto read = source.readAt({buffer.data(), static_cast<size_t>(V1Size + before)}, end - V1Size - before);
     if (!read)
         return tl::unexpected(read.error());
     if (*read < V1Size + before)

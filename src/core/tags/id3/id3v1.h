@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/platform/filesystem.h"
+#include "core/platform/bytewindow.h"
 
 #include <QByteArray>
 #include <QString>
@@ -33,6 +33,8 @@ struct V1Fields
 /// The tag block at the end of the file. Returns nothing if there is none; the end of an APE footer that looks like one
 /// is not one.
 Result<std::optional<QByteArray>> readV1Block(platform::File &file, qint64 fileSize);
+/// The same at that place of a source.
+Result<std::optional<QByteArray>> readV1Block(platform::ByteSource &source, qint64 end);
 
 /// The fields of a block of 128 bytes: Latin-1, each up to its first zero byte, without trailing spaces.
 V1Fields parseV1(std::string_view block);

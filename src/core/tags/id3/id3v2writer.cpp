@@ -432,7 +432,7 @@ Result<std::vector<Segment>> composeRewritten(
 } // namespace
 
 Result<std::optional<std::vector<Segment>>> composeSave(
-    platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion)
+    ByteSource &file, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion)
 {
     if (tag && tag->isCut())
         return tl::unexpected(tagTooLarge());
@@ -443,14 +443,13 @@ Result<std::optional<std::vector<Segment>>> composeSave(
     if (plan->isEmpty())
         return std::nullopt;
     if (!tag)
-        return composeNew(header, *plan, fileSize);
+        return composeNew(header, *plan, file.size());
     if (!tag->isWritable())
         return tl::unexpected(brokenTag());
 
-    platform::FileSource source(file, fileSize);
     std::array<char, WindowSize> buffer; // NOLINT(*-init): filled before use
-    ByteWindow window(source, buffer);
-    Result<std::vector<Segment>> segments = composeRewritten(source, window, *tag, *plan);
+    ByteWindow window(file, buffer);
+    Result<std::vector<Segment>> segments = composeRewritten(file, window, *tag, *plan);
     if (window.error()) // whatever was decided, it was decided without bytes that could not be read
         return tl::unexpected(*window.error());
     if (!segments)
@@ -458,11 +457,10 @@ Result<std::optional<std::vector<Segment>>> composeSave(
     return std::move(*segments);
 }
 
-Result<std::optional<std::vector<Segment>>> composeStrip(platform::File &file, qint64 fileSize, qint64 tagsEnd)
+Result<std::optional<std::vector<Segment>>> composeStrip(ByteSource &file, qint64 tagsEnd)
 {
-    platform::FileSource source(file, fileSize);
     std::array<char, WindowSize> buffer; // NOLINT(*-init): filled before use
-    ByteWindow window(source, buffer);
+    ByteWindow window(file, buffer);
     qint64 audio = 0;
     while (const std::optional<TagHeader> header = parseTagHeader(window.exactly(audio, TagHeaderSize))) {
         if (header->regionSize() > tagsEnd - audio) {
@@ -476,7 +474,7 @@ Result<std::optional<std::vector<Segment>>> composeStrip(platform::File &file, q
         return tl::unexpected(*window.error());
     if (audio == 0)
         return std::nullopt;
-    return std::vector<Segment>{Segment::kept(audio, fileSize - audio)};
+    return std::vector<Segment>{Segment::kept(audio, file.size() - audio)};
 }
 
 } // namespace ravlin::id3

@@ -12,19 +12,18 @@
 /// already has leaves the frame as it is.
 namespace ravlin::id3 {
 
-/// The content of a file of fileSize bytes after the edits of its tag. tag is the one at its start, or nothing to make
+/// The content of a file after the edits of its tag. file: all of it; tag is the one at its start, or nothing to make
 /// a new one: ID3v2.3 or, if newVersion is 4, ID3v2.4. Returns nothing if the edits change nothing. The tag keeps its
 /// version, and its size if the frames fit; else it grows and gets fresh padding.
 ///
 /// Errors: BrokenTag if the tag can't be written without loss, TagTooLarge if only a part of it was read, TooLarge
 /// beyond the format's 256 MB, those of reading.
 Result<std::optional<std::vector<storage::Segment>>> composeSave(
-    platform::File &file, qint64 fileSize, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion = 3);
+    platform::ByteSource &file, const std::optional<Tag> &tag, const FieldEdits &edits, int newVersion = 3);
 
 /// The content of the file without the ID3v2 tags at its start, one right behind the other. tagsEnd: where they must
 /// end, the file's size less an ID3v1 tag. Returns nothing if there is none. Errors: BrokenTag if the first one claims
 /// more, those of reading.
-Result<std::optional<std::vector<storage::Segment>>> composeStrip(
-    platform::File &file, qint64 fileSize, qint64 tagsEnd);
+Result<std::optional<std::vector<storage::Segment>>> composeStrip(platform::ByteSource &file, qint64 tagsEnd);
 
 } // namespace ravlin::id3

@@ -110,6 +110,16 @@ int GenreNameToNumber(QStringView name)
     return static_cast<int>(QStringView(barredTable).first(before).count(u'|'));
 }
 
+int tableGenreNumber(QStringView name)
+{
+    const QStringView genre = trimBlanks(name);
+    for (int number = 0; number < GenreCount; ++number) {
+        if (genre.compare(genreNames()[number], Qt::CaseInsensitive) == 0)
+            return number;
+    }
+    return GenreNone;
+}
+
 int standardGenreNumber(QStringView text)
 {
     static const QHash<QString, int> numbers = spellings();

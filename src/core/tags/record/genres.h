@@ -28,6 +28,9 @@ QString genreName(int number);
 /// follows it.
 int GenreNameToNumber(QStringView name);
 
+/// The number of a genre's name, 0 to 125, or GenreNone. Like GenreNameToNumber, but it knows the first and the last.
+int tableGenreNumber(QStringView name);
+
 /// The number (0 to 125) of a genre in any of its usual spellings, or -1: "Classic Rock", "hip hop", "Bebop", "A
 /// Cappella". Case, spaces, "-", "_" and "." are ignored.
 int standardGenreNumber(QStringView text);

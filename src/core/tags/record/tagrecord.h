@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 
 namespace ravlin {
@@ -29,6 +30,17 @@ struct TagRecord
 
     friend bool operator==(const TagRecord &, const TagRecord &) = default;
 };
+
+/// A field that people edit, and its name where it is not translated.
+struct TagField
+{
+    QString TagRecord::*member;
+    QStringView name;
+};
+
+inline constexpr std::array TagFields{TagField{&TagRecord::Title, u"title"}, TagField{&TagRecord::Artist, u"artist"},
+    TagField{&TagRecord::Album, u"album"}, TagField{&TagRecord::Year, u"year"}, TagField{&TagRecord::Track, u"track"},
+    TagField{&TagRecord::Genre, u"genre"}, TagField{&TagRecord::Comment, u"comment"}};
 
 /// A batch calls this after each file that it wrote, on the thread that it runs on.
 using RecordSaved = std::function<void(const QString &path, const TagRecord &record)>;

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/tags/store/tagobject.h"
 
+#include "core/tags/id3/composedcontent.h"
 #include "core/tags/record/genres.h"
 #include "core/tags/store/writerule.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace ravlin {
 
@@ -14,7 +17,42 @@ using storage::WriteOutcome;
 
 namespace {
 
-using NewContent = Result<std::optional<std::vector<Segment>>>;
+constexpr std::array<std::pair<FrameKind, QString id3::V1Fields::*>, 5> V1Texts{
+    {{FrameKind::Title, &id3::V1Fields::title}, {FrameKind::LeadArtist, &id3::V1Fields::artist},
+        {FrameKind::Album, &id3::V1Fields::album}, {FrameKind::Year, &id3::V1Fields::year},
+        {FrameKind::Comment, &id3::V1Fields::comment}}};
+
+/// The content of a file, or what was composed of it.
+class Source
+{
+    Q_DISABLE_COPY_MOVE(Source)
+
+public:
+    Source(platform::File &file, qint64 size, const std::optional<std::vector<Segment>> &composed) : m_file(file, size)
+    {
+        if (composed)
+            m_composed.emplace(m_file, *composed);
+    }
+    ~Source() = default;
+    platform::ByteSource &get() { return m_composed ? static_cast<platform::ByteSource &>(*m_composed) : m_file; }
+
+private:
+    platform::FileSource m_file;
+    std::optional<id3::ComposedContent> m_composed;
+};
+
+/// The first bytes of a source.
+class Start final : public platform::ByteSource
+{
+public:
+    Start(platform::ByteSource &all, qint64 size) : m_all(all), m_size(size) {}
+    qint64 size() const override { return m_size; }
+    Result<qint64> readAt(std::span<char> buffer, qint64 offset) override { return m_all.readAt(buffer, offset); }
+
+private:
+    platform::ByteSource &m_all;
+    qint64 m_size;
+};
 
 Error withPath(Error error, const QString &path)
 {
@@ -25,20 +63,8 @@ Error withPath(Error error, const QString &path)
 
 QString v1Text(const id3::V1Fields &fields, FrameKind kind)
 {
-    switch (kind) {
-    case FrameKind::Title:
-        return fields.title;
-    case FrameKind::LeadArtist:
-        return fields.artist;
-    case FrameKind::Album:
-        return fields.album;
-    case FrameKind::Year:
-        return fields.year;
-    case FrameKind::Comment:
-        return fields.comment;
-    default:
-        return {};
-    }
+    const auto *const found = std::ranges::find(V1Texts, kind, &std::pair<FrameKind, QString id3::V1Fields::*>::first);
+    return found == V1Texts.end() ? QString() : fields.*(found->second);
 }
 
 /// The frame whose value counts: nullptr if ID3v2 has no such frame with a text.
@@ -64,12 +90,6 @@ Result<void> TagObject::Link(const QString &path)
     return linked;
 }
 
-Result<void> TagObject::LinkAgain()
-{
-    forget();
-    return read();
-}
-
 Result<std::unique_ptr<platform::File>> TagObject::open()
 {
     return m_held ? m_held->open(platform::OpenMode::Read) : m_fileSystem.open(m_path, platform::OpenMode::Read);
@@ -90,7 +110,8 @@ Result<void> TagObject::read()
         return tl::unexpected(info.error());
     m_file = std::move(*file);
     m_info = *info;
-    if (Result<void> parsed = parse(); !parsed) {
+    platform::FileSource content(*m_file, m_info.size);
+    if (Result<void> parsed = parse(content); !parsed) {
         forget();
         return tl::unexpected(withPath(parsed.error(), m_path));
     }
@@ -112,14 +133,15 @@ void TagObject::forget()
     m_v1.reset();
     m_v1Fields = {};
     m_edits.clear();
+    m_composed.reset();
 }
 
-Result<void> TagObject::parse()
+Result<void> TagObject::parse(platform::ByteSource &content)
 {
-    auto v1 = id3::readV1Block(*m_file, m_info.size);
+    auto v1 = id3::readV1Block(content, content.size());
     if (!v1)
         return tl::unexpected(v1.error());
-    platform::FileSource withoutV1(*m_file, m_info.size - (*v1 ? id3::V1Size : 0));
+    Start withoutV1(content, content.size() - (*v1 ? id3::V1Size : 0));
     auto v2 = id3::Tag::parse(withoutV1, id3::Detail::Everything);
     if (!v2)
         return tl::unexpected(v2.error());
@@ -175,41 +197,53 @@ const std::vector<id3::Frame> &TagObject::frames() const
     return m_v2 ? m_v2->frames() : None;
 }
 
-Result<WriteOutcome> TagObject::SaveV1Tag(const WriteOptions &options)
+/// Where the audio ends.
+qint64 TagObject::withoutV1(const platform::ByteSource &content) const
 {
-    const id3::V1Fields fields{Title(), Artist(), Album(), Year(), Comment(), Track() <= 255 ? Track() : 0, Genre()};
-    const QByteArray block = id3::buildV1(fields, m_v1.value_or(QByteArray()));
-    const qint64 audioEnd = m_info.size - (m_v1 ? id3::V1Size : 0);
-    if (m_v1 && block == *m_v1)
-        return write(NewContent(std::nullopt), options);
-    return write(std::vector<Segment>{Segment::kept(0, audioEnd), Segment::fresh(block)}, options);
+    return content.size() - (m_v1 ? id3::V1Size : 0);
 }
 
-Result<WriteOutcome> TagObject::StripV1Tag(const WriteOptions &options)
+TagObject::NewContent TagObject::composeV1(platform::ByteSource &content, Others others) const
 {
-    // Remove all of them: careless programs leave several, and stripping one would uncover the next.
-    qint64 end = m_info.size;
+    id3::V1Fields fields = m_v1Fields;
+    const auto isWritten = [&](FrameKind kind) { return others == Others::Written || edit(kind) != nullptr; };
+    for (const auto &[kind, field] : V1Texts) {
+        if (isWritten(kind))
+            fields.*field = text(kind);
+    }
+    if (isWritten(FrameKind::TrackNumber))
+        fields.track = Track() <= 255 ? Track() : 0;
+    if (isWritten(FrameKind::ContentType))
+        fields.genre = Genre();
+    const QByteArray block = id3::buildV1(fields, m_v1.value_or(QByteArray()));
+    if (m_v1 && block == *m_v1)
+        return std::nullopt;
+    return std::vector<Segment>{Segment::kept(0, withoutV1(content)), Segment::fresh(block)};
+}
+
+/// Removes all of them: careless programs leave several, and stripping one would uncover the next.
+TagObject::NewContent TagObject::composeWithoutV1(platform::ByteSource &content) const
+{
+    qint64 end = content.size();
     for (std::optional<QByteArray> block = m_v1; block;) {
         end -= id3::V1Size;
-        Result<std::optional<QByteArray>> before = id3::readV1Block(*m_file, end);
+        Result<std::optional<QByteArray>> before = id3::readV1Block(content, end);
         if (!before)
-            return tl::unexpected(withPath(before.error(), m_path));
+            return tl::unexpected(before.error());
         block = std::move(*before);
     }
-    if (end == m_info.size)
-        return write(NewContent(std::nullopt), options);
-    return write(std::vector<Segment>{Segment::kept(0, end)}, options);
+    if (end == content.size())
+        return std::nullopt;
+    return std::vector<Segment>{Segment::kept(0, end)};
 }
 
-Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVersion)
+TagObject::NewContent TagObject::composeV2(platform::ByteSource &content, Others others, int newVersion) const
 {
-    if (!m_file)
-        return write(NewContent(std::nullopt), options);
-    // What only ID3v1 has goes into ID3v2 too: put every property. A put of the same value changes nothing.
     id3::FieldEdits edits = m_edits;
+    // What only ID3v1 has goes into ID3v2 too. A put of the same value changes nothing.
     for (const FrameKind kind : {FrameKind::Title, FrameKind::LeadArtist, FrameKind::Album, FrameKind::Year,
              FrameKind::Comment, FrameKind::TrackNumber, FrameKind::ContentType}) {
-        if (edits.contains(kind) || valueFrame(m_v2, kind))
+        if (others == Others::Kept || edits.contains(kind) || valueFrame(m_v2, kind))
             continue;
         const id3::FieldEdit value{
             false, v1Text(m_v1Fields, kind), kind == FrameKind::TrackNumber ? m_v1Fields.track : m_v1Fields.genre};
@@ -221,14 +255,75 @@ Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVe
     }
     if (const auto year = edits.find(FrameKind::Year); year != edits.end() && !year->second.remove)
         year->second.isNewYear = year->second.text != m_linkedYear;
-    return write(id3::composeSave(*m_file, m_info.size, m_v2, edits, newVersion), options);
+    return id3::composeSave(content, m_v2, edits, newVersion);
+}
+
+TagObject::NewContent TagObject::composed(Step step, Others others, int newVersion, platform::ByteSource &content) const
+{
+    switch (step) {
+    case Step::SaveV1:
+        return composeV1(content, others);
+    case Step::SaveV2:
+        return composeV2(content, others, newVersion);
+    case Step::StripV1:
+        return composeWithoutV1(content);
+    case Step::StripV2:
+        return id3::composeStrip(content, withoutV1(content));
+    }
+    Q_UNREACHABLE();
+    return std::nullopt;
+}
+
+Result<void> TagObject::compose(Step step, Others others, int newVersion)
+{
+    if (const Result<void> allowed = m_composed ? Result<void>() : checkWritable(); !allowed)
+        return allowed;
+    Source content(*m_file, m_info.size, m_composed);
+    NewContent changed = composed(step, others, newVersion, content.get());
+    if (!changed)
+        return tl::unexpected(withPath(changed.error(), m_path));
+    if (*changed)
+        m_composed = m_composed ? id3::combined(*m_composed, **changed) : std::move(**changed);
+    return {};
+}
+
+Result<void> TagObject::readComposed()
+{
+    m_edits.clear();
+    if (!m_composed)
+        return {};
+    Source content(*m_file, m_info.size, m_composed);
+    Result<void> parsed = parse(content.get());
+    if (!parsed)
+        return tl::unexpected(withPath(parsed.error(), m_path));
+    return parsed;
+}
+
+Result<WriteOutcome> TagObject::composeAndWrite(Step step, const WriteOptions &options, int newVersion)
+{
+    if (const Result<void> done = compose(step, Others::Written, newVersion); !done)
+        return tl::unexpected(done.error());
+    return write(options);
+}
+
+Result<WriteOutcome> TagObject::SaveV1Tag(const WriteOptions &options)
+{
+    return composeAndWrite(Step::SaveV1, options);
+}
+
+Result<WriteOutcome> TagObject::StripV1Tag(const WriteOptions &options)
+{
+    return composeAndWrite(Step::StripV1, options);
+}
+
+Result<WriteOutcome> TagObject::SaveV2Tag(const WriteOptions &options, int newVersion)
+{
+    return composeAndWrite(Step::SaveV2, options, newVersion);
 }
 
 Result<WriteOutcome> TagObject::StripV2Tag(const WriteOptions &options)
 {
-    if (!m_file)
-        return write(NewContent(std::nullopt), options);
-    return write(id3::composeStrip(*m_file, m_info.size, m_info.size - (m_v1 ? id3::V1Size : 0)), options);
+    return composeAndWrite(Step::StripV2, options);
 }
 
 Result<void> TagObject::checkWritable()
@@ -246,16 +341,13 @@ Result<void> TagObject::checkWritable()
     return allowed ? allowed : tl::unexpected(withPath(allowed.error(), m_held->place().path()));
 }
 
-Result<WriteOutcome> TagObject::write(const NewContent &content, const WriteOptions &options)
+Result<WriteOutcome> TagObject::write(const WriteOptions &options)
 {
-    if (const Result<void> allowed = checkWritable(); !allowed)
-        return tl::unexpected(allowed.error());
-    if (!content)
-        return tl::unexpected(withPath(content.error(), m_path));
-    if (!*content)
+    if (!m_composed)
         return WriteOutcome::Unchanged;
+    const std::vector<Segment> content = std::move(*std::exchange(m_composed, std::nullopt));
     m_file.reset(); // some file systems of Windows don't replace an open file
-    Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, *m_held, m_info, **content, options);
+    Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, *m_held, m_info, content, options);
     if (outcome && *outcome != WriteOutcome::Unchanged) {
         forget(); // what was parsed is no longer what the file holds
         return outcome;

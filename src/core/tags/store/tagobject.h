@@ -14,7 +14,7 @@
 namespace ravlin {
 
 /// The tags of one MP3 file, ID3v1 and ID3v2 seen as one: a property has ID3v2's value if that tag has the frame, else
-/// ID3v1's. Puts and removals are collected until SaveV1Tag or SaveV2Tag writes all properties into one tag kind.
+/// ID3v1's. Puts and removals are collected until a step writes the properties into one tag kind.
 /// Whatever no put or removal touches stays as it is, byte for byte.
 ///
 /// Writes only into files that the rule of writerule.h allows; a link is followed to the file itself, whose name
@@ -38,9 +38,10 @@ public:
 
     /// Attaches to a file and parses its tags. Errors: NotFound, NotAFile, AccessDenied, Io.
     Result<void> Link(const QString &path);
-    /// Parses the linked file anew, after a save too. ChangedMeanwhile if another file has taken its place.
-    Result<void> LinkAgain();
     void Close();
+
+    /// The file's state when its tags were parsed.
+    const platform::FileInfo &info() const { return m_info; }
 
     bool HasV1Tag() const { return m_v1.has_value(); }
     bool HasV2Tag() const { return m_v2.has_value(); }
@@ -73,30 +74,60 @@ public:
     bool hasPicture() const;
     /// The parsed ID3v2 frames in the tag's order. Empty without ID3v2.
     const std::vector<id3::Frame> &frames() const;
+    /// The fields of ID3v1 as they were parsed.
+    std::optional<id3::V1Fields> v1Fields() const { return m_v1 ? std::optional(m_v1Fields) : std::nullopt; }
 
     /// Whether the linked file may be written. Errors: NotMp3Name, TagTooLarge, NotMp3Content, and those of
     /// FileSystem::follow and of reading.
     Result<void> checkWritable();
 
-    /// Writes the properties into one tag kind, or removes one: all ID3v2 tags that follow each other at the start of
-    /// the file, all ID3v1 tags at its end. Errors: those of checkWritable, BrokenTag, TooLarge, and those of
-    /// storage::rewriteFile; the file is then unchanged.
+    enum class Step
+    {
+        SaveV1,
+        SaveV2,
+        StripV1, ///< all of them, at the end of the file
+        StripV2, ///< all that follow each other at its start
+    };
+
+    /// What a save writes of the properties that nothing was put into.
+    enum class Others
+    {
+        Written, ///< what they show, be it from the other kind
+        Kept     ///< they stay as the kind has them
+    };
+
+    /// Writes the properties into one tag kind, or removes one, in the content that write() will give the file. Further
+    /// steps may follow. newVersion: 3 or 4, for an ID3v2.3 or 2.4 tag in a file without ID3v2; an existing tag keeps
+    /// its version. Errors: those of checkWritable, BrokenTag, TooLarge; the content stays as it was.
+    Result<void> compose(Step step, Others others = Others::Written, int newVersion = 3);
+    /// From now on the properties are those of the composed content; puts and removals are forgotten.
+    Result<void> readComposed();
+    /// Gives the file the composed content in one step. Errors: those of storage::rewriteFile; the file is then
+    /// unchanged.
+    Result<storage::WriteOutcome> write(const storage::WriteOptions &options);
+
+    /// One step, written at once.
     Result<storage::WriteOutcome> SaveV1Tag(const storage::WriteOptions &options = {});
     Result<storage::WriteOutcome> StripV1Tag(const storage::WriteOptions &options = {});
-    /// newVersion: 3 or 4, for an ID3v2.3 or 2.4 tag in a file without ID3v2. An existing tag keeps its version.
     Result<storage::WriteOutcome> SaveV2Tag(const storage::WriteOptions &options = {}, int newVersion = 3);
     Result<storage::WriteOutcome> StripV2Tag(const storage::WriteOptions &options = {});
 
 private:
+    using NewContent = Result<std::optional<std::vector<storage::Segment>>>;
+
     void put(FrameKind kind, const id3::FieldEdit &edit) { m_edits[kind] = edit; }
     const id3::FieldEdit *edit(FrameKind kind) const;
     QString text(FrameKind kind) const;
     Result<std::unique_ptr<platform::File>> open();
     Result<void> read();
-    Result<void> parse();
+    Result<void> parse(platform::ByteSource &content);
     void forget();
-    Result<storage::WriteOutcome> write(
-        const Result<std::optional<std::vector<storage::Segment>>> &content, const storage::WriteOptions &options);
+    NewContent composeV1(platform::ByteSource &content, Others others) const;
+    NewContent composeV2(platform::ByteSource &content, Others others, int newVersion) const;
+    NewContent composeWithoutV1(platform::ByteSource &content) const;
+    NewContent composed(Step step, Others others, int newVersion, platform::ByteSource &content) const;
+    qint64 withoutV1(const platform::ByteSource &content) const;
+    Result<storage::WriteOutcome> composeAndWrite(Step step, const storage::WriteOptions &options, int newVersion = 3);
 
     platform::FileSystem &m_fileSystem;
     const Content m_content;
@@ -109,6 +140,7 @@ private:
     id3::V1Fields m_v1Fields;
     QString m_linkedYear; ///< before the first save
     id3::FieldEdits m_edits;
+    std::optional<std::vector<storage::Segment>> m_composed; ///< nothing: the file as it is
 };
 
 } // namespace ravlin

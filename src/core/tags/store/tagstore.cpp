@@ -3,6 +3,9 @@
 
 #include "core/tags/record/genres.h"
 #include "core/tags/store/tagobject.h"
+#include "core/tags/store/tagvalues.h"
+
+#include <functional>
 
 namespace ravlin {
 
@@ -10,17 +13,6 @@ using storage::WriteOptions;
 using storage::WriteOutcome;
 
 namespace {
-
-/// The text of the last content-type frame.
-QString contentTypeText(const TagObject &object)
-{
-    QString text;
-    for (const id3::Frame &frame : object.frames()) {
-        if (frame.kind == FrameKind::ContentType)
-            text = frame.text;
-    }
-    return text;
-}
 
 /// Puts a text, or removes the kind's frames when there is none.
 void putText(TagObject &object, FrameKind kind, void (TagObject::*set)(const QString &), const QString &text)
@@ -49,23 +41,23 @@ void putRecord(TagObject &object, const TagRecord &record)
         object.removeFrames(FrameKind::TrackNumber);
 }
 
-Result<WriteOutcome> writeKind(TagObject &object, QChar kind, const WriteOptions &options, int newVersion)
+std::optional<TagObject::Step> stepOf(QChar kind)
 {
     switch (kind.unicode()) {
     case u'1':
-        return object.SaveV1Tag(options);
+        return TagObject::Step::SaveV1;
     case u'2':
-        return object.SaveV2Tag(options, newVersion);
+        return TagObject::Step::SaveV2;
     case u'4':
-        return object.StripV1Tag(options);
+        return TagObject::Step::StripV1;
     case u'5':
-        return object.StripV2Tag(options);
+        return TagObject::Step::StripV2;
     default:
-        return tl::unexpected(Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no such tag kind")});
+        return {};
     }
 }
 
-/// The passes of a tag-save mode, in their order.
+/// The kinds of a tag-save mode, in their order.
 QString kindsOfMode(int mode)
 {
     switch (mode) {
@@ -84,37 +76,6 @@ QString kindsOfMode(int mode)
     }
 }
 
-Result<void> takeRecord(const TagObject &object, const QString &path, TagRecord &record)
-{
-    record.HasV1 = object.HasV1Tag();
-    record.HasV2 = object.HasV2Tag();
-    record.HasPicture = object.hasPicture();
-    record.Artist = object.Artist();
-    record.Album = object.Album();
-    record.Year = object.Year();
-    const int genre = object.Genre();
-    record.Title = object.Title();
-    record.Track = QString::number(object.Track());
-    record.Comment = object.Comment();
-    if (genre == GenreNone) {
-        record.Genre = contentTypeText(object);
-    } else if (genre < genreNames().size()) {
-        record.Genre = genreName(genre);
-    } else {
-        record.Genre = QString::number(genre);
-    }
-    const bool isBeyondTable = genre != GenreNone && genre >= genreNames().size();
-    if (isBeyondTable && !object.isV2Cut()) {
-        return tl::unexpected(Error{ErrorCode::GenreOutOfRange, path,
-            QStringLiteral("the genre number %1 is beyond the genre table").arg(genre)});
-    }
-    if (object.Track() == 0)
-        record.Track.clear();
-    if (object.isV2Cut())
-        return tl::unexpected(Error{ErrorCode::TagTooLarge, path, QStringLiteral("only a part of the tag was read")});
-    return {};
-}
-
 Result<TagRecord> leniently(const Result<void> &read, TagRecord record)
 {
     if (read)
@@ -124,6 +85,29 @@ Result<TagRecord> leniently(const Result<void> &read, TagRecord record)
     if (record.Track == QStringLiteral("0"))
         record.Track.clear();
     return record;
+}
+
+using Compose = std::function<Result<void>(TagObject &object, QChar kind)>;
+
+/// Composes the content of a linked file kind by kind and writes it in one step. What was composed before a kind fails
+/// is written all the same.
+Result<WriteOutcome> writeSteps(TagObject &object, const QString &kinds, WriteOptions options, const Compose &compose)
+{
+    const TagValues before = options.journal != nullptr ? valuesOf(object) : TagValues();
+    std::optional<Error> failure;
+    for (qsizetype i = 0; i < kinds.size() && !failure; ++i) {
+        const Result<void> done =
+            (i == 0 ? Result<void>() : object.readComposed()).and_then([&] { return compose(object, kinds[i]); });
+        if (!done)
+            failure = done.error();
+    }
+    if (options.journal != nullptr) {
+        if (const Result<void> read = object.readComposed(); !read)
+            return tl::unexpected(read.error());
+        options.values = valueChanges(before, valuesOf(object));
+    }
+    const Result<WriteOutcome> written = object.write(options);
+    return written && failure ? tl::unexpected(*failure) : written;
 }
 
 } // namespace
@@ -180,53 +164,54 @@ Result<void> TagStore::SaveTag(const QString &path, const TagRecord &record)
 {
     if (Result<void> space = checkFreeSpace(path); !space)
         return space;
-    // One file for all passes: nobody can exchange it between them.
-    TagObject object = newObject();
     const QString kinds = kindsOfMode(m_state.tagSaveMode);
-    for (qsizetype pass = 0; pass < kinds.size(); ++pass) {
-        if (const Result<void> linked = pass == 0 ? object.Link(path) : object.LinkAgain(); !linked)
-            return linked;
-        if (const Result<WriteOutcome> written = writePass(object, record, kinds.at(pass)); !written)
-            return tl::unexpected(written.error());
-    }
-    return {};
+    return kinds.isEmpty() ? Result<void>() : write(path, record, kinds).map([](WriteOutcome) {});
 }
 
 Result<WriteOutcome> TagStore::WriteTagKind(const QString &path, const TagRecord &record, QChar kind)
 {
+    return write(path, record, kind);
+}
+
+Result<WriteOutcome> TagStore::write(const QString &path, const TagRecord &record, const QString &kinds) const
+{
     TagObject object = newObject();
     if (Result<void> linked = object.Link(path); !linked)
         return tl::unexpected(linked.error());
-    return writePass(object, record, kind);
-}
-
-Result<WriteOutcome> TagStore::writePass(TagObject &object, const TagRecord &record, QChar kind) const
-{
-    putRecord(object, record);
     WriteOptions options = writeOptions();
     options.readOnlyFile = storage::ReadOnlyFile::MakeWritable;
-    return writeKind(object, kind, options, m_state.options.newTagVersion);
+    return writeSteps(object, kinds, options, [&](TagObject &each, QChar kind) -> Result<void> {
+        const std::optional<TagObject::Step> step = stepOf(kind);
+        if (!step)
+            return tl::unexpected(Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no such tag kind")});
+        putRecord(each, record);
+        return each.compose(*step, TagObject::Others::Written, m_state.options.newTagVersion);
+    });
 }
 
 WriteOptions TagStore::writeOptions() const
 {
-    return {.keepModified = m_state.options.keepFileTimes};
+    return {.keepModified = m_state.options.keepFileTimes, .journal = m_journal};
+}
+
+Result<void> TagStore::remove(const QString &path, QChar kind) const
+{
+    TagObject object = newObject();
+    if (Result<void> linked = object.Link(path); !linked)
+        return linked;
+    return writeSteps(object, kind, writeOptions(), [](TagObject &each, QChar step) {
+        return each.compose(*stepOf(step));
+    }).map([](WriteOutcome) {});
 }
 
 Result<void> TagStore::RemoveV1(const QString &path)
 {
-    TagObject object = newObject();
-    if (Result<void> linked = object.Link(path); !linked)
-        return linked;
-    return object.StripV1Tag(writeOptions()).map([](WriteOutcome) {});
+    return remove(path, u'4');
 }
 
 Result<void> TagStore::RemoveV2(const QString &path)
 {
-    TagObject object = newObject();
-    if (Result<void> linked = object.Link(path); !linked)
-        return linked;
-    return object.StripV2Tag(writeOptions()).map([](WriteOutcome) {});
+    return remove(path, u'5');
 }
 
 } // namespace ravlin

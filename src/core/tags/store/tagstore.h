@@ -21,7 +21,11 @@ public:
     /// state provides the tag-save mode, the options for writing (version of new ID3v2 tags, whether files keep their
     /// modification time), whether any content may be written into, and the free space of the current drive, and
     /// receives the cancelled flag.
-    TagStore(ProgramState &state, platform::FileSystem &fileSystem) : m_state(state), m_fileSystem(fileSystem) {}
+    /// journal: where each change is recorded first, with the values that it changes; may be null.
+    TagStore(ProgramState &state, platform::FileSystem &fileSystem, storage::Journal *journal = nullptr)
+        : m_state(state), m_fileSystem(fileSystem), m_journal(journal)
+    {
+    }
 
     /// Fills the whole record from the file. If opening or reading fails all texts are empty. GenreOutOfRange: the
     /// genre number is above 125; all fields are filled, Genre has the number in digits, and a missing track is "0".
@@ -33,9 +37,10 @@ public:
     /// The same of a file that is to be saved. Also fails if the file may not be written (NotMp3Name, NotMp3Content).
     Result<TagRecord> readForSaving(const QString &path) const;
 
-    /// Writes the record into the tag kinds of the tag-save mode; any mode but 1 to 5 writes nothing. LowSpace, with
-    /// the cancelled flag set: the drive has less free space than the file's size and 5 MB, and nothing was written. A
-    /// read-only file is written and is read-only afterwards; if the write fails it may stay writable.
+    /// Writes the record into the tag kinds of the tag-save mode, both in one step; any mode but 1 to 5 writes nothing.
+    /// LowSpace, with the cancelled flag set: the drive has less free space than the file's size and 5 MB, and nothing
+    /// was written. A read-only file is written and is read-only afterwards; if the write fails it may stay writable.
+    /// If only the second kind can't be written (BrokenTag, TooLarge), the first one is.
     Result<void> SaveTag(const QString &path, const TagRecord &record);
 
     /// One pass of SaveTag: "1" saves ID3v1, "2" saves ID3v2, "4" removes ID3v1, "5" removes ID3v2.
@@ -47,12 +52,14 @@ public:
 
 private:
     TagObject newObject() const;
-    Result<storage::WriteOutcome> writePass(TagObject &object, const TagRecord &record, QChar kind) const;
+    Result<storage::WriteOutcome> write(const QString &path, const TagRecord &record, const QString &kinds) const;
+    Result<void> remove(const QString &path, QChar kind) const;
     storage::WriteOptions writeOptions() const;
     Result<void> checkFreeSpace(const QString &path);
 
     ProgramState &m_state;
     platform::FileSystem &m_fileSystem;
+    storage::Journal *m_journal;
 };
 
 } // namespace ravlin

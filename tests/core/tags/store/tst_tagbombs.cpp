@@ -302,8 +302,8 @@ private Q_SLOTS:
         // The writer itself refuses too.
         auto opened = platform::FileSystem::native().open(path, platform::OpenMode::Read);
         const std::optional<id3::Tag> tag = parsed(**opened, Detail::Everything);
-        const auto composed =
-            id3::composeSave(**opened, content.size(), tag, {{FrameKind::Title, {false, QStringLiteral("new"), 0}}});
+        platform::FileSource source(**opened, content.size());
+        const auto composed = id3::composeSave(source, tag, {{FrameKind::Title, {false, QStringLiteral("new"), 0}}});
         QCOMPARE(composed.error().code, ErrorCode::TagTooLarge);
     }
 
@@ -430,8 +430,8 @@ private Q_SLOTS:
         for (const qint64 size : {1, 20, 5000}) {
             GeneratedFile file(head, QByteArray(1, '\0'), 11 * Mebi);
             const std::optional<id3::Tag> tag = parsed(file, Detail::Everything);
-            const auto composed =
-                id3::composeSave(file, 11 * Mebi, tag, {{FrameKind::Title, {false, QString(size, u'n'), 0}}});
+            platform::FileSource source(file, 11 * Mebi);
+            const auto composed = id3::composeSave(source, tag, {{FrameKind::Title, {false, QString(size, u'n'), 0}}});
             QVERIFY(composed && *composed);
             qint64 length = 0;
             qint64 fresh = 0;
@@ -491,7 +491,8 @@ private Q_SLOTS:
         const QByteArray first = id3v2(3, textFrame(3, "TIT2", QStringLiteral("t")), {.padding = 2 * 4096});
         GeneratedFile file(first + id3v2(3, fiveFields(3)), audio(), 60000);
         const std::optional<id3::Tag> tag = parsed(file, Detail::Everything);
-        const auto compose = [&] { return id3::composeSave(file, 60000, tag, {{FrameKind::Title, {true, {}, 0}}}); };
+        platform::FileSource source(file, 60000);
+        const auto compose = [&] { return id3::composeSave(source, tag, {{FrameKind::Title, {true, {}, 0}}}); };
         const auto kept = compose();
         QVERIFY(kept && *kept && (*kept)->front().oldOffset < 0); // a tag of padding stays in front
         file.failsAt = first.size();
