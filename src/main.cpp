@@ -62,6 +62,7 @@ int refuse(const QString &text)
 int main(int argc, char *argv[])
 {
     ravlin::platform::restrictLibrarySearch();
+    ravlin::platform::outliveFileSizeLimit();
     const QString answer = answerTo(ravlin::platform::programArguments(argc, argv).value(0));
     if (!answer.isEmpty())
         return tell(StandardStream::Output, answer, argc, argv) ? 0 : 1;

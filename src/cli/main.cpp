@@ -20,6 +20,7 @@ int main(int argc, char **argv)
 {
     ravlin::platform::restrictLibrarySearch();
     ravlin::platform::prepareStandardStreams();
+    ravlin::platform::outliveFileSizeLimit();
     ravlin::cli::Console console(standardOutput(StandardStream::Output), standardOutput(StandardStream::Error));
     return console.finish(ravlin::cli::run(ravlin::platform::programArguments(argc, argv), console));
 }

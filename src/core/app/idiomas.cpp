@@ -131,6 +131,14 @@ QString Captions::errorText(ErrorCode code) const
         return text(Text::ErrorIo);
     case ErrorCode::ChangedMeanwhile:
         return text(Text::ErrorChangedMeanwhile);
+    case ErrorCode::FileInUse:
+        return text(Text::ErrorFileInUse);
+    case ErrorCode::Interrupted:
+        return text(Text::ErrorInterrupted);
+    case ErrorCode::HalfWritten:
+        return text(Text::ErrorHalfWritten);
+    case ErrorCode::FileSizeLimit:
+        return text(Text::ErrorFileSizeLimit);
     case ErrorCode::VerifyFailed:
         return text(Text::ErrorVerifyFailed);
     case ErrorCode::BrokenTag:

@@ -35,6 +35,24 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::ErrorChangedMeanwhile,
         {u"another program has changed the file meanwhile", u"otro programa ha cambiado el archivo entretanto",
             u"un autre programme a modifié le fichier entre-temps"}},
+    {Text::ErrorFileInUse, {u"another ravlin! is writing the file", u"otro ravlin! está escribiendo el archivo",
+                               u"un autre ravlin! écrit le fichier"}},
+    {Text::ErrorInterrupted,
+        {u"an earlier save was interrupted and the file has been changed since; a hidden .redo file beside it keeps "
+         u"both contents and has to be moved away first",
+            u"un guardado anterior se interrumpió y el archivo ha cambiado desde entonces; un archivo .redo oculto "
+            u"junto a él conserva los dos contenidos y antes hay que apartarlo",
+            u"un enregistrement précédent a été interrompu et le fichier a changé depuis\u00a0; un fichier .redo caché "
+            u"à "
+            u"côté garde les deux contenus et doit d'abord être déplacé"}},
+    {Text::ErrorHalfWritten,
+        {u"writing failed half-way, and the old content could not be put back; the next start tries again",
+            u"la escritura falló a medias y no se pudo devolver el contenido anterior; el próximo inicio lo reintenta",
+            u"l'écriture a échoué à mi-chemin et l'ancien contenu n'a pas pu être remis\u00a0; le prochain démarrage "
+            u"réessaiera"}},
+    {Text::ErrorFileSizeLimit, {u"the file would be larger than the system allows here",
+                                   u"el archivo sería más grande de lo que el sistema permite aquí",
+                                   u"le fichier serait plus grand que le système ne le permet ici"}},
     {Text::ErrorVerifyFailed, {u"the written file could not be verified", u"no se pudo verificar el archivo escrito",
                                   u"le fichier écrit n'a pas pu être vérifié"}},
     {Text::ErrorBrokenTag, {u"the tag is damaged and is left as it is", u"la etiqueta está dañada y se deja como está",

@@ -20,6 +20,10 @@ enum class ErrorCode
     LowSpace,         ///< refused before writing: too little free space on the drive
     Io,               ///< any other failure to read or write
     ChangedMeanwhile, ///< another program changed the file since it was read
+    FileInUse,        ///< another program of ours is writing the file and does not come to an end
+    Interrupted,      ///< an earlier save was interrupted, and the file has been changed since
+    HalfWritten,      ///< writing failed half-way, and so did putting the old content back
+    FileSizeLimit,    ///< the file would be larger than the file system or the user's limit allows
     VerifyFailed,     ///< what was written reads back differently
     BrokenTag,        ///< the tag is damaged so that writing it would lose data
     TooLarge,         ///< a value or a tag is larger than its format allows

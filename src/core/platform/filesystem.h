@@ -172,6 +172,12 @@ public:
     virtual Result<void> takeAttributes(HeldFolder &source) = 0;
     /// Returns once the folder's own entries (creations, renames) are on the disk.
     virtual Result<void> sync() = 0;
+    /// Takes the folder's advisory lock until it is closed, like File::tryLock. Unsupported where folders have no
+    /// locks.
+    virtual Result<bool> tryLock()
+    {
+        return tl::unexpected(Error{ErrorCode::Unsupported, path(), QStringLiteral("folders have no locks here")});
+    }
 };
 
 /// A name in a held folder. Once it is made, the path that led there plays no part any more.

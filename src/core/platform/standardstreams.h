@@ -34,6 +34,10 @@ std::optional<QString> commandLineText(int argc, char **argv);
 /// outcome of writing instead of the end of the program.
 void prepareStandardStreams();
 
+/// To be called before anything is written. Makes the user's limit on file sizes an error of the file that would exceed
+/// it (ErrorCode::FileSizeLimit) instead of the end of the program.
+void outliveFileSizeLimit();
+
 /// Whether somebody may read the stream. On Windows a program with windows has none unless it was given one.
 bool hasStream(StandardStream stream);
 

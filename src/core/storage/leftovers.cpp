@@ -76,28 +76,56 @@ bool isLeftoverName(const QString &fileName)
     return isTemporaryName(fileName) || isRedoName(fileName);
 }
 
-TemporaryFile::TemporaryFile(platform::Place place, std::unique_ptr<platform::File> file, platform::FileInfo info)
-    : m_place(std::move(place)), m_file(std::move(file)), m_info(info)
+Announcement::Announcement(Journal *journal, const QString &folder, const QString &name)
+    : m_journal(journal), m_ticket(journal != nullptr ? journal->beginTemporary(folder, name) : std::nullopt)
+{
+}
+
+Announcement::Announcement(Announcement &&other) noexcept
+    : m_journal(other.m_journal), m_ticket(std::exchange(other.m_ticket, std::nullopt))
+{
+}
+
+Announcement &Announcement::operator=(Announcement &&other) noexcept
+{
+    m_journal = other.m_journal;
+    m_ticket = std::exchange(other.m_ticket, std::nullopt);
+    return *this;
+}
+
+void Announcement::end()
+{
+    if (m_ticket)
+        m_journal->endTemporary(*std::exchange(m_ticket, std::nullopt));
+}
+
+TemporaryFile::TemporaryFile(
+    platform::Place place, std::unique_ptr<platform::File> file, platform::FileInfo info, Announcement announcement)
+    : m_place(std::move(place)), m_announcement(std::move(announcement)), m_file(std::move(file)), m_info(info)
 {
 }
 
 TemporaryFile::TemporaryFile(TemporaryFile &&other) noexcept
-    : m_place(std::exchange(other.m_place, {})), m_file(std::move(other.m_file)), m_info(other.m_info)
+    : m_place(std::exchange(other.m_place, {})), m_announcement(std::move(other.m_announcement)),
+      m_file(std::move(other.m_file)), m_info(other.m_info)
 {
 }
 
 TemporaryFile::~TemporaryFile()
 {
-    // On failure a file stays that cleanLeftovers recognises.
-    if (m_place.folder)
-        static_cast<void>(m_place.folder->remove(m_place.name));
+    // On failure a file stays that cleanLeftovers recognises, and so does its record.
+    if (!m_place.folder || m_place.folder->remove(m_place.name))
+        m_announcement.end();
 }
 
-Result<TemporaryFile> TemporaryFile::create(const std::shared_ptr<platform::HeldFolder> &folder)
+Result<TemporaryFile> TemporaryFile::create(const std::shared_ptr<platform::HeldFolder> &folder, Journal *journal)
 {
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         const QString name = newName();
+        Announcement announcement(journal, folder->path(), name);
         auto file = folder->createNew(name);
+        if (!file)
+            announcement.end();
         if (!file && file.error().code == ErrorCode::AlreadyExists)
             continue;
         if (!file)
@@ -105,7 +133,8 @@ Result<TemporaryFile> TemporaryFile::create(const std::shared_ptr<platform::Held
         // On a file system without locks nothing is taken for stale, and nothing is cleaned.
         const auto locked = (*file)->tryLock();
         const auto info = (*file)->info();
-        TemporaryFile made({folder, name}, std::move(*file), info.value_or(platform::FileInfo()));
+        TemporaryFile made(
+            {folder, name}, std::move(*file), info.value_or(platform::FileInfo()), std::move(announcement));
         if (!info)
             return tl::unexpected(info.error());
         // Until it was locked it looked stale: a cleaner may hold it or have removed it.
@@ -116,10 +145,10 @@ Result<TemporaryFile> TemporaryFile::create(const std::shared_ptr<platform::Held
     return tl::unexpected(Error{ErrorCode::Io, folder->path(), QStringLiteral("no temporary file could be made")});
 }
 
-Result<TemporaryFile> TemporaryFile::create(platform::FileSystem &fileSystem, const QString &path)
+Result<TemporaryFile> TemporaryFile::create(platform::FileSystem &fileSystem, const QString &path, Journal *journal)
 {
     const auto folder = fileSystem.openFolder(path);
-    return folder ? create(*folder) : tl::unexpected(folder.error());
+    return folder ? create(*folder, journal) : tl::unexpected(folder.error());
 }
 
 Result<void> TemporaryFile::moveTo(const QString &name)
@@ -138,34 +167,41 @@ Result<void> TemporaryFile::moveToNew(const QString &name)
     return moved;
 }
 
-TemporaryFolder::TemporaryFolder(platform::Place place, std::shared_ptr<platform::HeldFolder> folder)
-    : m_place(std::move(place)), m_folder(std::move(folder))
+TemporaryFolder::TemporaryFolder(
+    platform::Place place, std::shared_ptr<platform::HeldFolder> folder, Announcement announcement)
+    : m_place(std::move(place)), m_announcement(std::move(announcement)), m_folder(std::move(folder))
 {
 }
 
 TemporaryFolder::TemporaryFolder(TemporaryFolder &&other) noexcept
-    : m_place(std::exchange(other.m_place, {})), m_folder(std::move(other.m_folder))
+    : m_place(std::exchange(other.m_place, {})), m_announcement(std::move(other.m_announcement)),
+      m_folder(std::move(other.m_folder))
 {
 }
 
 TemporaryFolder::~TemporaryFolder()
 {
-    if (!m_place.folder)
-        return;
-    // Only the folder that was made here: nobody else's that has taken its name.
-    const auto own = m_folder->info();
-    const auto named = m_place.folder->node(m_place.name);
-    if (own && named && named->isSameAs(*own))
-        static_cast<void>(platform::removeTree(*m_place.folder, m_place.name));
+    const auto isGone = [&] {
+        // Only the folder that was made here: nobody else's that has taken its name.
+        const auto own = m_folder->info();
+        const auto named = m_place.folder->node(m_place.name);
+        return own && named && named->isSameAs(*own) && platform::removeTree(*m_place.folder, m_place.name);
+    };
+    if (!m_place.folder || isGone())
+        m_announcement.end();
 }
 
-Result<TemporaryFolder> TemporaryFolder::create(const std::shared_ptr<platform::HeldFolder> &parent)
+Result<TemporaryFolder> TemporaryFolder::create(const std::shared_ptr<platform::HeldFolder> &parent, Journal *journal)
 {
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         const QString name = newName();
+        Announcement announcement(journal, parent->path(), name);
         auto made = parent->createFolder(name);
-        if (made)
-            return TemporaryFolder({parent, name}, std::move(*made));
+        if (made) {
+            static_cast<void>((*made)->tryLock()); // tells a cleaner that somebody is at work
+            return TemporaryFolder({parent, name}, std::move(*made), std::move(announcement));
+        }
+        announcement.end();
         if (made.error().code != ErrorCode::AlreadyExists)
             return tl::unexpected(made.error());
     }
@@ -178,6 +214,39 @@ Result<void> TemporaryFolder::moveToNew(const QString &name)
     if (moved)
         m_place = {};
     return moved;
+}
+
+namespace {
+
+/// By handle, so that nothing that takes the folder's name meanwhile is emptied.
+bool empty(platform::HeldFolder &folder)
+{
+    const auto names = folder.names();
+    return names && std::ranges::all_of(
+                        *names, [&](const QString &name) { return platform::removeTree(folder, name).has_value(); });
+}
+
+} // namespace
+
+bool removeTemporary(platform::FileSystem &fileSystem, const QString &folder, const QString &name)
+{
+    const auto held = fileSystem.openFolder(folder);
+    if (!held)
+        return held.error().code == ErrorCode::NotFound;
+    const auto node = (*held)->node(name);
+    if (!node)
+        return node.error().code == ErrorCode::NotFound;
+    if (!isTemporaryName(name))
+        return false;
+    if (node->kind == platform::NodeKind::File)
+        return removeIfStale(**held, name);
+    if (node->kind != platform::NodeKind::Folder)
+        return false;
+    constexpr quint32 OwnerOnly = 0700;
+    const auto opened = (*held)->openFolder(name);
+    const auto info = opened ? (*opened)->info() : tl::unexpected(opened.error());
+    const bool isOurs = info && info->owner == fileSystem.currentUser() && info->permissions == OwnerOnly;
+    return isOurs && (*opened)->tryLock().value_or(false) && empty(**opened) && (*held)->removeFolder(name);
 }
 
 Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &path)

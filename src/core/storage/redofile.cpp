@@ -427,7 +427,7 @@ Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTar
         return failure(ErrorCode::AccessDenied, target.place.path(),
             QStringLiteral("an interrupted save of another user's file has to be finished first"));
 
-    auto temporary = TemporaryFile::create(folder);
+    auto temporary = TemporaryFile::create(folder, options.journal);
     if (!temporary)
         return tl::unexpected(temporary.error());
     const RedoHeader header{
@@ -447,7 +447,8 @@ Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTar
     if (!written) {
         const auto undone = rollBack(target, header, redo, *held);
         if (!undone)
-            written.error().detail += QStringLiteral("; undoing it failed: ") + undone.error().detail;
+            return failure(ErrorCode::HalfWritten, target.place.path(),
+                written.error().detail + QStringLiteral("; undoing it failed: ") + undone.error().detail);
         return written;
     }
     if (options.keepModified)

@@ -3,11 +3,14 @@
 
 #include "core/platform/fileio.h"
 #include "core/platform/path.h"
+#include "core/storage/changerecord.h"
 #include "core/storage/leftovers.h"
 #include "core/storage/redofile.h"
 #include "core/storage/writeplan.h"
 
+#include <chrono>
 #include <optional>
+#include <thread>
 
 namespace ravlin::storage {
 namespace {
@@ -17,9 +20,16 @@ tl::unexpected<Error> failure(ErrorCode code, const QString &detail)
     return tl::unexpected(Error{code, {}, detail});
 }
 
+tl::unexpected<Error> halfWritten(const Error &written, const Error &undone)
+{
+    return failure(ErrorCode::HalfWritten, written.detail + QStringLiteral("; undoing it failed: ") + undone.detail);
+}
+
 bool isSameState(const platform::FileInfo &one, const platform::FileInfo &other)
 {
-    return one.size == other.size && one.modified == other.modified && one.inode == other.inode &&
+    // Programs set the time of the last change of the content back; nobody sets that of the last change at all.
+    const bool isChanged = one.changed != other.changed && one.changed != 0 && other.changed != 0;
+    return one.size == other.size && one.modified == other.modified && !isChanged && one.inode == other.inode &&
            one.device == other.device;
 }
 
@@ -35,8 +45,9 @@ Result<platform::FileInfo> expectState(const Result<platform::FileInfo> &now, co
 struct Original
 {
     std::unique_ptr<platform::File> file;
-    platform::FileInfo info;
+    platform::FileInfo info;           ///< the permissions are those to restore, whatever they are meanwhile
     bool isWritable = false;           ///< open for writing
+    bool isLifted = false;             ///< it lacks the read-only attribute that it had
     std::optional<Error> refusal = {}; ///< why it could not be opened for writing
 };
 
@@ -69,6 +80,20 @@ Result<Original> openOriginal(HeldFile &held, const platform::FileInfo &before)
     return original;
 }
 
+/// Its state now, if only we have changed it since: the change of its mode shows in the time of the last change.
+Result<void> refresh(Original &original)
+{
+    const auto now = original.file->info();
+    if (!now)
+        return tl::unexpected(now.error());
+    platform::FileInfo known = original.info;
+    known.changed = now->changed;
+    if (const auto same = expectState(now, known); !same)
+        return tl::unexpected(same.error());
+    original.info.changed = now->changed;
+    return {};
+}
+
 /// Opens the original for writing unless it is. Lifts the read-only attribute by the handle that is open already.
 Result<void> makeWritable(HeldFile &held, Original &original, const WriteOptions &options)
 {
@@ -76,7 +101,11 @@ Result<void> makeWritable(HeldFile &held, Original &original, const WriteOptions
         if (options.readOnlyFile == ReadOnlyFile::Refuse)
             return failure(ErrorCode::ReadOnly, QStringLiteral("the file is read-only"));
         constexpr quint32 OwnerMayWrite = 0200;
-        if (auto permitted = original.file->setPermissions(original.info.permissions | OwnerMayWrite); !permitted)
+        original.isLifted = true;
+        auto permitted = original.file->setPermissions(original.info.permissions | OwnerMayWrite).and_then([&] {
+            return refresh(original);
+        });
+        if (!permitted)
             return permitted;
     } else if (original.isWritable) {
         return {};
@@ -90,10 +119,41 @@ Result<void> makeWritable(HeldFile &held, Original &original, const WriteOptions
     return {};
 }
 
-/// Sets the read-only attribute again. A file whose write failed stays without it.
-Result<void> restoreReadOnly(platform::File &file, const Original &original)
+/// Keeps other programs of ours from writing the file, and checks that none has done so before. Waits for one that is
+/// writing; a file is written within milliseconds, a long one on a slow disk within seconds.
+Result<void> lock(HeldFile &held, Original &original)
 {
-    return original.info.isReadOnly() ? file.setPermissions(original.info.permissions) : Result<void>();
+    constexpr auto LongestWait = std::chrono::seconds(5);
+    constexpr auto Pause = std::chrono::milliseconds(2);
+    const auto deadline = std::chrono::steady_clock::now() + LongestWait;
+    while (true) {
+        const auto locked = original.file->tryLock();
+        if (!locked && locked.error().code != ErrorCode::Unsupported)
+            return tl::unexpected(locked.error());
+        if (!locked || *locked)
+            break;
+        if (std::chrono::steady_clock::now() > deadline)
+            return failure(ErrorCode::FileInUse, QStringLiteral("another program has locked the file"));
+        std::this_thread::sleep_for(Pause);
+    }
+    const platform::Place &place = held.place();
+    const auto named = place.folder->node(place.name).map([](const platform::Node &node) { return node.info; });
+    const auto same = expectState(named, original.info);
+    return same ? Result<void>() : tl::unexpected(same.error());
+}
+
+/// Sets the read-only attribute again, if it was lifted.
+Result<void> restoreReadOnly(HeldFile &held, Original &original)
+{
+    if (!original.isLifted)
+        return {};
+    if (!original.file) {
+        auto file = held.open(platform::OpenMode::Read);
+        if (!file)
+            return tl::unexpected(file.error());
+        original.file = std::move(*file);
+    }
+    return original.file->setPermissions(original.info.permissions);
 }
 
 /// Best effort: a time that cannot be set is no reason to undo a save that worked.
@@ -103,23 +163,38 @@ void restoreModified(platform::File &file, const platform::FileInfo &before, con
         static_cast<void>(file.setModified(before.modified));
 }
 
-/// The one write of an in-place change, undone if it fails.
-Result<void> writeBlock(platform::File &file, const platform::FileInfo &before, const Change &change)
+Result<void> writePatches(platform::File &file, const std::vector<Patch> &patches, QByteArray Patch::*bytes)
 {
-    auto written = platform::writeAll(file, change.newBytes, change.offset);
-    if (written) {
-        const auto same = platform::sameBytes(file, change.offset, change.newBytes);
-        if (same && *same)
-            return {};
-        written = same ? failure(ErrorCode::VerifyFailed, QStringLiteral("what was written reads back differently"))
-                       : tl::unexpected(same.error());
+    for (const Patch &patch : patches) {
+        if (auto written = platform::writeAll(file, patch.*bytes, patch.offset); !written)
+            return written;
     }
-    const auto undone = change.oldBytes.isEmpty() ? file.truncate(before.size)
-                                                  : platform::writeAll(file, change.oldBytes, change.offset);
+    // One block is old or new, whether it is on the disk or not. Of several some might be.
+    return patches.size() > 1 ? file.sync() : Result<void>();
+}
+
+Result<void> expectNew(platform::File &file, const std::vector<Patch> &patches)
+{
+    for (const Patch &patch : patches) {
+        const auto same = platform::sameBytes(file, patch.offset, patch.newBytes);
+        if (!same)
+            return tl::unexpected(same.error());
+        if (!*same)
+            return failure(ErrorCode::VerifyFailed, QStringLiteral("what was written reads back differently"));
+    }
+    return {};
+}
+
+/// The writes of an in-place change, undone if one fails. HalfWritten if that fails, too.
+Result<void> patchFile(platform::File &file, const platform::FileInfo &before, const std::vector<Patch> &patches)
+{
+    auto written = writePatches(file, patches, &Patch::newBytes).and_then([&] { return expectNew(file, patches); });
+    if (written)
+        return {};
+    const auto undone = writePatches(file, patches, &Patch::oldBytes);
     if (!undone)
-        written.error().detail += QStringLiteral("; undoing it failed: ") + undone.error().detail;
-    else
-        static_cast<void>(file.setModified(before.modified)); // best effort
+        return halfWritten(written.error(), undone.error());
+    static_cast<void>(file.setModified(before.modified)); // best effort
     return written;
 }
 
@@ -158,69 +233,171 @@ Result<bool> takesOwner(TemporaryFile &temporary, const RewriteTarget &target)
     return taken.has_value();
 }
 
-/// Returns false and does nothing if the new file cannot get the original's owner. Closes the original before replacing
-/// it: some file systems of Windows do not replace an open file.
-Result<bool> tryReplace(HeldFile &held, Original &original, const NewContent &content, const WriteOptions &options)
+/// One call of rewriteFile, once it is known that there is something to write.
+class Rewriting
 {
-    const platform::Place &place = held.place();
-    const RewriteTarget target{place, *original.file, original.info};
-    auto temporary = TemporaryFile::create(place.folder);
-    if (!temporary)
-        return tl::unexpected(temporary.error());
-    if (const auto takes = takesOwner(*temporary, target); !takes || !*takes)
-        return takes;
-    const auto prepared = prepareReplacement(*temporary, target, content, options);
-    if (!prepared)
-        return tl::unexpected(prepared.error());
-    // What has the name now is what would be lost.
-    const auto now = expectState(
-        place.folder->node(place.name).map([](const platform::Node &node) { return node.info; }), target.info);
-    if (!now)
-        return tl::unexpected(now.error());
-    const auto made = temporary->file().info();
-    if (!made)
-        return tl::unexpected(made.error());
-    // Last of all, so that nobody could open it as long as it was not whole.
-    platform::File &file = temporary->file();
-    const auto permitted =
-        file.takePermissions(*original.file).and_then([&] { return restoreReadOnly(file, original); });
-    if (!permitted)
-        return tl::unexpected(permitted.error());
-    original.file.reset();
-    // The folder is not synced: after a power cut it names the old file or the new one, and both are whole.
-    return temporary->moveTo(place.name).map([&] {
-        held.becomes(*made);
-        return true;
-    });
-}
-
-Result<WriteOutcome> writeElsewhere(platform::FileSystem &fileSystem, HeldFile &held, Original &original,
-    const NewContent &content, const WriteOptions &options)
-{
-    if (original.info.linkCount <= 1) {
-        const auto replaced = tryReplace(held, original, content, options);
-        if (!replaced)
-            return tl::unexpected(replaced.error());
-        if (*replaced)
-            return WriteOutcome::Replaced;
+public:
+    Rewriting(platform::FileSystem &fileSystem, HeldFile &held, Original original, const NewContent &content,
+        const WriteOptions &options)
+        : m_fileSystem(fileSystem), m_held(held), m_original(std::move(original)), m_content(content),
+          m_options(options)
+    {
     }
-    const RewriteTarget target{held.place(), *original.file, original.info};
-    return rewriteUnderRedo(fileSystem, target, content, options)
-        .and_then([&] { return restoreReadOnly(*original.file, original); })
-        .map([] { return WriteOutcome::Rewritten; });
-}
 
-Result<WriteOutcome> writeInPlace(
-    Original &original, const NewContent &content, const Change &change, const WriteOptions &options)
-{
-    platform::File &file = *original.file;
-    const auto written =
-        change.kind == Change::Cut ? file.truncate(content.size) : writeBlock(file, original.info, change);
-    if (!written)
-        return tl::unexpected(written.error());
-    restoreModified(file, original.info, options);
-    return restoreReadOnly(file, original).map([] { return WriteOutcome::InPlace; });
-}
+    Result<WriteOutcome> run(const Change &change)
+    {
+        auto outcome = makeWritable(m_held, m_original, m_options)
+                           .and_then([&] { return lock(m_held, m_original); })
+                           .and_then([&] { return write(change); });
+        const bool isReplaced = outcome && *outcome == WriteOutcome::Replaced; // the new file has the attribute already
+        const auto restored = isReplaced ? Result<void>() : restoreReadOnly(m_held, m_original);
+        m_original.file.reset();
+        endRecord(outcome);
+        if (outcome && !restored)
+            return tl::unexpected(restored.error());
+        return outcome;
+    }
+
+private:
+    Result<WriteOutcome> write(const Change &change)
+    {
+        if (change.kind == Change::Elsewhere)
+            return writeElsewhere();
+        const auto way = change.kind == Change::Patches ? ContentWay::Patches : ContentWay::OneStep;
+        const auto recorded =
+            record(way, [&] { return inverseOf(*m_original.file, m_original.info.size, m_content, change); });
+        if (!recorded)
+            return tl::unexpected(recorded.error());
+        // An interruption would leave some patches in the file, and nobody would know.
+        if (way == ContentWay::Patches && !m_ticket)
+            return writeElsewhere();
+        platform::File &file = *m_original.file;
+        const auto written = change.kind == Change::Cut ? file.truncate(m_content.size)
+                                                        : patchFile(file, m_original.info, change.patches);
+        if (!written)
+            return tl::unexpected(written.error());
+        restoreModified(file, m_original.info, m_options);
+        return WriteOutcome::InPlace;
+    }
+
+    Result<WriteOutcome> writeElsewhere()
+    {
+        if (m_original.info.linkCount <= 1) {
+            const auto replaced = tryReplace();
+            if (!replaced)
+                return tl::unexpected(replaced.error());
+            if (*replaced)
+                return WriteOutcome::Replaced;
+        }
+        const RewriteTarget target{m_held.place(), *m_original.file, m_original.info};
+        return recordElsewhere(ContentWay::Redo)
+            .and_then([&] { return rewriteUnderRedo(m_fileSystem, target, m_content, m_options); })
+            .map([] { return WriteOutcome::Rewritten; });
+    }
+
+    /// Returns false and does nothing if the new file cannot get the original's owner.
+    Result<bool> tryReplace()
+    {
+        const platform::Place &place = m_held.place();
+        const RewriteTarget target{place, *m_original.file, m_original.info};
+        auto temporary = TemporaryFile::create(place.folder, m_options.journal);
+        if (!temporary)
+            return tl::unexpected(temporary.error());
+        if (const auto takes = takesOwner(*temporary, target); !takes || !*takes)
+            return takes;
+        const auto ready =
+            prepareReplacement(*temporary, target, m_content, m_options)
+                .and_then([&] { return recordElsewhere(ContentWay::OneStep); })
+                .and_then([&] {
+                    // What has the name now is what would be lost.
+                    return expectState(
+                        place.folder->node(place.name).map([](const platform::Node &node) { return node.info; }),
+                        target.info);
+                });
+        if (!ready)
+            return tl::unexpected(ready.error());
+        const auto made = temporary->file().info();
+        if (!made)
+            return tl::unexpected(made.error());
+        if (const auto permitted = givePermissions(temporary->file()); !permitted)
+            return tl::unexpected(permitted.error());
+        // The folder is not synced: after a power cut it names the old file or the new one, and both are whole.
+        return moveInPlace(*temporary).map([&] {
+            m_held.becomes(*made);
+            return true;
+        });
+    }
+
+    /// Last of all, so that nobody could open the new file as long as it was not whole.
+    Result<void> givePermissions(platform::File &file)
+    {
+        return file.takePermissions(*m_original.file).and_then([&]() -> Result<void> {
+            return m_original.info.isReadOnly() ? file.setPermissions(m_original.info.permissions) : Result<void>();
+        });
+    }
+
+    Result<void> moveInPlace(TemporaryFile &temporary)
+    {
+        auto moved = temporary.moveTo(m_held.place().name);
+        if (!moved && moved.error().code == ErrorCode::AccessDenied) {
+            // Some file systems of Windows do not replace an open file. Its lock ends a moment too early there.
+            m_original.file.reset();
+            moved = temporary.moveTo(m_held.place().name);
+        }
+        return moved;
+    }
+
+    Result<void> recordElsewhere(ContentWay way)
+    {
+        return record(way, [&] { return inverseOf(*m_original.file, m_original.info.size, m_content); });
+    }
+
+    /// An error only if the file cannot be read. What can't be recorded can't be taken back, but is done.
+    template <typename MakeInverse>
+    Result<void> record(ContentWay way, MakeInverse makeInverse)
+    {
+        if (m_options.journal == nullptr)
+            return {};
+        auto inverse = makeInverse();
+        const auto identity = m_original.file->identity();
+        if (!inverse || !identity)
+            return tl::unexpected(inverse ? identity.error() : inverse.error());
+        ChangeRecord change{.path = m_held.place().path(),
+            .before = m_original.info,
+            .identity = *identity,
+            .way = way,
+            .newSize = m_content.size,
+            .inverse = std::move(inverse->segments),
+            .written = std::move(inverse->written),
+            .values = m_options.values};
+        m_ticket = m_options.journal->begin(change);
+        return {};
+    }
+
+    void endRecord(const Result<WriteOutcome> &outcome)
+    {
+        // A half-written file stays on record, to be settled by the next start.
+        if (!m_ticket || (!outcome && outcome.error().code == ErrorCode::HalfWritten))
+            return;
+        if (!outcome) {
+            m_options.journal->end(*m_ticket, tl::unexpected(outcome.error()));
+            return;
+        }
+        // Only now that the file is closed: Windows may change its time then.
+        const platform::Place &place = m_held.place();
+        const auto node = place.folder->node(place.name);
+        platform::FileInfo after = node && node->isSameAs(m_held.info()) ? node->info : m_held.info();
+        after.size = m_content.size;
+        m_options.journal->end(*m_ticket, ChangeDone{.after = after});
+    }
+
+    platform::FileSystem &m_fileSystem;
+    HeldFile &m_held;
+    Original m_original;
+    const NewContent &m_content;
+    const WriteOptions &m_options;
+    std::optional<Journal::Ticket> m_ticket;
+};
 
 Result<WriteOutcome> rewrite(platform::FileSystem &fileSystem, HeldFile &held, const platform::FileInfo &before,
     const std::vector<Segment> &segments, const WriteOptions &options)
@@ -231,15 +408,14 @@ Result<WriteOutcome> rewrite(platform::FileSystem &fileSystem, HeldFile &held, c
     auto original = openOriginal(held, before);
     if (!original)
         return tl::unexpected(original.error());
-    const auto change = findChange(*original->file, before.size, *content);
+    auto change = findChange(*original->file, before.size, *content);
     if (!change)
         return tl::unexpected(change.error());
     if (change->kind == Change::None)
         return WriteOutcome::Unchanged;
-    if (auto opened = makeWritable(held, *original, options); !opened)
-        return tl::unexpected(opened.error());
-    return change->kind == Change::Elsewhere ? writeElsewhere(fileSystem, held, *original, *content, options)
-                                             : writeInPlace(*original, *content, *change, options);
+    if (change->kind == Change::Patches && options.journal == nullptr)
+        change->kind = Change::Elsewhere;
+    return Rewriting(fileSystem, held, std::move(*original), *content, options).run(*change);
 }
 
 Error withPath(Error error, const QString &path)

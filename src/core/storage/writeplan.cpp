@@ -49,34 +49,30 @@ qsizetype endOfDifferences(const char *one, const char *other, qsizetype size)
     return end;
 }
 
-/// A range of the file that grows to include every difference found.
+/// A range of the file.
 struct Extent
 {
-    qint64 begin = std::numeric_limits<qint64>::max();
+    qint64 begin = 0;
     qint64 end = 0;
-
-    bool isEmpty() const { return begin >= end; }
-    bool isInOneBlock() const { return isEmpty() || begin / AtomicBlockSize == (end - 1) / AtomicBlockSize; }
-    void include(qint64 from, qint64 to)
-    {
-        begin = std::min(begin, from);
-        end = std::max(end, to);
-    }
 };
 
-/// Finds the extent of the differences between a file and new bytes, segment by segment from the front.
+/// Finds the differences between a file and new bytes, segment by segment from the front: one extent for each block
+/// that has any, from its first to its last difference.
 class Comparison
 {
 public:
-    Comparison(platform::File &file, qint64 oldSize) : m_file(file), m_oldSize(oldSize) {}
+    /// mostExtents: with more, the comparison ends early.
+    Comparison(platform::File &file, qint64 oldSize, std::size_t mostExtents)
+        : m_file(file), m_oldSize(oldSize), m_mostExtents(mostExtents)
+    {
+    }
 
-    /// Compares the new bytes for offset with the file. Returns early once a second block differs.
+    /// Compares the new bytes for offset with the file.
     Result<void> add(const QByteArray &bytes, qint64 offset)
     {
         const qint64 common = std::clamp<qint64>(m_oldSize - offset, 0, bytes.size());
-        if (common < bytes.size())
-            m_extent.include(offset + common, offset + bytes.size());
-        for (qint64 done = 0; done < common && m_extent.isInOneBlock();) {
+        m_isTooMuch = m_isTooMuch || common < bytes.size();
+        for (qint64 done = 0; done < common && !m_isTooMuch;) {
             const qint64 length = std::min(CompareChunk, common - done);
             auto old = platform::readExactly(m_file, offset + done, length);
             if (!old)
@@ -89,33 +85,50 @@ public:
         return {};
     }
 
-    const Extent &extent() const { return m_extent; }
+    /// More extents than wanted, or bytes behind the old end.
+    bool isTooMuch() const { return m_isTooMuch; }
+    const std::vector<Extent> &extents() const { return m_extents; }
 
-    /// The old bytes of the extent, as far as the old file reaches.
-    Result<QByteArray> oldBytes()
+    Result<QByteArray> oldBytes(const Extent &extent)
     {
-        const qint64 length = std::min(m_extent.end, m_oldSize) - m_extent.begin;
-        if (length <= 0)
-            return QByteArray();
-        const qint64 inLastRead = m_extent.begin - m_lastReadOffset;
+        const qint64 length = extent.end - extent.begin;
+        const qint64 inLastRead = extent.begin - m_lastReadOffset;
         if (inLastRead >= 0 && inLastRead + length <= m_lastRead.size())
             return m_lastRead.mid(static_cast<qsizetype>(inLastRead), static_cast<qsizetype>(length));
-        return platform::readExactly(m_file, m_extent.begin, length);
+        return platform::readExactly(m_file, extent.begin, length);
     }
 
 private:
     void compare(const QByteArray &old, const char *bytes, qint64 offset)
     {
-        const qsizetype first = firstDifference(old.constData(), bytes, old.size());
-        if (first == old.size())
-            return;
-        const qsizetype end = endOfDifferences(old.constData(), bytes, old.size());
-        m_extent.include(offset + first, offset + end);
+        for (qsizetype at = 0; !m_isTooMuch;) {
+            at += firstDifference(old.constData() + at, bytes + at, old.size() - at);
+            if (at == old.size())
+                return;
+            const qint64 blockEnd = ((offset + at) / AtomicBlockSize + 1) * AtomicBlockSize;
+            const qsizetype end = std::min<qsizetype>(blockEnd - offset, old.size());
+            include(offset + at, offset + at + endOfDifferences(old.constData() + at, bytes + at, end - at));
+            at = end;
+        }
+    }
+
+    void include(qint64 begin, qint64 end)
+    {
+        const bool isSameBlock =
+            !m_extents.empty() && m_extents.back().begin / AtomicBlockSize == begin / AtomicBlockSize;
+        if (isSameBlock)
+            m_extents.back().end = end;
+        else if (m_extents.size() < m_mostExtents)
+            m_extents.push_back({begin, end});
+        else
+            m_isTooMuch = true;
     }
 
     platform::File &m_file;
     const qint64 m_oldSize;
-    Extent m_extent;
+    const std::size_t m_mostExtents;
+    std::vector<Extent> m_extents;
+    bool m_isTooMuch = false;
     QByteArray m_lastRead;
     qint64 m_lastReadOffset = 0;
 };
@@ -124,7 +137,6 @@ private:
 QByteArray overlaid(const QByteArray &oldBytes, const Extent &extent, const NewContent &content)
 {
     QByteArray result = oldBytes;
-    result.resize(static_cast<qsizetype>(extent.end - extent.begin));
     qint64 offset = 0;
     for (const Segment &segment : content.segments) {
         const qint64 from = std::max(offset, extent.begin);
@@ -169,7 +181,8 @@ Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent
     if (!content.keptStayInPlace)
         return change;
 
-    Comparison comparison(file, oldSize);
+    // Size and bytes reach the disk separately: changing both is not one step.
+    Comparison comparison(file, oldSize, content.size == oldSize ? MostPatches : 0);
     qint64 offset = 0;
     for (const Segment &segment : content.segments) {
         if (!segment.isKept()) {
@@ -178,23 +191,19 @@ Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent
         }
         offset += segment.length;
     }
-
-    const Extent &extent = comparison.extent();
-    if (extent.isEmpty()) {
-        change.kind = content.size < oldSize ? Change::Cut : Change::None;
+    if (comparison.isTooMuch())
         return change;
+    for (const Extent &extent : comparison.extents()) {
+        auto oldBytes = comparison.oldBytes(extent);
+        if (!oldBytes)
+            return tl::unexpected(oldBytes.error());
+        QByteArray newBytes = overlaid(*oldBytes, extent, content);
+        change.patches.push_back({extent.begin, std::move(*oldBytes), std::move(newBytes)});
     }
-    // Size and bytes reach the disk separately: changing both is not one step.
-    const bool growsOnly = extent.begin >= oldSize;
-    if (!extent.isInOneBlock() || (content.size != oldSize && !growsOnly))
-        return change;
-    auto oldBytes = comparison.oldBytes();
-    if (!oldBytes)
-        return tl::unexpected(oldBytes.error());
-    change.kind = Change::Block;
-    change.offset = extent.begin;
-    change.newBytes = overlaid(*oldBytes, extent, content);
-    change.oldBytes = std::move(*oldBytes);
+    if (change.patches.empty())
+        change.kind = content.size < oldSize ? Change::Cut : Change::None;
+    else
+        change.kind = change.patches.size() == 1 ? Change::Block : Change::Patches;
     return change;
 }
 

@@ -21,6 +21,14 @@ struct NewContent
 /// InvalidArgument for a segment that is not in the old file or contradicts itself.
 Result<NewContent> makeContent(const std::vector<Segment> &segments, qint64 oldSize);
 
+/// Bytes inside one block of a file, and as many others in their place.
+struct Patch
+{
+    qint64 offset = 0;
+    QByteArray oldBytes;
+    QByteArray newBytes;
+};
+
 /// The smallest change that turns the old file into the new content.
 struct Change
 {
@@ -28,14 +36,16 @@ struct Change
     {
         None,
         Cut,       ///< only the end goes away
-        Block,     ///< newBytes replace oldBytes, or, if those are empty, follow the old end
+        Block,     ///< one patch
+        Patches,   ///< one in each of a few blocks
         Elsewhere, ///< anything larger: needs a new file
     };
     Kind kind = None;
-    qint64 offset = 0; ///< of the bytes; for Block
-    QByteArray oldBytes;
-    QByteArray newBytes;
+    std::vector<Patch> patches; ///< from the front; for Block and Patches
 };
+
+/// The most blocks that Change::Patches changes. More are no cheaper than a new file, since all of them are recorded.
+inline constexpr std::size_t MostPatches = 16;
 
 /// Compares the new content with the file. Reads no more of it than needed.
 Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent &content);

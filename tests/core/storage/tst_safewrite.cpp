@@ -143,10 +143,10 @@ void TestSafeWrite::writesContent_data()
     row("cut at the end", 20'000, {kept(0, 19'872)}, WriteOutcome::InPlace);
     row("cut with the rest given as bytes", 20'000, {fresh(old.left(128))}, WriteOutcome::InPlace);
     row("cut to nothing", 20'000, {}, WriteOutcome::InPlace);
-    row("appended inside the last block", 20'000, {kept(0, 20'000), fresh(sample(128, 2))}, WriteOutcome::InPlace);
+    row("appended inside the last block", 20'000, {kept(0, 20'000), fresh(sample(128, 2))}, WriteOutcome::Replaced);
     row("appended over the block's end", 20'000, {kept(0, 20'000), fresh(sample(600, 2))}, WriteOutcome::Replaced);
-    row("appended at a block's start", 16'384, {kept(0, 16'384), fresh(sample(128, 2))}, WriteOutcome::InPlace);
-    row("first bytes of an empty file", 0, {fresh(sample(100, 2))}, WriteOutcome::InPlace);
+    row("appended at a block's start", 16'384, {kept(0, 16'384), fresh(sample(128, 2))}, WriteOutcome::Replaced);
+    row("first bytes of an empty file", 0, {fresh(sample(100, 2))}, WriteOutcome::Replaced);
     row("changed and appended", 20'000, {kept(0, 19'990), fresh(changed(19'990, 10) + sample(20, 2))},
         WriteOutcome::Replaced);
     row("changed and cut", 20'000, {fresh(changed(0, 10)), kept(10, 19'000)}, WriteOutcome::Replaced);

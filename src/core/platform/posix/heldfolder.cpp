@@ -11,6 +11,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -93,6 +94,7 @@ public:
     Result<void> removeFolder(const QString &name) override;
     Result<void> takeAttributes(HeldFolder &source) override;
     Result<void> sync() override;
+    Result<bool> tryLock() override;
 
     /// Nothing for what is no link.
     Result<std::optional<Link>> link(const QString &name) const;
@@ -326,6 +328,15 @@ Result<void> PosixHeldFolder::sync()
     if (uninterrupted([&] { return ::fsync(descriptor()); }) == 0 || errno == EINVAL)
         return {}; // EINVAL: a file system that needs no such call, for example one over the network
     return systemError(errno == EBADF ? EACCES : errno, m_path, "fsync"); // EBADF: open for going through only
+}
+
+Result<bool> PosixHeldFolder::tryLock()
+{
+    if (uninterrupted([&] { return ::flock(descriptor(), LOCK_EX | LOCK_NB); }) == 0)
+        return true;
+    if (errno == EWOULDBLOCK)
+        return false;
+    return systemError(errno == EBADF ? EACCES : errno, m_path, "flock"); // EBADF: open for going through only
 }
 
 /// Opens a folder by a path in which nothing is a link; ELOOP if something is.

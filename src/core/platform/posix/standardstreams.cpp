@@ -60,6 +60,15 @@ void prepareStandardStreams()
         std::setlocale(LC_CTYPE, "");
 }
 
+void outliveFileSizeLimit()
+{
+    // A handler, for whatever we start would inherit an ignored signal.
+    struct sigaction action = {};
+    action.sa_handler = [](int) {};
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGXFSZ, &action, nullptr);
+}
+
 bool hasStream(StandardStream)
 {
     return true; // whoever closed it wants to read nothing

@@ -25,8 +25,9 @@ ErrorCode codeFor(int number)
         return ErrorCode::ReadOnlyDrive;
     case ENOSPC:
     case EDQUOT:
-    case EFBIG: // the user's limit on file sizes: a quota by another name
         return ErrorCode::NoSpace;
+    case EFBIG:
+        return ErrorCode::FileSizeLimit;
     case EEXIST:
     case ENOTEMPTY:
         return ErrorCode::AlreadyExists;

@@ -62,8 +62,9 @@ ErrorCode codeFor(DWORD number)
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
     case ERROR_DISK_QUOTA_EXCEEDED:
-    case ERROR_FILE_TOO_LARGE:
         return ErrorCode::NoSpace;
+    case ERROR_FILE_TOO_LARGE:
+        return ErrorCode::FileSizeLimit;
     case ERROR_FILE_EXISTS:
     case ERROR_ALREADY_EXISTS:
     case ERROR_DIR_NOT_EMPTY:

@@ -101,6 +101,11 @@ void prepareStandardStreams()
     // Nothing to do: handles have no numbers that could be reused, and no signal ends the program.
 }
 
+void outliveFileSizeLimit()
+{
+    // Nothing to do: no signal ends the program.
+}
+
 bool hasStream(StandardStream stream)
 {
     return ::GetFileType(handleOf(stream)) != FILE_TYPE_UNKNOWN;
