@@ -5,7 +5,9 @@
 
 #include <QDataStream>
 #include <QFile>
+#include <QFileInfo>
 
+#include <algorithm>
 #include <map>
 
 /// A journal that keeps what it is told: in memory and, so that another process can settle what was interrupted, the
@@ -19,6 +21,10 @@ public:
     {
         storage::ChangeRecord change;
         std::optional<Result<storage::ChangeDone>> done = {};
+        bool wasThere = false; ///< the old path, when the change was announced
+        bool newWasThere = false;
+
+        bool isMade() const { return done && done->has_value(); }
     };
 
     FakeJournal() = default;
@@ -37,14 +43,17 @@ public:
             onBegin();
         if (refuses)
             return std::nullopt;
-        kept.push_back({change});
+        kept.push_back({change, {}, isThere(change.path), isThere(change.newPath)});
         if (!m_file.isEmpty())
             store(change);
         return static_cast<Ticket>(kept.size() - 1);
     }
     void end(Ticket ticket, const Result<storage::ChangeDone> &done) override
     {
-        kept.at(static_cast<std::size_t>(ticket)).done = done;
+        Kept &ended = kept.at(static_cast<std::size_t>(ticket));
+        if (ended.done)
+            qFatal("a change has ended twice");
+        ended.done = done;
         if (!m_file.isEmpty())
             QFile::remove(m_file);
     }
@@ -58,6 +67,18 @@ public:
         return ticket;
     }
     void endTemporary(Ticket ticket) override { openTemporaries.erase(ticket); }
+
+    /// Those that were made, in the order in which they were announced.
+    std::vector<Kept> made() const
+    {
+        std::vector<Kept> found;
+        std::ranges::copy_if(kept, std::back_inserter(found), &Kept::isMade);
+        return found;
+    }
+    bool hasPending() const
+    {
+        return !std::ranges::all_of(kept, [](const Kept &one) { return one.done.has_value(); });
+    }
 
     /// Undoes the patches of a change that was interrupted. False if there is none.
     static bool rollBack(const QString &file)
@@ -88,6 +109,12 @@ public:
     }
 
 private:
+    static bool isThere(const QString &path)
+    {
+        const QFileInfo info(path);
+        return !path.isEmpty() && (info.exists() || info.isSymLink());
+    }
+
     void store(const storage::ChangeRecord &change)
     {
         std::vector<std::pair<qint64, QByteArray>> old;

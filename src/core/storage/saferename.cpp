@@ -60,9 +60,9 @@ std::optional<QString> bringBack(platform::HeldFolder &folder, const QString &na
 }
 
 /// No file system renames a file to a name that it already has, so it gets another one in between.
-Result<void> renameInTwoSteps(platform::FileSystem &fileSystem, const QString &from, const QString &to)
+Result<void> renameInTwoSteps(
+    platform::FileSystem &fileSystem, const QString &from, const QString &to, const QString &aside)
 {
-    const QString aside = asidePath(from);
     const auto lock = lockAside(fileSystem, from);
     if (const Result<void> moved = fileSystem.renameNew(from, aside); !moved)
         return moved;
@@ -145,7 +145,7 @@ bool isSameButForCase(platform::FileSystem &fileSystem, const QString &from, con
     return names && std::ranges::find(*names, platform::nameOf(to)) == names->end();
 }
 
-Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, const QString &to)
+Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, const QString &to, const QString &aside)
 {
     if (from.isEmpty() || to.isEmpty() || from == to)
         return {};
@@ -155,7 +155,7 @@ Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, c
         return tl::unexpected(Error{ErrorCode::IntoItself, from, renamed.error().detail});
     if (renamed || renamed.error().code != ErrorCode::AlreadyExists || !isSameButForCase(fileSystem, from, to))
         return renamed;
-    return renameInTwoSteps(fileSystem, from, to);
+    return renameInTwoSteps(fileSystem, from, to, aside.isEmpty() ? asidePath(from) : aside);
 }
 
 } // namespace ravlin::storage

@@ -18,8 +18,10 @@ namespace ravlin::storage {
 
 /// Gives a file or folder another path on the same file system. Does nothing if either path is empty or both are equal.
 /// Never overwrites what has the new name already: AlreadyExists. A folder can't go into itself: IntoItself. A change
-/// of case alone works even where the file system ignores case.
-Result<void> renameFile(platform::FileSystem &fileSystem, const QString &from, const QString &to);
+/// of case alone works even where the file system ignores case; aside is the temporary path that it takes then, one of
+/// its own if empty.
+Result<void> renameFile(
+    platform::FileSystem &fileSystem, const QString &from, const QString &to, const QString &aside = {});
 
 /// Whether the file at the new path is the file itself, because the file system ignores case.
 bool isSameButForCase(platform::FileSystem &fileSystem, const QString &from, const QString &to);

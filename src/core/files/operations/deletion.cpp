@@ -4,6 +4,7 @@
 #include "core/platform/fileio.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
+#include "core/storage/recorder.h"
 
 #include <QSet>
 
@@ -80,22 +81,40 @@ DeletionReport undeletable(const QStringList &paths)
     });
 }
 
-DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch)
+DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch, storage::Journal *journal)
 {
-    return each(paths, watch, [](const QString &path, DeletionReport &report) {
-        return platform::moveToTrash(path).map(
-            [&](const platform::TrashedItem &item) { report.trashed.push_back(item); });
+    storage::Recorder recorder(platform::FileSystem::native(), journal);
+    return each(paths, watch, [&](const QString &path, DeletionReport &report) -> Result<void> {
+        const auto ticket = recorder.begin(storage::ChangeKind::Trash, path);
+        const auto trashed = platform::moveToTrash(path);
+        if (!trashed) {
+            recorder.failed(ticket, trashed.error());
+            return tl::unexpected(trashed.error());
+        }
+        recorder.done(ticket, {}, false, *trashed);
+        report.trashed.push_back(*trashed);
+        return {};
     });
 }
 
-DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const Watch &watch)
+DeletionReport deleteForGood(
+    platform::FileSystem &fileSystem, const QStringList &paths, const Watch &watch, storage::Journal *journal)
 {
+    storage::Recorder recorder(fileSystem, journal);
     return each(paths, watch, [&](const QString &path, DeletionReport &report) -> Result<void> {
         if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
             return tl::unexpected(Error{ErrorCode::NoOwnName, path, {}});
-        return platform::placeAt(fileSystem, path)
-            .and_then([](const platform::Place &place) { return platform::removeTree(*place.folder, place.name); })
-            .map([&] { report.deleted.append(path); });
+        const auto ticket = recorder.begin(storage::ChangeKind::Delete, path);
+        const auto removed = platform::placeAt(fileSystem, path).and_then([](const platform::Place &place) {
+            return platform::removeTree(*place.folder, place.name);
+        });
+        if (!removed) {
+            recorder.failed(ticket, removed.error());
+            return removed;
+        }
+        recorder.done(ticket);
+        report.deleted.append(path);
+        return {};
     });
 }
 

@@ -26,10 +26,11 @@ DeletionReport undeletable(const QStringList &paths);
 
 /// Puts files, links and folders into the trash of their drive. One that can't go there stays where it is: it is never
 /// deleted for good instead. Reports paths, not bytes.
-DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch = {});
+DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch = {}, storage::Journal *journal = nullptr);
 
 /// Deletes for good, folders with their contents. A stop takes effect between two paths. A folder with something in it
 /// that can't be deleted is a failure; what was deleted of it before is gone.
-DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const Watch &watch = {});
+DeletionReport deleteForGood(platform::FileSystem &fileSystem, const QStringList &paths, const Watch &watch = {},
+    storage::Journal *journal = nullptr);
 
 } // namespace ravlin

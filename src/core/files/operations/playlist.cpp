@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/operations/playlist.h"
 
+#include "core/files/operations/replacing.h"
 #include "core/naming/texttransforms.h"
 #include "core/platform/desktop.h"
 #include "core/platform/fileio.h"
@@ -9,6 +10,7 @@
 #include "core/platform/path.h"
 #include "core/platform/textsafety.h"
 #include "core/storage/leftovers.h"
+#include "core/storage/recorder.h"
 
 #include <algorithm>
 
@@ -40,28 +42,94 @@ bool isTakenForAddress(const QString &line)
     return platform::Separator == u'/' && line.left(line.indexOf(platform::Separator)).contains(u':');
 }
 
-/// Replaces an older list only once the new one is complete, and keeps its permissions.
-Result<void> writeList(platform::FileSystem &fileSystem, const QString &path, const QByteArray &content)
+/// Writes one list. Replaces an older one only once the new one is complete, and keeps its permissions.
+class ListWriter
 {
-    const auto place = platform::placeAt(fileSystem, path);
-    if (!place)
-        return tl::unexpected(place.error());
-    const auto present = place->folder->node(place->name);
-    if (present && present->kind == platform::NodeKind::Folder)
-        return tl::unexpected(Error{ErrorCode::NotAFile, path, QStringLiteral("a folder has that name")});
-    const bool isFile = present && present->kind == platform::NodeKind::File;
-    const quint32 permissions = isFile ? present->info.permissions : platform::newFilePermissions();
-    auto temporary = storage::TemporaryFile::create(place->folder);
-    if (!temporary)
-        return tl::unexpected(temporary.error());
-    return platform::writeAll(temporary->file(), content, 0)
-        .and_then([&] { return temporary->file().sync(); })
-        .and_then([&]() -> Result<void> {
-            // A memory stick may have no permissions.
-            static_cast<void>(temporary->file().setPermissions(permissions));
-            return temporary->moveTo(place->name);
-        });
-}
+public:
+    ListWriter(platform::FileSystem &fileSystem, const QString &path, storage::Journal *journal)
+        : m_fileSystem(fileSystem), m_path(path), m_recorder(fileSystem, journal)
+    {
+    }
+
+    Result<void> write(const QByteArray &content)
+    {
+        const auto place = platform::placeAt(m_fileSystem, m_path);
+        if (!place)
+            return tl::unexpected(place.error());
+        const auto present = place->folder->node(place->name);
+        if (present && present->kind == platform::NodeKind::Folder)
+            return tl::unexpected(Error{ErrorCode::NotAFile, m_path, QStringLiteral("a folder has that name")});
+        const bool isFile = present && present->kind == platform::NodeKind::File;
+        const quint32 permissions = isFile ? present->info.permissions : platform::newFilePermissions();
+        auto temporary = storage::TemporaryFile::create(place->folder);
+        if (!temporary)
+            return tl::unexpected(temporary.error());
+        const auto written =
+            platform::writeAll(temporary->file(), content, 0).and_then([&] { return temporary->file().sync(); });
+        if (!written)
+            return written;
+        // A memory stick may have no permissions.
+        static_cast<void>(temporary->file().setPermissions(permissions));
+        if (!present)
+            return create(*place, *temporary, false);
+        const auto old = isFile && m_recorder.isOn() ? oldContent(*place, *present) : std::nullopt;
+        if (old)
+            return replace(*place, *temporary, *old, content);
+        return create(*place, *temporary, m_recorder.isOn());
+    }
+
+private:
+    /// The list that is there, if it is one: what is much larger than any list goes into the trash instead.
+    static std::optional<storage::ChangeRecord> oldContent(const platform::Place &place, const platform::Node &node)
+    {
+        constexpr qint64 Most = 4 * 1024 * 1024;
+        const auto file = place.folder->openFile(place.name, platform::OpenMode::Read);
+        if (!file || node.info.size > Most)
+            return std::nullopt;
+        auto bytes = platform::readExactly(**file, 0, node.info.size);
+        if (!bytes)
+            return std::nullopt;
+        storage::ChangeRecord change;
+        change.before = node.info;
+        change.identity = (*file)->identity().value_or(platform::FileIdentity());
+        change.inverse = {storage::Segment::fresh(*std::move(bytes))};
+        return change;
+    }
+
+    Result<void> replace(const platform::Place &place, storage::TemporaryFile &temporary, storage::ChangeRecord change,
+        const QByteArray &content)
+    {
+        change.path = storage::recordedPath(m_fileSystem, m_path);
+        change.newSize = content.size();
+        change.written = content;
+        const auto ticket = m_recorder.journal()->begin(change);
+        return ended(ticket, temporary.moveTo(place.name).map([] { return Replaced(); }));
+    }
+
+    /// keepsOld: what has the name goes into the trash.
+    Result<void> create(const platform::Place &place, storage::TemporaryFile &temporary, bool keepsOld)
+    {
+        const auto ticket = m_recorder.beginCreate(m_path, false);
+        return ended(ticket, putInPlace(place, keepsOld, [&](storage::Placing placing) {
+            return placing == storage::Placing::New && keepsOld ? temporary.moveToNew(place.name)
+                                                                : temporary.moveTo(place.name);
+        }));
+    }
+
+    Result<void> ended(const storage::Recorder::Ticket &ticket, const Result<Replaced> &moved)
+    {
+        if (!moved) {
+            m_recorder.failed(ticket, moved.error());
+            return tl::unexpected(moved.error());
+        }
+        m_recorder.done(ticket, m_path, moved->trashed || moved->isLost, moved->trashed);
+        return {};
+    }
+
+    platform::FileSystem &m_fileSystem;
+    const QString m_path;
+    storage::Recorder m_recorder;
+};
 
 } // namespace
 
@@ -114,11 +182,13 @@ QString playListPath()
     return platform::fixedFilePath(unnamedList());
 }
 
-Result<QString> WritePlaylist(
-    platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts, const TagRecord &record)
+Result<QString> WritePlaylist(platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts,
+    const TagRecord &record, storage::Journal *journal)
 {
     const QString path = folder + playlistName(record.Artist, record.Album);
-    return writeList(fileSystem, path, playlistContent(rowTexts, platform::toCodePage)).map([&] { return path; });
+    return ListWriter(fileSystem, path, journal).write(playlistContent(rowTexts, platform::toCodePage)).map([&] {
+        return path;
+    });
 }
 
 Result<void> PlaySelection(platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts,
@@ -126,7 +196,8 @@ Result<void> PlaySelection(platform::FileSystem &fileSystem, const QString &fold
 {
     QStringList lines;
     std::ranges::transform(rowTexts, std::back_inserter(lines), [&](const QString &text) { return folder + text; });
-    auto written = writeList(fileSystem, listPath, playlistContent(lines, platform::toCodePage));
+    // No song and no list of the user's own: nothing to take back.
+    auto written = ListWriter(fileSystem, listPath, nullptr).write(playlistContent(lines, platform::toCodePage));
     open(listPath);
     return written;
 }

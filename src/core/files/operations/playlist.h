@@ -3,6 +3,7 @@
 
 #include "core/files/operations/clsfilefunc.h"
 #include "core/platform/filesystem.h"
+#include "core/storage/journal.h"
 #include "core/tags/record/tagrecord.h"
 
 #include <QByteArray>
@@ -37,9 +38,10 @@ QByteArray playlistContent(const QStringList &rowTexts, const LineEncoder &encod
 QString playListPath();
 
 /// Writes the folder's playlist of rows, in their order, and returns its path. folder ends in the separator; record is
-/// the tag read last. Replaces a list of that name in one step; without rows writes an empty one.
-Result<QString> WritePlaylist(
-    platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts, const TagRecord &record);
+/// the tag read last. Replaces a list of that name in one step, a link of that name by way of the trash; without rows
+/// writes an empty one.
+Result<QString> WritePlaylist(platform::FileSystem &fileSystem, const QString &folder, const QStringList &rowTexts,
+    const TagRecord &record, storage::Journal *journal = nullptr);
 
 /// Opens a file with the user's program for its type.
 using Opener = std::function<void(const QString &path)>;

@@ -4,6 +4,7 @@
 #include "core/files/renaming/renaming.h"
 #include "core/platform/nodes.h"
 #include "core/platform/trash.h"
+#include "core/storage/journal.h"
 
 #include <QSet>
 #include <QString>
@@ -128,6 +129,8 @@ struct TransferReport
 
 /// Carries the plan out. Reports sources and bytes; a stop ends even the copying of a long file. Begins no further
 /// source once the target's drive is full or turns out to be read-only.
-TransferReport runTransfer(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch = {});
+/// journal: see storage::Journal; a move that could only copy is recorded as a copy.
+TransferReport runTransfer(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch = {},
+    storage::Journal *journal = nullptr);
 
 } // namespace ravlin

@@ -5,6 +5,7 @@
 #include "core/platform/fileio.h"
 #include "core/platform/path.h"
 #include "core/storage/leftovers.h"
+#include "core/storage/recorder.h"
 
 #include <QHash>
 
@@ -92,10 +93,11 @@ Error inUsersWords(Error error, const TransferItem &item)
 class Runner
 {
 public:
-    Runner(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch)
-        : m_fileSystem(fileSystem), m_plan(plan), m_stop(watch.stop), m_progress(plan, watch), m_sources(fileSystem),
-          m_targets(fileSystem), m_queue({[this](qint64 bytes) { m_progress.advance(bytes); }, watch.stop},
-                                     moves() ? storage::CopyCheck::Everything : storage::CopyCheck::Ends)
+    Runner(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch, storage::Journal *journal)
+        : m_fileSystem(fileSystem), m_plan(plan), m_stop(watch.stop), m_progress(plan, watch),
+          m_recorder(fileSystem, journal), m_sources(fileSystem), m_targets(fileSystem),
+          m_queue({[this](qint64 bytes) { m_progress.advance(bytes); }, watch.stop},
+              moves() ? storage::CopyCheck::Everything : storage::CopyCheck::Ends)
     {
     }
 
@@ -103,6 +105,7 @@ public:
 
 private:
     bool moves() const { return m_plan.kind == TransferKind::Move; }
+    storage::ChangeKind changeKind() const { return moves() ? storage::ChangeKind::Move : storage::ChangeKind::Copy; }
     void take(const TransferItem &item);
     void takeFree(const TransferItem &item);
     void merge(const TransferItem &item);
@@ -113,6 +116,7 @@ private:
     void copyFolder(const TransferItem &item, const CopiedNode &copied);
     void settle();
     void removeSources(const std::vector<CopyQueue::Settled> &copied);
+    void leave(const TransferItem &item);
     void fail(const TransferItem &item, const Error &error);
     void done(const TransferItem &item, bool isMove, const Replaced &replaced = {});
     void doneExceptSource(const TransferItem &item, const Error &error, const Replaced &replaced = {});
@@ -121,6 +125,8 @@ private:
     const TransferPlan &m_plan;
     const std::stop_token m_stop;
     ProgressCounter m_progress;
+    storage::Recorder m_recorder;
+    QHash<const TransferItem *, storage::Recorder::Ticket> m_tickets; ///< of the items that were begun
     LastFolder m_sources;
     LastFolder m_targets;
     CopyQueue m_queue;
@@ -163,6 +169,7 @@ void Runner::take(const TransferItem &item)
 /// The name is free, or belongs to a file to replace.
 void Runner::takeFree(const TransferItem &item)
 {
+    m_tickets.insert(&item, m_recorder.begin(changeKind(), item.source, item.target));
     if (moves()) {
         const Result<Replaced> renamed = rename(item);
         if (renamed) {
@@ -235,7 +242,7 @@ void Runner::copyOne(const TransferItem &item, const CopiedNode &copied)
         if (m_queue.isFull())
             settle();
         if (m_takesNoMore) {
-            m_report.notDone.append(item.source);
+            leave(item);
             return;
         }
         begun = m_queue.add(copied, &item);
@@ -275,7 +282,7 @@ void Runner::copyFolder(const TransferItem &item, const CopiedNode &copied)
 {
     settle();
     if (m_takesNoMore) {
-        m_report.notDone.append(item.source);
+        leave(item);
         return;
     }
     auto temporary = storage::TemporaryFolder::create(copied.target.folder);
@@ -332,8 +339,16 @@ void Runner::removeSources(const std::vector<CopyQueue::Settled> &copied)
     }
 }
 
+/// Does not take it after all.
+void Runner::leave(const TransferItem &item)
+{
+    m_recorder.failed(m_tickets.take(&item), Error{ErrorCode::Cancelled, item.source, {}});
+    m_report.notDone.append(item.source);
+}
+
 void Runner::fail(const TransferItem &item, const Error &error)
 {
+    m_recorder.failed(m_tickets.take(&item), error);
     if (error.code == ErrorCode::Cancelled) {
         m_report.notDone.append(item.source);
         return;
@@ -345,23 +360,29 @@ void Runner::fail(const TransferItem &item, const Error &error)
 void Runner::done(const TransferItem &item, bool isMove, const Replaced &replaced)
 {
     const auto made = platform::nodeAt(item.target);
+    m_recorder.done(m_tickets.take(&item), item.target, replaced.trashed || replaced.isLost, replaced.trashed);
     m_report.done.push_back({item.source, item.target, isMove, item.node.kind == NodeKind::Folder,
         replaced.trashed || replaced.isLost, replaced.trashed, made ? made->info : platform::FileInfo()});
     if (replaced.isLost && item.clash->hasTrash)
         m_report.lost.append(item.target);
 }
 
+/// Recorded as a copy: that is what it came to.
 void Runner::doneExceptSource(const TransferItem &item, const Error &error, const Replaced &replaced)
 {
+    const auto copy = m_recorder.begin(storage::ChangeKind::Copy, item.source, item.target);
+    m_recorder.failed(m_tickets.take(&item), error);
+    m_tickets.insert(&item, copy);
     done(item, false, replaced);
     m_report.inBothPlaces.push_back({item.source, error});
 }
 
 } // namespace
 
-TransferReport runTransfer(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch)
+TransferReport runTransfer(
+    platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch, storage::Journal *journal)
 {
-    return Runner(fileSystem, plan, watch).run();
+    return Runner(fileSystem, plan, watch, journal).run();
 }
 
 } // namespace ravlin

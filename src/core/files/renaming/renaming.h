@@ -4,6 +4,7 @@
 #include "core/app/progress.h"
 #include "core/platform/filesystem.h"
 #include "core/platform/namecheck.h"
+#include "core/storage/journal.h"
 
 #include <QString>
 #include <QStringList>
@@ -120,11 +121,13 @@ struct RenamingOutcome
 
 /// Carries a plan out. Reports each row in order. A stop takes effect between two rows; names that go round in a ring
 /// are finished first. A row that fails keeps none of the others from being taken.
-RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan &plan, const Watch &watch = {});
+/// journal: see storage::Journal.
+RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan &plan, const Watch &watch = {},
+    storage::Journal *journal = nullptr);
 
 /// Renames the files back. Overwrites nothing: a file whose former name is taken gets a number. Removes the folders
 /// made by the renames if they are empty.
 RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector<RenameDone> &renames,
-    const QStringList &foldersMade, const Watch &watch = {});
+    const QStringList &foldersMade, const Watch &watch = {}, storage::Journal *journal = nullptr);
 
 } // namespace ravlin

@@ -2,6 +2,7 @@
 #include "core/files/renaming/renaming.h"
 #include "core/platform/fileio.h"
 #include "core/platform/path.h"
+#include "core/storage/recorder.h"
 #include "core/storage/saferename.h"
 
 #include <algorithm>
@@ -12,18 +13,26 @@ namespace ravlin {
 namespace {
 
 /// Returns false if it is not empty or can't be removed.
-bool removeEmptyFolder(platform::FileSystem &fileSystem, const QString &path)
+bool removeEmptyFolder(platform::FileSystem &fileSystem, const QString &path, storage::Recorder &recorder)
 {
     const auto place = platform::placeAt(fileSystem, path);
-    return place && place->folder->removeFolder(place->name).has_value();
+    if (!place)
+        return false;
+    const auto ticket = recorder.begin(storage::ChangeKind::Delete, path);
+    const Result<void> removed = place->folder->removeFolder(place->name);
+    if (removed)
+        recorder.done(ticket);
+    else
+        recorder.failed(ticket, removed.error());
+    return removed.has_value();
 }
 
 /// Carries one plan out. Takes the rows in order, but before a row the one whose file still bears its new name.
 class RenamingRun
 {
 public:
-    RenamingRun(platform::FileSystem &fileSystem, const RenamingPlan &plan)
-        : m_fileSystem(fileSystem), m_plan(plan), m_isDone(plan.rows().size(), false)
+    RenamingRun(platform::FileSystem &fileSystem, const RenamingPlan &plan, storage::Journal *journal)
+        : m_fileSystem(fileSystem), m_plan(plan), m_recorder(fileSystem, journal), m_isDone(plan.rows().size(), false)
     {
         m_outcome.rows = plan.rows();
     }
@@ -92,47 +101,72 @@ private:
     void takeOne(std::size_t row)
     {
         m_isDone[row] = true;
-        if (const Result<void> renamed = rename(row, m_outcome.rows[row].from); !renamed)
+        const RenameRow &planned = m_outcome.rows[row];
+        if (const Result<void> made = makeFolderFor(row); !made) {
+            fail(row, made.error());
+            return;
+        }
+        // Where the file system takes both names for the same, it is renamed in two steps.
+        const QString aside = m_plan.occupantOf(row) == row ? storage::asidePath(planned.from) : QString();
+        const auto ticket = m_recorder.begin(storage::ChangeKind::Move, planned.from, planned.path, aside);
+        const Result<void> renamed = storage::renameFile(m_fileSystem, planned.from, planned.path, aside);
+        if (!renamed)
             fail(row, renamed.error());
+        record(ticket, row);
     }
 
-    /// Gives the row its new path. from: where its file is now.
-    Result<void> rename(std::size_t row, const QString &from)
+    void record(const storage::Recorder::Ticket &ticket, std::size_t row)
+    {
+        if (m_outcome.rows[row].error)
+            m_recorder.failed(ticket, *m_outcome.rows[row].error);
+        else
+            m_recorder.done(ticket, m_outcome.rows[row].path);
+    }
+
+    Result<void> makeFolderFor(std::size_t row)
     {
         const RenameRow &planned = m_outcome.rows[row];
-        if (planned.makesFolder) {
-            if (Result<void> made = makeFolderOf(planned.path); !made)
-                return made;
-        }
-        return storage::renameFile(m_fileSystem, from, planned.path);
+        return planned.makesFolder ? makeFolderOf(planned.path) : Result<void>();
     }
 
     /// Moves the first row's file aside, renames the others from the last on, then gives the first one its name. If one
-    /// can't be renamed, all go back to where they were.
+    /// can't be renamed, all go back to where they were. All are recorded before the first step and until the last:
+    /// what an interruption left of the ring goes back as a whole.
     void takeRing(const std::vector<std::size_t> &ring)
     {
-        for (const std::size_t row : ring)
-            m_isDone[row] = true;
         const QString first = m_outcome.rows[ring.front()].from;
         const QString aside = storage::asidePath(first);
+        std::vector<storage::Recorder::Ticket> tickets(ring.size());
+        for (std::size_t i = 0; i < ring.size(); ++i) {
+            m_isDone[ring[i]] = true;
+            const RenameRow &row = m_outcome.rows[ring[i]];
+            tickets[i] = m_recorder.begin(storage::ChangeKind::Move, row.from, row.path, i == 0 ? aside : QString());
+        }
         const auto lock = storage::lockAside(m_fileSystem, first);
         if (const Result<void> moved = storage::renameFile(m_fileSystem, first, aside); !moved) {
             for (const std::size_t row : ring)
                 fail(row, moved.error());
-            return;
+        } else {
+            turn(ring, aside);
         }
+        for (std::size_t i = 0; i < ring.size(); ++i)
+            record(tickets[i], ring[i]);
+        if (m_outcome.rows[ring.front()].path == aside)
+            m_recorder.done(m_recorder.begin(storage::ChangeKind::Move, first, aside), aside);
+    }
+
+    void turn(const std::vector<std::size_t> &ring, const QString &aside)
+    {
         std::vector<std::size_t> renamed;
-        std::optional<Error> error;
-        for (std::size_t i = ring.size(); i > 0 && !error; --i) {
-            const std::size_t row = ring[i - 1];
-            const Result<void> done = rename(row, i == 1 ? aside : m_outcome.rows[row].from);
-            if (done)
-                renamed.push_back(row);
-            else
-                error = done.error();
+        for (std::size_t i = ring.size(); i > 0; --i) {
+            const RenameRow &row = m_outcome.rows[ring[i - 1]];
+            const Result<void> done = storage::renameFile(m_fileSystem, i == 1 ? aside : row.from, row.path);
+            if (!done) {
+                takeBack(ring, renamed, aside, done.error());
+                return;
+            }
+            renamed.push_back(ring[i - 1]);
         }
-        if (error)
-            takeBack(ring, renamed, aside, *error);
     }
 
     void takeBack(const std::vector<std::size_t> &ring, std::vector<std::size_t> renamed, const QString &aside,
@@ -166,7 +200,12 @@ private:
                 break; // the root of a drive that is not there
         }
         for (const QString &next : missing) {
+            const auto ticket = m_recorder.beginCreate(next, true);
             const Result<void> made = m_fileSystem.createFolder(next);
+            if (made)
+                m_recorder.done(ticket, next);
+            else
+                m_recorder.failed(ticket, made.error());
             if (!made && made.error().code != ErrorCode::AlreadyExists) {
                 m_foldersThere.erase(folder);
                 return made;
@@ -181,13 +220,14 @@ private:
     void removeUnused()
     {
         for (qsizetype i = m_outcome.foldersMade.size(); i > 0; --i) {
-            if (removeEmptyFolder(m_fileSystem, m_outcome.foldersMade[i - 1]))
+            if (removeEmptyFolder(m_fileSystem, m_outcome.foldersMade[i - 1], m_recorder))
                 m_outcome.foldersMade.removeAt(i - 1);
         }
     }
 
     platform::FileSystem &m_fileSystem;
     const RenamingPlan &m_plan;
+    storage::Recorder m_recorder;
     RenamingOutcome m_outcome;
     std::vector<bool> m_isDone;
     std::set<QString> m_foldersThere;
@@ -195,13 +235,14 @@ private:
 
 } // namespace
 
-RenamingOutcome runRenaming(platform::FileSystem &fileSystem, const RenamingPlan &plan, const Watch &watch)
+RenamingOutcome runRenaming(
+    platform::FileSystem &fileSystem, const RenamingPlan &plan, const Watch &watch, storage::Journal *journal)
 {
-    return RenamingRun(fileSystem, plan).run(watch);
+    return RenamingRun(fileSystem, plan, journal).run(watch);
 }
 
 RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector<RenameDone> &renames,
-    const QStringList &foldersMade, const Watch &watch)
+    const QStringList &foldersMade, const Watch &watch, storage::Journal *journal)
 {
     std::vector<RenameRow> rows;
     rows.reserve(renames.size());
@@ -209,10 +250,11 @@ RenamingOutcome undoRenaming(platform::FileSystem &fileSystem, const std::vector
         rows.push_back({.from = done.to, .wanted = done.from});
     RenamingPlan plan(fileSystem, std::move(rows));
     plan.answerAll(ClashAnswer::KeepBoth);
-    RenamingOutcome outcome = runRenaming(fileSystem, plan, watch);
+    RenamingOutcome outcome = runRenaming(fileSystem, plan, watch, journal);
+    storage::Recorder recorder(fileSystem, journal);
     QStringList folders = foldersMade;
     while (!folders.isEmpty())
-        removeEmptyFolder(fileSystem, folders.takeLast()); // one that is not empty holds files of others
+        removeEmptyFolder(fileSystem, folders.takeLast(), recorder); // one that is not empty holds files of others
     return outcome;
 }
 
