@@ -144,8 +144,10 @@ QVariant EntryModel::headerData(int section, Qt::Orientation orientation, int ro
 
 Qt::ItemFlags EntryModel::flags(const QModelIndex &index) const
 {
+    if (!index.isValid())
+        return {};
     if (entryAt(index) == nullptr)
-        return Qt::ItemIsEnabled;
+        return Qt::ItemIsEnabled; // a day is a heading
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
 }
 
