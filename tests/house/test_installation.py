@@ -82,7 +82,7 @@ class TestDebianPackage(unittest.TestCase):
     def test_it_needs_the_libraries_that_its_programs_are_linked_with(self):
         needed = {entry.split()[0] for entry in self.fields["Depends"].split(", ")}
         self.assertLessEqual({"libc6", "libqt6core6", "libqt6gui6", "libqt6network6", "libqt6widgets6", "libstdc++6",
-                              "zlib1g"}, needed)
+                              "libsqlite3-0", "zlib1g"}, needed)
         self.assertNotIn("qt6-base-dev", needed)
 
     def test_it_recommends_what_the_program_uses_at_run_time(self):

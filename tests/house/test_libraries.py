@@ -16,12 +16,14 @@ PROGRAMS = Path(os.environ["RAVLIN_BIN_DIR"])
 NAMES = [
     (r"libQt6\w+\.so", "Qt"),
     (r"libz\.so", "zlib"),
+    (r"libsqlite3\.so", "SQLite"),
     (r"lib(stdc\+\+|gcc_s|atomic)\.so", "GCC"),
 ]
 UNNAMED = r"(lib(c|m|pthread|GLX|OpenGL)|ld-linux[\w-]*|lib(a|ub|l|t)san)\.so"
 # What leaves no trace in a program: templates and drawings.
 INVISIBLE = {"tl::expected", "Lucide"}
-LICENCES = {"Qt": "qt", "zlib": "zlib", "GCC": "gcc-libraries", "tl::expected": "expected", "MinGW-w64": "mingw-w64"}
+LICENCES = {"Qt": "qt", "zlib": "zlib", "SQLite": "sqlite", "GCC": "gcc-libraries", "tl::expected": "expected",
+            "MinGW-w64": "mingw-w64"}
 
 
 def linked():

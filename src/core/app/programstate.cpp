@@ -30,11 +30,12 @@ constexpr std::array<ProtectionKey, 4> ProtectionKeys{{{u"cuida campos", &Furthe
     {u"cuida seleccion", &FurtherOptions::keepSelection}, {u"cuida subcarpetas", &FurtherOptions::keepSubfolders},
     {u"cuida papelera", &FurtherOptions::skipTrashFolders}}};
 
-int numberFrom(const QString &text, int fallback)
+/// A number from 1 to most.
+int numberFrom(const QString &text, int most, int fallback)
 {
     bool isNumber = false;
     const int number = text.toInt(&isNumber);
-    return isNumber && number > 0 ? number : fallback;
+    return isNumber && number > 0 ? std::min(number, most) : fallback;
 }
 
 } // namespace
@@ -82,8 +83,9 @@ FurtherOptions FurtherOptions::restored(const Settings &settings)
     options.hiddenColumns = settings.read(HiddenColumnsKey);
     for (const ProtectionKey &protection : ProtectionKeys)
         options.*protection.option = settings.read(protection.key) == QStringLiteral("si");
-    options.historyDays = numberFrom(settings.read(HistoryDaysKey), DefaultHistoryDays);
-    options.historyMegabytes = numberFrom(settings.read(HistoryMegabytesKey), DefaultHistoryMegabytes);
+    options.historyDays = numberFrom(settings.read(HistoryDaysKey), MostHistoryDays, DefaultHistoryDays);
+    options.historyMegabytes =
+        numberFrom(settings.read(HistoryMegabytesKey), MostHistoryMegabytes, DefaultHistoryMegabytes);
     return options;
 }
 

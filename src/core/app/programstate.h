@@ -48,6 +48,8 @@ struct FurtherOptions
     static constexpr int DefaultTagVersion = 3;
     static constexpr int DefaultHistoryDays = 90;
     static constexpr int DefaultHistoryMegabytes = 500;
+    static constexpr int MostHistoryDays = 3650;
+    static constexpr int MostHistoryMegabytes = 1'000'000;
 
     int newTagVersion = DefaultTagVersion; ///< 3 or 4: a file without an ID3v2 tag gets one of ID3v2.3 or 2.4
     bool keepFileTimes = false;            ///< writing a tag keeps the file's modification time

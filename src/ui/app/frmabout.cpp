@@ -34,7 +34,8 @@ constexpr QStringView DatabaseSite = u"https://gnudb.org/";
 /// compiler. Names need no translation.
 QString libraries()
 {
-    return QStringLiteral("Qt %1 (LGPL 3), zlib (zlib), tl::expected (CC0 1.0), Lucide (ISC, MIT), " RAVLIN_RUNTIME)
+    return QStringLiteral("Qt %1 (LGPL 3), zlib (zlib), SQLite (public domain), tl::expected (CC0 1.0), Lucide (ISC, "
+                          "MIT), " RAVLIN_RUNTIME)
         .arg(QLatin1String(qVersion()));
 }
 

@@ -2,7 +2,6 @@
 #include "ui/controls/making.h"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QContextMenuEvent>
 #include <QDialog>
 #include <QKeyEvent>
@@ -21,18 +20,18 @@ namespace {
 class WheelGuard final : public QObject
 {
 public:
-    explicit WheelGuard(QComboBox *list) : QObject(list), m_list(list) {}
+    explicit WheelGuard(QWidget *control) : QObject(control), m_control(control) {}
 
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (event->type() != QEvent::Wheel || m_list->hasFocus())
+        if (event->type() != QEvent::Wheel || m_control->hasFocus())
             return QObject::eventFilter(watched, event);
         event->ignore(); // for the parent to take
         return true;
     }
 
 private:
-    QComboBox *m_list;
+    QWidget *m_control;
 };
 
 class ContextMenuKey final : public QObject
@@ -114,10 +113,10 @@ void keepReadable(QLineEdit *box)
     box->setMinimumWidth(box->minimumSizeHint().width() + Letters * box->fontMetrics().averageCharWidth());
 }
 
-void guardAgainstWheel(QComboBox *list)
+void guardAgainstWheel(QWidget *control)
 {
-    list->setFocusPolicy(Qt::StrongFocus);
-    list->installEventFilter(new WheelGuard(list));
+    control->setFocusPolicy(Qt::StrongFocus);
+    control->installEventFilter(new WheelGuard(control));
 }
 
 void openContextMenusByKey(QObject *application)

@@ -7,7 +7,6 @@
 
 #include <utility>
 
-class QComboBox;
 class QDialog;
 class QLineEdit;
 class QObject;
@@ -42,9 +41,9 @@ void fitToScreen(QDialog *dialog);
 /// Keeps a text box wide enough to show ten letters.
 void keepReadable(QLineEdit *box);
 
-/// Keeps the mouse wheel from changing a drop-down list that merely lies under the pointer: the wheel turns a list only
-/// if it has the keyboard focus, and otherwise scrolls what is around it.
-void guardAgainstWheel(QComboBox *list);
+/// Keeps the mouse wheel from changing a drop-down list or a number that merely lies under the pointer: the wheel turns
+/// it only if it has the keyboard focus, and otherwise scrolls what is around it.
+void guardAgainstWheel(QWidget *control);
 
 /// Makes Shift+F10 open the context menu of the control with the keyboard focus, in every window of the program, as the
 /// menu key does. Keyboards without a menu key rely on it. The filter lives as long as application.

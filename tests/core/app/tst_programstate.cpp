@@ -132,6 +132,33 @@ private Q_SLOTS:
         QCOMPARE(got(), QByteArray("[ini]\nid3v2 version=4\nkeep times=newer only\ndouble click=rate\n"));
     }
 
+    void theLimitsOfTheHistory_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<int>("days");
+        QTest::addColumn<int>("megabytes");
+        QTest::newRow("nothing") << QString() << 90 << 500;
+        QTest::newRow("a number") << u"7"_s << 7 << 7;
+        QTest::newRow("the largest number of days") << u"3650"_s << 3650 << 3650;
+        QTest::newRow("too many days") << u"3651"_s << 3650 << 3651;
+        QTest::newRow("too much") << u"2000000000"_s << 3650 << 1'000'000;
+        QTest::newRow("no day at all") << u"0"_s << 90 << 500;
+        QTest::newRow("less than nothing") << u"-3"_s << 90 << 500;
+        QTest::newRow("no number") << u"many"_s << 90 << 500;
+    }
+    void theLimitsOfTheHistory()
+    {
+        QFETCH(QString, stored);
+        Settings settings(path());
+        settings.write(u"historia dias", stored);
+        settings.write(u"historia megas", stored);
+        const FurtherOptions options = FurtherOptions::restored(settings);
+        QTEST(options.historyDays, "days");
+        QTEST(options.historyMegabytes, "megabytes");
+        options.store(settings);
+        QCOMPARE(settings.read(u"historia dias"), stored);
+    }
+
     void aCommandLineNamesAFolder_data()
     {
         QTest::addColumn<QString>("commandLine");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The lists of the history's window: entries below today, this week and before; files with their values. Foreign text is
-// bounded and on one line, the first cell tells a screen reader the whole row, and 100,000 files cost what the rows on
-// the screen cost.
+// The lists of the history's window: entries below today, this week and before; files with their values. Foreign text
+// is bounded and on one line, the first cell tells a screen reader the whole row, and 100,000 files cost what the rows
+// on the screen cost.
 
 #include "core/app/idiomas.h"
 #include "ui/files/changemodel.h"
@@ -56,8 +56,8 @@ private Q_SLOTS:
     {
         EntryModel model(m_captions);
         const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
-        const QDate firstDay = m_captions.locale().firstDayOfWeek() == Qt::Sunday ? QDate(2026, 11, 22)
-                                                                                 : QDate(2026, 11, 23);
+        const QDate firstDay =
+            m_captions.locale().firstDayOfWeek() == Qt::Sunday ? QDate(2026, 11, 22) : QDate(2026, 11, 23);
         const QDateTime now(firstDay.addDays(2), QTime(15, 0));
         model.setEntries({entry(9, now.addSecs(60)), entry(8, now.addSecs(-60)), entry(7, now.addDays(-1)),
                              entry(6, now.addDays(-30), history::Kind::Rename)},
