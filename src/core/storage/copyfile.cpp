@@ -54,7 +54,7 @@ Result<FileCopy> FileCopy::prepare(
     const auto before = (*source)->info();
     if (!before)
         return tl::unexpected(withPath(before.error(), from.path()));
-    auto temporary = TemporaryFile::create(folder);
+    auto temporary = TemporaryFile::create(folder, watch.journal);
     if (!temporary)
         return tl::unexpected(withPath(temporary.error(), from.path()));
     FileCopy copy(from, std::move(*source), *before, std::move(*temporary));

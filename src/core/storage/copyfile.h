@@ -15,6 +15,7 @@ struct CopyWatch
 {
     std::function<void(qint64 bytes)> advanced = {}; ///< called for every so many bytes more, on the copying thread
     std::stop_token stop = {};
+    Journal *journal = nullptr; ///< told of the temporary file
 };
 
 /// How much of a copy is compared with its source once it is on the disk.

@@ -344,9 +344,9 @@ Result<OpenedFile> openRedo(platform::HeldFolder &folder, const QString &redoNam
     auto file = folder.openFile(redoName, platform::OpenMode::ReadWrite);
     if (!file) {
         const ErrorCode code = file.error().code;
-        if (code == ErrorCode::NotFound || code == ErrorCode::NotAFile || code == ErrorCode::AccessDenied)
-            return OpenedFile();
-        return tl::unexpected(file.error());
+        const bool isNotForUs = code == ErrorCode::NotFound || code == ErrorCode::NotAFile ||
+                                code == ErrorCode::AccessDenied || code == ErrorCode::ReadOnlyDrive;
+        return isNotForUs ? Result<OpenedFile>(OpenedFile()) : tl::unexpected(file.error());
     }
     const auto locked = (*file)->tryLock();
     if (!locked)
@@ -364,18 +364,20 @@ Result<OpenedFile> openRedo(platform::HeldFolder &folder, const QString &redoNam
     return OpenedFile{redoName, std::move(*file), *info};
 }
 
-/// Finishes the overwriting of an own file. True if the redo file has done its duty.
-Result<bool> finishTarget(
+/// Finishes the overwriting of an own file. Gone if the redo file has done its duty.
+Result<RedoState> finishTarget(
     platform::HeldFolder &folder, const OpenedFile &target, bool isOwn, platform::File &redo, const RedoHeader &header)
 {
     const auto state = stateOf(target, redo, header);
     if (!state)
         return tl::unexpected(state.error());
+    if (*state == TargetState::Foreign)
+        return RedoState::Kept;
+    if (*state == TargetState::New || (*state == TargetState::Old && !isOwn))
+        return RedoState::Gone;
     if (!isOwn)
-        return *state == TargetState::Old || *state == TargetState::New;
-    if (*state == TargetState::New || *state == TargetState::Foreign)
-        return true;
-    return rollForward(folder, target, redo, header).map([] { return true; });
+        return RedoState::Pending;
+    return rollForward(folder, target, redo, header).map([] { return RedoState::Gone; });
 }
 
 } // namespace
@@ -405,14 +407,17 @@ Result<RedoState> finishRedo(
     if (!platform::isMp3Name(target->file ? target->name : found.name))
         return RedoState::None; // we make them for no others
     if (!target->file)
-        return targetName.isEmpty() ? discarded() : Result<RedoState>(RedoState::None);
+        return targetName.isEmpty() ? RedoState::Kept : RedoState::None;
     const bool isOwn = target->info.owner == fileSystem.currentUser();
     const auto finished = finishTarget(folder, *target, isOwn, *redo->file, found);
-    if (!finished)
-        return tl::unexpected(finished.error());
-    if (!*finished)
-        return RedoState::Pending;
-    return discarded();
+    return finished && *finished == RedoState::Gone ? discarded() : finished;
+}
+
+Result<RedoState> finishRedo(platform::FileSystem &fileSystem, const QString &folder, const QString &redoName)
+{
+    return fileSystem.openFolder(folder).and_then([&](const std::shared_ptr<platform::HeldFolder> &held) {
+        return isRedoName(redoName) ? finishRedo(fileSystem, *held, redoName) : RedoState::None;
+    });
 }
 
 Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTarget &target, const NewContent &content,
@@ -426,6 +431,9 @@ Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTar
     if (*earlier == RedoState::Pending)
         return failure(ErrorCode::AccessDenied, target.place.path(),
             QStringLiteral("an interrupted save of another user's file has to be finished first"));
+    if (*earlier == RedoState::Kept)
+        return failure(
+            ErrorCode::Interrupted, target.place.path(), QStringLiteral("%1 holds its former contents").arg(redo));
 
     auto temporary = TemporaryFile::create(folder, options.journal);
     if (!temporary)

@@ -52,9 +52,11 @@ Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTar
 
 enum class RedoState
 {
-    None,   ///< there is none that concerns us
-    Gone,   ///< the rewriting is finished, or needs no finishing, and the redo file is removed
-    Pending ///< the file is neither old nor new and is not for us to finish: all stays as it is
+    None,    ///< there is none that concerns us
+    Gone,    ///< the rewriting is finished, or needs no finishing, and the redo file is removed
+    Pending, ///< the file is neither old nor new and is not for us to finish: all stays as it is
+    Kept     ///< the file was changed since, or is not in this folder any more: nobody can tell what it has to become,
+             ///< and the redo file holds all that is left of both contents
 };
 
 /// Finishes the rewriting that a redo file was made for and removes the redo file. ChangedMeanwhile while another
@@ -64,8 +66,10 @@ enum class RedoState
 /// Others may have planted the redo file, or a stranger's archive may have brought it. So it has to be a file of the
 /// current user's alone (File::isPrivate). Its target has to be a plain file of the same folder with the recorded inode
 /// and a name that ends in ".mp3"; each of its bytes has to be the old or the new one. It is finished only if it
-/// belongs to the current user. A file that was changed since is left as it is.
+/// belongs to the current user. A file that was changed since is left as it is, and so is its redo file.
 Result<RedoState> finishRedo(platform::FileSystem &fileSystem, platform::HeldFolder &folder, const QString &redoName,
     const QString &targetName = {});
+/// In the folder that the path leads to now.
+Result<RedoState> finishRedo(platform::FileSystem &fileSystem, const QString &folder, const QString &redoName);
 
 } // namespace ravlin::storage

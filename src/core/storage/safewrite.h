@@ -74,13 +74,19 @@ Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, HeldFile &hel
 Result<WriteOutcome> rewriteFile(platform::FileSystem &fileSystem, const QString &path,
     const platform::FileInfo &before, const std::vector<Segment> &segments, const WriteOptions &options = {});
 
-/// Whether an overwriting under a redo file may have been interrupted for a file in that state. Reads nothing.
-bool mayNeedRecovery(platform::FileSystem &fileSystem, const platform::FileInfo &info);
-
-/// Completes an interrupted overwriting under a redo file (see WriteOutcome::Rewritten), if there is one. Cheap if
-/// there cannot be one. Call before reading a file that may be written afterwards.
-Result<void> recoverFile(platform::FileSystem &fileSystem, const platform::Place &place);
-Result<void> recoverFile(platform::FileSystem &fileSystem, const QString &path);
+/// Completes an interrupted overwriting under a redo file (see WriteOutcome::Rewritten), if there is one beside the
+/// file: one look for a name if there is none. Returns whether there was one. Call before a file is read, copied, moved
+/// or deleted. Interrupted if the file was changed since: it and the redo file stay as they are. info: the file's
+/// state.
+Result<bool> recoverFile(
+    platform::FileSystem &fileSystem, const platform::Place &place, const platform::FileInfo &info);
+/// Follows links.
+Result<bool> recoverFile(platform::FileSystem &fileSystem, const QString &path);
+/// For what the path itself names. No error if nothing has it.
+Result<bool> recoverNamed(platform::FileSystem &fileSystem, const QString &path);
+/// For all files of a folder in which these names were found. Costs nothing if no redo file is among them. True if any
+/// was completed.
+bool recoverFolder(platform::FileSystem &fileSystem, const QString &path, const std::vector<QString> &names);
 
 /// Whether an interrupted write may leave a file of this name behind; no listing shows such files.
 bool isLeftoverName(const QString &fileName);

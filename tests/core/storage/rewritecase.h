@@ -3,6 +3,7 @@
 
 #include "core/platform/scratchfolder.h"
 #include "core/storage/safewrite.h"
+#include "support/fakejournal.h"
 
 #include <unistd.h>
 
@@ -13,17 +14,18 @@ namespace ravlin::test {
 enum class Way
 {
     InPlace,
+    Patched, ///< several blocks, under a record
     Appended,
     Cut,
     Replaced,
     Rewritten
 };
 
-inline constexpr Way AllWays[] = {Way::InPlace, Way::Appended, Way::Cut, Way::Replaced, Way::Rewritten};
+inline constexpr Way AllWays[] = {Way::InPlace, Way::Patched, Way::Appended, Way::Cut, Way::Replaced, Way::Rewritten};
 
 inline const char *nameOf(Way way)
 {
-    constexpr const char *Names[] = {"in place", "appended", "cut", "replaced", "rewritten"};
+    constexpr const char *Names[] = {"in place", "patched", "appended", "cut", "replaced", "rewritten"};
     return Names[static_cast<int>(way)];
 }
 
@@ -46,6 +48,8 @@ public:
         switch (m_way) {
         case Way::InPlace:
             return m_old.left(100) + QByteArray(3000, 'n') + m_old.mid(3100);
+        case Way::Patched:
+            return m_old.left(3000) + QByteArray(9000, 'n') + m_old.mid(12'000, 8900) + QByteArray(100, 'm');
         case Way::Appended:
             return m_old + QByteArray(128, 'n');
         case Way::Cut:
@@ -65,6 +69,9 @@ public:
         case Way::InPlace:
             return {
                 Segment::kept(0, 100), Segment::fresh(QByteArray(3000, 'n')), Segment::kept(3100, m_old.size() - 3100)};
+        case Way::Patched:
+            return {Segment::kept(0, 3000), Segment::fresh(QByteArray(9000, 'n')), Segment::kept(12'000, 8900),
+                Segment::fresh(QByteArray(100, 'm'))};
         case Way::Appended:
             return {Segment::kept(0, m_old.size()), Segment::fresh(QByteArray(128, 'n'))};
         case Way::Cut:
@@ -82,6 +89,8 @@ public:
         switch (m_way) {
         case Way::InPlace:
             return {Segment::fresh(m_old.left(3100)), Segment::kept(3100, m_old.size() - 3100)};
+        case Way::Patched:
+            return {Segment::fresh(m_old)};
         case Way::Appended:
             return {Segment::kept(0, m_old.size())};
         case Way::Cut:
@@ -95,7 +104,20 @@ public:
 
     Result<storage::WriteOutcome> rewriteForward(platform::FileSystem &fileSystem) const
     {
-        return storage::rewriteFile(fileSystem, m_path, infoOf(m_path), forward());
+        return rewrite(fileSystem, forward());
+    }
+    Result<storage::WriteOutcome> rewrite(
+        platform::FileSystem &fileSystem, const std::vector<storage::Segment> &segments) const
+    {
+        FakeJournal journal(m_journalFolder.path(QStringLiteral("journal")));
+        storage::Journal *const used = m_way == Way::Patched ? &journal : nullptr;
+        return storage::rewriteFile(fileSystem, m_path, infoOf(m_path), segments, {.journal = used});
+    }
+    /// What the next start of a program does.
+    bool recover() const
+    {
+        FakeJournal::rollBack(m_journalFolder.path(QStringLiteral("journal")));
+        return storage::recoverFile(platform::FileSystem::native(), m_path).has_value();
     }
     /// Whether the folder holds only the files it began with.
     bool isClean() const { return m_folder.names() == m_names; }
@@ -108,7 +130,8 @@ public:
         const auto isWhole = [this](const QString &name) {
             const QString path = m_folder.path(name);
             return storage::isLeftoverName(name) && infoOf(path).permissions == infoOf(m_path).permissions &&
-                   infoOf(path).permissions != 0600 && ScratchFolder::read(path) == newContent();
+                   infoOf(path).permissions != 0600 &&
+                   (ScratchFolder::read(path) == newContent() || ScratchFolder::read(path) == m_old);
         };
         return names.size() <= 1 && std::all_of(names.begin(), names.end(), isWhole);
     }
@@ -140,6 +163,7 @@ private:
 
     Way m_way;
     ScratchFolder m_folder;
+    ScratchFolder m_journalFolder;
     QByteArray m_old = makeOld();
     QString m_path = m_folder.write(QStringLiteral("song.mp3"), m_old);
     QStringList m_names;

@@ -17,6 +17,7 @@ using namespace ravlin;
 using namespace ravlin::platform;
 using namespace ravlin::storage;
 using namespace ravlin::test;
+using namespace Qt::StringLiterals;
 
 Q_DECLARE_METATYPE(ravlin::test::Way)
 Q_DECLARE_METATYPE(ravlin::test::Fault)
@@ -89,7 +90,10 @@ private Q_SLOTS:
     void recoveringIsItselfSafe();
     void redoIsFinishedByCleaning();
     void redoOfRenamedFileIsFinished();
-    void redoOfChangedFileIsDropped();
+    void redoOfChangedFileIsKept();
+    void redoWithoutItsFileIsKept();
+    void everyWayToTheFileRecoversIt();
+    void redoIsOnTheDiskFirst();
     void damagedRedoIsDropped();
     void redoInUseIsLeftAlone();
     void redoOfAStrangerIsIgnored();
@@ -141,7 +145,7 @@ void TestSafeWriteFaults::everythingFailsFromStepOn()
         faulty.setPlan({.fault = Fault::Fail, .at = step, .forEver = true});
         const auto result = rewriteCase.rewriteForward(faulty);
         QVERIFY(rewriteCase.hasOnlyLeftovers());
-        QVERIFY(recoverFile(native(), rewriteCase.path()));
+        QVERIFY(rewriteCase.recover());
         const QByteArray present = ScratchFolder::read(rewriteCase.path());
         // Reading back and undoing failed too: then a single block can only hold the new content.
         const bool mayBeNew = result || way != Way::Replaced;
@@ -214,7 +218,7 @@ void TestSafeWriteFaults::diesAtEveryStep()
         QCOMPARE(::waitpid(child, &status, 0), child);
         QVERIFY(WIFEXITED(status));
         QVERIFY(rewriteCase.hasOnlyLeftovers());
-        QVERIFY(recoverFile(native(), rewriteCase.path()));
+        QVERIFY(rewriteCase.recover());
         const QByteArray present = ScratchFolder::read(rewriteCase.path());
         QVERIFY(present == rewriteCase.oldContent() || present == rewriteCase.newContent());
         QVERIFY(cleanLeftovers(native(), rewriteCase.folder().path()));
@@ -319,16 +323,86 @@ void TestSafeWriteFaults::redoOfRenamedFileIsFinished()
     QCOMPARE(ScratchFolder::read(renamed), rewriteCase.newContent());
 }
 
-void TestSafeWriteFaults::redoOfChangedFileIsDropped()
+void TestSafeWriteFaults::redoOfChangedFileIsKept()
 {
-    // Another program saved the file after the crash: its content must not be lost.
+    // Another program saved the file after the crash: neither its content nor ours may be lost.
     const RewriteCase rewriteCase(Way::Rewritten);
     leaveRedo(rewriteCase);
     const QByteArray theirs(25'000, 'z');
     rewriteCase.folder().write(QStringLiteral("song.mp3"), theirs);
-    QVERIFY(recoverFile(native(), rewriteCase.path()));
+    const QByteArray redo = ScratchFolder::read(redoPathOf(rewriteCase));
+    QCOMPARE(recoverFile(native(), rewriteCase.path()).error().code, ErrorCode::Interrupted);
+    QCOMPARE(recoverNamed(native(), rewriteCase.path()).error().code, ErrorCode::Interrupted);
+    QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 0);
+    QVERIFY(!recoverFolder(native(), rewriteCase.folder().path(), {redoName(infoOf(rewriteCase.path()).inode)}));
+    const auto saved = rewriteFile(native(), rewriteCase.path(), infoOf(rewriteCase.path()), {Segment::fresh("n")});
+    QCOMPARE(saved.error().code, ErrorCode::Interrupted);
     QCOMPARE(ScratchFolder::read(rewriteCase.path()), theirs);
-    QVERIFY(rewriteCase.isClean());
+    QCOMPARE(ScratchFolder::read(redoPathOf(rewriteCase)), redo);
+}
+
+void TestSafeWriteFaults::redoWithoutItsFileIsKept()
+{
+    // Another program moved the file away, which keeps another link to it half-written.
+    const RewriteCase rewriteCase(Way::Rewritten);
+    leaveRedo(rewriteCase);
+    const QString redoPath = redoPathOf(rewriteCase);
+    const ScratchFolder other;
+    for (const QString &name : {QStringLiteral("song.mp3"), QStringLiteral("second name.mp3")})
+        QVERIFY(QFile::rename(rewriteCase.folder().path(name), other.path(name)));
+    QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 0);
+    QVERIFY(QFile::exists(redoPath));
+    QVERIFY(QFile::rename(other.path(QStringLiteral("song.mp3")), rewriteCase.path()));
+    QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 1);
+    QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+}
+
+void TestSafeWriteFaults::everyWayToTheFileRecoversIt()
+{
+    using Recover = std::function<bool(const RewriteCase &)>;
+    const Recover ways[] = {
+        [](const RewriteCase &at) { return recoverFile(native(), at.path()).value(); },
+        [](const RewriteCase &at) { return recoverNamed(native(), at.path()).value(); },
+        [](const RewriteCase &at) {
+            return recoverNamed(native(), at.folder().path(QStringLiteral("second name.mp3"))).value();
+        },
+        [](const RewriteCase &at) {
+            return recoverFolder(native(), at.folder().path(), native().names(at.folder().path()).value());
+        },
+        [](const RewriteCase &at) {
+            return finishRedo(native(), at.folder().path(), nameOf(redoPathOf(at))).value() == RedoState::Gone;
+        },
+        [](const RewriteCase &at) { // one link is left: no reason not to look
+            QFile::remove(at.folder().path(QStringLiteral("second name.mp3")));
+            return recoverFile(native(), at.path()).value();
+        },
+    };
+    for (const Recover &recover : ways) {
+        const RewriteCase rewriteCase(Way::Rewritten);
+        leaveRedo(rewriteCase);
+        QVERIFY(ScratchFolder::read(rewriteCase.path()) != rewriteCase.newContent());
+        QVERIFY(recover(rewriteCase));
+        QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
+        QVERIFY(!recoverFile(native(), rewriteCase.path()).value());
+    }
+}
+
+void TestSafeWriteFaults::redoIsOnTheDiskFirst()
+{
+    // Of the redo file, then of its name, then the first byte of the song.
+    const RewriteCase rewriteCase(Way::Rewritten);
+    FaultyFileSystem faulty;
+    QString calls;
+    faulty.beforeCall = [&](Call call) {
+        if (call == Call::Replace || call == Call::SyncFolder || call == Call::Sync || call == Call::Copy) {
+            const bool isIntact = ScratchFolder::read(rewriteCase.path()) == rewriteCase.oldContent();
+            calls += call == Call::Replace ? u'R' : call == Call::SyncFolder ? u'F' : call == Call::Sync ? u'S' : u'c';
+            calls += isIntact ? u'.' : u'!';
+        }
+    };
+    QVERIFY(rewriteCase.rewriteForward(faulty));
+    QVERIFY2(calls.contains(u"S.R.F.c."_s), qPrintable(calls));
+    QVERIFY2(calls.indexOf(u'!') > calls.indexOf(u'F'), qPrintable(calls));
 }
 
 void TestSafeWriteFaults::damagedRedoIsDropped()
@@ -427,7 +501,8 @@ void TestSafeWriteFaults::redoCannotLeaveItsFolder()
         }
         QVERIFY(cleanLeftovers(native(), here));
         QCOMPARE(ScratchFolder::read(target), content);
-        QVERIFY(!QFile::exists(redoPath));
+        // One that names no file of its folder is kept: that file may come back.
+        QCOMPARE(QFile::exists(redoPath), name == u"link.mp3"_s);
     }
 }
 

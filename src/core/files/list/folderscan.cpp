@@ -74,6 +74,8 @@ public:
         for (const platform::FolderEntry &entry : *entries) {
             if (isListed(entry))
                 files.names.push_back(entry.name);
+            else if (entry.kind == platform::EntryKind::File) // a save may have been interrupted
+                storage::recoverFolder(platform::FileSystem::native(), folderPath, {entry.name});
             hasAside = hasAside || storage::nameBeforeAside(entry.name).has_value();
         }
         if (hasAside)

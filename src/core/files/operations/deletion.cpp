@@ -5,6 +5,7 @@
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
 #include "core/storage/recorder.h"
+#include "core/storage/safewrite.h"
 
 #include <QSet>
 
@@ -85,6 +86,8 @@ DeletionReport putIntoTrash(const QStringList &paths, const Watch &watch, storag
 {
     storage::Recorder recorder(platform::FileSystem::native(), journal);
     return each(paths, watch, [&](const QString &path, DeletionReport &report) -> Result<void> {
+        if (const auto recovered = storage::recoverNamed(platform::FileSystem::native(), path); !recovered)
+            return tl::unexpected(recovered.error());
         const auto ticket = recorder.begin(storage::ChangeKind::Trash, path);
         const auto trashed = platform::moveToTrash(path);
         if (!trashed) {
@@ -104,6 +107,9 @@ DeletionReport deleteForGood(
     return each(paths, watch, [&](const QString &path, DeletionReport &report) -> Result<void> {
         if (!platform::isPlainName(platform::nameOf(path))) // a whole drive
             return tl::unexpected(Error{ErrorCode::NoOwnName, path, {}});
+        // Another link to the file may stay.
+        if (const auto recovered = storage::recoverNamed(fileSystem, path); !recovered)
+            return tl::unexpected(recovered.error());
         const auto ticket = recorder.begin(storage::ChangeKind::Delete, path);
         const auto removed = platform::placeAt(fileSystem, path).and_then([](const platform::Place &place) {
             return platform::removeTree(*place.folder, place.name);

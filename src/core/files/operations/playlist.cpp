@@ -61,7 +61,7 @@ public:
             return tl::unexpected(Error{ErrorCode::NotAFile, m_path, QStringLiteral("a folder has that name")});
         const bool isFile = present && present->kind == platform::NodeKind::File;
         const quint32 permissions = isFile ? present->info.permissions : platform::newFilePermissions();
-        auto temporary = storage::TemporaryFile::create(place->folder);
+        auto temporary = storage::TemporaryFile::create(place->folder, m_recorder.journal());
         if (!temporary)
             return tl::unexpected(temporary.error());
         const auto written =

@@ -3,6 +3,7 @@
 #include "core/platform/namecheck.h"
 #include "core/platform/path.h"
 #include "core/storage/saferename.h"
+#include "core/storage/safewrite.h"
 
 namespace ravlin {
 
@@ -91,6 +92,7 @@ TransferItem Planner::plan(const QString &source, const QString &target, bool is
     TransferItem item;
     item.source = source;
     item.target = target;
+    const auto recovered = storage::recoverNamed(m_fileSystem, source);
     const auto node = platform::nodeAt(source);
     if (!node) {
         item.error = node.error();
@@ -99,6 +101,9 @@ TransferItem Planner::plan(const QString &source, const QString &target, bool is
     item.node = *node;
     if (isTopLevel)
         item.error = refusal(item);
+    // What it holds may be copied, but moved away it would lose the redo file beside it.
+    if (!recovered && (m_plan.kind == TransferKind::Move || recovered.error().code != ErrorCode::Interrupted))
+        item.error = recovered.error();
     if (item.error)
         return item;
     item.clash = clashOf(item, isTopLevel);
@@ -181,6 +186,7 @@ qint64 Planner::measure(const QString &folder)
 {
     qint64 bytes = 0;
     const auto names = m_fileSystem.names(folder);
+    storage::recoverFolder(m_fileSystem, folder, names.value_or(std::vector<QString>()));
     for (const QString &name : names.value_or(std::vector<QString>())) {
         if (m_stop.stop_requested())
             break;

@@ -96,7 +96,7 @@ public:
     Runner(platform::FileSystem &fileSystem, const TransferPlan &plan, const Watch &watch, storage::Journal *journal)
         : m_fileSystem(fileSystem), m_plan(plan), m_stop(watch.stop), m_progress(plan, watch),
           m_recorder(fileSystem, journal), m_sources(fileSystem), m_targets(fileSystem),
-          m_queue({[this](qint64 bytes) { m_progress.advance(bytes); }, watch.stop},
+          m_queue({[this](qint64 bytes) { m_progress.advance(bytes); }, watch.stop, journal},
               moves() ? storage::CopyCheck::Everything : storage::CopyCheck::Ends)
     {
     }
@@ -112,7 +112,7 @@ private:
     Result<Replaced> rename(const TransferItem &item);
     void copyOne(const TransferItem &item, const CopiedNode &copied);
     Result<CopiedNode> placesOf(const TransferItem &item);
-    static Result<Replaced> copyLinkTo(const TransferItem &item, const CopiedNode &copied);
+    Result<Replaced> copyLinkTo(const TransferItem &item, const CopiedNode &copied);
     void copyFolder(const TransferItem &item, const CopiedNode &copied);
     void settle();
     void removeSources(const std::vector<CopyQueue::Settled> &copied);
@@ -266,7 +266,7 @@ Result<Replaced> Runner::copyLinkTo(const TransferItem &item, const CopiedNode &
     if (!item.replaces())
         return target.folder->copyLink(*source.folder, source.name, target.name).map([] { return Replaced(); });
     // Keep it in a temporary folder until it takes the other's place.
-    const auto temporary = storage::TemporaryFolder::create(target.folder);
+    const auto temporary = storage::TemporaryFolder::create(target.folder, m_recorder.journal());
     if (!temporary)
         return tl::unexpected(temporary.error());
     platform::HeldFolder &between = *temporary->folder();
@@ -285,7 +285,7 @@ void Runner::copyFolder(const TransferItem &item, const CopiedNode &copied)
         leave(item);
         return;
     }
-    auto temporary = storage::TemporaryFolder::create(copied.target.folder);
+    auto temporary = storage::TemporaryFolder::create(copied.target.folder, m_recorder.journal());
     if (!temporary) {
         fail(item, temporary.error());
         return;

@@ -101,10 +101,15 @@ Result<void> TagObject::read()
     if (!file)
         return tl::unexpected(file.error());
     auto info = m_held ? m_held->info() : (*file)->info();
-    if (info && m_held && storage::mayNeedRecovery(m_fileSystem, *info)) {
-        if (Result<void> recovered = storage::recoverFile(m_fileSystem, m_held->place()); !recovered)
-            return recovered;
-        info = (*file)->info();
+    if (info && m_held) {
+        const Result<bool> recovered = storage::recoverFile(m_fileSystem, m_held->place(), *info);
+        // It can be read, but nothing may be built on it before somebody has settled what it is to hold.
+        m_unsettled = !recovered && recovered.error().code == ErrorCode::Interrupted ? std::optional(recovered.error())
+                                                                                     : std::nullopt;
+        if (!recovered && !m_unsettled)
+            return tl::unexpected(recovered.error());
+        if (recovered && *recovered)
+            info = (*file)->info();
     }
     if (!info)
         return tl::unexpected(info.error());
@@ -332,6 +337,8 @@ Result<void> TagObject::checkWritable()
         return tl::unexpected(
             m_held ? Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no file is linked")} : m_held.error());
     Result<void> allowed = checkMp3Name(m_held->place().path());
+    if (allowed && m_unsettled)
+        allowed = tl::unexpected(*m_unsettled);
     if (allowed && isV2Cut()) // fields may be missing; the user has not seen what would be lost
         allowed = tl::unexpected(Error{ErrorCode::TagTooLarge, {}, {}});
     if (allowed && m_content == Content::Checked) {

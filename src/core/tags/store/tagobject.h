@@ -135,6 +135,7 @@ private:
     Result<storage::HeldFile> m_held = tl::unexpected(Error());
     std::unique_ptr<platform::File> m_file;
     platform::FileInfo m_info;
+    std::optional<Error> m_unsettled; ///< why nothing may be written
     std::optional<id3::Tag> m_v2;
     std::optional<QByteArray> m_v1;
     id3::V1Fields m_v1Fields;
