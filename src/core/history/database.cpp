@@ -169,17 +169,17 @@ Result<Database> Database::open(const QString &path, Journal journal)
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     const auto set = database.run(journal == Journal::Wal ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=TRUNCATE")
-                         .and_then([&] { return database.run("PRAGMA synchronous=FULL; PRAGMA foreign_keys=ON"); })
+                         .and_then([&] { return database.run("PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON"); })
                          .and_then([&] { return database.version(); });
     if (!set)
         return tl::unexpected(set.error());
     return database;
 }
 
-Result<Statement> Database::prepare(const char *sql)
+Result<Statement> Database::prepare(const QByteArray &sql)
 {
     sqlite3_stmt *statement = nullptr;
-    const int code = sqlite3_prepare_v2(m_connection.get(), sql, -1, &statement, nullptr);
+    const int code = sqlite3_prepare_v2(m_connection.get(), sql.constData(), -1, &statement, nullptr);
     if (code != SQLITE_OK)
         return failure(m_connection.get(), code);
     return Statement(m_connection.get(), statement);

@@ -67,7 +67,7 @@ public:
     };
     static Result<Database> open(const QString &path, Journal journal = Journal::Wal);
 
-    Result<Statement> prepare(const char *sql);
+    Result<Statement> prepare(const QByteArray &sql);
     /// One or more statements without parameters and rows.
     Result<void> run(const char *sql);
     /// Does the work between BEGIN IMMEDIATE and COMMIT. If it fails, nothing of it is left.

@@ -3,20 +3,26 @@
 
 #include "core/platform/filesystem.h"
 #include "core/storage/journal.h"
+#include "core/storage/leftovers.h"
 
 #include <QString>
 #include <QStringList>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
-#include <stop_token>
+#include <utility>
 #include <vector>
 
 /// The record of all changes to files: what is needed to finish an interrupted one and to take back a finished one. It
 /// is a database in the user's data folder, which all running programs of ours share.
 namespace ravlin::history {
+
+struct Ending;
+struct MovedPath;
+class Store;
 
 /// What an entry stands for. The names in the database and in what the command line prints are those of kindName().
 enum class Kind
@@ -154,15 +160,16 @@ public:
     /// The files of an entry, failed ones too, in the order in which they were taken.
     Result<std::vector<FileRecord>> files(qint64 entry);
 
-    /// The newest entry not yet undone, and the one that a redo would repeat.
+    /// The newest entry whose undo was not tried yet.
     Result<std::optional<Entry>> nextUndo();
+    /// The taking back that was made last and can be taken back itself, for no later change touched its files. It has
+    /// an ID of its own, for the calls below, and else what the entry has that it took back.
     Result<std::optional<Entry>> nextRedo();
     /// Later entries, not undone, that changed files of this one; newest first.
     Result<std::vector<Entry>> laterOnSameFiles(qint64 entry);
 
     /// The changes to undo, the last one first; only of the given files if there are any.
     Result<std::vector<StoredChange>> changesToUndo(qint64 entry, const std::set<qint64> &onlyFiles = {});
-    Result<std::vector<StoredChange>> changesToRedo(qint64 entry);
     /// Where a path of a change is by now, after all later renames and moves that are recorded.
     Result<QString> presentPath(qint64 change, const QString &path);
     /// Opens the taking back of an entry, or its repetition. What is changed from now on, each after reverting(), takes
@@ -170,7 +177,8 @@ public:
     void beginReverting(qint64 entry);
     void reverting(qint64 change);
     /// Closes it. The summary's files are those of the changes that were taken back.
-    Summary endReverting();
+    /// isTried: all of the entry was tried, so that it is not the next to undo any more.
+    Summary endReverting(bool isTried);
 
     /// Forgets everything but what an interrupted change needs.
     Result<void> forgetAll();
@@ -178,10 +186,47 @@ public:
     qint64 size();
 
 private:
-    class Store;
+    /// The open database, if it can be used. isToBeMade: it is created if there is none.
+    Store *store(bool isToBeMade);
+    /// Does the work on the open database in one transaction, together with what is queued.
+    Result<void> change(const std::function<Result<void>(Store &)> &work);
+    /// Runs a query; nothing is found where there is no database.
+    template <typename Found>
+    Result<Found> query(const std::function<Result<Found>(Store &)> &find);
+    Result<void> open();
+    Result<void> setAside();
+    Result<void> flush(Store &store);
+    Result<qint64> currentEntry(Store &store);
+    bool startRun();
+    /// Locks the file of a run that has ended; null if that file is gone. An error while the program still runs.
+    Result<std::unique_ptr<platform::File>> takeOver(const QString &run);
+    void fail(const Error &error);
+    Summary close();
+    void recover(Store &store, const QString &run, Recovery &recovery);
 
+    platform::FileSystem &m_fileSystem;
+    const QString m_path;
     bool m_isRecording = true;
+    qint64 m_mostAge = 0; ///< milliseconds; 0: for ever
+    qint64 m_mostBytes = 0;
     std::unique_ptr<Store> m_store;
+    std::optional<Error> m_problem;
+    std::unique_ptr<storage::TemporaryFile> m_run; ///< locked while this program runs; its name is in what it records
+    QString m_runName;
+    std::vector<Ending> m_endings; ///< not yet in the database
+    std::vector<qint64> m_endedTemporary;
+    bool m_nextIsDurable = false; ///< or a power cut could bring back what has been ended
+
+    // The open entry.
+    bool m_isOpen = false;
+    qint64 m_reverts = 0;   ///< the entry that it takes back
+    qint64 m_reverting = 0; ///< the change that is taken back next
+    Summary m_summary;
+    std::map<Ticket, FileRecord> m_begun;
+    std::set<Ticket> m_durable;              ///< of these, the ones that a power cut would leave pending
+    std::map<qint64, FileRecord> m_toRevert; ///< as the summary shows them
+    std::optional<std::vector<MovedPath>> m_moves;
+    qint64 m_movesSince = 0;
 };
 
 /// An entry of the history around an operation.

@@ -11,5 +11,7 @@ Result<Node> nodeAt(const QString &path);
 bool isTaken(const QString &path);
 /// Whether nothing can be written on the drive that holds the path's folder. False if it can't be told.
 bool isOnReadOnlyDrive(const QString &path);
+/// Whether the path's folder is, or may be, on another computer's drive. False if it can't be told.
+bool isOnNetwork(const QString &path);
 
 } // namespace ravlin::platform

@@ -459,8 +459,8 @@ Result<void> rewriteUnderRedo(platform::FileSystem &fileSystem, const RewriteTar
                 written.error().detail + QStringLiteral("; undoing it failed: ") + undone.error().detail);
         return written;
     }
-    if (options.keepModified)
-        static_cast<void>(target.file.setModified(target.info.modified));
+    if (options.keepModified || options.modified)
+        static_cast<void>(target.file.setModified(options.modified.value_or(target.info.modified)));
     // If it stays after all, recovery finds the file as it should be and does nothing.
     static_cast<void>(discard(*folder, redo, *held));
     return {};

@@ -160,8 +160,8 @@ Result<void> restoreReadOnly(HeldFile &held, Original &original)
 /// Best effort: a time that cannot be set is no reason to undo a save that worked.
 void restoreModified(platform::File &file, const platform::FileInfo &before, const WriteOptions &options)
 {
-    if (options.keepModified)
-        static_cast<void>(file.setModified(before.modified));
+    if (options.keepModified || options.modified)
+        static_cast<void>(file.setModified(options.modified.value_or(before.modified)));
 }
 
 Result<void> writePatches(platform::File &file, const std::vector<Patch> &patches, QByteArray Patch::*bytes)

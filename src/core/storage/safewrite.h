@@ -34,6 +34,7 @@ struct WriteOptions
 {
     ReadOnlyFile readOnlyFile = ReadOnlyFile::Refuse;
     bool keepModified = false;            ///< restore the modification time, if the system allows it
+    std::optional<qint64> modified = {};  ///< the modification time to set instead, in nanoseconds since 1970, UTC
     Journal *journal = nullptr;           ///< where the change is recorded first
     std::vector<ValueChange> values = {}; ///< for the journal
 };

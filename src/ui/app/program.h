@@ -7,6 +7,7 @@
 #include "core/app/settings.h"
 #include "core/files/list/tagcache.h"
 #include "core/files/operations/undo.h"
+#include "core/history/history.h"
 #include "core/naming/sessionchoices.h"
 #include "core/platform/filesystem.h"
 #include "core/tags/store/tagstore.h"
@@ -36,7 +37,8 @@ struct Program
     TagCache tagCache;
     UndoHistory undoHistory;
     platform::FileSystem &fileSystem = platform::FileSystem::native();
-    TagStore tagStore{state, fileSystem};
+    history::History history{fileSystem};
+    TagStore tagStore{state, fileSystem, &history};
 
     PageContext pageContext(PageOwner &owner)
     {

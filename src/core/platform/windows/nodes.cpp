@@ -32,4 +32,13 @@ bool isOnReadOnlyDrive(const QString &path)
            (flags & FILE_READ_ONLY_VOLUME) != 0;
 }
 
+bool isOnNetwork(const QString &path)
+{
+    constexpr DWORD MostLetters = 32768;
+    const NativePath native(path);
+    const auto drive = std::make_unique<wchar_t[]>(MostLetters);
+    return native.isValid() && ::GetVolumePathNameW(native.text(), drive.get(), MostLetters) != 0 &&
+           ::GetDriveTypeW(drive.get()) == DRIVE_REMOTE;
+}
+
 } // namespace ravlin::platform

@@ -1,0 +1,461 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/history/history.h"
+
+#include "core/history/store.h"
+#include "core/platform/path.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QStandardPaths>
+
+#include <array>
+#include <tuple>
+
+namespace ravlin::history {
+namespace {
+
+constexpr qint64 MillisecondsPerDay = 24LL * 60 * 60 * 1000;
+constexpr qint64 BytesPerMegabyte = 1024LL * 1024;
+constexpr qsizetype MostRedo = 100; ///< that are looked at for one whose files are as they were
+constexpr int MostSetAside = 10;
+
+qint64 now()
+{
+    return QDateTime::currentMSecsSinceEpoch();
+}
+
+/// The folder of the database, with those above it.
+Result<void> makeFolder(const QString &path)
+{
+    const QString folder = platform::folderOf(path);
+    if (QDir(folder).exists() || QDir().mkpath(folder))
+        return {};
+    return tl::unexpected(Error{ErrorCode::AccessDenied, folder, QStringLiteral("the folder can't be made")});
+}
+
+} // namespace
+
+QString kindName(Kind kind)
+{
+    constexpr std::array<QStringView, 12> Names{u"single", u"multi", u"extract", u"lookup", u"remove-tags", u"rename",
+        u"rename-folder", u"copy", u"move", u"trash", u"delete", u"playlist"};
+    const auto index = static_cast<std::size_t>(kind);
+    return index < Names.size() ? Names[index].toString() : QString(); // a newer version's
+}
+
+QString History::defaultPath()
+{
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return QDir::toNativeSeparators(folder + QStringLiteral("/ravlin/history.sqlite"));
+}
+
+History::History(platform::FileSystem &fileSystem, QString path) : m_fileSystem(fileSystem), m_path(std::move(path)) {}
+
+History::~History()
+{
+    if (m_store && (!m_endings.empty() || !m_endedTemporary.empty()))
+        std::ignore = change([](Store &) { return Result<void>(); });
+}
+
+void History::setLimits(int days, int megabytes)
+{
+    m_mostAge = days * MillisecondsPerDay;
+    m_mostBytes = megabytes * BytesPerMegabyte;
+}
+
+const std::optional<Error> &History::problem() const
+{
+    return m_problem;
+}
+
+void History::fail(const Error &error)
+{
+    if (!m_problem)
+        m_problem = error;
+    if (!m_summary.problem)
+        m_summary.problem = error;
+}
+
+Result<void> History::setAside()
+{
+    m_store.reset();
+    m_endings.clear();
+    m_endedTemporary.clear();
+    m_summary.entry.id = 0;
+    const auto folder = m_fileSystem.openFolder(platform::folderOf(m_path));
+    if (!folder)
+        return tl::unexpected(folder.error());
+    const QString name = platform::nameOf(m_path);
+    for (const QString &companion : {name + QStringLiteral("-wal"), name + QStringLiteral("-shm")})
+        std::ignore = (*folder)->remove(companion);
+    Result<void> moved;
+    for (int number = 1; number <= MostSetAside; ++number) {
+        const QString aside = QStringLiteral("%1.damaged-%2").arg(name).arg(number);
+        moved = (*folder)->renameNew(name, **folder, aside);
+        if (moved || moved.error().code != ErrorCode::AlreadyExists)
+            break;
+    }
+    return moved;
+}
+
+Result<void> History::open()
+{
+    auto store = makeFolder(m_path).and_then([this] { return Store::open(m_path); });
+    if (!store && store.error().code == ErrorCode::Damaged)
+        store = setAside().and_then([this] { return Store::open(m_path); });
+    if (!store)
+        return tl::unexpected(store.error());
+    m_store = std::move(*store);
+    return {};
+}
+
+Store *History::store(bool isToBeMade)
+{
+    if (m_store)
+        return m_store.get();
+    if (m_path.isEmpty() || (!isToBeMade && !m_fileSystem.info(m_path)))
+        return nullptr;
+    if (const auto opened = open(); !opened) {
+        fail(opened.error());
+        return nullptr;
+    }
+    m_problem.reset();
+    return m_store.get();
+}
+
+Result<void> History::change(const std::function<Result<void>(Store &)> &work)
+{
+    Store *const open = store(true);
+    if (open == nullptr)
+        return tl::unexpected(m_problem.value_or(Error{ErrorCode::NotFound, m_path, {}}));
+    auto done = open->database().transaction([&] { return flush(*open).and_then([&] { return work(*open); }); });
+    if (done) {
+        m_endings.clear();
+        m_endedTemporary.clear();
+        return done;
+    }
+    if (done.error().code == ErrorCode::Damaged)
+        std::ignore = setAside(); // the next change begins a new one
+    fail(done.error());
+    return done;
+}
+
+Result<void> History::flush(Store &store)
+{
+    for (const Ending &ending : m_endings) {
+        if (auto ended = store.end(ending); !ended)
+            return ended;
+    }
+    for (const qint64 id : m_endedTemporary) {
+        if (auto ended = store.removeTemporary(id); !ended)
+            return ended;
+    }
+    return {};
+}
+
+bool History::startRun()
+{
+    if (m_run)
+        return true;
+    if (const auto made = makeFolder(m_path); !made) {
+        fail(made.error());
+        return false;
+    }
+    auto file = storage::TemporaryFile::create(m_fileSystem, platform::folderOf(m_path));
+    if (!file) {
+        fail(file.error());
+        return false;
+    }
+    m_run = std::make_unique<storage::TemporaryFile>(std::move(*file));
+    m_runName = platform::nameOf(m_run->path());
+    return true;
+}
+
+Result<qint64> History::currentEntry(Store &store)
+{
+    if (!m_isRecording || !m_isOpen)
+        return 0;
+    if (m_summary.entry.id != 0)
+        return m_summary.entry.id;
+    return store.addEntry(m_summary.entry.time, m_summary.entry.kind, m_summary.entry.folder, m_reverts);
+}
+
+void History::beginEntry(Kind kind, const QString &folder)
+{
+    std::ignore = recover();
+    m_problem.reset();
+    m_summary = {};
+    m_summary.entry.time = now();
+    m_summary.entry.kind = kind;
+    m_summary.entry.folder = folder;
+    m_isOpen = true;
+    m_reverts = 0;
+    m_reverting = 0;
+}
+
+void History::addFailure(const QString &path, const Error &error)
+{
+    ++m_summary.failedCount;
+    if (static_cast<qsizetype>(m_summary.files.size()) >= Summary::MostFiles)
+        return;
+    FileRecord record;
+    record.state = FileState::Failed;
+    record.path = path;
+    record.error = error;
+    m_summary.files.push_back(std::move(record));
+}
+
+void History::addChangedByOther(const QString &path)
+{
+    m_summary.changedByOthers.append(path);
+}
+
+std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeRecord &record)
+{
+    const bool isReverting = m_reverts != 0;
+    const qint64 reverted = std::exchange(m_reverting, 0);
+    FileRecord shown;
+    shown.change = record.kind;
+    shown.path = record.path;
+    shown.newPath = record.newPath;
+    shown.values = record.values;
+    const bool isDurable = record.way == storage::ContentWay::Patches || m_nextIsDurable;
+    qint64 entry = 0;
+    const auto add = [&](Store &store) {
+        return currentEntry(store)
+            .and_then([&](qint64 id) {
+                entry = id;
+                return store.addChange(id, record, isReverting ? reverted : 0, m_runName);
+            })
+            .map([&](qint64 id) { shown.id = id; });
+    };
+    Store *const open = !m_summary.problem && startRun() ? store(true) : nullptr;
+    if (open != nullptr && isDurable)
+        std::ignore = open->setDurable(true);
+    const bool isRecorded = open != nullptr && change(add).has_value();
+    if (isDurable && m_store)
+        std::ignore = m_store->setDurable(false);
+    if (!isRecorded) {
+        // Without a record it still belongs to what the user is told.
+        ++m_summary.doneCount;
+        shown.id = 0;
+        if (static_cast<qsizetype>(m_summary.files.size()) < Summary::MostFiles)
+            m_summary.files.push_back(std::move(shown));
+        return std::nullopt;
+    }
+    m_nextIsDurable = false;
+    m_summary.entry.id = entry;
+    const Ticket ticket = shown.id;
+    if (isReverting) {
+        if (const auto found = m_toRevert.find(reverted); found != m_toRevert.end())
+            shown = found->second;
+    }
+    if (record.way == storage::ContentWay::Patches)
+        m_durable.insert(ticket);
+    m_begun.emplace(ticket, std::move(shown));
+    return ticket;
+}
+
+void History::end(Ticket ticket, const Result<storage::ChangeDone> &done)
+{
+    auto found = m_begun.extract(ticket);
+    if (found.empty())
+        return;
+    m_nextIsDurable = m_durable.erase(ticket) != 0 || m_nextIsDurable;
+    Ending ending{ticket, std::nullopt};
+    if (done && m_summary.entry.id != 0)
+        ending.done = *done;
+    m_endings.push_back(std::move(ending));
+    if (!done)
+        return;
+    ++m_summary.doneCount;
+    if (static_cast<qsizetype>(m_summary.files.size()) < Summary::MostFiles)
+        m_summary.files.push_back(std::move(found.mapped()));
+}
+
+std::optional<storage::Journal::Ticket> History::beginTemporary(const QString &folder, const QString &name)
+{
+    if (m_summary.problem || !startRun())
+        return std::nullopt;
+    qint64 id = 0;
+    const auto added = change(
+        [&](Store &store) { return store.addTemporary(folder, name, m_runName).map([&](qint64 row) { id = row; }); });
+    return added ? std::optional(id) : std::nullopt;
+}
+
+void History::endTemporary(Ticket ticket)
+{
+    m_endedTemporary.push_back(ticket);
+}
+
+Summary History::close()
+{
+    m_isOpen = false;
+    m_begun.clear();
+    m_toRevert.clear();
+    m_moves.reset();
+    m_reverts = 0;
+    return std::exchange(m_summary, {});
+}
+
+Summary History::endEntry()
+{
+    if (!m_isOpen)
+        return {};
+    m_summary.entry.fileCount = m_summary.doneCount;
+    if (m_store && (m_summary.entry.id != 0 || !m_endings.empty() || !m_endedTemporary.empty())) {
+        std::ignore = change([this](Store &store) -> Result<void> {
+            if (m_summary.entry.id == 0)
+                return {};
+            for (const FileRecord &file : m_summary.files) {
+                if (!file.error)
+                    continue;
+                if (auto added = store.addFailure(m_summary.entry.id, file.path, *file.error); !added)
+                    return added;
+            }
+            return {};
+        });
+    }
+    if (m_store && m_summary.entry.id != 0 && m_mostBytes > 0)
+        std::ignore = change([this](Store &store) { return store.prune(now() - m_mostAge, m_mostBytes); });
+    if (m_summary.doneCount == 0)
+        m_summary.entry.id = 0;
+    return close();
+}
+
+template <typename Found>
+Result<Found> History::query(const std::function<Result<Found>(Store &)> &find)
+{
+    if (!m_endings.empty()) {
+        if (const auto flushed = change([](Store &) { return Result<void>(); }); !flushed)
+            return tl::unexpected(flushed.error());
+    }
+    Store *const open = store(false);
+    if (open == nullptr)
+        return m_problem ? Result<Found>(tl::unexpected(*m_problem)) : Found();
+    auto found = find(*open);
+    if (!found && found.error().code == ErrorCode::Damaged)
+        std::ignore = setAside();
+    return found;
+}
+
+Result<std::vector<Entry>> History::entries(const Query &wanted)
+{
+    return query<std::vector<Entry>>([&](Store &store) { return store.entries(wanted); });
+}
+
+Result<std::optional<Entry>> History::entry(qint64 id)
+{
+    return query<std::optional<Entry>>([&](Store &store) { return store.entry(id); });
+}
+
+Result<std::vector<FileRecord>> History::files(qint64 entry)
+{
+    return query<std::vector<FileRecord>>([&](Store &store) { return store.files(entry); });
+}
+
+Result<std::optional<Entry>> History::nextUndo()
+{
+    return query<std::optional<Entry>>([](Store &store) { return store.nextUndo(); });
+}
+
+Result<std::optional<Entry>> History::nextRedo()
+{
+    return query<std::optional<Entry>>([](Store &store) -> Result<std::optional<Entry>> {
+        const auto candidates = store.reverting(MostRedo);
+        if (!candidates)
+            return tl::unexpected(candidates.error());
+        for (const Entry &candidate : *candidates) {
+            const auto later = store.laterOnSameFiles(candidate.id);
+            if (!later)
+                return tl::unexpected(later.error());
+            if (later->empty())
+                return candidate;
+        }
+        return std::nullopt;
+    });
+}
+
+Result<std::vector<Entry>> History::laterOnSameFiles(qint64 entry)
+{
+    return query<std::vector<Entry>>([&](Store &store) { return store.laterOnSameFiles(entry); });
+}
+
+Result<std::vector<StoredChange>> History::changesToUndo(qint64 entry, const std::set<qint64> &onlyFiles)
+{
+    auto changes = query<std::vector<StoredChange>>([&](Store &store) { return store.changes(entry); });
+    if (changes && !onlyFiles.empty())
+        std::erase_if(*changes, [&](const StoredChange &one) { return !onlyFiles.contains(one.record.id); });
+    return changes;
+}
+
+Result<QString> History::presentPath(qint64 change, const QString &path)
+{
+    if (!m_moves || change < m_movesSince) {
+        auto moves = query<std::vector<MovedPath>>([&](Store &store) { return store.movesSince(change); });
+        if (!moves)
+            return tl::unexpected(moves.error());
+        m_moves = std::move(*moves);
+        m_movesSince = change;
+    }
+    QString present = path;
+    for (const MovedPath &move : *m_moves) {
+        if (move.change <= change)
+            continue;
+        if (present == move.from)
+            present = move.to;
+        else if (move.isFolder && present.startsWith(platform::withEndSeparator(move.from)))
+            present = move.to + present.sliced(move.from.size());
+    }
+    return present;
+}
+
+void History::beginReverting(qint64 entry)
+{
+    const auto files = this->files(entry);
+    beginEntry(Kind::Single, {});
+    m_reverts = entry;
+    const auto original = query<qint64>([&](Store &store) { return store.original(entry); });
+    if (const auto taken = this->entry(original.value_or(entry)); taken && *taken) {
+        m_summary.entry.kind = (*taken)->kind;
+        m_summary.entry.folder = (*taken)->folder;
+    }
+    for (const FileRecord &file : files.value_or(std::vector<FileRecord>()))
+        m_toRevert.emplace(file.id, file);
+}
+
+void History::reverting(qint64 change)
+{
+    m_reverting = change;
+}
+
+Summary History::endReverting(bool isTried)
+{
+    const qint64 entry = m_reverts;
+    m_summary.entry.fileCount = m_summary.doneCount;
+    if (m_store) {
+        std::ignore = change([&](Store &store) -> Result<void> {
+            // Of a repetition the first one is meant.
+            const auto original = store.original(entry);
+            if (!original)
+                return tl::unexpected(original.error());
+            const bool isUndo = *original == entry;
+            return store.setTried(*original, isUndo && isTried).and_then([&] { return store.removeEmpty(); });
+        });
+    }
+    return close();
+}
+
+Result<void> History::forgetAll()
+{
+    if (store(false) == nullptr)
+        return m_problem ? Result<void>(tl::unexpected(*m_problem)) : Result<void>();
+    return change([](Store &store) { return store.forgetAll(); });
+}
+
+qint64 History::size()
+{
+    return query<qint64>([](Store &store) { return store.size(); }).value_or(0);
+}
+
+} // namespace ravlin::history

@@ -1,0 +1,624 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/history/store.h"
+
+#include "core/history/encoding.h"
+#include "core/platform/nodes.h"
+#include "core/platform/path.h"
+
+#include <QCryptographicHash>
+#include <QSet>
+
+namespace ravlin::history {
+namespace {
+
+constexpr int SchemaVersion = 1;
+
+// A change's run is null once it is no longer pending; an entry is null where nothing is recorded for longer than
+// needed.
+constexpr const char *Tables = R"(
+CREATE TABLE entry(id INTEGER PRIMARY KEY AUTOINCREMENT, time INTEGER NOT NULL, kind INTEGER NOT NULL,
+    folder TEXT NOT NULL, reverts INTEGER REFERENCES entry(id) ON DELETE CASCADE, tried INTEGER NOT NULL DEFAULT 0);
+CREATE TABLE change(id INTEGER PRIMARY KEY, entry INTEGER REFERENCES entry(id) ON DELETE CASCADE, run TEXT,
+    kind INTEGER NOT NULL, state INTEGER NOT NULL, path TEXT NOT NULL, newPath TEXT, isFolder INTEGER NOT NULL,
+    beforeSize INTEGER, beforeModified INTEGER, volume INTEGER, inode INTEGER, born INTEGER,
+    way INTEGER, newSize INTEGER, inverse BLOB, digest BLOB, written BLOB, vals TEXT, aside TEXT,
+    afterSize INTEGER, afterModified INTEGER, afterChanged INTEGER, afterInode INTEGER,
+    replaced INTEGER, trashed BLOB, reverts INTEGER, code INTEGER, detail TEXT);
+CREATE INDEX changesOfEntry ON change(entry, state);
+CREATE INDEX entriesReverting ON entry(reverts) WHERE reverts IS NOT NULL;
+CREATE INDEX pendingChanges ON change(run) WHERE run IS NOT NULL;
+CREATE TABLE content(key BLOB PRIMARY KEY, bytes BLOB NOT NULL) WITHOUT ROWID;
+CREATE TABLE piece(change INTEGER NOT NULL REFERENCES change(id) ON DELETE CASCADE, key BLOB NOT NULL,
+    PRIMARY KEY(change, key)) WITHOUT ROWID;
+CREATE TABLE temporary(id INTEGER PRIMARY KEY, run TEXT NOT NULL, folder TEXT NOT NULL, name TEXT NOT NULL);
+)";
+
+constexpr const char *ChangeColumns =
+    "id, kind, state, path, newPath, isFolder, beforeSize, beforeModified, volume, inode, born, inverse, digest, vals, "
+    "afterSize, afterModified, afterChanged, afterInode, replaced, trashed, code, detail";
+constexpr int ChangeColumnCount = 22;
+
+constexpr const char *EntryColumns =
+    "e.id, e.time, e.kind, e.folder, (SELECT count(*) FROM change c WHERE c.entry=e.id AND c.state IN (1,3)), "
+    "(SELECT count(*) FROM change c WHERE c.entry=e.id AND c.state=3)";
+
+QByteArray sqlOf(std::initializer_list<const char *> parts)
+{
+    QByteArray sql;
+    for (const char *part : parts)
+        sql += part;
+    return sql;
+}
+
+/// A text for LIKE that is found anywhere.
+QString anywhere(QString text)
+{
+    for (const QChar special : {u'\\', u'%', u'_'})
+        text.replace(special, QString(u'\\') + special);
+    return u'%' + text + u'%';
+}
+
+template <typename Number>
+void bindUnlessZero(Statement &statement, int index, Number number)
+{
+    if (number == 0)
+        statement.bindNull(index);
+    else
+        statement.bind(index, static_cast<qint64>(number));
+}
+
+FileRecord recordFrom(const Statement &row)
+{
+    FileRecord record;
+    record.id = row.integer(0);
+    record.change = static_cast<storage::ChangeKind>(row.integer(1));
+    record.state = static_cast<FileState>(row.integer(2));
+    record.path = row.text(3);
+    record.newPath = row.text(4);
+    record.values = decodeValues(row.text(13));
+    if (!row.isNull(20))
+        record.error = Error{static_cast<ErrorCode>(row.integer(20)), record.path, row.text(21)};
+    return record;
+}
+
+/// Follows files through later changes and finds out which of these touched them.
+class Pursuit
+{
+public:
+    void add(const QString &path) { m_paths.insert(path); }
+    /// Returns whether the change touched one of the files, other than by giving it another path.
+    bool meets(const FileRecord &change, bool isFolder)
+    {
+        const bool isOurs = m_paths.contains(change.path);
+        if (change.change != storage::ChangeKind::Move)
+            return (isOurs && change.change != storage::ChangeKind::Copy) || m_paths.contains(change.newPath);
+        const bool isReplaced = m_paths.contains(change.newPath);
+        if (isOurs) {
+            m_paths.remove(change.path);
+            m_paths.insert(change.newPath);
+        }
+        if (isFolder)
+            moveBelow(platform::withEndSeparator(change.path), platform::withEndSeparator(change.newPath));
+        return isReplaced;
+    }
+
+private:
+    void moveBelow(const QString &from, const QString &to)
+    {
+        QSet<QString> moved;
+        for (const QString &path : std::as_const(m_paths))
+            moved.insert(path.startsWith(from) ? to + path.sliced(from.size()) : path);
+        m_paths = std::move(moved);
+    }
+
+    QSet<QString> m_paths;
+};
+
+} // namespace
+
+Result<std::unique_ptr<Store>> Store::open(const QString &path)
+{
+    const auto journal = platform::isOnNetwork(path) ? Database::Journal::Rollback : Database::Journal::Wal;
+    auto database = Database::open(path, journal);
+    if (!database)
+        return tl::unexpected(database.error());
+    auto store = std::unique_ptr<Store>(new Store(std::move(*database)));
+    const auto version = store->m_database.version();
+    if (!version)
+        return tl::unexpected(version.error());
+    if (*version > SchemaVersion)
+        return tl::unexpected(Error{ErrorCode::NewerVersion, path, {}});
+    if (*version == 0) {
+        if (auto made = store->makeTables(); !made)
+            return tl::unexpected(made.error());
+    }
+    return store;
+}
+
+Result<void> Store::makeTables()
+{
+    // Another program may be at it.
+    return m_database.run("PRAGMA auto_vacuum=INCREMENTAL").and_then([this] {
+        return m_database.transaction([this]() -> Result<void> {
+            const auto version = m_database.version();
+            if (!version)
+                return tl::unexpected(version.error());
+            if (*version != 0)
+                return {};
+            return m_database.run(Tables).and_then([this] { return m_database.setVersion(SchemaVersion); });
+        });
+    });
+}
+
+Result<Statement *> Store::cached(std::optional<Statement> &statement, const char *sql)
+{
+    if (!statement) {
+        auto prepared = m_database.prepare(sql);
+        if (!prepared)
+            return tl::unexpected(prepared.error());
+        statement = std::move(*prepared);
+    }
+    return &*statement;
+}
+
+Result<qint64> Store::addEntry(qint64 time, Kind kind, const QString &folder, qint64 reverts)
+{
+    auto statement = m_database.prepare("INSERT INTO entry(time, kind, folder, reverts) VALUES(?,?,?,?)");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, time).bind(2, static_cast<qint64>(kind)).bind(3, platform::withEndSeparator(folder));
+    bindUnlessZero(*statement, 4, reverts);
+    return statement->run().map([this] { return m_database.lastId(); });
+}
+
+Result<QByteArray> Store::keepPiece(const QByteArray &piece)
+{
+    auto statement = cached(m_addPiece, "INSERT OR IGNORE INTO content VALUES(?,?)");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    const QByteArray key = QCryptographicHash::hash(piece, QCryptographicHash::Blake2b_256);
+    m_pieces.push_back(key);
+    return (*statement)->bind(1, key).bind(2, piece).run().map([&] { return key; });
+}
+
+Result<void> Store::addPieces(qint64 change)
+{
+    for (const QByteArray &key : std::exchange(m_pieces, {})) {
+        auto statement = cached(m_addUse, "INSERT OR IGNORE INTO piece VALUES(?,?)");
+        if (!statement)
+            return tl::unexpected(statement.error());
+        if (auto added = (*statement)->bind(1, change).bind(2, key).run(); !added)
+            return added;
+    }
+    return {};
+}
+
+Result<qint64> Store::addChange(qint64 entry, const storage::ChangeRecord &change, qint64 reverts, const QString &run)
+{
+    m_pieces.clear();
+    const auto inverse = encodeSegments(change.inverse, [this](const QByteArray &piece) { return keepPiece(piece); });
+    if (!inverse)
+        return tl::unexpected(inverse.error());
+    auto cachedStatement = cached(m_addChange, "INSERT INTO change(entry, run, kind, state, path, newPath, isFolder, "
+                                               "beforeSize, beforeModified, volume, inode, "
+                                               "born, way, newSize, inverse, digest, written, vals, aside, reverts) "
+                                               "VALUES(?,?,?,0,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
+    if (!cachedStatement)
+        return tl::unexpected(cachedStatement.error());
+    Statement &statement = **cachedStatement;
+    const bool isContent = change.kind == storage::ChangeKind::Content;
+    bindUnlessZero(statement, 1, entry);
+    statement.bind(2, run).bind(3, static_cast<qint64>(change.kind)).bind(4, change.path);
+    statement.bind(5, change.newPath.isEmpty() ? QString() : change.newPath).bind(6, change.isFolder ? 1 : 0);
+    statement.bind(7, change.before.size).bind(8, change.before.modified);
+    statement.bind(9, static_cast<qint64>(change.identity.volume));
+    statement.bind(10, static_cast<qint64>(change.identity.inode)).bind(11, change.identity.born);
+    statement.bind(12, static_cast<qint64>(change.way)).bind(13, change.newSize);
+    statement.bind(14, isContent || !inverse->isEmpty() ? *inverse : QByteArray());
+    statement.bind(15, isContent ? digestOf(change.written) : QByteArray());
+    statement.bind(16, change.way == storage::ContentWay::Patches ? change.written : QByteArray());
+    statement.bind(17, encodeValues(change.values)).bind(18, change.aside.isEmpty() ? QString() : change.aside);
+    bindUnlessZero(statement, 19, reverts);
+    if (auto added = statement.run(); !added)
+        return tl::unexpected(added.error());
+    const qint64 id = m_database.lastId();
+    return addPieces(id).map([&] { return id; });
+}
+
+Result<void> Store::addFailure(qint64 entry, const QString &path, const Error &error)
+{
+    auto statement = m_database.prepare(
+        "INSERT INTO change(entry, kind, state, path, isFolder, code, detail) VALUES(?,0,2,?,0,?,?)");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    return statement->bind(1, entry).bind(2, path).bind(3, static_cast<qint64>(error.code)).bind(4, error.detail).run();
+}
+
+Result<void> Store::end(const Ending &ending)
+{
+    if (!ending.done) {
+        auto statement = cached(m_remove, "DELETE FROM change WHERE id=?");
+        return statement ? (*statement)->bind(1, ending.change).run() : tl::unexpected(statement.error());
+    }
+    auto statement =
+        cached(m_end, "UPDATE change SET state=1, run=NULL, written=NULL, aside=NULL, afterSize=?2, afterModified=?3, "
+                      "afterChanged=?4, "
+                      "afterInode=?5, replaced=?6, trashed=coalesce(?7, trashed) WHERE id=?1 RETURNING reverts");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    const storage::ChangeDone &done = *ending.done;
+    const auto bindTo = [&](qint64 change) {
+        (*statement)->bind(1, change).bind(2, done.after.size).bind(3, done.after.modified);
+        (*statement)->bind(4, done.after.changed).bind(5, static_cast<qint64>(done.after.inode));
+        (*statement)->bind(6, done.replaced ? 1 : 0).bind(7, encodeTrashed(done.trashed));
+    };
+    bindTo(ending.change);
+    const auto found = (*statement)->step();
+    if (!found || !*found)
+        return found.map([](bool) {});
+    const qint64 reverted = (*statement)->integer(0);
+    (*statement)->reset();
+    if (reverted == 0)
+        return {};
+    auto undone = m_database.prepare("UPDATE change SET state=3 WHERE id=? RETURNING reverts");
+    if (!undone)
+        return tl::unexpected(undone.error());
+    const auto isThere = undone->bind(1, reverted).step();
+    if (!isThere || !*isThere)
+        return isThere.map([](bool) {});
+    const qint64 repeated = undone->integer(0);
+    undone->reset();
+    if (repeated == 0)
+        return {};
+    // It took back a taking back: what was first is done again, and the two have no more to say.
+    bindTo(repeated);
+    const auto again = (*statement)->step();
+    (*statement)->reset();
+    if (!again)
+        return tl::unexpected(again.error());
+    auto remove = cached(m_remove, "DELETE FROM change WHERE id=?");
+    if (!remove)
+        return tl::unexpected(remove.error());
+    return (*remove)->bind(1, ending.change).run().and_then([&] { return (*remove)->bind(1, reverted).run(); });
+}
+
+Result<qint64> Store::addTemporary(const QString &folder, const QString &name, const QString &run)
+{
+    auto statement = cached(m_addTemporary, "INSERT INTO temporary(run, folder, name) VALUES(?,?,?)");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    return (*statement)->bind(1, run).bind(2, folder).bind(3, name).run().map([this] { return m_database.lastId(); });
+}
+
+Result<void> Store::removeTemporary(qint64 id)
+{
+    auto statement = cached(m_removeTemporary, "DELETE FROM temporary WHERE id=?");
+    return statement ? (*statement)->bind(1, id).run() : tl::unexpected(statement.error());
+}
+
+Result<void> Store::setDurable(bool isOn)
+{
+    return m_database.run(isOn ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+}
+
+Result<std::vector<QString>> Store::runs()
+{
+    auto statement = m_database.prepare("SELECT run FROM change WHERE run IS NOT NULL UNION SELECT run FROM temporary");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    std::vector<QString> runs;
+    for (;;) {
+        const auto row = statement->step();
+        if (!row)
+            return tl::unexpected(row.error());
+        if (!*row)
+            return runs;
+        runs.push_back(statement->text(0));
+    }
+}
+
+Result<StoredChange> Store::changeFrom(const Statement &row, int column)
+{
+    StoredChange change;
+    change.record = recordFrom(row);
+    change.isFolder = row.integer(5) != 0;
+    change.before.size = row.integer(6);
+    change.before.modified = row.integer(7);
+    change.identity = {static_cast<quint64>(row.integer(8)), static_cast<quint64>(row.integer(9)), row.integer(10)};
+    change.digest = row.bytes(12);
+    change.after.size = row.integer(14);
+    change.after.modified = row.integer(15);
+    change.after.changed = row.integer(16);
+    change.after.inode = static_cast<quint64>(row.integer(17));
+    change.replaced = row.integer(18) != 0;
+    change.trashed = decodeTrashed(row.bytes(19));
+    auto inverse = decodeSegments(row.bytes(column), [this](const QByteArray &key) -> Result<QByteArray> {
+        auto find = m_database.prepare("SELECT bytes FROM content WHERE key=?");
+        if (!find)
+            return tl::unexpected(find.error());
+        const auto found = find->bind(1, key).step();
+        if (!found || !*found)
+            return tl::unexpected(
+                found ? Error{ErrorCode::Damaged, {}, QStringLiteral("a piece is missing")} : found.error());
+        return find->bytes(0);
+    });
+    if (!inverse)
+        return tl::unexpected(inverse.error());
+    change.inverse = std::move(*inverse);
+    return change;
+}
+
+Result<std::vector<PendingChange>> Store::pending(const QString &run)
+{
+    auto statement = m_database.prepare(
+        sqlOf({"SELECT ", ChangeColumns, ", way, newSize, written, aside FROM change WHERE run=? ORDER BY id"}));
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, run);
+    std::vector<PendingChange> all;
+    for (;;) {
+        const auto row = statement->step();
+        if (!row)
+            return tl::unexpected(row.error());
+        if (!*row)
+            return all;
+        auto change = changeFrom(*statement, 11);
+        if (!change)
+            return tl::unexpected(change.error());
+        all.push_back({std::move(*change), static_cast<storage::ContentWay>(statement->integer(ChangeColumnCount)),
+            statement->integer(ChangeColumnCount + 1), statement->bytes(ChangeColumnCount + 2),
+            statement->text(ChangeColumnCount + 3)});
+    }
+}
+
+Result<std::vector<TemporaryRow>> Store::temporary(const QString &run)
+{
+    auto statement = m_database.prepare("SELECT id, folder, name FROM temporary WHERE run=?");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, run);
+    std::vector<TemporaryRow> rows;
+    for (;;) {
+        const auto row = statement->step();
+        if (!row)
+            return tl::unexpected(row.error());
+        if (!*row)
+            return rows;
+        rows.push_back({statement->integer(0), statement->text(1), statement->text(2)});
+    }
+}
+
+Result<std::vector<Entry>> Store::entriesOf(Statement &statement)
+{
+    std::vector<Entry> entries;
+    for (;;) {
+        const auto row = statement.step();
+        if (!row)
+            return tl::unexpected(row.error());
+        if (!*row)
+            return entries;
+        entries.push_back({statement.integer(0), statement.integer(1), static_cast<Kind>(statement.integer(2)),
+            platform::withoutEndSeparator(statement.text(3)), statement.integer(4), statement.integer(5)});
+    }
+}
+
+Result<std::vector<Entry>> Store::entries(const Query &query)
+{
+    auto statement = m_database.prepare(sqlOf({"SELECT ", EntryColumns,
+        " FROM entry e WHERE e.reverts IS NULL AND EXISTS(SELECT 1 FROM change c WHERE c.entry=e.id AND c.state IN "
+        "(1,3)) "
+        "AND (?1 IS NULL OR substr(e.folder, 1, length(?1))=?1) AND (?2 IS NULL OR e.time>=?2) "
+        "AND (?3 IS NULL OR EXISTS(SELECT 1 FROM change c WHERE c.entry=e.id AND (c.path LIKE ?3 ESCAPE '\\' "
+        "OR c.newPath LIKE ?3 ESCAPE '\\' OR c.vals LIKE ?4 ESCAPE '\\'))) ORDER BY e.id DESC LIMIT ?5"}));
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, query.folder.isEmpty() ? QString() : platform::withEndSeparator(query.folder));
+    if (query.since)
+        statement->bind(2, *query.since);
+    else
+        statement->bindNull(2);
+    statement->bind(3, query.text.isEmpty() ? QString() : anywhere(query.text));
+    statement->bind(4, query.text.isEmpty() ? QString() : anywhere(withinValues(query.text)));
+    statement->bind(5, static_cast<qint64>(query.limit));
+    return entriesOf(*statement);
+}
+
+Result<std::optional<Entry>> Store::entry(qint64 id)
+{
+    auto statement =
+        m_database.prepare(sqlOf({"SELECT ", EntryColumns, " FROM entry e WHERE e.id=? AND e.reverts IS NULL"}));
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, id);
+    return entriesOf(*statement).map([](const std::vector<Entry> &found) {
+        return found.empty() ? std::nullopt : std::optional(found.front());
+    });
+}
+
+Result<std::vector<FileRecord>> Store::files(qint64 entry)
+{
+    auto statement =
+        m_database.prepare(sqlOf({"SELECT ", ChangeColumns, " FROM change WHERE entry=? AND state<>0 ORDER BY id"}));
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, entry);
+    std::vector<FileRecord> files;
+    for (;;) {
+        const auto row = statement->step();
+        if (!row)
+            return tl::unexpected(row.error());
+        if (!*row)
+            return files;
+        files.push_back(recordFrom(*statement));
+    }
+}
+
+Result<std::optional<Entry>> Store::nextUndo()
+{
+    auto statement = m_database.prepare(sqlOf({"SELECT ", EntryColumns,
+        " FROM entry e WHERE e.reverts IS NULL AND e.tried=0 "
+        "AND EXISTS(SELECT 1 FROM change c WHERE c.entry=e.id AND c.state=1) ORDER BY e.id DESC LIMIT 1"}));
+    if (!statement)
+        return tl::unexpected(statement.error());
+    return entriesOf(*statement).map([](const std::vector<Entry> &found) {
+        return found.empty() ? std::nullopt : std::optional(found.front());
+    });
+}
+
+Result<std::vector<Entry>> Store::reverting(qsizetype limit)
+{
+    auto statement = m_database.prepare(
+        "SELECT r.id, e.time, e.kind, e.folder, (SELECT count(*) FROM change c WHERE c.entry=r.id AND c.state=1), 0 "
+        "FROM entry r JOIN entry e ON e.id=r.reverts WHERE e.reverts IS NULL "
+        "AND EXISTS(SELECT 1 FROM change c WHERE c.entry=r.id AND c.state=1) ORDER BY r.id DESC LIMIT ?");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, static_cast<qint64>(limit));
+    return entriesOf(*statement);
+}
+
+Result<std::vector<Entry>> Store::laterOnSameFiles(qint64 entry)
+{
+    auto statement = m_database.prepare(
+        "SELECT c.entry, c.kind, c.path, c.newPath, c.isFolder, e.reverts IS NOT NULL OR c.state<>1 "
+        "FROM change c JOIN entry e ON e.id=c.entry WHERE c.entry>=? AND c.state IN (1,3) ORDER BY c.id");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, entry);
+    Pursuit pursuit;
+    QSet<qint64> met;
+    for (;;) {
+        const auto row = statement->step();
+        if (!row)
+            return tl::unexpected(row.error());
+        if (!*row)
+            break;
+        FileRecord change;
+        change.change = static_cast<storage::ChangeKind>(statement->integer(1));
+        change.path = statement->text(2);
+        change.newPath = statement->text(3);
+        if (statement->integer(0) == entry) {
+            pursuit.add(change.newPath.isEmpty() ? change.path : change.newPath);
+            continue;
+        }
+        const bool isMet = pursuit.meets(change, statement->integer(4) != 0);
+        const bool isTakenBack = statement->integer(5) != 0;
+        if (isMet && !isTakenBack)
+            met.insert(statement->integer(0));
+    }
+    auto all = entries({});
+    if (all)
+        std::erase_if(*all, [&](const Entry &one) { return !met.contains(one.id); });
+    return all;
+}
+
+Result<std::vector<StoredChange>> Store::changes(qint64 entry)
+{
+    auto statement = m_database.prepare(
+        sqlOf({"SELECT ", ChangeColumns, " FROM change WHERE entry=? AND state=1 ORDER BY id DESC"}));
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, entry);
+    std::vector<StoredChange> changes;
+    for (;;) {
+        const auto row = statement->step();
+        if (!row)
+            return tl::unexpected(row.error());
+        if (!*row)
+            return changes;
+        auto change = changeFrom(*statement, 11);
+        if (!change)
+            return tl::unexpected(change.error());
+        changes.push_back(std::move(*change));
+    }
+}
+
+Result<std::vector<MovedPath>> Store::movesSince(qint64 change)
+{
+    auto statement = m_database.prepare(
+        "SELECT id, path, newPath, isFolder FROM change WHERE kind=? AND state IN (1,3) AND id>? ORDER BY id");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    statement->bind(1, static_cast<qint64>(storage::ChangeKind::Move)).bind(2, change);
+    std::vector<MovedPath> moves;
+    for (;;) {
+        const auto row = statement->step();
+        if (!row)
+            return tl::unexpected(row.error());
+        if (!*row)
+            return moves;
+        moves.push_back({statement->integer(0), statement->text(1), statement->text(2), statement->integer(3) != 0});
+    }
+}
+
+Result<qint64> Store::original(qint64 entry)
+{
+    auto statement = m_database.prepare("SELECT coalesce(reverts, id) FROM entry WHERE id=?");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    return statement->bind(1, entry).step().map([&](bool found) { return found ? statement->integer(0) : entry; });
+}
+
+Result<void> Store::setTried(qint64 entry, bool isTried)
+{
+    auto statement = m_database.prepare("UPDATE entry SET tried=? WHERE id=?");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    return statement->bind(1, isTried ? 1 : 0).bind(2, entry).run();
+}
+
+Result<void> Store::removeEmpty()
+{
+    return m_database.run("DELETE FROM entry WHERE NOT EXISTS(SELECT 1 FROM change c WHERE c.entry=entry.id)");
+}
+
+Result<void> Store::removeUnusedPieces()
+{
+    return m_database.run("DELETE FROM content WHERE key NOT IN (SELECT key FROM piece); PRAGMA incremental_vacuum");
+}
+
+Result<qint64> Store::size()
+{
+    auto statement = m_database.prepare(
+        "SELECT (SELECT page_count FROM pragma_page_count)-(SELECT freelist_count FROM pragma_freelist_count), "
+        "(SELECT page_size FROM pragma_page_size)");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    return statement->step().map([&](bool) { return statement->integer(0) * statement->integer(1); });
+}
+
+Result<void> Store::prune(qint64 oldestTime, qint64 mostBytes)
+{
+    constexpr const char *Newest = "(SELECT max(id) FROM entry WHERE reverts IS NULL)";
+    auto old = m_database.prepare(sqlOf({"DELETE FROM entry WHERE reverts IS NULL AND time<? AND id<", Newest}));
+    auto first =
+        m_database.prepare(sqlOf({"DELETE FROM entry WHERE id=(SELECT min(id) FROM entry WHERE reverts IS NULL)"
+                                  " AND id<",
+            Newest, " RETURNING id"}));
+    if (!old || !first)
+        return tl::unexpected(old ? first.error() : old.error());
+    if (auto removed = old->bind(1, oldestTime).run(); !removed)
+        return removed;
+    for (;;) {
+        const auto now = size();
+        if (!now || *now <= mostBytes)
+            return now.map([](qint64) {});
+        const auto gone = first->step();
+        first->reset();
+        if (!gone || !*gone)
+            return gone.map([](bool) {});
+        if (auto removed = removeUnusedPieces(); !removed)
+            return removed;
+    }
+}
+
+Result<void> Store::forgetAll()
+{
+    // What is being changed right now must still be finished after a crash.
+    return m_database
+        .run("UPDATE change SET entry=NULL WHERE run IS NOT NULL; DELETE FROM entry; "
+             "DELETE FROM change WHERE run IS NULL")
+        .and_then([this] { return removeUnusedPieces(); });
+}
+
+} // namespace ravlin::history
