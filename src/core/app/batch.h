@@ -16,7 +16,7 @@ namespace ravlin {
 enum class OnFailure
 {
     GoOn, ///< the row counts as failed, the next is taken
-    End   ///< no further row is taken, unless the program itself refused the file (isRefusal)
+    End   ///< no further row is taken, unless the program itself refused the file (isRefusal) or a value (NotStorable)
 };
 
 enum class OnCancelled

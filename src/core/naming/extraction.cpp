@@ -52,6 +52,14 @@ Step takeStep(QStringView &pattern, qsizetype percent)
 
 bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &record)
 {
+    TagEdits edits;
+    const bool isMatched = MatchNameToPattern(name, pattern, edits);
+    record = edits.appliedTo(std::move(record));
+    return isMatched;
+}
+
+bool MatchNameToPattern(const QString &name, const QString &pattern, TagEdits &edits)
+{
     QStringView patternLeft = pattern;
     QStringView nameLeft = name;
     for (qsizetype percent = patternLeft.indexOf(u'%'); percent >= 0; percent = patternLeft.indexOf(u'%')) {
@@ -66,7 +74,7 @@ bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &
         if (end < 0)
             return false;
         if (step.field)
-            record.*(step.field) = platform::withoutControls(nameLeft.first(end).toString());
+            edits.set(step.field, platform::withoutControls(nameLeft.first(end).toString()));
         nameLeft = nameLeft.sliced(end);
     }
     return true;
@@ -77,31 +85,43 @@ Result<Extraction> prepareExtraction(const QString &path, const QString &pattern
     Result<TagRecord> record = store.readForSaving(path);
     if (!record)
         return tl::unexpected(record.error());
-    Extraction extraction{*record, *record};
-    extraction.isMatched = MatchNameToPattern(nameAsText(bareName(path)), pattern, extraction.record);
+    Extraction extraction;
+    extraction.present = *record;
+    extraction.isMatched = MatchNameToPattern(nameAsText(bareName(path)), pattern, extraction.edits);
+    extraction.record = (store.savesOnlyEdited() ? extraction.edits.storable() : extraction.edits).appliedTo(*record);
     return extraction;
 }
+
+namespace {
+
+/// The record that was saved; nothing if the name does not fit.
+Result<std::optional<TagRecord>> extract(const QString &path, const QString &pattern, TagStore &store)
+{
+    TagEdits edits;
+    if (!MatchNameToPattern(nameAsText(bareName(path)), pattern, edits))
+        return store.readForSaving(path).map([](const TagRecord &) { return std::optional<TagRecord>(); });
+    return store.save(path, [&](const TagRecord &) { return edits; }).map([](TagRecord &&record) {
+        return std::optional(std::move(record));
+    });
+}
+
+} // namespace
 
 ExtractionOutcome runExtraction(const QStringList &paths, const QString &pattern, TagStore &store,
     const ProgramState &state, const ProgressReport &progress, const RecordSaved &saved)
 {
     constexpr BatchPolicy PassingOverFailures{OnFailure::GoOn, OnCancelled::StopTaking};
     std::vector<bool> isWritten;
-    const auto extract = [&](const QString &path) -> Result<void> {
-        isWritten.push_back(false);
-        const Result<Extraction> extraction = prepareExtraction(path, pattern, store);
-        if (!extraction)
-            return tl::unexpected(extraction.error());
-        if (!extraction->isMatched)
-            return {};
-        if (Result<void> save = store.SaveTag(path, extraction->record); !save)
-            return save;
-        isWritten.back() = true;
-        if (saved)
-            saved(path, extraction->record);
+    const auto take = [&](const QString &path) -> Result<void> {
+        const Result<std::optional<TagRecord>> record = extract(path, pattern, store);
+        isWritten.push_back(record ? record->has_value() : record.error().code == ErrorCode::NotStorable);
+        if (!record)
+            return tl::unexpected(record.error());
+        if (saved && *record)
+            saved(path, **record);
         return {};
     };
-    BatchOutcome rows = runBatch(paths, state, progress, extract, PassingOverFailures);
+    BatchOutcome rows = runBatch(paths, state, progress, take, PassingOverFailures);
     return {std::move(rows), std::move(isWritten)};
 }
 

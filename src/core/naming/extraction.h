@@ -4,6 +4,7 @@
 #include "core/app/batch.h"
 #include "core/platform/error.h"
 #include "core/tags/record/tagrecord.h"
+#include "core/tags/store/tagedits.h"
 
 #include <QString>
 #include <QStringList>
@@ -24,12 +25,15 @@ class TagStore;
 /// text there the last placeholder takes the rest. A pattern without placeholders fits every name. If the match fails,
 /// the fields before that place are filled all the same. Values lose control characters.
 bool MatchNameToPattern(const QString &name, const QString &pattern, TagRecord &record);
+/// The same as edits; false leaves those before the place where the match failed.
+bool MatchNameToPattern(const QString &name, const QString &pattern, TagEdits &edits);
 
 /// One file's extraction before it is written.
 struct Extraction
 {
     TagRecord present;      ///< the file's own tag
     TagRecord record;       ///< the same with the values from the name
+    TagEdits edits;         ///< these values
     bool isMatched = false; ///< whether it would be written
 };
 
@@ -40,8 +44,8 @@ Result<Extraction> prepareExtraction(const QString &path, const QString &pattern
 struct ExtractionOutcome
 {
     BatchOutcome rows;
-    /// For each row that was processed: whether the file was written. False for one that failed and for one whose name
-    /// does not fit the pattern, which counts as done.
+    /// For each row that was processed: whether the file was written. False for one that failed, unless only a value
+    /// was left out (NotStorable), and for one whose name does not fit the pattern, which counts as done.
     std::vector<bool> isWritten;
 };
 

@@ -3,7 +3,6 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/showntext.h"
-#include "core/tags/record/genres.h"
 
 #include <algorithm>
 #include <array>
@@ -40,17 +39,6 @@ QString nameOf(QString TagRecord::*field, const Captions &captions)
 
 } // namespace
 
-bool isWritable(QString TagRecord::*field, const QString &text)
-{
-    if (text.isEmpty())
-        return true;
-    if (field == &TagRecord::Year)
-        return isWritableYear(text);
-    if (field == &TagRecord::Track)
-        return isWritableTrack(text);
-    return field != &TagRecord::Genre || GenreNameToNumber(text) != GenreNone;
-}
-
 std::vector<LostField> lostFields(const TagRecord &present, const TagRecord &wanted)
 {
     std::vector<LostField> lost;
@@ -61,6 +49,19 @@ std::vector<LostField> lostFields(const TagRecord &present, const TagRecord &wan
             lost.push_back({field, text, isPresent});
         else if (text.isEmpty() && isPresent)
             lost.push_back({field, {}, true});
+    }
+    return lost;
+}
+
+std::vector<LostField> lostByEdits(const TagRecord &present, const TagEdits &edits)
+{
+    std::vector<LostField> lost;
+    for (const FieldName &each : Fields) {
+        const QString *text = edits.text(each.field);
+        if (text == nullptr || *text == present.*each.field)
+            continue;
+        if (text->isEmpty() || !isStorable(each.field, *text))
+            lost.push_back({each.field, *text, text->isEmpty()});
     }
     return lost;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/tags/record/tagrecord.h"
+#include "core/tags/store/tagedits.h"
 
 #include <QString>
 #include <QStringList>
@@ -21,11 +22,10 @@ struct LostField
     bool isRemoved = false; ///< the file has a value there, which goes
 };
 
-/// Whether a save writes the text into the field. An empty one always counts as written: it removes the field.
-bool isWritable(QString TagRecord::*field, const QString &text);
-
 /// The fields that a save of the wanted record drops or removes. present: what the file has.
 std::vector<LostField> lostFields(const TagRecord &present, const TagRecord &wanted);
+/// The same of a save that leaves alone what was not edited: texts that can't be stored, and fields that they remove.
+std::vector<LostField> lostByEdits(const TagRecord &present, const TagEdits &edits);
 
 /// A sentence with the reason for each text that is not saved, then one that names the fields removed.
 QStringList remarksAbout(const std::vector<LostField> &lost, const Captions &captions);

@@ -4,9 +4,22 @@
 #include "core/naming/sessionchoices.h"
 #include "core/tags/store/tagstore.h"
 
+#include <array>
+
 namespace ravlin {
 
 namespace {
+
+struct Tick
+{
+    bool MultiEditPage::*sets;
+    TagEdits::Field field;
+};
+
+constexpr std::array Ticks{Tick{&MultiEditPage::setsArtist, &TagRecord::Artist},
+    Tick{&MultiEditPage::setsAlbum, &TagRecord::Album}, Tick{&MultiEditPage::setsYear, &TagRecord::Year},
+    Tick{&MultiEditPage::setsGenre, &TagRecord::Genre}, Tick{&MultiEditPage::setsComment, &TagRecord::Comment},
+    Tick{&MultiEditPage::setsTrack, &TagRecord::Track}};
 
 /// The number that a run starts with.
 qint64 firstTrack(const QString &text)
@@ -36,53 +49,65 @@ void MultiEditPage::takeConversions(const SessionChoices &choices)
 
 MultiEdit::MultiEdit(MultiEditPage page) : m_page(std::move(page)), m_nextTrack(firstTrack(m_page.boxes.Track)) {}
 
-void MultiEdit::convert(ConversionKind kind, ConversionChoice choice, TagRecord &record)
+/// The texts after both conversions.
+TagRecord MultiEdit::converted(TagRecord record) const
 {
-    TagRecord &boxes = m_page.boxes;
-    for (QString *text :
-        {&boxes.Artist, &boxes.Album, &boxes.Comment, &record.Title, &record.Artist, &record.Album, &record.Comment})
-        *text = applyConversion(kind, choice, *text);
+    for (QString *text : {&record.Title, &record.Artist, &record.Album, &record.Comment}) {
+        *text = applyConversion(ConversionKind::Case, m_page.letterCase, *text);
+        *text = applyConversion(ConversionKind::Replace, m_page.replacement, *text);
+    }
+    return record;
 }
 
-void MultiEdit::applyBoxes(TagRecord &record, qint64 track) const
+/// What the page does to a file that has that.
+TagEdits MultiEdit::edits(const TagRecord &present, bool changesBoxes)
 {
-    const TagRecord &boxes = m_page.boxes;
-    if (m_page.setsArtist)
-        record.Artist = boxes.Artist;
-    if (m_page.setsAlbum)
-        record.Album = boxes.Album;
-    if (m_page.setsYear)
-        record.Year = boxes.Year;
-    if (m_page.setsGenre)
-        record.Genre = boxes.Genre;
-    if (m_page.setsComment)
-        record.Comment = boxes.Comment;
-    if (m_page.setsTrack)
-        record.Track = QString::number(track);
+    TagEdits edits = TagEdits::between(present, converted(present));
+    TagRecord boxes = converted(m_page.boxes);
+    if (changesBoxes)
+        m_page.boxes = boxes;
+    boxes.Track = QString::number(m_nextTrack);
+    for (const auto &[sets, field] : Ticks) {
+        if (m_page.*sets)
+            edits.set(field, boxes.*field);
+    }
+    return edits;
+}
+
+/// A file that is no song gets no number, so the next one gets it.
+void MultiEdit::countTrack(const Result<TagRecord> &taken)
+{
+    if (taken || !isRefusal(taken.error().code) || taken.error().code == ErrorCode::TagTooLarge)
+        ++m_nextTrack;
 }
 
 Result<TagRecord> MultiEdit::prepare(const QString &path, const TagStore &store)
 {
     Result<TagRecord> record = store.readForSaving(path);
-    if (!record && isRefusal(record.error().code) && record.error().code != ErrorCode::TagTooLarge)
-        return record; // it is no song, so the next one gets the number
-    const qint64 track = m_nextTrack++;
-    if (!record)
-        return record;
-    convert(ConversionKind::Case, m_page.letterCase, *record);
-    convert(ConversionKind::Replace, m_page.replacement, *record);
-    applyBoxes(*record, track);
+    if (record) {
+        const TagEdits edits = this->edits(*record, !store.savesOnlyEdited());
+        record = (store.savesOnlyEdited() ? edits.storable() : edits).appliedTo(*record);
+    }
+    countTrack(record);
     return record;
 }
 
 Result<TagRecord> MultiEdit::edit(const QString &path, TagStore &store)
 {
-    Result<TagRecord> record = prepare(path, store);
-    if (!record)
-        return record;
-    if (Result<void> saved = store.SaveTag(path, *record); !saved)
-        return tl::unexpected(saved.error());
+    const auto make = [&](const TagRecord &present) { return edits(present, !store.savesOnlyEdited()); };
+    Result<TagRecord> record = store.save(path, make);
+    countTrack(record);
     return record;
+}
+
+std::optional<TagEdits::Field> MultiEdit::fieldNotStorable(const TagStore &store) const
+{
+    TagEdits texts;
+    for (const auto &[sets, field] : Ticks) {
+        if (m_page.*sets && field != &TagRecord::Track)
+            texts.set(field, m_page.boxes.*field);
+    }
+    return store.savesOnlyEdited() ? ravlin::fieldNotStorable(texts) : std::nullopt;
 }
 
 BatchOutcome runMultiEdit(const QStringList &paths, MultiEdit &edit, TagStore &store, const ProgramState &state,

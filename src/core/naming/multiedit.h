@@ -5,9 +5,12 @@
 #include "core/naming/conversion.h"
 #include "core/platform/error.h"
 #include "core/tags/record/tagrecord.h"
+#include "core/tags/store/tagedits.h"
 
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 /// Writes chosen fields into the tags of many files.
 namespace ravlin {
@@ -37,7 +40,8 @@ struct MultiEditPage
 };
 
 /// One run over file after file. The conversions apply to the boxes' texts too, ticked or not, once for each file:
-/// their result for one file is the input for the next, and what the boxes show at the end.
+/// their result for one file is the input for the next, and what the boxes show at the end. While
+/// TagStore::savesOnlyEdited(), the boxes stay, and only what is ticked or converted is written.
 class MultiEdit
 {
 public:
@@ -46,15 +50,19 @@ public:
     /// The next file's tag as the run would save it. Fails if the tag cannot be read or may not be written: the boxes
     /// then stay as they are, but a song that fails uses up its track number.
     Result<TagRecord> prepare(const QString &path, const TagStore &store);
-    /// Also saves it. Returns what was saved, or the errors of TagStore::SaveTag.
+    /// Also saves it. Returns what was saved, or the errors of TagStore::save.
     Result<TagRecord> edit(const QString &path, TagStore &store);
+    /// Which of the ticked boxes has a text that no tag can hold, if a run would refuse it. The running number is not
+    /// looked at.
+    std::optional<TagEdits::Field> fieldNotStorable(const TagStore &store) const;
 
     /// The page with its boxes as converted so far.
     const MultiEditPage &page() const { return m_page; }
 
 private:
-    void convert(ConversionKind kind, ConversionChoice choice, TagRecord &record);
-    void applyBoxes(TagRecord &record, qint64 track) const;
+    TagEdits edits(const TagRecord &present, bool changesBoxes);
+    TagRecord converted(TagRecord record) const;
+    void countTrack(const Result<TagRecord> &taken);
 
     MultiEditPage m_page;
     qint64 m_nextTrack;

@@ -51,7 +51,8 @@ PreviewRow previewExtraction(const QString &path, const QString &pattern, const 
     row.isLongName = isLongName(row.name);
     row.isUntouched = !extraction->isMatched;
     if (extraction->isMatched)
-        row.lost = lostFields(extraction->present, row.record);
+        row.lost = store.savesOnlyEdited() ? lostByEdits(extraction->present, extraction->edits)
+                                           : lostFields(extraction->present, row.record);
     return row;
 }
 

@@ -7,16 +7,25 @@
 
 namespace ravlin {
 
+TagEdits discEdits(const DiscFields &disc, const DiscRow &row, bool onlyChosen)
+{
+    TagEdits edits;
+    const auto set = [&](TagEdits::Field field, const QString &text, bool isKeptWhenEmpty) {
+        if (!text.isEmpty() || !isKeptWhenEmpty)
+            edits.set(field, text);
+    };
+    set(&TagRecord::Track, row.track, onlyChosen);
+    set(&TagRecord::Title, row.title, onlyChosen);
+    set(&TagRecord::Artist, disc.artist, onlyChosen);
+    set(&TagRecord::Album, disc.album, onlyChosen);
+    set(&TagRecord::Year, disc.year, true);
+    set(&TagRecord::Genre, disc.genre, true);
+    return edits;
+}
+
 void applyDisc(TagRecord &record, const DiscFields &disc, const DiscRow &row)
 {
-    record.Track = row.track;
-    record.Title = row.title;
-    record.Artist = disc.artist;
-    record.Album = disc.album;
-    if (!disc.year.isEmpty())
-        record.Year = disc.year;
-    if (!disc.genre.isEmpty())
-        record.Genre = disc.genre;
+    record = discEdits(disc, row, false).appliedTo(std::move(record));
 }
 
 BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc, TagStore &tagStore,
@@ -28,11 +37,8 @@ BatchOutcome saveDisc(const std::vector<DiscFile> &files, const DiscFields &disc
     size_t next = 0; // count, since the same path may be there twice
     const auto save = [&](const QString &path) -> Result<void> {
         const DiscRow &row = files[next++].row;
-        Result<TagRecord> record = tagStore.readForSaving(path);
-        if (!record)
-            return tl::unexpected(record.error());
-        applyDisc(*record, disc, row);
-        return tagStore.SaveTag(path, *record);
+        const TagEdits edits = discEdits(disc, row, tagStore.savesOnlyEdited());
+        return tagStore.save(path, [&](const TagRecord &) { return edits; }).map([](const TagRecord &) {});
     };
     return runBatch(paths, state, progress, save, {OnFailure::GoOn, OnCancelled::StopTaking});
 }

@@ -3,6 +3,7 @@
 
 #include "core/app/batch.h"
 #include "core/tags/record/tagrecord.h"
+#include "core/tags/store/tagedits.h"
 
 #include <QString>
 #include <QStringList>
@@ -30,6 +31,9 @@ struct DiscRow
     QString title;
 };
 
+/// What a disc's data change. onlyChosen: an empty artist, album or title changes nothing either, and without a track
+/// neither does the track.
+TagEdits discEdits(const DiscFields &disc, const DiscRow &row, bool onlyChosen);
 /// Puts a disc's data into a file's tag. Other fields stay.
 void applyDisc(TagRecord &record, const DiscFields &disc, const DiscRow &row);
 

@@ -30,6 +30,11 @@ bool hasValue(const Frame &frame, const FieldEdit &edit)
     }
 }
 
+std::string_view view(const QByteArray &bytes)
+{
+    return {bytes.constData(), static_cast<size_t>(bytes.size())};
+}
+
 QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, int majorVersion)
 {
     switch (kind) {
@@ -44,8 +49,12 @@ QByteArray frameBody(FrameKind kind, const FieldEdit &edit, const Frame *old, in
     default:
         break;
     }
-    const bool several = old && old->valueCount > 1 && kind != FrameKind::Year;
-    return encodeTextBody(several ? edit.text.split(ValueSeparator.toString()) : QStringList{edit.text}, majorVersion);
+    const QByteArray one = encodeTextBody({edit.text}, majorVersion);
+    if (!old || old->valueCount < 2 || kind == FrameKind::Year)
+        return one;
+    // A frame of several values keeps several, if they read as the text: empty ones at the end don't count.
+    const QByteArray several = encodeTextBody(edit.text.split(ValueSeparator.toString()), majorVersion);
+    return decodeTextBody(view(several)).text == decodeTextBody(view(one)).text ? several : one;
 }
 
 /// A whole frame with that body. It keeps the status flags of the frame that it replaces.
@@ -80,11 +89,10 @@ Result<QByteArray> buildFrame(FrameKind kind, QByteArray body, const Frame *old,
 /// each save would write such a frame anew.
 bool readsAs(const Frame &frame, FrameKind kind, const QByteArray &body)
 {
-    const std::string_view bytes(body.constData(), static_cast<size_t>(body.size()));
     CommentBody comment;
     if (kind == FrameKind::Comment)
-        return decodeCommentBody(bytes, comment) && comment.text == frame.text;
-    return decodeTextBody(bytes).text == frame.text;
+        return decodeCommentBody(view(body), comment) && comment.text == frame.text;
+    return decodeTextBody(view(body)).text == frame.text;
 }
 
 /// Adds to the plan what one edit does.
@@ -101,7 +109,8 @@ Result<void> planEdit(FramePlan &plan, const TagHeader &header, const Tag *tag, 
         return {};
     if (tag && (edit.remove || kind != FrameKind::Comment)) {
         for (const Frame &frame : tag->frames()) {
-            if (frame.kind == kind && !frame.isPrivateComment())
+            const bool isSpared = edit.isShownOnly && shown && frame.description != shown->description;
+            if (frame.kind == kind && !frame.isPrivateComment() && !isSpared)
                 plan.replaced[&frame] = QByteArray();
         }
     }

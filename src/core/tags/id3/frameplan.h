@@ -14,6 +14,8 @@ struct FieldEdit
     bool remove = false;
     QString text;   ///< the value: title, artist, album, comment, year
     int number = 0; ///< the value of ContentType (a genre number) and TrackNumber
+    /// A removal of comments takes only the one that is shown, and those with its description.
+    bool isShownOnly = false;
     /// Year: another one than the file showed. The frames with day and time of the old one go (see planFrames).
     bool isNewYear = false;
 

@@ -104,7 +104,9 @@ qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
 }
 
 /// Whether a reader will find the frames to end at framesEnd when everything behind the old ones stays in place. What
-/// follows a frame decides how its size is read (ID3v2.3 and ID3v2.4 store sizes in different forms).
+/// follows a frame decides how its size is read (ID3v2.3 and ID3v2.4 store sizes in different forms). Frames that
+/// reach up to what lies behind the padding would bring it back to life: programs that shorten a tag leave the end of
+/// the old one there.
 bool showsItsEnd(ByteWindow &bytes, const Tag &tag, qint64 framesEnd)
 {
     if (framesEnd > tag.framesEnd() && firstNonZero(bytes, tag.framesEnd(), framesEnd) != framesEnd)
@@ -116,6 +118,8 @@ bool showsItsEnd(ByteWindow &bytes, const Tag &tag, qint64 framesEnd)
         const std::string_view kept = bytes.exactly(framesEnd + freed, room - freed);
         next.append(kept.data(), static_cast<qsizetype>(kept.size()));
     }
+    if (framesEnd > tag.framesEnd() && !next.isEmpty() && next[0] != '\0')
+        return false;
     return tag.header().majorVersion == 2 || canFollowFrame({next.constData(), static_cast<size_t>(next.size())});
 }
 

@@ -28,28 +28,40 @@ KeyVerdict digitKeyVerdict(QStringView typed)
     return foreign ? KeyVerdict::Beep : KeyVerdict::Pass;
 }
 
-PageSave::PageSave(TagStore &store, TagRecord page, Conversion convert)
+PageSave::PageSave(TagStore &store, EditedPage page, Conversion convert)
     : m_store(store), m_page(std::move(page)), m_convert(std::move(convert))
 {
 }
 
-void PageSave::convertPage()
+TagEdits PageSave::edits(const TagRecord &present)
 {
-    for (QString *text : {&m_page.Artist, &m_page.Album, &m_page.Title, &m_page.Comment})
-        *text = m_convert(*text);
+    const bool isWhole = !m_store.savesOnlyEdited();
+    TagEdits edits;
+    if (isWhole) {
+        for (const TagField &field : TagFields)
+            edits.set(field.member, m_page.texts.*field.member);
+    } else {
+        edits = TagEdits::between(m_page.shown, m_page.texts);
+    }
+    for (const TagEdits::Field field :
+        {&TagRecord::Artist, &TagRecord::Album, &TagRecord::Title, &TagRecord::Comment}) {
+        if (!m_convert)
+            break;
+        const QString *typed = edits.text(field);
+        const QString converted = m_convert(typed ? *typed : present.*field);
+        if (typed || converted != present.*field)
+            edits.set(field, converted);
+        if (isWhole)
+            m_page.texts.*field = converted;
+    }
+    return edits;
 }
 
 Result<void> PageSave::save(const QString &path)
 {
-    const Result<TagRecord> present = m_store.readForSaving(path);
-    if (!present)
-        return tl::unexpected(present.error());
-    if (m_convert)
-        convertPage();
-    TagRecord record = m_page;
-    record.HasV1 = present->HasV1;
-    record.HasV2 = present->HasV2;
-    return m_store.SaveTag(path, record);
+    const auto seen = path == m_page.path ? std::optional(m_page.state) : std::nullopt;
+    return m_store.save(path, [this](const TagRecord &present) { return edits(present); }, seen)
+        .map([](const TagRecord &) {});
 }
 
 } // namespace ravlin

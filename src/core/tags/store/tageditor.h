@@ -2,7 +2,9 @@
 #pragma once
 
 #include "core/platform/error.h"
+#include "core/platform/filesystem.h"
 #include "core/tags/record/tagrecord.h"
+#include "core/tags/store/tagedits.h"
 
 #include <QString>
 #include <QStringList>
@@ -31,31 +33,44 @@ enum class KeyVerdict
 /// (Backspace, Tab, Ctrl+V ...). Enter is swallowed, any other character beeps.
 KeyVerdict digitKeyVerdict(QStringView typed);
 
+/// A page for one file when it is saved.
+struct EditedPage
+{
+    TagRecord texts;          ///< the boxes' texts; HasV1 and HasV2 are ignored
+    TagRecord shown = {};     ///< these when the page was filled
+    QString path = {};        ///< the file that it was filled from
+    platform::FileInfo state = {}; ///< of that file at that time
+};
+
 /// Writes the same page into file after file.
 ///
 /// A conversion changes the page itself, not a copy: its result for one file is the input for the next, and what the
-/// boxes show at the end.
+/// boxes show at the end. While TagStore::savesOnlyEdited(), only boxes whose text is not the one shown are written, and
+/// a conversion works on each file's own texts: the page stays.
 class PageSave
 {
 public:
     using Conversion = std::function<QString(const QString &)>;
 
-    /// page: the boxes' texts; HasV1 and HasV2 are ignored. convert: applied to artist, album, title and comment of the
-    /// page before each file; may be empty.
-    PageSave(TagStore &store, TagRecord page, Conversion convert = {});
+    /// convert: applied to artist, album, title and comment before each file; may be empty.
+    PageSave(TagStore &store, EditedPage page, Conversion convert = {});
+    PageSave(TagStore &store, TagRecord page, Conversion convert = {})
+        : PageSave(store, EditedPage{.texts = std::move(page)}, std::move(convert))
+    {
+    }
 
-    /// Reads the file's tag, converts the page and saves it. A file whose tag cannot be read, or that may not be
-    /// written, is an error and leaves the page unchanged; a genre number above 125 is not an error. Other errors are
-    /// those of TagStore::SaveTag.
+    /// What a save would change in a file that has that. May convert the page.
+    TagEdits edits(const TagRecord &present);
+    /// Reads the file's tag and saves it with the edits. A file whose tag cannot be read, or that may not be written, is
+    /// an error and leaves the page unchanged; a genre number above 125 is not an error. Other errors are those of
+    /// TagStore::save.
     Result<void> save(const QString &path);
 
-    const TagRecord &page() const { return m_page; }
+    const TagRecord &page() const { return m_page.texts; }
 
 private:
-    void convertPage();
-
     TagStore &m_store;
-    TagRecord m_page;
+    EditedPage m_page;
     Conversion m_convert;
 };
 

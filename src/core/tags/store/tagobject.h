@@ -69,6 +69,8 @@ public:
     void setTrack(int number) { put(FrameKind::TrackNumber, {false, {}, number}); }
     /// Removes every frame of that kind, and the field of ID3v1.
     void removeFrames(FrameKind kind) { put(kind, {true, {}, 0}); }
+    /// Removes the comment that Comment() shows; those with another description stay.
+    void removeShownComment() { put(FrameKind::Comment, {.remove = true, .text = {}, .isShownOnly = true}); }
 
     /// Whether the ID3v2 tag has a picture.
     bool hasPicture() const;

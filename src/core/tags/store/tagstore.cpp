@@ -5,6 +5,7 @@
 #include "core/tags/store/tagobject.h"
 #include "core/tags/store/tagvalues.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace ravlin {
@@ -39,6 +40,53 @@ void putRecord(TagObject &object, const TagRecord &record)
         object.setTrack(record.Track.toInt());
     else
         object.removeFrames(FrameKind::TrackNumber);
+}
+
+/// Puts edits that can be stored.
+void putEdits(TagObject &object, const TagEdits &edits)
+{
+    const auto putIf = [&](TagEdits::Field field, FrameKind kind, void (TagObject::*set)(const QString &)) {
+        if (const QString *text = edits.text(field))
+            putText(object, kind, set, *text);
+    };
+    putIf(&TagRecord::Artist, FrameKind::LeadArtist, &TagObject::setArtist);
+    putIf(&TagRecord::Album, FrameKind::Album, &TagObject::setAlbum);
+    putIf(&TagRecord::Year, FrameKind::Year, &TagObject::setYear);
+    putIf(&TagRecord::Title, FrameKind::Title, &TagObject::setTitle);
+    if (const QString *comment = edits.text(&TagRecord::Comment); comment && comment->isEmpty())
+        object.removeShownComment();
+    else if (comment)
+        object.setComment(*comment);
+    if (const QString *genre = edits.text(&TagRecord::Genre); genre && genre->isEmpty())
+        object.removeFrames(FrameKind::ContentType);
+    else if (genre)
+        object.setGenre(tableGenreNumber(*genre));
+    if (const QString *track = edits.text(&TagRecord::Track); track && track->isEmpty())
+        object.removeFrames(FrameKind::TrackNumber);
+    else if (track)
+        object.setTrack(track->toInt());
+}
+
+/// What a save of edits does with the other fields of a kind. They have to go into a tag that is new, and into one that
+/// is all that will be left.
+TagObject::Others othersIn(const TagObject &object, QChar kind, const QString &kinds)
+{
+    const bool isAll = kind == u'1' ? !object.HasV1Tag() || kinds.contains(u'5')
+                                    : !object.HasV2Tag() || kinds.contains(u'4');
+    return isAll ? TagObject::Others::Written : TagObject::Others::Kept;
+}
+
+bool isSameState(const platform::FileInfo &one, const platform::FileInfo &other)
+{
+    return one.size == other.size && one.modified == other.modified && one.inode == other.inode &&
+           one.device == other.device;
+}
+
+/// Why an edit was left out.
+Error notStorable(TagEdits::Field field, const TagEdits &edits)
+{
+    const auto *const named = std::ranges::find(TagFields, field, &TagField::member);
+    return {ErrorCode::NotStorable, {}, QStringLiteral("%1 '%2'").arg(named->name, *edits.text(field))};
 }
 
 std::optional<TagObject::Step> stepOf(QChar kind)
@@ -112,12 +160,22 @@ Result<WriteOutcome> writeSteps(TagObject &object, const QString &kinds, WriteOp
 
 } // namespace
 
-Result<void> TagStore::ReadTag(const QString &path, TagRecord &record) const
+/// What is to be written into a linked file.
+struct TagStore::Prepared
+{
+    TagRecord record;
+    TagEdits edits;               ///< without what can't be stored
+    std::optional<Error> leftOut; ///< why an edit is not among them
+};
+
+Result<void> TagStore::ReadTag(const QString &path, TagRecord &record, platform::FileInfo *state) const
 {
     record = TagRecord{};
     TagObject object = newObject();
     if (Result<void> linked = object.Link(path); !linked)
         return linked;
+    if (state != nullptr)
+        *state = object.info();
     return takeRecord(object, path, record);
 }
 
@@ -128,9 +186,10 @@ Result<TagRecord> TagStore::readRecordLeniently(const QString &path) const
     return leniently(read, std::move(record));
 }
 
-Result<TagRecord> TagStore::readForSaving(const QString &path) const
+namespace {
+
+Result<TagRecord> readWritable(TagObject &object, const QString &path)
 {
-    TagObject object = newObject();
     Result<void> allowed = object.Link(path);
     if (allowed)
         allowed = object.checkWritable();
@@ -139,6 +198,74 @@ Result<TagRecord> TagStore::readForSaving(const QString &path) const
     TagRecord record;
     const Result<void> read = takeRecord(object, path, record);
     return leniently(read, std::move(record));
+}
+
+} // namespace
+
+Result<TagRecord> TagStore::readForSaving(const QString &path) const
+{
+    TagObject object = newObject();
+    return readWritable(object, path);
+}
+
+Result<TagStore::Prepared> TagStore::prepare(TagObject &object, const QString &path, const MakeEdits &make) const
+{
+    const Result<TagRecord> present = readWritable(object, path);
+    if (!present)
+        return tl::unexpected(present.error());
+    const Result<TagEdits> wanted = make(*present);
+    if (!wanted)
+        return tl::unexpected(wanted.error());
+    if (!savesOnlyEdited())
+        return Prepared{wanted->appliedTo(*present), *wanted, {}};
+    Prepared prepared{{}, wanted->storable(), {}};
+    prepared.record = prepared.edits.appliedTo(*present);
+    if (const auto field = fieldNotStorable(*wanted, *present)) {
+        prepared.leftOut = notStorable(*field, *wanted);
+        prepared.leftOut->path = path;
+    }
+    return prepared;
+}
+
+Result<TagRecord> TagStore::saveOnce(
+    const QString &path, const MakeEdits &make, const std::optional<platform::FileInfo> &seen)
+{
+    TagObject object = newObject();
+    Result<Prepared> prepared = prepare(object, path, make);
+    if (!prepared)
+        return tl::unexpected(prepared.error());
+    if (const Result<void> space = checkFreeSpace(path); !space)
+        return tl::unexpected(space.error());
+    const bool isOther = seen && !savesOnlyEdited() && !isSameState(*seen, object.info());
+    const QString kinds = kindsOfMode(m_state.tagSaveMode);
+    const bool writesNothing = prepared->leftOut && prepared->edits.isEmpty();
+    const auto compose = [&](TagObject &each, QChar kind) {
+        if (savesOnlyEdited())
+            putEdits(each, prepared->edits);
+        else
+            putRecord(each, prepared->record);
+        const auto others = savesOnlyEdited() ? othersIn(each, kind, kinds) : TagObject::Others::Written;
+        return each.compose(*stepOf(kind), others, m_state.options.newTagVersion);
+    };
+    const Result<WriteOutcome> written =
+        writesNothing ? WriteOutcome::Unchanged : writeSteps(object, kinds, savingOptions(), compose);
+    if (!written)
+        return tl::unexpected(written.error());
+    if (isOther && m_journal != nullptr)
+        m_journal->addChangedByOther(path);
+    if (prepared->leftOut)
+        return tl::unexpected(*prepared->leftOut);
+    return std::move(prepared->record);
+}
+
+Result<TagRecord> TagStore::save(
+    const QString &path, const MakeEdits &make, const std::optional<platform::FileInfo> &seen)
+{
+    constexpr int MostTries = 20; // other programs save in between; none does so for ever
+    Result<TagRecord> saved = saveOnce(path, make, seen);
+    for (int tries = 1; tries < MostTries && !saved && saved.error().code == ErrorCode::ChangedMeanwhile; ++tries)
+        saved = saveOnce(path, make, seen);
+    return saved;
 }
 
 TagObject TagStore::newObject() const
@@ -178,9 +305,7 @@ Result<WriteOutcome> TagStore::write(const QString &path, const TagRecord &recor
     TagObject object = newObject();
     if (Result<void> linked = object.Link(path); !linked)
         return tl::unexpected(linked.error());
-    WriteOptions options = writeOptions();
-    options.readOnlyFile = storage::ReadOnlyFile::MakeWritable;
-    return writeSteps(object, kinds, options, [&](TagObject &each, QChar kind) -> Result<void> {
+    return writeSteps(object, kinds, savingOptions(), [&](TagObject &each, QChar kind) -> Result<void> {
         const std::optional<TagObject::Step> step = stepOf(kind);
         if (!step)
             return tl::unexpected(Error{ErrorCode::InvalidArgument, {}, QStringLiteral("no such tag kind")});
@@ -192,6 +317,13 @@ Result<WriteOutcome> TagStore::write(const QString &path, const TagRecord &recor
 WriteOptions TagStore::writeOptions() const
 {
     return {.keepModified = m_state.options.keepFileTimes, .journal = m_journal};
+}
+
+WriteOptions TagStore::savingOptions() const
+{
+    WriteOptions options = writeOptions();
+    options.readOnlyFile = storage::ReadOnlyFile::MakeWritable;
+    return options;
 }
 
 Result<void> TagStore::remove(const QString &path, QChar kind) const

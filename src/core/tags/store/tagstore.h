@@ -4,8 +4,12 @@
 #include "core/app/programstate.h"
 #include "core/storage/safewrite.h"
 #include "core/tags/record/tagrecord.h"
+#include "core/tags/store/tagedits.h"
 
 #include <QString>
+
+#include <functional>
+#include <optional>
 
 namespace ravlin {
 
@@ -30,7 +34,8 @@ public:
     /// Fills the whole record from the file. If opening or reading fails all texts are empty. GenreOutOfRange: the
     /// genre number is above 125; all fields are filled, Genre has the number in digits, and a missing track is "0".
     /// TagTooLarge: the fields found in the part of the tag that is read are filled.
-    Result<void> ReadTag(const QString &path, TagRecord &record) const;
+    /// state: gets the file's state at that time, if it could be opened; may be null.
+    Result<void> ReadTag(const QString &path, TagRecord &record, platform::FileInfo *state = nullptr) const;
     /// The record for rules that work on tag values. Unlike ReadTag, a genre number above 125 is not an error, and a
     /// missing track is always empty.
     Result<TagRecord> readRecordLeniently(const QString &path) const;
@@ -43,6 +48,24 @@ public:
     /// If only the second kind can't be written (BrokenTag, TooLarge), the first one is.
     Result<void> SaveTag(const QString &path, const TagRecord &record);
 
+    /// What a save changes, made from what the file has. It is made anew when another program changes the file between
+    /// reading and writing.
+    using MakeEdits = std::function<Result<TagEdits>(const TagRecord &present)>;
+
+    /// Reads the file's tag as readForSaving does, and saves it with the edits as SaveTag would. Returns the record that
+    /// was to be saved.
+    ///
+    /// While savesOnlyEdited(), nothing but the edits is written: what else the tags have stays byte for byte, unless
+    /// the tag-save mode removes its kind or makes a new one. An edit that no tag can hold is left out: NotStorable, and
+    /// all others are saved.
+    ///
+    /// seen: the state in which the user saw the file. If that has changed since, and everything is written, the journal
+    /// is told.
+    Result<TagRecord> save(
+        const QString &path, const MakeEdits &make, const std::optional<platform::FileInfo> &seen = {});
+    /// Whether a save leaves alone what was not edited, as the options say.
+    bool savesOnlyEdited() const { return m_state.options.onlyEditedFields; }
+
     /// One pass of SaveTag: "1" saves ID3v1, "2" saves ID3v2, "4" removes ID3v1, "5" removes ID3v2.
     Result<storage::WriteOutcome> WriteTagKind(const QString &path, const TagRecord &record, QChar kind);
 
@@ -51,7 +74,13 @@ public:
     Result<void> RemoveV2(const QString &path);
 
 private:
+    struct Prepared;
+
     TagObject newObject() const;
+    Result<Prepared> prepare(TagObject &object, const QString &path, const MakeEdits &make) const;
+    Result<TagRecord> saveOnce(
+        const QString &path, const MakeEdits &make, const std::optional<platform::FileInfo> &seen);
+    storage::WriteOptions savingOptions() const;
     Result<storage::WriteOutcome> write(const QString &path, const TagRecord &record, const QString &kinds) const;
     Result<void> remove(const QString &path, QChar kind) const;
     storage::WriteOptions writeOptions() const;
