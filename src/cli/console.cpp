@@ -86,7 +86,7 @@ QString describe(const Error &error)
     const bool hasMore = error.code == ErrorCode::Io || error.code == ErrorCode::InvalidArgument ||
                          error.code == ErrorCode::Unsupported || error.code == ErrorCode::TooLarge ||
                          error.code == ErrorCode::VerifyFailed || error.code == ErrorCode::Settings ||
-                         error.code == ErrorCode::NotMp3Content;
+                         error.code == ErrorCode::NotMp3Content || error.code == ErrorCode::NotStorable;
     return hasMore && !error.detail.isEmpty() ? meaning + u" ("_s + error.detail + u')' : meaning;
 }
 

@@ -192,7 +192,7 @@ public:
             writer.write(rowOf(record, row, differences));
     }
 
-    void apply(int mode)
+    void apply(const SavingRules &rules)
     {
         const DiscRecord &record = m_dialogue.freedb().record();
         const QStringList &files = m_arguments.paths();
@@ -203,11 +203,13 @@ public:
             return;
         }
         DiscFields fields{record.artist, record.album, record.year, record.genre};
-        if (const QString warning = warningNotSaved(&TagRecord::Genre, fields.genre); !warning.isEmpty()) {
+        const bool canHoldGenre = rules.onlyEdited && isStorable(&TagRecord::Genre, fields.genre);
+        const QString warning = warningNotSaved(&TagRecord::Genre, fields.genre);
+        if (!warning.isEmpty() && !canHoldGenre) {
             m_console.warn(warning + u"; the files keep theirs"_s);
             fields.genre.clear();
         }
-        SavingRun run(mode, m_arguments);
+        SavingRun run(rules, m_arguments);
         for (qsizetype i = 0; i < files.size(); ++i) {
             const DiscTrack &track = record.tracks[size_t(i)];
             fields.artist = record.artistOf(track);
@@ -255,13 +257,15 @@ private:
     Result<void> save(SavingRun &run, const QString &path, const DiscFields &fields, const DiscRow &row)
     {
         run.prepareFor(path);
-        Result<TagRecord> record = run.store().readForSaving(path);
+        const bool onlyEdited = run.store().savesOnlyEdited();
+        const auto make = [&](const TagRecord &) { return discEdits(fields, row, onlyEdited); };
+        const Result<TagRecord> record = run.store().save(path, make);
         if (!record)
             return tl::unexpected(record.error());
-        applyDisc(*record, fields, row);
-        warnOfTextsNotSaved(path, *record, m_console);
+        if (!onlyEdited)
+            warnOfTextsNotSaved(path, *record, m_console);
         warnOfOutlook(path, *record, run.state().tagSaveMode, m_arguments, m_console);
-        return run.store().SaveTag(path, *record);
+        return {};
     }
 
     /// Lists the matches; for the first few, reports how well they fit.
@@ -338,7 +342,7 @@ QString usageProblem(const Arguments &arguments)
     return {};
 }
 
-void lookUp(const Arguments &arguments, int mode, Console &console, RecordWriter &writer)
+void lookUp(const Arguments &arguments, const SavingRules &rules, Console &console, RecordWriter &writer)
 {
     const Settings settings;
     std::optional<DiscFiles> files = analyseDisc(arguments.paths(), console);
@@ -350,20 +354,20 @@ void lookUp(const Arguments &arguments, int mode, Console &console, RecordWriter
         return;
     lookup.print(writer);
     if (arguments.has(ApplyOption.name))
-        lookup.apply(mode);
+        lookup.apply(rules);
 }
 
 int runLookup(const Arguments &arguments, Console &console)
 {
     if (const QString problem = usageProblem(arguments); !problem.isEmpty())
         return console.refuse(u"lookup"_s, problem);
-    const ModeOrStatus mode = modeFor(u"lookup"_s, arguments, console);
-    if (!mode)
-        return mode.error();
+    const RulesOrStatus rules = rulesFor(u"lookup"_s, arguments, console);
+    if (!rules)
+        return rules.error();
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table);
     RecordWriter writer(
         console.out(), format, {u"file", u"track", u"title", u"artist", u"album", u"year", u"genre", u"differenceMs"});
-    lookUp(arguments, *mode, console, writer);
+    lookUp(arguments, *rules, console, writer);
     writer.finish();
     return console.status();
 }
@@ -387,7 +391,8 @@ Command lookupCommand()
         "how much longer the file is than the track. Where several discs match, or none exactly, they are listed\n"
         "and --match takes one. Nothing is written without --apply, and only if there are as many tracks as files.",
         u"FILE", true,
-        {ServerOption, SearchOption, MatchOption, TimeoutOption, ApplyOption, ModeOption, ForceOption, JsonOption},
+        {ServerOption, SearchOption, MatchOption, TimeoutOption, ApplyOption, ModeOption, OnlyEditedOption,
+            AllFieldsOption, ForceOption, JsonOption},
         runLookup};
 }
 

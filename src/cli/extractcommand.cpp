@@ -13,7 +13,7 @@ namespace {
 
 constexpr Option PatternOption{u"--pattern", u"PATTERN", u"how the names are made, such as '%1 - %3'; must be given"};
 
-int previewRun(const Arguments &arguments, const QString &pattern, int mode, Console &console)
+int previewRun(const Arguments &arguments, const QString &pattern, const SavingRules &rules, Console &console)
 {
     Captions english;
     english.fill();
@@ -21,7 +21,7 @@ int previewRun(const Arguments &arguments, const QString &pattern, int mode, Con
     columns.emplace_back(u"remarks");
     RecordWriter writer(
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), columns);
-    SavingRun run(mode, arguments);
+    SavingRun run(rules, arguments);
     for (const QString &path : arguments.paths()) {
         const PreviewRow row = previewExtraction(path, pattern, run.store());
         if (row.problem) {
@@ -32,21 +32,23 @@ int previewRun(const Arguments &arguments, const QString &pattern, int mode, Con
         record.emplace_back(extractionRemarks(row, english).join(u"; "_s));
         writer.write(record);
         if (!row.isUntouched) {
-            warnOfTextsNotSaved(path, row.record, console);
-            warnOfOutlook(path, row.record, mode, arguments, console);
+            if (!rules.onlyEdited)
+                warnOfTextsNotSaved(path, row.record, console);
+            warnOfOutlook(path, row.record, rules.mode, arguments, console);
         }
     }
     writer.finish();
     return console.status();
 }
 
-int saveRun(const Arguments &arguments, const QString &pattern, int mode, Console &console)
+int saveRun(const Arguments &arguments, const QString &pattern, const SavingRules &rules, Console &console)
 {
     const QStringList &paths = arguments.paths();
-    SavingRun run(mode, arguments);
+    SavingRun run(rules, arguments);
     const auto warn = [&](const QString &path, const TagRecord &record) {
-        warnOfTextsNotSaved(path, record, console);
-        warnOfOutlook(path, record, mode, arguments, console);
+        if (!rules.onlyEdited)
+            warnOfTextsNotSaved(path, record, console);
+        warnOfOutlook(path, record, rules.mode, arguments, console);
     };
     const ExtractionOutcome outcome = runExtraction(paths, pattern, run.store(), run.state(), run.preparing(), warn);
     for (qsizetype row = 0; row < outcome.rows.takenCount(); ++row) {
@@ -67,10 +69,10 @@ int runExtract(const Arguments &arguments, Console &console)
     const bool isDry = arguments.has(DryRunOption.name);
     if (arguments.has(JsonOption.name) && !isDry)
         return console.refuse(u"extract"_s, u"--json is for --dry-run"_s);
-    const ModeOrStatus mode = modeFor(u"extract"_s, arguments, console);
-    if (!mode)
-        return mode.error();
-    return isDry ? previewRun(arguments, *pattern, *mode, console) : saveRun(arguments, *pattern, *mode, console);
+    const RulesOrStatus rules = rulesFor(u"extract"_s, arguments, console);
+    if (!rules)
+        return rules.error();
+    return isDry ? previewRun(arguments, *pattern, *rules, console) : saveRun(arguments, *pattern, *rules, console);
 }
 
 } // namespace
@@ -83,7 +85,9 @@ Command extractCommand()
         "other fields stay. %1 artist, %2 album, %3 title, %4 track, %5 year, %6 genre, %7 comment; %0 skips text. A\n"
         "value ends where the pattern's next text first occurs; of the text at the pattern's end only the first\n"
         "character counts. A file whose name does not fit is left as it is, with a warning.",
-        u"FILE", true, {PatternOption, ModeOption, ForceOption, DryRunOption, JsonOption}, runExtract};
+        u"FILE", true,
+        {PatternOption, ModeOption, OnlyEditedOption, AllFieldsOption, ForceOption, DryRunOption, JsonOption},
+        runExtract};
 }
 
 } // namespace ravlin::cli

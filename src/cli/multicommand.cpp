@@ -67,11 +67,11 @@ tl::expected<MultiEditPage, UsageError> pageGiven(const Arguments &arguments)
     return page;
 }
 
-int previewRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &console)
+int previewRun(const Arguments &arguments, MultiEdit &edit, const SavingRules &rules, Console &console)
 {
     RecordWriter writer(
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), previewColumns());
-    SavingRun run(mode, arguments);
+    SavingRun run(rules, arguments);
     for (const QString &path : arguments.paths()) {
         const Result<TagRecord> record = edit.prepare(path, run.store());
         if (!record) {
@@ -81,20 +81,22 @@ int previewRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &c
             break; // as the real run does
         }
         writer.write(previewRecord(path, *record, isLongName(platform::nameOf(path)), true));
-        warnOfTextsNotSaved(path, *record, console);
-        warnOfOutlook(path, *record, mode, arguments, console);
+        if (!rules.onlyEdited)
+            warnOfTextsNotSaved(path, *record, console);
+        warnOfOutlook(path, *record, rules.mode, arguments, console);
     }
     writer.finish();
     return console.status();
 }
 
-int saveRun(const Arguments &arguments, MultiEdit &edit, int mode, Console &console)
+int saveRun(const Arguments &arguments, MultiEdit &edit, const SavingRules &rules, Console &console)
 {
     const QStringList &paths = arguments.paths();
-    SavingRun run(mode, arguments);
+    SavingRun run(rules, arguments);
     const auto warn = [&](const QString &path, const TagRecord &record) {
-        warnOfTextsNotSaved(path, record, console);
-        warnOfOutlook(path, record, mode, arguments, console);
+        if (!rules.onlyEdited)
+            warnOfTextsNotSaved(path, record, console);
+        warnOfOutlook(path, record, rules.mode, arguments, console);
     };
     const BatchOutcome outcome = runMultiEdit(paths, edit, run.store(), run.state(), run.preparing(), warn);
     tellFailures(paths, outcome, console);
@@ -109,11 +111,17 @@ int runMulti(const Arguments &arguments, Console &console)
     const bool isDry = arguments.has(DryRunOption.name);
     if (arguments.has(JsonOption.name) && !isDry)
         return console.refuse(u"multi"_s, u"--json is for --dry-run"_s);
-    const ModeOrStatus mode = modeFor(u"multi"_s, arguments, console);
-    if (!mode)
-        return mode.error();
+    const RulesOrStatus rules = rulesFor(u"multi"_s, arguments, console);
+    if (!rules)
+        return rules.error();
+    for (const Field &field : Fields) {
+        const QString text = page->boxes.*field.box;
+        const QString reason = reasonNotToStore(field.box, text);
+        if (rules->onlyEdited && field.option.name != TrackOption.name && !reason.isEmpty())
+            return console.refuse(u"multi"_s, u"%1 '%2': %3"_s.arg(field.option.name, text, reason));
+    }
     MultiEdit edit(*page);
-    return isDry ? previewRun(arguments, edit, *mode, console) : saveRun(arguments, edit, *mode, console);
+    return isDry ? previewRun(arguments, edit, *rules, console) : saveRun(arguments, edit, *rules, console);
 }
 
 } // namespace
@@ -122,7 +130,8 @@ Command multiCommand()
 {
     std::vector<Option> options;
     std::ranges::transform(Fields, std::back_inserter(options), &Field::option);
-    for (const Option &option : {CaseOption, ReplaceOption, ModeOption, ForceOption, DryRunOption, JsonOption})
+    for (const Option &option : {CaseOption, ReplaceOption, ModeOption, OnlyEditedOption, AllFieldsOption, ForceOption,
+             DryRunOption, JsonOption})
         options.push_back(option);
     return {u"multi", u"set fields of many files at once and number them",
         u"Sets the fields given in every file's tag and keeps all others. A conversion works on title, artist, album "

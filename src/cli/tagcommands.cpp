@@ -48,10 +48,13 @@ tl::expected<FieldTexts, UsageError> givenFields(const Arguments &arguments)
 class Tagger
 {
 public:
-    Tagger(Console &console, FieldTexts fields, int mode, const Arguments &arguments)
+    Tagger(Console &console, FieldTexts fields, const SavingRules &rules, const Arguments &arguments)
         : m_console(console), m_fields(std::move(fields)), m_arguments(arguments)
     {
-        m_state.tagSaveMode = mode;
+        for (const auto &[field, text] : m_fields)
+            m_edits.set(field->member, text);
+        m_state.tagSaveMode = rules.mode;
+        m_state.options.onlyEditedFields = rules.onlyEdited;
         m_state.writesAnyContent = arguments.has(ForceOption.name);
     }
 
@@ -73,22 +76,21 @@ public:
 private:
     Result<void> change(const QString &path)
     {
-        Result<TagRecord> record = m_store.readForSaving(path);
+        const auto make = [&](const TagRecord &) -> Result<TagEdits> {
+            const Result<qint64> freeBytes = m_fileSystem.freeBytes(path);
+            if (!freeBytes)
+                return tl::unexpected(freeBytes.error());
+            constexpr qint64 Megabyte = 1024 * 1024;
+            m_state.freeMegabytes = *freeBytes / Megabyte;
+            return m_edits;
+        };
+        const Result<TagRecord> record = m_store.save(path, make);
         if (!record)
             return tl::unexpected(record.error());
-        for (const auto &[field, text] : m_fields)
-            (*record).*(field->member) = text;
-        const Result<qint64> freeBytes = m_fileSystem.freeBytes(path);
-        if (!freeBytes)
-            return tl::unexpected(freeBytes.error());
-        constexpr qint64 Megabyte = 1024 * 1024;
-        m_state.freeMegabytes = *freeBytes / Megabyte;
-        Result<void> saved = m_store.SaveTag(path, *record);
-        if (saved) {
+        if (!m_store.savesOnlyEdited())
             warnOfLostTexts(path, *record);
-            warnOfOutlook(path, *record, m_state.tagSaveMode, m_arguments, m_console);
-        }
-        return saved;
+        warnOfOutlook(path, *record, m_state.tagSaveMode, m_arguments, m_console);
+        return {};
     }
 
     /// Warns of texts of the file that cannot be written back.
@@ -105,6 +107,7 @@ private:
 
     Console &m_console;
     const FieldTexts m_fields;
+    TagEdits m_edits;
     const Arguments &m_arguments;
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
     ProgramState m_state;
@@ -117,11 +120,17 @@ int runTag(const Arguments &arguments, Console &console)
     auto fields = givenFields(arguments);
     if (!fields)
         return console.refuse(u"tag"_s, fields.error().text);
-    const ModeOrStatus mode = modeFor(u"tag"_s, arguments, console);
-    if (!mode)
-        return mode.error();
-    Tagger tagger(console, std::move(*fields), *mode, arguments);
-    tagger.warnOfGivenTexts();
+    const RulesOrStatus rules = rulesFor(u"tag"_s, arguments, console);
+    if (!rules)
+        return rules.error();
+    for (const auto &[field, text] : *fields) {
+        const QString reason = reasonNotToStore(field->member, text);
+        if (rules->onlyEdited && !reason.isEmpty())
+            return console.refuse(u"tag"_s, u"%1 '%2': %3"_s.arg(field->option.name, text, reason));
+    }
+    Tagger tagger(console, std::move(*fields), *rules, arguments);
+    if (!rules->onlyEdited)
+        tagger.warnOfGivenTexts();
     for (const QString &path : arguments.paths())
         tagger.tag(path);
     return console.status();
@@ -158,13 +167,15 @@ int runStrip(const Arguments &arguments, Console &console)
 
 Command tagCommand()
 {
-    std::vector<Option> options{ModeOption, ForceOption};
+    std::vector<Option> options{ModeOption, OnlyEditedOption, AllFieldsOption, ForceOption};
     std::ranges::transform(Fields, std::back_inserter(options), &Field::option);
     return {u"tag", u"change the tags of files",
         u"Reads each file's tag, sets the fields given and saves it. An empty text removes a field; so does a year, "
         u"track\n"
-        "or genre that cannot be written, with a warning. The modes: 1 ID3v1, 2 ID3v2, 3 both, 4 ID3v1 and remove\n"
-        "ID3v2, 5 ID3v2 and remove ID3v1. Nothing is written unless 5 MB more than the file's size are free.",
+        "or genre that cannot be written, with a warning: the file's own, too. With --only-edited it is refused, and "
+        "the\n"
+        "file's own stay. The modes: 1 ID3v1, 2 ID3v2, 3 both, 4 ID3v1 and remove ID3v2, 5 ID3v2 and remove ID3v1.\n"
+        "Nothing is written unless 5 MB more than the file's size are free.",
         u"FILE", true, std::move(options), runTag};
 }
 

@@ -3,7 +3,6 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/settings.h"
-#include "core/naming/lostfields.h"
 #include "core/platform/path.h"
 #include "core/storage/safewrite.h"
 #include "core/tags/store/saveoutlook.h"
@@ -35,22 +34,33 @@ QString reasonNotToWrite(QString TagRecord::*field, const QString &text)
 
 } // namespace
 
-ModeOrStatus modeFor(const QString &command, const Arguments &arguments, Console &console)
+RulesOrStatus rulesFor(const QString &command, const Arguments &arguments, Console &console)
 {
-    if (const std::optional<QString> text = arguments.value(ModeOption.name)) {
-        const std::optional<int> mode = tagSaveModeFromText(*text);
-        if (!mode)
-            return tl::unexpected<int>(
-                console.refuse(command, u"--mode is a digit from 1 to 5, not '%1'"_s.arg(*text)));
-        return *mode;
-    }
+    const std::optional<QString> text = arguments.value(ModeOption.name);
+    const std::optional<int> mode = text ? tagSaveModeFromText(*text) : std::nullopt;
+    if (text && !mode)
+        return tl::unexpected<int>(console.refuse(command, u"--mode is a digit from 1 to 5, not '%1'"_s.arg(*text)));
+    const bool onlyEdited = arguments.has(OnlyEditedOption.name);
+    const bool allFields = arguments.has(AllFieldsOption.name);
+    if (onlyEdited && allFields)
+        return tl::unexpected<int>(console.refuse(command, u"--only-edited and --all-fields exclude each other"_s));
+    if (mode && (onlyEdited || allFields))
+        return SavingRules{*mode, onlyEdited};
     const Settings settings;
-    // Don't save in a mode that the user may have decided against.
-    if (settings.problem()) {
+    // Don't save in a way that the user may have decided against. Leaving fields alone can't be one.
+    if (settings.problem() && !mode) {
         console.fail(settings.path(), *settings.problem());
         return tl::unexpected<int>(console.status());
     }
-    return tagSaveModeFromText(settings.read(settingskey::Tags)).value_or(DefaultTagSaveMode);
+    const bool isChosen = settings.problem() || FurtherOptions::restored(settings).onlyEditedFields;
+    return SavingRules{
+        mode.value_or(tagSaveModeFromText(settings.read(settingskey::Tags)).value_or(DefaultTagSaveMode)),
+        onlyEdited || (!allFields && isChosen)};
+}
+
+QString reasonNotToStore(TagEdits::Field field, const QString &text)
+{
+    return isStorable(field, text) ? QString() : reasonNotToWrite(field, text);
 }
 
 QString warningNotSaved(QString TagRecord::*field, const QString &text)

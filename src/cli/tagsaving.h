@@ -7,6 +7,7 @@
 #include "core/app/batch.h"
 #include "core/app/programstate.h"
 #include "core/tags/record/tagrecord.h"
+#include "core/tags/store/tagedits.h"
 #include "core/tags/store/tagstore.h"
 
 #include <QSet>
@@ -20,18 +21,32 @@ namespace ravlin::cli {
 
 inline constexpr Option ModeOption{
     u"--mode", u"1..5", u"which tags to write; without it as chosen in the program, at first 2"};
+inline constexpr Option OnlyEditedOption{
+    u"--only-edited", {}, u"write only the fields that are given, and leave all others as they are"};
+inline constexpr Option AllFieldsOption{
+    u"--all-fields", {}, u"write every field; without either option as chosen in the program"};
 inline constexpr Option ForceOption{
     u"--force", {}, u"write into files named .mp3 although their content is of another format"};
 inline constexpr Option DryRunOption{u"--dry-run", {}, u"print what would be done and change nothing"};
 
-/// A tag-save mode, or the exit status if there is none.
-using ModeOrStatus = tl::expected<int, int>;
-/// Returns the mode given, else the stored one. Reports a wrong mode and settings that cannot be read.
-ModeOrStatus modeFor(const QString &command, const Arguments &arguments, Console &console);
+/// How a command saves.
+struct SavingRules
+{
+    int mode = DefaultTagSaveMode;
+    bool onlyEdited = false;
+};
+
+/// These, or the exit status if there are none.
+using RulesOrStatus = tl::expected<SavingRules, int>;
+/// Returns the rules given, else the stored ones. Reports wrong options and settings that cannot be read.
+RulesOrStatus rulesFor(const QString &command, const Arguments &arguments, Console &console);
+
+/// Why a save of edits can't store the text; empty if it can.
+QString reasonNotToStore(TagEdits::Field field, const QString &text);
 
 /// A warning if a save will drop this text and remove the field; empty if it will be written.
 QString warningNotSaved(QString TagRecord::*field, const QString &text);
-/// Warns of each field that a save will drop.
+/// Warns of each field that a save of all fields will drop.
 void warnOfTextsNotSaved(const QString &path, const TagRecord &record, Console &console);
 
 /// Warns of what the mode loses of the file, or does not show (see SaveOutlook). Who gives the mode in the arguments
@@ -59,9 +74,10 @@ class SavingRun
 {
 public:
     /// arguments: of a command with ForceOption.
-    SavingRun(int mode, const Arguments &arguments)
+    SavingRun(const SavingRules &rules, const Arguments &arguments)
     {
-        m_state.tagSaveMode = mode;
+        m_state.tagSaveMode = rules.mode;
+        m_state.options.onlyEditedFields = rules.onlyEdited;
         m_state.writesAnyContent = arguments.has(ForceOption.name);
     }
 

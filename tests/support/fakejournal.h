@@ -35,7 +35,8 @@ public:
     std::vector<Kept> kept;
     std::vector<QString> temporaries;          ///< all that were announced
     std::map<Ticket, QString> openTemporaries; ///< those that are still there
-    std::function<void()> onBegin;             ///< looks at the file before it is changed
+    QStringList changedByOthers;
+    std::function<void()> onBegin; ///< looks at the file before it is changed
 
     std::optional<Ticket> begin(const storage::ChangeRecord &change) override
     {
@@ -57,6 +58,7 @@ public:
         if (!m_file.isEmpty())
             QFile::remove(m_file);
     }
+    void addChangedByOther(const QString &path) override { changedByOthers << path; }
     std::optional<Ticket> beginTemporary(const QString &folder, const QString &name) override
     {
         if (refuses)

@@ -38,8 +38,7 @@ BatchOutcome runBatch(const QStringList &paths, const ProgramState &state, const
         if (progress)
             progress({outcome.takenCount() + 1, paths.size(), path});
         Result<void> result = work(path);
-        const bool failed =
-            !result && !isRefusal(result.error().code) && result.error().code != ErrorCode::NotStorable;
+        const bool failed = !result && !isRefusal(result.error().code) && result.error().code != ErrorCode::NotStorable;
         outcome.add(std::move(result));
         if (failed && policy.onFailure == OnFailure::End)
             break;

@@ -60,7 +60,9 @@ TagEdits PageSave::edits(const TagRecord &present)
 Result<void> PageSave::save(const QString &path)
 {
     const auto seen = path == m_page.path ? std::optional(m_page.state) : std::nullopt;
-    return m_store.save(path, [this](const TagRecord &present) { return edits(present); }, seen)
+    return m_store
+        .save(
+            path, [this](const TagRecord &present) { return edits(present); }, seen)
         .map([](const TagRecord &) {});
 }
 

@@ -36,17 +36,17 @@ KeyVerdict digitKeyVerdict(QStringView typed);
 /// A page for one file when it is saved.
 struct EditedPage
 {
-    TagRecord texts;          ///< the boxes' texts; HasV1 and HasV2 are ignored
-    TagRecord shown = {};     ///< these when the page was filled
-    QString path = {};        ///< the file that it was filled from
+    TagRecord texts;               ///< the boxes' texts; HasV1 and HasV2 are ignored
+    TagRecord shown = {};          ///< these when the page was filled
+    QString path = {};             ///< the file that it was filled from
     platform::FileInfo state = {}; ///< of that file at that time
 };
 
 /// Writes the same page into file after file.
 ///
 /// A conversion changes the page itself, not a copy: its result for one file is the input for the next, and what the
-/// boxes show at the end. While TagStore::savesOnlyEdited(), only boxes whose text is not the one shown are written, and
-/// a conversion works on each file's own texts: the page stays.
+/// boxes show at the end. While TagStore::savesOnlyEdited(), only boxes whose text is not the one shown are written,
+/// and a conversion works on each file's own texts: the page stays.
 class PageSave
 {
 public:
@@ -61,8 +61,8 @@ public:
 
     /// What a save would change in a file that has that. May convert the page.
     TagEdits edits(const TagRecord &present);
-    /// Reads the file's tag and saves it with the edits. A file whose tag cannot be read, or that may not be written, is
-    /// an error and leaves the page unchanged; a genre number above 125 is not an error. Other errors are those of
+    /// Reads the file's tag and saves it with the edits. A file whose tag cannot be read, or that may not be written,
+    /// is an error and leaves the page unchanged; a genre number above 125 is not an error. Other errors are those of
     /// TagStore::save.
     Result<void> save(const QString &path);
 

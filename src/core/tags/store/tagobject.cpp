@@ -279,6 +279,14 @@ TagObject::NewContent TagObject::composed(Step step, Others others, int newVersi
     return std::nullopt;
 }
 
+/// What looks damaged may be what another program is writing.
+Error TagObject::causeOf(const Error &error) const
+{
+    const auto now = m_file->info();
+    const bool isOther = now && (now->size != m_info.size || now->modified != m_info.modified);
+    return isOther ? Error{ErrorCode::ChangedMeanwhile, {}, error.detail} : error;
+}
+
 Result<void> TagObject::compose(Step step, Others others, int newVersion)
 {
     if (const Result<void> allowed = m_composed ? Result<void>() : checkWritable(); !allowed)
@@ -286,7 +294,7 @@ Result<void> TagObject::compose(Step step, Others others, int newVersion)
     Source content(*m_file, m_info.size, m_composed);
     NewContent changed = composed(step, others, newVersion, content.get());
     if (!changed)
-        return tl::unexpected(withPath(changed.error(), m_path));
+        return tl::unexpected(withPath(causeOf(changed.error()), m_path));
     if (*changed)
         m_composed = m_composed ? id3::combined(*m_composed, **changed) : std::move(**changed);
     return {};

@@ -128,6 +128,7 @@ private:
     NewContent composeV2(platform::ByteSource &content, Others others, int newVersion) const;
     NewContent composeWithoutV1(platform::ByteSource &content) const;
     NewContent composed(Step step, Others others, int newVersion, platform::ByteSource &content) const;
+    Error causeOf(const Error &error) const;
     qint64 withoutV1(const platform::ByteSource &content) const;
     Result<storage::WriteOutcome> composeAndWrite(Step step, const storage::WriteOptions &options, int newVersion = 3);
 

@@ -71,8 +71,8 @@ void putEdits(TagObject &object, const TagEdits &edits)
 /// is all that will be left.
 TagObject::Others othersIn(const TagObject &object, QChar kind, const QString &kinds)
 {
-    const bool isAll = kind == u'1' ? !object.HasV1Tag() || kinds.contains(u'5')
-                                    : !object.HasV2Tag() || kinds.contains(u'4');
+    const bool isAll =
+        kind == u'1' ? !object.HasV1Tag() || kinds.contains(u'5') : !object.HasV2Tag() || kinds.contains(u'4');
     return isAll ? TagObject::Others::Written : TagObject::Others::Kept;
 }
 

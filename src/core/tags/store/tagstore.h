@@ -52,15 +52,15 @@ public:
     /// reading and writing.
     using MakeEdits = std::function<Result<TagEdits>(const TagRecord &present)>;
 
-    /// Reads the file's tag as readForSaving does, and saves it with the edits as SaveTag would. Returns the record that
-    /// was to be saved.
+    /// Reads the file's tag as readForSaving does, and saves it with the edits as SaveTag would. Returns the record
+    /// that was to be saved.
     ///
     /// While savesOnlyEdited(), nothing but the edits is written: what else the tags have stays byte for byte, unless
-    /// the tag-save mode removes its kind or makes a new one. An edit that no tag can hold is left out: NotStorable, and
-    /// all others are saved.
+    /// the tag-save mode removes its kind or makes a new one. An edit that no tag can hold is left out: NotStorable,
+    /// and all others are saved.
     ///
-    /// seen: the state in which the user saw the file. If that has changed since, and everything is written, the journal
-    /// is told.
+    /// seen: the state in which the user saw the file. If that has changed since, and everything is written, the
+    /// journal is told.
     Result<TagRecord> save(
         const QString &path, const MakeEdits &make, const std::optional<platform::FileInfo> &seen = {});
     /// Whether a save leaves alone what was not edited, as the options say.

@@ -227,6 +227,61 @@ private Q_SLOTS:
         QCOMPARE(readFile(path), before);
     }
 
+    void framesBehindThePaddingStayDead_data()
+    {
+        QTest::addColumn<int>("version");
+        for (const int version : {2, 3, 4})
+            QTest::addRow("ID3v2.%d", version) << version;
+    }
+    // The end of an older, longer tag lies behind the padding. A value that takes all of the padding must not join it
+    // to the frames again.
+    void framesBehindThePaddingStayDead()
+    {
+        QFETCH(int, version);
+        const char *title = version == 2 ? "TT2" : "TIT2";
+        const QByteArray hidden = textFrame(version, version == 2 ? "TAL" : "TALB", QStringLiteral("HIDDEN"));
+        constexpr int Padding = 20;
+        for (const int length : {Padding - 1, Padding, Padding + 1, 3 * Padding}) {
+            const QString path = file(
+                id3v2(version, textFrame(version, title, QStringLiteral("t")), {.padding = Padding, .tail = hidden}) +
+                audio());
+            QCOMPARE(linked(path).Album(), QString());
+            TagObject object = linked(path);
+            object.setTitle(QString(1 + length, u'x'));
+            QVERIFY(object.SaveV2Tag());
+            QCOMPARE(linked(path).Title(), QString(1 + length, u'x'));
+            QCOMPARE(linked(path).Album(), QString());
+            QVERIFY(readFile(path).contains(hidden)); // nobody asked to remove it
+            QVERIFY(readFile(path).endsWith(audio()));
+        }
+    }
+
+    void aTextForSeveralValuesReadsBack_data()
+    {
+        QTest::addColumn<int>("version");
+        QTest::addColumn<QString>("text");
+        for (const int version : {2, 3, 4}) {
+            QTest::addRow("ID3v2.%d, an empty last value", version) << version << QStringLiteral("a / ");
+            QTest::addRow("ID3v2.%d, nothing but a separator", version) << version << QStringLiteral(" / ");
+            QTest::addRow("ID3v2.%d, an empty value between", version) << version << QStringLiteral("a /  / b");
+            QTest::addRow("ID3v2.%d, outside of Latin-1", version) << version << QStringLiteral("日 / 本 / ");
+        }
+    }
+    void aTextForSeveralValuesReadsBack()
+    {
+        QFETCH(int, version);
+        QFETCH(QString, text);
+        const char *artist = version == 2 ? "TP1" : "TPE1";
+        const QString path = file(id3v2(version, frame(version, artist, QByteArray("\0a\0b", 4))) + audio());
+        TagObject object = linked(path);
+        object.setArtist(text);
+        QVERIFY(object.SaveV2Tag());
+        QCOMPARE(linked(path).Artist(), text);
+        TagObject again = linked(path);
+        again.setArtist(text);
+        QCOMPARE(again.SaveV2Tag().value(), WriteOutcome::Unchanged);
+    }
+
     void anEditedFrameOfSeveralValuesKeepsSeveral()
     {
         const QByteArray before = id3v2(4,
