@@ -341,8 +341,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<WriteOutcome>("outcome");
         QTest::newRow("in place") << (QByteArray(100, 'n') + Large.mid(100)) << WriteOutcome::InPlace;
-        QTest::newRow("appended") << (Large + QByteArray(128, 'n')) << WriteOutcome::InPlace;
-        QTest::newRow("cut") << Large.left(10'000) << WriteOutcome::InPlace;
+        QTest::newRow("appended") << (Large + QByteArray(128, 'n')) << WriteOutcome::Replaced;
+        QTest::newRow("cut") << Large.left(10'000) << WriteOutcome::Replaced;
         QTest::newRow("replaced") << (QByteArray(5000, 'n') + Large) << WriteOutcome::Replaced;
     }
     void aSaveKeepsAttributesAndTheTimeOfCreation()

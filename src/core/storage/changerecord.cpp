@@ -170,7 +170,7 @@ Result<Inverse> inverseOf(platform::File &file, qint64 oldSize, const NewContent
     return inverse.take();
 }
 
-Result<Inverse> inverseOf(platform::File &file, qint64 oldSize, const NewContent &content, const Change &change)
+Inverse inverseOf(const std::vector<Patch> &patches, qint64 size)
 {
     Inverse inverse;
     qint64 reached = 0;
@@ -178,19 +178,13 @@ Result<Inverse> inverseOf(platform::File &file, qint64 oldSize, const NewContent
         if (offset > reached)
             inverse.segments.push_back(Segment::kept(reached, offset - reached));
     };
-    for (const Patch &patch : change.patches) {
+    for (const Patch &patch : patches) {
         keepUntil(patch.offset);
         inverse.segments.push_back(Segment::fresh(patch.oldBytes));
         inverse.written += patch.newBytes;
         reached = patch.offset + patch.oldBytes.size();
     }
-    keepUntil(content.size);
-    if (oldSize > content.size) {
-        auto lost = platform::readExactly(file, content.size, oldSize - content.size);
-        if (!lost)
-            return tl::unexpected(lost.error());
-        inverse.segments.push_back(Segment::fresh(std::move(*lost)));
-    }
+    keepUntil(size);
     return inverse;
 }
 

@@ -15,7 +15,7 @@ struct Inverse
 /// Of any change. Reads from the file, which has the old content, what the new content does not keep.
 Result<Inverse> inverseOf(platform::File &file, qint64 oldSize, const NewContent &content);
 
-/// Of a change in place (Change::Cut, Block and Patches): no larger than what it changes.
-Result<Inverse> inverseOf(platform::File &file, qint64 oldSize, const NewContent &content, const Change &change);
+/// Of a change in place, of a file of that size: no larger than what it changes.
+Inverse inverseOf(const std::vector<Patch> &patches, qint64 size);
 
 } // namespace ravlin::storage

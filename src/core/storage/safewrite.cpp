@@ -266,15 +266,14 @@ private:
             return writeElsewhere();
         const auto way = change.kind == Change::Patches ? ContentWay::Patches : ContentWay::OneStep;
         const auto recorded =
-            record(way, [&] { return inverseOf(*m_original.file, m_original.info.size, m_content, change); });
+            record(way, [&]() -> Result<Inverse> { return inverseOf(change.patches, m_content.size); });
         if (!recorded)
             return tl::unexpected(recorded.error());
         // An interruption would leave some patches in the file, and nobody would know.
         if (way == ContentWay::Patches && !m_ticket)
             return writeElsewhere();
         platform::File &file = *m_original.file;
-        const auto written = change.kind == Change::Cut ? file.truncate(m_content.size)
-                                                        : patchFile(file, m_original.info, change.patches);
+        const auto written = patchFile(file, m_original.info, change.patches);
         if (!written)
             return tl::unexpected(written.error());
         restoreModified(file, m_original.info, m_options);

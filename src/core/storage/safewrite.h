@@ -17,7 +17,7 @@ namespace ravlin::storage {
 enum class WriteOutcome
 {
     Unchanged, ///< the file had this content already; nothing was written
-    InPlace,   ///< a write inside one block of the file, or in a few blocks under the journal's protection, or a cut
+    InPlace,   ///< a write inside one block of the file, or in a few blocks under the journal's protection
     Replaced,  ///< a new file replaced the old one
     Rewritten, ///< the old file was overwritten under the protection of a redo file (several hard links, or an
                ///< owner that a new file could not be given)

@@ -61,19 +61,13 @@ struct Extent
 class Comparison
 {
 public:
-    /// mostExtents: with more, the comparison ends early.
-    Comparison(platform::File &file, qint64 oldSize, std::size_t mostExtents)
-        : m_file(file), m_oldSize(oldSize), m_mostExtents(mostExtents)
-    {
-    }
+    explicit Comparison(platform::File &file) : m_file(file) {}
 
-    /// Compares the new bytes for offset with the file.
+    /// Compares the new bytes for offset with the file. Ends early with more than MostPatches extents.
     Result<void> add(const QByteArray &bytes, qint64 offset)
     {
-        const qint64 common = std::clamp<qint64>(m_oldSize - offset, 0, bytes.size());
-        m_isTooMuch = m_isTooMuch || common < bytes.size();
-        for (qint64 done = 0; done < common && !m_isTooMuch;) {
-            const qint64 length = std::min(CompareChunk, common - done);
+        for (qint64 done = 0; done < bytes.size() && !m_isTooMuch;) {
+            const qint64 length = std::min<qint64>(CompareChunk, bytes.size() - done);
             auto old = platform::readExactly(m_file, offset + done, length);
             if (!old)
                 return tl::unexpected(old.error());
@@ -85,7 +79,6 @@ public:
         return {};
     }
 
-    /// More extents than wanted, or bytes behind the old end.
     bool isTooMuch() const { return m_isTooMuch; }
     const std::vector<Extent> &extents() const { return m_extents; }
 
@@ -118,15 +111,13 @@ private:
             !m_extents.empty() && m_extents.back().begin / AtomicBlockSize == begin / AtomicBlockSize;
         if (isSameBlock)
             m_extents.back().end = end;
-        else if (m_extents.size() < m_mostExtents)
+        else if (m_extents.size() < MostPatches)
             m_extents.push_back({begin, end});
         else
             m_isTooMuch = true;
     }
 
     platform::File &m_file;
-    const qint64 m_oldSize;
-    const std::size_t m_mostExtents;
     std::vector<Extent> m_extents;
     bool m_isTooMuch = false;
     QByteArray m_lastRead;
@@ -178,11 +169,12 @@ Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent
 {
     Change change;
     change.kind = Change::Elsewhere;
-    if (!content.keptStayInPlace)
+    // Size and bytes reach the disk separately. A file that grew may end in zeros after a power cut, and so may one
+    // that was to be cut: the rest of its last block is cleared before its size is known.
+    if (!content.keptStayInPlace || content.size != oldSize)
         return change;
 
-    // Size and bytes reach the disk separately: changing both is not one step.
-    Comparison comparison(file, oldSize, content.size == oldSize ? MostPatches : 0);
+    Comparison comparison(file);
     qint64 offset = 0;
     for (const Segment &segment : content.segments) {
         if (!segment.isKept()) {
@@ -201,7 +193,7 @@ Result<Change> findChange(platform::File &file, qint64 oldSize, const NewContent
         change.patches.push_back({extent.begin, std::move(*oldBytes), std::move(newBytes)});
     }
     if (change.patches.empty())
-        change.kind = content.size < oldSize ? Change::Cut : Change::None;
+        change.kind = Change::None;
     else
         change.kind = change.patches.size() == 1 ? Change::Block : Change::Patches;
     return change;

@@ -35,10 +35,9 @@ struct Change
     enum Kind
     {
         None,
-        Cut,       ///< only the end goes away
         Block,     ///< one patch
         Patches,   ///< one in each of a few blocks
-        Elsewhere, ///< anything larger: needs a new file
+        Elsewhere, ///< anything larger, or of another size: needs a new file
     };
     Kind kind = None;
     std::vector<Patch> patches; ///< from the front; for Block and Patches

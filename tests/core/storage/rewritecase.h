@@ -102,16 +102,18 @@ public:
         return {Segment::kept(7000, m_old.size())};
     }
 
-    Result<storage::WriteOutcome> rewriteForward(platform::FileSystem &fileSystem) const
+    Result<storage::WriteOutcome> rewriteForward(
+        platform::FileSystem &fileSystem, const storage::WriteOptions &options = {}) const
     {
-        return rewrite(fileSystem, forward());
+        return rewrite(fileSystem, forward(), options);
     }
-    Result<storage::WriteOutcome> rewrite(
-        platform::FileSystem &fileSystem, const std::vector<storage::Segment> &segments) const
+    Result<storage::WriteOutcome> rewrite(platform::FileSystem &fileSystem,
+        const std::vector<storage::Segment> &segments, storage::WriteOptions options = {}) const
     {
         FakeJournal journal(m_journalFolder.path(QStringLiteral("journal")));
-        storage::Journal *const used = m_way == Way::Patched ? &journal : nullptr;
-        return storage::rewriteFile(fileSystem, m_path, infoOf(m_path), segments, {.journal = used});
+        if (m_way == Way::Patched)
+            options.journal = &journal;
+        return storage::rewriteFile(fileSystem, m_path, infoOf(m_path), segments, options);
     }
     /// What the next start of a program does.
     bool recover() const

@@ -49,6 +49,7 @@ class TestLeftovers : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void announcedTemporariesAreRemoved();
     void leftoverNames();
     void aTemporaryFileIsGoneWithItsObject();
     void aTemporaryFileGetsItsFinalName();
@@ -306,6 +307,48 @@ void TestLeftovers::withoutLocksNothingIsStale()
     QCOMPARE(folder.names(), QStringList{StaleFile});
     QVERIFY(TemporaryFile::create(fileSystem, folder.path()));
     QVERIFY(fileSystem.hasFired());
+}
+
+void TestLeftovers::announcedTemporariesAreRemoved()
+{
+    const ScratchFolder folder;
+    const QString inTheMaking = QStringLiteral(".ravlin-00000000000000aa.tmp");
+    const QDir dir(folder.path());
+    const auto makeTree = [&](QFile::Permissions permissions) {
+        dir.mkpath(inTheMaking + QStringLiteral("/below"));
+        folder.write(inTheMaking + QStringLiteral("/below/song.mp3"), "half");
+        QFile::setPermissions(folder.path(inTheMaking), permissions);
+    };
+    constexpr auto OwnerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    // A folder that is not the user's alone, or that has a user's name, stays.
+    makeTree(OwnerOnly | QFile::ReadOther);
+    QVERIFY(!removeTemporary(native(), folder.path(), inTheMaking));
+    dir.mkpath(QStringLiteral("album"));
+    QFile::setPermissions(folder.path(QStringLiteral("album")), OwnerOnly);
+    QVERIFY(!removeTemporary(native(), folder.path(), QStringLiteral("album")));
+    QVERIFY(!removeTemporary(native(), folder.path(), QStringLiteral("../") + nameOf(folder.path())));
+    QFile::setPermissions(folder.path(inTheMaking), OwnerOnly);
+    {
+        // Somebody is at work in it.
+        const auto held = *native().openFolder(folder.path(inTheMaking));
+        QVERIFY(held->tryLock().value());
+        QVERIFY(!removeTemporary(native(), folder.path(), inTheMaking));
+    }
+    QVERIFY(QFile::exists(folder.path(inTheMaking + QStringLiteral("/below/song.mp3"))));
+    QVERIFY(removeTemporary(native(), folder.path(), inTheMaking));
+    QCOMPARE(folder.names(), QStringList(QStringLiteral("album")));
+    {
+        const auto used = TemporaryFolder::create(*native().openFolder(folder.path()));
+        QVERIFY(!removeTemporary(native(), folder.path(), nameOf(used->path())));
+        const auto file = TemporaryFile::create(native(), folder.path());
+        QVERIFY(!removeTemporary(native(), folder.path(), nameOf(file->path())));
+    }
+    ravlin::test::createNew(folder.path(inTheMaking)).value();
+    QVERIFY(removeTemporary(native(), folder.path(), inTheMaking));
+    // What is gone needs no removing.
+    QVERIFY(removeTemporary(native(), folder.path(), inTheMaking));
+    QVERIFY(removeTemporary(native(), folder.path(QStringLiteral("none")), inTheMaking));
+    QCOMPARE(folder.names(), QStringList(QStringLiteral("album")));
 }
 
 QTEST_GUILESS_MAIN(TestLeftovers)

@@ -140,9 +140,9 @@ void TestSafeWrite::writesContent_data()
         WriteOutcome::Replaced);
     row("two blocks", 20'000, {fresh(changed(0, 10)), kept(10, 19'980), fresh(changed(19'990, 10))},
         WriteOutcome::Replaced);
-    row("cut at the end", 20'000, {kept(0, 19'872)}, WriteOutcome::InPlace);
-    row("cut with the rest given as bytes", 20'000, {fresh(old.left(128))}, WriteOutcome::InPlace);
-    row("cut to nothing", 20'000, {}, WriteOutcome::InPlace);
+    row("cut at the end", 20'000, {kept(0, 19'872)}, WriteOutcome::Replaced);
+    row("cut with the rest given as bytes", 20'000, {fresh(old.left(128))}, WriteOutcome::Replaced);
+    row("cut to nothing", 20'000, {}, WriteOutcome::Replaced);
     row("appended inside the last block", 20'000, {kept(0, 20'000), fresh(sample(128, 2))}, WriteOutcome::Replaced);
     row("appended over the block's end", 20'000, {kept(0, 20'000), fresh(sample(600, 2))}, WriteOutcome::Replaced);
     row("appended at a block's start", 16'384, {kept(0, 16'384), fresh(sample(128, 2))}, WriteOutcome::Replaced);
@@ -307,7 +307,7 @@ void TestSafeWrite::symbolicLinkStaysLink()
     QCOMPARE(*rewrite(link, {Segment::fresh(replaced)}), WriteOutcome::Replaced);
     QVERIFY(QFileInfo(link).isSymbolicLink());
     QCOMPARE(ScratchFolder::read(file), replaced);
-    QCOMPARE(*rewrite(link, {Segment::kept(0, 11'990)}), WriteOutcome::InPlace);
+    QCOMPARE(*rewrite(link, {Segment::kept(0, 11'990)}), WriteOutcome::Replaced);
     QVERIFY(QFileInfo(link).isSymbolicLink());
     QCOMPARE(ScratchFolder::read(file), replaced.left(11'990));
 }
@@ -327,7 +327,7 @@ void TestSafeWrite::hardLinksSeeNewContent()
         const QByteArray wanted = applied(present, segments);
         const auto result = rewrite(path, segments);
         QVERIFY2(result, qPrintable(result ? QString() : result.error().detail));
-        QCOMPARE(*result, size == 0 ? WriteOutcome::InPlace : WriteOutcome::Rewritten);
+        QCOMPARE(*result, WriteOutcome::Rewritten);
         QCOMPARE(ScratchFolder::read(path), wanted);
         QCOMPARE(ScratchFolder::read(other), wanted);
         QCOMPARE(infoOf(other).inode, inode);

@@ -75,6 +75,8 @@ class TestSafeWriteFaults : public QObject
 private Q_SLOTS:
     void everyStepFails_data() { addWaysAndFaults({{"fails", Fault::Fail}, {"fails half-way", Fault::FailLater}}); }
     void everyStepFails();
+    void readOnlyFileGetsItsModeBack_data() { addWays(); }
+    void readOnlyFileGetsItsModeBack();
     void everythingFailsFromStepOn_data() { addWays(); }
     void everythingFailsFromStepOn();
     void shortTransfersAreContinued_data() { addWays(); }
@@ -130,6 +132,33 @@ void TestSafeWriteFaults::everyStepFails()
         if (!faulty.hasFired()) {
             QVERIFY(result);
             QVERIFY(failures >= 3);
+            return;
+        }
+    }
+    QFAIL("never went through");
+}
+
+void TestSafeWriteFaults::readOnlyFileGetsItsModeBack()
+{
+    QFETCH(Way, way);
+    int failures = 0;
+    for (int step = 0; step < MostSteps; ++step) {
+        const RewriteCase rewriteCase(way);
+        QVERIFY(ravlin::test::setPermissions(rewriteCase.path(), 0444));
+        FaultyFileSystem faulty;
+        Call last = Call::Open; // the one that fails
+        faulty.beforeCall = [&](Call call) {
+            if (!faulty.hasFired())
+                last = call;
+        };
+        faulty.setPlan({.fault = Fault::Fail, .at = step});
+        const auto result = rewriteCase.rewriteForward(faulty, {.readOnlyFile = ReadOnlyFile::MakeWritable});
+        failures += result ? 0 : 1;
+        // Unless setting it is what fails.
+        if (last != Call::SetPermissions)
+            QCOMPARE(infoOf(rewriteCase.path()).permissions, quint32(0444));
+        if (!faulty.hasFired()) {
+            QVERIFY(result && failures >= 3);
             return;
         }
     }
