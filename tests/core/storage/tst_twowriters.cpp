@@ -46,7 +46,8 @@ std::vector<Segment> withByte(const std::vector<Segment> &segments, char byte)
 }
 
 /// Saves when the clock shows that time; returns the exit status: 0 if it wrote, 1 if the file was changed meanwhile.
-int saveAt(std::chrono::steady_clock::time_point start, const RewriteCase &rewriteCase, const FileInfo &before, char byte)
+int saveAt(
+    std::chrono::steady_clock::time_point start, const RewriteCase &rewriteCase, const FileInfo &before, char byte)
 {
     while (std::chrono::steady_clock::now() < start) {
     }
@@ -107,7 +108,8 @@ void TestTwoWriters::onlyOneWrites()
         firstOnes += winner == 'A' ? 1 : 0;
         QByteArray wanted;
         for (const Segment &segment : withByte(rewriteCase.forward(), winner))
-            wanted += segment.isKept() ? rewriteCase.oldContent().mid(segment.oldOffset, segment.length) : segment.bytes;
+            wanted +=
+                segment.isKept() ? rewriteCase.oldContent().mid(segment.oldOffset, segment.length) : segment.bytes;
         QCOMPARE(ScratchFolder::read(rewriteCase.path()), wanted);
         QVERIFY(rewriteCase.isClean());
     }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Contract: a song whose overwriting was interrupted is whole before anything else is done with it, whichever step comes
-// next: listing its folder or the one above, reading it, saving it by either link, copying, moving or deleting it or the
-// folder that it is in. One that nobody can settle is read and copied as it is, but neither saved nor moved nor deleted.
+// Contract: a song whose overwriting was interrupted is whole before anything else is done with it, whichever step
+// comes next: listing its folder or the one above, reading it, saving it by either link, copying, moving or deleting it
+// or the folder that it is in. One that nobody can settle is read and copied as it is, but neither saved nor moved nor
+// deleted.
 
 #include "core/files/list/folderscan.h"
 #include "core/files/operations/deletion.h"
@@ -48,8 +49,8 @@ public:
             if (call == Call::SyncFolder)
                 faulty.setPlan({.fault = Fault::Short, .at = 1, .forEver = true});
         };
-        const auto saved = storage::rewriteFile(
-            faulty, m_song, infoOf(m_song), {storage::Segment::fresh(m_new.first(3500)), storage::Segment::fresh(m_new.sliced(3500))});
+        const auto saved = storage::rewriteFile(faulty, m_song, infoOf(m_song),
+            {storage::Segment::fresh(m_new.first(3500)), storage::Segment::fresh(m_new.sliced(3500))});
         if (saved || saved.error().code != ErrorCode::HalfWritten || isWhole(m_song))
             qFatal("the save was not interrupted");
     }
