@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cli/command.h"
 #include "core/app/programstate.h"
+#include "core/app/settings.h"
 #include "core/files/list/folderscan.h"
 #include "core/files/operations/playlist.h"
 #include "core/platform/desktop.h"
@@ -67,7 +68,9 @@ int runPlaylist(const Arguments &arguments, Console &console)
     }
     const QString folder = platform::withEndSeparator(given);
     const Result<Listing> listing =
-        arguments.has(RecursiveOption.name) ? ListFolderTree(folder) : ListFolder(folder, {});
+        arguments.has(RecursiveOption.name)
+            ? ListFolderTree(folder, {.skipTrashFolders = FurtherOptions::restored(Settings()).skipTrashFolders})
+            : ListFolder(folder, {});
     if (!listing) {
         if (listing.error().code == ErrorCode::NotAFile)
             console.fail(given, u"this is not a folder"_s);

@@ -2,6 +2,7 @@
 #include "cli/command.h"
 #include "cli/recordwriter.h"
 #include "core/app/programstate.h"
+#include "core/app/settings.h"
 #include "core/files/list/folderscan.h"
 #include "core/platform/path.h"
 #include "core/tags/mpeg/xanalyze.h"
@@ -61,7 +62,7 @@ Result<Listing> listing(const QString &folder, bool recursive)
     if (folder.isEmpty()) // with a separator appended it would be the root
         return tl::unexpected(Error{ErrorCode::NotFound, folder, {}});
     if (recursive)
-        return ListFolderTree(folder);
+        return ListFolderTree(folder, {.skipTrashFolders = FurtherOptions::restored(Settings()).skipTrashFolders});
     return ListFolder(platform::withEndSeparator(folder), {});
 }
 

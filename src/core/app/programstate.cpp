@@ -89,6 +89,12 @@ FurtherOptions FurtherOptions::restored(const Settings &settings)
     return options;
 }
 
+bool FurtherOptions::hasProtections(const Settings &settings)
+{
+    return std::ranges::any_of(ProtectionKeys,
+        [&settings](const ProtectionKey &protection) { return !settings.read(protection.key).isEmpty(); });
+}
+
 void FurtherOptions::store(Settings &settings) const
 {
     const FurtherOptions stored = restored(settings);

@@ -64,6 +64,8 @@ struct FurtherOptions
 
     /// A stored text without a known meaning gives the default.
     static FurtherOptions restored(const Settings &settings);
+    /// Whether the settings say anything about a protection.
+    static bool hasProtections(const Settings &settings);
     /// Reaches the file with Settings::save(). Does not write an option that means the same as the stored text: a value
     /// that only a later version knows stays until the user chooses another.
     void store(Settings &settings) const;

@@ -27,10 +27,12 @@ inline constexpr QStringView RenameCase = u"rename case";
 inline constexpr QStringView MultiCase = u"multi case";
 inline constexpr QStringView RenameReplace = u"rename replace";
 inline constexpr QStringView MultiReplace = u"multi replace";
-inline constexpr QStringView Servidor = u"servidor";           ///< host name of the CD-database server
-inline constexpr QStringView Correo = u"correo";               ///< e-mail address sent to that server
-inline constexpr QStringView DirRename = u"dir rename";        ///< mode of the directory rename: "1", "2" or empty
-inline constexpr QStringView DirRenameVar = u"dir rename var"; ///< pattern of the directory rename
+inline constexpr QStringView Servidor = u"servidor";                ///< host name of the CD-database server
+inline constexpr QStringView Correo = u"correo";                    ///< e-mail address sent to that server
+inline constexpr QStringView DirRename = u"dir rename";             ///< mode of the directory rename: "1", "2" or empty
+inline constexpr QStringView DirRenameVar = u"dir rename var";      ///< pattern of the directory rename
+inline constexpr QStringView ProtectionOffered = u"cuida ofrecido"; ///< "si": the user has seen the protections
+inline constexpr QStringView Unsaved = u"sin guardar"; ///< texts typed and not saved when the window closed
 
 } // namespace settingskey
 

@@ -446,7 +446,7 @@ constexpr std::array<Row, TextCount> Rows{{
             u"nouveau\u00a0: une sauvegarde peut laisser tel quel ce que vous n'avez pas modifié"}},
     {Text::NoticeDetails, {u"details", u"detalles", u"détails"}},
     {Text::NoticePutBack, {u"put back", u"recuperar", u"remettre"}},
-    {Text::NoticeChoose, {u"choose...", u"elegir...", u"choisir..."}},
+    {Text::NoticeChoose, {u"choose", u"elegir", u"choisir"}},
     {Text::NoticeClose, {u"close this notice", u"cerrar este aviso", u"fermer cet avis"}},
     {Text::TipNoticeDetails,
         {u"what was done to each file", u"lo que se hizo con cada archivo", u"ce qui a été fait de chaque fichier"}},

@@ -57,10 +57,10 @@ struct FileRecord
     qint64 id = 0; ///< 0: only in memory
     storage::ChangeKind change = storage::ChangeKind::Content;
     FileState state = FileState::Done;
-    QString path;                             ///< before
-    QString newPath;                          ///< after; empty if it is the same, or there is none
-    std::vector<storage::ValueChange> values; ///< only those that changed
-    std::optional<Error> error;               ///< of Failed
+    QString path = {};                             ///< before
+    QString newPath = {};                          ///< after; empty if it is the same, or there is none
+    std::vector<storage::ValueChange> values = {}; ///< only those that changed
+    std::optional<Error> error = {};               ///< of Failed
 };
 
 struct Entry
@@ -81,6 +81,7 @@ struct Summary
     std::vector<FileRecord> files; ///< in the order in which they were taken; at most MostFiles
     qsizetype doneCount = 0;
     qsizetype failedCount = 0;
+    qsizetype notTriedCount = 0;  ///< the operation ended before these; set by whoever ran it
     std::optional<Error> problem; ///< why it can't be taken back, if it can't
     QStringList changedByOthers;  ///< files that another program had changed since they were shown
 

@@ -45,6 +45,8 @@ public:
     Result<FileInfo> info(const QString &name) const;
     /// Opens a plain file of this folder for reading; errors as those of FileSystem::open.
     Result<std::unique_ptr<File>> openFile(const QString &name) const;
+    /// Whether no folder of the same drive lies above it. False if that can't be found out.
+    bool isTopOfDrive() const;
     /// Device and inode: equal for one folder reached by different paths.
     std::pair<quint64, quint64> identity() const;
 

@@ -75,10 +75,10 @@ void furtheroptions::createLayout()
 
 void furtheroptions::show(const FurtherOptions &options)
 {
+    m_given = options;
     m_version->setCurrentIndex(m_version->findData(options.newTagVersion));
     m_keepTimes->setChecked(options.keepFileTimes);
     m_click->setCurrentIndex(m_click->findData(static_cast<int>(options.doubleClick)));
-    m_shownColumnsText = options.hiddenColumns;
     const ColumnSet hidden = hiddenColumnsFromText(options.hiddenColumns);
     for (std::size_t i = 0; i < m_columns.size(); ++i)
         m_columns[i]->setChecked(!hidden[i]);
@@ -89,14 +89,14 @@ FurtherOptions furtheroptions::choices() const
     ColumnSet hidden;
     for (std::size_t i = 1; i < m_columns.size(); ++i)
         hidden[i] = !m_columns[i]->isChecked();
-    FurtherOptions options;
+    FurtherOptions options = m_given; // what the page does not show stays
     options.newTagVersion = m_version->currentData().toInt();
     options.keepFileTimes = m_keepTimes->isChecked();
     options.doubleClick = static_cast<DoubleClick>(m_click->currentData().toInt());
     // Keep the wording of unchanged columns.
-    options.hiddenColumns = hidden == hiddenColumnsFromText(m_shownColumnsText)
-                                ? m_shownColumnsText
-                                : textOfHiddenColumns(hidden, m_shownColumnsText);
+    options.hiddenColumns = hidden == hiddenColumnsFromText(m_given.hiddenColumns)
+                                ? m_given.hiddenColumns
+                                : textOfHiddenColumns(hidden, m_given.hiddenColumns);
     return options;
 }
 

@@ -36,7 +36,7 @@ private:
     void createLayout();
 
     const Captions &m_captions;
-    QString m_shownColumnsText; ///< the text of the hidden columns given to show()
+    FurtherOptions m_given; ///< to show()
     QGroupBox *m_writing = nullptr;
     PlainLabel *m_versionLabel = nullptr;
     QComboBox *m_version = nullptr;

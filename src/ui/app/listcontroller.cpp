@@ -26,14 +26,17 @@ void ListController::openFolder(const QString &path)
 
 void ListController::RefreshList()
 {
-    list(m_program.state.currentFolderAsChosen, &ravlin::RefreshList);
+    const bool keepsTree = m_program.state.options.keepSubfolders && m_scan == &RefreshListTree;
+    list(m_program.state.currentFolderAsChosen, keepsTree ? &RefreshListTree : &ravlin::RefreshList);
 }
 
-void ListController::RefreshListAt(const QString &rowText)
+void ListController::RefreshListAt(const QString &rowText, const QStringList &selected)
 {
     m_nextCurrent = rowText;
+    m_nextSelected = selected;
     RefreshList();
     m_nextCurrent.clear();
+    m_nextSelected.reset();
 }
 
 void ListController::ListFolderTree()
@@ -53,21 +56,30 @@ void ListController::list(const QString &folder, Scan scan)
         return;
     ProgramState &state = m_program.state;
     const QString formerFolder = state.currentFolder;
+    const QStringList selected = m_nextSelected.value_or(m_list.selectedRowTexts());
     enterFolder(state, folder, m_program.fileSystem);
+    const bool isSameFolder = state.currentFolder == formerFolder;
     Listing listing;
     std::ignore = runReading(0, [&](const ScanOptions &options) { listing = scan(state.currentFolder, options); });
+    m_scan = scan;
     m_stopped = listing.isComplete ? nullptr : scan;
-    if (state.currentFolder == formerFolder)
+    if (isSameFolder)
         fillAgain(std::move(listing.rows));
     else
         m_list.setRows(std::move(listing.rows));
     showCurrentRow();
-    // What works on the selected rows works on the whole folder, so not after a part of it was listed.
-    if (listing.isComplete)
-        m_list.selectAllRows();
-    else
-        m_list.selectNone();
+    selectRows(isSameFolder, listing.isComplete, selected);
     Q_EMIT listed();
+}
+
+void ListController::selectRows(bool isSameFolder, bool isComplete, const QStringList &selected)
+{
+    if (isSameFolder && m_program.state.options.keepSelection)
+        m_list.selectRows(selected);
+    else if (isComplete)
+        m_list.selectAllRows();
+    else // what works on the selected rows works on the whole folder, so not after a part of it was listed
+        m_list.selectNone();
 }
 
 /// Keeps the scroll position and the current row, so that a user can work down the list.
@@ -87,7 +99,10 @@ bool ListController::runReading(int steps, const std::function<void(const ScanOp
 {
     std::stop_source stop;
     const bool ran = m_busy.runReading(steps, stop, [&](const ProgressReport &progress) {
-        work({.cache = &m_program.tagCache, .progress = progress, .stop = stop.get_token()});
+        work({.cache = &m_program.tagCache,
+            .progress = progress,
+            .stop = stop.get_token(),
+            .skipTrashFolders = m_program.state.options.skipTrashFolders});
     });
     return ran && !stop.stop_requested();
 }

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace ravlin {
@@ -27,10 +28,12 @@ public:
 
     /// Makes a folder the current one and lists it.
     void openFolder(const QString &path);
-    /// Lists the current folder again, without the folders below it. The current row stays the one of the same file.
+    /// Lists the current folder again, without the folders below it unless the option says to keep them. The current
+    /// row stays the one of the same file. All rows are selected afterwards or, if the option says so, the same files.
     void RefreshList();
-    /// The same after files were renamed: the row with that text becomes current, if there is one.
-    void RefreshListAt(const QString &rowText);
+    /// The same after files were renamed: the row with that text becomes current, if there is one. selected: the
+    /// present texts of the rows that were selected.
+    void RefreshListAt(const QString &rowText, const QStringList &selected);
     /// Lists the current folder with all folders below it.
     void ListFolderTree();
     /// Lists again what a stopped listing left out. Does nothing after a complete one.
@@ -46,7 +49,7 @@ public:
     void showCurrentRow();
 
 Q_SIGNALS:
-    /// The list was filled anew. All rows are selected or, if the user stopped the listing, none.
+    /// The list was filled anew.
     void listed();
 
 private:
@@ -54,6 +57,7 @@ private:
 
     void list(const QString &folder, Scan scan);
     void fillAgain(std::vector<ListRow> rows);
+    void selectRows(bool isSameFolder, bool isComplete, const QStringList &selected);
     /// Runs work that the user can stop. Returns whether it ran to its end.
     bool runReading(int steps, const std::function<void(const ScanOptions &)> &work);
 
@@ -61,8 +65,10 @@ private:
     FileList &m_list;
     StatusPanels &m_panels;
     Busy &m_busy;
-    Scan m_stopped = nullptr; ///< the scan of the present rows, if it was stopped
+    Scan m_scan = nullptr;    ///< the scan of the present rows
+    Scan m_stopped = nullptr; ///< the same, if it was stopped
     QString m_nextCurrent;    ///< the row to become current with the next filling; empty: the present one
+    std::optional<QStringList> m_nextSelected; ///< likewise the rows to be selected
 };
 
 } // namespace ravlin

@@ -4,6 +4,7 @@
 #include "core/app/programstate.h"
 #include "ui/app/furtheroptions.h"
 #include "ui/app/program.h"
+#include "ui/app/protectionbox.h"
 #include "ui/controls/making.h"
 #include "ui/controls/plain/messagebox.h"
 #include "ui/controls/plain/plainlabel.h"
@@ -69,6 +70,7 @@ void opciones::createControls()
     m_update = made<QGroupBox>("update", this, QStringLiteral("update"));
     m_checkVersion = made<QPushButton>("upd", m_update);
     m_checkVersion->setAutoDefault(false);
+    m_protection = new ProtectionBox(this);
     m_ok = made<QPushButton>("ok", this, QStringLiteral("save"));
     m_ok->setDefault(true);
     m_cancel = made<QPushButton>("cancel", this, QStringLiteral("cancel"));
@@ -106,6 +108,7 @@ QWidget *opciones::createFirstPage()
     rows->addWidget(m_general);
     rows->addWidget(m_freedb);
     rows->addWidget(m_update);
+    rows->addWidget(m_protection);
     rows->addStretch();
     return page;
 }
@@ -132,7 +135,9 @@ void opciones::load()
     const QString language = code.isEmpty() ? QStringLiteral("english") : languageNameFromCode(code);
     if (!language.isEmpty())
         m_language->setCurrentText(language);
-    m_further->show(FurtherOptions::restored(settings));
+    const FurtherOptions options = FurtherOptions::restored(settings);
+    m_further->show(options);
+    m_protection->show(options);
     changeLanguage();
     if (const QString remembers = settings.read(settingskey::Recuerda);
         remembers == QStringLiteral("si") || remembers == QStringLiteral("no"))
@@ -149,6 +154,13 @@ void opciones::offerToRemember()
 {
     if (m_program.settings.read(settingskey::Recuerda).isEmpty())
         m_remember->setChecked(true);
+}
+
+void opciones::offerProtection()
+{
+    m_hasOffered = !FurtherOptions::hasProtections(m_program.settings);
+    if (m_hasOffered)
+        m_protection->offer();
 }
 
 void opciones::changeLanguage()
@@ -181,6 +193,7 @@ void opciones::applyCaptions()
         m_mode->addItem(captions.text(ModeCaptions[i]), FirstTagSaveMode + static_cast<int>(i));
     showStoredMode();
     m_further->applyCaptions();
+    m_protection->applyCaptions(captions);
     fitToScreen(this);
 }
 
@@ -203,7 +216,10 @@ void opciones::storeChoices()
     settings.write(settingskey::Servidor, m_server->text());
     settings.write(settingskey::Correo, m_mail->text());
     m_program.state.options = m_further->choices();
+    m_protection->choose(m_program.state.options);
     m_program.state.options.store(settings);
+    if (m_hasOffered)
+        settings.write(settingskey::ProtectionOffered, QStringLiteral("si"));
 }
 
 void opciones::accept()

@@ -13,6 +13,7 @@ class QTabWidget;
 namespace ravlin {
 
 class PlainLabel;
+class ProtectionBox;
 class furtheroptions;
 
 struct Program;
@@ -33,6 +34,8 @@ public:
 
     /// For the very first start: ticks that the last folder is opened again, unless the settings say otherwise.
     void offerToRemember();
+    /// Ticks the protections, for the user to agree; unless the settings say something about them.
+    void offerProtection();
 
     /// Writes the choices into the settings and applies them. If the settings' file can't be written, a box says so;
     /// the choices apply all the same, and the program tries again when it ends.
@@ -51,6 +54,7 @@ private:
     void showSaveError(const QString &detail);
 
     Program &m_program;
+    bool m_hasOffered = false; ///< the protections
     QTabWidget *m_pages = nullptr;
     furtheroptions *m_further = nullptr;
     QGroupBox *m_general = nullptr;
@@ -66,6 +70,7 @@ private:
     QLineEdit *m_mail = nullptr;
     QGroupBox *m_update = nullptr;
     QPushButton *m_checkVersion = nullptr;
+    ProtectionBox *m_protection = nullptr;
     QPushButton *m_ok = nullptr;
     QPushButton *m_cancel = nullptr;
 };

@@ -3,11 +3,14 @@
 
 #include "core/files/list/linknote.h"
 #include "core/platform/desktop.h"
+#include "core/platform/path.h"
+#include "ui/app/aviso.h"
 #include "ui/app/batchpages.h"
 #include "ui/app/commandbar.h"
 #include "ui/app/filecommands.h"
 #include "ui/app/listcontroller.h"
 #include "ui/app/modetabs.h"
+#include "ui/app/notices.h"
 #include "ui/app/openwindows.h"
 #include "ui/app/program.h"
 #include "ui/app/programdialogs.h"
@@ -16,6 +19,7 @@
 #include "ui/app/windowservices.h"
 #include "ui/controls/busy.h"
 #include "ui/controls/esperate.h"
+#include "ui/controls/pagearea.h"
 #include "ui/controls/plain/tooltips.h"
 #include "ui/controls/splitpanel.h"
 #include "ui/files/filelist.h"
@@ -27,6 +31,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QScreen>
@@ -132,6 +137,8 @@ void principal::createPanes()
 void principal::createPages()
 {
     m_services = new WindowServices(m_program.state, *m_list, *m_lister, *m_busy, this);
+    m_notice = new aviso(m_program.captions, m_area);
+    m_notice->installEventFilter(this);
     m_tabs = new ModeTabs(m_area);
     m_tabs->setObjectName(QStringLiteral("tabs"));
     m_singleFilePage = new SingleFilePage(m_program.pageContext(*m_services), m_tabs);
@@ -151,6 +158,13 @@ void principal::createCommands()
     m_fileCommands = new FileCommands(parts, [this] { return lastTag(); });
     m_commandBar = new CommandBar(parts, *m_fileCommands, *m_dialogs);
     m_commandBar->addToListMenu(m_options);
+    m_notices = new Notices(
+        parts, *m_notice, *m_singleFilePage, *m_dialogs, [this](const QString &path) { return showFile(path); });
+    m_save = new QAction(this);
+    m_save->setObjectName(QStringLiteral("save"));
+    m_save->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_S));
+    addAction(m_save);
+    connect(m_save, &QAction::triggered, this, &principal::saveByKey);
     connect(m_dialogs, &ProgramDialogs::patternsEdited, m_batchPages, &BatchPages::refreshPatterns);
     connect(m_batchPages, &BatchPages::finished, m_fileCommands, &FileCommands::ended);
 }
@@ -180,6 +194,9 @@ void principal::connectParts()
     connect(m_batchPages, &BatchPages::finished, this, &principal::showCurrentFile);
     connect(m_list, &FileList::rightClicked, this, [this] { m_tabs->setCurrentIndex(0); });
     connect(m_list, &FileList::fileActivated, this, &principal::activateFile);
+    connect(m_services, &WindowServices::recorded, m_notice,
+        [this](const history::Summary &summary) { m_notice->showSummary(summary); });
+    connect(m_notice, &aviso::undoRequested, m_fileCommands, &FileCommands::undo);
     connect(m_options, &QAction::triggered, m_dialogs, &ProgramDialogs::openOptions);
     connect(m_info, &QAction::triggered, m_dialogs, &ProgramDialogs::openAbout);
     connect(m_dialogs, &ProgramDialogs::optionsClosed, this, &principal::applyOptions);
@@ -195,7 +212,8 @@ void principal::setTabOrder()
     QWidget::setTabOrder(buttons.back(), m_tree);
     QWidget::setTabOrder(m_tree, bar);
     QWidget::setTabOrder(bar, m_list);
-    QWidget::setTabOrder(m_list, m_tabs->tabBar());
+    QWidget::setTabOrder(m_list, m_notice);
+    QWidget::setTabOrder(m_notice, m_tabs->tabBar());
 }
 
 void principal::chooseTagSaveMode()
@@ -214,6 +232,32 @@ void principal::applyOptions()
 void principal::chooseAtFirstRun()
 {
     m_dialogs->chooseAtFirstRun();
+    m_notices->offerAtStart();
+}
+
+/// The file's folder is opened if the list shows another one.
+bool principal::showFile(const QString &path)
+{
+    const auto findRow = [&] {
+        const QString &folder = m_program.state.currentFolder;
+        return !folder.isEmpty() && path.startsWith(folder) ? m_list->rowOf(path.mid(folder.size())) : -1;
+    };
+    if (findRow() < 0)
+        m_tree->setPath(platform::folderOf(path));
+    const int row = findRow();
+    if (row < 0)
+        return false;
+    m_tabs->setCurrentWidget(m_singleFilePage);
+    m_list->setCurrentRow(row, FileList::Selection::ThisRowOnly);
+    showCurrentFile();
+    return true;
+}
+
+void principal::saveByKey()
+{
+    const auto *page = qobject_cast<PageArea *>(m_tabs->currentWidget());
+    if (QAbstractButton *button = page == nullptr ? nullptr : page->saveButton())
+        button->click();
 }
 
 /// Does what a double click is set to do.
@@ -276,6 +320,8 @@ void principal::applyCaptions()
     m_list->setTooLargeText(captions.text(Text::TagTooLarge));
     m_toolbar->applyCaptions(captions);
     m_commandBar->applyCaptions();
+    m_notice->applyCaptions();
+    m_save->setText(captions.text(Text::CommandSave));
     m_tabs->applyCaptions(captions);
     m_waitWindow->setWindowTitle(captions.text(Text::TitleWaiting));
     m_waitWindow->setStopText(captions.text(Text::StopWork));
@@ -293,7 +339,8 @@ void principal::applyNames()
     m_statusPanels->setAccessibleName(captions.text(Text::NameStatusBar));
 }
 
-/// Places the toolbar on top, the pages at the foot with the height that they need, the panes between them.
+/// Places the toolbar on top, the pages at the foot with the height that they need, the panes between them. The notice
+/// takes its height from the panes.
 void principal::placeParts()
 {
     const int width = m_area->width();
@@ -305,15 +352,27 @@ void principal::placeParts()
     const int tabsHeight = std::min(m_tabs->heightForWidth(tabsWidth), (m_area->height() - toolbarHeight) / 2);
     const int tabsTop = m_area->height() - tabsHeight - Margin;
     m_tabs->setGeometry((width - tabsWidth) / 2, tabsTop, tabsWidth, tabsHeight);
-    m_splitter->setGeometry(left, toolbarHeight, panes, std::max(0, tabsTop - toolbarHeight - Margin));
+    int panesEnd = tabsTop - Margin;
+    if (!m_notice->isHidden()) {
+        const int noticeHeight = std::min(m_notice->sizeHint().height(), std::max(0, panesEnd - toolbarHeight));
+        m_notice->setGeometry(left, panesEnd - noticeHeight, panes, noticeHeight);
+        panesEnd -= noticeHeight + Margin;
+    }
+    m_splitter->setGeometry(left, toolbarHeight, panes, std::max(0, panesEnd - toolbarHeight));
 }
 
 bool principal::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_area && (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest))
         placeParts();
+    if (watched == m_notice && (event->type() == QEvent::ShowToParent || event->type() == QEvent::HideToParent))
+        placeParts();
+    if (leavesUndoToWindow(watched, event)) {
+        event->ignore();
+        return true;
+    }
     // A text box would take a dropped file's address as text. Ignored there, the drop reaches the window.
-    if (event->type() == QEvent::DragEnter && watched != m_area) {
+    if (event->type() == QEvent::DragEnter && watched != m_area && watched != m_notice) {
         auto *drag = static_cast<QDragEnterEvent *>(event);
         if (drag->mimeData()->hasUrls()) {
             drag->ignore();
@@ -321,6 +380,17 @@ bool principal::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return QMainWindow::eventFilter(watched, event);
+}
+
+/// A text box claims the keys of undo and redo even if it has nothing to take back.
+bool principal::leavesUndoToWindow(const QObject *watched, QEvent *event) const
+{
+    const auto *edit = qobject_cast<const QLineEdit *>(watched);
+    if (edit == nullptr || event->type() != QEvent::ShortcutOverride)
+        return false;
+    const auto *key = static_cast<QKeyEvent *>(event);
+    return (key->matches(QKeySequence::Undo) && !edit->isUndoAvailable()) ||
+           (key->matches(QKeySequence::Redo) && !edit->isRedoAvailable());
 }
 
 /// The dropped folder, or the folder of the dropped file; empty for anything else.
@@ -372,6 +442,7 @@ void principal::saveSettings()
         settings.write(settingskey::Ruta, folder);
     m_batchPages->storeChoices();
     m_program.choices.store(settings);
+    m_notices->store();
     settings.write(GeometryKey, QString::fromLatin1(saveGeometry().toBase64()));
     settings.write(SplitterPositionKey, QString::number(m_splitter->position()));
     // Nobody is left to see an error. If saving fails, the file stays as it was.

@@ -7,6 +7,7 @@ class QAction;
 
 namespace ravlin {
 
+class aviso;
 class BatchPages;
 class Busy;
 class CommandBar;
@@ -16,6 +17,7 @@ class FileList;
 class FolderTree;
 class ListController;
 class ModeTabs;
+class Notices;
 class OpenWindows;
 class ProgramDialogs;
 class SingleFilePage;
@@ -38,7 +40,8 @@ public:
     ~principal() override;
 
     /// On the very first run, when no tag-save mode was ever chosen, opens the options dialog to choose one. Returns
-    /// once it is closed. Call it before the window is shown.
+    /// once it is closed. Call it before the window is shown. Later runs offer what is left of earlier ones in the
+    /// notice bar.
     void chooseAtFirstRun();
     /// Opens the folder that the command line names or, if it is empty and the user has chosen so, the last one. If
     /// that does not exist, opens none.
@@ -65,6 +68,9 @@ private:
     void chooseTagSaveMode();
     void applyOptions();
     void activateFile(int row);
+    bool showFile(const QString &path);
+    void saveByKey();
+    bool leavesUndoToWindow(const QObject *watched, QEvent *event) const;
     void placeParts();
     void applyNames();
     QString droppedFolder(const QDropEvent *event) const;
@@ -84,6 +90,7 @@ private:
     SplitPanel *m_splitter = nullptr;
     FolderTree *m_tree = nullptr;
     FileList *m_list = nullptr;
+    aviso *m_notice = nullptr;
     ModeTabs *m_tabs = nullptr;
     StatusPanels *m_statusPanels = nullptr;
     ListController *m_lister = nullptr;
@@ -93,6 +100,8 @@ private:
     ProgramDialogs *m_dialogs = nullptr;
     FileCommands *m_fileCommands = nullptr;
     CommandBar *m_commandBar = nullptr;
+    Notices *m_notices = nullptr;
+    QAction *m_save = nullptr;
     bool m_isStartFolderMissing = false;
     bool m_isPageBehind = false; ///< another row was clicked while the single-file page was hidden
 };

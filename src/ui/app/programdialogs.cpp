@@ -39,6 +39,7 @@ void ProgramDialogs::chooseAtFirstRun()
         return;
     opciones *dialog = createOptions();
     dialog->offerToRemember();
+    dialog->offerProtection();
     dialog->exec();
 }
 
@@ -46,6 +47,15 @@ void ProgramDialogs::openOptions()
 {
     if (!raise(m_options))
         createOptions()->open();
+}
+
+void ProgramDialogs::offerProtection()
+{
+    if (raise(m_options))
+        return;
+    opciones *dialog = createOptions();
+    dialog->offerProtection();
+    dialog->open();
 }
 
 void ProgramDialogs::openAbout()

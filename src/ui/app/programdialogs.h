@@ -23,6 +23,8 @@ public:
     void chooseAtFirstRun();
     /// Opens a window, or brings it to the front, and returns at once.
     void openOptions();
+    /// The same with the protections ticked, if the settings say nothing about them.
+    void offerProtection();
     void openAbout();
     void openPatterns();
     /// Opens the lookup of discs for the selected files; does nothing while none is selected.

@@ -43,9 +43,12 @@ bool WindowServices::moveCurrent(qsizetype step)
     if (!current.isValid() || !next.isValid())
         return false;
     QItemSelectionModel *selection = m_list.selectionModel();
-    selection->select(current, QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+    const bool selectsOne = m_state.options.keepSelection;
+    if (!selectsOne)
+        selection->select(current, QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
     m_list.setCurrentRow(next.row(), FileList::Selection::Keep);
-    selection->select(next, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    selection->select(next,
+        (selectsOne ? QItemSelectionModel::ClearAndSelect : QItemSelectionModel::Select) | QItemSelectionModel::Rows);
     m_controller.showCurrentRow();
     return true;
 }
@@ -55,10 +58,19 @@ void WindowServices::refreshList()
     m_controller.RefreshList();
 }
 
-void WindowServices::refreshListAt(const QString &path)
+/// Empty for a file outside the current folder.
+QString WindowServices::rowTextOf(const QString &path) const
 {
     const QString &folder = m_controller.currentFolder();
-    m_controller.RefreshListAt(path.startsWith(folder) ? path.mid(folder.size()) : QString());
+    return path.startsWith(folder) ? path.mid(folder.size()) : QString();
+}
+
+void WindowServices::refreshListAt(const QString &path, const QStringList &selected)
+{
+    QStringList texts;
+    for (const QString &one : selected)
+        texts << rowTextOf(one);
+    m_controller.RefreshListAt(rowTextOf(path), texts);
 }
 
 bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<void(const ProgressReport &)> &work)
@@ -71,10 +83,28 @@ bool WindowServices::runWithProgress(qsizetype rowCount, const std::function<voi
     return m_busy.run(static_cast<int>(rowCount), work);
 }
 
-bool WindowServices::ask(const QString &question)
+void WindowServices::record(history::Kind kind, const std::function<std::optional<WorkFailures>()> &work)
+{
+    if (m_busy.isRunning())
+        return;
+    const std::optional<WorkFailures> failures = work();
+    if (!failures)
+        return;
+    history::Summary summary;
+    summary.entry.kind = kind;
+    for (const auto &[path, error] : failures->failed)
+        summary.files.push_back({.state = history::FileState::Failed, .path = path, .error = error});
+    summary.failedCount = static_cast<qsizetype>(summary.files.size());
+    summary.notTriedCount = failures->notTried;
+    Q_EMIT recorded(summary);
+}
+
+bool WindowServices::ask(const QString &question, const QString &furtherText)
 {
     MessageBox box(MessageBox::Question, QString(), question, MessageBox::Yes | MessageBox::No, m_window);
     box.setObjectName(QStringLiteral("question"));
+    box.setFurtherText(furtherText);
+    box.setDefaultButton(MessageBox::No);
     return box.exec() == MessageBox::Yes;
 }
 

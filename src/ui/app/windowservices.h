@@ -28,12 +28,19 @@ public:
     qsizetype selectedCount() const override;
     bool moveCurrent(qsizetype step) override;
     void refreshList() override;
-    void refreshListAt(const QString &path) override;
+    void refreshListAt(const QString &path, const QStringList &selected) override;
     bool runWithProgress(qsizetype rowCount, const std::function<void(const ProgressReport &)> &work) override;
-    bool ask(const QString &question) override;
+    void record(history::Kind kind, const std::function<std::optional<WorkFailures>()> &work) override;
+    bool ask(const QString &question, const QString &furtherText) override;
     void showError(const QString &text) override;
 
+Q_SIGNALS:
+    /// An operation that may have changed files has ended.
+    void recorded(const history::Summary &summary);
+
 private:
+    QString rowTextOf(const QString &path) const;
+
     ProgramState &m_state;
     FileList &m_list;
     ListController &m_controller;

@@ -3,6 +3,8 @@
 
 #include <QWidget>
 
+class QAbstractButton;
+
 namespace ravlin {
 
 class PageFoot;
@@ -22,6 +24,9 @@ public:
     /// Call it when texts have changed: otherwise the size hints stay those of the old texts until the next pass of the
     /// event loop.
     void contentChanged();
+
+    /// What saves the page's tags; nullptr on a page that saves none.
+    virtual QAbstractButton *saveButton() const { return nullptr; }
 
     bool hasHeightForWidth() const override { return true; }
     /// Holds before the page has been shown, too.

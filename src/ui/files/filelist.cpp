@@ -11,6 +11,7 @@
 #include <QFont>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QSet>
 
 #include <algorithm>
 #include <numeric>
@@ -175,6 +176,16 @@ void FileList::selectAllRows()
         return;
     const QItemSelection all(m_model->index(0, 0), m_model->index(rowCount() - 1, ListColumnCount - 1));
     selectionModel()->select(all, QItemSelectionModel::ClearAndSelect);
+}
+
+void FileList::selectRows(const QStringList &texts)
+{
+    const QSet<QString> wanted(texts.begin(), texts.end());
+    std::vector<bool> flags;
+    flags.reserve(static_cast<std::size_t>(rowCount()));
+    for (const ListRow &row : m_model->rows())
+        flags.push_back(wanted.contains(row.text()));
+    selectionModel()->select(rangesOf(flags), QItemSelectionModel::ClearAndSelect);
 }
 
 void FileList::selectNone()

@@ -58,6 +58,8 @@ public:
     QStringList selectedRowTexts() const;
     bool isRowSelected(int row) const;
     void selectAllRows();
+    /// Selects the rows with these texts, and no others.
+    void selectRows(const QStringList &texts);
     void selectNone();
     void selectAll() override { selectAllRows(); }
 

@@ -126,6 +126,11 @@ void ExtractPage::applyIcons()
     m_extract->setIcon(themedIcon(QStringLiteral("save"), palette()));
 }
 
+QAbstractButton *ExtractPage::saveButton() const
+{
+    return m_extract;
+}
+
 void ExtractPage::run()
 {
     const QStringList paths = m_context.owner.selectedPaths();
@@ -133,10 +138,12 @@ void ExtractPage::run()
     m_pattern->remember();
     ExtractionOutcome outcome;
     m_outlook->stop();
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
-        m_outlook->waitForFile();
-        outcome = runExtraction(paths, pattern, m_context.tagStore, m_context.state, progress);
-    });
+    const bool ran =
+        m_context.owner.runRecorded(history::Kind::Extract, paths.size(), [&](const ProgressReport &progress) {
+            m_outlook->waitForFile();
+            outcome = runExtraction(paths, pattern, m_context.tagStore, m_context.state, progress);
+            return failuresOf(paths, outcome.rows);
+        });
     if (!ran)
         return;
     if (outcome.rows.hasError(ErrorCode::LowSpace))

@@ -27,6 +27,7 @@ public:
     /// Shows how many files a run would write.
     void selectionChanged();
     void applyCaptions();
+    QAbstractButton *saveButton() const override;
 
 Q_SIGNALS:
     /// A run has ended and the list was filled again. The current row has to be shown again.

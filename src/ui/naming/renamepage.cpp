@@ -21,6 +21,7 @@
 
 #include <QCheckBox>
 #include <QGridLayout>
+#include <QHash>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -33,11 +34,29 @@ namespace {
 
 constexpr int LabelsInARow = 4;
 
-/// Where a file is after the run.
-QString placeOf(const QString &path, const RenamingOutcome &outcome)
+/// Where the files are after the run.
+QStringList placesOf(const QStringList &paths, const RenamingOutcome &outcome)
 {
-    const auto row = std::ranges::find(outcome.rows, path, &RenameRow::from);
-    return row == outcome.rows.end() ? path : row->path;
+    QHash<QString, QString> places;
+    for (const RenameRow &row : outcome.rows)
+        places.insert(row.from, row.path);
+    QStringList now;
+    for (const QString &path : paths)
+        now << places.value(path, path);
+    return now;
+}
+
+/// Rows that were to get another name and did not, for a reason of the system or of the rules for names.
+WorkFailures failuresOf(const RenamingOutcome &outcome)
+{
+    WorkFailures failures;
+    for (const RenameRow &row : outcome.rows) {
+        if (row.error)
+            failures.failed.emplace_back(row.from, *row.error);
+        else if (row.problem && row.state == RenameState::Refused)
+            failures.failed.emplace_back(row.from, Error{ErrorCode::InvalidArgument, row.from, {}});
+    }
+    return failures;
 }
 
 } // namespace
@@ -230,14 +249,16 @@ void RenamePage::run()
         return;
     }
     RenamingOutcome outcome;
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
-        outcome = runRenaming(m_context.fileSystem, renaming->plan, {progress});
-    });
+    const bool ran =
+        m_context.owner.runRecorded(history::Kind::Rename, paths.size(), [&](const ProgressReport &progress) {
+            outcome = runRenaming(m_context.fileSystem, renaming->plan, {progress});
+            return failuresOf(outcome);
+        });
     if (!ran)
         return;
     if (m_context.undoHistory != nullptr)
         m_context.undoHistory->addRenames(outcome.renames, outcome.foldersMade);
-    m_context.owner.refreshListAt(placeOf(current, outcome));
+    m_context.owner.refreshListAt(placesOf({current}, outcome).front(), placesOf(paths, outcome));
     Q_EMIT finished();
     const std::size_t renamed = outcome.count(RenameState::Rename);
     m_hint->setText(m_context.captions.text(Text::HintRenamed).arg(renamed).arg(outcome.rows.size() - renamed));

@@ -30,7 +30,7 @@ std::optional<qsizetype> DiscSaving::save(const std::vector<DiscFile> &files, co
 bool DiscSaving::run(const std::vector<DiscFile> &files, const DiscFields &disc, BatchOutcome &outcome)
 {
     const int count = static_cast<int>(files.size());
-    return m_owner.runWithProgress(count, [&](const ProgressReport &progress) {
+    return m_owner.runRecorded(history::Kind::Lookup, count, [&](const ProgressReport &progress) {
         // Comes from the thread that saves.
         const auto show = [&](const Progress &now) {
             progress(now);
@@ -39,6 +39,10 @@ bool DiscSaving::run(const std::vector<DiscFile> &files, const DiscFields &disc,
                 Qt::QueuedConnection);
         };
         outcome = saveDisc(files, disc, m_tagStore, m_state, show);
+        QStringList paths;
+        for (const DiscFile &file : files)
+            paths << file.path;
+        return failuresOf(paths, outcome);
     });
 }
 

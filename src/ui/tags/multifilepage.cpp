@@ -247,16 +247,23 @@ void MultiFilePage::showConverted(const TagRecord &boxes)
     m_comment->setText(boxes.Comment);
 }
 
+QAbstractButton *MultiFilePage::saveButton() const
+{
+    return m_save;
+}
+
 void MultiFilePage::run()
 {
     const QStringList paths = m_context.owner.selectedPaths();
     MultiEdit edit(page());
     BatchOutcome outcome;
     m_outlook->stop();
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
-        m_outlook->waitForFile();
-        outcome = runMultiEdit(paths, edit, m_context.tagStore, m_context.state, progress);
-    });
+    const bool ran =
+        m_context.owner.runRecorded(history::Kind::Multi, paths.size(), [&](const ProgressReport &progress) {
+            m_outlook->waitForFile();
+            outcome = runMultiEdit(paths, edit, m_context.tagStore, m_context.state, progress);
+            return failuresOf(paths, outcome);
+        });
     if (!ran)
         return;
     showConverted(edit.page().boxes);

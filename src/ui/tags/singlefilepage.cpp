@@ -3,6 +3,7 @@
 
 #include "core/app/batch.h"
 #include "core/app/idiomas.h"
+#include "core/app/notice.h"
 #include "core/app/pageowner.h"
 #include "core/tags/store/tageditor.h"
 #include "core/tags/store/tagstore.h"
@@ -26,6 +27,19 @@
 #include <limits>
 
 namespace ravlin {
+
+namespace {
+
+/// What the removal of a tag takes with it.
+QString whatGoes(const Captions &captions, qsizetype count, Caption removal)
+{
+    if (removal == Caption::RemoveV1) // holds nothing but the fields of the page
+        return fileCountText(captions, count);
+    return count == 1 ? captions.text(Text::AskRemoveOne)
+                      : captions.text(Text::AskRemoveMany).arg(captions.locale().toString(count));
+}
+
+} // namespace
 
 SingleFilePage::SingleFilePage(const PageContext &context, QWidget *parent)
     : PageArea(parent), m_context(context), m_streamReader(context.fileSystem)
@@ -195,8 +209,10 @@ void SingleFilePage::ShowCurrent()
         reset();
         return;
     }
+    leaveEdits();
     setSavingEnabled(true);
     m_isShowingFile = true;
+    m_path = path;
     // Shows whatever could be read; a failed read shows nothing.
     const Result<void> read = m_context.tagStore.ReadTag(path, m_record);
     m_isTagTooLarge = !read && read.error().code == ErrorCode::TagTooLarge;
@@ -211,8 +227,10 @@ void SingleFilePage::ShowCurrent()
 
 void SingleFilePage::reset()
 {
+    leaveEdits();
     setSavingEnabled(false);
     m_isShowingFile = false;
+    m_path.clear();
     m_isTagTooLarge = false;
     m_record = {};
     showPage(m_record);
@@ -287,6 +305,34 @@ void SingleFilePage::showPage(const TagRecord &record)
     show(m_title, record.Title);
     show(m_track, record.Track);
     show(m_comment, record.Comment);
+    m_shown = page();
+}
+
+std::optional<UnsavedEdits> SingleFilePage::unsavedEdits() const
+{
+    if (!m_isShowingFile)
+        return {};
+    const TagRecord typed = page();
+    return typed == m_shown ? std::nullopt : std::optional(UnsavedEdits{m_path, typed});
+}
+
+/// Tells what was typed before the page shows something else.
+void SingleFilePage::leaveEdits()
+{
+    if (const std::optional<UnsavedEdits> edits = unsavedEdits())
+        Q_EMIT editsLeft(*edits);
+}
+
+void SingleFilePage::putBack(const TagRecord &typed)
+{
+    const TagRecord filled = m_shown;
+    showPage(typed);
+    m_shown = filled;
+}
+
+QAbstractButton *SingleFilePage::saveButton() const
+{
+    return m_save;
 }
 
 /// What a save would write into a file, as the page is now.
@@ -313,21 +359,26 @@ void SingleFilePage::save()
     PageSave::Conversion convert;
     if (const ConversionChoice choice = m_conversion->choice(); choice.on)
         convert = [choice](const QString &text) { return applyConversion(ConversionKind::Case, choice, text); };
-    PageSave pageSave(m_context.tagStore, page(), convert);
+    const UnsavedEdits typed{m_path, page()};
+    PageSave pageSave(m_context.tagStore, typed.record, convert);
     BatchOutcome outcome;
     m_outlook->stop();
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
-        m_outlook->waitForFile();
-        outcome = runBatch(
-            paths, m_context.state, progress, [&pageSave](const QString &path) { return pageSave.save(path); },
-            TagWritingPolicy);
-    });
+    const bool ran =
+        m_context.owner.runRecorded(history::Kind::Single, paths.size(), [&](const ProgressReport &progress) {
+            m_outlook->waitForFile();
+            outcome = runBatch(
+                paths, m_context.state, progress, [&pageSave](const QString &path) { return pageSave.save(path); },
+                TagWritingPolicy);
+            return failuresOf(paths, outcome);
+        });
     if (!ran)
         return;
     showPage(pageSave.page());
     if (outcome.hasError(ErrorCode::LowSpace))
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     listAgain();
+    if (outcome.doneCount() < paths.size())
+        Q_EMIT editsLeft(typed);
     tellRefused(m_context.captions, paths, outcome, window());
 }
 
@@ -341,20 +392,23 @@ void SingleFilePage::step(qsizetype rows)
 void SingleFilePage::removeTag(Caption caption, Result<void> (TagStore::*remove)(const QString &))
 {
     const QStringList paths = m_context.owner.selectedPaths();
-    if (!m_context.owner.ask(m_context.captions.text(caption) + u'?'))
+    const Captions &captions = m_context.captions;
+    if (!m_context.owner.ask(captions.text(caption) + u'?', whatGoes(captions, paths.size(), caption)))
         return;
     TagStore &store = m_context.tagStore;
     BatchOutcome outcome;
-    const bool ran = m_context.owner.runWithProgress(paths.size(), [&](const ProgressReport &progress) {
-        // Skip files that fail, without a message unless they were refused.
-        outcome = runBatch(
-            paths, m_context.state, progress, [&store, remove](const QString &path) { return (store.*remove)(path); },
-            RowByRowPolicy);
-    });
+    const bool ran =
+        m_context.owner.runRecorded(history::Kind::RemoveTags, paths.size(), [&](const ProgressReport &progress) {
+            // Skip files that fail, without a message unless they were refused.
+            outcome = runBatch(
+                paths, m_context.state, progress,
+                [&store, remove](const QString &path) { return (store.*remove)(path); }, RowByRowPolicy);
+            return failuresOf(paths, outcome);
+        });
     if (!ran)
         return;
     listAgain();
-    tellRefused(m_context.captions, paths, outcome, window());
+    tellRefused(captions, paths, outcome, window());
 }
 
 void SingleFilePage::listAgain()

@@ -3,12 +3,13 @@
 
 #include "core/app/captiontable.h"
 #include "core/tags/mpeg/streamdetails.h"
-#include "core/tags/record/tagrecord.h"
+#include "core/tags/record/unsavededits.h"
 #include "core/tags/store/saveoutlook.h"
 #include "ui/controls/pagearea.h"
 #include "ui/controls/pagecontext.h"
 
 #include <array>
+#include <optional>
 
 class QComboBox;
 class QLineEdit;
@@ -50,6 +51,16 @@ public:
     const TagRecord &shownRecord() const { return m_record; }
     bool isShowingFile() const { return m_isShowingFile; }
 
+    /// What the page holds beyond what it showed: typed and not saved.
+    std::optional<UnsavedEdits> unsavedEdits() const;
+    /// Puts texts that were typed before onto the page, which shows their file.
+    void putBack(const TagRecord &typed);
+    QAbstractButton *saveButton() const override;
+
+Q_SIGNALS:
+    /// The page no longer holds what was typed: it shows another file, or a save did not go through.
+    void editsLeft(const UnsavedEdits &edits);
+
 protected:
     void applyIcons() override;
 
@@ -68,10 +79,13 @@ private:
     TagRecord page() const;
     OutlookReader::Prepare preparing() const;
     void showPage(const TagRecord &record);
+    void leaveEdits();
     void setSavingEnabled(bool enabled);
 
     PageContext m_context;
     TagRecord m_record;
+    QString m_path;    ///< of the shown file
+    TagRecord m_shown; ///< the page as it was filled: what differs was typed
     bool m_isShowingFile = false;
     bool m_isTagTooLarge = false; ///< of the shown file; part of it was not read
     StreamDetailsReader m_streamReader;

@@ -372,6 +372,8 @@ private Q_SLOTS:
         QString question;
         QString yes;
         QString no;
+        QString further;
+        bool isNoDefault = false;
         QTimer::singleShot(0, this, [&] {
             auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
             if (!box)
@@ -379,12 +381,16 @@ private Q_SLOTS:
             question = box->text();
             yes = box->button(QMessageBox::Yes)->text();
             no = box->button(QMessageBox::No)->text();
+            further = box->informativeText();
+            isNoDefault = box->defaultButton() == box->button(QMessageBox::No);
             box->reject();
         });
         control<QPushButton>(u"eliminav1"_s)->click();
         QTEST(question, "question");
         QTEST(yes, "yes");
         QTEST(no, "no");
+        QCOMPARE(further, m_program->captions.text(Text::CountFileOne));
+        QVERIFY(isNoDefault);
     }
 };
 

@@ -396,7 +396,9 @@ private Q_SLOTS:
             way << QApplication::focusWidget()->objectName();
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         } while (QApplication::focusWidget() != list(u"cidioma"_s) && way.size() < 20);
-        QCOMPARE(way.join(u' '), u"cidioma ctags opreme tserver tmail upd ok cancel qt_tabwidget_tabbar"_s);
+        QCOMPARE(way.join(u' '),
+            u"cidioma ctags opreme tserver tmail upd chcampos chseleccion chsubcarpetas chpapelera ok "
+            u"cancel qt_tabwidget_tabbar"_s);
     }
 
     void enterInATextBoxSaves()

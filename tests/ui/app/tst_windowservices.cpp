@@ -2,6 +2,7 @@
 // What pages get from the main window: the paths of current and selected rows, a step to another row, a list filled
 // again at a renamed file, and work that starts without the mark of a former refusal.
 
+#include "ui/app/listcontroller.h"
 #include "ui/app/principalfixture.h"
 #include "ui/app/windowservices.h"
 
@@ -67,12 +68,79 @@ private Q_SLOTS:
     {
         clickRow(0);
         QVERIFY(QFile::rename(at(u"a.mp3"_s), at(u"d.mp3"_s)));
-        services()->refreshListAt(at(u"d.mp3"_s));
+        services()->refreshListAt(at(u"d.mp3"_s), {});
         QCOMPARE(services()->currentPath(), at(u"d.mp3"_s));
         services()->refreshList();
         QCOMPARE(services()->currentPath(), at(u"d.mp3"_s));
-        services()->refreshListAt(u"/elsewhere/b.mp3"_s);
+        services()->refreshListAt(u"/elsewhere/b.mp3"_s, {});
         QCOMPARE(services()->currentPath(), at(u"d.mp3"_s));
+    }
+
+    void aRefreshSelectsAllOrTheSameFiles()
+    {
+        clickRow(1);
+        services()->refreshList();
+        QCOMPARE(services()->selectedCount(), 3);
+        m_program->state.options.keepSelection = true;
+        clickRow(1);
+        services()->refreshList();
+        QCOMPARE(services()->selectedPaths(), QStringList(at(u"b.mp3"_s)));
+        list()->selectAllRows();
+        QVERIFY(QFile::remove(at(u"c.mp3"_s)));
+        services()->refreshList();
+        QCOMPARE(services()->selectedPaths(), (QStringList{at(u"a.mp3"_s), at(u"b.mp3"_s)}));
+        list()->selectNone();
+        services()->refreshList();
+        QCOMPARE(services()->selectedCount(), 0);
+        addFile(u"sub/x.mp3"_s);
+        tree()->refresh();
+        tree()->setPath(at(u"sub"_s));
+        QCOMPARE(services()->selectedCount(), 1); // another folder
+    }
+
+    void renamedFilesStaySelected()
+    {
+        m_program->state.options.keepSelection = true;
+        clickRow(0);
+        QVERIFY(QFile::rename(at(u"a.mp3"_s), at(u"d.mp3"_s)));
+        services()->refreshListAt(at(u"d.mp3"_s), {at(u"d.mp3"_s), u"/elsewhere/b.mp3"_s});
+        QCOMPARE(services()->selectedPaths(), QStringList(at(u"d.mp3"_s)));
+        QCOMPARE(services()->currentPath(), at(u"d.mp3"_s));
+    }
+
+    void aStepSelectsOneRowIfAskedTo()
+    {
+        list()->setCurrentRow(0, FileList::Selection::Keep);
+        QVERIFY(services()->moveCurrent(1));
+        QCOMPARE(services()->selectedPaths(), (QStringList{at(u"b.mp3"_s), at(u"c.mp3"_s)}));
+        m_program->state.options.keepSelection = true;
+        list()->selectAllRows();
+        QVERIFY(services()->moveCurrent(1));
+        QCOMPARE(services()->selectedPaths(), QStringList(at(u"c.mp3"_s)));
+        QVERIFY(services()->moveCurrent(-1));
+        QCOMPARE(services()->selectedPaths(), QStringList(at(u"b.mp3"_s)));
+    }
+
+    void aListWithSubfoldersKeepsThemIfAskedTo()
+    {
+        addFile(u"sub/x.mp3"_s);
+        auto *lister = m_window->findChild<ListController *>();
+        lister->ListFolderTree();
+        QCOMPARE(list()->rowCount(), 4);
+        services()->refreshList();
+        QCOMPARE(list()->rowCount(), 3);
+        m_program->state.options.keepSubfolders = true;
+        services()->refreshList();
+        QCOMPARE(list()->rowCount(), 3); // it was not made with subfolders
+        lister->ListFolderTree();
+        services()->refreshList();
+        QCOMPARE(list()->rowCount(), 4);
+        services()->refreshListAt(at(u"a.mp3"_s), {});
+        QCOMPARE(list()->rowCount(), 4);
+        tree()->refresh();
+        tree()->setPath(at(u"sub"_s));
+        tree()->setPath(path());
+        QCOMPARE(list()->rowCount(), 3);
     }
 
     void workStartsWithoutTheFlagOfAFormerRefusal()

@@ -281,6 +281,9 @@ private Q_SLOTS:
         choose(3, u"%3"_s);
         rename();
         QCOMPARE(m_owner.events.last(), u"refresh at "_s + at(u"x.mp3"_s));
+        QVERIFY(m_owner.selectedNow.contains(at(u"x.mp3"_s)));
+        QCOMPARE(m_owner.selectedNow.size(), m_owner.selectedCount());
+        QCOMPARE(m_owner.recorded, QList<history::Kind>{history::Kind::Rename});
         QCOMPARE(finished.size(), 1);
         QCOMPARE(hint(), u"renamed: 1; left as they were: 1"_s);
     }

@@ -27,6 +27,10 @@ public:
     QStringList events; ///< every call but queries about the rows, in order
     QStringList advanced;
     QList<qsizetype> rowCounts;
+    QList<history::Kind> recorded;        ///< of work that changes files
+    std::optional<WorkFailures> failures; ///< of the last such work
+    QString askedFurther;                 ///< what stood below the last question
+    QStringList selectedNow;              ///< given to the last refresh after a renaming
 
     /// Does what a click on a row does.
     void click(qsizetype row)
@@ -66,8 +70,9 @@ public:
         events << QStringLiteral("refresh");
         onRefresh();
     }
-    void refreshListAt(const QString &path) override
+    void refreshListAt(const QString &path, const QStringList &nowSelected) override
     {
+        selectedNow = nowSelected;
         events << QStringLiteral("refresh at ") + path;
         onRefresh();
     }
@@ -81,8 +86,16 @@ public:
         std::jthread([&] { work([this](const Progress &now) { advanced << now.path; }); }).join();
         return true;
     }
-    bool ask(const QString &question) override
+    void record(history::Kind kind, const std::function<std::optional<WorkFailures>()> &work) override
     {
+        if (isBusy)
+            return;
+        recorded << kind;
+        failures = work();
+    }
+    bool ask(const QString &question, const QString &furtherText) override
+    {
+        askedFurther = furtherText;
         events << QStringLiteral("ask ") + question;
         return answer;
     }

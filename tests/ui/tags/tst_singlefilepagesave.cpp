@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <QSignalSpy>
+
 using namespace Qt::StringLiterals;
 using namespace ravlin;
 using namespace ravlin::test;
@@ -308,6 +310,63 @@ private Q_SLOTS:
         press("eliminav2");
         QCOMPARE(m_owner.events, (QStringList{u"ask remove id3v1 tag?"_s, u"ask remove id3v2 tag?"_s}));
         QCOMPARE(readFile(path), content);
+        QVERIFY(m_owner.recorded.isEmpty());
+    }
+
+    void theQuestionSaysWhatGoes()
+    {
+        addFile(u"a.mp3"_s, tagged(u"x"_s) + id3v1({.title = "x"}));
+        addFile(u"b.mp3"_s);
+        m_owner.answer = false;
+        clickRow(0);
+        press("eliminav2");
+        QCOMPARE(m_owner.askedFurther, u"1 file; pictures, lyrics and ratings in it go too"_s);
+        m_owner.selectAll();
+        press("eliminav2");
+        QCOMPARE(m_owner.askedFurther, u"2 files; pictures, lyrics and ratings in them go too"_s);
+        press("eliminav1");
+        QCOMPARE(m_owner.askedFurther, u"2 files"_s); // that tag holds nothing of the kind
+    }
+
+    void whatFailedIsRecorded()
+    {
+        for (const QString &name : {u"1.mp3"_s, u"2.mp3"_s, u"3.mp3"_s})
+            addFile(name, tagged(u"x"_s));
+        clickRow(0);
+        m_owner.selectAll();
+        setText("Ttitulo", u"typed"_s);
+        QVERIFY(QFile::remove(m_owner.rows.at(1)));
+        QSignalSpy left(m_page.get(), &SingleFilePage::editsLeft);
+        press("edita");
+        QCOMPARE(m_owner.recorded, QList<history::Kind>{history::Kind::Single});
+        QCOMPARE(m_owner.failures->failed.size(), size_t{1});
+        QCOMPARE(m_owner.failures->failed.front().first, m_owner.rows.at(1));
+        QCOMPARE(m_owner.failures->notTried, 1);
+        QCOMPARE(left.size(), 1); // what was typed did not reach all files
+        QCOMPARE(left.first().first().value<UnsavedEdits>().record.Title, u"typed"_s);
+        press("eliminav2");
+        QCOMPARE(m_owner.recorded.last(), history::Kind::RemoveTags);
+        QCOMPARE(m_owner.failures->failed.size(), size_t{1});
+        QCOMPARE(m_owner.failures->notTried, 0);
+    }
+
+    void typedTextsAreToldOnlyIfTheyWereNotSaved()
+    {
+        addFile(u"1.mp3"_s, tagged(u"x"_s));
+        addFile(u"2.mp3"_s, tagged(u"y"_s));
+        clickRow(0);
+        QSignalSpy left(m_page.get(), &SingleFilePage::editsLeft);
+        QVERIFY(!m_page->unsavedEdits());
+        setText("Ttitulo", u"typed"_s);
+        QCOMPARE(m_page->unsavedEdits()->path, m_owner.rows.at(0));
+        press("edita");
+        QVERIFY(!m_page->unsavedEdits());
+        clickRow(1);
+        QCOMPARE(left.size(), 0);
+        control<QComboBox>("cestilo")->setCurrentIndex(3);
+        m_page->reset();
+        QCOMPARE(left.size(), 1);
+        QVERIFY(!m_page->unsavedEdits());
     }
 
     void aTagKindIsRemovedFromEverySelectedFileInListOrder()

@@ -64,7 +64,7 @@ public:
             return tl::unexpected(folder.error());
         if (!m_seen.insert(folder->identity()).second)
             return QStringList();
-        const Result<std::vector<platform::FolderEntry>> entries = folder->entries(m_options.stop);
+        Result<std::vector<platform::FolderEntry>> entries = folder->entries(m_options.stop);
         if (!entries)
             return tl::unexpected(entries.error());
         if (m_options.stop.stop_requested())
@@ -85,6 +85,8 @@ public:
             m_found.push_back(std::move(files));
         if (m_options.progress)
             m_options.progress({m_readCount, m_fileCount, folderPath});
+        if (m_options.skipTrashFolders)
+            removeTrashFolders(*entries, *folder);
         return subfolders(*entries, folderPath, m_options.stop);
     }
 
@@ -121,6 +123,14 @@ public:
     }
 
 private:
+    static void removeTrashFolders(std::vector<platform::FolderEntry> &entries, const platform::Folder &folder)
+    {
+        const auto isTrash = [](const platform::FolderEntry &entry) { return isTrashFolderName(entry.name); };
+        // The system is asked only where there is such a name: nearly nowhere.
+        if (std::ranges::any_of(entries, isTrash) && folder.isTopOfDrive())
+            std::erase_if(entries, isTrash);
+    }
+
     /// Makes rows of the files found since the last call.
     void readFound()
     {
@@ -158,6 +168,20 @@ private:
 };
 
 } // namespace
+
+bool isTrashFolderName(const QString &name)
+{
+    constexpr QStringView Trash = u".Trash";
+    if (name == Trash || name == u"lost+found")
+        return true;
+    if (name.startsWith(u".Trash-")) { // and a user's number
+        const QStringView number = QStringView(name).mid(Trash.size() + 1);
+        return !number.isEmpty() &&
+               std::ranges::all_of(number, [](QChar letter) { return letter >= u'0' && letter <= u'9'; });
+    }
+    return name.compare(u"$RECYCLE.BIN", Qt::CaseInsensitive) == 0 ||
+           name.compare(u"System Volume Information", Qt::CaseInsensitive) == 0;
+}
 
 Result<Listing> ListFolder(const QString &folderPath, const QString &relativePrefix, const ScanOptions &options)
 {

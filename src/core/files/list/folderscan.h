@@ -41,10 +41,14 @@ struct ScanOptions
     /// Called only by the thread that called the scan: with each folder searched (total is the number of files found so
     /// far), now and then while other threads read files, and when the last one is done.
     ProgressReport progress = {};
-    std::stop_token stop = {}; ///< ends the scan early
+    std::stop_token stop = {};     ///< ends the scan early
+    bool skipTrashFolders = false; ///< ListFolderTree leaves out what isTrashFolderName() says at the top of a drive
     /// The files found in so long a search are read before it goes on: if it is stopped, there are rows.
     std::chrono::milliseconds longSearch = std::chrono::seconds(1);
 };
+
+/// Whether a folder of that name at the top of a drive holds what was deleted, or is the system's own.
+bool isTrashFolderName(const QString &name);
 
 /// Lists the MP3 files directly in a folder, in the order of the file system: plain files that are not hidden and whose
 /// names end in ".mp3" in any case. Reads their tags on all cores. A file that can't be read has no row. relativePrefix

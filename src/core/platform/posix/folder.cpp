@@ -127,6 +127,17 @@ Result<std::unique_ptr<File>> Folder::openFile(const QString &name) const
     return openPlainFile(::dirfd(m_native->stream), native.constData(), O_RDONLY, m_native->path + name);
 }
 
+bool Folder::isTopOfDrive() const
+{
+    struct stat above
+    {
+    };
+    if (::fstatat(::dirfd(m_native->stream), "..", &above, 0) != 0)
+        return false;
+    // The top of all is the folder above itself.
+    return above.st_dev != m_native->identity.first || above.st_ino == m_native->identity.second;
+}
+
 std::pair<quint64, quint64> Folder::identity() const
 {
     return m_native->identity;

@@ -3,6 +3,8 @@
 
 #include "core/platform/windows/file.h"
 
+#include <vector>
+
 namespace ravlin::platform {
 namespace {
 
@@ -110,6 +112,16 @@ Result<FileInfo> Folder::info(const QString &name) const
 Result<std::unique_ptr<File>> Folder::openFile(const QString &name) const
 {
     return FileSystem::native().open(m_native->path + name, OpenMode::Read);
+}
+
+bool Folder::isTopOfDrive() const
+{
+    const NativePath folder(m_native->path);
+    std::vector<wchar_t> top(m_native->path.size() + MAX_PATH);
+    if (::GetVolumePathNameW(folder.text(), top.data(), static_cast<DWORD>(top.size())) == 0)
+        return false;
+    const auto info = FileSystem::native().info(fromWide(top.data()));
+    return info && std::pair<quint64, quint64>(info->device, info->inode) == m_native->identity;
 }
 
 std::pair<quint64, quint64> Folder::identity() const

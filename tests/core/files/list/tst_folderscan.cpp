@@ -4,6 +4,7 @@
 
 #include "core/files/list/folderscan.h"
 #include "core/platform/filesystem.h"
+#include "core/platform/folder.h"
 #include "support/links.h"
 #include "support/mp3builder.h"
 #include "support/nativepath.h"
@@ -49,6 +50,51 @@ private:
     }
 
 private Q_SLOTS:
+    void trashFoldersAreKnownByName()
+    {
+        for (const QString &name : {QStringLiteral(".Trash"), QStringLiteral(".Trash-1000"),
+                 QStringLiteral("lost+found"), QStringLiteral("$RECYCLE.BIN"), QStringLiteral("$Recycle.Bin"),
+                 QStringLiteral("System Volume Information")})
+            QVERIFY2(isTrashFolderName(name), qPrintable(name));
+        for (const QString &name : {QString(), QStringLiteral("Trash"), QStringLiteral(".trash"),
+                 QStringLiteral(".Trash-"), QStringLiteral(".Trash-me"), QStringLiteral(".Trash-10 "),
+                 QStringLiteral(".Trash1000"), QStringLiteral("lost"), QStringLiteral("RECYCLE.BIN")})
+            QVERIFY2(!isTrashFolderName(name), qPrintable(name));
+    }
+
+    void belowTheTopOfADriveTrashIsAFolderLikeAnother()
+    {
+        make(QStringLiteral(".Trash-1000/files/a.mp3"));
+        make(QStringLiteral("lost+found/b.mp3"));
+        QVERIFY(!platform::Folder::open(root())->isTopOfDrive());
+        QCOMPARE(texts(ListFolderTree(root(), {.skipTrashFolders = true}).value()).size(), 2);
+    }
+
+    void atTheTopOfADriveTrashIsLeftOut()
+    {
+        QVERIFY(platform::Folder::open(native(QDir::rootPath()))->isTopOfDrive());
+        const QString drive = QStringLiteral("/dev/shm/");
+        const auto top = platform::Folder::open(drive);
+        if (!top || !top->isTopOfDrive())
+            QSKIP("no drive of its own that anybody may write to");
+        const QString trash = QStringLiteral(".Trash-99%1").arg(QCoreApplication::applicationPid());
+        const QString beside = QStringLiteral("test-%1/lost+found").arg(QCoreApplication::applicationPid());
+        for (const QString &name : {trash, beside}) {
+            if (!QDir(drive).mkpath(name))
+                QSKIP("nothing can be made there");
+            writeFile(drive + name, QStringLiteral("a.mp3"), audio(1));
+        }
+        const QStringList all = texts(ListFolderTree(drive).value());
+        const QStringList without = texts(ListFolderTree(drive, {.skipTrashFolders = true}).value());
+        const QStringList asked = texts(ListFolderTree(drive + trash, {.skipTrashFolders = true}).value());
+        QDir(drive + trash).removeRecursively();
+        QDir(drive + beside.section(u'/', 0, 0)).removeRecursively();
+        QVERIFY(all.contains(trash + QStringLiteral("/a.mp3")));
+        QVERIFY(!without.contains(trash + QStringLiteral("/a.mp3")));
+        QVERIFY(without.contains(beside + QStringLiteral("/a.mp3")));
+        QCOMPARE(asked, QStringList(QStringLiteral("a.mp3"))); // the user has opened it
+    }
+
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
 
     void onlyPlainVisibleMp3FilesHaveRows()
