@@ -181,6 +181,16 @@ QString noticeText(const Captions &captions, const history::Summary &summary, Su
     return parts.join(QStringLiteral(" · "));
 }
 
+QString noticeText(const Captions &captions, const history::Recovery &recovery)
+{
+    QStringList parts;
+    if (const qsizetype count = recovery.completed.size() + recovery.rolledBack.size(); count > 0)
+        parts << counted(captions, {Text::NoticeRecoveredOne, Text::NoticeRecoveredMany}, count);
+    if (const auto count = static_cast<qsizetype>(recovery.left.size()); count > 0)
+        parts << counted(captions, {Text::NoticeInterruptedOne, Text::NoticeInterruptedMany}, count);
+    return parts.join(QStringLiteral(" · "));
+}
+
 QString fileCountText(const Captions &captions, qsizetype count)
 {
     return counted(captions, {Text::CountFileOne, Text::CountFileMany}, count);

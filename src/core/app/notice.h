@@ -24,6 +24,9 @@ bool isWorthTelling(const history::Summary &summary);
 /// "14 files written · the genre of 12 removed · 1 failed". Empty if there is nothing to tell.
 QString noticeText(const Captions &captions, const history::Summary &summary, SummaryOf what = SummaryOf::Change);
 
+/// What finishing interrupted changes at the start came to. Empty if there were none.
+QString noticeText(const Captions &captions, const history::Recovery &recovery);
+
 /// "1 file", "14 files".
 QString fileCountText(const Captions &captions, qsizetype count);
 

@@ -41,6 +41,7 @@ aviso::aviso(const Captions &captions, QWidget *parent) : QFrame(parent), m_capt
     connect(m_choose, &QToolButton::clicked, this, &aviso::chooseRequested);
     connect(m_close, &QToolButton::clicked, this, [this] {
         m_summary.reset();
+        m_recovery.reset();
         m_unsaved.clear();
         m_isOffered = false;
         Q_EMIT dismissed();
@@ -52,10 +53,17 @@ aviso::aviso(const Captions &captions, QWidget *parent) : QFrame(parent), m_capt
 
 void aviso::showSummary(const history::Summary &summary, SummaryOf what)
 {
+    m_recovery.reset();
     m_summary.reset();
     if (isWorthTelling(summary))
         m_summary = summary;
     m_summaryOf = what;
+    refresh();
+}
+
+void aviso::showRecovery(const history::Recovery &recovery)
+{
+    m_recovery = recovery;
     refresh();
 }
 
@@ -82,6 +90,8 @@ QString aviso::text() const
     QStringList parts;
     if (m_summary)
         parts << noticeText(m_captions, *m_summary, m_summaryOf);
+    if (const QString recovered = m_recovery ? noticeText(m_captions, *m_recovery) : QString(); !recovered.isEmpty())
+        parts << recovered;
     if (!m_unsaved.isEmpty())
         parts << m_captions.text(Text::NoticeUnsaved).arg(shownName(platform::nameOf(m_unsaved)));
     if (m_isOffered)

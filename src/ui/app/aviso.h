@@ -32,6 +32,8 @@ public:
     void showSummary(const history::Summary &summary, SummaryOf what = SummaryOf::Change);
     /// The summary that is shown, if any.
     const std::optional<history::Summary> &summary() const { return m_summary; }
+    /// Tells what became of changes that were interrupted, until the next operation.
+    void showRecovery(const history::Recovery &recovery);
     /// Says beside it that typed texts of a file were not saved. An empty path: there are none.
     void showUnsaved(const QString &path);
     /// Offers the protections.
@@ -60,6 +62,7 @@ private:
     const Captions &m_captions;
     std::optional<history::Summary> m_summary;
     SummaryOf m_summaryOf = SummaryOf::Change;
+    std::optional<history::Recovery> m_recovery;
     QString m_unsaved;
     bool m_isOffered = false;
     bool m_isUndoable = false;

@@ -136,7 +136,7 @@ void principal::createPanes()
 
 void principal::createPages()
 {
-    m_services = new WindowServices(m_program.state, *m_list, *m_lister, *m_busy, this);
+    m_services = new WindowServices(m_program.state, *m_list, *m_lister, *m_busy, m_program.history, this);
     m_notice = new aviso(m_program.captions, m_area);
     m_notice->installEventFilter(this);
     m_tabs = new ModeTabs(m_area);
@@ -225,7 +225,9 @@ void principal::chooseTagSaveMode()
 /// Applies what the options dialog may have changed.
 void principal::applyOptions()
 {
-    m_list->setHiddenColumns(hiddenColumnsFromText(m_program.state.options.hiddenColumns));
+    const FurtherOptions &options = m_program.state.options;
+    m_list->setHiddenColumns(hiddenColumnsFromText(options.hiddenColumns));
+    m_program.history.setLimits(options.historyDays, options.historyMegabytes);
     applyCaptions();
 }
 
@@ -284,6 +286,8 @@ void principal::restoreWindow()
 
 void principal::openAtStart(const QString &folderOfCommandLine)
 {
+    // What an interrupted run has left is finished before anything is read.
+    m_notice->showRecovery(m_program.history.recover());
     QString path = folderOfCommandLine;
     if (path.isEmpty() && m_program.settings.read(settingskey::Recuerda) == QStringLiteral("si"))
         path = m_program.settings.read(settingskey::Ruta);

@@ -9,9 +9,10 @@
 
 namespace ravlin {
 
-WindowServices::WindowServices(
-    ProgramState &state, FileList &list, ListController &controller, Busy &busy, QWidget *window)
-    : QObject(window), m_state(state), m_list(list), m_controller(controller), m_busy(busy), m_window(window)
+WindowServices::WindowServices(ProgramState &state, FileList &list, ListController &controller, Busy &busy,
+    history::History &history, QWidget *window)
+    : QObject(window), m_state(state), m_list(list), m_controller(controller), m_busy(busy), m_history(history),
+      m_window(window)
 {
 }
 
@@ -87,14 +88,13 @@ void WindowServices::record(history::Kind kind, const std::function<std::optiona
 {
     if (m_busy.isRunning())
         return;
+    history::Operation operation(&m_history, kind, m_state.currentFolder);
     const std::optional<WorkFailures> failures = work();
     if (!failures)
         return;
-    history::Summary summary;
-    summary.entry.kind = kind;
     for (const auto &[path, error] : failures->failed)
-        summary.files.push_back({.state = history::FileState::Failed, .path = path, .error = error});
-    summary.failedCount = static_cast<qsizetype>(summary.files.size());
+        operation.failed(path, error);
+    history::Summary summary = operation.finish();
     summary.notTriedCount = failures->notTried;
     Q_EMIT recorded(summary);
 }

@@ -21,7 +21,8 @@ class WindowServices : public QObject, public PageOwner
     Q_OBJECT
 
 public:
-    WindowServices(ProgramState &state, FileList &list, ListController &controller, Busy &busy, QWidget *window);
+    WindowServices(ProgramState &state, FileList &list, ListController &controller, Busy &busy,
+        history::History &history, QWidget *window);
 
     QString currentPath() const override;
     QStringList selectedPaths() const override;
@@ -45,6 +46,7 @@ private:
     FileList &m_list;
     ListController &m_controller;
     Busy &m_busy;
+    history::History &m_history;
     QWidget *m_window;
 };
 

@@ -156,6 +156,20 @@ private Q_SLOTS:
         QCOMPARE(text(summary, SummaryOf::Redo), u"2 changes made again · 2 failed"_s);
     }
 
+    void recoveryIsCounted()
+    {
+        history::Recovery recovery;
+        QCOMPARE(noticeText(m_captions, recovery), QString());
+        recovery.temporaryFiles = 3;
+        QCOMPARE(noticeText(m_captions, recovery), QString());
+        recovery.completed = {u"/m/a.mp3"_s};
+        QCOMPARE(noticeText(m_captions, recovery), u"an interrupted change of 1 file was finished"_s);
+        recovery.rolledBack = {u"/m/b.mp3"_s};
+        recovery.left = {Error{ErrorCode::NotFound, u"/m/c.mp3"_s, {}}};
+        QCOMPARE(noticeText(m_captions, recovery),
+            u"interrupted changes of 2 files were finished · an interrupted change of 1 file can't be finished now"_s);
+    }
+
     void nothingIsToldOfNothing()
     {
         QVERIFY(!isWorthTelling({}));

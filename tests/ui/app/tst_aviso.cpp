@@ -102,6 +102,32 @@ private Q_SLOTS:
         QVERIFY(!bar()->isVisible());
     }
 
+    void aSaveIsToldWithWhatItRemoved()
+    {
+        addFile(u"c.mp3"_s, id3v2(3, textFrame(3, "TIT2", u"C"_s) + textFrame(3, "TCON", u"(0)"_s)) + audio());
+        tree()->refresh();
+        m_window->openAtStart(path());
+        list()->selectNone();
+        clickRow(rowOf(u"a.mp3"_s));
+        title()->setText(u"new"_s);
+        press(u"edita"_s);
+        QCOMPARE(bar()->text(), u"1 file written"_s);
+        QVERIFY(!isOffered(u"aviso_recuperar"_s));
+        press(u"aviso_detalles"_s);
+        const QAbstractItemModel *files = control<QTreeView>(u"detalles_lista"_s)->model();
+        QCOMPARE(files->rowCount(files->index(0, 0)), 1); // the title
+        QCOMPARE(files->index(0, 1, files->index(0, 0)).data().toString(), u"A"_s);
+        QCOMPARE(files->index(0, 2, files->index(0, 0)).data().toString(), u"new"_s);
+        tabs()->setCurrentIndex(1);
+        list()->selectAllRows();
+        control<QCheckBox>(u"chmartista"_s)->click();
+        control<QLineEdit>(u"Tmartista"_s)->setText(u"X"_s);
+        press(u"multiple"_s);
+        QCOMPARE(bar()->text(), u"3 files written · the genre of 1 file removed"_s); // "Blues" can't be written
+        press(u"multiple"_s);                                                        // all is so already
+        QVERIFY2(!bar()->isVisible(), qPrintable(bar()->text()));
+    }
+
     void aSilentFailureIsSaid()
     {
         clickRow(0);
