@@ -4,6 +4,7 @@ removes tags. A file that fails is named, and the others are dealt with."""
 
 import json
 import os
+import resource
 import unittest
 
 from clitest import CliTest, id3v1, id3v2, mp3
@@ -284,6 +285,23 @@ class StripTest(CliTest):
         path = self.make("a.mp3", mp3(V2, V1))
         self.fail_with(2, "strip", path)
         self.assertEqual(self.read(path), mp3(V2, V1))
+
+    def test_a_limit_on_file_sizes_is_an_error_of_one_file(self):
+        # Without care the system ends the program that exceeds it.
+        large = self.make("large.mp3", mp3(frames=40))
+        before = self.read(large)
+        small = self.make("small.mp3", mp3(frames=2))
+        limit = 10_000
+        result = self.run_cli("tag", "--title", "title", large,
+            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+        self.assertEqual(result.returncode, 1, result.stderr)
+        self.assertIn(b"the file would be larger than the system allows here", result.stderr)
+        self.assertEqual(self.read(large), before)
+        self.assertEqual(os.listdir(self.folder), [name for name in os.listdir(self.folder) if not name.startswith(".ravlin")])
+        result = self.run_cli("tag", "--title", "title", small,
+            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(self.show(small)["title"], "title")
 
 
 if __name__ == "__main__":

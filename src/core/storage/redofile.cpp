@@ -205,15 +205,16 @@ Result<void> rollBack(
     return discard(*target.place.folder, redoName, redo);
 }
 
-/// Whether each byte of a chunk of the file is that of the old or of the new content, as far as these reach.
+/// Whether each byte of a chunk of the file is that of the old or of the new content, as far as these reach. Behind the
+/// end of one of them it may be zero: the file has grown and is not filled yet, or is about to be cut, and the rest of
+/// its last block was cleared before its size.
 bool isOldOrNew(const QByteArray &present, const QByteArray &oldBytes, const QByteArray &newBytes)
 {
     if (present == newBytes || present == oldBytes)
         return true;
     for (qsizetype i = 0; i < present.size(); ++i) {
-        const bool isNew = i < newBytes.size() && present.at(i) == newBytes.at(i);
-        const bool isOld =
-            i < oldBytes.size() ? present.at(i) == oldBytes.at(i) : present.at(i) == '\0'; // grown, not yet filled
+        const bool isNew = i < newBytes.size() ? present.at(i) == newBytes.at(i) : present.at(i) == '\0';
+        const bool isOld = i < oldBytes.size() ? present.at(i) == oldBytes.at(i) : present.at(i) == '\0';
         if (!isNew && !isOld)
             return false;
     }

@@ -91,6 +91,7 @@ private Q_SLOTS:
 
     void recoveringIsItselfSafe();
     void redoIsFinishedByCleaning();
+    void clearedEndIsFinished();
     void redoOfRenamedFileIsFinished();
     void redoOfChangedFileIsKept();
     void redoWithoutItsFileIsKept();
@@ -340,6 +341,31 @@ void TestSafeWriteFaults::redoIsFinishedByCleaning()
     QCOMPARE(cleanLeftovers(native(), rewriteCase.folder().path()).value(), 1);
     QCOMPARE(ScratchFolder::read(rewriteCase.path()), rewriteCase.newContent());
     QVERIFY(rewriteCase.isClean());
+}
+
+void TestSafeWriteFaults::clearedEndIsFinished()
+{
+    // What a power cut leaves of a file that was being cut: the old size, but the rest of the last block is cleared.
+    const ScratchFolder folder;
+    const QByteArray old(9000, 'o');
+    const QByteArray shorter(8500, 'o');
+    const QString song = folder.write(u"song.mp3"_s, old);
+    QVERIFY(QFile::link(song, folder.path(u"link"_s)));
+    const QString redoPath = folder.path(redoName(infoOf(song).inode));
+    for (const bool isCleared : {true, false}) {
+        folder.write(u"song.mp3"_s, old.left(8500) + QByteArray(500, isCleared ? '\0' : 'x'));
+        {
+            const auto redo = ravlin::test::createNew(redoPath).value();
+            const RedoHeader header{infoOf(song).inode, shorter.size(), old.size(), 0, false, u"song.mp3"_s};
+            QVERIFY(writeRedoHeader(*redo, header));
+            QVERIFY(writeAll(*redo, shorter, header.newOffset()));
+            QVERIFY(writeAll(*redo, old, header.oldOffset()));
+            QVERIFY(writeRedoTrailer(*redo, header));
+        }
+        QCOMPARE(recoverFile(native(), song).has_value(), isCleared);
+        QCOMPARE(ScratchFolder::read(song) == shorter, isCleared);
+        QCOMPARE(QFile::exists(redoPath), !isCleared);
+    }
 }
 
 void TestSafeWriteFaults::redoOfRenamedFileIsFinished()
