@@ -84,6 +84,20 @@ Result<bool> isAsBefore(File &file, qint64 size, const StoredChange &change)
     return true;
 }
 
+/// Whether each byte is the old or the new one: a power cut may have torn a patch, where the disk's blocks are small.
+bool isOfEither(const QByteArray &present, const QByteArray &before, const QByteArray &after)
+{
+    if (present == before || present == after)
+        return true;
+    if (present.size() != before.size() || present.size() != after.size())
+        return false;
+    for (qsizetype i = 0; i < present.size(); ++i) {
+        if (present.at(i) != before.at(i) && present.at(i) != after.at(i))
+            return false;
+    }
+    return true;
+}
+
 /// Undoes patches of which not all were made. False if something else has been written there since.
 Result<bool> rollBack(File &file, const PendingChange &pending)
 {
@@ -95,7 +109,7 @@ Result<bool> rollBack(File &file, const PendingChange &pending)
             const auto present = platform::readExactly(file, offset, segment.length);
             if (!present)
                 return tl::unexpected(present.error());
-            if (*present != segment.bytes && *present != pending.written.mid(written, segment.length))
+            if (!isOfEither(*present, segment.bytes, pending.written.mid(written, segment.length)))
                 return false;
             old.emplace_back(offset, segment.bytes);
             written += segment.length;

@@ -193,6 +193,7 @@ private Q_SLOTS:
         QTest::newRow("patches, none") << ContentWay::Patches << 0 << QByteArray("old");
         QTest::newRow("patches, one") << ContentWay::Patches << 1 << QByteArray("old");
         QTest::newRow("patches, all") << ContentWay::Patches << 2 << QByteArray("new");
+        QTest::newRow("patches, half of one") << ContentWay::Patches << -1 << QByteArray("old"); // by a power cut
     }
     void whatWasInterruptedIsFinished()
     {
@@ -211,8 +212,8 @@ private Q_SLOTS:
             const auto history = open();
             history->beginEntry(Kind::Single, m_folder->path());
             QVERIFY(history->begin(record));
-            if (patches > 0)
-                overwrite(file, "12345", 100);
+            if (patches != 0)
+                overwrite(file, patches > 0 ? "12345" : "12", 100);
             if (patches > 1)
                 overwrite(file, "67890", 5000);
         }
@@ -222,8 +223,9 @@ private Q_SLOTS:
         QVERIFY(recovery.left.empty());
         QCOMPARE(readFile(file), expected == "old" ? before : after);
         QCOMPARE(history->entries()->size(), expected == "old" ? std::size_t(0) : std::size_t(1));
-        QCOMPARE(recovery.rolledBack.size(), patches == 1 ? 1 : 0);
-        if (patches == 1)
+        const bool isPartly = patches == 1 || patches == -1;
+        QCOMPARE(recovery.rolledBack.size(), isPartly ? 1 : 0);
+        if (isPartly)
             QCOMPARE(info(file).modified, time);
         QVERIFY(history->recover().completed.isEmpty()); // and it is done with
     }

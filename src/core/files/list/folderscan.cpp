@@ -4,6 +4,7 @@
 #include "core/files/list/folderreading.h"
 #include "core/platform/folder.h"
 #include "core/platform/namecheck.h"
+#include "core/storage/leftovers.h"
 #include "core/storage/saferename.h"
 #include "core/storage/safewrite.h"
 
@@ -74,7 +75,7 @@ public:
         for (const platform::FolderEntry &entry : *entries) {
             if (isListed(entry))
                 files.names.push_back(entry.name);
-            else if (entry.kind == platform::EntryKind::File) // a save may have been interrupted
+            else if (storage::isRedoName(entry.name)) // a save was interrupted
                 storage::recoverFolder(platform::FileSystem::native(), folderPath, {entry.name});
             hasAside = hasAside || storage::nameBeforeAside(entry.name).has_value();
         }
