@@ -66,13 +66,18 @@ std::vector<LostField> lostByEdits(const TagRecord &present, const TagEdits &edi
     return lost;
 }
 
+QString remarkNotSaved(TagEdits::Field field, const QString &text, const Captions &captions)
+{
+    return captions.text(reasonNotSaved(field)).arg(shownLine(text, MostNameLetters));
+}
+
 QStringList remarksAbout(const std::vector<LostField> &lost, const Captions &captions)
 {
     QStringList remarks;
     QStringList removed;
     for (const LostField &one : lost) {
         if (!one.text.isEmpty())
-            remarks << captions.text(reasonNotSaved(one.field)).arg(shownLine(one.text, MostNameLetters));
+            remarks << remarkNotSaved(one.field, one.text, captions);
         if (one.isRemoved)
             removed << nameOf(one.field, captions);
     }

@@ -27,6 +27,8 @@ std::vector<LostField> lostFields(const TagRecord &present, const TagRecord &wan
 /// The same of a save that leaves alone what was not edited: texts that can't be stored, and fields that they remove.
 std::vector<LostField> lostByEdits(const TagRecord &present, const TagEdits &edits);
 
+/// A sentence with the reason why that text of that field is not saved.
+QString remarkNotSaved(TagEdits::Field field, const QString &text, const Captions &captions);
 /// A sentence with the reason for each text that is not saved, then one that names the fields removed.
 QStringList remarksAbout(const std::vector<LostField> &lost, const Captions &captions);
 

@@ -83,13 +83,18 @@ void MultiEdit::countTrack(const Result<TagRecord> &taken)
 
 Result<TagRecord> MultiEdit::prepare(const QString &path, const TagStore &store)
 {
-    Result<TagRecord> record = store.readForSaving(path);
-    if (record) {
-        const TagEdits edits = this->edits(*record, !store.savesOnlyEdited());
-        record = (store.savesOnlyEdited() ? edits.storable() : edits).appliedTo(*record);
-    }
-    countTrack(record);
-    return record;
+    return look(path, store).map(&PreparedSave::wanted);
+}
+
+Result<PreparedSave> MultiEdit::look(const QString &path, const TagStore &store)
+{
+    const Result<TagRecord> present = store.readForSaving(path);
+    const Result<PreparedSave> save = present.map([&](const TagRecord &record) {
+        const TagEdits edits = this->edits(record, !store.savesOnlyEdited());
+        return PreparedSave{record, (store.savesOnlyEdited() ? edits.storable() : edits).appliedTo(record)};
+    });
+    countTrack(present);
+    return save;
 }
 
 Result<TagRecord> MultiEdit::edit(const QString &path, TagStore &store)

@@ -50,6 +50,8 @@ public:
     /// The next file's tag as the run would save it. Fails if the tag cannot be read or may not be written: the boxes
     /// then stay as they are, but a song that fails uses up its track number.
     Result<TagRecord> prepare(const QString &path, const TagStore &store);
+    /// The same beside what the file has.
+    Result<PreparedSave> look(const QString &path, const TagStore &store);
     /// Also saves it. Returns what was saved, or the errors of TagStore::save.
     Result<TagRecord> edit(const QString &path, TagStore &store);
     /// Which of the ticked boxes has a text that no tag can hold, if a run would refuse it. The running number is not

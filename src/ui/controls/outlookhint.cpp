@@ -2,8 +2,11 @@
 #include "ui/controls/outlookhint.h"
 
 #include "core/app/idiomas.h"
+#include "core/app/pageowner.h"
+#include "ui/controls/plain/plainlabel.h"
 
 #include <QEvent>
+#include <QFont>
 #include <QWidget>
 
 #include <utility>
@@ -28,12 +31,7 @@ OutlookHint::OutlookHint(const PageContext &context, std::function<Save()> asked
 
 void OutlookHint::refresh()
 {
-    if (mayHaveOutlook(m_context.state.tagSaveMode)) {
-        m_delay.start();
-    } else {
-        stop();
-        take({});
-    }
+    m_delay.start();
 }
 
 void OutlookHint::stop()
@@ -54,6 +52,7 @@ void OutlookHint::look()
     if (!m_page->isVisible())
         return;
     const Save save = m_asked();
+    m_isOneFile = save.paths.size() == 1;
     m_reader.request(m_context.state, save.paths, save.prepare);
 }
 
@@ -63,9 +62,17 @@ void OutlookHint::take(const SaveOutlook &outlook)
         Q_EMIT changed();
 }
 
+void OutlookHint::showIn(PlainLabel &label, const QString &hint) const
+{
+    label.setText(hint);
+    QFont font = label.font();
+    font.setBold(m_context.owner.selectedCount() > 1 && !hint.isEmpty());
+    label.setFont(font);
+}
+
 QString OutlookHint::behind(const QString &hint) const
 {
-    const QString text = outlookText(m_context.captions, m_outlook);
+    const QString text = outlookText(m_context.captions, m_outlook, m_isOneFile);
     return hint.isEmpty() || text.isEmpty() ? hint + text : hint + m_context.captions.mark(u';') + u' ' + text;
 }
 

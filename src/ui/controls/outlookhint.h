@@ -12,6 +12,8 @@ class QWidget;
 
 namespace ravlin {
 
+class PlainLabel;
+
 /// What a page's hint says of the coming save beside the number of its files (see SaveOutlook). It is found out in the
 /// background, a moment after the last change, while the page can be seen.
 class OutlookHint : public QObject
@@ -38,6 +40,8 @@ public:
 
     /// The hint followed by what there is to tell.
     QString behind(const QString &hint) const;
+    /// Shows a hint; in bold if more than one file is selected.
+    void showIn(PlainLabel &label, const QString &hint) const;
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -52,6 +56,7 @@ private:
     std::function<Save()> m_asked;
     QWidget *m_page;
     SaveOutlook m_outlook;
+    bool m_isOneFile = false;
     QTimer m_delay;
     OutlookReader m_reader;
 };

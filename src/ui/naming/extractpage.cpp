@@ -5,7 +5,6 @@
 #include "core/app/pageowner.h"
 #include "core/naming/extraction.h"
 #include "core/naming/placeholders.h"
-#include "core/naming/previewrows.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/icons.h"
 #include "ui/controls/making.h"
@@ -87,17 +86,17 @@ void ExtractPage::showHint()
 {
     const qsizetype count = m_context.owner.selectedCount();
     const QString hint = selectionHint(m_context.captions, count, Text::HintManyFiles);
-    m_hint->setText(count == 0 ? hint : m_outlook->behind(hint));
+    m_outlook->showIn(*m_hint, count == 0 ? hint : m_outlook->behind(hint));
 }
 
 /// What a save would write into a file, as the page is now.
 OutlookReader::Prepare ExtractPage::preparing() const
 {
-    return [pattern = m_pattern->text()](const QString &path, const TagStore &store) -> Result<TagRecord> {
-        const PreviewRow row = previewExtraction(path, pattern, store);
-        if (row.problem || row.isUntouched)
-            return tl::unexpected(row.problem.value_or(Error{ErrorCode::InvalidArgument, path, {}}));
-        return row.record;
+    return [pattern = m_pattern->text()](const QString &path, const TagStore &store) -> Result<PreparedSave> {
+        const Result<Extraction> extraction = prepareExtraction(path, pattern, store);
+        if (!extraction || !extraction->isMatched)
+            return tl::unexpected(extraction ? Error{ErrorCode::InvalidArgument, path, {}} : extraction.error());
+        return PreparedSave{extraction->present, extraction->record};
     };
 }
 

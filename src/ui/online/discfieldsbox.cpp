@@ -2,9 +2,10 @@
 #include "ui/online/discfieldsbox.h"
 
 #include "core/app/idiomas.h"
-#include "core/tags/record/genres.h"
+#include "core/naming/lostfields.h"
 #include "ui/controls/making.h"
 #include "ui/controls/plain/plainlabel.h"
+#include "ui/controls/refusedmark.h"
 
 #include <QGridLayout>
 #include <QLineEdit>
@@ -12,6 +13,14 @@
 namespace ravlin {
 
 namespace {
+
+/// A box that can't store every text, and what is said of one that goes with the field.
+struct Restricted
+{
+    TagEdits::Field field;
+    const QLineEdit *box;
+    Text lossText;
+};
 
 QLineEdit *textBox(const char *name, QWidget *parent)
 {
@@ -78,11 +87,26 @@ DiscFields DiscFieldsBox::fields() const
 QStringList DiscFieldsBox::remarks(const Captions &captions) const
 {
     QStringList remarks;
-    if (!m_year->text().isEmpty() && !isWritableYear(m_year->text()))
-        remarks << captions.text(Text::LookupYearNotSaved);
-    if (!m_genre->text().isEmpty() && GenreNameToNumber(m_genre->text()) == GenreNone)
-        remarks << captions.text(Text::LookupGenreNotSaved).arg(m_genre->text());
+    for (const auto &[field, box, text] : {Restricted{&TagRecord::Year, m_year, Text::LookupYearNotSaved},
+             Restricted{&TagRecord::Genre, m_genre, Text::LookupGenreNotSaved}}) {
+        if (m_isOnlyEdited && !isStorable(field, box->text()))
+            remarks << remarkNotSaved(field, box->text(), captions);
+        else if (!m_isOnlyEdited && !isWritable(field, box->text()))
+            remarks << captions.text(text).replace(QStringLiteral("%1"), box->text());
+    }
     return remarks;
+}
+
+bool DiscFieldsBox::refuse(const Captions &captions)
+{
+    for (const auto &[field, box] : {std::pair(TagEdits::Field(&TagRecord::Year), m_year),
+             std::pair(TagEdits::Field(&TagRecord::Genre), m_genre)}) {
+        if (isStorable(field, box->text()))
+            continue;
+        markRefused(box, remarkNotSaved(field, box->text(), captions));
+        return true;
+    }
+    return false;
 }
 
 QWidget *DiscFieldsBox::lastBox() const

@@ -25,6 +25,10 @@ public:
     DiscFields fields() const;
     /// A sentence about each text that cannot be saved.
     QStringList remarks(const Captions &captions) const;
+    /// Marks the first box whose text no tag can hold, if there is one.
+    bool refuse(const Captions &captions);
+    /// Whether "Blues" and "DanceHall" count as genres (see isStorable).
+    void setOnlyEdited(bool isOn) { m_isOnlyEdited = isOn; }
     /// The last box in Tab order.
     QWidget *lastBox() const;
     void applyCaptions(const Captions &captions);
@@ -41,6 +45,7 @@ private:
     QLineEdit *m_year;
     PlainLabel *m_genreLabel;
     QLineEdit *m_genre;
+    bool m_isOnlyEdited = false;
 };
 
 } // namespace ravlin

@@ -342,16 +342,19 @@ OutlookHint::Save freedb::wouldSave() const
         rows.insert(file.path, file.row);
     }
     save.prepare = [rows, disc = m_fields->fields()](const QString &path, const TagStore &store) {
-        Result<TagRecord> record = store.readForSaving(path);
-        if (record)
-            applyDisc(*record, disc, rows.value(path));
-        return record;
+        return store.readForSaving(path).map([&](const TagRecord &present) {
+            const bool onlyChosen = store.savesOnlyEdited();
+            const TagEdits edits = discEdits(disc, rows.value(path), onlyChosen);
+            return PreparedSave{present, (onlyChosen ? edits.storable() : edits).appliedTo(present)};
+        });
     };
     return save;
 }
 
 void freedb::save()
 {
+    if (m_context.tagStore.savesOnlyEdited() && m_fields->refuse(m_context.captions))
+        return;
     const std::vector<DiscFile> files = m_lists->pairedFiles(m_onlySelected->isChecked());
     const QString statusBefore = m_status;
     setStatus(m_context.captions.text(Text::LookupSaving));
@@ -386,6 +389,7 @@ void freedb::showStatus()
     QStringList lines;
     if (!m_status.isEmpty())
         lines << m_status;
+    m_fields->setOnlyEdited(m_context.tagStore.savesOnlyEdited());
     if (m_lists->hasDisc())
         lines << m_lists->remarks() << m_fields->remarks(m_context.captions);
     if (const QString outlook = m_outlook->behind({}); !outlook.isEmpty())

@@ -3,6 +3,7 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
+#include "core/naming/lostfields.h"
 #include "core/naming/multiedit.h"
 #include "core/naming/sessionchoices.h"
 #include "core/tags/store/tageditor.h"
@@ -14,6 +15,7 @@
 #include "ui/controls/outlookhint.h"
 #include "ui/controls/pagefoot.h"
 #include "ui/controls/plain/plainlabel.h"
+#include "ui/controls/refusedmark.h"
 #include "ui/tags/digitsedit.h"
 
 #include <QCheckBox>
@@ -123,13 +125,14 @@ void MultiFilePage::connectControls()
         m_context,
         [this] {
             const auto edit = std::make_shared<MultiEdit>(page());
-            const auto prepare = [edit](
-                                     const QString &path, const TagStore &store) { return edit->prepare(path, store); };
+            const auto prepare = [edit](const QString &path, const TagStore &store) { return edit->look(path, store); };
             return OutlookHint::Save{m_save->isEnabled() ? m_context.owner.selectedPaths() : QStringList(), prepare};
         },
         this);
-    for (const QLineEdit *edit : {m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_firstTrack)})
+    for (const QLineEdit *edit :
+        {m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_firstTrack), static_cast<QLineEdit *>(m_year)})
         connect(edit, &QLineEdit::textChanged, m_outlook, &OutlookHint::refresh);
+    connect(m_genre, &QComboBox::currentIndexChanged, m_outlook, &OutlookHint::refresh);
     connect(m_outlook, &OutlookHint::changed, this, &MultiFilePage::showHint);
 }
 
@@ -167,9 +170,9 @@ void MultiFilePage::showHint()
     const Captions &captions = m_context.captions;
     const qsizetype count = m_context.owner.selectedCount();
     const QString hint = selectionHint(captions, count, Text::HintManyFiles);
-    m_hint->setText(!m_save->isEnabled() ? captions.text(Text::HintNothingChosen)
-                    : count == 0         ? hint
-                                         : m_outlook->behind(hint));
+    m_outlook->showIn(*m_hint, !m_save->isEnabled() ? captions.text(Text::HintNothingChosen)
+                               : count == 0         ? hint
+                                                    : m_outlook->behind(hint));
 }
 
 void MultiFilePage::applyCaptions()
@@ -252,10 +255,22 @@ QAbstractButton *MultiFilePage::saveButton() const
     return m_save;
 }
 
+/// The year that is typed is not saved, and why.
+void MultiFilePage::refuseYear()
+{
+    const QString reason = remarkNotSaved(&TagRecord::Year, m_year->text(), m_context.captions);
+    m_outlook->showIn(*m_hint, reason);
+    markRefused(m_year, reason, [this] { showHint(); });
+}
+
 void MultiFilePage::run()
 {
     const QStringList paths = m_context.owner.selectedPaths();
     MultiEdit edit(page());
+    if (edit.fieldNotStorable(m_context.tagStore) == TagEdits::Field(&TagRecord::Year)) {
+        refuseYear();
+        return;
+    }
     BatchOutcome outcome;
     m_outlook->stop();
     const bool ran =
@@ -266,7 +281,8 @@ void MultiFilePage::run()
         });
     if (!ran)
         return;
-    showConverted(edit.page().boxes);
+    if (!m_context.tagStore.savesOnlyEdited())
+        showConverted(edit.page().boxes);
     if (outcome.hasError(ErrorCode::LowSpace))
         m_context.owner.showError(m_context.captions.text(Caption::LowDiskSpace));
     m_context.owner.refreshList();

@@ -69,6 +69,7 @@ private:
     void applyToolTips();
     MultiEditPage page() const;
     void showConverted(const TagRecord &boxes);
+    void refuseYear();
     void run();
 
     PageContext m_context;

@@ -5,6 +5,7 @@
 #include "core/app/idiomas.h"
 #include "core/app/notice.h"
 #include "core/app/pageowner.h"
+#include "core/naming/lostfields.h"
 #include "core/tags/store/tageditor.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/conversionbox.h"
@@ -15,6 +16,7 @@
 #include "ui/controls/outlookhint.h"
 #include "ui/controls/pagefoot.h"
 #include "ui/controls/plain/plainlabel.h"
+#include "ui/controls/refusedmark.h"
 #include "ui/tags/digitsedit.h"
 #include "ui/tags/streampanel.h"
 
@@ -157,8 +159,10 @@ void SingleFilePage::connectControls()
             return OutlookHint::Save{m_context.owner.selectedPaths(), preparing()};
         },
         this);
-    for (const QLineEdit *edit : {m_title, m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_track)})
+    for (const QLineEdit *edit :
+        {m_title, m_artist, m_album, m_comment, static_cast<QLineEdit *>(m_track), static_cast<QLineEdit *>(m_year)})
         connect(edit, &QLineEdit::textChanged, m_outlook, &OutlookHint::refresh);
+    connect(m_genre, &QComboBox::currentIndexChanged, m_outlook, &OutlookHint::refresh);
     connect(m_outlook, &OutlookHint::changed, this, &SingleFilePage::showHint);
 }
 
@@ -214,7 +218,8 @@ void SingleFilePage::ShowCurrent()
     m_isShowingFile = true;
     m_path = path;
     // Shows whatever could be read; a failed read shows nothing.
-    const Result<void> read = m_context.tagStore.ReadTag(path, m_record);
+    m_shownState = {};
+    const Result<void> read = m_context.tagStore.ReadTag(path, m_record, &m_shownState);
     m_isTagTooLarge = !read && read.error().code == ErrorCode::TagTooLarge;
     selectionChanged();
     showPage(m_record);
@@ -272,7 +277,7 @@ void SingleFilePage::showHint()
         hint = captions.errorText(ErrorCode::TagTooLarge);
     else
         hint = m_outlook->behind(selectionHint(captions, count, Text::HintManyFiles));
-    m_hint->setText(m_save->isEnabled() ? hint : QString());
+    m_outlook->showIn(*m_hint, m_save->isEnabled() ? hint : QString());
     m_save->setToolTip(many              ? captions.text(Text::TipSaveManyFiles).arg(count)
                        : m_isTagTooLarge ? captions.errorText(ErrorCode::TagTooLarge)
                                          : captions.text(Text::TipSaveOneFile));
@@ -338,15 +343,37 @@ QAbstractButton *SingleFilePage::saveButton() const
 /// What a save would write into a file, as the page is now.
 OutlookReader::Prepare SingleFilePage::preparing() const
 {
-    return [page = page()](const QString &path, const TagStore &store) {
-        return store.readForSaving(path).map([&page](const TagRecord &present) {
+    return [page = page(), edits = edits()](const QString &path, const TagStore &store) {
+        return store.readForSaving(path).map([&](const TagRecord &present) {
+            if (store.savesOnlyEdited())
+                return PreparedSave{present, edits.appliedTo(present)};
             TagRecord record = page;
             record.HasV1 = present.HasV1;
             record.HasV2 = present.HasV2;
             record.HasPicture = present.HasPicture;
-            return record;
+            return PreparedSave{present, record};
         });
     };
+}
+
+/// What was typed since the page was filled.
+TagEdits SingleFilePage::edits() const
+{
+    return TagEdits::between(m_shown, page());
+}
+
+/// Whether a text that was typed can't be stored. Marks its box then; nothing is to be saved.
+bool SingleFilePage::isRefused()
+{
+    const TagEdits typed = edits();
+    const auto field = fieldNotStorable(typed);
+    if (!m_context.tagStore.savesOnlyEdited() || !field)
+        return false;
+    const QString reason = remarkNotSaved(*field, *typed.text(*field), m_context.captions);
+    m_outlook->showIn(*m_hint, reason);
+    // The box for the genre holds nothing else.
+    markRefused(*field == TagEdits::Field(&TagRecord::Year) ? m_year : m_track, reason, [this] { showHint(); });
+    return true;
 }
 
 void SingleFilePage::save()
@@ -356,11 +383,13 @@ void SingleFilePage::save()
         m_context.owner.showError(m_context.captions.text(Text::HintNoFile));
         return;
     }
+    if (isRefused())
+        return;
     PageSave::Conversion convert;
     if (const ConversionChoice choice = m_conversion->choice(); choice.on)
         convert = [choice](const QString &text) { return applyConversion(ConversionKind::Case, choice, text); };
     const UnsavedEdits typed{m_path, page()};
-    PageSave pageSave(m_context.tagStore, typed.record, convert);
+    PageSave pageSave(m_context.tagStore, EditedPage{typed.record, m_shown, m_path, m_shownState}, convert);
     BatchOutcome outcome;
     m_outlook->stop();
     const bool ran =

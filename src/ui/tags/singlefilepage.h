@@ -78,14 +78,17 @@ private:
 
     TagRecord page() const;
     OutlookReader::Prepare preparing() const;
+    TagEdits edits() const;
+    bool isRefused();
     void showPage(const TagRecord &record);
     void leaveEdits();
     void setSavingEnabled(bool enabled);
 
     PageContext m_context;
     TagRecord m_record;
-    QString m_path;    ///< of the shown file
-    TagRecord m_shown; ///< the page as it was filled: what differs was typed
+    QString m_path;                  ///< of the shown file
+    TagRecord m_shown;               ///< the page as it was filled: what differs was typed
+    platform::FileInfo m_shownState; ///< of the shown file when it was read
     bool m_isShowingFile = false;
     bool m_isTagTooLarge = false; ///< of the shown file; part of it was not read
     StreamDetailsReader m_streamReader;

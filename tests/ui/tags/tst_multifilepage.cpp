@@ -2,6 +2,7 @@
 // The page that writes chosen fields into many files, through its real controls over real files: which controls are
 // enabled when, what a run writes, how it numbers and converts, and what the settings remember.
 
+#include "support/tagfixture.h"
 #include "ui/tags/multifilepagefixture.h"
 
 #include <QSignalSpy>
@@ -271,6 +272,26 @@ private Q_SLOTS:
         QVERIFY(!stored.conversions[MultiCasePair].on);
         QVERIFY((stored.conversions[MultiReplacePair] == ConversionChoice{true, 1}));
         QVERIFY((stored.conversions[RenameCasePair] == ConversionChoice{true, 1}));
+    }
+
+    void aYearThatNoTagCanHoldIsRefusedAtItsBox()
+    {
+        addFiles(2);
+        m_state.options.onlyEditedFields = true;
+        m_owner.selectAll();
+        const QByteArray before = readFile(m_owner.rows.front());
+        tick("chma_o");
+        setText("tma_o", u"99"_s);
+        control<QPushButton>("multiple")->click();
+        const QString reason = u"the year “99” is not saved: a year has four digits"_s;
+        QCOMPARE(control<QLabel>("multiHint")->text(), reason);
+        QCOMPARE(control<QLineEdit>("tma_o")->toolTip(), reason);
+        QCOMPARE(readFile(m_owner.rows.front()), before);
+        setText("tma_o", u"1999"_s);
+        QCOMPARE(control<QLabel>("multiHint")->text(), u"goes into 2 files"_s);
+        QVERIFY(control<QLabel>("multiHint")->font().bold());
+        control<QPushButton>("multiple")->click();
+        QCOMPARE(readRecord(m_owner.rows.front()).Year, u"1999"_s);
     }
 
     void theHintTellsHowManyFilesAreWritten()

@@ -6,6 +6,10 @@
 #include "core/tags/id3/transliterate.h"
 #include "core/tags/store/tagstore.h"
 
+#include <QDeadlineTimer>
+
+#include <algorithm>
+#include <functional>
 #include <limits>
 #include <stop_token>
 #include <utility>
@@ -26,6 +30,51 @@ void lookAt(SaveOutlook &outlook, const QString &text, qsizetype size)
     outlook.cutsTexts = outlook.cutsTexts || !QStringView(latin).mid(size).trimmed().isEmpty();
 }
 
+struct RemovedText
+{
+    Text ofMany;
+    Caption name;
+};
+
+/// In the order of TagFields.
+constexpr std::array<RemovedText, TagFields.size()> RemovedTexts{
+    {{Text::RemovesTitle, Caption::Title}, {Text::RemovesArtist, Caption::Artist}, {Text::RemovesAlbum, Caption::Album},
+        {Text::RemovesYear, Caption::Year}, {Text::RemovesTrack, Caption::Track}, {Text::RemovesGenre, Caption::Genre},
+        {Text::RemovesComment, Caption::Comment}}};
+
+QString removedText(const Captions &captions, const SaveOutlook &outlook, bool isOneFile)
+{
+    QStringList removed;
+    for (std::size_t i = 0; i < RemovedTexts.size(); ++i) {
+        const int count = outlook.removed.at(i);
+        if (count == 0)
+            continue;
+        const QString number = captions.locale().toString(count);
+        const QString many = outlook.isCut ? captions.text(Text::NumberOrMore).arg(number) : number;
+        removed << (isOneFile ? captions.text(RemovedTexts.at(i).name).remove(u'&')
+                              : captions.text(RemovedTexts.at(i).ofMany).arg(many));
+    }
+    const Text sentence = isOneFile ? Text::RemarkFieldsRemoved : Text::HintRemoves;
+    return removed.isEmpty() ? QString() : captions.text(sentence).arg(removed.join(QStringLiteral(", ")));
+}
+
+QString v1Text(const Captions &captions, const SaveOutlook &outlook)
+{
+    const QString v1 = QStringLiteral("ID3v1");
+    if (outlook.isNotShown)
+        return captions.text(Text::HintV1NotShown).arg(v1, QStringLiteral("ID3v2"));
+    QStringList losses;
+    if (outlook.losesCharacters)
+        losses << captions.text(Text::V1LosesCharacters).arg(QStringLiteral("???"));
+    if (outlook.cutsTexts)
+        losses << captions.text(Text::V1CutsTexts);
+    if (outlook.losesPictures)
+        losses << captions.text(Text::V1LosesPictures);
+    if (losses.isEmpty())
+        return {};
+    return captions.text(Text::HintV1Loses).arg(v1, losses.join(QStringLiteral(", ")));
+}
+
 } // namespace
 
 SaveOutlook &SaveOutlook::operator|=(const SaveOutlook &other)
@@ -34,12 +83,9 @@ SaveOutlook &SaveOutlook::operator|=(const SaveOutlook &other)
     losesCharacters = losesCharacters || other.losesCharacters;
     cutsTexts = cutsTexts || other.cutsTexts;
     losesPictures = losesPictures || other.losesPictures;
+    std::ranges::transform(removed, other.removed, removed.begin(), std::plus<>());
+    isCut = isCut || other.isCut;
     return *this;
-}
-
-bool mayHaveOutlook(int mode)
-{
-    return mode == OnlyV1 || mode == V1WithoutV2;
 }
 
 SaveOutlook outlookOf(const TagRecord &record, int mode)
@@ -56,21 +102,23 @@ SaveOutlook outlookOf(const TagRecord &record, int mode)
     return outlook;
 }
 
-QString outlookText(const Captions &captions, const SaveOutlook &outlook)
+SaveOutlook outlookOf(const PreparedSave &save, int mode, bool onlyEdited)
 {
-    const QString v1 = QStringLiteral("ID3v1");
-    if (outlook.isNotShown)
-        return captions.text(Text::HintV1NotShown).arg(v1, QStringLiteral("ID3v2"));
-    QStringList losses;
-    if (outlook.losesCharacters)
-        losses << captions.text(Text::V1LosesCharacters).arg(QStringLiteral("???"));
-    if (outlook.cutsTexts)
-        losses << captions.text(Text::V1CutsTexts);
-    if (outlook.losesPictures)
-        losses << captions.text(Text::V1LosesPictures);
-    if (losses.isEmpty())
-        return {};
-    return captions.text(Text::HintV1Loses).arg(v1, losses.join(QStringLiteral(", ")));
+    SaveOutlook outlook = outlookOf(save.wanted, mode);
+    for (std::size_t i = 0; i < TagFields.size(); ++i) {
+        const TagEdits::Field field = TagFields.at(i).member;
+        const QString &text = save.wanted.*field;
+        const bool goes = text.isEmpty() || (!onlyEdited && !isWritable(field, text));
+        outlook.removed.at(i) = goes && !(save.present.*field).isEmpty() ? 1 : 0;
+    }
+    return outlook;
+}
+
+QString outlookText(const Captions &captions, const SaveOutlook &outlook, bool isOneFile)
+{
+    QStringList texts{removedText(captions, outlook, isOneFile), v1Text(captions, outlook)};
+    texts.removeAll(QString());
+    return texts.join(captions.mark(u';') + u' ');
 }
 
 struct OutlookReader::Job
@@ -110,13 +158,14 @@ void OutlookReader::request(const ProgramState &state, const QStringList &paths,
     m_wanted->paths = paths;
     m_wanted->prepare = std::move(prepare);
     m_pool.start([this, job = m_wanted] {
-        constexpr SaveOutlook AllOfV1WithoutV2{false, true, true, true};
         const TagStore store(job->state, m_fileSystem);
-        for (const QString &path : job->paths) {
-            if (job->stop.stop_requested() || job->outlook.isNotShown || job->outlook == AllOfV1WithoutV2)
+        const QDeadlineTimer end(LongestTime);
+        for (qsizetype i = 0; i < job->paths.size() && !job->stop.stop_requested(); ++i) {
+            job->outlook.isCut = i == MostFiles || end.hasExpired();
+            if (job->outlook.isCut)
                 break;
-            if (const Result<TagRecord> record = job->prepare(path, store))
-                job->outlook |= outlookOf(*record, job->state.tagSaveMode);
+            if (const Result<PreparedSave> save = job->prepare(job->paths[i], store))
+                job->outlook |= outlookOf(*save, job->state.tagSaveMode, store.savesOnlyEdited());
         }
         QMetaObject::invokeMethod(
             this, [this, job] { finish(job); }, Qt::QueuedConnection);

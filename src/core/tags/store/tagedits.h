@@ -36,6 +36,13 @@ private:
     std::vector<std::pair<Field, QString>> m_texts;
 };
 
+/// A save of one file before it is made.
+struct PreparedSave
+{
+    TagRecord present; ///< what the file has
+    TagRecord wanted;  ///< what it is to have; a save that leaves fields alone has taken them over
+};
+
 /// Whether a save of a whole record (TagStore::SaveTag) writes the text into the field. An empty one always counts as
 /// written: it removes the field.
 bool isWritable(TagEdits::Field field, const QString &text);
