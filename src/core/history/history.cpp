@@ -376,9 +376,9 @@ Result<std::optional<Entry>> History::nextRedo()
     });
 }
 
-Result<std::vector<Entry>> History::laterOnSameFiles(qint64 entry)
+Result<std::vector<Entry>> History::laterOnSameFiles(qint64 entry, const std::set<qint64> &onlyFiles)
 {
-    return query<std::vector<Entry>>([&](Store &store) { return store.laterOnSameFiles(entry); });
+    return query<std::vector<Entry>>([&](Store &store) { return store.laterOnSameFiles(entry, onlyFiles); });
 }
 
 Result<std::vector<StoredChange>> History::changesToUndo(qint64 entry, const std::set<qint64> &onlyFiles)

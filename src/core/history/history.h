@@ -167,7 +167,7 @@ public:
     /// an ID of its own, for the calls below, and else what the entry has that it took back.
     Result<std::optional<Entry>> nextRedo();
     /// Later entries, not undone, that changed files of this one; newest first.
-    Result<std::vector<Entry>> laterOnSameFiles(qint64 entry);
+    Result<std::vector<Entry>> laterOnSameFiles(qint64 entry, const std::set<qint64> &onlyFiles = {});
 
     /// The changes to undo, the last one first; only of the given files if there are any.
     Result<std::vector<StoredChange>> changesToUndo(qint64 entry, const std::set<qint64> &onlyFiles = {});

@@ -43,10 +43,10 @@ void HistoryReader::readFiles(qint64 entry, Then<std::vector<FileRecord>> then)
     });
 }
 
-void HistoryReader::readLater(qint64 entry, Then<std::vector<Entry>> then)
+void HistoryReader::readLater(qint64 entry, const std::set<qint64> &onlyFiles, Then<std::vector<Entry>> then)
 {
-    ask(m_later, [entry, then = std::move(then)](History &history) {
-        return [then, answer = history.laterOnSameFiles(entry)]() mutable { then(std::move(answer)); };
+    ask(m_later, [entry, onlyFiles, then = std::move(then)](History &history) {
+        return [then, answer = history.laterOnSameFiles(entry, onlyFiles)]() mutable { then(std::move(answer)); };
     });
 }
 

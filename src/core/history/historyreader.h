@@ -33,7 +33,8 @@ public:
 
     void readEntries(const Query &query, Then<std::vector<Entry>> then);
     void readFiles(qint64 entry, Then<std::vector<FileRecord>> then);
-    void readLater(qint64 entry, Then<std::vector<Entry>> then); ///< History::laterOnSameFiles
+    /// History::laterOnSameFiles
+    void readLater(qint64 entry, const std::set<qint64> &onlyFiles, Then<std::vector<Entry>> then);
     /// Drops the question for files; no answer follows.
     void dropFiles();
 

@@ -477,10 +477,10 @@ Result<std::vector<Entry>> Store::reverting(qsizetype limit)
     return entriesOf(*statement);
 }
 
-Result<std::vector<Entry>> Store::laterOnSameFiles(qint64 entry)
+Result<std::vector<Entry>> Store::laterOnSameFiles(qint64 entry, const std::set<qint64> &onlyFiles)
 {
     auto statement = m_database.prepare(
-        "SELECT c.entry, c.kind, c.path, c.newPath, c.isFolder, e.reverts IS NOT NULL OR c.state<>1 "
+        "SELECT c.entry, c.kind, c.path, c.newPath, c.isFolder, e.reverts IS NOT NULL OR c.state<>1, c.id "
         "FROM change c JOIN entry e ON e.id=c.entry WHERE c.entry>=? AND c.state IN (1,3) ORDER BY c.id");
     if (!statement)
         return tl::unexpected(statement.error());
@@ -498,7 +498,8 @@ Result<std::vector<Entry>> Store::laterOnSameFiles(qint64 entry)
         change.path = statement->text(2);
         change.newPath = statement->text(3);
         if (statement->integer(0) == entry) {
-            pursuit.add(change.newPath.isEmpty() ? change.path : change.newPath);
+            if (onlyFiles.empty() || onlyFiles.contains(statement->integer(6)))
+                pursuit.add(change.newPath.isEmpty() ? change.path : change.newPath);
             continue;
         }
         const bool isMet = pursuit.meets(change, statement->integer(4) != 0);

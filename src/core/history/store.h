@@ -75,7 +75,7 @@ public:
     /// Entries that took back another one and were not taken back themselves, newest first; each as the one it took
     /// back but for its ID.
     Result<std::vector<Entry>> reverting(qsizetype limit);
-    Result<std::vector<Entry>> laterOnSameFiles(qint64 entry);
+    Result<std::vector<Entry>> laterOnSameFiles(qint64 entry, const std::set<qint64> &onlyFiles = {});
     Result<std::vector<StoredChange>> changes(qint64 entry);
     /// In the order in which they were made.
     Result<std::vector<MovedPath>> movesSince(qint64 change);

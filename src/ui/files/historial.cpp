@@ -298,14 +298,16 @@ void historial::undo(const std::set<qint64> &files)
     const history::Entry *entry = m_entryModel->entryAt(m_entries->currentIndex());
     if (entry == nullptr)
         return;
-    m_reader.readLater(entry->id, [this, files, id = entry->id](const Result<std::vector<history::Entry>> &later) {
-        if (!later)
-            m_state->setText(m_captions.text(Text::HistoryUnreadable).arg(m_captions.errorText(later.error().code)));
-        else if (later->empty())
-            Q_EMIT undoRequested({id}, files);
-        else
-            askForLater(id, files, *later);
-    });
+    m_reader.readLater(
+        entry->id, files, [this, files, id = entry->id](const Result<std::vector<history::Entry>> &later) {
+            if (!later)
+                m_state->setText(
+                    m_captions.text(Text::HistoryUnreadable).arg(m_captions.errorText(later.error().code)));
+            else if (later->empty())
+                Q_EMIT undoRequested({id}, files);
+            else
+                askForLater(id, files, *later);
+        });
 }
 
 /// An entry's name in a sentence.
