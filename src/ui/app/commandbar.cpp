@@ -47,7 +47,7 @@ CommandBar::CommandBar(const WindowParts &parts, FileCommands &files, ProgramDia
     addFilesButton(files);
     addSelectionButton();
     addPatternsButton(dialogs);
-    addFurtherActions(files);
+    addFurtherActions(files, dialogs);
     connectKeys(files);
     makeMenus();
     connect(&parts.lister, &ListController::listed, this, &CommandBar::updateEnabling);
@@ -134,14 +134,16 @@ void CommandBar::addPatternsButton(ProgramDialogs &dialogs)
 }
 
 /// Commands without a button.
-void CommandBar::addFurtherActions(FileCommands &files)
+void CommandBar::addFurtherActions(FileCommands &files, ProgramDialogs &dialogs)
 {
     m_undo = furtherAction(QStringLiteral("undo"), QStringLiteral("undo-2"), QKeySequence::Undo);
+    m_history = furtherAction(QStringLiteral("history"), QStringLiteral("history"), QKeySequence(Qt::CTRL | Qt::Key_H));
     m_listTree = furtherAction(QStringLiteral("listTree"), QStringLiteral("folder-tree"), Qt::Key_F2);
     m_refreshTree = furtherAction(QStringLiteral("refreshTree"), QStringLiteral("refresh-cw"), Qt::Key_F5);
     for (QAction *ofTheTree : {m_listTree, m_refreshTree})
         ofTheTree->setShortcutContext(Qt::WidgetShortcut); // the tree handles these keys
     connect(m_undo, &QAction::triggered, &files, &FileCommands::undo);
+    connect(m_history, &QAction::triggered, &dialogs, &ProgramDialogs::openHistory);
     connect(m_listTree, &QAction::triggered, &m_parts.lister, &ListController::ListFolderTree);
     connect(m_refreshTree, &QAction::triggered, &m_parts.tree, &FolderTree::refreshAsAsked);
 }
@@ -175,7 +177,9 @@ void CommandBar::makeMenus()
     m_listMenu->addSeparator();
     m_listMenu->addActions({m_moveFiles, m_copyFiles, m_deleteFiles});
     m_listMenu->addSeparator();
-    m_listMenu->addActions({m_undo, m_selectAll, m_selectNone});
+    m_listMenu->addActions({m_undo, m_history});
+    m_listMenu->addSeparator();
+    m_listMenu->addActions({m_selectAll, m_selectNone});
     m_listMenu->addSeparator();
     m_listMenu->addAction(m_patterns);
     m_treeMenu->setObjectName(QStringLiteral("treeMenu"));
@@ -183,7 +187,7 @@ void CommandBar::makeMenus()
     m_treeMenu->addSeparator();
     m_treeMenu->addActions({m_renameFolder, m_moveFolder, m_copyFolder, m_deleteFolder, m_deletePlaylists});
     m_treeMenu->addSeparator();
-    m_treeMenu->addAction(m_undo);
+    m_treeMenu->addActions({m_undo, m_history});
 
     connect(&m_parts.list, &FileList::menuRequested, m_listMenu, [this](const QPoint &at) { m_listMenu->popup(at); });
     m_parts.tree.setContextMenuPolicy(Qt::CustomContextMenu);
@@ -250,9 +254,10 @@ void CommandBar::applyCaptions()
 {
     const Captions &captions = m_parts.program.captions;
     m_undo->setText(captions.text(undoText()));
+    m_history->setText(captions.text(Text::TitleHistory));
     m_listTree->setText(captions.text(Text::CommandListTree));
     m_refreshTree->setText(captions.text(Text::CommandRefresh));
-    for (QAction *action : {m_undo, m_listTree, m_refreshTree})
+    for (QAction *action : {m_undo, m_history, m_listTree, m_refreshTree})
         action->setToolTip(tooltipOf(action->text(), action->shortcut()));
 }
 

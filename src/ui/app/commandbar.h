@@ -34,7 +34,7 @@ private:
     void addFilesButton(FileCommands &files);
     void addSelectionButton();
     void addPatternsButton(ProgramDialogs &dialogs);
-    void addFurtherActions(FileCommands &files);
+    void addFurtherActions(FileCommands &files, ProgramDialogs &dialogs);
     void connectKeys(FileCommands &files);
     void makeMenus();
     QAction *furtherAction(const QString &name, const QString &icon, const QKeySequence &shortcut);
@@ -61,6 +61,7 @@ private:
     QAction *m_selectNone = nullptr;
     QAction *m_patterns = nullptr;
     QAction *m_undo = nullptr;
+    QAction *m_history = nullptr;
     QAction *m_listTree = nullptr;
     QAction *m_refreshTree = nullptr;
     QMenu *m_listMenu;

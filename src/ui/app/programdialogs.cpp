@@ -4,6 +4,7 @@
 #include "core/app/pageowner.h"
 #include "ui/app/opciones.h"
 #include "ui/files/filelist.h"
+#include "ui/files/historial.h"
 #include "ui/naming/patterneditor.h"
 #include "ui/online/freedb.h"
 
@@ -75,6 +76,24 @@ void ProgramDialogs::openPatterns()
     m_patterns->setAttribute(Qt::WA_DeleteOnClose);
     connect(m_patterns, &QDialog::accepted, this, &ProgramDialogs::patternsEdited);
     m_patterns->open();
+}
+
+void ProgramDialogs::openHistory()
+{
+    if (raise(m_history))
+        return;
+    m_history = new historial(
+        m_parts.program.captions, m_parts.program.fileSystem, history::History::defaultPath(), m_parts.window);
+    m_history->setAttribute(Qt::WA_DeleteOnClose);
+    connect(m_history, &historial::undoRequested, this, &ProgramDialogs::undoRequested);
+    connect(this, &ProgramDialogs::optionsClosed, m_history, &historial::applyCaptions);
+    m_history->show();
+}
+
+void ProgramDialogs::refreshHistory()
+{
+    if (m_history)
+        m_history->refresh();
 }
 
 void ProgramDialogs::openLookup()

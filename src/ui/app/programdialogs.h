@@ -7,11 +7,15 @@
 #include <QObject>
 #include <QPointer>
 
+#include <set>
+
 namespace ravlin {
 
+class historial;
 class opciones;
 
-/// Opens the windows over the main window, each once: options, about box, saved patterns and the lookup of discs.
+/// Opens the windows over the main window, each once: options, about box, saved patterns, the history and the lookup of
+/// discs.
 class ProgramDialogs : public QObject
 {
     Q_OBJECT
@@ -27,10 +31,14 @@ public:
     void offerProtection();
     void openAbout();
     void openPatterns();
+    void openHistory();
     /// Opens the lookup of discs for the selected files; does nothing while none is selected.
     void openLookup();
 
     /// Opens the about box's addresses; the system at first.
+    /// Makes the window of the history show what has changed meanwhile, if it is open.
+    void refreshHistory();
+
     void setOpenAddress(frmAbout::OpenAddress open) { m_openAddress = std::move(open); }
 
 Q_SIGNALS:
@@ -38,6 +46,8 @@ Q_SIGNALS:
     void optionsClosed();
     /// The saved patterns were edited: boxes that offer them have to show them anew.
     void patternsEdited();
+    /// historial::undoRequested
+    void undoRequested(qint64 entry, const std::set<qint64> &files, bool withLater);
 
 private:
     opciones *createOptions();
@@ -47,6 +57,7 @@ private:
     QPointer<QDialog> m_options;
     QPointer<QDialog> m_about;
     QPointer<QDialog> m_patterns;
+    QPointer<historial> m_history;
     QPointer<QWidget> m_lookup;
 };
 

@@ -304,7 +304,7 @@ void historial::undo(const std::set<qint64> &files)
                 m_state->setText(
                     m_captions.text(Text::HistoryUnreadable).arg(m_captions.errorText(later.error().code)));
             else if (later->empty())
-                Q_EMIT undoRequested({id}, files);
+                Q_EMIT undoRequested(id, files, false);
             else
                 askForLater(id, files, *later);
         });
@@ -322,24 +322,21 @@ QString historial::nameOf(const history::Entry &entry) const
 void historial::askForLater(qint64 entry, const std::set<qint64> &files, const std::vector<history::Entry> &later)
 {
     QStringList lines;
-    std::vector<qint64> entries;
     for (const history::Entry &one : later) {
-        entries.push_back(one.id);
         if (lines.size() < MostLaterNamed)
             lines << nameOf(one);
     }
     if (later.size() > MostLaterNamed)
         lines << m_captions.text(Text::AndMore).arg(later.size() - MostLaterNamed);
-    entries.push_back(entry);
     auto *box = new MessageBox(MessageBox::Question, windowTitle(), m_captions.text(Text::AskUndoLater),
         MessageBox::Yes | MessageBox::No, this);
     box->setObjectName(QStringLiteral("undoLater"));
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setDefaultButton(MessageBox::No);
     box->setFurtherText(lines.join(u'\n'));
-    connect(box, &QDialog::finished, this, [this, entries, files](int answer) {
+    connect(box, &QDialog::finished, this, [this, entry, files](int answer) {
         if (answer == MessageBox::Yes)
-            Q_EMIT undoRequested(entries, files);
+            Q_EMIT undoRequested(entry, files, true);
     });
     box->open();
 }

@@ -40,8 +40,8 @@ public:
     void applyCaptions();
 
 Q_SIGNALS:
-    /// entries: the newest first; to be undone in this order. files: of the last one only these; empty: all.
-    void undoRequested(const std::vector<qint64> &entries, const std::set<qint64> &files);
+    /// files: only these of the entry; empty: all. withLater: what was done later to these files is to be undone first.
+    void undoRequested(qint64 entry, const std::set<qint64> &files, bool withLater);
 
 protected:
     void changeEvent(QEvent *event) override;

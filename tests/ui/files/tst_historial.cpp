@@ -40,7 +40,8 @@ private:
     Captions m_captions;
     std::unique_ptr<History> m_history;
     std::unique_ptr<historial> m_window;
-    Entries m_undone;
+    qint64 m_undone = 0;
+    bool m_isWithLater = false;
     Files m_undoneFiles;
     int m_undoCount = 0;
 
@@ -71,11 +72,13 @@ private:
     void open()
     {
         m_window = std::make_unique<historial>(m_captions, platform::FileSystem::native(), database());
-        connect(m_window.get(), &historial::undoRequested, this, [this](const Entries &entries, const Files &files) {
-            m_undone = entries;
-            m_undoneFiles = files;
-            ++m_undoCount;
-        });
+        connect(
+            m_window.get(), &historial::undoRequested, this, [this](qint64 entry, const Files &files, bool withLater) {
+                m_undone = entry;
+                m_undoneFiles = files;
+                m_isWithLater = withLater;
+                ++m_undoCount;
+            });
         m_window->show();
     }
     template <typename Control>
@@ -116,7 +119,7 @@ private Q_SLOTS:
         m_captions.setLanguageName(u"english"_s);
         m_captions.fill();
         m_history = std::make_unique<History>(platform::FileSystem::native(), database());
-        m_undone.clear();
+        m_undone = 0;
         m_undoneFiles.clear();
         m_undoCount = 0;
     }
@@ -137,12 +140,13 @@ private Q_SLOTS:
         QCOMPARE(value.data().toString(), u"artist"_s);
         QCOMPARE(value.siblingAtColumn(1).data().toString(), u"former"_s);
         QCOMPARE(value.siblingAtColumn(2).data().toString(), u"two"_s);
-        QCOMPARE(
-            changeModel().index(2, ChangeModel::Outcome).data().toString(), u"failed: the file is read-only"_s);
+        QCOMPARE(changeModel().index(2, ChangeModel::Outcome).data().toString(), u"failed: the file is read-only"_s);
         choose(first);
         QTRY_VERIFY_WITH_TIMEOUT(showsFiles({u"a.mp3"_s}), PatientWait);
-        QVERIFY(entryModel().data(entries()->currentIndex(), Qt::AccessibleTextRole).toString().contains(
-            u"tags of several files"_s));
+        QVERIFY(entryModel()
+                    .data(entries()->currentIndex(), Qt::AccessibleTextRole)
+                    .toString()
+                    .contains(u"tags of several files"_s));
     }
 
     void whatIsRecordedMeanwhileAppears()
@@ -196,7 +200,8 @@ private Q_SLOTS:
         QVERIFY(!button(u"deshacerArchivos"_s)->isEnabled());
         button(u"deshacer"_s)->click();
         QTRY_COMPARE_WITH_TIMEOUT(m_undoCount, 1, PatientWait);
-        QCOMPARE(m_undone, Entries{second});
+        QCOMPARE(m_undone, second);
+        QVERIFY(!m_isWithLater);
         QVERIFY(m_undoneFiles.empty());
     }
 
@@ -215,16 +220,16 @@ private Q_SLOTS:
         QVERIFY(button(u"deshacerArchivos"_s)->isEnabled());
         button(u"deshacerArchivos"_s)->click();
         QTRY_COMPARE_WITH_TIMEOUT(m_undoCount, 1, PatientWait);
-        QCOMPARE(m_undone, Entries{entry});
+        QCOMPARE(m_undone, entry);
         QCOMPARE(m_undoneFiles, (Files{changeModel().files()[0].id, changeModel().files()[2].id}));
     }
 
     void whatWasDoneLaterToTheSameFilesIsOfferedByName()
     {
         const qint64 first = record(music(), {u"a.mp3"_s, u"b.mp3"_s}, u"one"_s);
-        const qint64 second = record(music(), {u"a.mp3"_s}, u"two"_s);
+        record(music(), {u"a.mp3"_s}, u"two"_s);
         record(music(), {u"c.mp3"_s}, u"three"_s);
-        const qint64 fourth = record(music(), {u"b.mp3"_s}, u"four"_s);
+        record(music(), {u"b.mp3"_s}, u"four"_s);
         open();
         QTRY_COMPARE_WITH_TIMEOUT(ids().size(), 4U, PatientWait);
         choose(first);
@@ -241,7 +246,8 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(question() != nullptr, PatientWait);
         question()->button(QMessageBox::Yes)->click();
         QTRY_COMPARE_WITH_TIMEOUT(m_undoCount, 1, PatientWait);
-        QCOMPARE(m_undone, (Entries{fourth, second, first}));
+        QCOMPARE(m_undone, first);
+        QVERIFY(m_isWithLater);
     }
 
     void onlyWhatTouchedTheChosenFilesIsOfferedWithThem()
@@ -256,7 +262,8 @@ private Q_SLOTS:
             changeModel().index(1, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         button(u"deshacerArchivos"_s)->click();
         QTRY_COMPARE_WITH_TIMEOUT(m_undoCount, 1, PatientWait);
-        QCOMPARE(m_undone, Entries{first});
+        QCOMPARE(m_undone, first);
+        QVERIFY(!m_isWithLater);
     }
 
     void withoutAHistoryItSaysSo()
