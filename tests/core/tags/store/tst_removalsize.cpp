@@ -22,7 +22,10 @@ private:
 
     QTemporaryDir m_folder;
 
-    QString add(const QString &name, const QByteArray &tag) const { return writeFile(m_folder.path(), name, tag + audio()); }
+    QString add(const QString &name, const QByteArray &tag) const
+    {
+        return writeFile(m_folder.path(), name, tag + audio());
+    }
     /// A tag with a title of its own length and a cover of bytes made from one.
     static QByteArray tagged(int titleLength, char coverByte)
     {
