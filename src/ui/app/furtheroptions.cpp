@@ -3,6 +3,7 @@
 
 #include "core/app/idiomas.h"
 #include "core/files/list/listcolumns.h"
+#include "ui/app/historybox.h"
 #include "ui/controls/making.h"
 #include "ui/controls/plain/plainlabel.h"
 
@@ -21,10 +22,12 @@ constexpr int ColumnsInARow = 4;
 
 } // namespace
 
-furtheroptions::furtheroptions(const Captions &captions, QWidget *parent) : QWidget(parent), m_captions(captions)
+furtheroptions::furtheroptions(const Captions &captions, history::History &history, QWidget *parent)
+    : QWidget(parent), m_captions(captions)
 {
     setObjectName(QStringLiteral("furtheroptions"));
     createControls();
+    m_history = new HistoryBox(captions, history, this);
     createLayout();
 }
 
@@ -41,6 +44,7 @@ void furtheroptions::createControls()
     m_click = made<QComboBox>("cclick", m_list);
     m_click->addItem(QString(), static_cast<int>(DoubleClick::Open));
     m_click->addItem(QString(), static_cast<int>(DoubleClick::Edit));
+    m_click->setSizeAdjustPolicy(QComboBox::AdjustToContents); // also while this page was never shown
     m_columnsLabel = made<PlainLabel>("lcolumns", m_list);
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
         m_columns[i] = new QCheckBox(m_list);
@@ -70,6 +74,7 @@ void furtheroptions::createLayout()
     auto *rows = new QVBoxLayout(this);
     rows->addWidget(m_writing);
     rows->addWidget(m_list);
+    rows->addWidget(m_history);
     rows->addStretch();
 }
 
@@ -82,6 +87,7 @@ void furtheroptions::show(const FurtherOptions &options)
     const ColumnSet hidden = hiddenColumnsFromText(options.hiddenColumns);
     for (std::size_t i = 0; i < m_columns.size(); ++i)
         m_columns[i]->setChecked(!hidden[i]);
+    m_history->show(options);
 }
 
 FurtherOptions furtheroptions::choices() const
@@ -97,6 +103,7 @@ FurtherOptions furtheroptions::choices() const
     options.hiddenColumns = hidden == hiddenColumnsFromText(m_given.hiddenColumns)
                                 ? m_given.hiddenColumns
                                 : textOfHiddenColumns(hidden, m_given.hiddenColumns);
+    m_history->choose(options);
     return options;
 }
 
@@ -118,7 +125,8 @@ void furtheroptions::applyCaptions()
         m_columns[i]->setToolTip(m_captions.text(i == 0 ? Text::TipFileColumn : Text::TipColumn));
         m_columns[i]->setAccessibleDescription(m_captions.text(Text::LabelColumns));
     }
-    makeEquallyWide({m_versionLabel, m_clickLabel});
+    m_history->applyCaptions();
+    makeEquallyWide(QList<QWidget *>{m_versionLabel, m_clickLabel} + m_history->labels());
     m_version->setAccessibleName(m_versionLabel->text());
     m_click->setAccessibleName(m_clickLabel->text());
 }

@@ -14,17 +14,22 @@ class QGroupBox;
 namespace ravlin {
 
 class Captions;
+class HistoryBox;
 class PlainLabel;
 
-/// The second page of the options dialog: how tags are written, what a double click does, and which columns the file
-/// list shows. The dialog stores the choices.
+namespace history {
+class History;
+}
+
+/// The second page of the options dialog: how tags are written, what a double click does, which columns the file list
+/// shows, and what the history may take. The dialog stores the choices.
 class furtheroptions : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// captions outlives the page.
-    explicit furtheroptions(const Captions &captions, QWidget *parent = nullptr);
+    /// captions and history outlive the page.
+    furtheroptions(const Captions &captions, history::History &history, QWidget *parent = nullptr);
 
     void show(const FurtherOptions &options);
     FurtherOptions choices() const;
@@ -46,6 +51,7 @@ private:
     QComboBox *m_click = nullptr;
     PlainLabel *m_columnsLabel = nullptr;
     std::array<QCheckBox *, 8> m_columns{}; ///< chcolumn_0 to chcolumn_7
+    HistoryBox *m_history = nullptr;
 };
 
 } // namespace ravlin

@@ -53,7 +53,7 @@ opciones::opciones(Program &program, QWidget *parent) : QDialog(parent), m_progr
 void opciones::createControls()
 {
     m_pages = made<QTabWidget>("optionPages", this);
-    m_further = new furtheroptions(m_program.captions, m_pages);
+    m_further = new furtheroptions(m_program.captions, m_program.history, m_pages);
     m_general = made<QGroupBox>("general", this, QStringLiteral("general"));
     m_freedb = made<QGroupBox>("freedb", this, QStringLiteral("freedb"));
     m_languageLabel = made<PlainLabel>("lidioma", m_general, QStringLiteral("lenguage"));

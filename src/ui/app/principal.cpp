@@ -167,6 +167,7 @@ void principal::createCommands()
     connect(m_save, &QAction::triggered, this, &principal::saveByKey);
     connect(m_dialogs, &ProgramDialogs::patternsEdited, m_batchPages, &BatchPages::refreshPatterns);
     connect(m_batchPages, &BatchPages::finished, m_fileCommands, &FileCommands::ended);
+    connect(m_fileCommands, &FileCommands::ended, m_dialogs, &ProgramDialogs::refreshHistory);
 }
 
 /// The tag that was read last: that of the file on the page or, if the page has shown none since the listing, that of

@@ -15,7 +15,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
@@ -150,6 +152,53 @@ private Q_SLOTS:
         QVERIFY2(file().contains("\nhidden columns=track year bpm rating\n"), file());
     }
 
+    void theHistorysLimitsAreShownAndStored()
+    {
+        open();
+        auto *days = control<QSpinBox>(u"dias"_s);
+        auto *megabytes = control<QSpinBox>(u"megas"_s);
+        QCOMPARE(days->value(), 90);
+        QCOMPARE(megabytes->value(), 500);
+        days->setValue(7);
+        megabytes->setValue(50);
+        press(u"ok"_s);
+        QCOMPARE(m_program->state.options.historyDays, 7);
+        QCOMPARE(m_program->state.options.historyMegabytes, 50);
+        QVERIFY2(file().contains("\nhistoria dias=7\nhistoria megas=50\n"), file());
+        open();
+        QCOMPARE(control<QSpinBox>(u"dias"_s)->value(), 7);
+        QCOMPARE(control<QSpinBox>(u"megas"_s)->value(), 50);
+        control<QSpinBox>(u"dias"_s)->setValue(100'000);
+        QCOMPARE(control<QSpinBox>(u"dias"_s)->value(), 3650);
+    }
+
+    void allIsForgottenOnlyAfterAYes()
+    {
+        m_program = std::make_unique<Program>();
+        m_program->history.beginEntry(history::Kind::Single, u"/music"_s);
+        storage::ChangeRecord change;
+        change.path = u"/music/a.mp3"_s;
+        m_program->history.end(m_program->history.begin(change).value(), storage::ChangeDone{});
+        QVERIFY(m_program->history.endEntry().entry.id != 0);
+        open();
+        auto *forget = control<QPushButton>(u"forgetAll"_s);
+        QVERIFY(forget->isEnabled());
+        QVERIFY(control<QLabel>(u"historySize"_s)->text().startsWith(u"it takes "_s));
+        const auto answer = [&](QMessageBox::StandardButton button) {
+            forget->click();
+            auto *question = m_dialog->findChild<QMessageBox *>(u"question"_s);
+            QVERIFY(question != nullptr);
+            QCOMPARE(question->defaultButton(), question->button(QMessageBox::No));
+            question->button(button)->click();
+            QTRY_VERIFY_WITH_TIMEOUT(m_dialog->findChild<QMessageBox *>(u"question"_s) == nullptr, 30'000);
+        };
+        answer(QMessageBox::No);
+        QCOMPARE(m_program->history.entries().value().size(), 1U);
+        answer(QMessageBox::Yes);
+        QVERIFY(m_program->history.entries().value().empty());
+        QVERIFY(m_dialog->isVisible());
+    }
+
     void everyControlHasANameAndATabStop()
     {
         open();
@@ -165,9 +214,9 @@ private Q_SLOTS:
                 qPrintable(widget->objectName()));
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         } while (QApplication::focusWidget() != first && way.size() < 30);
-        QCOMPARE(way.join(u' '),
-            u"cversion chtimes cclick chcolumn_1 chcolumn_2 chcolumn_3 chcolumn_4 chcolumn_5 chcolumn_6 chcolumn_7 ok "
-            u"cancel qt_tabwidget_tabbar"_s);
+        QCOMPARE(way.join(u' '), u"cversion chtimes cclick chcolumn_1 chcolumn_2 chcolumn_3 chcolumn_4 chcolumn_5 "
+                                 u"chcolumn_6 chcolumn_7 dias "
+                                 u"megas forgetAll ok cancel qt_tabwidget_tabbar"_s);
     }
 };
 
