@@ -23,7 +23,7 @@ set(RAVLIN_NOT_FOR_WINDOWS
     # They call POSIX in the test itself: permission bits, owners, pipes, extended attributes, limits of resources, or
     # processes that they fork in order to kill them.
     tst_exclusiverename tst_filesystem tst_safewrite tst_safewritefaults tst_safewritefull tst_safewritekill tst_tagkill
-    tst_renamingkill tst_transferkill tst_transferfaults tst_foreigntext tst_changerecord tst_twowriters
+    tst_bothkinds tst_renamingkill tst_transferkill tst_transferfaults tst_foreigntext tst_changerecord tst_twowriters
     tst_unfinishedsave
     # The trash and the desktop entries of freedesktop.org.
     tst_trash tst_trashsizes tst_drives tst_desktop)

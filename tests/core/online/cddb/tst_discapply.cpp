@@ -4,9 +4,15 @@
 #include "core/app/idiomas.h"
 #include "core/online/cddb/discapply.h"
 
+#include "core/tags/store/tagstore.h"
+#include "support/mp3builder.h"
+#include "support/tagfixture.h"
+
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace ravlin;
+using namespace ravlin::test;
 using namespace Qt::StringLiterals;
 
 class TestDiscApply : public QObject
@@ -21,6 +27,7 @@ private Q_SLOTS:
     void everythingTheDiscTells();
     void emptyYearBoxFilesKeepTheirOwnYear();
     void fileWithoutATrackRowGetsEmptyTrackAndTitle();
+    void onlyWhatWasChosenIsWritten();
     void everyFileThatWasNotSavedIsALineWithItsReason();
 };
 
@@ -47,6 +54,35 @@ void TestDiscApply::fileWithoutATrackRowGetsEmptyTrackAndTitle()
     QCOMPARE(record.Track, QString());
     QCOMPARE(record.Title, QString());
     QCOMPARE(record.Artist, u"A"_s);
+}
+
+// While fields are left alone that nobody edited: what the disc does not tell, and a file without a track beside it.
+void TestDiscApply::onlyWhatWasChosenIsWritten()
+{
+    QTemporaryDir folder;
+    const QByteArray kept = textFrame(3, "TCON", u"own genre"_s) + textFrame(3, "TRCK", u"107"_s);
+    const QByteArray title = textFrame(3, "TIT2", u"t"_s);
+    const auto make = [&](const QString &name) {
+        return writeFile(folder.path(), name, id3v2(3, title + kept) + audio());
+    };
+    ProgramState state = roomyState();
+    TagStore store(state, platform::FileSystem::native());
+    for (const bool onlyChosen : {true, false}) {
+        state.options.onlyEditedFields = onlyChosen;
+        const std::vector<DiscFile> files{
+            {make(u"a.mp3"_s), {}}, {make(u"b.mp3"_s), {u"3"_s, u"Faro"_s}}, {make(u"c.mp3"_s), {u"100"_s, u"x"_s}}};
+        const BatchOutcome outcome = saveDisc(files, {u"A"_s, {}, {}, u"Blues"_s}, store, state, {});
+        const TagRecord without = readRecord(files[0].path);
+        QCOMPARE(without.Title, onlyChosen ? u"t"_s : QString());
+        QCOMPARE(without.Track, onlyChosen ? u"107"_s : QString());
+        QCOMPARE(without.Artist, u"A"_s);
+        QCOMPARE(readRecord(files[1].path).Genre, onlyChosen ? u"Blues"_s : QString());
+        QCOMPARE(readRecord(files[1].path).Track, u"3"_s);
+        // A number that no tag can hold: the file keeps its track and is named.
+        QCOMPARE(outcome.outcome(2), onlyChosen ? RowOutcome::Failed : RowOutcome::Done);
+        QCOMPARE(readRecord(files[2].path).Track, onlyChosen ? u"107"_s : QString());
+        QCOMPARE(readRecord(files[2].path).Title, u"x"_s);
+    }
 }
 
 void TestDiscApply::everyFileThatWasNotSavedIsALineWithItsReason()
