@@ -44,6 +44,15 @@ QByteArray sample(qsizetype size, quint32 seed = 1)
     return bytes;
 }
 
+/// Bytes that are nearly all alike, as padding is: what is equal may be found at several places.
+QByteArray dull(qsizetype size, quint32 seed)
+{
+    QByteArray bytes = sample(size, seed);
+    for (char &byte : bytes)
+        byte = byte < -120 ? 'x' : '\0';
+    return bytes;
+}
+
 QByteArray applied(const QByteArray &old, const std::vector<Segment> &segments)
 {
     QByteArray result;
@@ -180,14 +189,15 @@ void TestChangeRecord::anyInverseIsRight()
     std::mt19937 random(17);
     const auto below = [&](qint64 end) { return std::uniform_int_distribution<qint64>(0, end - 1)(random); };
     const ScratchFolder folder;
-    for (int round = 0; round < 500; ++round) {
-        const QByteArray old = sample(below(9000) + 1, static_cast<quint32>(round));
+    for (int round = 0; round < 1000; ++round) {
+        const auto made = round % 2 == 0 ? sample : dull;
+        const QByteArray old = made(below(9000) + 1, static_cast<quint32>(round));
         std::vector<Segment> segments;
         for (qint64 count = below(6); count > 0; --count) {
             const qint64 offset = below(old.size());
             const qint64 length = below(old.size() - offset + 1);
             if (below(3) == 0)
-                segments.push_back(Segment::fresh(sample(below(200), static_cast<quint32>(count))));
+                segments.push_back(Segment::fresh(made(below(200), static_cast<quint32>(count))));
             else if (below(2) == 0)
                 segments.push_back(Segment::fresh(old.mid(offset, length)));
             else
