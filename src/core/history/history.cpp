@@ -3,6 +3,7 @@
 
 #include "core/history/store.h"
 #include "core/platform/path.h"
+#include "core/storage/recorder.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -210,8 +211,12 @@ void History::addChangedByOther(const QString &path)
     m_summary.changedByOthers.append(path);
 }
 
-std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeRecord &record)
+std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeRecord &given)
 {
+    // Whoever finishes or takes it back may be in another folder.
+    storage::ChangeRecord record = given;
+    for (QString *path : {&record.path, &record.newPath, &record.aside})
+        *path = storage::recordedPath(m_fileSystem, *path);
     const bool isReverting = m_reverts != 0;
     const qint64 reverted = std::exchange(m_reverting, 0);
     FileRecord shown;
@@ -277,9 +282,10 @@ std::optional<storage::Journal::Ticket> History::beginTemporary(const QString &f
 {
     if (m_summary.problem || !startRun())
         return std::nullopt;
+    const QString whole = m_fileSystem.canonicalPath(folder).value_or(folder);
     qint64 id = 0;
     const auto added = change(
-        [&](Store &store) { return store.addTemporary(folder, name, m_runName).map([&](qint64 row) { id = row; }); });
+        [&](Store &store) { return store.addTemporary(whole, name, m_runName).map([&](qint64 row) { id = row; }); });
     return added ? std::optional(id) : std::nullopt;
 }
 
@@ -391,7 +397,10 @@ Result<std::vector<StoredChange>> History::changesToUndo(qint64 entry, const std
 
 Result<QString> History::presentPath(qint64 change, const QString &path)
 {
-    if (!m_moves || change < m_movesSince) {
+    const auto entry = query<qint64>([&](Store &store) { return store.entryOf(change); });
+    if (!entry)
+        return tl::unexpected(entry.error());
+    if (!m_moves || change < m_movesSince || !m_isOpen) {
         auto moves = query<std::vector<MovedPath>>([&](Store &store) { return store.movesSince(change); });
         if (!moves)
             return tl::unexpected(moves.error());
@@ -399,13 +408,15 @@ Result<QString> History::presentPath(qint64 change, const QString &path)
         m_movesSince = change;
     }
     QString present = path;
+    qint64 last = 0; // an entry renames a file once: within it, names may swap
     for (const MovedPath &move : *m_moves) {
-        if (move.change <= change)
+        if (move.change <= change || move.entry == *entry)
             continue;
-        if (present == move.from)
-            present = move.to;
-        else if (move.isFolder && present.startsWith(platform::withEndSeparator(move.from)))
-            present = move.to + present.sliced(move.from.size());
+        const bool isBelow = move.isFolder && present.startsWith(platform::withEndSeparator(move.from));
+        if (!isBelow && (present != move.from || move.entry == last))
+            continue;
+        present = move.to + present.sliced(move.from.size());
+        last = isBelow ? last : move.entry;
     }
     return present;
 }

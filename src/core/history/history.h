@@ -146,7 +146,7 @@ public:
     /// Closes the entry; one without changes is not kept.
     Summary endEntry();
 
-    std::optional<Ticket> begin(const storage::ChangeRecord &change) override;
+    std::optional<Ticket> begin(const storage::ChangeRecord &given) override;
     void end(Ticket ticket, const Result<storage::ChangeDone> &done) override;
     std::optional<Ticket> beginTemporary(const QString &folder, const QString &name) override;
     void endTemporary(Ticket ticket) override;

@@ -26,6 +26,7 @@ CREATE TABLE change(id INTEGER PRIMARY KEY, entry INTEGER REFERENCES entry(id) O
     replaced INTEGER, trashed BLOB, reverts INTEGER, code INTEGER, detail TEXT);
 CREATE INDEX changesOfEntry ON change(entry, state);
 CREATE INDEX entriesReverting ON entry(reverts) WHERE reverts IS NOT NULL;
+CREATE INDEX revertingChanges ON change(reverts) WHERE reverts IS NOT NULL;
 CREATE INDEX pendingChanges ON change(run) WHERE run IS NOT NULL;
 CREATE TABLE content(key BLOB PRIMARY KEY, bytes BLOB NOT NULL) WITHOUT ROWID;
 CREATE TABLE piece(change INTEGER NOT NULL REFERENCES change(id) ON DELETE CASCADE, key BLOB NOT NULL,
@@ -81,25 +82,41 @@ FileRecord recordFrom(const Statement &row)
     return record;
 }
 
+/// Whether a move was taken back to where it began, or is what took one back: then no file is elsewhere for it, and
+/// what it replaced is there again.
+constexpr const char *IsPair =
+    "(c.kind=1 AND (EXISTS(SELECT 1 FROM change u WHERE u.reverts=c.id AND u.kind=1 AND u.state=1 AND u.path=c.newPath "
+    "AND u.newPath=c.path) OR EXISTS(SELECT 1 FROM change r WHERE r.id=c.reverts AND r.kind=1 AND r.path=c.newPath "
+    "AND r.newPath=c.path)))";
+
 /// Follows files through later changes and finds out which of these touched them.
 class Pursuit
 {
 public:
     void add(const QString &path) { m_paths.insert(path); }
+    /// The changes that follow are of this entry. Its moves count as if made at once: names may swap.
+    void enter(qint64 entry)
+    {
+        if (std::exchange(m_entry, entry) == entry)
+            return;
+        m_paths.subtract(std::exchange(m_left, {}));
+        m_paths.unite(std::exchange(m_reached, {}));
+        for (const auto &[from, to] : std::exchange(m_folders, {}))
+            moveBelow(from, to);
+    }
     /// Returns whether the change touched one of the files, other than by giving it another path.
-    bool meets(const FileRecord &change, bool isFolder)
+    bool meets(const FileRecord &change, bool isFolder, bool replaced)
     {
         const bool isOurs = m_paths.contains(change.path);
         if (change.change != storage::ChangeKind::Move)
             return (isOurs && change.change != storage::ChangeKind::Copy) || m_paths.contains(change.newPath);
-        const bool isReplaced = m_paths.contains(change.newPath);
         if (isOurs) {
-            m_paths.remove(change.path);
-            m_paths.insert(change.newPath);
+            m_left.insert(change.path);
+            m_reached.insert(change.newPath);
         }
         if (isFolder)
-            moveBelow(platform::withEndSeparator(change.path), platform::withEndSeparator(change.newPath));
-        return isReplaced;
+            m_folders.emplace_back(platform::withEndSeparator(change.path), platform::withEndSeparator(change.newPath));
+        return replaced && m_paths.contains(change.newPath);
     }
 
 private:
@@ -112,6 +129,10 @@ private:
     }
 
     QSet<QString> m_paths;
+    qint64 m_entry = 0;
+    QSet<QString> m_left;
+    QSet<QString> m_reached;
+    std::vector<std::pair<QString, QString>> m_folders;
 };
 
 } // namespace
@@ -208,7 +229,9 @@ Result<qint64> Store::addChange(qint64 entry, const storage::ChangeRecord &chang
     Statement &statement = **cachedStatement;
     const bool isContent = change.kind == storage::ChangeKind::Content;
     bindUnlessZero(statement, 1, entry);
-    statement.bind(2, run).bind(3, static_cast<qint64>(change.kind)).bind(4, change.path);
+    statement.bind(2, run)
+        .bind(3, static_cast<qint64>(change.kind))
+        .bind(4, change.path.isEmpty() ? QStringLiteral("") : change.path);
     statement.bind(5, change.newPath.isEmpty() ? QString() : change.newPath).bind(6, change.isFolder ? 1 : 0);
     statement.bind(7, change.before.size).bind(8, change.before.modified);
     statement.bind(9, static_cast<qint64>(change.identity.volume));
@@ -479,9 +502,10 @@ Result<std::vector<Entry>> Store::reverting(qsizetype limit)
 
 Result<std::vector<Entry>> Store::laterOnSameFiles(qint64 entry, const std::set<qint64> &onlyFiles)
 {
-    auto statement = m_database.prepare(
-        "SELECT c.entry, c.kind, c.path, c.newPath, c.isFolder, e.reverts IS NOT NULL OR c.state<>1, c.id "
-        "FROM change c JOIN entry e ON e.id=c.entry WHERE c.entry>=? AND c.state IN (1,3) ORDER BY c.id");
+    auto statement = m_database.prepare(sqlOf(
+        {"SELECT c.entry, c.kind, c.path, c.newPath, c.isFolder, e.reverts IS NOT NULL OR c.state<>1, c.id, c.replaced "
+         "FROM change c JOIN entry e ON e.id=c.entry WHERE c.entry>=?1 AND c.state IN (1,3) AND (c.entry=?1 OR NOT ",
+            IsPair, ") ORDER BY c.id"}));
     if (!statement)
         return tl::unexpected(statement.error());
     statement->bind(1, entry);
@@ -502,7 +526,8 @@ Result<std::vector<Entry>> Store::laterOnSameFiles(qint64 entry, const std::set<
                 pursuit.add(change.newPath.isEmpty() ? change.path : change.newPath);
             continue;
         }
-        const bool isMet = pursuit.meets(change, statement->integer(4) != 0);
+        pursuit.enter(statement->integer(0));
+        const bool isMet = pursuit.meets(change, statement->integer(4) != 0, statement->integer(7) != 0);
         const bool isTakenBack = statement->integer(5) != 0;
         if (isMet && !isTakenBack)
             met.insert(statement->integer(0));
@@ -537,7 +562,9 @@ Result<std::vector<StoredChange>> Store::changes(qint64 entry)
 Result<std::vector<MovedPath>> Store::movesSince(qint64 change)
 {
     auto statement = m_database.prepare(
-        "SELECT id, path, newPath, isFolder FROM change WHERE kind=? AND state IN (1,3) AND id>? ORDER BY id");
+        sqlOf({"SELECT id, entry, path, newPath, isFolder FROM change c WHERE kind=? AND state IN (1,3) AND id>? "
+               "AND entry IS NOT NULL AND NOT ",
+            IsPair, " ORDER BY id"}));
     if (!statement)
         return tl::unexpected(statement.error());
     statement->bind(1, static_cast<qint64>(storage::ChangeKind::Move)).bind(2, change);
@@ -548,8 +575,20 @@ Result<std::vector<MovedPath>> Store::movesSince(qint64 change)
             return tl::unexpected(row.error());
         if (!*row)
             return moves;
-        moves.push_back({statement->integer(0), statement->text(1), statement->text(2), statement->integer(3) != 0});
+        moves.push_back({statement->integer(0), statement->integer(1), statement->text(2), statement->text(3),
+            statement->integer(4) != 0});
     }
+}
+
+Result<qint64> Store::entryOf(qint64 change)
+{
+    auto statement = cached(m_entryOf, "SELECT coalesce(entry, 0) FROM change WHERE id=?");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    const auto found = (*statement)->bind(1, change).step();
+    const qint64 entry = found && *found ? (*statement)->integer(0) : 0;
+    (*statement)->reset();
+    return found.map([&](bool) { return entry; });
 }
 
 Result<qint64> Store::original(qint64 entry)

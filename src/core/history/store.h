@@ -15,6 +15,7 @@ namespace ravlin::history {
 struct MovedPath
 {
     qint64 change = 0;
+    qint64 entry = 0;
     QString from;
     QString to;
     bool isFolder = false;
@@ -79,6 +80,7 @@ public:
     Result<std::vector<StoredChange>> changes(qint64 entry);
     /// In the order in which they were made.
     Result<std::vector<MovedPath>> movesSince(qint64 change);
+    Result<qint64> entryOf(qint64 change);
     /// The entry itself or the one that it takes back.
     Result<qint64> original(qint64 entry);
     /// Notes that an undo of the whole entry was tried.
@@ -111,6 +113,7 @@ private:
     std::optional<Statement> m_addUse;
     std::optional<Statement> m_addTemporary;
     std::optional<Statement> m_removeTemporary;
+    std::optional<Statement> m_entryOf;
     std::vector<QByteArray> m_pieces; ///< of the change that is being added
 };
 
