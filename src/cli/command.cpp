@@ -48,6 +48,32 @@ std::vector<Option> optionsOf(const Command &command)
     return options;
 }
 
+/// What follows the options in a usage line.
+QString operandsText(const Command &command)
+{
+    switch (command.operands) {
+    case Operands::Needed:
+        return u' ' + command.operand.toString() + (command.takesSeveral ? u"..."_s : QString());
+    case Operands::Optional:
+        return u" [%1]"_s.arg(command.operand);
+    case Operands::None:
+        break;
+    }
+    return {};
+}
+
+/// Why these operands are not what the command takes; empty if they are.
+QString operandsProblem(const Command &command, const QStringList &operands)
+{
+    if (command.operands == Operands::None)
+        return operands.isEmpty() ? QString() : u"it takes no operand such as '%1'"_s.arg(operands.front());
+    if (operands.isEmpty() && command.operands == Operands::Needed)
+        return u"a %1 is missing"_s.arg(command.operand);
+    if (operands.size() > 1 && !command.takesSeveral)
+        return u"one %1 only; a name with blanks needs quotes"_s.arg(command.operand);
+    return {};
+}
+
 QString commandHelp(const Command &command)
 {
     std::vector<std::pair<QString, QString>> lines;
@@ -57,9 +83,10 @@ QString commandHelp(const Command &command)
             entry += u' ' + option.valueName.toString();
         lines.emplace_back(entry, option.help.toString());
     }
-    lines.emplace_back(u"--"_s, u"end of the options: what follows is a %1"_s.arg(command.operand));
-    const QString operands = command.operand.toString() + (command.takesSeveral ? u"..."_s : QString());
-    return u"Usage: ravlin-cli %1 [OPTION]... %2\n%3\n\nOptions:\n"_s.arg(command.name, operands, command.description) +
+    if (command.operands != Operands::None)
+        lines.emplace_back(u"--"_s, u"end of the options: what follows is a %1"_s.arg(command.operand));
+    return u"Usage: ravlin-cli %1 [OPTION]...%2\n%3\n\nOptions:\n"_s.arg(
+               command.name, operandsText(command), command.description) +
            helpTable(lines);
 }
 
@@ -77,11 +104,10 @@ int runCommand(const Command &command, const QStringList &words, Console &consol
         console.print(versionText());
         return Success;
     }
-    if (arguments->operands().isEmpty())
-        return console.refuse(name, u"a %1 is missing"_s.arg(command.operand));
-    if (arguments->operands().size() > 1 && !command.takesSeveral)
-        return console.refuse(name, u"one %1 only; a name with blanks needs quotes"_s.arg(command.operand));
-    return command.run(*arguments, console);
+    if (const QString problem = operandsProblem(command, arguments->operands()); !problem.isEmpty())
+        return console.refuse(name, problem);
+    Session session(*arguments, console);
+    return command.run(*arguments, session);
 }
 
 } // namespace
@@ -90,7 +116,8 @@ std::vector<Command> allCommands()
 {
     return {listCommand(), showCommand(), tagCommand(), extractCommand(), multiCommand(), renameCommand(),
         renamedirCommand(), copyCommand(), moveCommand(), trashCommand(), playlistCommand(), stripCommand(),
-        infoCommand(), tocCommand(), lookupCommand(), caseCommand(), cleanCommand()};
+        infoCommand(), tocCommand(), lookupCommand(), historyCommand(), undoCommand(), redoCommand(), caseCommand(),
+        cleanCommand()};
 }
 
 int run(const QStringList &words, Console &console)

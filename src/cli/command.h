@@ -3,10 +3,18 @@
 
 #include "cli/arguments.h"
 #include "cli/console.h"
+#include "cli/session.h"
 
 #include <vector>
 
 namespace ravlin::cli {
+
+enum class Operands
+{
+    Needed,
+    Optional, ///< none or one
+    None,
+};
 
 /// A command: its name, what it takes and what it does.
 struct Command
@@ -17,8 +25,9 @@ struct Command
     QStringView operand;     ///< name of its operands: "FOLDER", "FILE", "TEXT"
     bool takesSeveral = true;
     std::vector<Option> options; ///< without help and version, which every command has
-    /// Gets at least one operand, exactly one unless takesSeveral. Returns the exit status.
-    int (*run)(const Arguments &arguments, Console &console);
+    /// Gets at least one operand, exactly one unless takesSeveral, if they are needed. Returns the exit status.
+    int (*run)(const Arguments &arguments, Session &session);
+    Operands operands = Operands::Needed;
 };
 
 Command listCommand();
@@ -38,6 +47,9 @@ Command tocCommand();
 Command lookupCommand();
 Command caseCommand();
 Command cleanCommand();
+Command historyCommand();
+Command undoCommand();
+Command redoCommand();
 
 /// In the order of the help.
 std::vector<Command> allCommands();

@@ -59,6 +59,8 @@ void Console::fail(const QString &path, const QString &text, const QStringList &
 
 void Console::fail(const QString &path, const Error &error)
 {
+    if (m_failureWatch)
+        m_failureWatch(path, error);
     fail(path, describe(error));
 }
 

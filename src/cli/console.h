@@ -63,6 +63,11 @@ public:
     /// A failure of one file. moreLines follow the text, each on a line of its own.
     void fail(const QString &path, const QString &text, const QStringList &moreLines = {});
     void fail(const QString &path, const Error &error);
+    /// Called for each failure that has an error.
+    void setFailureWatch(std::function<void(const QString &path, const Error &error)> watch)
+    {
+        m_failureWatch = std::move(watch);
+    }
     /// Reports a wrong command line and the command whose help to read; empty means the program's. Returns the exit
     /// status.
     int refuse(const QString &command, const QString &text);
@@ -77,6 +82,7 @@ private:
 
     Output m_out;
     Output m_err;
+    std::function<void(const QString &, const Error &)> m_failureWatch;
     int m_status = Success;
 };
 

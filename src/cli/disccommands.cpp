@@ -60,8 +60,9 @@ std::optional<DiscFiles> analyseDisc(const QStringList &paths, Console &console)
     return disc;
 }
 
-int runToc(const Arguments &arguments, Console &console)
+int runToc(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Blocks);
     RecordWriter writer(
         console.out(), format, {u"discId", u"tracks", u"seconds", u"offsets", u"offsetsWithUsualDelay"});
@@ -183,16 +184,16 @@ public:
         return settle(ending);
     }
 
-    void print(RecordWriter &writer)
+    void print(RecordWriter &writer, const Extra &entry = {})
     {
         const DiscRecord &record = m_dialogue.freedb().record();
         const auto differences = lengthDifferences(m_files.contents, record);
         const size_t rows = std::max(size_t(m_arguments.paths().size()), record.tracks.size());
         for (size_t row = 0; row < rows; ++row)
-            writer.write(rowOf(record, row, differences));
+            writer.write(rowOf(record, row, differences), entry);
     }
 
-    void apply(const SavingRules &rules)
+    void apply(const SavingRules &rules, Session &session)
     {
         const DiscRecord &record = m_dialogue.freedb().record();
         const QStringList &files = m_arguments.paths();
@@ -209,7 +210,8 @@ public:
             m_console.warn(warning + u"; the files keep theirs"_s);
             fields.genre.clear();
         }
-        SavingRun run(rules, m_arguments);
+        session.begin(history::Kind::Lookup);
+        SavingRun run(rules, m_arguments, session.journal());
         for (qsizetype i = 0; i < files.size(); ++i) {
             const DiscTrack &track = record.tracks[size_t(i)];
             fields.artist = record.artistOf(track);
@@ -342,8 +344,9 @@ QString usageProblem(const Arguments &arguments)
     return {};
 }
 
-void lookUp(const Arguments &arguments, const SavingRules &rules, Console &console, RecordWriter &writer)
+void lookUp(const Arguments &arguments, const SavingRules &rules, Session &session, RecordWriter &writer)
 {
+    Console &console = session.console();
     const Settings settings;
     std::optional<DiscFiles> files = analyseDisc(arguments.paths(), console);
     if (!files)
@@ -352,13 +355,19 @@ void lookUp(const Arguments &arguments, const SavingRules &rules, Console &conso
     const QString server = arguments.value(ServerOption.name).value_or(cdServer(settings));
     if (!lookup.find(server, cdMail(settings)))
         return;
-    lookup.print(writer);
+    // The records of a program tell the entry, too.
+    const bool isFirst = arguments.has(JsonOption.name) && arguments.has(ApplyOption.name);
+    if (!isFirst)
+        lookup.print(writer);
     if (arguments.has(ApplyOption.name))
-        lookup.apply(rules);
+        lookup.apply(rules, session);
+    if (isFirst)
+        lookup.print(writer, session.finish());
 }
 
-int runLookup(const Arguments &arguments, Console &console)
+int runLookup(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     if (const QString problem = usageProblem(arguments); !problem.isEmpty())
         return console.refuse(u"lookup"_s, problem);
     const RulesOrStatus rules = rulesFor(u"lookup"_s, arguments, console);
@@ -367,7 +376,7 @@ int runLookup(const Arguments &arguments, Console &console)
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table);
     RecordWriter writer(
         console.out(), format, {u"file", u"track", u"title", u"artist", u"album", u"year", u"genre", u"differenceMs"});
-    lookUp(arguments, *rules, console, writer);
+    lookUp(arguments, *rules, session, writer);
     writer.finish();
     return console.status();
 }
@@ -392,7 +401,7 @@ Command lookupCommand()
         "and --match takes one. Nothing is written without --apply, and only if there are as many tracks as files.",
         u"FILE", true,
         {ServerOption, SearchOption, MatchOption, TimeoutOption, ApplyOption, ModeOption, OnlyEditedOption,
-            AllFieldsOption, ForceOption, JsonOption},
+            AllFieldsOption, ForceOption, NoHistoryOption, JsonOption},
         runLookup};
 }
 

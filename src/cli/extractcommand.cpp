@@ -41,10 +41,12 @@ int previewRun(const Arguments &arguments, const QString &pattern, const SavingR
     return console.status();
 }
 
-int saveRun(const Arguments &arguments, const QString &pattern, const SavingRules &rules, Console &console)
+int saveRun(const Arguments &arguments, const QString &pattern, const SavingRules &rules, Session &session)
 {
+    Console &console = session.console();
     const QStringList &paths = arguments.paths();
-    SavingRun run(rules, arguments);
+    session.begin(history::Kind::Extract);
+    SavingRun run(rules, arguments, session.journal());
     const auto warn = [&](const QString &path, const TagRecord &record) {
         if (!rules.onlyEdited)
             warnOfTextsNotSaved(path, record, console);
@@ -56,23 +58,22 @@ int saveRun(const Arguments &arguments, const QString &pattern, const SavingRule
             console.warn(paths[row] + u": the name does not fit the pattern, the file stays as it is"_s);
     }
     tellFailures(paths, outcome.rows, console);
-    return console.status();
+    return session.end();
 }
 
-int runExtract(const Arguments &arguments, Console &console)
+int runExtract(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const std::optional<QString> pattern = arguments.value(PatternOption.name);
     if (!pattern)
         return console.refuse(u"extract"_s, u"--pattern must be given"_s);
     if (!pattern->isValidUtf16())
         return console.refuse(u"extract"_s, u"the pattern is not UTF-8"_s);
     const bool isDry = arguments.has(DryRunOption.name);
-    if (arguments.has(JsonOption.name) && !isDry)
-        return console.refuse(u"extract"_s, u"--json is for --dry-run"_s);
     const RulesOrStatus rules = rulesFor(u"extract"_s, arguments, console);
     if (!rules)
         return rules.error();
-    return isDry ? previewRun(arguments, *pattern, *rules, console) : saveRun(arguments, *pattern, *rules, console);
+    return isDry ? previewRun(arguments, *pattern, *rules, console) : saveRun(arguments, *pattern, *rules, session);
 }
 
 } // namespace
@@ -86,7 +87,8 @@ Command extractCommand()
         "value ends where the pattern's next text first occurs; of the text at the pattern's end only the first\n"
         "character counts. A file whose name does not fit is left as it is, with a warning.",
         u"FILE", true,
-        {PatternOption, ModeOption, OnlyEditedOption, AllFieldsOption, ForceOption, DryRunOption, JsonOption},
+        {PatternOption, ModeOption, OnlyEditedOption, AllFieldsOption, ForceOption, DryRunOption, NoHistoryOption,
+            JsonOption},
         runExtract};
 }
 

@@ -89,10 +89,12 @@ int previewRun(const Arguments &arguments, MultiEdit &edit, const SavingRules &r
     return console.status();
 }
 
-int saveRun(const Arguments &arguments, MultiEdit &edit, const SavingRules &rules, Console &console)
+int saveRun(const Arguments &arguments, MultiEdit &edit, const SavingRules &rules, Session &session)
 {
+    Console &console = session.console();
     const QStringList &paths = arguments.paths();
-    SavingRun run(rules, arguments);
+    session.begin(history::Kind::Multi);
+    SavingRun run(rules, arguments, session.journal());
     const auto warn = [&](const QString &path, const TagRecord &record) {
         if (!rules.onlyEdited)
             warnOfTextsNotSaved(path, record, console);
@@ -100,17 +102,16 @@ int saveRun(const Arguments &arguments, MultiEdit &edit, const SavingRules &rule
     };
     const BatchOutcome outcome = runMultiEdit(paths, edit, run.store(), run.state(), run.preparing(), warn);
     tellFailures(paths, outcome, console);
-    return console.status();
+    return session.end();
 }
 
-int runMulti(const Arguments &arguments, Console &console)
+int runMulti(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const auto page = pageGiven(arguments);
     if (!page)
         return console.refuse(u"multi"_s, page.error().text);
     const bool isDry = arguments.has(DryRunOption.name);
-    if (arguments.has(JsonOption.name) && !isDry)
-        return console.refuse(u"multi"_s, u"--json is for --dry-run"_s);
     const RulesOrStatus rules = rulesFor(u"multi"_s, arguments, console);
     if (!rules)
         return rules.error();
@@ -121,7 +122,7 @@ int runMulti(const Arguments &arguments, Console &console)
             return console.refuse(u"multi"_s, u"%1 '%2': %3"_s.arg(field.option.name, text, reason));
     }
     MultiEdit edit(*page);
-    return isDry ? previewRun(arguments, edit, *rules, console) : saveRun(arguments, edit, *rules, console);
+    return isDry ? previewRun(arguments, edit, *rules, console) : saveRun(arguments, edit, *rules, session);
 }
 
 } // namespace
@@ -131,7 +132,7 @@ Command multiCommand()
     std::vector<Option> options;
     std::ranges::transform(Fields, std::back_inserter(options), &Field::option);
     for (const Option &option : {CaseOption, ReplaceOption, ModeOption, OnlyEditedOption, AllFieldsOption, ForceOption,
-             DryRunOption, JsonOption})
+             DryRunOption, NoHistoryOption, JsonOption})
         options.push_back(option);
     return {u"multi", u"set fields of many files at once and number them",
         u"Sets the fields given in every file's tag and keeps all others. A conversion works on title, artist, album "

@@ -59,8 +59,9 @@ void showContent(const QStringList &texts, Console &console)
         console.print(playlistLine(text));
 }
 
-int runPlaylist(const Arguments &arguments, Console &console)
+int runPlaylist(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const QString &given = arguments.paths().front();
     if (given.isEmpty()) {
         console.fail(given, Error{ErrorCode::NotFound, given, {}});
@@ -90,12 +91,13 @@ int runPlaylist(const Arguments &arguments, Console &console)
     TagRecord record;
     if (!texts.isEmpty()) // an unreadable tag counts as an empty one
         std::ignore = TagStore(state, fileSystem).ReadTag(folder + texts.front(), record);
-    const Result<QString> written = WritePlaylist(fileSystem, folder, texts, record);
-    if (written)
-        console.print(*written);
-    else
+    session.begin(history::Kind::Playlist);
+    const Result<QString> written = WritePlaylist(fileSystem, folder, texts, record, session.journal());
+    if (!written)
         console.fail(given, written.error());
-    return console.status();
+    else if (!arguments.has(OutcomeJsonOption.name))
+        console.print(*written);
+    return session.end();
 }
 
 } // namespace
@@ -106,7 +108,7 @@ Command playlistCommand()
         u"Writes an M3U playlist into the folder and prints its path. It is named after the artist and album of the\n"
         "first file, or lista.m3u; an older list of that name is replaced. The files are ordered by name, without\n"
         "regard to case.",
-        u"FOLDER", false, {RecursiveOption, PlaylistDryRunOption}, runPlaylist};
+        u"FOLDER", false, {RecursiveOption, PlaylistDryRunOption, NoHistoryOption, OutcomeJsonOption}, runPlaylist};
 }
 
 } // namespace ravlin::cli

@@ -77,8 +77,9 @@ void failFolder(const QString &path, const Error &error, Console &console)
 /// What a record says in addition of a tag that is too large, so that fields may be missing.
 const Extra TagTooLarge{{u"tagTooLarge", true}};
 
-int runList(const Arguments &arguments, Console &console)
+int runList(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table);
     RecordWriter writer(
         console.out(), format, {u"file", u"track", u"title", u"artist", u"album", u"year", u"id3v1", u"id3v2"});
@@ -103,8 +104,9 @@ int runList(const Arguments &arguments, Console &console)
     return console.status();
 }
 
-int runShow(const Arguments &arguments, Console &console)
+int runShow(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     ProgramState state;
     const TagStore store(state, platform::FileSystem::native());
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Blocks);
@@ -152,8 +154,9 @@ Record recordOf(const QString &path, const XAnalyzer::Outcome &outcome, const cl
         properties.isVariable(), code, QString()};
 }
 
-int runInfo(const Arguments &arguments, Console &console)
+int runInfo(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const Format format = chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Blocks);
     RecordWriter writer(console.out(), format,
         {u"file", u"version", u"mode", u"bitrate", u"frequency", u"lengthMs", u"samples", u"playedSamples", u"frames",

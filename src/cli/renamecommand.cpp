@@ -73,8 +73,9 @@ QStringList broughtBack(platform::FileSystem &fileSystem, const QStringList &pat
     return present;
 }
 
-int runRename(const Arguments &arguments, Console &console)
+int runRename(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const auto rule = ruleGiven(arguments);
     if (!rule)
         return console.refuse(u"rename"_s, rule.error().text);
@@ -82,8 +83,6 @@ int runRename(const Arguments &arguments, Console &console)
     if (!answer)
         return console.refuse(u"rename"_s, answer.error().text);
     const bool isDry = arguments.has(DryRunOption.name);
-    if (arguments.has(JsonOption.name) && !isDry)
-        return console.refuse(u"rename"_s, u"--json is for --dry-run"_s);
 
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     const QStringList paths = isDry ? arguments.paths() : broughtBack(fileSystem, arguments.paths());
@@ -96,8 +95,9 @@ int runRename(const Arguments &arguments, Console &console)
     RenamingPlan plan(fileSystem, fileRenames(rows, *rule));
     plan.answerAll(*answer);
     if (!isDry) {
-        tellOutcome(runRenaming(fileSystem, plan), console);
-        return console.status();
+        session.begin(history::Kind::Rename);
+        tellOutcome(runRenaming(fileSystem, plan, {}, session.journal()), console);
+        return session.end();
     }
     RecordWriter writer(
         console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table), renameColumns());
@@ -118,7 +118,8 @@ Command renameCommand()
         "%2 album, %3 title, %4 track, %5 year, %6 present name, %7 genre, %8 comment. Characters that a name may not\n"
         "hold are left out of values; a separator in the pattern leads into a folder, which is made where it is "
         "missing.\nThe names are given as if all at once, so that files may swap theirs. Nothing is overwritten.",
-        u"FILE", true, {RuleOption, PatternOption, CaseOption, ReplaceOption, ClashOption, DryRunOption, JsonOption},
+        u"FILE", true,
+        {RuleOption, PatternOption, CaseOption, ReplaceOption, ClashOption, DryRunOption, NoHistoryOption, JsonOption},
         runRename};
 }
 

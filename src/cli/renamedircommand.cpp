@@ -82,8 +82,9 @@ std::optional<FolderRename> planned(const QString &folder, const FolderRule &rul
     return FolderRename{RenamingPlan(fileSystem, {*row}), *tag};
 }
 
-int runRenameDir(const Arguments &arguments, Console &console)
+int runRenameDir(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const std::optional<QString> pattern = arguments.value(PatternOption.name);
     if (pattern && !pattern->isValidUtf16())
         return console.refuse(u"renamedir"_s, u"the pattern is not UTF-8"_s);
@@ -91,8 +92,6 @@ int runRenameDir(const Arguments &arguments, Console &console)
     if (!answer)
         return console.refuse(u"renamedir"_s, answer.error().text);
     const bool isDry = arguments.has(DryRunOption.name);
-    if (arguments.has(JsonOption.name) && !isDry)
-        return console.refuse(u"renamedir"_s, u"--json is for --dry-run"_s);
 
     const FolderRule rule{!pattern.has_value(), pattern.has_value(), pattern.value_or(QString())};
     std::optional<FolderRename> rename = planned(arguments.paths().front(), rule, console);
@@ -106,10 +105,12 @@ int runRenameDir(const Arguments &arguments, Console &console)
             writer.write(renameRecord(row, rename->tag), renameExtra(row));
         }
         writer.finish();
-    } else if (rename) {
-        tellOutcome(runRenaming(platform::FileSystem::native(), rename->plan), console);
+        return console.status();
     }
-    return console.status();
+    session.begin(history::Kind::RenameFolder);
+    if (rename)
+        tellOutcome(runRenaming(platform::FileSystem::native(), rename->plan, {}, session.journal()), console);
+    return session.end();
 }
 
 } // namespace
@@ -119,7 +120,7 @@ Command renamedirCommand()
     return {u"renamedir", u"rename a folder after the tag of its first file",
         u"Gives the folder a new name made of the tag of its first file, by name without regard to case: artist and\n"
         "album, or a pattern with %1 artist, %2 album, %3 year, %4 genre. Nothing is overwritten.",
-        u"FOLDER", false, {PatternOption, ClashOption, DryRunOption, JsonOption}, runRenameDir};
+        u"FOLDER", false, {PatternOption, ClashOption, DryRunOption, NoHistoryOption, JsonOption}, runRenameDir};
 }
 
 } // namespace ravlin::cli

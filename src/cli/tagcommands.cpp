@@ -48,8 +48,9 @@ tl::expected<FieldTexts, UsageError> givenFields(const Arguments &arguments)
 class Tagger
 {
 public:
-    Tagger(Console &console, FieldTexts fields, const SavingRules &rules, const Arguments &arguments)
-        : m_console(console), m_fields(std::move(fields)), m_arguments(arguments)
+    Tagger(Session &session, FieldTexts fields, const SavingRules &rules, const Arguments &arguments)
+        : m_console(session.console()), m_fields(std::move(fields)), m_arguments(arguments),
+          m_store(m_state, m_fileSystem, session.journal())
     {
         for (const auto &[field, text] : m_fields)
             m_edits.set(field->member, text);
@@ -111,12 +112,13 @@ private:
     const Arguments &m_arguments;
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
     ProgramState m_state;
-    TagStore m_store{m_state, m_fileSystem};
+    TagStore m_store;
     FolderCleaner m_cleaner{m_fileSystem};
 };
 
-int runTag(const Arguments &arguments, Console &console)
+int runTag(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     auto fields = givenFields(arguments);
     if (!fields)
         return console.refuse(u"tag"_s, fields.error().text);
@@ -128,19 +130,21 @@ int runTag(const Arguments &arguments, Console &console)
         if (rules->onlyEdited && !reason.isEmpty())
             return console.refuse(u"tag"_s, u"%1 '%2': %3"_s.arg(field->option.name, text, reason));
     }
-    Tagger tagger(console, std::move(*fields), *rules, arguments);
+    session.begin(arguments.paths().size() == 1 ? history::Kind::Single : history::Kind::Multi);
+    Tagger tagger(session, std::move(*fields), *rules, arguments);
     if (!rules->onlyEdited)
         tagger.warnOfGivenTexts();
     for (const QString &path : arguments.paths())
         tagger.tag(path);
-    return console.status();
+    return session.end();
 }
 
 constexpr Option V1Option{u"--v1", {}, u"remove the ID3v1 tag"};
 constexpr Option V2Option{u"--v2", {}, u"remove the ID3v2 tag"};
 
-int runStrip(const Arguments &arguments, Console &console)
+int runStrip(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const bool stripsV1 = arguments.has(V1Option.name);
     const bool stripsV2 = arguments.has(V2Option.name);
     if (!stripsV1 && !stripsV2)
@@ -148,7 +152,8 @@ int runStrip(const Arguments &arguments, Console &console)
     ProgramState state;
     state.writesAnyContent = arguments.has(ForceOption.name);
     platform::FileSystem &fileSystem = platform::FileSystem::native();
-    TagStore store(state, fileSystem);
+    session.begin(history::Kind::RemoveTags);
+    TagStore store(state, fileSystem, session.journal());
     FolderCleaner cleaner(fileSystem);
     for (const QString &path : arguments.paths()) {
         cleaner.cleanFolderOf(path);
@@ -160,14 +165,15 @@ int runStrip(const Arguments &arguments, Console &console)
         if (!stripped)
             console.fail(path, stripped.error());
     }
-    return console.status();
+    return session.end();
 }
 
 } // namespace
 
 Command tagCommand()
 {
-    std::vector<Option> options{ModeOption, OnlyEditedOption, AllFieldsOption, ForceOption};
+    std::vector<Option> options{
+        ModeOption, OnlyEditedOption, AllFieldsOption, ForceOption, NoHistoryOption, OutcomeJsonOption};
     std::ranges::transform(Fields, std::back_inserter(options), &Field::option);
     return {u"tag", u"change the tags of files",
         u"Reads each file's tag, sets the fields given and saves it. An empty text removes a field; so does a year, "
@@ -183,7 +189,7 @@ Command stripCommand()
 {
     return {u"strip", u"remove the ID3v1 or the ID3v2 tags of files",
         u"Removes tags from each file. A read-only file is left alone; a file without such a tag is no error.", u"FILE",
-        true, {V1Option, V2Option, ForceOption}, runStrip};
+        true, {V1Option, V2Option, ForceOption, NoHistoryOption, OutcomeJsonOption}, runStrip};
 }
 
 } // namespace ravlin::cli

@@ -74,7 +74,8 @@ class SavingRun
 {
 public:
     /// arguments: of a command with ForceOption.
-    SavingRun(const SavingRules &rules, const Arguments &arguments)
+    SavingRun(const SavingRules &rules, const Arguments &arguments, storage::Journal *journal = nullptr)
+        : m_store(m_state, m_fileSystem, journal)
     {
         m_state.tagSaveMode = rules.mode;
         m_state.options.onlyEditedFields = rules.onlyEdited;
@@ -95,7 +96,7 @@ public:
 private:
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
     ProgramState m_state;
-    TagStore m_store{m_state, m_fileSystem};
+    TagStore m_store;
     FolderCleaner m_cleaner{m_fileSystem};
 };
 

@@ -24,8 +24,9 @@ struct CaseMode
 constexpr std::array Modes{CaseMode{u"upper", u"10", CaseUpper}, CaseMode{u"lower", u"11", CaseLower},
     CaseMode{u"capitalize", u"12", CaseCapitalize}};
 
-int runCase(const Arguments &arguments, Console &console)
+int runCase(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const std::optional<QString> given = arguments.value(ModeOption.name);
     if (!given)
         return console.refuse(u"case"_s, u"--mode must be given"_s);
@@ -38,8 +39,9 @@ int runCase(const Arguments &arguments, Console &console)
     return console.status();
 }
 
-int runClean(const Arguments &arguments, Console &console)
+int runClean(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     for (const QString &text : arguments.operands())
         console.print(platform::visibleName(CleanFileName(text)));
     return console.status();

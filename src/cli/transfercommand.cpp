@@ -68,18 +68,18 @@ void writePlan(const std::vector<TransferItem> &items, TransferKind kind, Record
 }
 
 /// No plan could be made, so nothing was begun.
-void writeRefused(const QStringList &paths, const Error &error, RecordWriter &writer)
+void writeRefused(const QStringList &paths, const Error &error, const Extra &entry, RecordWriter &writer)
 {
     for (const QString &path : paths)
-        writer.write({path, Value(), u"failed"_s, describe(error)});
+        writer.write({path, Value(), u"failed"_s, describe(error)}, entry);
 }
 
 /// Writes what a run made of the items of its plan.
 class OutcomeWriter
 {
 public:
-    OutcomeWriter(const TransferReport &report, TransferKind kind, RecordWriter &writer)
-        : m_kind(kind), m_writer(writer)
+    OutcomeWriter(const TransferReport &report, TransferKind kind, Extra entry, RecordWriter &writer)
+        : m_kind(kind), m_entry(std::move(entry)), m_writer(writer)
     {
         for (const TransferStep &step : report.done)
             m_done.insert(step.target, step.isMove); // no two of them have the same target
@@ -103,7 +103,7 @@ private:
     void write(const TransferItem &item)
     {
         if (item.error || item.isSkipped()) {
-            m_writer.write(planned(item, m_kind));
+            m_writer.write(planned(item, m_kind), m_entry);
             return;
         }
         const auto done = m_done.constFind(item.target);
@@ -115,10 +115,11 @@ private:
         const QString action = isDone     ? actionOf(item, *done ? TransferKind::Move : TransferKind::Copy)
                                : hasError ? u"failed"_s
                                           : u"notDone"_s;
-        m_writer.write({item.source, item.target, action, hasError ? Value(describe(*error)) : Value()});
+        m_writer.write({item.source, item.target, action, hasError ? Value(describe(*error)) : Value()}, m_entry);
     }
 
     const TransferKind m_kind;
+    const Extra m_entry;
     RecordWriter &m_writer;
     QHash<QString, bool> m_done; ///< by target: whether the source is gone
     QHash<QString, Error> m_errors;
@@ -145,8 +146,9 @@ void tellReport(const TransferReport &report, Console &console)
         console.fail(path, u"not begun"_s);
 }
 
-int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &console)
+int runTransferCommand(TransferKind kind, const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const QString command = kind == TransferKind::Copy ? u"copy"_s : u"move"_s;
     const QString folder = QDir::toNativeSeparators(arguments.value(ToOption.name).value_or(QString()));
     if (folder.isEmpty())
@@ -157,8 +159,10 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
     const bool isDry = arguments.has(TransferDryRunOption.name);
 
     platform::FileSystem &fileSystem = platform::FileSystem::native();
-    if (!isDry) // a failure stays silent: what is left is harmless
-        std::ignore = storage::cleanLeftovers(fileSystem, folder);
+    if (!isDry) {
+        session.begin(kind == TransferKind::Copy ? history::Kind::Copy : history::Kind::Move);
+        std::ignore = storage::cleanLeftovers(fileSystem, folder); // a failure stays silent: what is left is harmless
+    }
     auto plan = makeTransferPlan(fileSystem, {kind, arguments.paths(), folder});
     if (plan) // skip what can't be replaced without loss
         std::ignore = answerClashes(*plan, [&](const Clash &) { return ClashDecision{*reply, false}; });
@@ -166,30 +170,31 @@ int runTransferCommand(TransferKind kind, const Arguments &arguments, Console &c
         console.fail(folder, plan.error());
     TransferReport report;
     if (plan && !isDry)
-        report = runTransfer(fileSystem, *plan);
+        report = runTransfer(fileSystem, *plan, {}, session.journal());
     tellReport(report, console);
+    const Extra entry = isDry ? Extra() : session.finish();
     if (!isDry && !arguments.has(JsonOption.name))
         return console.status();
     RecordWriter writer(console.out(), chooseFormat(arguments.has(JsonOption.name), console.out(), Format::Table),
         {u"path", u"newPath", u"action", u"error"});
     if (!plan)
-        writeRefused(arguments.paths(), plan.error(), writer);
+        writeRefused(arguments.paths(), plan.error(), entry, writer);
     else if (isDry)
         writePlan(plan->items, kind, writer, console);
     else
-        OutcomeWriter(report, kind, writer).write(plan->items);
+        OutcomeWriter(report, kind, entry, writer).write(plan->items);
     writer.finish();
     return console.status();
 }
 
-int runCopy(const Arguments &arguments, Console &console)
+int runCopy(const Arguments &arguments, Session &session)
 {
-    return runTransferCommand(TransferKind::Copy, arguments, console);
+    return runTransferCommand(TransferKind::Copy, arguments, session);
 }
 
-int runMove(const Arguments &arguments, Console &console)
+int runMove(const Arguments &arguments, Session &session)
 {
-    return runTransferCommand(TransferKind::Move, arguments, console);
+    return runTransferCommand(TransferKind::Move, arguments, session);
 }
 
 } // namespace
@@ -199,7 +204,7 @@ Command copyCommand()
     return {u"copy", u"copy files and folders into a folder",
         u"Copies files, links and folders, with times and attributes. A copy is complete under its name or absent.\n"
         "Nothing is overwritten without --clash replace.",
-        u"PATH", true, {ToOption, TransferClashOption, TransferDryRunOption, JsonOption}, runCopy};
+        u"PATH", true, {ToOption, TransferClashOption, TransferDryRunOption, NoHistoryOption, JsonOption}, runCopy};
 }
 
 Command moveCommand()
@@ -207,7 +212,7 @@ Command moveCommand()
     return {u"move", u"move files and folders into a folder",
         u"Moves files, links and folders. To another drive they are copied, synced and compared before the sources\n"
         "are deleted. Nothing is overwritten without --clash replace.",
-        u"PATH", true, {ToOption, TransferClashOption, TransferDryRunOption, JsonOption}, runMove};
+        u"PATH", true, {ToOption, TransferClashOption, TransferDryRunOption, NoHistoryOption, JsonOption}, runMove};
 }
 
 } // namespace ravlin::cli

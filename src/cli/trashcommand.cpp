@@ -76,8 +76,8 @@ void showPlan(const Arguments &arguments, const QStringList &forGood, Console &c
 }
 
 /// Writes what became of each path.
-void showOutcome(
-    const Arguments &arguments, const DeletionReport &trashing, const DeletionReport &deleting, Console &console)
+void showOutcome(const Arguments &arguments, const DeletionReport &trashing, const DeletionReport &deleting,
+    const Extra &entry, Console &console)
 {
     struct Outcome
     {
@@ -104,18 +104,20 @@ void showOutcome(
         const QString path = platform::withoutEndSeparator(given);
         if (known.count(path) < left[path]-- && trashed != trashing.trashed.end()) {
             // Windows may not tell where it is.
-            writer.write({given, u"trash"_s, trashed->file.isEmpty() ? Value() : Value(trashed->file), Value()});
+            writer.write({given, u"trash"_s, trashed->file.isEmpty() ? Value() : Value(trashed->file), Value()}, entry);
             ++trashed;
         } else {
             const Outcome outcome = known.take(path);
-            writer.write({given, outcome.action, Value(), outcome.error.isEmpty() ? Value() : Value(outcome.error)});
+            writer.write(
+                {given, outcome.action, Value(), outcome.error.isEmpty() ? Value() : Value(outcome.error)}, entry);
         }
     }
     writer.finish();
 }
 
-int runTrash(const Arguments &arguments, Console &console)
+int runTrash(const Arguments &arguments, Session &session)
 {
+    Console &console = session.console();
     const bool isDry = arguments.has(TrashDryRunOption.name);
     QStringList forGood = arguments.has(DeleteOption.name) || isDry ? withoutTrash(arguments.paths()) : QStringList();
     if (isDry) {
@@ -124,14 +126,16 @@ int runTrash(const Arguments &arguments, Console &console)
     }
     QStringList forTrash = arguments.paths();
     forTrash.removeIf([&](const QString &path) { return forGood.contains(path); });
-    DeletionReport trashed = putIntoTrash(forTrash);
+    session.begin(forTrash.isEmpty() ? history::Kind::Delete : history::Kind::Trash);
+    DeletionReport trashed = putIntoTrash(forTrash, {}, session.journal());
     if (arguments.has(DeleteOption.name))
         forGood += takeTooFull(trashed);
-    const DeletionReport deleted = deleteForGood(platform::FileSystem::native(), forGood);
+    const DeletionReport deleted = deleteForGood(platform::FileSystem::native(), forGood, {}, session.journal());
     tellFailures(trashed, console);
     tellFailures(deleted, console);
+    const Extra entry = session.finish();
     if (arguments.has(JsonOption.name))
-        showOutcome(arguments, trashed, deleted, console);
+        showOutcome(arguments, trashed, deleted, entry, console);
     return console.status();
 }
 
@@ -142,7 +146,7 @@ Command trashCommand()
     return {u"trash", u"put files and folders into the trash",
         u"Puts files, links and folders into the desktop's trash, each into that of its own drive. What is on a drive\n"
         "without trash, or too full for it, stays where it is unless --delete is given.",
-        u"PATH", true, {DeleteOption, TrashDryRunOption, JsonOption}, runTrash};
+        u"PATH", true, {DeleteOption, TrashDryRunOption, NoHistoryOption, JsonOption}, runTrash};
 }
 
 } // namespace ravlin::cli

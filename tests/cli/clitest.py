@@ -15,7 +15,7 @@ PROGRAM = os.path.join(os.environ["RAVLIN_BIN_DIR"], "ravlin-cli")
 # The superuser may read and write everything; the tests of refused access must not.
 WITHOUT_PRIVILEGES = (["setpriv", "--bounding-set=-dac_override,-dac_read_search"] if os.geteuid() == 0 else [])
 COMMANDS = ("list", "show", "tag", "extract", "multi", "rename", "renamedir", "copy", "move", "trash", "playlist", "strip",
-            "info", "toc", "lookup", "case", "clean")
+            "info", "toc", "lookup", "history", "undo", "redo", "case", "clean")
 FRAME = b"\xff\xfb\x90\x64" + bytes(413)  # silence: MPEG-1 layer III, 128 kbit/s, 44,100 Hz, joint stereo
 
 
@@ -51,8 +51,12 @@ class CliTest(unittest.TestCase):
         self.folder = Path(scratch.name) / "music"
         self.folder.mkdir()
         self.config = Path(scratch.name) / "config"
+        data = tempfile.TemporaryDirectory()
+        self.addCleanup(data.cleanup)
+        self.data = Path(data.name) / "data"
         self.prefix = []
-        self.environment = {**os.environ, "XDG_CONFIG_HOME": str(self.config), "LC_ALL": "C.UTF-8"}
+        self.environment = {**os.environ, "XDG_CONFIG_HOME": str(self.config),
+                            "XDG_DATA_HOME": str(self.data), "LC_ALL": "C.UTF-8"}
 
     def make(self, name, content=None):
         """A file under the folder; its name may be bytes. Returns its path as bytes."""

@@ -89,6 +89,9 @@ class FilesTest(CliTest):
         self.assertEqual(result.returncode, status, result.stderr)
         rows = json.loads(result.stdout)
         for row in rows:
+            self.assertEqual("history" in row, "--dry-run" not in arguments)
+            row.pop("history", None)
+            row.pop("historyProblem", None)
             self.assertEqual(len(row), 4)
             for key in ("path", "newPath"):
                 row[key] = row[key] and os.path.relpath(row[key], self.folder.parent)

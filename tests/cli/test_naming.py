@@ -112,7 +112,7 @@ class ExtractTest(NamingTest):
 
     def test_nonsense_is_refused(self):
         path = self.make("A - B.mp3")
-        for arguments in ([], ["--pattern", b"\xff"], ["--pattern=%3", "--json"], ["--pattern=%3", "--mode=6"]):
+        for arguments in ([], ["--pattern", b"\xff"], ["--pattern=%3", "--mode=6"]):
             self.fail_with(2, "extract", *arguments, path)
             self.assertEqual(self.read(path), mp3())
 
@@ -172,7 +172,7 @@ class MultiTest(NamingTest):
     def test_nonsense_is_refused(self):
         path = self.make("a.mp3")
         for arguments in ([], ["--mode=2"], ["--track", ""], ["--track=-1"], ["--track=x"], ["--track=٣"],
-                          ["--case=10"], ["--replace=x"], ["--album", b"\xff"], ["--album=x", "--json"],
+                          ["--case=10"], ["--replace=x"], ["--album", b"\xff"],
                           ["--album=x", "--mode=0"]):
             self.fail_with(2, "multi", *arguments, path)
             self.assertEqual(self.read(path), mp3(), arguments)

@@ -156,7 +156,7 @@ class RenameTest(RenamingTest):
 
     def test_usage(self):
         for arguments in ([], ["--rule=x"], ["--rule=artist-title", "--pattern=%1"], ["--pattern=%1", "--clash=x"],
-                          ["--pattern=%1", "--case=x"], ["--pattern=%1", "--json"], ["--pattern", b"\xff"]):
+                          ["--pattern=%1", "--case=x"], ["--pattern", b"\xff"]):
             self.fail_with(2, "rename", *arguments, "a.mp3")
 
 

@@ -93,11 +93,13 @@ class UsageTest(CliTest):
 
     def test_nonsense_behind_a_command_is_refused_with_its_hint(self):
         for command in COMMANDS:
-            for arguments in ([], ["--"], ["--nonsense", "x"], ["-x"], ["--mod=2", "x"]):
+            missing = [] if command in ("history", "undo", "redo") else [[], ["--"]]
+            for arguments in (*missing, ["--nonsense", "x"], ["-x"], ["--mod=2", "x"]):
                 output, message = self.fail_with(2, command, *arguments)
                 self.assertEqual(output, b"")
                 self.assertTrue(message.endswith(("\nTry 'ravlin-cli %s --help'.\n" % command).encode()), message)
-        for arguments in (["list", "a", "b"], ["tag", "x", "--title"], ["show", "--json=1", "x"]):
+        for arguments in (["list", "a", "b"], ["tag", "x", "--title"], ["show", "--json=1", "x"], ["history", "x"], ["redo", "1"],
+                          ["undo", "1", "2"]):
             self.fail_with(2, *arguments)
 
     def test_nothing_is_said_of_the_locale(self):

@@ -8,6 +8,7 @@
 #include "core/files/renaming/renamefromtags.h"
 #include "core/platform/fileio.h"
 #include "core/platform/scratchfolder.h"
+#include "core/storage/recorder.h"
 #include "core/tags/store/tagstore.h"
 #include "support/filetree.h"
 #include "support/mp3builder.h"
@@ -233,16 +234,15 @@ private Q_SLOTS:
     void whatWasMovedFromADriveThatIsGoneStaysWhereItIs()
     {
         const test::ScratchFolder scratch;
-        TransferStep step;
-        step.source = missingDrive() + u"music\\a.mp3"_s;
+        const test::ScratchFolder database;
         scratch.write(u"a.mp3"_s, "content");
-        step.target = scratch.path(u"a.mp3"_s);
-        step.isMove = true;
-        TransferReport report;
-        report.done.push_back(step);
-        UndoHistory history;
-        history.addTransfer(TransferKind::Move, report);
-        const UndoReport undone = history.undo(files());
+        history::History history(files(), database.path(u"history.sqlite"_s));
+        storage::Recorder recorder(files(), &history);
+        history.beginEntry(history::Kind::Move, scratch.path());
+        const QString target = scratch.path(u"a.mp3"_s);
+        recorder.done(recorder.begin(storage::ChangeKind::Move, missingDrive() + u"music\\a.mp3"_s, target), target);
+        history.endEntry();
+        const UndoReport undone = *undo(history, files());
         QCOMPARE(undone.failures.size(), 1U);
         QCOMPARE(undone.failures.front().error.code, ErrorCode::NotFound);
         QCOMPARE(scratch.names(), QStringList{u"a.mp3"_s});
@@ -251,13 +251,14 @@ private Q_SLOTS:
     void whatTheShellWouldTakeForAnotherIsNotRecycled()
     {
         const test::ScratchFolder scratch;
+        const test::ScratchFolder database;
         scratch.write(u"song.mp3"_s, "another");
         for (const QString &name : {u"song.mp3."_s, u"song.mp3 "_s}) {
             QVERIFY(create(scratch.path(name)));
             QCOMPARE(platform::moveToTrash(scratch.path(name)).error().code, ErrorCode::NoTrash);
             // Instead the user is asked whether to delete it for good.
             Host host;
-            UndoHistory history;
+            history::History history(files(), database.path(u"history.sqlite"_s));
             FileOperations operations(files(), host, history);
             QCOMPARE(
                 operations.perform({0, FileOperation::Delete, scratch.path(name), {}, FlagAllowUndo}), ResultCancelled);
@@ -297,13 +298,16 @@ private Q_SLOTS:
         QVERIFY(files().open(song, platform::OpenMode::ReadWrite).value()->setModified(Modified));
         QVERIFY(setPermissions(song, 0444));
         const auto plan = makeTransferPlan(files(), {TransferKind::Move, {scratch.path(u"cd"_s)}, other.path()});
-        UndoHistory history;
-        history.addTransfer(TransferKind::Move, runTransfer(files(), *plan));
+        const test::ScratchFolder database;
+        history::History history(files(), database.path(u"history.sqlite"_s));
+        history.beginEntry(history::Kind::Move, scratch.path());
+        runTransfer(files(), *plan, {}, &history);
+        history.endEntry();
         QVERIFY(scratch.names().isEmpty());
         const platform::FileInfo there = test::infoOf(other.path() + u"\\cd\\a.mp3"_s);
         QVERIFY(there.isReadOnly());
         QCOMPARE(there.modified, Modified);
-        QVERIFY(history.undo(files()).failures.empty());
+        QVERIFY(undo(history, files())->failures.empty());
         QCOMPARE(
             test::snapshotOf(scratch.path()), (test::Snapshot{{u"cd"_s, "folder"}, {u"cd/a.mp3"_s, "file content"}}));
         QVERIFY(test::infoOf(song).isReadOnly());

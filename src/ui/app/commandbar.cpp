@@ -4,6 +4,7 @@
 #include "ui/app/filecommands.h"
 #include "ui/app/listcontroller.h"
 #include "ui/app/programdialogs.h"
+#include "ui/controls/busy.h"
 #include "ui/controls/icons.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
@@ -218,7 +219,7 @@ void CommandBar::updateEnabling()
         action->setEnabled(hasFolder);
     for (QAction *action : {m_renameFolder, m_moveFolder, m_copyFolder, m_deleteFolder})
         action->setEnabled(canChangeFolder);
-    m_undo->setEnabled(m_parts.program.undoHistory.next().has_value());
+    m_undo->setEnabled(nextUndo().has_value());
     applyCaptions();
 }
 
@@ -229,25 +230,33 @@ void CommandBar::updatePlaylists()
     m_deletePlaylists->setEnabled(!folder.isEmpty() && !playlistsIn(folder).isEmpty());
 }
 
+/// What undo would take back. While an operation runs, the history belongs to that one's thread.
+std::optional<history::Entry> CommandBar::nextUndo() const
+{
+    if (m_parts.busy.isRunning())
+        return std::nullopt;
+    return m_parts.program.history.nextUndo().value_or(std::nullopt);
+}
+
 Text CommandBar::undoText() const
 {
-    const std::optional<UndoSubject> subject = m_parts.program.undoHistory.next();
-    if (!subject)
+    const std::optional<history::Entry> next = nextUndo();
+    if (!next)
         return Text::CommandUndo;
-    switch (subject->kind) {
-    case OperationKind::Copy:
+    switch (next->kind) {
+    case history::Kind::Copy:
         return Text::CommandUndoCopy;
-    case OperationKind::Move:
+    case history::Kind::Move:
         return Text::CommandUndoMove;
-    case OperationKind::Trash:
-    case OperationKind::DeleteForGood:
+    case history::Kind::Trash:
+    case history::Kind::Delete:
         return Text::CommandUndoDelete;
-    case OperationKind::Rename:
+    case history::Kind::Rename:
+    case history::Kind::RenameFolder:
         return Text::CommandUndoRename;
-    case OperationKind::Undo:
-        break;
+    default:
+        return Text::CommandUndo;
     }
-    return Text::CommandUndo;
 }
 
 void CommandBar::applyCaptions()

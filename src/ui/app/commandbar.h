@@ -6,6 +6,8 @@
 
 #include <QObject>
 
+#include <optional>
+
 class QMenu;
 
 namespace ravlin {
@@ -40,6 +42,7 @@ private:
     QAction *furtherAction(const QString &name, const QString &icon, const QKeySequence &shortcut);
     void updateEnabling();
     void updatePlaylists();
+    std::optional<history::Entry> nextUndo() const;
     Text undoText() const;
 
     WindowParts m_parts;

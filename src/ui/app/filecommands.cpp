@@ -37,7 +37,7 @@ void openBySystem(const QString &path)
 
 FileCommands::FileCommands(const WindowParts &parts, LastTag lastTag)
     : QObject(parts.window), m_parts(parts), m_dialogs(parts.program.captions, parts.busy, parts.window),
-      m_operations(parts.program.fileSystem, m_dialogs, parts.program.undoHistory),
+      m_operations(parts.program.fileSystem, m_dialogs, parts.program.history),
       m_files(parts.program.fileSystem, m_operations), m_lastTag(std::move(lastTag)), m_open(&openBySystem),
       m_chooseFolder([window = parts.window](const QString &title, const QString &start) {
           QFileDialog dialog(window, title, start);
@@ -47,6 +47,12 @@ FileCommands::FileCommands(const WindowParts &parts, LastTag lastTag)
           return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
       })
 {
+    m_dialogs.setRecorded([this](const history::Summary &summary, bool isTakenBack) {
+        if (isTakenBack)
+            Q_EMIT takenBack(summary);
+        else
+            Q_EMIT recorded(summary);
+    });
 }
 
 QString FileCommands::selectedSources() const
@@ -166,14 +172,18 @@ void FileCommands::rename(const RenameRow &wanted, ClashAnswer answer)
 {
     platform::FileSystem &fileSystem = m_parts.program.fileSystem;
     RenamingOutcome outcome;
+    history::Summary summary;
     const bool ran = m_parts.owner.runWithProgress(1, [&](const ProgressReport &progress) {
         RenamingPlan plan(fileSystem, {wanted});
         plan.answerAll(answer);
-        outcome = runRenaming(fileSystem, plan, {progress});
+        history::History &history = m_parts.program.history;
+        history::Operation entry(&history, history::Kind::RenameFolder, platform::folderOf(wanted.from));
+        outcome = runRenaming(fileSystem, plan, {progress}, &history);
+        summary = entry.finish();
     });
     if (!ran)
         return;
-    m_parts.program.undoHistory.addRenames(outcome.renames, outcome.foldersMade);
+    Q_EMIT recorded(summary);
     const RenameRow &row = outcome.rows.front();
     const Captions &captions = m_parts.program.captions;
     if (row.renames())
@@ -191,8 +201,13 @@ void FileCommands::writePlaylist()
     Program &program = m_parts.program;
     if (program.state.currentFolder.isEmpty())
         return;
+    const QString &folder = program.state.currentFolder;
+    history::Operation entry(&program.history, history::Kind::Playlist, folder);
     const Result<QString> written =
-        WritePlaylist(program.fileSystem, program.state.currentFolder, m_parts.list.selectedRowTexts(), m_lastTag());
+        WritePlaylist(program.fileSystem, folder, m_parts.list.selectedRowTexts(), m_lastTag(), &program.history);
+    if (!written)
+        entry.failed(folder, written.error());
+    Q_EMIT recorded(entry.finish());
     const Captions &captions = program.captions;
     m_parts.status.showPassing(
         written ? captions.text(Text::PlaylistWritten).arg(shownName(platform::nameOf(*written)))
@@ -243,10 +258,12 @@ void FileCommands::deletePlaylists()
 
 void FileCommands::undo()
 {
-    const std::optional<UndoSubject> subject = m_parts.program.undoHistory.next();
-    if (!subject)
+    history::History &history = m_parts.program.history;
+    const auto next = history.nextUndo();
+    if (!next || !*next)
         return;
-    const QString &former = subject->formerPath;
+    const auto files = history.files((*next)->id);
+    const QString former = files && !files->empty() ? files->front().path : QString();
     const bool wasAway = !isFolder(former);
     std::ignore = m_operations.undo();
     if (m_dialogs.takeHasWorked()) {

@@ -51,6 +51,10 @@ public:
 Q_SIGNALS:
     /// A command has ended: files may have changed, and so may the operation that undo() takes back.
     void ended();
+    /// An operation that may have changed files has ended.
+    void recorded(const history::Summary &summary);
+    /// The same of what was taken back.
+    void takenBack(const history::Summary &summary);
 
 private:
     using Transfer = int (clsFileFunc::*)(const QString &, const QString &, bool, int);

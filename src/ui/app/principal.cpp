@@ -197,6 +197,10 @@ void principal::connectParts()
     connect(m_list, &FileList::fileActivated, this, &principal::activateFile);
     connect(m_services, &WindowServices::recorded, m_notice,
         [this](const history::Summary &summary) { m_notice->showSummary(summary); });
+    connect(m_fileCommands, &FileCommands::recorded, m_notice,
+        [this](const history::Summary &summary) { m_notice->showSummary(summary); });
+    connect(m_fileCommands, &FileCommands::takenBack, m_notice,
+        [this](const history::Summary &summary) { m_notice->showSummary(summary, SummaryOf::Undo); });
     connect(m_notice, &aviso::undoRequested, m_fileCommands, &FileCommands::undo);
     connect(m_options, &QAction::triggered, m_dialogs, &ProgramDialogs::openOptions);
     connect(m_info, &QAction::triggered, m_dialogs, &ProgramDialogs::openAbout);

@@ -6,7 +6,6 @@
 #include "core/app/qttexts.h"
 #include "core/app/settings.h"
 #include "core/files/list/tagcache.h"
-#include "core/files/operations/undo.h"
 #include "core/history/history.h"
 #include "core/naming/sessionchoices.h"
 #include "core/platform/filesystem.h"
@@ -35,14 +34,13 @@ struct Program
     ProgramState state;
     SessionChoices choices;
     TagCache tagCache;
-    UndoHistory undoHistory;
     platform::FileSystem &fileSystem = platform::FileSystem::native();
     history::History history{fileSystem};
     TagStore tagStore{state, fileSystem, &history};
 
     PageContext pageContext(PageOwner &owner)
     {
-        return {owner, state, tagStore, captions, settings, fileSystem, &undoHistory};
+        return {owner, state, tagStore, captions, settings, fileSystem, &history};
     }
 };
 

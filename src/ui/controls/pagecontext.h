@@ -3,13 +3,16 @@
 
 #include "core/platform/filesystem.h"
 
+namespace ravlin::history {
+class History;
+} // namespace ravlin::history
+
 namespace ravlin {
 
 class Captions;
 class PageOwner;
 class Settings;
 class TagStore;
-class UndoHistory;
 struct ProgramState;
 
 /// What the pages of the working modes and their windows work with. All of it outlives them.
@@ -21,7 +24,7 @@ struct PageContext
     const Captions &captions;
     Settings &settings; ///< where the lists of used patterns live
     platform::FileSystem &fileSystem = platform::FileSystem::native();
-    UndoHistory *undoHistory = nullptr; ///< records renames; nullptr: nothing does
+    history::History *history = nullptr; ///< records changes; nullptr: nothing does
 };
 
 } // namespace ravlin

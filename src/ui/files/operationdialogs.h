@@ -31,6 +31,12 @@ public:
     bool confirmDeleteForGood(const QStringList &paths, NoWayBack reason) override;
     bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) override;
     void tell(const OperationReport &report) override;
+    void recorded(const history::Summary &summary) override { m_recorded(summary, false); }
+    void takenBack(const history::Summary &summary) override { m_recorded(summary, true); }
+
+    using Recorded = std::function<void(const history::Summary &summary, bool isTakenBack)>;
+    /// Gets what the history has of each operation.
+    void setRecorded(Recorded recorded) { m_recorded = std::move(recorded); }
 
     /// Whether files may have changed since the last call of this: not if a question was answered with no, or other
     /// work was under way.
@@ -50,6 +56,7 @@ private:
     Busy &m_busy;
     QWidget *m_window;
     bool m_hasWorked = false;
+    Recorded m_recorded = [](const history::Summary &, bool) {};
 };
 
 } // namespace ravlin

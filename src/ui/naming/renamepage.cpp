@@ -3,8 +3,8 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/pageowner.h"
-#include "core/files/operations/undo.h"
 #include "core/files/renaming/renamefromtags.h"
+#include "core/history/history.h"
 #include "core/naming/placeholders.h"
 #include "core/naming/sessionchoices.h"
 #include "core/platform/path.h"
@@ -251,13 +251,11 @@ void RenamePage::run()
     RenamingOutcome outcome;
     const bool ran =
         m_context.owner.runRecorded(history::Kind::Rename, paths.size(), [&](const ProgressReport &progress) {
-            outcome = runRenaming(m_context.fileSystem, renaming->plan, {progress});
+            outcome = runRenaming(m_context.fileSystem, renaming->plan, {progress}, m_context.history);
             return failuresOf(outcome);
         });
     if (!ran)
         return;
-    if (m_context.undoHistory != nullptr)
-        m_context.undoHistory->addRenames(outcome.renames, outcome.foldersMade);
     m_context.owner.refreshListAt(placesOf({current}, outcome).front(), placesOf(paths, outcome));
     Q_EMIT finished();
     const std::size_t renamed = outcome.count(RenameState::Rename);

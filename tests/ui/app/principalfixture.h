@@ -40,6 +40,7 @@ protected:
     {
         closeWindow();
         QFile::remove(Settings::defaultPath());
+        QFile::remove(history::History::defaultPath());
         m_folder = std::make_unique<QTemporaryDir>();
     }
     /// Fills the settings file before the program starts.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/operations/fileoperations.h"
 
+#include "core/storage/recorder.h"
 #include "core/storage/saferename.h"
 
 #include "core/platform/path.h"
@@ -131,11 +132,18 @@ int FileOperations::transfer(const FileRequest &request, TransferKind kind)
     if (!answerClashes(*plan, [&](const Clash &clash) { return m_host.askClash(clash); }))
         return ResultCancelled;
     TransferReport report;
-    const bool ran =
-        m_host.runLong(operation, [&](const Watch &watch) { report = runTransfer(m_fileSystem, *plan, watch); });
+    history::Summary summary;
+    const bool ran = m_host.runLong(operation, [&](const Watch &watch) {
+        history::Operation entry(&m_history, kind == TransferKind::Copy ? history::Kind::Copy : history::Kind::Move,
+            folderOfEntry(wanted.sources));
+        report = runTransfer(m_fileSystem, *plan, watch, &m_history);
+        for (const FileFailure &failure : report.failures)
+            entry.failed(failure.path, failure.error);
+        summary = entry.finish();
+    });
     if (!ran)
         return ResultCancelled;
-    m_history.addTransfer(kind, report);
+    m_host.recorded(summary);
     return finish(reportOf(kind, report));
 }
 
@@ -147,21 +155,43 @@ int FileOperations::remove(const FileRequest &request)
     QStringList forTrash = paths;
     forTrash.removeIf([&](const QString &path) { return withoutWayBack.contains(path); });
     QStringList tooFull;
+    // Open across the questions: what is asked for at once is one entry.
+    std::optional<history::Operation> entry;
+    const auto begin = [&](history::Kind kind) {
+        if (!entry)
+            entry.emplace(&m_history, kind, folderOfEntry(paths));
+    };
     if (!forTrash.isEmpty()) {
         const bool asks = (request.flags & FlagNoConfirmation) == 0;
         if (asks && !m_host.confirmTrash(forTrash))
             return ResultCancelled;
-        const bool ran = m_host.runLong(
-            OperationKind::Trash, [&](const Watch &watch) { append(done, putIntoTrash(forTrash, watch)); });
+        const bool ran = m_host.runLong(OperationKind::Trash, [&](const Watch &watch) {
+            begin(history::Kind::Trash);
+            append(done, putIntoTrash(forTrash, watch, &m_history));
+        });
         if (!ran)
             return ResultCancelled;
         withoutWayBack += takeOut(done, ErrorCode::NoTrash);
         tooFull = takeOut(done, ErrorCode::NoSpace);
     }
     // Ask separately: a yes to the trash is not a yes to losing files.
-    const bool areDeleted = removeForGood(withoutWayBack, NoWayBack::NoTrash, done);
-    const bool areAllDeleted = removeForGood(tooFull, NoWayBack::TrashFull, done) && areDeleted;
-    m_history.addDeletion(done);
+    const auto removeForGood = [&](const QStringList &given, NoWayBack reason) {
+        if (given.isEmpty())
+            return true;
+        if (done.wasStopped || !m_host.confirmDeleteForGood(given, reason))
+            return false;
+        return m_host.runLong(OperationKind::DeleteForGood, [&](const Watch &watch) {
+            begin(history::Kind::Delete);
+            append(done, deleteForGood(m_fileSystem, given, watch, &m_history));
+        });
+    };
+    const bool areDeleted = removeForGood(withoutWayBack, NoWayBack::NoTrash);
+    const bool areAllDeleted = removeForGood(tooFull, NoWayBack::TrashFull) && areDeleted;
+    if (entry) {
+        for (const FileFailure &failure : done.failures)
+            entry->failed(failure.path, failure.error);
+        m_host.recorded(entry->finish());
+    }
     OperationReport report;
     report.kind = forTrash.isEmpty() ? OperationKind::DeleteForGood : OperationKind::Trash;
     report.doneCount = static_cast<qsizetype>(done.trashed.size()) + done.deleted.size();
@@ -172,51 +202,73 @@ int FileOperations::remove(const FileRequest &request)
     return result == ResultDone && !areAllDeleted ? ResultCancelled : result;
 }
 
-/// Asks first. Returns false if they stay.
-bool FileOperations::removeForGood(const QStringList &paths, NoWayBack reason, DeletionReport &done)
-{
-    if (paths.isEmpty())
-        return true;
-    if (done.wasStopped || !m_host.confirmDeleteForGood(paths, reason))
-        return false;
-    return m_host.runLong(OperationKind::DeleteForGood,
-        [&](const Watch &watch) { append(done, deleteForGood(m_fileSystem, paths, watch)); });
-}
-
 int FileOperations::rename(const FileRequest &request)
 {
     const QString source = sourcePaths(request.source).value(0);
-    const Result<void> renamed = storage::renameFile(m_fileSystem, source, request.destination);
+    const QString &target = request.destination;
+    const bool isOther = source != target;
     OperationReport report;
     report.kind = OperationKind::Rename;
-    if (renamed) {
+    history::Operation entry(&m_history, history::Kind::Rename, folderOfEntry({source}));
+    storage::Recorder recorder(m_fileSystem, isOther ? &m_history : nullptr);
+    const QString aside = isOther ? storage::asidePath(source) : QString();
+    const auto ticket = recorder.begin(storage::ChangeKind::Move, source, target, aside);
+    if (const auto renamed = storage::renameFile(m_fileSystem, source, target, aside); renamed) {
+        recorder.done(ticket, target);
         report.doneCount = 1;
-        if (source != request.destination)
-            m_history.addRenames({{source, request.destination}});
     } else {
+        recorder.failed(ticket, renamed.error());
+        entry.failed(source, renamed.error());
         report.failures.push_back({source, renamed.error()});
     }
+    m_host.recorded(entry.finish());
     return finish(report);
 }
 
-int FileOperations::undo()
+int FileOperations::undo(const UndoRequest &request, UndoReport *report)
 {
-    if (!m_history.next())
+    const auto next = m_history.nextUndo();
+    if (!request.entry && next && !*next)
         return ResultDone;
-    UndoReport undone;
-    const bool ran =
-        m_host.runLong(OperationKind::Undo, [&](const Watch &watch) { undone = m_history.undo(m_fileSystem, watch); });
+    return takeBack([&](const Watch &watch) { return ravlin::undo(m_history, m_fileSystem, request, watch); }, report);
+}
+
+int FileOperations::redo()
+{
+    const auto next = m_history.nextRedo();
+    if (next && !*next)
+        return ResultDone;
+    return takeBack([&](const Watch &watch) { return ravlin::redo(m_history, m_fileSystem, watch); }, nullptr);
+}
+
+int FileOperations::takeBack(const TakeBack &work, UndoReport *told)
+{
+    Result<UndoReport> undone;
+    const bool ran = m_host.runLong(OperationKind::Undo, [&](const Watch &watch) { undone = work(watch); });
     if (!ran)
         return ResultCancelled;
     OperationReport report;
     report.kind = OperationKind::Undo;
-    report.undone = undone.kind;
-    report.doneCount = undone.undone.size();
-    report.failures = undone.failures;
-    report.notDone = undone.notDone;
-    report.lost = undone.lost;
-    report.wasStopped = undone.wasStopped;
-    return finish(report);
+    if (!undone) {
+        report.failures.push_back({undone.error().path, undone.error()});
+        return finish(report);
+    }
+    report.doneCount = undone->undone.size();
+    report.failures = undone->failures;
+    report.notDone = undone->notDone;
+    report.lost = undone->lost;
+    report.wasStopped = undone->wasStopped;
+    if (undone->later.empty())
+        m_host.takenBack(undone->summary);
+    const bool isLeft = !undone->later.empty();
+    if (told != nullptr)
+        *told = *std::move(undone);
+    return isLeft ? ResultCancelled : finish(report);
+}
+
+QString FileOperations::folderOfEntry(const QStringList &paths)
+{
+    return platform::folderOf(storage::recordedPath(m_fileSystem, paths.value(0)));
 }
 
 QString nearestFolder(platform::FileSystem &fileSystem, const QString &path)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/files/operations/clsfilefunc.h"
+#include "core/files/operations/deletion.h"
 #include "core/files/operations/undo.h"
 
 #include <functional>
@@ -9,11 +10,20 @@
 
 namespace ravlin {
 
+enum class OperationKind
+{
+    Copy,
+    Move,
+    Trash,
+    DeleteForGood,
+    Rename,
+    Undo
+};
+
 /// What an operation did and did not do, for the user.
 struct OperationReport
 {
     OperationKind kind = OperationKind::Copy;
-    OperationKind undone = OperationKind::Copy; ///< by an undo
     qsizetype doneCount = 0;
     std::vector<FileFailure> failures;
     QStringList skipped;                   ///< by the user's answers
@@ -50,14 +60,18 @@ public:
     virtual bool runLong(OperationKind kind, const std::function<void(const Watch &)> &work) = 0;
     /// Shows what was not done, and why. Called only when isComplete() is false.
     virtual void tell(const OperationReport &report) = 0;
+    /// What the history has of an operation, once it has ended. Comes before tell().
+    virtual void recorded(const history::Summary &summary) { Q_UNUSED(summary) }
+    /// The same of what was taken back or repeated.
+    virtual void takenBack(const history::Summary &summary) { Q_UNUSED(summary) }
 };
 
-/// The service behind clsFileFunc: copies, moves, renames and deletes, asks the user where needed, and records what it
-/// did for undo. Overwrites nothing and deletes nothing for good without a yes.
+/// The service behind clsFileFunc: copies, moves, renames and deletes, asks the user where needed, and makes an entry
+/// of the history of each request. Overwrites nothing and deletes nothing for good without a yes.
 class FileOperations final : public FileService
 {
 public:
-    FileOperations(platform::FileSystem &fileSystem, FileOperationHost &host, UndoHistory &history)
+    FileOperations(platform::FileSystem &fileSystem, FileOperationHost &host, history::History &history)
         : m_fileSystem(fileSystem), m_host(host), m_history(history)
     {
     }
@@ -66,19 +80,24 @@ public:
     /// the trash with FlagAllowUndo, else for good, and asks before either.
     int perform(const FileRequest &request) override;
 
-    /// Undoes the last operation, if any.
-    int undo();
+    /// Takes back what is asked for; without a request the newest entry that was not tried yet, if any. report: all
+    /// that is known of it, also the later entries that keep an older one from being taken back.
+    int undo(const UndoRequest &request = {}, UndoReport *report = nullptr);
+    /// Repeats what was taken back last, if that is still possible.
+    int redo();
 
 private:
     int transfer(const FileRequest &request, TransferKind kind);
     int remove(const FileRequest &request);
-    bool removeForGood(const QStringList &paths, NoWayBack reason, DeletionReport &done);
     int rename(const FileRequest &request);
+    using TakeBack = std::function<Result<UndoReport>(const Watch &)>;
+    int takeBack(const TakeBack &work, UndoReport *report);
+    QString folderOfEntry(const QStringList &paths);
     int finish(const OperationReport &report);
 
     platform::FileSystem &m_fileSystem;
     FileOperationHost &m_host;
-    UndoHistory &m_history;
+    history::History &m_history;
 };
 
 /// Returns the folder itself or, if it is gone, the nearest one above it that exists, with the separator at its end.

@@ -1,301 +1,275 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/files/operations/undo.h"
 
+#include "core/files/operations/reverting.h"
 #include "core/platform/path.h"
+#include "core/storage/saferename.h"
 
+#include <QSet>
+
+#include <algorithm>
 #include <tuple>
 
 namespace ravlin {
 
 namespace {
 
-/// Undo starts with what was done last.
-template <typename Item>
-std::vector<Item> reversed(const std::vector<Item> &items)
+using history::Kind;
+using history::StoredChange;
+using storage::ChangeKind;
+
+bool isRenaming(const history::Entry &entry)
 {
-    return {items.rbegin(), items.rend()};
+    return entry.kind == Kind::Rename || entry.kind == Kind::RenameFolder;
 }
 
-Result<void> refusal(const QString &path, const QString &detail)
-{
-    return tl::unexpected(Error{ErrorCode::Unsupported, path, detail});
-}
-
-/// Undoes the steps of one operation and reports on them.
-class Undoing
+/// Takes one entry back and reports on it.
+class EntryUndo
 {
 public:
-    Undoing(platform::FileSystem &fileSystem, const Watch &watch) : m_fileSystem(fileSystem), m_watch(watch) {}
-
-    /// Calls work() unless a stop was requested; failures are reported for path. Returns false if a stop prevented or
-    /// ended it; then all is as before.
-    template <typename Work>
-    bool step(const QString &path, const QString &undonePath, Work work)
+    EntryUndo(history::History &history, platform::FileSystem &fileSystem, const history::Entry &entry, bool isRedo,
+        const Watch &watch, UndoReport &report)
+        : m_history(history), m_fileSystem(fileSystem), m_entry(entry), m_isRedo(isRedo), m_watch(watch),
+          m_report(report)
     {
+    }
+
+    /// isWhole: these are all of the entry.
+    void run(const std::vector<StoredChange> &changes, bool isWhole)
+    {
+        m_progress.total = static_cast<qsizetype>(changes.size());
+        m_history.beginReverting(m_entry.id);
+        if (!changes.empty()) // the first look reads all moves since then at once
+            std::ignore = m_history.presentPath(changes.back().record.id, {});
+        Reverting reverting(m_history, m_fileSystem, {m_isRedo, m_entry.kind == Kind::Move}, m_watch.stop);
+        // What renames have made is in the way of none of them, but folders that were removed must be there before.
+        const bool isBatch = isRenaming(m_entry);
+        const auto isMove = [](const StoredChange &change) { return change.record.change == ChangeKind::Move; };
+        const auto isRemoved = [](const StoredChange &change) { return change.record.change == ChangeKind::Delete; };
+        for (const StoredChange &change : changes) {
+            if (!isBatch || isRemoved(change))
+                step(change, reverting);
+        }
+        if (isBatch) {
+            std::vector<StoredChange> moves;
+            std::ranges::copy_if(changes, std::back_inserter(moves), isMove);
+            renameBack(moves);
+            for (const StoredChange &change : changes) {
+                if (!isMove(change) && !isRemoved(change))
+                    step(change, reverting);
+            }
+        }
+        m_report.lost += reverting.lost();
+        end(reverting, isWhole);
+    }
+
+private:
+    void end(const Reverting &reverting, bool isWhole)
+    {
+        for (const FileFailure &failure : reverting.notBroughtBack())
+            m_report.failures.push_back(failure);
+        for (const FileFailure &failure : m_report.failures)
+            m_history.addFailure(failure.path, failure.error);
+        m_report.wasStopped = m_report.wasStopped || !m_report.notDone.isEmpty();
+        m_report.summary = m_history.endReverting(isWhole && !m_report.wasStopped);
+    }
+
+    /// A folder that renames made is removed only if it is empty, and nobody need be told of it.
+    void step(const StoredChange &change, Reverting &reverting)
+    {
+        const bool isSilent = change.isFolder && isRenaming(m_entry) && change.record.change != ChangeKind::Move;
+        const QString path = reverting.presentPath(change);
         if (m_watch.stop.stop_requested()) {
-            m_report.notDone.append(path);
-            return false;
+            if (!isSilent)
+                m_report.notDone.append(path);
+            return;
         }
         m_progress.path = path;
         m_watch.report(m_progress);
-        const Result<void> undone = work();
+        const Result<QString> undone = reverting.revert(change, path);
         ++m_progress.done;
-        if (!undone && undone.error().code == ErrorCode::Cancelled) {
-            m_report.notDone.append(path);
-            return false;
-        }
+        if (isSilent)
+            return;
         if (undone)
-            m_report.undone.append(undonePath);
+            m_report.undone.append(*undone);
+        else if (undone.error().code == ErrorCode::Cancelled)
+            m_report.notDone.append(path);
         else
             m_report.failures.push_back({path, undone.error()});
-        return true;
     }
 
-    Result<void> moveBack(const TransferStep &step);
-    Result<void> removeCopy(const TransferStep &step);
-    Result<void> endHalfMove(const TransferStep &step);
+    /// All at once, so that names can go round in a ring.
+    void renameBack(const std::vector<StoredChange> &moves)
+    {
+        RevertingJournal journal(m_history);
+        std::vector<RenameDone> renames;
+        for (auto move = moves.rbegin(); move != moves.rend(); ++move) {
+            const RenameDone done{formerPath(m_history, *move), presentPath(m_history, *move)};
+            journal.add(storage::recordedPath(m_fileSystem, done.to), move->record.id);
+            renames.push_back(done);
+        }
+        const RenamingOutcome outcome = undoRenaming(m_fileSystem, renames, {}, m_watch, &journal);
+        for (const RenameRow &row : outcome.rows)
+            report(row);
+        m_report.wasStopped = m_report.wasStopped || outcome.wasStopped;
+    }
 
-    UndoReport m_report;
-    Progress m_progress;
-
-private:
-    Result<void> makeFolder(const QString &path);
-    Result<TransferReport> moveBack(const TransferStep &step, ClashAnswer forFolders);
-    void bringBackReplaced(const TransferStep &step);
-
-    platform::FileSystem &m_fileSystem;
-    const Watch &m_watch;
-};
-
-Result<void> Undoing::makeFolder(const QString &path)
-{
-    if (platform::isTaken(path))
-        return {};
-    const QString above = platform::folderOf(path);
-    if (above == path)
-        return tl::unexpected(Error{ErrorCode::NotFound, path, QStringLiteral("this drive is not there")});
-    return makeFolder(above).and_then([&] { return m_fileSystem.createFolder(path); });
-}
-
-/// forFolders: the answer about a folder that is at the former place.
-Result<TransferReport> Undoing::moveBack(const TransferStep &step, ClashAnswer forFolders)
-{
-    // A merge removed folders once they were empty.
-    const QString folder = platform::folderOf(step.source);
-    const auto made = makeFolder(folder);
-    if (!made)
-        return tl::unexpected(made.error());
-    auto plan = makeTransferPlan(
-        m_fileSystem, {TransferKind::Move, {step.target}, folder, platform::nameOf(step.source)}, m_watch.stop);
-    if (!plan)
-        return tl::unexpected(plan.error());
-    std::ignore = answerClashes(*plan,
-        [forFolders](const Clash &clash) { return ClashDecision{clash.isMerge ? forFolders : ClashAnswer::Skip}; });
-    TransferReport report = runTransfer(m_fileSystem, *plan, {.stop = m_watch.stop});
-    if (!report.failures.empty())
-        return tl::unexpected(report.failures.front().error);
-    if (!report.inBothPlaces.empty())
-        return tl::unexpected(report.inBothPlaces.front().error);
-    if (!report.notDone.isEmpty())
-        return tl::unexpected(Error{ErrorCode::Cancelled, step.source, {}});
-    return report;
-}
-
-Result<void> Undoing::moveBack(const TransferStep &step)
-{
-    const auto report = moveBack(step, ClashAnswer::Skip);
-    if (!report)
-        return tl::unexpected(report.error());
-    if (!report->skipped.isEmpty())
-        return tl::unexpected(Error{ErrorCode::AlreadyExists, step.source, {}});
-    if (step.trashed)
-        bringBackReplaced(step);
-    else if (step.replaced)
-        m_report.lost.append(step.target);
-    return {};
-}
-
-Result<void> Undoing::removeCopy(const TransferStep &step)
-{
-    if (step.replaced && !step.trashed)
-        return refusal(step.target, QStringLiteral("it has taken the place of another file"));
-    const auto node = platform::nodeAt(step.target);
-    if (!node)
-        return tl::unexpected(node.error());
-    const bool isUnchanged =
-        step.isFolder || (node->info.size == step.made.size && node->info.modified == step.made.modified);
-    if (!isUnchanged)
-        return tl::unexpected(Error{ErrorCode::ChangedMeanwhile, step.target, {}});
-    return platform::moveToTrash(step.target).map([&](const platform::TrashedItem &) { bringBackReplaced(step); });
-}
-
-/// The copy of a move that could not delete its source goes. What is no longer at the source, or never was all there,
-/// is moved back first.
-Result<void> Undoing::endHalfMove(const TransferStep &step)
-{
-    if (!step.isFolder)
-        return platform::isTaken(step.source) ? removeCopy(step) : moveBack(step);
-    const auto merged = moveBack(step, ClashAnswer::Replace);
-    if (!merged)
-        return tl::unexpected(merged.error());
-    if (!platform::isTaken(step.target))
-        return {};
-    return platform::moveToTrash(step.target).map([](const platform::TrashedItem &) {});
-}
-
-/// The step itself is undone by then: a failure is one of the replaced file's.
-void Undoing::bringBackReplaced(const TransferStep &step)
-{
-    if (!step.trashed)
-        return;
-    if (const auto restored = platform::restoreFromTrash(*step.trashed); !restored)
-        m_report.failures.push_back({step.target, restored.error()});
-}
-
-UndoReport reportOf(const RenamingOutcome &outcome)
-{
-    UndoReport report;
-    for (const RenameRow &row : outcome.rows) {
+    void report(const RenameRow &row)
+    {
         switch (row.state) {
         case RenameState::Rename:
         case RenameState::Untouched:
-            report.undone.append(row.path);
+            m_report.undone.append(row.path);
             break;
         case RenameState::Stopped:
         case RenameState::NotTaken:
-            report.notDone.append(row.from);
+            m_report.notDone.append(row.from);
             break;
         case RenameState::Clash:
         case RenameState::Skipped:
-            report.failures.push_back({row.from, Error{ErrorCode::AlreadyExists, row.wanted, {}}});
+            m_report.failures.push_back({row.from, Error{ErrorCode::AlreadyExists, row.wanted, {}}});
             break;
         case RenameState::Refused:
         case RenameState::Failed:
-            report.failures.push_back({row.from, row.error.value_or(Error{ErrorCode::InvalidArgument, row.from, {}})});
+            m_report.failures.push_back(
+                {row.from, row.error.value_or(Error{ErrorCode::InvalidArgument, row.from, {}})});
             break;
         }
     }
-    report.wasStopped = outcome.wasStopped;
-    return report;
+
+    history::History &m_history;
+    platform::FileSystem &m_fileSystem;
+    const history::Entry m_entry;
+    const bool m_isRedo;
+    const Watch &m_watch;
+    UndoReport &m_report;
+    Progress m_progress;
+};
+
+/// What could be taken back, if nothing changes meanwhile. Entries go back one after the other: what an earlier one has
+/// taken back, or moved out of the way, is not looked at again.
+class UndoPreview
+{
+public:
+    UndoPreview(history::History &history, platform::FileSystem &fileSystem, UndoReport &report)
+        : m_history(history), m_fileSystem(fileSystem), m_report(report)
+    {
+    }
+
+    void add(const history::Entry &entry, const std::vector<StoredChange> &changes)
+    {
+        if (isRenaming(entry)) { // their names are free for one another
+            for (const StoredChange &change : changes)
+                m_touched.insert(presentPath(m_history, change));
+        }
+        Reverting reverting(m_history, m_fileSystem, {false, entry.kind == Kind::Move}, {});
+        for (const StoredChange &change : changes) {
+            if (change.isFolder && isRenaming(entry) && change.record.change != ChangeKind::Move)
+                continue;
+            const QString path = reverting.presentPath(change);
+            const Result<QString> possible = m_touched.contains(path) && !isRenaming(entry)
+                                                 ? formerPath(m_history, change)
+                                                 : reverting.check(change, path, m_touched);
+            m_touched.insert(path);
+            if (!possible) {
+                m_report.failures.push_back({path, possible.error()});
+                continue;
+            }
+            m_touched.insert(*possible);
+            m_report.undone.append(*possible);
+        }
+    }
+
+private:
+    history::History &m_history;
+    platform::FileSystem &m_fileSystem;
+    UndoReport &m_report;
+    QSet<QString> m_touched;
+};
+
+Result<std::optional<history::Entry>> wantedEntry(history::History &history, const UndoRequest &request)
+{
+    if (!request.entry)
+        return history.nextUndo();
+    auto found = history.entry(*request.entry);
+    if (found && !*found)
+        return tl::unexpected(Error{ErrorCode::NotFound, {}, QStringLiteral("no such entry")});
+    return found;
 }
 
-bool isLeftByStop(const RenameRow &row)
+void merge(UndoReport &report, UndoReport further)
 {
-    return row.state == RenameState::Stopped || row.state == RenameState::NotTaken;
+    report.undone += further.undone;
+    report.failures.insert(report.failures.end(), further.failures.begin(), further.failures.end());
+    report.lost += further.lost;
+    report.notDone += further.notDone;
+    report.wasStopped = report.wasStopped || further.wasStopped;
+    history::Summary &summary = further.summary;
+    summary.files.insert(summary.files.end(), report.summary.files.begin(), report.summary.files.end());
+    summary.doneCount += report.summary.doneCount;
+    summary.failedCount += report.summary.failedCount;
+    report.summary = std::move(summary); // the entry is that of the last one, the one that was asked for
 }
 
 } // namespace
 
-void UndoHistory::add(Operation operation)
+Result<UndoReport> undo(
+    history::History &history, platform::FileSystem &fileSystem, const UndoRequest &request, const Watch &watch)
 {
-    m_operations.push_back(std::move(operation));
-    if (m_operations.size() > Most)
-        m_operations.pop_front();
-}
-
-void UndoHistory::addTransfer(TransferKind kind, const TransferReport &report)
-{
-    if (!report.done.empty())
-        add(Transfers{kind, report.done});
-}
-
-void UndoHistory::addDeletion(const DeletionReport &report)
-{
-    if (!report.trashed.empty() || !report.deleted.isEmpty())
-        add(Deletions{report.trashed, report.deleted});
-}
-
-void UndoHistory::addRenames(const std::vector<RenameDone> &renames, const QStringList &foldersMade)
-{
-    if (!renames.empty())
-        add(Renames{renames, foldersMade});
-}
-
-UndoSubject UndoHistory::subjectOf(const Operation &operation)
-{
-    if (const auto *const transfers = std::get_if<Transfers>(&operation)) {
-        const auto kind = transfers->kind == TransferKind::Copy ? OperationKind::Copy : OperationKind::Move;
-        return {kind, static_cast<qsizetype>(transfers->steps.size()), transfers->steps.front().source,
-            transfers->steps.front().source};
+    std::ignore = history.recover();
+    UndoReport report;
+    const auto entry = wantedEntry(history, request);
+    if (!entry)
+        return tl::unexpected(entry.error());
+    if (!*entry)
+        return report;
+    report.entry = **entry;
+    std::vector<history::Entry> order;
+    if (request.entry) {
+        auto later = history.laterOnSameFiles(report.entry.id, request.onlyFiles);
+        if (!later)
+            return tl::unexpected(later.error());
+        if (!later->empty() && !request.withLater) {
+            report.later = std::move(*later);
+            return report;
+        }
+        order = std::move(*later);
     }
-    if (const auto *const deletions = std::get_if<Deletions>(&operation)) {
-        const auto count = static_cast<qsizetype>(deletions->trashed.size()) + deletions->deleted.size();
-        return deletions->trashed.empty()
-                   ? UndoSubject{OperationKind::DeleteForGood, count, deletions->deleted.front()}
-                   : UndoSubject{OperationKind::Trash, count, deletions->trashed.front().original};
+    order.push_back(report.entry);
+    UndoPreview preview(history, fileSystem, report);
+    for (const history::Entry &one : order) {
+        const bool isWanted = one.id == report.entry.id;
+        const auto changes = history.changesToUndo(one.id, isWanted ? request.onlyFiles : std::set<qint64>());
+        if (!changes)
+            return tl::unexpected(changes.error());
+        if (request.isDryRun) {
+            preview.add(one, *changes);
+            continue;
+        }
+        UndoReport part;
+        EntryUndo(history, fileSystem, one, false, watch, part).run(*changes, !isWanted || request.onlyFiles.empty());
+        merge(report, std::move(part));
+        if (report.wasStopped)
+            break;
     }
-    const auto &renames = std::get<Renames>(operation).renames;
-    return {OperationKind::Rename, static_cast<qsizetype>(renames.size()), renames.front().to, renames.front().from};
-}
-
-std::optional<UndoSubject> UndoHistory::next() const
-{
-    return m_operations.empty() ? std::nullopt : std::optional(subjectOf(m_operations.back()));
-}
-
-UndoReport UndoHistory::undo(platform::FileSystem &fileSystem, const Watch &watch)
-{
-    if (m_operations.empty())
-        return {};
-    const Operation operation = std::move(m_operations.back());
-    m_operations.pop_back();
-    UndoReport report = std::visit([&](const auto &one) { return take(fileSystem, one, watch); }, operation);
-    report.kind = subjectOf(operation).kind;
-    report.wasStopped = report.wasStopped || !report.notDone.isEmpty();
     return report;
 }
 
-UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Transfers &transfers, const Watch &watch)
+Result<UndoReport> redo(history::History &history, platform::FileSystem &fileSystem, const Watch &watch)
 {
-    Undoing undoing(fileSystem, watch);
-    undoing.m_progress.total = static_cast<qsizetype>(transfers.steps.size());
-    Transfers left{transfers.kind, {}};
-    for (const TransferStep &step : reversed(transfers.steps)) {
-        const QString &undonePath = step.isMove ? step.source : step.target;
-        const bool isTaken = undoing.step(step.target, undonePath, [&]() -> Result<void> {
-            if (step.isMove)
-                return undoing.moveBack(step);
-            return transfers.kind == TransferKind::Move ? undoing.endHalfMove(step) : undoing.removeCopy(step);
-        });
-        if (!isTaken)
-            left.steps.push_back(step);
-    }
-    left.steps = reversed(left.steps);
-    if (!left.steps.empty())
-        add(std::move(left));
-    return std::move(undoing.m_report);
-}
-
-UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Deletions &deletions, const Watch &watch)
-{
-    Undoing undoing(fileSystem, watch);
-    undoing.m_progress.total = static_cast<qsizetype>(deletions.trashed.size()) + deletions.deleted.size();
-    Deletions left;
-    for (const platform::TrashedItem &item : reversed(deletions.trashed)) {
-        if (!undoing.step(item.original, item.original, [&] { return platform::restoreFromTrash(item); }))
-            left.trashed.push_back(item);
-    }
-    left.trashed = reversed(left.trashed);
-    for (const QString &path : deletions.deleted) {
-        if (!undoing.step(path, path, [&] { return refusal(path, QStringLiteral("it was deleted for good")); }))
-            left.deleted.append(path);
-    }
-    if (!left.trashed.empty() || !left.deleted.isEmpty())
-        add(std::move(left));
-    return std::move(undoing.m_report);
-}
-
-UndoReport UndoHistory::take(platform::FileSystem &fileSystem, const Renames &renames, const Watch &watch)
-{
-    const RenamingOutcome outcome = undoRenaming(fileSystem, renames.renames, renames.foldersMade, watch);
-    Renames left{{}, renames.foldersMade};
-    for (const RenameRow &row : outcome.rows) {
-        if (isLeftByStop(row))
-            left.renames.push_back({row.wanted, row.from});
-    }
-    if (!left.renames.empty())
-        add(std::move(left));
-    return reportOf(outcome);
+    std::ignore = history.recover();
+    UndoReport report;
+    const auto entry = history.nextRedo();
+    if (!entry)
+        return tl::unexpected(entry.error());
+    if (!*entry)
+        return report;
+    report.entry = **entry;
+    const auto changes = history.changesToUndo(report.entry.id);
+    if (!changes)
+        return tl::unexpected(changes.error());
+    EntryUndo(history, fileSystem, report.entry, true, watch, report).run(*changes, true);
+    return report;
 }
 
 } // namespace ravlin

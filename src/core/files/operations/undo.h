@@ -1,94 +1,49 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "core/files/operations/deletion.h"
 #include "core/files/operations/transfer.h"
-#include "core/files/renaming/renaming.h"
+#include "core/history/history.h"
 
-#include <deque>
 #include <optional>
-#include <variant>
+#include <set>
 
+/// Takes back what the history has recorded, and repeats what was taken back. As careful as the operations themselves:
+/// overwrites nothing, and puts copies that it removes into the trash. What was replaced comes back from there. Files
+/// are found where they are by now.
 namespace ravlin {
 
-enum class OperationKind
+struct UndoRequest
 {
-    Copy,
-    Move,
-    Trash,
-    DeleteForGood,
-    Rename,
-    Undo
+    std::optional<qint64> entry = {}; ///< of the history; else the newest that was not tried yet
+    std::set<qint64> onlyFiles = {};  ///< the changes to take back; all if it is empty
+    bool withLater = false;           ///< takes back first what later entries did to the same files
+    bool isDryRun = false;            ///< only looks at what could be done
 };
 
-/// What an undo would take back.
-struct UndoSubject
-{
-    OperationKind kind = OperationKind::Copy;
-    qsizetype count = 0;     ///< files and folders
-    QString firstPath;       ///< one of them, to name it if it is the only one
-    QString formerPath = {}; ///< where firstPath was before
-};
-
+/// What became of the changes of an entry. Paths of what was done are those where the files are now; for copies, and
+/// for lists that were made, where they were.
+///
+/// Errors of single files: AlreadyExists (the old name is taken), NotFound (the file is gone), ChangedMeanwhile (it was
+/// changed since and stays), NoTrash and NoSpace (a copy that can't go into the trash), Unsupported (it was deleted for
+/// good, or replaced a file that could not go into the trash). What a transfer replaced comes back from the trash; if
+/// it can't, that is a failure of its own.
 struct UndoReport
 {
-    OperationKind kind = OperationKind::Copy; ///< what was undone
-    QStringList undone;                       ///< present paths; for copies, their former ones
-    std::vector<FileFailure> failures;        ///< what can no longer be undone, and why
-    /// Targets whose former files a move had replaced: these files are lost.
-    QStringList lost;
-    QStringList notDone; ///< because of a stop
+    history::Entry entry; ///< id 0: there was nothing to take back
+    /// Not empty: these have changed the same files since, and nothing was done. Newest first.
+    std::vector<history::Entry> later;
+    QStringList undone;
+    std::vector<FileFailure> failures;
+    QStringList lost;    ///< targets whose former files a move had replaced: these files are lost
+    QStringList notDone; ///< because of a stop; the next undo takes them back
     bool wasStopped = false;
+    history::Summary summary; ///< for the notice
 };
 
-/// The last operations of this run that changed names or places. Undoes them one by one, the last one first. Undo is as
-/// careful as the operation: it overwrites nothing and puts copies that it removes into the trash. An operation is
-/// forgotten once its undo was tried; what a stop left untried remains for the next undo.
-///
-/// Errors of single paths: AlreadyExists (the old name is taken), NotFound (the file is gone), ChangedMeanwhile (an
-/// edited copy stays), NoTrash and NoSpace (so does a copy that can't go into the trash), Unsupported (it was deleted
-/// for good, or replaced a file that could not go into the trash). What a transfer replaced comes back from the trash;
-/// if it can't, that is a failure of its own.
-class UndoHistory
-{
-public:
-    /// Each records what was done, if anything.
-    void addTransfer(TransferKind kind, const TransferReport &report);
-    void addDeletion(const DeletionReport &report);
-    void addRenames(const std::vector<RenameDone> &renames, const QStringList &foldersMade = {});
-
-    /// What undo() would take back, if anything.
-    std::optional<UndoSubject> next() const;
-    UndoReport undo(platform::FileSystem &fileSystem, const Watch &watch = {});
-
-private:
-    static constexpr std::size_t Most = 100; ///< operations remembered
-
-    struct Transfers
-    {
-        TransferKind kind = TransferKind::Copy;
-        std::vector<TransferStep> steps;
-    };
-    struct Deletions
-    {
-        std::vector<platform::TrashedItem> trashed;
-        QStringList deleted;
-    };
-    struct Renames
-    {
-        std::vector<RenameDone> renames;
-        QStringList foldersMade;
-    };
-    using Operation = std::variant<Transfers, Deletions, Renames>;
-
-    void add(Operation operation);
-    static UndoSubject subjectOf(const Operation &operation);
-    /// Undoes one operation and keeps what a stop left of it.
-    UndoReport take(platform::FileSystem &fileSystem, const Transfers &transfers, const Watch &watch);
-    UndoReport take(platform::FileSystem &fileSystem, const Deletions &deletions, const Watch &watch);
-    UndoReport take(platform::FileSystem &fileSystem, const Renames &renames, const Watch &watch);
-
-    std::deque<Operation> m_operations; ///< the last one last
-};
+/// An entry is not the next one any more once all of it was tried.
+Result<UndoReport> undo(history::History &history, platform::FileSystem &fileSystem, const UndoRequest &request = {},
+    const Watch &watch = {});
+/// Repeats what was taken back last. Nothing once a later change has touched the same files.
+Result<UndoReport> redo(history::History &history, platform::FileSystem &fileSystem, const Watch &watch = {});
 
 } // namespace ravlin

@@ -72,7 +72,8 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<MountedDrive> m_drive;
     std::unique_ptr<Host> m_host;
-    std::unique_ptr<UndoHistory> m_history;
+    std::unique_ptr<QTemporaryDir> m_database;
+    std::unique_ptr<history::History> m_history;
     std::unique_ptr<FileOperations> m_operations;
     std::unique_ptr<clsFileFunc> m_files;
 };
@@ -85,7 +86,9 @@ void TestDrives::init()
     if (!m_drive->isMounted())
         QSKIP("mounting a drive is not permitted");
     m_host = std::make_unique<Host>();
-    m_history = std::make_unique<UndoHistory>();
+    m_database = std::make_unique<QTemporaryDir>();
+    m_history = std::make_unique<history::History>(
+        platform::FileSystem::native(), QDir::toNativeSeparators(m_database->filePath(u"history.sqlite"_s)));
     m_operations = std::make_unique<FileOperations>(platform::FileSystem::native(), *m_host, *m_history);
     m_files = std::make_unique<clsFileFunc>(platform::FileSystem::native(), *m_operations);
     qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));

@@ -92,7 +92,8 @@ private:
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<ScriptedHost> m_host;
-    std::unique_ptr<UndoHistory> m_history;
+    std::unique_ptr<QTemporaryDir> m_database;
+    std::unique_ptr<history::History> m_history;
     std::unique_ptr<FileOperations> m_operations;
     std::unique_ptr<clsFileFunc> m_files;
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
@@ -102,7 +103,9 @@ void TestFileOperations::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_host = std::make_unique<ScriptedHost>();
-    m_history = std::make_unique<UndoHistory>();
+    m_database = std::make_unique<QTemporaryDir>();
+    m_history = std::make_unique<history::History>(
+        m_fileSystem, QDir::toNativeSeparators(m_database->filePath(u"history.sqlite"_s)));
     m_operations = std::make_unique<FileOperations>(m_fileSystem, *m_host, *m_history);
     m_files = std::make_unique<clsFileFunc>(m_fileSystem, *m_operations);
     qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
@@ -155,7 +158,7 @@ void TestFileOperations::callingOffDoesNothing()
     const Snapshot before = snapshotOf(m_folder->path());
     QCOMPARE(m_files->MoveFile(list({u"a.mp3"_s, u"b.mp3"_s}), in(u"to/"_s)), ResultCancelled);
     QCOMPARE(snapshotOf(m_folder->path()), before);
-    QVERIFY(!m_history->next());
+    QVERIFY(!*m_history->nextUndo());
 }
 
 void TestFileOperations::deletingAsksOnceAndTrashes()
@@ -260,9 +263,11 @@ void TestFileOperations::busyDoesNothing()
     QCOMPARE(m_files->CopyFile(in(u"a.mp3"_s), in(u"to"_s)), ResultCancelled);
     QCOMPARE(m_files->DeleteFile(in(u"a.mp3"_s)), ResultCancelled);
     QCOMPARE(snapshotOf(m_folder->path()), before);
-    m_history->addRenames({{in(u"x"_s), in(u"a.mp3"_s)}});
+    m_host->isBusy = false;
+    QCOMPARE(m_files->RenameFile(in(u"b.mp3"_s), in(u"c.mp3"_s), true), ResultDone);
+    m_host->isBusy = true;
     QCOMPARE(m_operations->undo(), ResultCancelled);
-    QVERIFY(m_history->next()); // can still be undone
+    QVERIFY(*m_history->nextUndo()); // can still be undone
 }
 
 void TestFileOperations::undoes()

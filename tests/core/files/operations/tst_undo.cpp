@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Contract: the last operations are undone one by one, the last one first, and nothing is overwritten or lost. What can
-// no longer be undone says why.
+// no longer be undone says why. What was undone can be repeated until the same files change. Files are found where they
+// are by now; an older operation waits for the later ones on the same files.
 
+#include "core/files/operations/deletion.h"
+#include "core/files/operations/fileoperations.h"
+#include "core/files/operations/playlist.h"
 #include "core/files/operations/undo.h"
+#include "core/storage/recorder.h"
 
 #include "support/filetree.h"
 #include "support/trash.h"
@@ -41,22 +46,55 @@ private Q_SLOTS:
     void aStopLeavesTheRestForTheNextUndo_data();
     void aStopLeavesTheRestForTheNextUndo();
     void nothingDoneIsNothingToUndo();
+    void repeatsWhatWasUndone_data();
+    void repeatsWhatWasUndone();
+    void repeatsNothingAfterALaterChange();
+    void findsFilesWhereTheyAreNow();
+    void anOlderOneWaitsForTheLater();
+    void onlySomeFiles();
+    void aDryRunTouchesNothing();
+    void foldersThatRenamesMade();
+    void playlists();
+    void anotherRunUndoesTheLast();
 
 private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     TransferReport transfer(
         TransferKind kind, const QStringList &sources, const QString &folder, ClashAnswer reply = ClashAnswer::Skip);
-    UndoReport undo() { return m_history->undo(m_fileSystem); }
+    DeletionReport trash(const QStringList &paths)
+    {
+        const history::Operation entry(m_history.get(), history::Kind::Trash, m_folder->path());
+        return putIntoTrash(paths, {}, m_journal);
+    }
+    RenamingOutcome rename(const std::vector<std::pair<QString, QString>> &names)
+    {
+        std::vector<RenameRow> rows;
+        for (const auto &[from, to] : names)
+            rows.push_back({.from = in(from), .wanted = in(to)});
+        const history::Operation entry(m_history.get(), history::Kind::Rename, m_folder->path());
+        return runRenaming(m_fileSystem, RenamingPlan(m_fileSystem, std::move(rows)), {}, m_journal);
+    }
+    std::optional<history::Entry> next() { return *m_history->nextUndo(); }
+    UndoReport undo(const UndoRequest &request = {}, const Watch &watch = {})
+    {
+        return *ravlin::undo(*m_history, m_fileSystem, request, watch);
+    }
+    UndoReport redo() { return *ravlin::redo(*m_history, m_fileSystem); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<UndoHistory> m_history;
+    std::unique_ptr<QTemporaryDir> m_database;
+    std::unique_ptr<history::History> m_history;
+    storage::Journal *m_journal = nullptr; ///< the same
     platform::FileSystem &m_fileSystem = platform::FileSystem::native();
 };
 
 void TestUndo::init()
 {
-    m_folder = std::make_unique<QTemporaryDir>();
-    m_history = std::make_unique<UndoHistory>();
+    m_folder = std::make_unique<QTemporaryDir>(QFileInfo(QDir::tempPath()).canonicalFilePath() + u"/undo-XXXXXX"_s);
+    m_database = std::make_unique<QTemporaryDir>();
+    m_history = std::make_unique<history::History>(
+        m_fileSystem, QDir::toNativeSeparators(m_database->filePath(u"history.sqlite"_s)));
+    m_journal = m_history.get();
     qputenv("XDG_DATA_HOME", QFile::encodeName(in(u"data"_s)));
     emptyTrash();
     QDir().mkpath(in(u"to"_s));
@@ -67,9 +105,9 @@ TransferReport TestUndo::transfer(
 {
     auto plan = makeTransferPlan(m_fileSystem, {kind, sources, folder});
     answerClashes(*plan, [reply](const Clash &) { return ClashDecision{reply, true}; });
-    const TransferReport report = runTransfer(m_fileSystem, *plan);
-    m_history->addTransfer(kind, report);
-    return report;
+    const history::Operation entry(
+        m_history.get(), kind == TransferKind::Copy ? history::Kind::Copy : history::Kind::Move, folder);
+    return runTransfer(m_fileSystem, *plan, {}, m_journal);
 }
 
 void TestUndo::oneByOne()
@@ -79,18 +117,17 @@ void TestUndo::oneByOne()
     writeFile(in(u"a.mp3"_s), "a");
     writeFile(in(u"b.mp3"_s), "b");
     transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s));
-    m_history->addDeletion(putIntoTrash({in(u"b.mp3"_s)}));
-    QVERIFY(m_fileSystem.renameNew(in(u"to/a.mp3"_s), in(u"to/c.mp3"_s)));
-    m_history->addRenames({{in(u"to/a.mp3"_s), in(u"to/c.mp3"_s)}});
+    trash({in(u"b.mp3"_s)});
+    rename({{u"to/a.mp3"_s, u"to/c.mp3"_s}});
 
-    QCOMPARE(m_history->next()->kind, OperationKind::Rename);
+    QCOMPARE(next()->kind, history::Kind::Rename);
     QCOMPARE(undo().undone, QStringList{in(u"to/a.mp3"_s)});
-    QCOMPARE(m_history->next()->kind, OperationKind::Trash);
-    QCOMPARE(m_history->next()->count, 1);
+    QCOMPARE(next()->kind, history::Kind::Trash);
+    QCOMPARE(next()->fileCount, 1);
     QCOMPARE(undo().undone, QStringList{in(u"b.mp3"_s)});
-    QCOMPARE(m_history->next()->kind, OperationKind::Move);
+    QCOMPARE(next()->kind, history::Kind::Move);
     QCOMPARE(undo().undone, QStringList{in(u"a.mp3"_s)});
-    QVERIFY(!m_history->next());
+    QVERIFY(!next());
     QVERIFY(undo().undone.isEmpty());
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
     QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b"));
@@ -248,7 +285,7 @@ void TestUndo::aDeletionComesBack()
         QSKIP("the shell does not tell where in the trash a file is");
     writeFile(in(u"cd/a.mp3"_s), "a");
     writeFile(in(u"b.mp3"_s), "b");
-    m_history->addDeletion(putIntoTrash({in(u"cd"_s), in(u"b.mp3"_s)}));
+    trash({in(u"cd"_s), in(u"b.mp3"_s)});
     QVERIFY(!platform::isTaken(in(u"cd"_s)));
     QVERIFY(undo().failures.empty());
     QCOMPARE(readFile(in(u"cd/a.mp3"_s)), QByteArray("a"));
@@ -265,27 +302,29 @@ void TestUndo::aDeletionForGoodSaysWhy()
         makeLink("cd", in(u"link"_s));
         makeLink("../../kept", in(u"cd/sub/outside"_s));
     }
-    const DeletionReport deleted = deleteForGood(m_fileSystem, {in(u"link"_s), in(u"cd"_s)});
+    m_history->beginEntry(history::Kind::Delete, m_folder->path());
+    const DeletionReport deleted = deleteForGood(m_fileSystem, {in(u"link"_s), in(u"cd"_s)}, {}, m_journal);
+    m_history->endEntry();
     QCOMPARE(deleted.deleted.size(), 2);
     QVERIFY(!platform::isTaken(in(u"cd"_s)));
     QCOMPARE(readFile(in(u"kept/b.mp3"_s)), QByteArray("b")); // links are deleted, not followed
-    m_history->addDeletion(deleted);
-    QCOMPARE(m_history->next()->kind, OperationKind::DeleteForGood);
+    QCOMPARE(next()->kind, history::Kind::Delete);
     const UndoReport report = undo();
     QCOMPARE(report.failures.size(), std::size_t(2));
     QCOMPARE(report.failures[0].error.code, ErrorCode::Unsupported);
-    QVERIFY(!m_history->next());
+    QVERIFY(!next());
 }
 
 void TestUndo::aBatchOfRenames()
 {
     // Swapped names swap back, undone as a batch.
-    writeFile(in(u"a.mp3"_s), "was b");
-    writeFile(in(u"b.mp3"_s), "was a");
-    m_history->addRenames({{in(u"a.mp3"_s), in(u"b.mp3"_s)}, {in(u"b.mp3"_s), in(u"a.mp3"_s)}});
+    writeFile(in(u"a.mp3"_s), "was a");
+    writeFile(in(u"b.mp3"_s), "was b");
+    rename({{u"a.mp3"_s, u"b.mp3"_s}, {u"b.mp3"_s, u"a.mp3"_s}});
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("was b"));
     const UndoReport report = undo();
     QVERIFY(report.failures.empty());
-    QCOMPARE(report.kind, OperationKind::Rename);
+    QCOMPARE(report.entry.kind, history::Kind::Rename);
     QCOMPARE(report.undone.size(), 2);
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("was a"));
     QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("was b"));
@@ -310,13 +349,10 @@ void TestUndo::aMoveThatWasNotFinishedGivesBackWhatIsGone()
     writeFile(in(u"cd/a.mp3"_s), "a");
     writeFile(in(u"to/cd/a.mp3"_s), "a");
     writeFile(in(u"to/cd/b.mp3"_s), "b");
-    TransferStep step;
-    step.source = in(u"cd"_s);
-    step.target = in(u"to/cd"_s);
-    step.isFolder = true;
-    TransferReport moved;
-    moved.done.push_back(step);
-    m_history->addTransfer(TransferKind::Move, moved);
+    storage::Recorder recorder(m_fileSystem, m_journal);
+    m_history->beginEntry(history::Kind::Move, m_folder->path());
+    recorder.done(recorder.begin(storage::ChangeKind::Copy, in(u"cd"_s), in(u"to/cd"_s)), in(u"to/cd"_s));
+    m_history->endEntry();
     const UndoReport report = undo();
     QVERIFY(report.failures.empty());
     QCOMPARE(snapshotOf(in(u"cd"_s)), (Snapshot{{u"a.mp3"_s, "file a"}, {u"b.mp3"_s, "file b"}}));
@@ -328,17 +364,15 @@ void TestUndo::aCopyOfAMoveThatLeftItsSourceGoes()
 {
     // Both were copied to another drive, but neither source could be deleted; one was by its owner since.
     writeFile(in(u"a.mp3"_s), "a");
-    TransferReport moved;
+    storage::Recorder recorder(m_fileSystem, m_journal);
+    m_history->beginEntry(history::Kind::Move, m_folder->path());
     for (const QString &name : {u"a.mp3"_s, u"b.mp3"_s}) {
-        TransferStep step;
-        step.source = in(name);
-        step.target = in(u"to/"_s + name);
-        writeFile(step.target, name.toUtf8());
-        step.made = platform::nodeAt(step.target)->info;
-        moved.done.push_back(step);
-        moved.inBothPlaces.push_back({step.source, Error{ErrorCode::AccessDenied, step.source, {}}});
+        const QString target = in(u"to/"_s + name);
+        const auto ticket = recorder.begin(storage::ChangeKind::Copy, in(name), target);
+        writeFile(target, name.toUtf8());
+        recorder.done(ticket, target);
     }
-    m_history->addTransfer(TransferKind::Move, moved);
+    m_history->endEntry();
     QVERIFY(undo().failures.empty());
     QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
     QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
@@ -371,14 +405,10 @@ void TestUndo::aStopLeavesTheRestForTheNextUndo()
     };
     const Snapshot before = state();
     if (kind == OperationKind::Trash) {
-        m_history->addDeletion(putIntoTrash(files));
+        trash(files);
     } else if (kind == OperationKind::Rename) {
-        std::vector<RenameDone> renames;
-        for (const QString &file : files) {
-            renames.push_back({file, file + u".mp3"_s});
-            QVERIFY(m_fileSystem.renameNew(file, renames.back().to));
-        }
-        m_history->addRenames(renames);
+        rename({{u"1.mp3"_s, u"1.mp3.mp3"_s}, {u"2.mp3"_s, u"2.mp3.mp3"_s}, {u"3.mp3"_s, u"3.mp3.mp3"_s},
+            {u"4.mp3"_s, u"4.mp3.mp3"_s}});
     } else {
         transfer(kind == OperationKind::Copy ? TransferKind::Copy : TransferKind::Move, files, in(u"to"_s));
     }
@@ -389,28 +419,210 @@ void TestUndo::aStopLeavesTheRestForTheNextUndo()
         if (progress.done == 2)
             stop.request_stop();
     };
-    const UndoReport first = m_history->undo(m_fileSystem, {stopSoon, stop.get_token()});
+    const UndoReport first = undo({}, {stopSoon, stop.get_token()});
     QVERIFY(first.wasStopped);
     QVERIFY(first.failures.empty());
     QVERIFY(!first.undone.isEmpty() && !first.notDone.isEmpty());
-    QVERIFY(m_history->next().has_value());
-    QCOMPARE(m_history->next()->kind, kind);
-    QCOMPARE(m_history->next()->count, first.notDone.size());
+    QVERIFY(next().has_value());
+    QCOMPARE(next()->id, first.entry.id);
+    QCOMPARE(next()->fileCount - next()->undoneCount, first.notDone.size());
     QCOMPARE(first.undone.size() + first.notDone.size(), files.size());
 
     const UndoReport second = undo();
     QVERIFY(second.failures.empty());
     QCOMPARE(second.undone.size(), first.notDone.size());
     QCOMPARE(state(), before);
-    QVERIFY(!m_history->next());
+    QVERIFY(!next());
 }
 
 void TestUndo::nothingDoneIsNothingToUndo()
 {
-    m_history->addTransfer(TransferKind::Copy, {});
-    m_history->addDeletion({});
-    m_history->addRenames({});
-    QVERIFY(!m_history->next());
+    transfer(TransferKind::Copy, {}, in(u"to"_s));
+    trash({});
+    rename({});
+    QVERIFY(!next());
+    QCOMPARE(undo().entry.id, 0);
+    QCOMPARE(redo().entry.id, 0);
+}
+
+void TestUndo::repeatsWhatWasUndone_data()
+{
+    QTest::addColumn<QString>("what");
+    for (const char *what : {"copy", "move", "replacing copy", "replacing move", "trash", "rename", "swap", "folders"})
+        QTest::newRow(what) << QString::fromLatin1(what);
+}
+
+void TestUndo::repeatsWhatWasUndone()
+{
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    QFETCH(QString, what);
+    writeFile(in(u"a.mp3"_s), "a");
+    writeFile(in(u"b.mp3"_s), "b");
+    writeFile(in(u"cd/c.mp3"_s), "c");
+    writeFile(in(u"to/sub/x.mp3"_s), "x");
+    const QStringList files{in(u"a.mp3"_s), in(u"cd"_s)};
+    const bool isReplacing = what.startsWith(u"replacing"_s);
+    if (isReplacing)
+        writeFile(in(u"to/a.mp3"_s), "old");
+    QDir().mkpath(in(u"data"_s));
+    const auto state = [this] {
+        Snapshot all = snapshotOf(m_folder->path());
+        all.removeIf([](const auto &entry) { return entry.key().startsWith(u"data/"_s); });
+        return all;
+    };
+    const Snapshot before = state();
+    if (what.endsWith(u"copy"_s) || what.endsWith(u"move"_s))
+        transfer(what.endsWith(u"copy"_s) ? TransferKind::Copy : TransferKind::Move, files, in(u"to"_s),
+            isReplacing ? ClashAnswer::Replace : ClashAnswer::Skip);
+    else if (what == u"trash"_s)
+        trash(files);
+    else if (what == u"rename"_s)
+        rename({{u"a.mp3"_s, u"z.mp3"_s}, {u"cd"_s, u"CD"_s}});
+    else if (what == u"swap"_s)
+        rename({{u"a.mp3"_s, u"b.mp3"_s}, {u"b.mp3"_s, u"a.mp3"_s}});
+    else
+        rename({{u"a.mp3"_s, u"new/deep/a.mp3"_s}, {u"b.mp3"_s, u"new/b.mp3"_s}});
+    const Snapshot after = state();
+    QVERIFY(after != before);
+    for (int round = 0; round < 3; ++round) {
+        const UndoReport undone = undo();
+        QVERIFY(undone.failures.empty());
+        QCOMPARE(undone.undone.size(), 2);
+        QCOMPARE(state(), before);
+        QVERIFY(!next());
+        const UndoReport redone = redo();
+        QVERIFY(redone.failures.empty());
+        QCOMPARE(state(), after);
+        QVERIFY(next());
+        QCOMPARE(redo().entry.id, 0);
+    }
+}
+
+void TestUndo::repeatsNothingAfterALaterChange()
+{
+    writeFile(in(u"a.mp3"_s), "a");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s));
+    undo();
+    trash({in(u"a.mp3"_s)});
+    QCOMPARE(redo().entry.id, 0);
+    QVERIFY(!platform::isTaken(in(u"to/a.mp3"_s)));
+}
+
+void TestUndo::findsFilesWhereTheyAreNow()
+{
+    writeFile(in(u"cd/a.mp3"_s), "a");
+    rename({{u"cd/a.mp3"_s, u"cd/b.mp3"_s}});
+    const qint64 first = next()->id;
+    rename({{u"cd"_s, u"disc"_s}});
+    transfer(TransferKind::Move, {in(u"disc/b.mp3"_s)}, in(u"to"_s));
+    const UndoReport report = undo({.entry = first});
+    QVERIFY(report.later.empty()); // moved, not changed
+    QCOMPARE(report.undone, QStringList{in(u"disc/a.mp3"_s)});
+    QCOMPARE(readFile(in(u"disc/a.mp3"_s)), QByteArray("a"));
+}
+
+void TestUndo::anOlderOneWaitsForTheLater()
+{
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    writeFile(in(u"a.mp3"_s), "a");
+    const Snapshot before = snapshotOf(m_folder->path());
+    rename({{u"a.mp3"_s, u"b.mp3"_s}});
+    const qint64 first = next()->id;
+    trash({in(u"b.mp3"_s)});
+    const qint64 second = next()->id;
+    const UndoReport refused = undo({.entry = first});
+    QCOMPARE(refused.later.size(), std::size_t(1));
+    QCOMPARE(refused.later[0].id, second);
+    QVERIFY(refused.undone.isEmpty());
+    QVERIFY(!platform::isTaken(in(u"b.mp3"_s)));
+    const UndoReport both = undo({.entry = first, .withLater = true});
+    QVERIFY(both.failures.empty());
+    QCOMPARE(both.undone, (QStringList{in(u"b.mp3"_s), in(u"a.mp3"_s)}));
+    QCOMPARE(both.summary.doneCount, 2);
+    QVERIFY(platform::isTaken(in(u"a.mp3"_s)));
+    QVERIFY(!next());
+}
+
+void TestUndo::onlySomeFiles()
+{
+    for (const QString &name : {u"a.mp3"_s, u"b.mp3"_s, u"c.mp3"_s})
+        writeFile(in(name), name.toUtf8());
+    transfer(TransferKind::Move, {in(u"a.mp3"_s), in(u"b.mp3"_s), in(u"c.mp3"_s)}, in(u"to"_s));
+    const qint64 entry = next()->id;
+    const auto files = *m_history->files(entry);
+    QCOMPARE(undo({.entry = entry, .onlyFiles = {files[1].id}}).undone, QStringList{in(u"b.mp3"_s)});
+    QVERIFY(platform::isTaken(in(u"to/a.mp3"_s)));
+    QCOMPARE(undo().undone.size(), 2); // the others
+    QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
+}
+
+void TestUndo::aDryRunTouchesNothing()
+{
+    writeFile(in(u"a.mp3"_s), "a");
+    writeFile(in(u"b.mp3"_s), "b");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s), in(u"b.mp3"_s)}, in(u"to"_s));
+    writeFile(in(u"b.mp3"_s), "another");
+    const Snapshot before = snapshotOf(m_folder->path());
+    const UndoReport dry = undo({.isDryRun = true});
+    QCOMPARE(snapshotOf(m_folder->path()), before);
+    QCOMPARE(dry.undone, QStringList{in(u"a.mp3"_s)});
+    QCOMPARE(dry.failures.size(), std::size_t(1));
+    QCOMPARE(dry.failures[0].error.code, ErrorCode::AlreadyExists);
+    const UndoReport real = undo();
+    QCOMPARE(real.undone, dry.undone);
+    QCOMPARE(real.failures[0].path, dry.failures[0].path);
+    QCOMPARE(real.failures[0].error.code, dry.failures[0].error.code);
+    QCOMPARE(real.summary.failedCount, 1);
+}
+
+void TestUndo::foldersThatRenamesMade()
+{
+    writeFile(in(u"a.mp3"_s), "a");
+    writeFile(in(u"b.mp3"_s), "b");
+    rename({{u"a.mp3"_s, u"x/y/a.mp3"_s}, {u"b.mp3"_s, u"z/b.mp3"_s}});
+    writeFile(in(u"z/cover.jpg"_s), "of somebody else");
+    const UndoReport report = undo();
+    QVERIFY(report.failures.empty());
+    QCOMPARE(report.undone.size(), 2); // the folders are not counted
+    QVERIFY(!platform::isTaken(in(u"x"_s)));
+    QCOMPARE(readFile(in(u"z/cover.jpg"_s)), QByteArray("of somebody else"));
+}
+
+void TestUndo::playlists()
+{
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    const auto write = [this](const QStringList &rows) {
+        const history::Operation entry(m_history.get(), history::Kind::Playlist, in(u"to"_s));
+        QVERIFY(WritePlaylist(m_fileSystem, in(u"to/"_s), rows, {}, m_journal));
+    };
+    const QString list = in(u"to/lista.m3u"_s);
+    write({u"a.mp3"_s});
+    write({u"b.mp3"_s, u"c.mp3"_s});
+    QVERIFY(undo().failures.empty());
+    QCOMPARE(readFile(list), QByteArray("a.mp3\r\n"));
+    QVERIFY(undo().failures.empty());
+    QVERIFY(!platform::isTaken(list));
+    QCOMPARE(readFile(inTrash(u"lista.m3u"_s)), QByteArray("a.mp3\r\n"));
+    QVERIFY(redo().failures.empty());
+    QVERIFY(redo().failures.empty());
+    QCOMPARE(readFile(list), QByteArray("b.mp3\r\nc.mp3\r\n"));
+    writeFile(list, "edited");
+    QCOMPARE(undo().failures[0].error.code, ErrorCode::ChangedMeanwhile);
+    QCOMPARE(readFile(list), QByteArray("edited"));
+}
+
+void TestUndo::anotherRunUndoesTheLast()
+{
+    writeFile(in(u"a.mp3"_s), "a");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s));
+    m_history = std::make_unique<history::History>(
+        m_fileSystem, QDir::toNativeSeparators(m_database->filePath(u"history.sqlite"_s)));
+    m_journal = m_history.get();
+    QCOMPARE(undo().undone, QStringList{in(u"a.mp3"_s)});
+    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
 }
 
 QTEST_GUILESS_MAIN(TestUndo)
