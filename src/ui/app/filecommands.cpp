@@ -8,6 +8,7 @@
 #include "core/platform/path.h"
 #include "ui/app/listcontroller.h"
 #include "ui/app/statuspanels.h"
+#include "ui/controls/busy.h"
 #include "ui/controls/outcomebox.h"
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
@@ -258,14 +259,26 @@ void FileCommands::deletePlaylists()
 
 void FileCommands::undo()
 {
-    history::History &history = m_parts.program.history;
-    const auto next = history.nextUndo();
-    if (!next || !*next)
+    if (m_parts.busy.isRunning())
         return;
-    const auto files = history.files((*next)->id);
+    const auto next = m_parts.program.history.nextUndo();
+    if (next && *next)
+        takeBack((*next)->id, {});
+}
+
+void FileCommands::undoEntry(qint64 entry, const std::set<qint64> &files, bool withLater)
+{
+    if (!m_parts.busy.isRunning())
+        takeBack(entry, {.entry = entry, .onlyFiles = files, .withLater = withLater});
+}
+
+/// entry: the one that the request is about.
+void FileCommands::takeBack(qint64 entry, const UndoRequest &request)
+{
+    const auto files = m_parts.program.history.files(entry);
     const QString former = files && !files->empty() ? files->front().path : QString();
     const bool wasAway = !isFolder(former);
-    std::ignore = m_operations.undo();
+    std::ignore = m_operations.undo(request);
     if (m_dialogs.takeHasWorked()) {
         const bool isBack = isFolder(former) && (wasAway || !isFolder(m_parts.tree.path()));
         showChanges(isBack ? former : QString());

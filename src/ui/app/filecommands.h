@@ -9,6 +9,7 @@
 #include <QObject>
 
 #include <functional>
+#include <set>
 
 namespace ravlin {
 
@@ -47,6 +48,8 @@ public:
     void playSelection();
     void deletePlaylists();
     void undo();
+    /// Takes back an entry of the history, or only these files of it; with what was done later to them.
+    void undoEntry(qint64 entry, const std::set<qint64> &files, bool withLater);
 
 Q_SIGNALS:
     /// A command has ended: files may have changed, and so may the operation that undo() takes back.
@@ -66,6 +69,7 @@ private:
     QString askDestination(const QString &title);
     void remove(const QString &source);
     void rename(const RenameRow &wanted, ClashAnswer answer);
+    void takeBack(qint64 entry, const UndoRequest &request);
     void showChanges(const QString &otherFolder = {});
     void tellLeftOut(const QString &folder) const;
 

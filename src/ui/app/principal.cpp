@@ -201,6 +201,8 @@ void principal::connectParts()
         [this](const history::Summary &summary) { m_notice->showSummary(summary); });
     connect(m_fileCommands, &FileCommands::takenBack, m_notice,
         [this](const history::Summary &summary) { m_notice->showSummary(summary, SummaryOf::Undo); });
+    connect(m_fileCommands, &FileCommands::takenBack, m_dialogs, &ProgramDialogs::tellTakenBack);
+    connect(m_dialogs, &ProgramDialogs::undoRequested, m_fileCommands, &FileCommands::undoEntry);
     connect(m_notice, &aviso::undoRequested, m_fileCommands, &FileCommands::undo);
     connect(m_options, &QAction::triggered, m_dialogs, &ProgramDialogs::openOptions);
     connect(m_info, &QAction::triggered, m_dialogs, &ProgramDialogs::openAbout);

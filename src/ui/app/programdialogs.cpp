@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/programdialogs.h"
 
+#include "core/app/notice.h"
 #include "core/app/pageowner.h"
 #include "ui/app/opciones.h"
 #include "ui/files/filelist.h"
@@ -94,6 +95,12 @@ void ProgramDialogs::refreshHistory()
 {
     if (m_history)
         m_history->refresh();
+}
+
+void ProgramDialogs::tellTakenBack(const history::Summary &summary)
+{
+    if (m_history)
+        m_history->showOutcome(noticeText(m_parts.program.captions, summary, SummaryOf::Undo));
 }
 
 void ProgramDialogs::openLookup()

@@ -36,8 +36,9 @@ public:
     void openLookup();
 
     /// Opens the about box's addresses; the system at first.
-    /// Makes the window of the history show what has changed meanwhile, if it is open.
+    /// Makes the window of the history show what has changed meanwhile, if it is open; and tell what an undo came to.
     void refreshHistory();
+    void tellTakenBack(const history::Summary &summary);
 
     void setOpenAddress(frmAbout::OpenAddress open) { m_openAddress = std::move(open); }
 

@@ -216,7 +216,7 @@ void historial::showEntries(Result<std::vector<history::Entry>> entries)
         m_state->setText(m_captions.text(Text::HistoryUnreadable).arg(m_captions.errorText(entries.error().code)));
     else
         m_state->setText(
-            !entries->empty() ? QString() : m_captions.text(isFiltered ? Text::HistoryNoMatch : Text::HistoryEmpty));
+            !entries->empty() ? m_outcome : m_captions.text(isFiltered ? Text::HistoryNoMatch : Text::HistoryEmpty));
     if (!isFiltered)
         fillFolders();
     m_shownEntry = 0;
@@ -298,6 +298,7 @@ void historial::undo(const std::set<qint64> &files)
     const history::Entry *entry = m_entryModel->entryAt(m_entries->currentIndex());
     if (entry == nullptr)
         return;
+    showOutcome({});
     m_reader.readLater(
         entry->id, files, [this, files, id = entry->id](const Result<std::vector<history::Entry>> &later) {
             if (!later)
@@ -343,6 +344,7 @@ void historial::askForLater(qint64 entry, const std::set<qint64> &files, const s
 
 void historial::showOutcome(const QString &text)
 {
+    m_outcome = text;
     m_state->setText(text);
 }
 

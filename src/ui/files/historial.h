@@ -77,6 +77,7 @@ private:
     QPushButton *m_close = nullptr;
     QTimer *m_typing; ///< runs while the user may still be typing
     qint64 m_shownEntry = 0;
+    QString m_outcome; ///< of the last undo
     bool m_isFilling = false;
 };
 

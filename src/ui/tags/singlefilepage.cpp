@@ -6,6 +6,7 @@
 #include "core/app/notice.h"
 #include "core/app/pageowner.h"
 #include "core/naming/lostfields.h"
+#include "core/tags/store/removalsize.h"
 #include "core/tags/store/tageditor.h"
 #include "core/tags/store/tagstore.h"
 #include "ui/controls/conversionbox.h"
@@ -31,6 +32,8 @@
 namespace ravlin {
 
 namespace {
+
+constexpr qsizetype FewFiles = 50; ///< whose headers are read faster than anybody notices
 
 /// What the removal of a tag takes with it.
 QString whatGoes(const Captions &captions, qsizetype count, Caption removal)
@@ -418,11 +421,32 @@ void SingleFilePage::step(qsizetype rows)
     m_artist->setFocus();
 }
 
+/// What the history would take to keep these files' ID3v2 tags, if that is more than the options allow.
+QStringList SingleFilePage::aboveLimit(const QStringList &paths)
+{
+    const qint64 allowed = m_context.state.options.historyMegabytes * 1024LL * 1024;
+    qint64 needed = 0;
+    const auto measure = [&](const ProgressReport &) { needed = removalSize(m_context.fileSystem, paths, allowed); };
+    if (paths.size() <= FewFiles)
+        measure({});
+    else if (!m_context.owner.runWithProgress(paths.size(), measure))
+        return {};
+    if (needed <= allowed)
+        return {};
+    const QLocale locale = m_context.captions.locale();
+    return {m_context.captions.text(Text::AskHistoryLimit)
+                .arg(locale.formattedDataSize(needed, 0), locale.formattedDataSize(allowed, 0)),
+        m_context.captions.text(Text::HistoryLimitFurther)};
+}
+
 void SingleFilePage::removeTag(Caption caption, Result<void> (TagStore::*remove)(const QString &))
 {
     const QStringList paths = m_context.owner.selectedPaths();
     const Captions &captions = m_context.captions;
-    if (!m_context.owner.ask(captions.text(caption) + u'?', whatGoes(captions, paths.size(), caption)))
+    QStringList meaning{whatGoes(captions, paths.size(), caption)};
+    if (caption == Caption::RemoveV2)
+        meaning << aboveLimit(paths);
+    if (!m_context.owner.ask(captions.text(caption) + u'?', meaning.join(u'\n')))
         return;
     TagStore &store = m_context.tagStore;
     BatchOutcome outcome;

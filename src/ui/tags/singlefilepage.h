@@ -72,6 +72,7 @@ private:
 
     void save();
     void step(qsizetype rows);
+    QStringList aboveLimit(const QStringList &paths);
     void removeTag(Caption caption, Result<void> (TagStore::*remove)(const QString &));
     void listAgain();
     void showHint();

@@ -266,6 +266,20 @@ private Q_SLOTS:
         QVERIFY(!m_isWithLater);
     }
 
+    void whatAnUndoCameToStaysUntilTheNext()
+    {
+        record(music(), {u"a.mp3"_s}, u"one"_s);
+        open();
+        QTRY_VERIFY_WITH_TIMEOUT(showsFiles({u"a.mp3"_s}), PatientWait);
+        m_window->showOutcome(u"1 failed"_s);
+        const qint64 second = record(music(), {u"b.mp3"_s}, u"two"_s);
+        m_window->refresh();
+        QTRY_COMPARE_WITH_TIMEOUT(ids().front(), second, PatientWait);
+        QCOMPARE(state(), u"1 failed"_s);
+        button(u"deshacer"_s)->click();
+        QCOMPARE(state(), QString());
+    }
+
     void withoutAHistoryItSaysSo()
     {
         open();

@@ -389,6 +389,22 @@ private Q_SLOTS:
         QVERIFY(!isEnabled("eliminav2"));
     }
 
+    void aRecordAboveTheLimitIsToldBeforehand()
+    {
+        addFile(u"1.mp3"_s, id3v2(3, pictureFrame(3, 3 << 20)) + audio());
+        clickRow(0);
+        m_owner.answer = false;
+        m_state.options.historyMegabytes = 3;
+        press("eliminav2");
+        QCOMPARE(m_owner.askedFurther,
+            u"1 file; pictures, lyrics and ratings in it go too\nto be able to take this change back, about 3 MiB have "
+            u"to be recorded; the options allow 3 MiB. go on?\nall older changes are forgotten then"_s);
+        m_state.options.historyMegabytes = 4;
+        press("eliminav2");
+        QCOMPARE(m_owner.askedFurther, u"1 file; pictures, lyrics and ratings in it go too"_s);
+        QCOMPARE(readFile(m_owner.rows.at(0)).size(), id3v2(3, pictureFrame(3, 3 << 20)).size() + audio().size());
+    }
+
     void aReadOnlyFileIsNotStrippedAndTheOthersAre()
     {
         const QByteArray content = tagged(u"x"_s) + id3v1({.title = "x"});
