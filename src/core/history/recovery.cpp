@@ -184,6 +184,24 @@ Result<Finding> finishContent(platform::FileSystem &fileSystem, const PendingCha
     return rollBack(**file, pending).map([](bool done) { return done ? Finding::RolledBack : Finding::Foreign; });
 }
 
+/// Takes interrupted rings of renames back as a whole. The first of a ring is aside; of the others, recorded behind it,
+/// the last one recorded was renamed first.
+void takeRingsBack(platform::FileSystem &fileSystem, const std::vector<PendingChange> &pending)
+{
+    bool isRing = false;
+    for (const PendingChange &one : pending) {
+        const FileRecord &record = one.change.record;
+        if (!one.aside.isEmpty()) {
+            isRing = platform::isTaken(one.aside);
+            continue;
+        }
+        const auto node = isRing ? platform::nodeAt(record.newPath) : tl::unexpected(Error());
+        const bool isMoved = node && node->info.inode == one.change.identity.inode;
+        if (isMoved && record.change == ChangeKind::Move) // one whose former name is taken stays
+            std::ignore = fileSystem.renameNew(record.newPath, record.path);
+    }
+}
+
 /// What became of a change that gives paths rather than content.
 Result<Finding> finishPlacing(platform::FileSystem &fileSystem, const PendingChange &pending, platform::FileInfo &after)
 {
@@ -235,6 +253,7 @@ void History::recover(Store &store, const QString &run, Recovery &recovery)
     if (!rows)
         return;
     bool isAllDone = true;
+    takeRingsBack(m_fileSystem, *rows);
     for (const PendingChange &pending : *rows) {
         storage::ChangeDone done;
         const bool isContent = pending.change.record.change == ChangeKind::Content;

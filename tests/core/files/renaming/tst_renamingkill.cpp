@@ -5,7 +5,11 @@
 #include "core/files/list/currentfolder.h"
 #include "core/files/renaming/renamefromtags.h"
 #include "core/files/renaming/renamingcase.h"
+#include "core/history/history.h"
 #include "core/storage/saferename.h"
+
+#include "support/faultyfilesystem.h"
+#include "support/filetree.h"
 
 #include <QtTest>
 
@@ -50,6 +54,8 @@ class TestRenamingKill : public QObject
 
 private Q_SLOTS:
     void noFileIsLostOrHidden();
+    void aRingGoesBackAsAWhole_data();
+    void aRingGoesBackAsAWhole();
 };
 
 void TestRenamingKill::noFileIsLostOrHidden()
@@ -124,6 +130,45 @@ void TestRenamingKill::noFileIsLostOrHidden()
     qInfo("%d kills: %d with the files elsewhere than before, %d with one under a name for the time being", Kills,
         moved, interrupted);
     QVERIFY(moved > 0);
+}
+
+void TestRenamingKill::aRingGoesBackAsAWhole_data()
+{
+    QTest::addColumn<int>("renames");
+    for (int renames = 0; renames <= 4; ++renames)
+        QTest::addRow("killed after %d renames", renames) << renames;
+}
+
+/// Whatever is done next finishes it, without a look into the folder.
+void TestRenamingKill::aRingGoesBackAsAWhole()
+{
+    QFETCH(int, renames);
+    const QTemporaryDir folder;
+    const QString database = folder.filePath(u"history.sqlite"_s);
+    std::vector<RenameRow> rows;
+    for (int i = 0; i < 4; ++i) {
+        const auto name = [&](int number) { return folder.filePath(u"songs/%1.mp3"_s.arg(number)); };
+        test::writeFile(name(i), QByteArray::number(i));
+        rows.push_back({.from = name(i), .wanted = name((i + 1) % 4)});
+    }
+    const Snapshot before = snapshotOf(folder.filePath(u"songs"_s));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        FaultyFileSystem dying;
+        dying.setPlan({.fault = Fault::Die, .at = renames, .only = Call::Rename});
+        history::History history(platform::FileSystem::native(), database);
+        history.beginEntry(history::Kind::Rename, folder.path());
+        runRenaming(dying, RenamingPlan(dying, std::move(rows)), {}, &history);
+        ::_exit(0); // four renames and the one aside: the last one is never reached
+    }
+    int status = 0;
+    QCOMPARE(::waitpid(child, &status, 0), child);
+    QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == FaultyFileSystem::DeathStatus);
+    history::History history(platform::FileSystem::native(), database);
+    const history::Recovery recovery = history.recover();
+    QVERIFY(recovery.left.empty());
+    QCOMPARE(snapshotOf(folder.filePath(u"songs"_s)), before);
+    QVERIFY(!*history.nextUndo());
 }
 
 QTEST_GUILESS_MAIN(TestRenamingKill)
