@@ -142,6 +142,8 @@ public:
     QString act()
     {
         m_songs = m_collection.songs();
+        if (m_songs.size() < 3 || m_collection.folders().isEmpty())
+            return u"nothing, for hardly anything is left"_s;
         m_state.tagSaveMode = 1 + below(5);
         switch (below(9)) {
         case 0:
