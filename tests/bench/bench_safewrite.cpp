@@ -197,8 +197,8 @@ void syncFolder(benchmark::State &state)
     for (auto _ : state) {
         state.PauseTiming();
         const QString made = folder + QStringLiteral("/made");
-        static_cast<void>(test::createNew(made));
-        static_cast<void>(test::replaceFile(made, file.path()));
+        static_cast<void>(ravlin::test::createNew(made));
+        static_cast<void>(ravlin::test::replaceFile(made, file.path()));
         const auto held = native.openFolder(folder);
         state.ResumeTiming();
         benchmark::DoNotOptimize((*held)->sync());
