@@ -36,7 +36,10 @@ aviso::aviso(const Captions &captions, QWidget *parent) : QFrame(parent), m_capt
     }
     m_close->setToolButtonStyle(Qt::ToolButtonIconOnly);
     connect(m_details, &QToolButton::clicked, this, &aviso::detailsRequested);
-    connect(m_undo, &QToolButton::clicked, this, &aviso::undoRequested);
+    connect(m_undo, &QToolButton::clicked, this, [this] {
+        if (m_summary)
+            Q_EMIT undoRequested(m_summary->entry.id);
+    });
     connect(m_putBack, &QToolButton::clicked, this, &aviso::putBackRequested);
     connect(m_choose, &QToolButton::clicked, this, &aviso::chooseRequested);
     connect(m_close, &QToolButton::clicked, this, [this] {
@@ -79,12 +82,6 @@ void aviso::showOffer(bool isOffered)
     refresh();
 }
 
-void aviso::setUndoable(bool isUndoable)
-{
-    m_isUndoable = isUndoable;
-    refresh();
-}
-
 QString aviso::text() const
 {
     QStringList parts;
@@ -106,7 +103,8 @@ void aviso::refresh()
     if (accessibleName() != now)
         setAccessibleName(now); // tells assistive tools that the name has changed
     m_details->setVisible(m_summary.has_value());
-    m_undo->setVisible(m_isUndoable && m_summary && m_summary->doneCount > 0);
+    m_undo->setVisible(
+        m_summary && m_summaryOf == SummaryOf::Change && m_summary->entry.id != 0 && !m_summary->problem);
     m_putBack->setVisible(!m_unsaved.isEmpty());
     m_choose->setVisible(m_isOffered);
     setVisible(!now.isEmpty());

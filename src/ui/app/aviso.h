@@ -38,15 +38,13 @@ public:
     void showUnsaved(const QString &path);
     /// Offers the protections.
     void showOffer(bool isOffered);
-    /// Whether the button that takes the operation back has something to take back.
-    void setUndoable(bool isUndoable);
     void applyCaptions();
 
     QString text() const;
 
 Q_SIGNALS:
     void detailsRequested();
-    void undoRequested();
+    void undoRequested(qint64 entry);
     void putBackRequested();
     void chooseRequested();
     /// The user has closed it: what it offered is declined.
@@ -65,7 +63,6 @@ private:
     std::optional<history::Recovery> m_recovery;
     QString m_unsaved;
     bool m_isOffered = false;
-    bool m_isUndoable = false;
     ElidedLabel *m_label = nullptr;
     QToolButton *m_details = nullptr;
     QToolButton *m_undo = nullptr;

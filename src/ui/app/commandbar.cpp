@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/commandbar.h"
 
+#include "core/app/notice.h"
 #include "ui/app/filecommands.h"
 #include "ui/app/listcontroller.h"
 #include "ui/app/programdialogs.h"
@@ -9,6 +10,7 @@
 #include "ui/files/filelist.h"
 #include "ui/files/foldertree.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QMenu>
 #include <QToolButton>
@@ -37,6 +39,32 @@ ToolbarCommand withKey(Caption caption, const char *icon, const QKeySequence &ke
     return {caption, QLatin1String(icon), key};
 }
 
+Text undoText(history::Kind kind)
+{
+    switch (kind) {
+    case history::Kind::Single:
+    case history::Kind::Multi:
+    case history::Kind::Extract:
+    case history::Kind::Lookup:
+        return Text::CommandUndoTags;
+    case history::Kind::RemoveTags:
+        return Text::CommandUndoRemoveTags;
+    case history::Kind::Rename:
+    case history::Kind::RenameFolder:
+        return Text::CommandUndoRename;
+    case history::Kind::Copy:
+        return Text::CommandUndoCopy;
+    case history::Kind::Move:
+        return Text::CommandUndoMove;
+    case history::Kind::Trash:
+    case history::Kind::Delete:
+        return Text::CommandUndoDelete;
+    case history::Kind::Playlist:
+        return Text::CommandUndoPlaylist;
+    }
+    return Text::CommandUndo;
+}
+
 } // namespace
 
 CommandBar::CommandBar(const WindowParts &parts, FileCommands &files, ProgramDialogs &dialogs)
@@ -48,6 +76,7 @@ CommandBar::CommandBar(const WindowParts &parts, FileCommands &files, ProgramDia
     addFilesButton(files);
     addSelectionButton();
     addPatternsButton(dialogs);
+    addUndoButton(files);
     addFurtherActions(files, dialogs);
     connectKeys(files);
     makeMenus();
@@ -134,16 +163,32 @@ void CommandBar::addPatternsButton(ProgramDialogs &dialogs)
     connect(m_patterns, &QAction::triggered, &dialogs, &ProgramDialogs::openPatterns);
 }
 
+/// A click takes back one entry of the history, the menu holds the last ones.
+void CommandBar::addUndoButton(FileCommands &files)
+{
+    m_undo = m_parts.toolbar.addEndButton(
+        QStringLiteral("undo"), {Text::CommandUndo, QStringLiteral("undo-2"), QKeySequence(QKeySequence::Undo)});
+    m_undo->setObjectName(QStringLiteral("undo"));
+    connect(m_undo, &QAction::triggered, &files, &FileCommands::undo);
+    QToolButton *button = m_parts.toolbar.buttons().back();
+    m_undoMenu = new QMenu(button);
+    m_undoMenu->setObjectName(QStringLiteral("undoMenu"));
+    button->setMenu(m_undoMenu);
+    button->setPopupMode(QToolButton::MenuButtonPopup);
+    connect(m_undoMenu, &QMenu::aboutToShow, this, [this, &files] { fillUndoMenu(files); });
+}
+
 /// Commands without a button.
 void CommandBar::addFurtherActions(FileCommands &files, ProgramDialogs &dialogs)
 {
-    m_undo = furtherAction(QStringLiteral("undo"), QStringLiteral("undo-2"), QKeySequence::Undo);
+    m_redo =
+        furtherAction(QStringLiteral("redo"), QStringLiteral("redo-2"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
     m_history = furtherAction(QStringLiteral("history"), QStringLiteral("history"), QKeySequence(Qt::CTRL | Qt::Key_H));
     m_listTree = furtherAction(QStringLiteral("listTree"), QStringLiteral("folder-tree"), Qt::Key_F2);
     m_refreshTree = furtherAction(QStringLiteral("refreshTree"), QStringLiteral("refresh-cw"), Qt::Key_F5);
     for (QAction *ofTheTree : {m_listTree, m_refreshTree})
         ofTheTree->setShortcutContext(Qt::WidgetShortcut); // the tree handles these keys
-    connect(m_undo, &QAction::triggered, &files, &FileCommands::undo);
+    connect(m_redo, &QAction::triggered, &files, &FileCommands::redo);
     connect(m_history, &QAction::triggered, &dialogs, &ProgramDialogs::openHistory);
     connect(m_listTree, &QAction::triggered, &m_parts.lister, &ListController::ListFolderTree);
     connect(m_refreshTree, &QAction::triggered, &m_parts.tree, &FolderTree::refreshAsAsked);
@@ -178,7 +223,7 @@ void CommandBar::makeMenus()
     m_listMenu->addSeparator();
     m_listMenu->addActions({m_moveFiles, m_copyFiles, m_deleteFiles});
     m_listMenu->addSeparator();
-    m_listMenu->addActions({m_undo, m_history});
+    m_listMenu->addActions({m_undo, m_redo, m_history});
     m_listMenu->addSeparator();
     m_listMenu->addActions({m_selectAll, m_selectNone});
     m_listMenu->addSeparator();
@@ -188,7 +233,7 @@ void CommandBar::makeMenus()
     m_treeMenu->addSeparator();
     m_treeMenu->addActions({m_renameFolder, m_moveFolder, m_copyFolder, m_deleteFolder, m_deletePlaylists});
     m_treeMenu->addSeparator();
-    m_treeMenu->addActions({m_undo, m_history});
+    m_treeMenu->addActions({m_undo, m_redo, m_history});
 
     connect(&m_parts.list, &FileList::menuRequested, m_listMenu, [this](const QPoint &at) { m_listMenu->popup(at); });
     m_parts.tree.setContextMenuPolicy(Qt::CustomContextMenu);
@@ -220,6 +265,8 @@ void CommandBar::updateEnabling()
     for (QAction *action : {m_renameFolder, m_moveFolder, m_copyFolder, m_deleteFolder})
         action->setEnabled(canChangeFolder);
     m_undo->setEnabled(nextUndo().has_value());
+    m_redo->setEnabled(
+        !m_parts.busy.isRunning() && m_parts.program.history.nextRedo().value_or(std::nullopt).has_value());
     applyCaptions();
 }
 
@@ -238,35 +285,40 @@ std::optional<history::Entry> CommandBar::nextUndo() const
     return m_parts.program.history.nextUndo().value_or(std::nullopt);
 }
 
-Text CommandBar::undoText() const
+void CommandBar::fillUndoMenu(FileCommands &files)
 {
-    const std::optional<history::Entry> next = nextUndo();
-    if (!next)
-        return Text::CommandUndo;
-    switch (next->kind) {
-    case history::Kind::Copy:
-        return Text::CommandUndoCopy;
-    case history::Kind::Move:
-        return Text::CommandUndoMove;
-    case history::Kind::Trash:
-    case history::Kind::Delete:
-        return Text::CommandUndoDelete;
-    case history::Kind::Rename:
-    case history::Kind::RenameFolder:
-        return Text::CommandUndoRename;
-    default:
-        return Text::CommandUndo;
+    constexpr qsizetype MostEntries = 10;
+    constexpr qsizetype MostLookedAt = 100; // some of them may be undone
+    m_undoMenu->clear();
+    if (m_parts.busy.isRunning())
+        return;
+    const Captions &captions = m_parts.program.captions;
+    for (const history::Entry &entry :
+        m_parts.program.history.entries({.limit = MostLookedAt}).value_or(std::vector<history::Entry>())) {
+        if (entry.undoneCount >= entry.fileCount)
+            continue;
+        const QString time =
+            captions.locale().toString(QDateTime::fromMSecsSinceEpoch(entry.time), QLocale::ShortFormat);
+        const QString text = captions.text(Text::CommandUndoEntry)
+                                 .arg(time, captions.text(undoText(entry.kind)),
+                                     fileCountText(captions, entry.fileCount - entry.undoneCount));
+        QAction *action = m_undoMenu->addAction(text);
+        connect(action, &QAction::triggered, &files, [&files, id = entry.id] { files.undoEntry(id); });
+        if (m_undoMenu->actions().size() == MostEntries)
+            return;
     }
 }
 
 void CommandBar::applyCaptions()
 {
     const Captions &captions = m_parts.program.captions;
-    m_undo->setText(captions.text(undoText()));
+    const std::optional<history::Entry> next = nextUndo();
+    m_undo->setText(captions.text(next ? undoText(next->kind) : Text::CommandUndo));
+    m_redo->setText(captions.text(Text::CommandRedo));
     m_history->setText(captions.text(Text::TitleHistory));
     m_listTree->setText(captions.text(Text::CommandListTree));
     m_refreshTree->setText(captions.text(Text::CommandRefresh));
-    for (QAction *action : {m_undo, m_history, m_listTree, m_refreshTree})
+    for (QAction *action : {m_undo, m_redo, m_history, m_listTree, m_refreshTree})
         action->setToolTip(tooltipOf(action->text(), action->shortcut()));
 }
 

@@ -43,7 +43,8 @@ private:
     void updateEnabling();
     void updatePlaylists();
     std::optional<history::Entry> nextUndo() const;
-    Text undoText() const;
+    void addUndoButton(FileCommands &files);
+    void fillUndoMenu(FileCommands &files);
 
     WindowParts m_parts;
     QAction *m_lookup = nullptr;
@@ -65,6 +66,8 @@ private:
     QAction *m_patterns = nullptr;
     QAction *m_undo = nullptr;
     QAction *m_history = nullptr;
+    QAction *m_redo = nullptr;
+    QMenu *m_undoMenu = nullptr;
     QAction *m_listTree = nullptr;
     QAction *m_refreshTree = nullptr;
     QMenu *m_listMenu;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/app/filecommands.h"
 
+#include "core/app/historytexts.h"
+#include "core/app/notice.h"
 #include "core/app/pageowner.h"
 #include "core/files/list/listcolumns.h"
 #include "core/files/renaming/renaming.h"
@@ -49,7 +51,9 @@ FileCommands::FileCommands(const WindowParts &parts, LastTag lastTag)
       })
 {
     m_dialogs.setRecorded([this](const history::Summary &summary, bool isTakenBack) {
-        if (isTakenBack)
+        if (m_isRepeating)
+            Q_EMIT repeated(summary);
+        else if (isTakenBack)
             Q_EMIT takenBack(summary);
         else
             Q_EMIT recorded(summary);
@@ -260,7 +264,7 @@ void FileCommands::deletePlaylists()
 void FileCommands::undo()
 {
     if (m_parts.busy.isRunning())
-        return;
+        return; // the history belongs to that work's thread
     const auto next = m_parts.program.history.nextUndo();
     if (next && *next)
         takeBack((*next)->id, {});
@@ -273,16 +277,49 @@ void FileCommands::undoEntry(qint64 entry, const std::set<qint64> &files, bool w
 }
 
 /// entry: the one that the request is about.
-void FileCommands::takeBack(qint64 entry, const UndoRequest &request)
+void FileCommands::takeBack(qint64 entry, UndoRequest request)
 {
     const auto files = m_parts.program.history.files(entry);
     const QString former = files && !files->empty() ? files->front().path : QString();
     const bool wasAway = !isFolder(former);
-    std::ignore = m_operations.undo(request);
+    UndoReport report;
+    std::ignore = m_operations.undo(request, &report);
+    if (!report.later.empty() && agreesToUndo(report.later)) {
+        request.withLater = true;
+        std::ignore = m_operations.undo(request, &report);
+    }
     if (m_dialogs.takeHasWorked()) {
         const bool isBack = isFolder(former) && (wasAway || !isFolder(m_parts.tree.path()));
         showChanges(isBack ? former : QString());
     }
+    Q_EMIT ended();
+}
+
+bool FileCommands::agreesToUndo(const std::vector<history::Entry> &later) const
+{
+    constexpr std::size_t MostNamed = 10;
+    const Captions &captions = m_parts.program.captions;
+    QStringList names;
+    for (const history::Entry &entry : later) {
+        if (names.size() == MostNamed) {
+            names << captions.text(Text::AndMore).arg(later.size() - MostNamed);
+            break;
+        }
+        names << QStringLiteral("%1 (%2)").arg(
+            kindText(captions, entry.kind), fileCountText(captions, entry.fileCount));
+    }
+    return m_parts.owner.ask(captions.text(Text::AskUndoLater), names.join(u'\n'));
+}
+
+void FileCommands::redo()
+{
+    if (m_parts.busy.isRunning())
+        return;
+    m_isRepeating = true;
+    std::ignore = m_operations.redo();
+    m_isRepeating = false;
+    if (m_dialogs.takeHasWorked())
+        showChanges();
     Q_EMIT ended();
 }
 

@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <set>
+#include <vector>
 
 namespace ravlin {
 
@@ -47,9 +48,13 @@ public:
     void writePlaylist();
     void playSelection();
     void deletePlaylists();
+    /// Takes back the newest entry of the history.
     void undo();
-    /// Takes back an entry of the history, or only these files of it; with what was done later to them.
-    void undoEntry(qint64 entry, const std::set<qint64> &files, bool withLater);
+    /// Takes back an entry of the history, or only these files of it; with what was done later to them. Asks first if
+    /// later entries changed the same files and withLater does not say that they are to go, too.
+    void undoEntry(qint64 entry, const std::set<qint64> &files = {}, bool withLater = false);
+    /// Repeats what was taken back last.
+    void redo();
 
 Q_SIGNALS:
     /// A command has ended: files may have changed, and so may the operation that undo() takes back.
@@ -58,6 +63,7 @@ Q_SIGNALS:
     void recorded(const history::Summary &summary);
     /// The same of what was taken back.
     void takenBack(const history::Summary &summary);
+    void repeated(const history::Summary &summary);
 
 private:
     using Transfer = int (clsFileFunc::*)(const QString &, const QString &, bool, int);
@@ -68,13 +74,15 @@ private:
     void transfer(Transfer operation, Caption caption, const std::function<QString()> &sources);
     QString askDestination(const QString &title);
     void remove(const QString &source);
+    bool agreesToUndo(const std::vector<history::Entry> &later) const;
     void rename(const RenameRow &wanted, ClashAnswer answer);
-    void takeBack(qint64 entry, const UndoRequest &request);
+    void takeBack(qint64 entry, UndoRequest request);
     void showChanges(const QString &otherFolder = {});
     void tellLeftOut(const QString &folder) const;
 
     WindowParts m_parts;
     OperationDialogs m_dialogs;
+    bool m_isRepeating = false;
     FileOperations m_operations;
     clsFileFunc m_files;
     LastTag m_lastTag;

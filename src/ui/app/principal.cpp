@@ -202,8 +202,11 @@ void principal::connectParts()
     connect(m_fileCommands, &FileCommands::takenBack, m_notice,
         [this](const history::Summary &summary) { m_notice->showSummary(summary, SummaryOf::Undo); });
     connect(m_fileCommands, &FileCommands::takenBack, m_dialogs, &ProgramDialogs::tellTakenBack);
+    connect(m_fileCommands, &FileCommands::repeated, m_notice,
+        [this](const history::Summary &summary) { m_notice->showSummary(summary, SummaryOf::Redo); });
     connect(m_dialogs, &ProgramDialogs::undoRequested, m_fileCommands, &FileCommands::undoEntry);
-    connect(m_notice, &aviso::undoRequested, m_fileCommands, &FileCommands::undo);
+    connect(
+        m_notice, &aviso::undoRequested, m_fileCommands, [this](qint64 entry) { m_fileCommands->undoEntry(entry); });
     connect(m_options, &QAction::triggered, m_dialogs, &ProgramDialogs::openOptions);
     connect(m_info, &QAction::triggered, m_dialogs, &ProgramDialogs::openAbout);
     connect(m_dialogs, &ProgramDialogs::optionsClosed, this, &principal::applyOptions);

@@ -28,7 +28,7 @@
 namespace ravlin::test {
 
 /// The real main window over a folder of real files, with its own settings, and short names for its controls. Each test
-/// begins with init(): empty settings and an empty folder.
+/// begins with init(): empty settings, an empty history and an empty folder.
 class PrincipalFixture : public QObject
 {
 protected:
@@ -40,7 +40,7 @@ protected:
     {
         closeWindow();
         QFile::remove(Settings::defaultPath());
-        QFile::remove(history::History::defaultPath());
+        QDir(QFileInfo(history::History::defaultPath()).path()).removeRecursively();
         m_folder = std::make_unique<QTemporaryDir>();
     }
     /// Fills the settings file before the program starts.

@@ -128,6 +128,80 @@ private Q_SLOTS:
         QVERIFY2(!bar()->isVisible(), qPrintable(bar()->text()));
     }
 
+    void aSaveIsTakenBackAndRepeatedAlsoAfterARestart()
+    {
+        const QByteArray before = readFile(at(u"a.mp3"_s));
+        clickRow(0);
+        title()->setText(u"a longer title"_s);
+        press(u"edita"_s);
+        const QByteArray after = readFile(at(u"a.mp3"_s));
+        QVERIFY(after != before);
+        QVERIFY(isOffered(u"aviso_deshacer"_s));
+        press(u"aviso_deshacer"_s);
+        QCOMPARE(readFile(at(u"a.mp3"_s)), before);
+        QCOMPARE(bar()->text(), u"1 change taken back"_s);
+        QVERIFY(!isOffered(u"aviso_deshacer"_s));
+        QCOMPARE(cell(0, 2), u"A"_s); // the list shows it
+        control<QAction>(u"redo"_s)->trigger();
+        QCOMPARE(readFile(at(u"a.mp3"_s)), after);
+        QCOMPARE(bar()->text(), u"1 change made again"_s);
+        startAgain();
+        QCOMPARE(control<QAction>(u"undo"_s)->text(), u"undo writing tags"_s);
+        control<QAction>(u"undo"_s)->trigger();
+        QCOMPARE(readFile(at(u"a.mp3"_s)), before);
+        QVERIFY(!control<QAction>(u"undo"_s)->isEnabled());
+        QVERIFY(control<QAction>(u"redo"_s)->isEnabled());
+    }
+
+    void theMenuHoldsTheLastTen()
+    {
+        for (int i = 0; i < 12; ++i) {
+            clickRow(i % 2);
+            title()->setText(QString::number(i));
+            press(u"edita"_s);
+        }
+        auto *menu = control<QMenu>(u"undoMenu"_s);
+        Q_EMIT menu->aboutToShow();
+        QCOMPARE(menu->actions().size(), 10);
+        QVERIFY2(menu->actions().first()->text().endsWith(u"undo writing tags (1 file)"_s),
+            qPrintable(menu->actions().first()->text()));
+        menu->actions().at(1)->trigger(); // of a.mp3: not the last one
+        QCOMPARE(titleOf(u"a.mp3"_s), u"8"_s);
+        QCOMPARE(titleOf(u"b.mp3"_s), u"11"_s);
+        Q_EMIT menu->aboutToShow();
+        QCOMPARE(menu->actions().size(), 10);
+    }
+
+    void anOlderEntryTakesTheLaterOnesAlongIfAgreed_data()
+    {
+        QTest::addColumn<bool>("agrees");
+        QTest::newRow("yes") << true;
+        QTest::newRow("no") << false;
+    }
+    void anOlderEntryTakesTheLaterOnesAlongIfAgreed()
+    {
+        QFETCH(bool, agrees);
+        for (const QString &text : {u"one"_s, u"two"_s}) {
+            clickRow(0);
+            title()->setText(text);
+            press(u"edita"_s);
+        }
+        QString named;
+        QTimer answering;
+        connect(&answering, &QTimer::timeout, this, [&] {
+            if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+                named = box->informativeText();
+                box->button(agrees ? QMessageBox::Yes : QMessageBox::No)->click();
+            }
+        });
+        answering.start(10);
+        auto *menu = control<QMenu>(u"undoMenu"_s);
+        Q_EMIT menu->aboutToShow();
+        menu->actions().at(1)->trigger();
+        QVERIFY2(named.endsWith(u"(1 file)"_s), qPrintable(named));
+        QCOMPARE(titleOf(u"a.mp3"_s), agrees ? u"A"_s : u"two"_s);
+    }
+
     void aSilentFailureIsSaid()
     {
         clickRow(0);
