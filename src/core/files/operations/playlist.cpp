@@ -73,6 +73,8 @@ public:
         if (!present)
             return create(*place, *temporary, false);
         const auto old = isFile && m_recorder.isOn() ? oldContent(*place, *present) : std::nullopt;
+        if (old && old->inverse.front().bytes == content)
+            return {}; // nothing that could be taken back
         if (old)
             return replace(*place, *temporary, *old, content);
         return create(*place, *temporary, m_recorder.isOn());
