@@ -92,8 +92,8 @@ class EndToEndTest(unittest.TestCase):
         return self.desktop.config / "ravlin" / "ravlin.ini"
 
     def settings(self, **values):
-        """Writes the settings for the next start: by default English and tag-save mode 2."""
-        values = {"idioma": "en", "tags": "2", **values}
+        """Writes the settings for the next start: by default English and tag-save mode 2. The protections were offered."""
+        values = {"idioma": "en", "tags": "2", "cuida ofrecido": "si", **values}
         self.settings_file.parent.mkdir(exist_ok=True)
         lines = ["[ini]"] + [f"{key}={value}" for key, value in values.items()]
         self.settings_file.write_text("\n".join(lines) + "\n", encoding="utf-8")

@@ -203,5 +203,58 @@ class ComingBack(EndToEndTest):
         return self.splitter_place(program)
 
 
+class Slips(EndToEndTest):
+    """An album of 15 files: the first title is corrected and saved, then the next one."""
+
+    def setUp(self):
+        super().setUp()
+        self.songs = [make_file(self.music / f"{number:02}.mp3", Song(f"Song {number}", "Ana", "Mareas", "1998",
+                                                                      str(number), "Blues"))
+                      for number in range(1, 16)]
+        self.rows = [song.name for song in self.songs]
+        self.before = [song.read_bytes() for song in self.songs]
+
+    def open_album(self):
+        program = self.start(self.music)
+        program.wait_for_rows(self.rows)
+        return program
+
+    def correct_two_titles(self, program):
+        program.click_row(0)
+        program.wait(lambda: program.text_of("title") == "Song 1", "the first file's title")
+        program.fill("title", "First")
+        program.press("save id3", lambda: program.row(0)[2] == "First", "the first title saved")
+        program.press("next", lambda: program.text_of("title") == "Song 2", "the next file's title")
+        program.fill("title", "Second")
+        program.press("save id3", lambda: program.row(1)[2] == "Second", "the second title saved")
+
+    def changed(self):
+        return [song.name for song, bytes_before in zip(self.songs, self.before) if song.read_bytes() != bytes_before]
+
+    def test_with_the_protections_no_other_file_and_no_other_field_changes(self):
+        self.settings(**{"cuida campos": "si", "cuida seleccion": "si"})
+        self.correct_two_titles(self.open_album())
+        self.assertEqual(self.changed(), ["01.mp3", "02.mp3"])
+        self.assertEqual(read_v2(self.songs[0]), Song("First", "Ana", "Mareas", "1998", "1", "Blues"))
+        self.assertEqual(read_v2(self.songs[1]), Song("Second", "Ana", "Mareas", "1998", "2", "Blues"))
+
+    def test_without_them_one_key_takes_the_slip_back_also_after_a_restart(self):
+        for restarts in (False, True):
+            self.settings()
+            program = self.open_album()
+            self.correct_two_titles(program)
+            self.assertEqual(self.changed(), self.rows)
+            if restarts:
+                self.close()
+                program = self.open_album()
+            program.click_row(3)
+            self.desktop.key("ctrl+z")
+            program.wait(lambda: self.changed() == ["01.mp3"], "the second save taken back")
+            program.wait(lambda: program.row(1)[2] == "Song 2", "the list filled anew")
+            self.desktop.key("ctrl+z")
+            program.wait(lambda: self.changed() == [], "the first save taken back")
+            self.close()
+
+
 if __name__ == "__main__":
     unittest.main(verbosity=2)
