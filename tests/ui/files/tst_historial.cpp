@@ -280,6 +280,24 @@ private Q_SLOTS:
         QCOMPARE(state(), QString());
     }
 
+    void whatIsTakenBackIsShownSo()
+    {
+        const qint64 entry = record(music(), {u"a.mp3"_s}, u"one"_s);
+        open();
+        QTRY_VERIFY_WITH_TIMEOUT(showsFiles({u"a.mp3"_s}), PatientWait);
+        m_history->beginReverting(entry);
+        m_history->reverting(changeModel().files()[0].id);
+        ChangeRecord back;
+        back.path = music(u"a.mp3"_s);
+        m_history->end(m_history->begin(back).value(), storage::ChangeDone{});
+        m_history->endReverting(true);
+        m_window->refresh();
+        QTRY_COMPARE_WITH_TIMEOUT(
+            changeModel().index(0, ChangeModel::Outcome).data().toString(), u"undone"_s, PatientWait);
+        QVERIFY(!button(u"deshacer"_s)->isEnabled());
+        QCOMPARE(ids(), Entries{entry});
+    }
+
     void withoutAHistoryItSaysSo()
     {
         open();
