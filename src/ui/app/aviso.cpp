@@ -10,6 +10,7 @@
 
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QStyle>
 #include <QToolButton>
 
 namespace ravlin {

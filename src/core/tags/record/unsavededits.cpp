@@ -2,6 +2,7 @@
 #include "core/tags/record/unsavededits.h"
 
 #include <QDataStream>
+#include <QIODevice>
 
 #include <array>
 
