@@ -169,7 +169,10 @@ Result<Database> Database::open(const QString &path, Journal journal)
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     const auto set = database.run(journal == Journal::Wal ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=TRUNCATE")
-                         .and_then([&] { return database.run("PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON"); })
+                         .and_then([&] {
+                             return database.run(
+                                 "PRAGMA synchronous=NORMAL; PRAGMA foreign_keys=ON; PRAGMA wal_autocheckpoint=4000");
+                         })
                          .and_then([&] { return database.version(); });
     if (!set)
         return tl::unexpected(set.error());
@@ -195,9 +198,17 @@ Result<void> Database::run(const char *sql)
 
 Result<void> Database::transaction(const std::function<Result<void>()> &work)
 {
-    if (auto begun = run("BEGIN IMMEDIATE"); !begun)
+    for (const auto &[statement, sql] : {std::pair(&m_begin, "BEGIN IMMEDIATE"), std::pair(&m_commit, "COMMIT")}) {
+        if (*statement)
+            continue;
+        auto prepared = prepare(sql);
+        if (!prepared)
+            return tl::unexpected(prepared.error());
+        *statement = std::move(*prepared);
+    }
+    if (auto begun = m_begin->run(); !begun)
         return begun;
-    auto done = work().and_then([this] { return run("COMMIT"); });
+    auto done = work().and_then([this] { return m_commit->run(); });
     if (!done)
         std::ignore = run("ROLLBACK"); // SQLite itself may have rolled back already
     return done;

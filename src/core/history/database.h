@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -88,6 +89,8 @@ private:
     explicit Database(sqlite3 *connection) : m_connection(connection) {}
 
     std::unique_ptr<sqlite3, Closer> m_connection;
+    std::optional<Statement> m_begin; ///< prepared once; closed before the connection
+    std::optional<Statement> m_commit;
 };
 
 } // namespace ravlin::history

@@ -54,8 +54,10 @@ History::History(platform::FileSystem &fileSystem, QString path) : m_fileSystem(
 
 History::~History()
 {
-    if (m_store && (!m_endings.empty() || !m_endedTemporary.empty()))
-        std::ignore = change([](Store &) { return Result<void>(); });
+    const bool isUnfinished = m_hasUnfinished || m_openTemporary > 0 || !m_begun.empty();
+    if (m_store && (m_isRunRecorded || !m_endings.empty() || !m_endedTemporary.empty())) {
+        std::ignore = change([&](Store &store) { return isUnfinished ? Result<void>() : store.removeRun(m_runName); });
+    }
 }
 
 void History::setLimits(int days, int megabytes)
@@ -82,6 +84,7 @@ Result<void> History::setAside()
     m_store.reset();
     m_endings.clear();
     m_endedTemporary.clear();
+    m_isRunRecorded = false;
     m_summary.entry.id = 0;
     const auto folder = m_fileSystem.openFolder(platform::folderOf(m_path));
     if (!folder)
@@ -172,6 +175,23 @@ bool History::startRun()
     return true;
 }
 
+Result<void> History::recordRun(Store &store)
+{
+    return m_isRunRecorded ? Result<void>() : store.addRun(m_runName);
+}
+
+QString History::wholePath(const QString &path)
+{
+    const QString folder = platform::folderPrefix(path);
+    const QString name = platform::nameOf(path);
+    if (name.isEmpty())
+        return storage::recordedPath(m_fileSystem, path);
+    auto known = m_folders.find(folder);
+    if (known == m_folders.end())
+        known = m_folders.insert(folder, platform::folderOf(storage::recordedPath(m_fileSystem, path)));
+    return platform::inFolder(*known, name);
+}
+
 Result<qint64> History::currentEntry(Store &store)
 {
     if (!m_isRecording || !m_isOpen)
@@ -216,7 +236,9 @@ std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeReco
     // Whoever finishes or takes it back may be in another folder.
     storage::ChangeRecord record = given;
     for (QString *path : {&record.path, &record.newPath, &record.aside})
-        *path = storage::recordedPath(m_fileSystem, *path);
+        *path = wholePath(*path);
+    if (record.isFolder)
+        m_folders.clear(); // those in it go with it
     const bool isReverting = m_reverts != 0;
     const qint64 reverted = std::exchange(m_reverting, 0);
     FileRecord shown;
@@ -227,7 +249,8 @@ std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeReco
     const bool isDurable = record.way == storage::ContentWay::Patches || m_nextIsDurable;
     qint64 entry = 0;
     const auto add = [&](Store &store) {
-        return currentEntry(store)
+        return recordRun(store)
+            .and_then([&] { return currentEntry(store); })
             .and_then([&](qint64 id) {
                 entry = id;
                 return store.addChange(id, record, isReverting ? reverted : 0, m_runName);
@@ -248,6 +271,7 @@ std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeReco
             m_summary.files.push_back(std::move(shown));
         return std::nullopt;
     }
+    m_isRunRecorded = true;
     m_nextIsDurable = false;
     m_summary.entry.id = entry;
     const Ticket ticket = shown.id;
@@ -284,20 +308,27 @@ std::optional<storage::Journal::Ticket> History::beginTemporary(const QString &f
         return std::nullopt;
     const QString whole = m_fileSystem.canonicalPath(folder).value_or(folder);
     qint64 id = 0;
-    const auto added = change(
-        [&](Store &store) { return store.addTemporary(whole, name, m_runName).map([&](qint64 row) { id = row; }); });
+    const auto added = change([&](Store &store) {
+        return recordRun(store).and_then(
+            [&] { return store.addTemporary(whole, name, m_runName).map([&](qint64 row) { id = row; }); });
+    });
+    m_isRunRecorded = m_isRunRecorded || added.has_value();
+    m_openTemporary += added ? 1 : 0;
     return added ? std::optional(id) : std::nullopt;
 }
 
 void History::endTemporary(Ticket ticket)
 {
+    --m_openTemporary;
     m_endedTemporary.push_back(ticket);
 }
 
 Summary History::close()
 {
     m_isOpen = false;
+    m_hasUnfinished = m_hasUnfinished || !m_begun.empty();
     m_begun.clear();
+    m_folders.clear();
     m_toRevert.clear();
     m_moves.reset();
     m_reverts = 0;

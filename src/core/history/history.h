@@ -5,6 +5,7 @@
 #include "core/storage/journal.h"
 #include "core/storage/leftovers.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -199,6 +200,8 @@ private:
     Result<void> flush(Store &store);
     Result<qint64> currentEntry(Store &store);
     bool startRun();
+    Result<void> recordRun(Store &store);
+    QString wholePath(const QString &path);
     /// Locks the file of a run that has ended; null if that file is gone. An error while the program still runs.
     Result<std::unique_ptr<platform::File>> takeOver(const QString &run);
     void fail(const Error &error);
@@ -214,7 +217,11 @@ private:
     std::optional<Error> m_problem;
     std::unique_ptr<storage::TemporaryFile> m_run; ///< locked while this program runs; its name is in what it records
     QString m_runName;
-    std::vector<Ending> m_endings; ///< not yet in the database
+    bool m_isRunRecorded = false;
+    int m_openTemporary = 0;           ///< temporary files that are there
+    bool m_hasUnfinished = false;      ///< something is left for the next program
+    QHash<QString, QString> m_folders; ///< whole paths of folders that the open entry has met
+    std::vector<Ending> m_endings;     ///< not yet in the database
     std::vector<qint64> m_endedTemporary;
     bool m_nextIsDurable = false; ///< or a power cut could bring back what has been ended
 

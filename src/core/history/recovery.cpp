@@ -282,7 +282,9 @@ void History::recover(Store &store, const QString &run, Recovery &recovery)
         if (isGone)
             m_endedTemporary.push_back(row.id);
     }
-    const auto kept = change([](Store &open) { return open.removeEmpty(); });
+    const auto kept = change([&](Store &open) {
+        return open.removeEmpty().and_then([&] { return isAllDone ? open.removeRun(run) : Result<void>(); });
+    });
     if (kept && isAllDone && storage::isTemporaryName(run)) {
         if (const auto folder = m_fileSystem.openFolder(platform::folderOf(m_path)))
             std::ignore = (*folder)->remove(run);

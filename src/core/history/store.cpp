@@ -13,6 +13,8 @@ namespace {
 
 constexpr int SchemaVersion = 1;
 
+// Each change that is begun writes every page that it touches to the journal, so there are few indices, and none that a
+// change leaves when it ends. A run is a program that has recorded something and has not ended in order.
 // A change's run is null once it is no longer pending; an entry is null where nothing is recorded for longer than
 // needed.
 constexpr const char *Tables = R"(
@@ -24,10 +26,10 @@ CREATE TABLE change(id INTEGER PRIMARY KEY, entry INTEGER REFERENCES entry(id) O
     way INTEGER, newSize INTEGER, inverse BLOB, digest BLOB, written BLOB, vals TEXT, aside TEXT,
     afterSize INTEGER, afterModified INTEGER, afterChanged INTEGER, afterInode INTEGER,
     replaced INTEGER, trashed BLOB, reverts INTEGER, code INTEGER, detail TEXT);
-CREATE INDEX changesOfEntry ON change(entry, state);
+CREATE INDEX changesOfEntry ON change(entry);
 CREATE INDEX entriesReverting ON entry(reverts) WHERE reverts IS NOT NULL;
-CREATE INDEX revertingChanges ON change(reverts) WHERE reverts IS NOT NULL;
-CREATE INDEX pendingChanges ON change(run) WHERE run IS NOT NULL;
+CREATE INDEX revertingMoves ON change(reverts) WHERE reverts IS NOT NULL AND kind=1;
+CREATE TABLE run(name TEXT PRIMARY KEY) WITHOUT ROWID;
 CREATE TABLE content(key BLOB PRIMARY KEY, bytes BLOB NOT NULL) WITHOUT ROWID;
 CREATE TABLE piece(change INTEGER NOT NULL REFERENCES change(id) ON DELETE CASCADE, key BLOB NOT NULL,
     PRIMARY KEY(change, key)) WITHOUT ROWID;
@@ -324,9 +326,21 @@ Result<void> Store::setDurable(bool isOn)
     return m_database.run(isOn ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
 }
 
+Result<void> Store::addRun(const QString &run)
+{
+    auto statement = m_database.prepare("INSERT OR IGNORE INTO run VALUES(?)");
+    return statement ? statement->bind(1, run).run() : tl::unexpected(statement.error());
+}
+
+Result<void> Store::removeRun(const QString &run)
+{
+    auto statement = m_database.prepare("DELETE FROM run WHERE name=?");
+    return statement ? statement->bind(1, run).run() : tl::unexpected(statement.error());
+}
+
 Result<std::vector<QString>> Store::runs()
 {
-    auto statement = m_database.prepare("SELECT run FROM change WHERE run IS NOT NULL UNION SELECT run FROM temporary");
+    auto statement = m_database.prepare("SELECT name FROM run");
     if (!statement)
         return tl::unexpected(statement.error());
     std::vector<QString> runs;

@@ -64,7 +64,10 @@ public:
     /// The next change and all before it reach the disk before it returns.
     Result<void> setDurable(bool isOn);
 
-    /// Names of the runs of programs that have left something unfinished, and of those that are at it.
+    /// A program that records something, until it ends in order.
+    Result<void> addRun(const QString &run);
+    Result<void> removeRun(const QString &run);
+    /// The names of those that have not.
     Result<std::vector<QString>> runs();
     Result<std::vector<PendingChange>> pending(const QString &run);
     Result<std::vector<TemporaryRow>> temporary(const QString &run);
