@@ -45,7 +45,7 @@ RulesOrStatus rulesFor(const QString &command, const Arguments &arguments, Conso
     if (onlyEdited && allFields)
         return tl::unexpected<int>(console.refuse(command, u"--only-edited and --all-fields exclude each other"_s));
     if (mode && (onlyEdited || allFields))
-        return SavingRules{*mode, onlyEdited};
+        return SavingRules{mode.value_or(DefaultTagSaveMode), onlyEdited};
     const Settings settings;
     // Don't save in a way that the user may have decided against. Leaving fields alone can't be one.
     if (settings.problem() && !mode) {
