@@ -37,24 +37,24 @@ QString reasonNotToWrite(QString TagRecord::*field, const QString &text)
 RulesOrStatus rulesFor(const QString &command, const Arguments &arguments, Console &console)
 {
     const std::optional<QString> text = arguments.value(ModeOption.name);
-    const std::optional<int> mode = text ? tagSaveModeFromText(*text) : std::nullopt;
-    if (text && !mode)
+    const int mode = text ? tagSaveModeFromText(*text).value_or(0) : 0; // 0: not chosen
+    if (text && mode == 0)
         return tl::unexpected<int>(console.refuse(command, u"--mode is a digit from 1 to 5, not '%1'"_s.arg(*text)));
     const bool onlyEdited = arguments.has(OnlyEditedOption.name);
     const bool allFields = arguments.has(AllFieldsOption.name);
     if (onlyEdited && allFields)
         return tl::unexpected<int>(console.refuse(command, u"--only-edited and --all-fields exclude each other"_s));
-    if (mode && (onlyEdited || allFields))
-        return SavingRules{mode.value_or(DefaultTagSaveMode), onlyEdited};
+    if (mode != 0 && (onlyEdited || allFields))
+        return SavingRules{mode, onlyEdited};
     const Settings settings;
     // Don't save in a way that the user may have decided against. Leaving fields alone can't be one.
-    if (settings.problem() && !mode) {
+    if (settings.problem() && mode == 0) {
         console.fail(settings.path(), *settings.problem());
         return tl::unexpected<int>(console.status());
     }
     const bool isChosen = settings.problem() || FurtherOptions::restored(settings).onlyEditedFields;
     return SavingRules{
-        mode.value_or(tagSaveModeFromText(settings.read(settingskey::Tags)).value_or(DefaultTagSaveMode)),
+        mode != 0 ? mode : tagSaveModeFromText(settings.read(settingskey::Tags)).value_or(DefaultTagSaveMode),
         onlyEdited || (!allFields && isChosen)};
 }
 
