@@ -437,9 +437,6 @@ constexpr std::array<Row, TextCount> Rows{{
     // %1: a file
     {Text::NoticeUnsaved,
         {u"unsaved changes of %1", u"cambios sin guardar de %1", u"changements non sauvegardés de %1"}},
-    {Text::NoticeUnsavedMany,
-        {u"unsaved changes on the page for many files", u"cambios sin guardar en la página para varios archivos",
-            u"changements non sauvegardés sur la page pour plusieurs fichiers"}},
     {Text::NoticeProtection,
         {u"new: a save can leave alone what you did not edit",
             u"nuevo: al guardar se puede respetar lo que no has modificado",
@@ -453,7 +450,6 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::TipNoticePutBack,
         {u"shows the file again, with what you had typed", u"vuelve a mostrar el archivo, con lo que habías escrito",
             u"montre à nouveau le fichier, avec ce que vous aviez tapé"}},
-    {Text::NameNotice, {u"what was done last", u"lo último que se hizo", u"ce qui a été fait en dernier"}},
     {Text::TitleDetails, {u"what was done", u"lo que se hizo", u"ce qui a été fait"}},
     // The commands of lists and folders beyond the captions.
     {Text::CommandUndo, {u"undo", u"deshacer", u"annuler la dernière opération"}},
@@ -541,11 +537,7 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::HistoryUnreadable, {u"the history can't be read: %1", u"no se puede leer el historial: %1",
                                   u"l'historique ne peut pas être lu\u00a0: %1"}},
     // How many files, and how many of them are undone or failed.
-    {Text::HistoryFiles, {u"files: %1", u"archivos: %1", u"fichiers\u00a0: %1"}},
     {Text::HistoryFilesUndone, {u"undone: %1", u"deshechos: %1", u"annulés\u00a0: %1"}},
-    {Text::HistoryFilesFailed, {u"failed: %1", u"fallidos: %1", u"échecs\u00a0: %1"}},
-    {Text::HistoryFilesFirst,
-        {u"only the first %1 are shown", u"solo se muestran los primeros %1", u"seuls les %1 premiers sont montrés"}},
     {Text::UndoWhole, {u"&undo the change", u"&deshacer el cambio", u"&annuler la modification"}},
     {Text::UndoChosen, {u"undo for the &selected files", u"deshacer en los archivos &seleccionados",
                            u"annuler pour les fichiers &sélectionnés"}},
@@ -580,10 +572,10 @@ constexpr std::array<Row, TextCount> Rows{{
             u"oublier toutes les modifications enregistrées\u00a0? aucune ne pourra plus être annulée."}},
     // %1: what the record of a change takes, %2: what the options allow, each a size with its unit
     {Text::AskHistoryLimit,
-        {u"to be able to take this change back, about %1 have to be recorded; the options allow %2. go on?",
-            u"para poder deshacer este cambio hay que registrar unos %1; las opciones permiten %2. ¿continuar?",
+        {u"to be able to take this change back, about %1 have to be recorded; the options allow %2",
+            u"para poder deshacer este cambio hay que registrar unos %1; las opciones permiten %2",
             u"pour pouvoir annuler cette modification, il faut enregistrer environ %1\u00a0; les options permettent "
-            u"%2. continuer\u00a0?"}},
+            u"%2"}},
     {Text::HistoryLimitFurther,
         {u"all older changes are forgotten then", u"entonces se olvidan todos los cambios anteriores",
             u"toutes les modifications plus anciennes sont alors oubliées"}},
