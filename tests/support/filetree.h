@@ -24,7 +24,7 @@ inline void writeFile(const QString &path, const QByteArray &content)
         qFatal("cannot write %s", qPrintable(path));
 }
 
-inline QByteArray readFile(const QString &path)
+inline QByteArray contentOf(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");

@@ -115,7 +115,8 @@ class PackedProgram(unittest.TestCase):
         self.drive = self.prefix / "drive_c"
         settings = self.drive / "users/ana/AppData/Roaming/ravlin/ravlin.ini"
         settings.parent.mkdir(parents=True, exist_ok=True)
-        settings.write_text("[ini]\nidioma=en\ntags=2\nrename=1\n", encoding="ascii")
+        # None of the protections, and none is offered either.
+        settings.write_text("[ini]\nidioma=en\ntags=2\nrename=1\ncuida ofrecido=si\n", encoding="ascii")
         self.music = self.folder / "Años de radio"
         self.music.mkdir()
         self.song = make_file(self.music / "pista.mp3", Song("Vieja", "Ana", "Mareas"))
@@ -170,13 +171,11 @@ class PackedProgram(unittest.TestCase):
     def use(self, program):
         """Edits, saves, renames, writes playlists, deletes: each after a start of its own."""
         display = self.display
+
         def edit():
             display.click(FIRST_ROW)
             wait_until(display.is_calm, "the file on the page")
-            display.click(TITLE)
-            display.key("ctrl+a")
-            display.type("Nueva")
-            display.key("alt+s")
+            self.fill_title("Nueva")
         self.achieve(program, "edit", edit, lambda: read_v2(self.song).title == "Nueva")
         self.assertEqual(read_v2(self.song), Song("Nueva", "Ana", "Mareas"))
 
@@ -210,6 +209,19 @@ class PackedProgram(unittest.TestCase):
         in_trash = [path.name for place in ("home", "data")
                     for path in (self.folder / place).rglob("Trash/files/*")]
         self.assertEqual(len(in_trash), 1, in_trash)
+
+    def unpack(self):
+        """The zip's program in a folder with blanks and accents."""
+        place = self.folder / "Móvil de Ana"
+        with zipfile.ZipFile(next(PACKAGES.glob("ravlin-*-windows.zip"))) as packed:
+            packed.extractall(place)
+        return next(place.rglob("ravlin.exe"))
+
+    def fill_title(self, text):
+        self.display.click(TITLE)
+        self.display.key("ctrl+a")
+        self.display.type(text)
+        self.display.key("alt+s")
 
     # The tests
 
@@ -249,21 +261,41 @@ class PackedProgram(unittest.TestCase):
         self.assertNotEqual(gone.returncode, 0)
 
     def test_the_zips_program_starts_from_a_folder_with_blanks_and_accents(self):
-        place = self.folder / "Móvil de Ana"
-        with zipfile.ZipFile(next(PACKAGES.glob("ravlin-*-windows.zip"))) as packed:
-            packed.extractall(place)
-        program = next(place.rglob("ravlin.exe"))
+        program = self.unpack()
 
         def edit():
             self.display.click(FIRST_ROW)
             wait_until(self.display.is_calm, "the file on the page")
-            self.display.click(TITLE)
-            self.display.key("ctrl+a")
-            self.display.type("Otra")
-            self.display.key("alt+s")
+            self.fill_title("Otra")
         self.achieve(on_z(program), "edit", edit, lambda: read_v2(self.song).title == "Otra")
         told = self.wine(on_z(program.with_name("ravlin-cli.exe")), "list", on_z(self.music)).stdout.decode("utf-8")
         self.assertIn("pista.mp3\t\tOtra\tAna\tMareas", told)
+
+    def test_one_key_takes_a_slip_back_after_a_restart(self):
+        songs = [self.song, *(make_file(self.music / f"z {number}.mp3",
+                                        Song(f"Vieja {number}", "Ana", "Mareas", "1998", str(number), "Blues"))
+                              for number in (2, 3))]
+
+        def state():  # Windows counts time in steps of 100 ns
+            return [(song.read_bytes(), song.stat().st_mtime_ns // 100) for song in songs]
+        before = state()
+        program = on_z(self.unpack())
+
+        def slip():
+            self.display.click(FIRST_ROW)
+            wait_until(self.display.is_calm, "the file on the page")
+            self.fill_title("Nueva")
+            time.sleep(4)  # now all rows are selected
+            self.fill_title("Otra")
+        self.achieve(program, "slip", slip, lambda: {read_v2(song).title for song in songs} == {"Otra"})
+
+        def take_back():
+            self.display.click(FIRST_ROW)
+            wait_until(self.display.is_calm, "the file on the page")
+            self.display.key("ctrl+z")
+        self.achieve(program, "undo", take_back, lambda: state()[1:] == before[1:])
+        self.assertEqual(read_v2(self.song).title, "Nueva")
+        self.achieve(program, "undo-first", take_back, lambda: state() == before)
 
 
 if __name__ == "__main__":

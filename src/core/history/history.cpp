@@ -208,7 +208,7 @@ void History::beginEntry(Kind kind, const QString &folder)
     m_summary = {};
     m_summary.entry.time = now();
     m_summary.entry.kind = kind;
-    m_summary.entry.folder = folder;
+    m_summary.entry.folder = m_fileSystem.canonicalPath(folder).value_or(folder); // as the paths of its files
     m_isOpen = true;
     m_reverts = 0;
     m_reverting = 0;

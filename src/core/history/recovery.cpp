@@ -8,6 +8,7 @@
 #include "core/storage/redofile.h"
 #include "core/storage/safewrite.h"
 
+#include <algorithm>
 #include <tuple>
 
 namespace ravlin::history {
@@ -228,6 +229,15 @@ Result<Finding> finishPlacing(platform::FileSystem &fileSystem, const PendingCha
     return isWhole ? Finding::New : Finding::Old;
 }
 
+/// Removes the files of programs that ended before they had recorded anything.
+void removeUnrecorded(platform::FileSystem &fileSystem, const QString &folder, const std::vector<QString> &runs)
+{
+    for (const QString &name : fileSystem.names(folder).value_or(std::vector<QString>())) {
+        if (storage::isTemporaryName(name) && std::ranges::find(runs, name) == runs.end())
+            std::ignore = storage::removeTemporary(fileSystem, folder, name);
+    }
+}
+
 } // namespace
 
 Result<std::unique_ptr<File>> History::takeOver(const QString &run)
@@ -300,6 +310,8 @@ Recovery History::recover()
     const auto runs = open->runs();
     if (!runs && runs.error().code == ErrorCode::Damaged)
         std::ignore = setAside();
+    if (runs && !m_run)
+        removeUnrecorded(m_fileSystem, platform::folderOf(m_path), *runs);
     for (const QString &run : runs.value_or(std::vector<QString>())) {
         if (run != m_runName && m_store)
             recover(*m_store, run, recovery);

@@ -28,7 +28,7 @@ struct FileInfo
     qint64 changed = 0;  ///< the same, of the last change to content or metadata; programs cannot set it
     quint64 inode = 0;   ///< with device: the file's identity
     quint64 device = 0;
-    quint32 permissions = 0; ///< POSIX permission bits (07777); on Windows 0444 or 0666
+    quint32 permissions = 0; ///< POSIX permission bits (07777); on Windows 0444 or 0666, of folders 0700
     quint32 linkCount = 1;   ///< hard links
     quint32 owner = 0;
     quint32 group = 0;

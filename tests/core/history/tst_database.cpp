@@ -5,6 +5,7 @@
 #include "core/history/database.h"
 
 #include "core/platform/filesystem.h"
+#include "core/platform/path.h"
 #include "support/filetree.h"
 
 #include <QTemporaryDir>
@@ -98,12 +99,12 @@ private Q_SLOTS:
         const auto database = Database::open(path());
         QVERIFY(!database);
         QCOMPARE(database.error().code, ErrorCode::Damaged);
-        QCOMPARE(readFile(path()), QByteArray(5000, 'x'));
+        QCOMPARE(contentOf(path()), QByteArray(5000, 'x'));
     }
 
     void aMissingFolderIsAnError()
     {
-        const auto database = Database::open(path() + u".none/history.sqlite"_s);
+        const auto database = Database::open(platform::inFolder(path() + u".none"_s, u"history.sqlite"_s));
         QVERIFY(!database);
         QCOMPARE(database.error().code, ErrorCode::NotFound);
     }
@@ -126,7 +127,7 @@ private Q_SLOTS:
         if (!QFile::link(target, path()) || QFileInfo(path()).suffix() == u"lnk"_s)
             QSKIP("no symbolic links here");
         QVERIFY(!Database::open(path()));
-        QCOMPARE(readFile(target), QByteArray());
+        QCOMPARE(contentOf(target), QByteArray());
     }
 
     void twoProgramsSeeEachOthersRows()

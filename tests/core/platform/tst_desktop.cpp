@@ -82,10 +82,11 @@ void TestDesktop::aProgramBecomesTheDefault()
     QFETCH(QString, extension);
     const auto made = registerSong(extension);
     QVERIFY2(made.has_value(), qPrintable(made ? QString() : made.error().detail));
-    QCOMPARE(readFile(entryPath()),
+    QCOMPARE(contentOf(entryPath()),
         QByteArray("[Desktop Entry]\nType=Application\nName=A \\\\ song\nExec=\"/opt/ravlin/ravlin\" %f\n"
                    "MimeType=audio/x-ravlin-song;\nTerminal=false\nNoDisplay=true\n"));
-    QCOMPARE(readFile(choicesPath()), QByteArray("[Default Applications]\naudio/x-ravlin-song=Ravlin.Song.desktop;\n"));
+    QCOMPARE(
+        contentOf(choicesPath()), QByteArray("[Default Applications]\naudio/x-ravlin-song=Ravlin.Song.desktop;\n"));
 }
 
 void TestDesktop::otherChoicesStay_data()
@@ -112,7 +113,7 @@ void TestDesktop::otherChoicesStay()
     QFETCH(QByteArray, after);
     writeFile(choicesPath(), before);
     QVERIFY(registerSong());
-    QCOMPARE(readFile(choicesPath()), after);
+    QCOMPARE(contentOf(choicesPath()), after);
 }
 
 void TestDesktop::againChangesNothing()
@@ -130,14 +131,14 @@ void TestDesktop::aLinkedFileOfChoicesStaysALink()
     makeLink("kept/list", choicesPath());
     QVERIFY(registerSong());
     QCOMPARE(QFileInfo(choicesPath()).symLinkTarget(), in(u"config/kept/list"_s));
-    QVERIFY(readFile(in(u"config/kept/list"_s)).contains("audio/x-ravlin-song=Ravlin.Song.desktop;\na/b=x.desktop\n"));
+    QVERIFY(contentOf(in(u"config/kept/list"_s)).contains("audio/x-ravlin-song=Ravlin.Song.desktop;\na/b=x.desktop\n"));
 }
 
 void TestDesktop::strangePathsAreQuoted()
 {
     QVERIFY(registerSong(u"ravlinsong"_s, u"/opt/my \"$x\" 100%/é\\r"_s));
-    QVERIFY2(readFile(entryPath()).contains("\nExec=\"/opt/my \\\\\"\\\\$x\\\\\" 100%%/é\\\\\\\\r\" %f\n"),
-        readFile(entryPath()).constData());
+    QVERIFY2(contentOf(entryPath()).contains("\nExec=\"/opt/my \\\\\"\\\\$x\\\\\" 100%%/é\\\\\\\\r\" %f\n"),
+        contentOf(entryPath()).constData());
 }
 
 void TestDesktop::whatCannotBeRegistered_data()

@@ -49,7 +49,7 @@ private Q_SLOTS:
 private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     QString trash() const { return in(u"data/Trash"_s); }
-    QByteArray info(const QString &name) const { return readFile(trash() + u"/info/"_s + name + u".trashinfo"_s); }
+    QByteArray info(const QString &name) const { return contentOf(trash() + u"/info/"_s + name + u".trashinfo"_s); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
@@ -69,7 +69,7 @@ void TestTrash::aFileGoesIntoTheHomeTrash()
     const auto item = moveToTrash(in(u"music/a.mp3"_s));
     QVERIFY2(item.has_value(), qPrintable(item ? QString() : item.error().detail));
     QVERIFY(!isTaken(in(u"music/a.mp3"_s)));
-    QCOMPARE(readFile(trash() + u"/files/a.mp3"_s), QByteArray("audio"));
+    QCOMPARE(contentOf(trash() + u"/files/a.mp3"_s), QByteArray("audio"));
     QCOMPARE(item->file, trash() + u"/files/a.mp3"_s);
 
     const QList<QByteArray> lines = info(u"a.mp3"_s).split('\n');
@@ -91,7 +91,7 @@ void TestTrash::aFolderAndALink()
     writeFile(in(u"music/cd/a.mp3"_s), "audio");
     makeLink("cd", in(u"music/link"_s));
     QVERIFY(moveToTrash(in(u"music/link"_s)));
-    QCOMPARE(readFile(in(u"music/cd/a.mp3"_s)), QByteArray("audio"));
+    QCOMPARE(contentOf(in(u"music/cd/a.mp3"_s)), QByteArray("audio"));
     QVERIFY(moveToTrash(in(u"music/cd"_s)));
     QCOMPARE(snapshotOf(trash() + u"/files"_s),
         (Snapshot{{u"cd"_s, "folder"}, {u"cd/a.mp3"_s, "file audio"}, {u"link"_s, "link cd"}}));
@@ -118,8 +118,8 @@ void TestTrash::aNameThatADesktopHasTaken()
     writeFile(in(u"a.mp3"_s), "mine");
     const auto item = moveToTrash(in(u"a.mp3"_s));
     QVERIFY(item);
-    QCOMPARE(readFile(trash() + u"/files/a.mp3"_s), QByteArray("orphan"));
-    QCOMPARE(readFile(item->file), QByteArray("mine"));
+    QCOMPARE(contentOf(trash() + u"/files/a.mp3"_s), QByteArray("orphan"));
+    QCOMPARE(contentOf(item->file), QByteArray("mine"));
     QVERIFY(!isTaken(trash() + u"/info/a.mp3.trashinfo"_s));
     QVERIFY(isTaken(item->info));
 }
@@ -163,8 +163,8 @@ void TestTrash::neverComesBackOverAnother()
     const auto item = moveToTrash(in(u"a.mp3"_s));
     writeFile(in(u"a.mp3"_s), "new");
     QCOMPARE(restoreFromTrash(*item).error().code, ErrorCode::AlreadyExists);
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("new"));
-    QCOMPARE(readFile(item->file), QByteArray("old"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("new"));
+    QCOMPARE(contentOf(item->file), QByteArray("old"));
     QVERIFY(isTaken(item->info));
 }
 
@@ -182,10 +182,10 @@ void TestTrash::fromAnotherDrive()
     QVERIFY2(item->file.startsWith(own + u"/files/"_s), qPrintable(item->file));
     QVERIFY(item->info.startsWith(own + u"/info/"_s));
     // Relative to the top of the drive, so that it holds wherever the drive is mounted.
-    QVERIFY(readFile(item->info).contains("\nPath=" + QFile::encodeName(drive.path().sliced(9)) + "/%C3%B1.mp3\n"));
+    QVERIFY(contentOf(item->info).contains("\nPath=" + QFile::encodeName(drive.path().sliced(9)) + "/%C3%B1.mp3\n"));
     QVERIFY(!isTaken(trash()));
     QVERIFY(restoreFromTrash(*item));
-    QCOMPARE(readFile(path), QByteArray("audio"));
+    QCOMPARE(contentOf(path), QByteArray("audio"));
 }
 
 void TestTrash::theSharedTrashOfADrive_data()
@@ -216,7 +216,7 @@ void TestTrash::theSharedTrashOfADrive()
     QVERIFY(item);
     const QString expected = isUsed ? u"drive/.Trash/%1/files/a.mp3"_s : u"drive/.Trash-%1/files/a.mp3"_s;
     QCOMPARE(item->file, QFileInfo(in(u"drive"_s)).canonicalFilePath().chopped(5) + expected.arg(::geteuid()));
-    QVERIFY(readFile(item->info).contains("\nPath=cd/a.mp3\n"));
+    QVERIFY(contentOf(item->info).contains("\nPath=cd/a.mp3\n"));
 }
 
 void TestTrash::noTrashNothingTouched()
@@ -225,7 +225,7 @@ void TestTrash::noTrashNothingTouched()
     writeFile(in(u"data"_s), "a file where the trash would have to be");
     QVERIFY(!hasTrash(in(u"a.mp3"_s)));
     QCOMPARE(moveToTrash(in(u"a.mp3"_s)).error().code, ErrorCode::NoTrash);
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("audio"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("audio"));
 }
 
 void TestTrash::aPlantedTrashIsNotUsed()
@@ -236,7 +236,7 @@ void TestTrash::aPlantedTrashIsNotUsed()
     writeFile(in(u"a.mp3"_s), "audio");
     QVERIFY(!hasTrash(in(u"a.mp3"_s)));
     QCOMPARE(moveToTrash(in(u"a.mp3"_s)).error().code, ErrorCode::NoTrash);
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("audio"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("audio"));
 }
 
 void TestTrash::aVanishedFile()
@@ -255,7 +255,7 @@ void TestTrash::aLongName()
         writeFile(in(name), QByteArray::number(i));
         const auto item = moveToTrash(in(name));
         QVERIFY2(item.has_value(), qPrintable(item ? QString() : item.error().detail));
-        QCOMPARE(readFile(item->file), QByteArray::number(i));
+        QCOMPARE(contentOf(item->file), QByteArray::number(i));
         QVERIFY(item->file.endsWith(u".mp3"_s));
         QVERIFY(isTaken(item->info));
         QVERIFY(restoreFromTrash(*item));
@@ -284,7 +284,7 @@ void TestTrash::aFullDriveKeepsTheFileAndNoEmptyTrash()
     QVERIFY(drive.fill());
     QCOMPARE(moveToTrash(in(u"drive/cd/a.mp3"_s)).error().code, ErrorCode::NoSpace);
     QVERIFY(isTaken(in(u"drive/.Trash-%1/info"_s.arg(::geteuid()))));
-    QCOMPARE(readFile(in(u"drive/cd/a.mp3"_s)), QByteArray("audio"));
+    QCOMPARE(contentOf(in(u"drive/cd/a.mp3"_s)), QByteArray("audio"));
 }
 
 void TestTrash::aReadOnlyDriveIsSaidToBe()
@@ -319,8 +319,8 @@ void TestTrash::anExchangedFolderIsNotFollowed()
     QVERIFY(QDir().rename(in(u"music"_s), in(u"aside"_s)));
     makeLink("private", in(u"music"_s));
     QCOMPARE(moveToTrash(Place{*held, u"a.mp3"_s}).error().code, ErrorCode::ChangedMeanwhile);
-    QCOMPARE(readFile(in(u"private/a.mp3"_s)), QByteArray("precious"));
-    QCOMPARE(readFile(in(u"aside/a.mp3"_s)), QByteArray("mine"));
+    QCOMPARE(contentOf(in(u"private/a.mp3"_s)), QByteArray("precious"));
+    QCOMPARE(contentOf(in(u"aside/a.mp3"_s)), QByteArray("mine"));
 }
 
 void TestTrash::anEmptyTrashThatIsTakenAwayMeanwhileIsMadeAnew()

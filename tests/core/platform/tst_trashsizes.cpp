@@ -36,7 +36,7 @@ private Q_SLOTS:
 private:
     QString in(const QString &name) const { return QDir::toNativeSeparators(m_folder->filePath(name)); }
     QString sizes() const { return in(u"data/Trash/directorysizes"_s); }
-    QList<QByteArray> lines() const { return readFile(sizes()).split('\n'); }
+    QList<QByteArray> lines() const { return contentOf(sizes()).split('\n'); }
     QByteArray expectedLine(const QString &name) const;
     TrashedItem trash(const QString &name) const;
 
@@ -146,14 +146,14 @@ void TestTrashSizes::aLinkInItsPlaceIsNotFollowed()
     QDir().mkpath(in(u"data/Trash"_s));
     makeLink(QFile::encodeName(in(u"precious"_s)), sizes());
     const TrashedItem item = trash(u"cd"_s);
-    QCOMPARE(readFile(in(u"precious"_s)), QByteArray("1 2 a\n"));
+    QCOMPARE(contentOf(in(u"precious"_s)), QByteArray("1 2 a\n"));
     QCOMPARE(lines(), (QList<QByteArray>{expectedLine(u"cd"_s), ""}));
     QVERIFY(QFile::remove(sizes()));
     QVERIFY(QDir().mkdir(sizes())); // a folder in its place: no note can be written
     QVERIFY(restoreFromTrash(item));
     trash(u"cd"_s);
     QVERIFY(QFileInfo(sizes()).isDir());
-    QCOMPARE(readFile(in(u"precious"_s)), QByteArray("1 2 a\n"));
+    QCOMPARE(contentOf(in(u"precious"_s)), QByteArray("1 2 a\n"));
 }
 
 void TestTrashSizes::whatIsTooDeepToMeasureIsNotNoted()

@@ -322,7 +322,8 @@ void TestLeftovers::announcedTemporariesAreRemoved()
     constexpr auto OwnerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
     // A folder that is not the user's alone, or that has a user's name, stays.
     makeTree(OwnerOnly | QFile::ReadOther);
-    QVERIFY(!removeTemporary(native(), folder.path(), inTheMaking));
+    if (Separator == u'/') // on Windows access lists decide, and a folder's permissions are always the same
+        QVERIFY(!removeTemporary(native(), folder.path(), inTheMaking));
     dir.mkpath(QStringLiteral("album"));
     QFile::setPermissions(folder.path(QStringLiteral("album")), OwnerOnly);
     QVERIFY(!removeTemporary(native(), folder.path(), QStringLiteral("album")));

@@ -42,6 +42,7 @@ public:
     Result<void> removeFolder(const QString &name) override;
     Result<void> takeAttributes(HeldFolder &source) override;
     Result<void> sync() override;
+    Result<bool> tryLock() override;
 
 private:
     QString pathOf(const QString &name) const { return inFolder(m_path, name); }
@@ -52,6 +53,7 @@ private:
 
     Handle m_handle;
     QString m_path;
+    Handle m_lock;
 };
 
 tl::unexpected<Error> notAName(const QString &path)
@@ -275,6 +277,30 @@ Result<void> WindowsHeldFolder::sync()
             return systemError(number, m_path, "FlushFileBuffers");
     }
     return {};
+}
+
+/// The system locks parts of files only. An object named after the folder stands for its lock: it is there as long as
+/// somebody, of whatever session, has it open.
+Result<bool> WindowsHeldFolder::tryLock()
+{
+    constexpr int Hexadecimal = 16;
+    if (m_lock)
+        return true;
+    const auto info = infoOf(m_handle.get(), m_path);
+    if (!info)
+        return tl::unexpected(info.error());
+    const std::wstring name =
+        QStringLiteral(R"(Global\ravlin-folder-%1-%2)")
+            .arg(QString::number(info->device, Hexadecimal), QString::number(info->inode, Hexadecimal))
+            .toStdWString();
+    Handle lock(::CreateEventW(nullptr, TRUE, FALSE, name.c_str()));
+    const DWORD number = ::GetLastError();
+    if (!lock)
+        return systemError(number, m_path, "CreateEventW");
+    if (number == ERROR_ALREADY_EXISTS)
+        return false;
+    m_lock = std::move(lock);
+    return true;
 }
 
 } // namespace

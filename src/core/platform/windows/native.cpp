@@ -155,14 +155,18 @@ Result<FileInfo> infoOf(HANDLE handle, const QString &path)
 
     constexpr quint32 ReadableByAll = 0444;
     constexpr quint32 WritableByAll = 0666;
+    constexpr quint32 OnlyByOwner = 0700;
     FileInfo info;
     info.modified = nanoseconds(basic.LastWriteTime);
     info.changed = nanoseconds(basic.ChangeTime);
     info.inode = joined(plain.nFileIndexHigh, plain.nFileIndexLow);
     info.device = plain.dwVolumeSerialNumber;
-    info.permissions = (plain.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0 ? ReadableByAll : WritableByAll;
     info.linkCount = standard.DeletePending != 0 ? 0 : plain.nNumberOfLinks;
     info.isFolder = (plain.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    // A folder's read-only attribute keeps nobody out; access lists do.
+    info.permissions = info.isFolder                                             ? OnlyByOwner
+                       : (plain.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0 ? ReadableByAll
+                                                                                 : WritableByAll;
     info.isFile = !info.isFolder && ::GetFileType(handle) == FILE_TYPE_DISK;
     info.size = info.isFolder ? 0 : standard.EndOfFile.QuadPart;
     return info;

@@ -130,7 +130,7 @@ void TestFileOperations::copiesAndMovesIntoAFolder()
 void TestFileOperations::aSingleSourceToAPath()
 {
     QCOMPARE(m_files->CopyFile(in(u"a.mp3"_s), in(u"to/new.mp3"_s)), ResultDone);
-    QCOMPARE(readFile(in(u"to/new.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"to/new.mp3"_s)), QByteArray("a"));
     QVERIFY(m_files->CopyFile(in(u"a.mp3"_s), in(u"none/"_s)) != ResultDone);
     QCOMPARE(m_host->told.size(), 1);
     QCOMPARE(m_host->told[0].failures[0].error.code, ErrorCode::NotFound);
@@ -190,7 +190,7 @@ void TestFileOperations::aYesToTheTrashIsNoneToLosing()
     writeFile(in(u"data/Trash/files"_s), "no folder");
     QCOMPARE(m_files->DeleteFile(list({u"a.mp3"_s})), ResultCancelled);
     QCOMPARE(m_host->asked, (QStringList{u"trash 1"_s, u"delete 1"_s}));
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("a"));
 }
 
 void TestFileOperations::whatIsGoneIsSaidToBeWithoutAQuestion()
@@ -204,7 +204,7 @@ void TestFileOperations::whatIsGoneIsSaidToBeWithoutAQuestion()
     QVERIFY(m_files->DeleteFile(list({u"gone.mp3"_s, u"a.mp3"_s})) != ResultDone);
     QCOMPARE(m_host->asked, QStringList{u"trash 1"_s});
     QCOMPARE(m_host->told[1].failures[0].path, in(u"gone.mp3"_s));
-    QCOMPARE(readFile(inTrash(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(inTrash(u"a.mp3"_s)), QByteArray("a"));
     // Nor is there anything to lose where no trash is wanted.
     QVERIFY(m_files->DeleteFile(in(u"gone.mp3"_s), false) != ResultDone);
     QCOMPARE(m_host->asked.size(), 1);
@@ -219,18 +219,18 @@ void TestFileOperations::withoutUndoForGood()
     QVERIFY(!QFileInfo::exists(inTrash(u"a.mp3"_s)));
     QCOMPARE(m_files->DeleteFile(in(u"b.mp3"_s), true, FlagNoConfirmation), ResultDone);
     QCOMPARE(m_host->asked.size(), 1);
-    QCOMPARE(readFile(inTrash(u"b.mp3"_s)), QByteArray("b"));
+    QCOMPARE(contentOf(inTrash(u"b.mp3"_s)), QByteArray("b"));
 }
 
 void TestFileOperations::renames()
 {
     QCOMPARE(m_files->RenameFile(in(u"a.mp3"_s), in(u"c.mp3"_s), true), ResultDone);
-    QCOMPARE(readFile(in(u"c.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"c.mp3"_s)), QByteArray("a"));
     QVERIFY(m_files->RenameFile(in(u"c.mp3"_s), in(u"b.mp3"_s), true) != ResultDone);
     QCOMPARE(m_host->told[0].failures[0].error.code, ErrorCode::AlreadyExists);
-    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b"));
+    QCOMPARE(contentOf(in(u"b.mp3"_s)), QByteArray("b"));
     QCOMPARE(m_operations->undo(), ResultDone);
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("a"));
 }
 
 void TestFileOperations::failuresAreTold()

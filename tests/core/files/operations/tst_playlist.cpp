@@ -209,7 +209,7 @@ void TestPlaylist::neverThroughALinkNorOverAFolder()
         writeFile(in(u"precious.txt"_s), "precious");
         makeLink("precious.txt", in(u"lista.m3u"_s));
         QVERIFY(WritePlaylist(m_fileSystem, folder(), {u"a.mp3"_s}, {}));
-        QCOMPARE(readFile(in(u"precious.txt"_s)), QByteArray("precious"));
+        QCOMPARE(contentOf(in(u"precious.txt"_s)), QByteArray("precious"));
         QCOMPARE(snapshotOf(m_folder->path()).value(u"lista.m3u"_s), QByteArray("file a.mp3\r\n"));
     }
     QDir().mkpath(in(u"Disco.m3u"_s));
@@ -229,14 +229,14 @@ void TestPlaylist::playsTheSelection()
     QVERIFY(PlaySelection(
         m_fileSystem, u"/m/"_s, {u"a.mp3"_s, u"cd1/b.mp3"_s}, list, [&](const QString &path) { opened.append(path); }));
     QCOMPARE(opened, QStringList{list});
-    QCOMPARE(readFile(list), QByteArray("/m/a.mp3\r\n/m/cd1/b.mp3\r\n"));
+    QCOMPARE(contentOf(list), QByteArray("/m/a.mp3\r\n/m/cd1/b.mp3\r\n"));
 }
 
 void TestPlaylist::playsAgain()
 {
     const QString list = in(u"list.m3u"_s);
     QByteArray seen;
-    const Opener open = [&](const QString &path) { seen = readFile(path); };
+    const Opener open = [&](const QString &path) { seen = contentOf(path); };
     QVERIFY(PlaySelection(m_fileSystem, u"/m/"_s, {u"a.mp3"_s, u"b.mp3"_s}, list, open));
     QVERIFY(PlaySelection(m_fileSystem, u"/m/"_s, {u"c.mp3"_s}, list, open));
     QCOMPARE(seen, QByteArray("/m/c.mp3\r\n"));

@@ -133,7 +133,7 @@ void TestRecorded::whatIsReplaced()
         QVERIFY((*change.done)->replaced);
         QVERIFY((*change.done)->trashed);
         if (givesBackFromTrash())
-            QVERIFY(readFile((*change.done)->trashed->file).startsWith("old "));
+            QVERIFY(contentOf((*change.done)->trashed->file).startsWith("old "));
     }
 }
 
@@ -161,7 +161,7 @@ void TestRecorded::deletions()
     QVERIFY(done[0].wasThere && done[1].wasThere);
     QVERIFY((*done[0].done)->trashed);
     if (givesBackFromTrash())
-        QCOMPARE(readFile((*done[0].done)->trashed->file), QByteArray("a"));
+        QCOMPARE(contentOf((*done[0].done)->trashed->file), QByteArray("a"));
     QCOMPARE(done[1].change.kind, ChangeKind::Delete);
     QVERIFY(done[1].change.isFolder);
 }
@@ -197,7 +197,7 @@ void TestRecorded::aRingIsPendingAsAWhole()
     const QString aside = m_journal->kept[0].change.aside;
     QVERIFY(aside.startsWith(in(u"a (ravlin-"_s)));
     QVERIFY(m_journal->kept[1].change.aside.isEmpty());
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("c"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("c"));
 }
 
 void TestRecorded::aRingThatFails()
@@ -209,7 +209,7 @@ void TestRecorded::aRingThatFails()
     QCOMPARE(m_journal->kept.size(), std::size_t(2));
     QVERIFY(!m_journal->hasPending());
     QVERIFY(m_journal->made().empty());
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("a"));
 }
 
 void TestRecorded::aNewPlaylist()
@@ -249,8 +249,8 @@ void TestRecorded::aPlaylistInPlaceOfALink()
     QCOMPARE(change.change.kind, ChangeKind::Create);
     QVERIFY((*change.done)->replaced);
     QVERIFY(QFileInfo((*change.done)->trashed->file).isSymLink());
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
-    QCOMPARE(readFile(in(u"cd/lista.m3u"_s)), QByteArray("c.mp3\r\n"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"cd/lista.m3u"_s)), QByteArray("c.mp3\r\n"));
 }
 
 void TestRecorded::pathsAreWhole()

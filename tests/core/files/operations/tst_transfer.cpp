@@ -199,7 +199,7 @@ void TestTransfer::linksStayLinks()
     const Snapshot expected{{u"cd"_s, "folder"}, {u"cd/link.mp3"_s, "link ../real.mp3"},
         {u"dangling"_s, "link nowhere"}, {u"folderlink"_s, "link cd"}};
     QCOMPARE(snapshotOf(to), expected);
-    QCOMPARE(readFile(in(u"real.mp3"_s)), QByteArray("real"));
+    QCOMPARE(contentOf(in(u"real.mp3"_s)), QByteArray("real"));
     QCOMPARE(platform::isTaken(in(u"dangling"_s)), kind == TransferKind::Copy);
 }
 
@@ -270,7 +270,7 @@ void TestTransfer::replacesAfterAYes()
         QVERIFY(step.replaced);
         QCOMPARE(step.trashed.has_value(), platform::hasTrash(step.target));
         if (step.trashed && !step.trashed->file.isEmpty())
-            QCOMPARE(readFile(step.trashed->file), QByteArray("old"));
+            QCOMPARE(contentOf(step.trashed->file), QByteArray("old"));
         if (step.trashed)
             discard(*step.trashed);
     }
@@ -375,7 +375,7 @@ void TestTransfer::aMoveToWhereItIs()
     const TransferReport report = run(TransferKind::Move, {in(u"to/a.mp3"_s)}, in(u"to/"_s));
     QCOMPARE(report.failures.size(), std::size_t(1));
     QCOMPARE(report.failures[0].error.code, ErrorCode::AlreadyExists);
-    QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"to/a.mp3"_s)), QByteArray("a"));
 }
 
 void TestTransfer::twoSourcesOfOneName()
@@ -407,7 +407,7 @@ void TestTransfer::underANewName()
     writeFile(in(u"a.mp3"_s), "a");
     const auto plan = makeTransferPlan(m_fileSystem, {TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), u"b.mp3"_s});
     QVERIFY(runTransfer(m_fileSystem, *plan).isComplete());
-    QCOMPARE(readFile(in(u"to/b.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"to/b.mp3"_s)), QByteArray("a"));
     for (const QString &name : {u".."_s, u"x/y"_s, u"."_s}) {
         const auto refused = makeTransferPlan(m_fileSystem, {TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), name});
         QCOMPARE(refused.error().code, ErrorCode::InvalidArgument);

@@ -179,7 +179,7 @@ void TestTransferFaults::aWrongByteKeepsTheSource()
     QCOMPARE(report.failures[0].error.code, ErrorCode::VerifyFailed);
     QCOMPARE(report.failures[0].path, source(2));
     checkNothingLost(&report, true);
-    QVERIFY(readFile(source(2)) == content(2));
+    QVERIFY(contentOf(source(2)) == content(2));
     QVERIFY(!platform::isTaken(m_to + u"/2.mp3"_s));
 }
 
@@ -199,7 +199,7 @@ void TestTransferFaults::theSourceChangesMeanwhile()
     const TransferReport report = transfer(faulty, TransferKind::Move, {source(0)}, m_to);
     QCOMPARE(report.failures.size(), std::size_t(1));
     QCOMPARE(report.failures[0].error.code, ErrorCode::ChangedMeanwhile);
-    QCOMPARE(readFile(source(0)), QByteArray("somebody's new version"));
+    QCOMPARE(contentOf(source(0)), QByteArray("somebody's new version"));
     QVERIFY(snapshotOf(m_to).isEmpty());
 }
 
@@ -215,8 +215,8 @@ void TestTransferFaults::aFileComesIntoTheFolderMeanwhile()
     };
     const TransferReport report = transfer(faulty, TransferKind::Move, {in(u"from/cd"_s)}, m_to);
     QCOMPARE(report.inBothPlaces.size(), std::size_t(1));
-    QCOMPARE(readFile(in(u"from/cd/sub/late.mp3"_s)), QByteArray("late"));
-    QVERIFY(readFile(m_to + u"/cd/sub/x.mp3"_s) == content(100));
+    QCOMPARE(contentOf(in(u"from/cd/sub/late.mp3"_s)), QByteArray("late"));
+    QVERIFY(contentOf(m_to + u"/cd/sub/x.mp3"_s) == content(100));
     QVERIFY(!report.done[0].isMove); // not all of the source is gone
 }
 
@@ -282,14 +282,14 @@ void TestTransferFaults::aFullDisk()
     QCOMPARE(snapshotOf(small.path()).size(), qsizetype(report.done.size()));
     for (int number = 0; number < 5; ++number) {
         const QByteArray expected = pattern(1'000'000, quint32(number));
-        const QByteArray there = readFile(small.path() + u"/%1.mp3"_s.arg(number));
-        QVERIFY(there == expected || (there == "(none)" && readFile(source(number)) == expected));
+        const QByteArray there = contentOf(small.path() + u"/%1.mp3"_s.arg(number));
+        QVERIFY(there == expected || (there == "(none)" && contentOf(source(number)) == expected));
     }
     // A folder that does not fit leaves nothing behind.
     const TransferReport folder = transfer(platform::FileSystem::native(), kind, {in(u"from/cd"_s)}, small.path());
     QCOMPARE(folder.failures[0].error.code, ErrorCode::NoSpace);
     QCOMPARE(snapshotOf(small.path()).size(), qsizetype(report.done.size()));
-    QVERIFY(readFile(in(u"from/cd/big.mp3"_s)) == pattern(2'900'000, 9));
+    QVERIFY(contentOf(in(u"from/cd/big.mp3"_s)) == pattern(2'900'000, 9));
 }
 
 void TestTransferFaults::anInjectedFullDisk()
@@ -318,7 +318,7 @@ void TestTransferFaults::aReadOnlyTarget()
     QCOMPARE(report.failures[0].error.code, ErrorCode::ReadOnlyDrive);
     QCOMPARE(report.notDone.size(), FileCount);
     for (int number = 0; number < FileCount; ++number)
-        QVERIFY(readFile(source(number)) == content(number));
+        QVERIFY(contentOf(source(number)) == content(number));
 }
 
 void TestTransferFaults::killedAtAnyMoment_data()
@@ -377,9 +377,9 @@ void TestTransferFaults::leftoverFoldersStay()
     writeFile(in(u"precious/c.mp3"_s), "c");
     makeLink(QFile::encodeName(in(u"precious"_s)), link);
     QCOMPARE(storage::cleanLeftovers(native, m_to).value(), 0);
-    QCOMPARE(readFile(stale + u"/sub/b.mp3"_s), QByteArray("b"));
-    QCOMPARE(readFile(used->path() + u"/a.mp3"_s), QByteArray("a"));
-    QCOMPARE(readFile(in(u"precious/c.mp3"_s)), QByteArray("c"));
+    QCOMPARE(contentOf(stale + u"/sub/b.mp3"_s), QByteArray("b"));
+    QCOMPARE(contentOf(used->path() + u"/a.mp3"_s), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"precious/c.mp3"_s)), QByteArray("c"));
 }
 
 QTEST_GUILESS_MAIN(TestTransferFaults)

@@ -99,7 +99,7 @@ void TestTransferRun::stopped()
     }
     for (const TransferStep &step : report.done) {
         const quint32 seed = platform::nameOf(step.target).left(1).toUInt();
-        QVERIFY(readFile(step.target) == pattern(10'000'000, seed));
+        QVERIFY(contentOf(step.target) == pattern(10'000'000, seed));
     }
     QCOMPARE(snapshotOf(to).size(), qsizetype(report.done.size())); // no leftovers
 }
@@ -141,7 +141,7 @@ void TestTransferRun::ofManyFiles()
     QCOMPARE(report.done.size(), std::size_t(301));
     QVERIFY(snapshotOf(to + u"/folder"_s) == folder);
     for (const QString &source : sources)
-        QVERIFY(readFile(to + u'/' + platform::nameOf(source)) == many.value(platform::nameOf(source)).sliced(5));
+        QVERIFY(contentOf(to + u'/' + platform::nameOf(source)) == many.value(platform::nameOf(source)).sliced(5));
     QCOMPARE(snapshotOf(in(u"many"_s)).size(), kind == TransferKind::Copy ? 300 : 0);
 }
 

@@ -129,8 +129,8 @@ void TestUndo::oneByOne()
     QCOMPARE(undo().undone, QStringList{in(u"a.mp3"_s)});
     QVERIFY(!next());
     QVERIFY(undo().undone.isEmpty());
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
-    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"b.mp3"_s)), QByteArray("b"));
 }
 
 void TestUndo::aMove_data()
@@ -168,8 +168,8 @@ void TestUndo::aMoveWhoseOldNameIsTaken()
     const UndoReport report = undo();
     QCOMPARE(report.failures.size(), std::size_t(1));
     QCOMPARE(report.failures[0].error.code, ErrorCode::AlreadyExists);
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("another"));
-    QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("mine"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("another"));
+    QCOMPARE(contentOf(in(u"to/a.mp3"_s)), QByteArray("mine"));
 }
 
 void TestUndo::whatWasReplacedComesBack_data()
@@ -196,8 +196,8 @@ void TestUndo::whatWasReplacedComesBack()
     const QStringList sources = merges ? QStringList{in(u"cd"_s)} : QStringList{in(u"cd/a.mp3"_s), in(u"cd/b.mp3"_s)};
     const TransferReport report = transfer(kind, sources, in(u"to"_s), ClashAnswer::Replace);
     QVERIFY(report.isComplete() && report.lost.isEmpty());
-    QCOMPARE(readFile(merges ? in(u"to/cd/a.mp3"_s) : in(u"to/a.mp3"_s)), QByteArray("new"));
-    QCOMPARE(readFile(inTrash(u"a.mp3"_s)), QByteArray("old"));
+    QCOMPARE(contentOf(merges ? in(u"to/cd/a.mp3"_s) : in(u"to/a.mp3"_s)), QByteArray("new"));
+    QCOMPARE(contentOf(inTrash(u"a.mp3"_s)), QByteArray("old"));
     const UndoReport undone = undo();
     QVERIFY(undone.failures.empty() && undone.lost.isEmpty());
     QCOMPARE(undone.undone.size(), 2);
@@ -217,7 +217,7 @@ void TestUndo::whatWasReplacedHasLeftTheTrash()
     QCOMPARE(report.failures.size(), std::size_t(1));
     QCOMPARE(report.failures[0].path, in(u"to/a.mp3"_s));
     QCOMPARE(report.failures[0].error.code, ErrorCode::NotFound);
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("new"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("new"));
 }
 
 void TestUndo::aMoveThatReplacedForGood()
@@ -231,7 +231,7 @@ void TestUndo::aMoveThatReplacedForGood()
     const UndoReport report = undo();
     QCOMPARE(report.undone, QStringList{in(u"a.mp3"_s)});
     QCOMPARE(report.lost, QStringList{in(u"to/a.mp3"_s)});
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("mine"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("mine"));
 }
 
 void TestUndo::aMergedMove()
@@ -252,8 +252,8 @@ void TestUndo::aCopyGoesIntoTheTrash()
     transfer(TransferKind::Copy, {in(u"cd"_s), in(u"cd/a.mp3"_s)}, in(u"to"_s));
     QVERIFY(undo().failures.empty());
     QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
-    QCOMPARE(readFile(in(u"cd/a.mp3"_s)), QByteArray("a"));
-    QCOMPARE(readFile(inTrash(u"cd/a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"cd/a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(inTrash(u"cd/a.mp3"_s)), QByteArray("a"));
 }
 
 void TestUndo::aCopyThatWasEditedStays()
@@ -263,7 +263,7 @@ void TestUndo::aCopyThatWasEditedStays()
     writeFile(in(u"to/a.mp3"_s), "edited");
     const UndoReport report = undo();
     QCOMPARE(report.failures[0].error.code, ErrorCode::ChangedMeanwhile);
-    QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("edited"));
+    QCOMPARE(contentOf(in(u"to/a.mp3"_s)), QByteArray("edited"));
 }
 
 void TestUndo::aCopyThatReplacedForGoodStays()
@@ -276,7 +276,7 @@ void TestUndo::aCopyThatReplacedForGoodStays()
     transfer(TransferKind::Copy, {in(u"a.mp3"_s)}, in(u"to"_s), ClashAnswer::Replace);
     const UndoReport report = undo();
     QCOMPARE(report.failures[0].error.code, ErrorCode::Unsupported);
-    QCOMPARE(readFile(in(u"to/a.mp3"_s)), QByteArray("new"));
+    QCOMPARE(contentOf(in(u"to/a.mp3"_s)), QByteArray("new"));
 }
 
 void TestUndo::aDeletionComesBack()
@@ -288,8 +288,8 @@ void TestUndo::aDeletionComesBack()
     trash({in(u"cd"_s), in(u"b.mp3"_s)});
     QVERIFY(!platform::isTaken(in(u"cd"_s)));
     QVERIFY(undo().failures.empty());
-    QCOMPARE(readFile(in(u"cd/a.mp3"_s)), QByteArray("a"));
-    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b"));
+    QCOMPARE(contentOf(in(u"cd/a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"b.mp3"_s)), QByteArray("b"));
 }
 
 void TestUndo::aDeletionForGoodSaysWhy()
@@ -307,7 +307,7 @@ void TestUndo::aDeletionForGoodSaysWhy()
     m_history->endEntry();
     QCOMPARE(deleted.deleted.size(), 2);
     QVERIFY(!platform::isTaken(in(u"cd"_s)));
-    QCOMPARE(readFile(in(u"kept/b.mp3"_s)), QByteArray("b")); // links are deleted, not followed
+    QCOMPARE(contentOf(in(u"kept/b.mp3"_s)), QByteArray("b")); // links are deleted, not followed
     QCOMPARE(next()->kind, history::Kind::Delete);
     const UndoReport report = undo();
     QCOMPARE(report.failures.size(), std::size_t(2));
@@ -321,13 +321,13 @@ void TestUndo::aBatchOfRenames()
     writeFile(in(u"a.mp3"_s), "was a");
     writeFile(in(u"b.mp3"_s), "was b");
     rename({{u"a.mp3"_s, u"b.mp3"_s}, {u"b.mp3"_s, u"a.mp3"_s}});
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("was b"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("was b"));
     const UndoReport report = undo();
     QVERIFY(report.failures.empty());
     QCOMPARE(report.entry.kind, history::Kind::Rename);
     QCOMPARE(report.undone.size(), 2);
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("was a"));
-    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("was b"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("was a"));
+    QCOMPARE(contentOf(in(u"b.mp3"_s)), QByteArray("was b"));
 }
 
 void TestUndo::whatIsGoneSaysSo()
@@ -357,7 +357,7 @@ void TestUndo::aMoveThatWasNotFinishedGivesBackWhatIsGone()
     QVERIFY(report.failures.empty());
     QCOMPARE(snapshotOf(in(u"cd"_s)), (Snapshot{{u"a.mp3"_s, "file a"}, {u"b.mp3"_s, "file b"}}));
     QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
-    QCOMPARE(readFile(inTrash(u"cd/a.mp3"_s)), QByteArray("a")); // the copy, which may have changed since
+    QCOMPARE(contentOf(inTrash(u"cd/a.mp3"_s)), QByteArray("a")); // the copy, which may have changed since
 }
 
 void TestUndo::aCopyOfAMoveThatLeftItsSourceGoes()
@@ -375,9 +375,9 @@ void TestUndo::aCopyOfAMoveThatLeftItsSourceGoes()
     m_history->endEntry();
     QVERIFY(undo().failures.empty());
     QVERIFY(snapshotOf(in(u"to"_s)).isEmpty());
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
-    QCOMPARE(readFile(inTrash(u"a.mp3"_s)), QByteArray("a.mp3"));
-    QCOMPARE(readFile(in(u"b.mp3"_s)), QByteArray("b.mp3")); // the only one is moved back
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(inTrash(u"a.mp3"_s)), QByteArray("a.mp3"));
+    QCOMPARE(contentOf(in(u"b.mp3"_s)), QByteArray("b.mp3")); // the only one is moved back
 }
 
 void TestUndo::aStopLeavesTheRestForTheNextUndo_data()
@@ -519,7 +519,7 @@ void TestUndo::findsFilesWhereTheyAreNow()
     const UndoReport report = undo({.entry = first});
     QVERIFY(report.later.empty()); // moved, not changed
     QCOMPARE(report.undone, QStringList{in(u"disc/a.mp3"_s)});
-    QCOMPARE(readFile(in(u"disc/a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"disc/a.mp3"_s)), QByteArray("a"));
 }
 
 void TestUndo::anOlderOneWaitsForTheLater()
@@ -587,7 +587,7 @@ void TestUndo::foldersThatRenamesMade()
     QVERIFY(report.failures.empty());
     QCOMPARE(report.undone.size(), 2); // the folders are not counted
     QVERIFY(!platform::isTaken(in(u"x"_s)));
-    QCOMPARE(readFile(in(u"z/cover.jpg"_s)), QByteArray("of somebody else"));
+    QCOMPARE(contentOf(in(u"z/cover.jpg"_s)), QByteArray("of somebody else"));
 }
 
 void TestUndo::playlists()
@@ -602,16 +602,16 @@ void TestUndo::playlists()
     write({u"a.mp3"_s});
     write({u"b.mp3"_s, u"c.mp3"_s});
     QVERIFY(undo().failures.empty());
-    QCOMPARE(readFile(list), QByteArray("a.mp3\r\n"));
+    QCOMPARE(contentOf(list), QByteArray("a.mp3\r\n"));
     QVERIFY(undo().failures.empty());
     QVERIFY(!platform::isTaken(list));
-    QCOMPARE(readFile(inTrash(u"lista.m3u"_s)), QByteArray("a.mp3\r\n"));
+    QCOMPARE(contentOf(inTrash(u"lista.m3u"_s)), QByteArray("a.mp3\r\n"));
     QVERIFY(redo().failures.empty());
     QVERIFY(redo().failures.empty());
-    QCOMPARE(readFile(list), QByteArray("b.mp3\r\nc.mp3\r\n"));
+    QCOMPARE(contentOf(list), QByteArray("b.mp3\r\nc.mp3\r\n"));
     writeFile(list, "edited");
     QCOMPARE(undo().failures[0].error.code, ErrorCode::ChangedMeanwhile);
-    QCOMPARE(readFile(list), QByteArray("edited"));
+    QCOMPARE(contentOf(list), QByteArray("edited"));
 }
 
 void TestUndo::anotherRunUndoesTheLast()
@@ -622,7 +622,7 @@ void TestUndo::anotherRunUndoesTheLast()
         m_fileSystem, QDir::toNativeSeparators(m_database->filePath(u"history.sqlite"_s)));
     m_journal = m_history.get();
     QCOMPARE(undo().undone, QStringList{in(u"a.mp3"_s)});
-    QCOMPARE(readFile(in(u"a.mp3"_s)), QByteArray("a"));
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("a"));
 }
 
 QTEST_GUILESS_MAIN(TestUndo)
