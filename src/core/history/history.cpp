@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/history/history.h"
 
+#include "core/history/encoding.h"
+#include "core/history/spool.h"
 #include "core/history/store.h"
 #include "core/platform/path.h"
 #include "core/storage/recorder.h"
@@ -10,6 +12,7 @@
 #include <QStandardPaths>
 
 #include <array>
+#include <numeric>
 #include <tuple>
 
 namespace ravlin::history {
@@ -19,10 +22,18 @@ constexpr qint64 MillisecondsPerDay = 24LL * 60 * 60 * 1000;
 constexpr qint64 BytesPerMegabyte = 1024LL * 1024;
 constexpr qsizetype MostRedo = 100; ///< that are looked at for one whose files are as they were
 constexpr int MostSetAside = 10;
+constexpr std::size_t MostSpooled = 256;       ///< changes
+constexpr qint64 LargestSpooled = 64LL * 1024; ///< bytes of one change
 
 qint64 now()
 {
     return QDateTime::currentMSecsSinceEpoch();
+}
+
+qint64 lostBytes(const storage::ChangeRecord &change)
+{
+    return std::accumulate(change.inverse.begin(), change.inverse.end(), qint64(0),
+        [](qint64 sum, const storage::Segment &segment) { return sum + segment.bytes.size(); });
 }
 
 /// The folder of the database, with those above it.
@@ -55,9 +66,8 @@ History::History(platform::FileSystem &fileSystem, QString path) : m_fileSystem(
 History::~History()
 {
     const bool isUnfinished = m_hasUnfinished || m_openTemporary > 0 || !m_begun.empty();
-    if (m_store && (m_isRunRecorded || !m_endings.empty() || !m_endedTemporary.empty())) {
+    if (m_store)
         std::ignore = change([&](Store &store) { return isUnfinished ? Result<void>() : store.removeRun(m_runName); });
-    }
 }
 
 void History::setLimits(int days, int megabytes)
@@ -82,6 +92,8 @@ void History::fail(const Error &error)
 Result<void> History::setAside()
 {
     m_store.reset();
+    m_queue.clear();
+    m_stored.clear();
     m_endings.clear();
     m_endedTemporary.clear();
     m_isRunRecorded = false;
@@ -132,10 +144,19 @@ Result<void> History::change(const std::function<Result<void>(Store &)> &work)
     Store *const open = store(true);
     if (open == nullptr)
         return tl::unexpected(m_problem.value_or(Error{ErrorCode::NotFound, m_path, {}}));
-    auto done = open->database().transaction([&] { return flush(*open).and_then([&] { return work(*open); }); });
+    m_newEntry = 0;
+    std::map<Ticket, qint64> stored;
+    const auto all = [&] { return flush(*open, stored).and_then([&] { return work(*open); }); };
+    auto done = open->database().transaction(all);
     if (done) {
+        if (m_newEntry != 0)
+            m_summary.entry.id = m_newEntry;
+        m_stored.merge(stored);
         m_endings.clear();
         m_endedTemporary.clear();
+        if (m_spool && !m_queue.empty())
+            std::ignore = m_spool->clear(); // what stays in it is known to be taken
+        m_queue.clear();
         return done;
     }
     if (done.error().code == ErrorCode::Damaged)
@@ -144,8 +165,26 @@ Result<void> History::change(const std::function<Result<void>(Store &)> &work)
     return done;
 }
 
-Result<void> History::flush(Store &store)
+Result<void> History::flush(Store &store, std::map<Ticket, qint64> &stored)
 {
+    for (const SpooledChange &spooled : m_queue) {
+        if (spooled.isEnded && (!spooled.done || spooled.time == 0))
+            continue;
+        const auto entry = spooled.time == 0 ? Result<qint64>(0) : currentEntry(store);
+        const auto id = entry.and_then([&](qint64 of) {
+            return store.addChange(of, spooled.change, spooled.digest, spooled.reverted, m_runName);
+        });
+        if (!id)
+            return tl::unexpected(id.error());
+        if (!spooled.isEnded)
+            stored.emplace(-spooled.number, *id);
+        else if (auto ended = store.end({*id, spooled.done}); !ended)
+            return ended;
+    }
+    if (!m_queue.empty()) {
+        if (auto taken = store.setTaken(m_runName, m_lastNumber); !taken)
+            return taken;
+    }
     for (const Ending &ending : m_endings) {
         if (auto ended = store.end(ending); !ended)
             return ended;
@@ -159,25 +198,22 @@ Result<void> History::flush(Store &store)
 
 bool History::startRun()
 {
-    if (m_run)
+    if (m_run && m_isRunRecorded)
         return true;
-    if (const auto made = makeFolder(m_path); !made) {
-        fail(made.error());
-        return false;
+    if (!m_run) {
+        auto file = makeFolder(m_path).and_then(
+            [this] { return storage::TemporaryFile::create(m_fileSystem, platform::folderOf(m_path)); });
+        if (!file) {
+            fail(file.error());
+            return false;
+        }
+        m_run = std::make_unique<storage::TemporaryFile>(std::move(*file));
+        m_runName = platform::nameOf(m_run->path());
+        m_spool = std::make_unique<Spool>(m_run->file());
     }
-    auto file = storage::TemporaryFile::create(m_fileSystem, platform::folderOf(m_path));
-    if (!file) {
-        fail(file.error());
-        return false;
-    }
-    m_run = std::make_unique<storage::TemporaryFile>(std::move(*file));
-    m_runName = platform::nameOf(m_run->path());
-    return true;
-}
-
-Result<void> History::recordRun(Store &store)
-{
-    return m_isRunRecorded ? Result<void>() : store.addRun(m_runName);
+    // From now on others know that it may leave something.
+    m_isRunRecorded = change([this](Store &store) { return store.addRun(m_runName); }).has_value();
+    return m_isRunRecorded;
 }
 
 QString History::wholePath(const QString &path)
@@ -198,7 +234,10 @@ Result<qint64> History::currentEntry(Store &store)
         return 0;
     if (m_summary.entry.id != 0)
         return m_summary.entry.id;
-    return store.addEntry(m_summary.entry.time, m_summary.entry.kind, m_summary.entry.folder, m_reverts);
+    if (m_newEntry != 0)
+        return m_newEntry;
+    return store.addEntry(m_summary.entry.time, m_summary.entry.kind, m_summary.entry.folder, m_reverts)
+        .map([this](qint64 id) { return m_newEntry = id; });
 }
 
 void History::beginEntry(Kind kind, const QString &folder)
@@ -239,50 +278,74 @@ std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeReco
         *path = wholePath(*path);
     if (record.isFolder)
         m_folders.clear(); // those in it go with it
-    const bool isReverting = m_reverts != 0;
-    const qint64 reverted = std::exchange(m_reverting, 0);
+    const qint64 reverted = m_reverts != 0 ? std::exchange(m_reverting, 0) : 0;
     FileRecord shown;
     shown.change = record.kind;
     shown.path = record.path;
     shown.newPath = record.newPath;
     shown.values = record.values;
-    const bool isDurable = record.way == storage::ContentWay::Patches || m_nextIsDurable;
-    qint64 entry = 0;
-    const auto add = [&](Store &store) {
-        return recordRun(store)
-            .and_then([&] { return currentEntry(store); })
-            .and_then([&](qint64 id) {
-                entry = id;
-                return store.addChange(id, record, isReverting ? reverted : 0, m_runName);
-            })
-            .map([&](qint64 id) { shown.id = id; });
-    };
-    Store *const open = !m_summary.problem && startRun() ? store(true) : nullptr;
-    if (open != nullptr && isDurable)
-        std::ignore = open->setDurable(true);
-    const bool isRecorded = open != nullptr && change(add).has_value();
-    if (isDurable && m_store)
-        std::ignore = m_store->setDurable(false);
-    if (!isRecorded) {
+    const bool isSpooled =
+        record.way != storage::ContentWay::Patches && !m_nextIsDurable && lostBytes(record) <= LargestSpooled;
+    std::optional<Ticket> ticket;
+    if (!m_summary.problem && startRun())
+        ticket = isSpooled ? beginSpooled(record, reverted) : beginStored(record, reverted);
+    if (!ticket) {
         // Without a record it still belongs to what the user is told.
         ++m_summary.doneCount;
-        shown.id = 0;
         if (static_cast<qsizetype>(m_summary.files.size()) < Summary::MostFiles)
             m_summary.files.push_back(std::move(shown));
         return std::nullopt;
     }
-    m_isRunRecorded = true;
-    m_nextIsDurable = false;
-    m_summary.entry.id = entry;
-    const Ticket ticket = shown.id;
-    if (isReverting) {
-        if (const auto found = m_toRevert.find(reverted); found != m_toRevert.end())
-            shown = found->second;
-    }
-    if (record.way == storage::ContentWay::Patches)
-        m_durable.insert(ticket);
-    m_begun.emplace(ticket, std::move(shown));
+    if (const auto found = m_toRevert.find(reverted); found != m_toRevert.end())
+        shown = found->second;
+    m_begun.emplace(*ticket, std::move(shown));
     return ticket;
+}
+
+std::optional<storage::Journal::Ticket> History::beginSpooled(const storage::ChangeRecord &record, qint64 reverted)
+{
+    if (m_queue.size() >= MostSpooled && !change([](Store &) { return Result<void>(); }))
+        return std::nullopt;
+    SpooledChange spooled;
+    spooled.number = ++m_lastNumber;
+    spooled.entry = m_summary.entry.id;
+    spooled.time = m_isRecording && m_isOpen ? m_summary.entry.time : 0;
+    spooled.kind = m_summary.entry.kind;
+    spooled.folder = m_summary.entry.folder;
+    spooled.reverts = m_reverts;
+    spooled.reverted = reverted;
+    spooled.change = record;
+    spooled.change.written.clear();
+    spooled.digest = digestOf(record.written);
+    if (const auto appended = m_spool->append(spooled); !appended) {
+        fail(appended.error());
+        return std::nullopt;
+    }
+    m_queue.push_back(std::move(spooled));
+    return -m_lastNumber;
+}
+
+std::optional<storage::Journal::Ticket> History::beginStored(const storage::ChangeRecord &record, qint64 reverted)
+{
+    const bool isDurable = record.way == storage::ContentWay::Patches || m_nextIsDurable;
+    if (isDurable && m_store)
+        std::ignore = m_store->setDurable(true);
+    qint64 row = 0;
+    const auto added = change([&](Store &store) {
+        return currentEntry(store)
+            .and_then([&](qint64 entry) {
+                return store.addChange(entry, record, digestOf(record.written), reverted, m_runName);
+            })
+            .map([&](qint64 id) { row = id; });
+    });
+    if (isDurable && m_store)
+        std::ignore = m_store->setDurable(false);
+    if (!added)
+        return std::nullopt;
+    m_nextIsDurable = false;
+    if (record.way == storage::ContentWay::Patches)
+        m_durable.insert(row);
+    return row;
 }
 
 void History::end(Ticket ticket, const Result<storage::ChangeDone> &done)
@@ -291,10 +354,17 @@ void History::end(Ticket ticket, const Result<storage::ChangeDone> &done)
     if (found.empty())
         return;
     m_nextIsDurable = m_durable.erase(ticket) != 0 || m_nextIsDurable;
-    Ending ending{ticket, std::nullopt};
-    if (done && m_summary.entry.id != 0)
-        ending.done = *done;
-    m_endings.push_back(std::move(ending));
+    const auto spooled = std::find_if(
+        m_queue.rbegin(), m_queue.rend(), [&](const SpooledChange &change) { return change.number == -ticket; });
+    if (spooled != m_queue.rend()) {
+        spooled->isEnded = true;
+        spooled->done = done ? std::optional(*done) : std::nullopt;
+        m_spool->noteEnd(*spooled);
+    } else {
+        const auto stored = m_stored.extract(ticket);
+        const bool isKept = done && m_summary.entry.id != 0;
+        m_endings.push_back({stored.empty() ? ticket : stored.mapped(), isKept ? std::optional(*done) : std::nullopt});
+    }
     if (!done)
         return;
     ++m_summary.doneCount;
@@ -308,11 +378,8 @@ std::optional<storage::Journal::Ticket> History::beginTemporary(const QString &f
         return std::nullopt;
     const QString whole = m_fileSystem.canonicalPath(folder).value_or(folder);
     qint64 id = 0;
-    const auto added = change([&](Store &store) {
-        return recordRun(store).and_then(
-            [&] { return store.addTemporary(whole, name, m_runName).map([&](qint64 row) { id = row; }); });
-    });
-    m_isRunRecorded = m_isRunRecorded || added.has_value();
+    const auto added = change(
+        [&](Store &store) { return store.addTemporary(whole, name, m_runName).map([&](qint64 row) { id = row; }); });
     m_openTemporary += added ? 1 : 0;
     return added ? std::optional(id) : std::nullopt;
 }
@@ -340,14 +407,16 @@ Summary History::endEntry()
     if (!m_isOpen)
         return {};
     m_summary.entry.fileCount = m_summary.doneCount;
-    if (m_store && (m_summary.entry.id != 0 || !m_endings.empty() || !m_endedTemporary.empty())) {
+    const bool hasWaiting = !m_queue.empty() || !m_endings.empty() || !m_endedTemporary.empty();
+    if (m_store && (m_summary.entry.id != 0 || hasWaiting)) {
         std::ignore = change([this](Store &store) -> Result<void> {
-            if (m_summary.entry.id == 0)
+            const qint64 entry = m_newEntry != 0 ? m_newEntry : m_summary.entry.id;
+            if (entry == 0)
                 return {};
             for (const FileRecord &file : m_summary.files) {
                 if (!file.error)
                     continue;
-                if (auto added = store.addFailure(m_summary.entry.id, file.path, *file.error); !added)
+                if (auto added = store.addFailure(entry, file.path, *file.error); !added)
                     return added;
             }
             return {};
@@ -363,7 +432,7 @@ Summary History::endEntry()
 template <typename Found>
 Result<Found> History::query(const std::function<Result<Found>(Store &)> &find)
 {
-    if (!m_endings.empty()) {
+    if (!m_queue.empty() || !m_endings.empty()) {
         if (const auto flushed = change([](Store &) { return Result<void>(); }); !flushed)
             return tl::unexpected(flushed.error());
     }
@@ -428,7 +497,9 @@ Result<std::vector<StoredChange>> History::changesToUndo(qint64 entry, const std
 
 Result<QString> History::presentPath(qint64 change, const QString &path)
 {
-    const auto entry = query<qint64>([&](Store &store) { return store.entryOf(change); });
+    // Of an earlier entry, so nothing that waits for the database matters.
+    Store *const open = store(false);
+    const auto entry = open != nullptr ? open->entryOf(change) : Result<qint64>(0);
     if (!entry)
         return tl::unexpected(entry.error());
     if (!m_moves || change < m_movesSince || !m_isOpen) {

@@ -23,6 +23,8 @@ namespace ravlin::history {
 
 struct Ending;
 struct MovedPath;
+struct SpooledChange;
+class Spool;
 class Store;
 
 /// What an entry stands for. The names in the database and in what the command line prints are those of kindName().
@@ -190,17 +192,20 @@ public:
 private:
     /// The open database, if it can be used. isToBeMade: it is created if there is none.
     Store *store(bool isToBeMade);
-    /// Does the work on the open database in one transaction, together with what is queued.
+    /// Does the work on the open database in one transaction, after what waits for the database.
     Result<void> change(const std::function<Result<void>(Store &)> &work);
     /// Runs a query; nothing is found where there is no database.
     template <typename Found>
     Result<Found> query(const std::function<Result<Found>(Store &)> &find);
     Result<void> open();
     Result<void> setAside();
-    Result<void> flush(Store &store);
+    Result<void> flush(Store &store, std::map<Ticket, qint64> &stored);
     Result<qint64> currentEntry(Store &store);
     bool startRun();
-    Result<void> recordRun(Store &store);
+    /// Record a change in the spool or at once in the database.
+    std::optional<Ticket> beginSpooled(const storage::ChangeRecord &record, qint64 reverted);
+    std::optional<Ticket> beginStored(const storage::ChangeRecord &record, qint64 reverted);
+    void takeSpool(const QString &run, platform::File &file);
     QString wholePath(const QString &path);
     /// Locks the file of a run that has ended; null if that file is gone. An error while the program still runs.
     Result<std::unique_ptr<platform::File>> takeOver(const QString &run);
@@ -218,10 +223,15 @@ private:
     std::unique_ptr<storage::TemporaryFile> m_run; ///< locked while this program runs; its name is in what it records
     QString m_runName;
     bool m_isRunRecorded = false;
-    int m_openTemporary = 0;           ///< temporary files that are there
-    bool m_hasUnfinished = false;      ///< something is left for the next program
-    QHash<QString, QString> m_folders; ///< whole paths of folders that the open entry has met
-    std::vector<Ending> m_endings;     ///< not yet in the database
+    int m_openTemporary = 0;            ///< temporary files that are there
+    bool m_hasUnfinished = false;       ///< something is left for the next program
+    QHash<QString, QString> m_folders;  ///< whole paths of folders that the open entry has met
+    std::unique_ptr<Spool> m_spool;     ///< in m_run
+    std::vector<SpooledChange> m_queue; ///< what is in it
+    qint64 m_lastNumber = 0;            ///< of a spooled change; its ticket is the negative
+    std::map<Ticket, qint64> m_stored;  ///< rows of spooled changes that went on when the spool was emptied
+    qint64 m_newEntry = 0;              ///< made in the present transaction
+    std::vector<Ending> m_endings;      ///< not yet in the database
     std::vector<qint64> m_endedTemporary;
     bool m_nextIsDurable = false; ///< or a power cut could bring back what has been ended
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/history/encoding.h"
 #include "core/history/history.h"
+#include "core/history/spool.h"
 #include "core/history/store.h"
 #include "core/platform/fileio.h"
 #include "core/platform/nodes.h"
@@ -254,12 +255,47 @@ Result<std::unique_ptr<File>> History::takeOver(const QString &run)
     return file;
 }
 
+/// Brings what a program that ended had not yet put into the database there.
+void History::takeSpool(const QString &run, File &file)
+{
+    const auto spooled = Spool::read(file);
+    if (!spooled || spooled->empty())
+        return;
+    std::ignore = change([&](Store &open) -> Result<void> {
+        const auto taken = open.taken(run);
+        if (!taken)
+            return tl::unexpected(taken.error());
+        std::map<qint64, qint64> made; // entries by their time
+        for (const SpooledChange &one : *spooled) {
+            if (one.number <= *taken || (one.isEnded && (!one.done || one.time == 0)))
+                continue;
+            qint64 entry = one.entry != 0 && open.hasEntry(one.entry).value_or(false) ? one.entry : made[one.time];
+            if (entry == 0 && one.time != 0) {
+                const auto added = open.addEntry(one.time, one.kind, one.folder, one.reverts);
+                if (!added)
+                    return tl::unexpected(added.error());
+                entry = made[one.time] = *added;
+            }
+            const auto added = open.addChange(entry, one.change, one.digest, one.reverted, run);
+            if (!added)
+                return tl::unexpected(added.error());
+            if (!one.isEnded)
+                continue;
+            if (auto ended = open.end({*added, one.done}); !ended)
+                return ended;
+        }
+        return open.setTaken(run, spooled->back().number);
+    });
+}
+
 void History::recover(Store &store, const QString &run, Recovery &recovery)
 {
     const auto lock = takeOver(run);
     if (!lock)
         return;
-    const auto rows = store.pending(run);
+    if (*lock)
+        takeSpool(run, **lock);
+    const auto rows = m_store ? m_store->pending(run) : tl::unexpected(Error());
     if (!rows)
         return;
     bool isAllDone = true;

@@ -29,7 +29,7 @@ CREATE TABLE change(id INTEGER PRIMARY KEY, entry INTEGER REFERENCES entry(id) O
 CREATE INDEX changesOfEntry ON change(entry);
 CREATE INDEX entriesReverting ON entry(reverts) WHERE reverts IS NOT NULL;
 CREATE INDEX revertingMoves ON change(reverts) WHERE reverts IS NOT NULL AND kind=1;
-CREATE TABLE run(name TEXT PRIMARY KEY) WITHOUT ROWID;
+CREATE TABLE run(name TEXT PRIMARY KEY, taken INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;
 CREATE TABLE content(key BLOB PRIMARY KEY, bytes BLOB NOT NULL) WITHOUT ROWID;
 CREATE TABLE piece(change INTEGER NOT NULL REFERENCES change(id) ON DELETE CASCADE, key BLOB NOT NULL,
     PRIMARY KEY(change, key)) WITHOUT ROWID;
@@ -124,7 +124,8 @@ Result<void> Store::addPieces(qint64 change)
     return {};
 }
 
-Result<qint64> Store::addChange(qint64 entry, const storage::ChangeRecord &change, qint64 reverts, const QString &run)
+Result<qint64> Store::addChange(
+    qint64 entry, const storage::ChangeRecord &change, const QByteArray &digest, qint64 reverts, const QString &run)
 {
     m_pieces.clear();
     const auto inverse = encodeSegments(change.inverse, [this](const QByteArray &piece) { return keepPiece(piece); });
@@ -148,7 +149,7 @@ Result<qint64> Store::addChange(qint64 entry, const storage::ChangeRecord &chang
     statement.bind(10, static_cast<qint64>(change.identity.inode)).bind(11, change.identity.born);
     statement.bind(12, static_cast<qint64>(change.way)).bind(13, change.newSize);
     statement.bind(14, isContent || !inverse->isEmpty() ? *inverse : QByteArray());
-    statement.bind(15, isContent ? digestOf(change.written) : QByteArray());
+    statement.bind(15, isContent ? digest : QByteArray());
     statement.bind(16, change.way == storage::ContentWay::Patches ? change.written : QByteArray());
     statement.bind(17, encodeValues(change.values)).bind(18, change.aside.isEmpty() ? QString() : change.aside);
     bindUnlessZero(statement, 19, reverts);
@@ -236,8 +237,14 @@ Result<void> Store::setDurable(bool isOn)
 
 Result<void> Store::addRun(const QString &run)
 {
-    auto statement = m_database.prepare("INSERT OR IGNORE INTO run VALUES(?)");
+    auto statement = m_database.prepare("INSERT OR IGNORE INTO run(name) VALUES(?)");
     return statement ? statement->bind(1, run).run() : tl::unexpected(statement.error());
+}
+
+Result<void> Store::setTaken(const QString &run, qint64 number)
+{
+    auto statement = cached(m_setTaken, "UPDATE run SET taken=? WHERE name=?");
+    return statement ? (*statement)->bind(1, number).bind(2, run).run() : tl::unexpected(statement.error());
 }
 
 Result<void> Store::removeRun(const QString &run)

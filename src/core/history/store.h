@@ -55,8 +55,9 @@ public:
 
     /// reverts: the entry that the new one takes back or repeats; 0 for none.
     Result<qint64> addEntry(qint64 time, Kind kind, const QString &folder, qint64 reverts);
-    /// reverts: the change that it takes back; 0 for none. run: see runs().
-    Result<qint64> addChange(qint64 entry, const storage::ChangeRecord &change, qint64 reverts, const QString &run);
+    /// digest: of the bytes written. reverts: the change that it takes back; 0 for none. run: see runs().
+    Result<qint64> addChange(qint64 entry, const storage::ChangeRecord &change, const QByteArray &digest,
+        qint64 reverts, const QString &run);
     Result<void> addFailure(qint64 entry, const QString &path, const Error &error);
     Result<void> end(const Ending &ending);
     Result<qint64> addTemporary(const QString &folder, const QString &name, const QString &run);
@@ -67,6 +68,9 @@ public:
     /// A program that records something, until it ends in order.
     Result<void> addRun(const QString &run);
     Result<void> removeRun(const QString &run);
+    /// The number of the last change that was taken over from a run's spool.
+    Result<void> setTaken(const QString &run, qint64 number);
+    Result<qint64> taken(const QString &run);
     /// The names of those that have not.
     Result<std::vector<QString>> runs();
     Result<std::vector<PendingChange>> pending(const QString &run);
@@ -74,6 +78,8 @@ public:
 
     Result<std::vector<Entry>> entries(const Query &query);
     Result<std::optional<Entry>> entry(qint64 id);
+    /// Also one that takes back another.
+    Result<bool> hasEntry(qint64 id);
     Result<std::vector<FileRecord>> files(qint64 entry);
     Result<std::optional<Entry>> nextUndo();
     /// Entries that took back another one and were not taken back themselves, newest first; each as the one it took
@@ -114,6 +120,7 @@ private:
     std::optional<Statement> m_remove;
     std::optional<Statement> m_addPiece;
     std::optional<Statement> m_addUse;
+    std::optional<Statement> m_setTaken;
     std::optional<Statement> m_addTemporary;
     std::optional<Statement> m_removeTemporary;
     std::optional<Statement> m_entryOf;

@@ -104,6 +104,14 @@ private:
 
 } // namespace
 
+Result<qint64> Store::taken(const QString &run)
+{
+    auto statement = m_database.prepare("SELECT taken FROM run WHERE name=?");
+    if (!statement)
+        return tl::unexpected(statement.error());
+    return statement->bind(1, run).step().map([&](bool found) { return found ? statement->integer(0) : 0; });
+}
+
 Result<std::vector<QString>> Store::runs()
 {
     auto statement = m_database.prepare("SELECT name FROM run");
@@ -358,6 +366,12 @@ Result<std::vector<MovedPath>> Store::movesSince(qint64 change)
         moves.push_back({statement->integer(0), statement->integer(1), statement->text(2), statement->text(3),
             statement->integer(4) != 0});
     }
+}
+
+Result<bool> Store::hasEntry(qint64 id)
+{
+    auto statement = m_database.prepare("SELECT 1 FROM entry WHERE id=?");
+    return statement ? statement->bind(1, id).step() : tl::unexpected(statement.error());
 }
 
 Result<qint64> Store::entryOf(qint64 change)

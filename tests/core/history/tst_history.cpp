@@ -230,6 +230,50 @@ private Q_SLOTS:
         QVERIFY(history->recover().completed.isEmpty()); // and it is done with
     }
 
+    /// What a killed program has not put into the database yet: a copy of its files is what it would leave.
+    void whatWaitsForTheDatabaseIsNotLost()
+    {
+        const QString twice = make(u"a.mp3"_s);
+        const QString open1 = make(u"b.mp3"_s);
+        const QString notMade = make(u"c.mp3"_s);
+        const QByteArray before = readFile(twice);
+        const auto killed = open();
+        killed->beginEntry(Kind::Multi, m_folder->path());
+        changed(*killed, twice, "11111", {{u"title"_s, u"x"_s, u"y"_s}});
+        const auto failed = killed->begin(patch(notMade, "33333"));
+        QVERIFY(failed);
+        killed->end(*failed, tl::unexpected(Error{ErrorCode::Io, {}, {}}));
+        changed(*killed, twice, "22222");
+        QVERIFY(killed->begin(patch(open1, "44444")));
+        overwrite(open1, "44444");
+        QVERIFY(killed->begin(patch(notMade, "55555")));
+
+        QDir().mkpath(path(u"left"_s));
+        const auto names = QDir(path(u"data"_s)).entryList(QDir::Files | QDir::Hidden);
+        for (const QString &name : names)
+            QVERIFY(QFile::copy(path(u"data/"_s + name), path(u"left/"_s + name)));
+        for (const QString &name : names)
+            QFile::setPermissions(path(u"left/"_s + name), QFile::ReadOwner | QFile::WriteOwner);
+        History next(native(), path(u"left/history.sqlite"_s));
+        QCOMPARE(next.recover().completed, QStringList{open1});
+        const auto entries = next.entries();
+        QVERIFY(entries && entries->size() == 1);
+        QCOMPARE(entries->front().kind, Kind::Multi);
+        QCOMPARE(entries->front().fileCount, 3);
+        const auto files = next.files(entries->front().id);
+        QCOMPARE(files->front().values.front().after, u"y"_s);
+        const auto changes = next.changesToUndo(entries->front().id);
+        QVERIFY(changes && changes->size() == 3);
+        next.beginReverting(entries->front().id);
+        for (const StoredChange &change : *changes)
+            QVERIFY(revertContent(next, native(), change, change.record.path, false));
+        QCOMPARE(next.endReverting(true).doneCount, 3);
+        QCOMPARE(readFile(twice), before);
+        QCOMPARE(readFile(open1), before);
+        QVERIFY(next.recover().completed.isEmpty());
+        QCOMPARE(next.entries()->size(), std::size_t(1));
+    }
+
     void foreignBytesAreNotRolledBack()
     {
         const QString file = make(u"a.mp3"_s);

@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/history/spool.h"
+
+#include "core/history/encoding.h"
+#include "core/platform/fileio.h"
+#include "core/platform/path.h"
+
+#include <QDataStream>
+#include <QIODevice>
+#include <QtEndian>
+
+namespace ravlin::history {
+namespace {
+
+constexpr qint64 LongestSpool = 256LL * 1024 * 1024; ///< far beyond what is spooled
+constexpr qsizetype LengthBytes = 4;
+constexpr qsizetype DigestBytes = 8;
+
+enum class RecordKind : quint8
+{
+    Begin,
+    End
+};
+
+QDataStream &operator<<(QDataStream &out, const storage::Segment &segment)
+{
+    return out << segment.oldOffset << segment.length << segment.bytes;
+}
+
+QDataStream &operator>>(QDataStream &in, storage::Segment &segment)
+{
+    return in >> segment.oldOffset >> segment.length >> segment.bytes;
+}
+
+void writePath(QDataStream &out, const QString &path)
+{
+    out << platform::encodePath(path);
+}
+
+QString readPath(QDataStream &in)
+{
+    QByteArray bytes;
+    in >> bytes;
+    return platform::decodePath(bytes);
+}
+
+/// With its length before it and the beginning of its digest behind it.
+QByteArray framed(const QByteArray &record)
+{
+    QByteArray bytes(LengthBytes, '\0');
+    qToBigEndian(static_cast<quint32>(record.size()), bytes.data());
+    return bytes + record + digestOf(record).left(DigestBytes);
+}
+
+QByteArray encodedBegin(const SpooledChange &spooled)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setVersion(QDataStream::Qt_6_0);
+    const storage::ChangeRecord &change = spooled.change;
+    out << static_cast<quint8>(RecordKind::Begin) << spooled.number << spooled.entry << spooled.time
+        << static_cast<qint32>(spooled.kind);
+    writePath(out, spooled.folder);
+    out << spooled.reverts << spooled.reverted << static_cast<qint32>(change.kind);
+    for (const QString &path : {change.path, change.newPath, change.aside})
+        writePath(out, path);
+    out << change.isFolder << change.before.size << change.before.modified << change.identity.volume
+        << change.identity.inode << change.identity.born << static_cast<qint32>(change.way) << change.newSize
+        << spooled.digest << encodeValues(change.values) << static_cast<qint32>(change.inverse.size());
+    for (const storage::Segment &segment : change.inverse)
+        out << segment;
+    return bytes;
+}
+
+template <typename Enum>
+Enum readEnum(QDataStream &in)
+{
+    qint32 number = 0;
+    in >> number;
+    return static_cast<Enum>(number);
+}
+
+SpooledChange decodedBegin(QDataStream &in)
+{
+    SpooledChange spooled;
+    storage::ChangeRecord &change = spooled.change;
+    in >> spooled.number >> spooled.entry >> spooled.time;
+    spooled.kind = readEnum<Kind>(in);
+    spooled.folder = readPath(in);
+    in >> spooled.reverts >> spooled.reverted;
+    change.kind = readEnum<storage::ChangeKind>(in);
+    for (QString *path : {&change.path, &change.newPath, &change.aside})
+        *path = readPath(in);
+    in >> change.isFolder >> change.before.size >> change.before.modified >> change.identity.volume >>
+        change.identity.inode >> change.identity.born;
+    change.way = readEnum<storage::ContentWay>(in);
+    QString values;
+    qint32 segments = 0;
+    in >> change.newSize >> spooled.digest >> values >> segments;
+    change.values = decodeValues(values);
+    for (qint32 i = 0; i < segments && in.status() == QDataStream::Ok; ++i) {
+        change.inverse.emplace_back();
+        in >> change.inverse.back();
+    }
+    return spooled;
+}
+
+QByteArray encodedEnd(const SpooledChange &spooled)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setVersion(QDataStream::Qt_6_0);
+    out << static_cast<quint8>(RecordKind::End) << spooled.number << spooled.done.has_value();
+    if (spooled.done) {
+        const platform::FileInfo &after = spooled.done->after;
+        out << after.size << after.modified << after.changed << after.inode << spooled.done->replaced
+            << encodeTrashed(spooled.done->trashed);
+    }
+    return bytes;
+}
+
+void decodeEnd(QDataStream &in, std::vector<SpooledChange> &changes)
+{
+    qint64 number = 0;
+    bool isDone = false;
+    in >> number >> isDone;
+    storage::ChangeDone done;
+    QByteArray trashed;
+    if (isDone)
+        in >> done.after.size >> done.after.modified >> done.after.changed >> done.after.inode >> done.replaced >>
+            trashed;
+    done.trashed = decodeTrashed(trashed);
+    for (SpooledChange &change : changes) {
+        if (change.number == number) {
+            change.isEnded = true;
+            change.done = isDone ? std::optional(done) : std::nullopt;
+        }
+    }
+}
+
+} // namespace
+
+Result<void> Spool::append(const SpooledChange &change)
+{
+    const QByteArray bytes = m_noted + framed(encodedBegin(change));
+    return platform::writeAll(m_file, bytes, m_size).map([&] {
+        m_size += bytes.size();
+        m_noted.clear();
+    });
+}
+
+void Spool::noteEnd(const SpooledChange &change)
+{
+    m_noted += framed(encodedEnd(change));
+}
+
+Result<void> Spool::clear()
+{
+    m_noted.clear();
+    m_size = 0;
+    return m_file.truncate(0);
+}
+
+Result<std::vector<SpooledChange>> Spool::read(platform::File &file)
+{
+    const auto info = file.info();
+    if (!info)
+        return tl::unexpected(info.error());
+    const auto bytes = platform::readExactly(file, 0, std::min(info->size, LongestSpool));
+    if (!bytes)
+        return tl::unexpected(bytes.error());
+    std::vector<SpooledChange> changes;
+    for (qsizetype at = 0; at + LengthBytes + DigestBytes <= bytes->size();) {
+        const auto length = static_cast<qsizetype>(qFromBigEndian<quint32>(bytes->constData() + at));
+        if (length > bytes->size() - at - LengthBytes - DigestBytes)
+            break;
+        const QByteArray record = bytes->mid(at + LengthBytes, length);
+        if (digestOf(record).left(DigestBytes) != bytes->mid(at + LengthBytes + length, DigestBytes))
+            break;
+        at += LengthBytes + length + DigestBytes;
+        QDataStream in(record);
+        in.setVersion(QDataStream::Qt_6_0);
+        quint8 kind = 0;
+        in >> kind;
+        if (static_cast<RecordKind>(kind) == RecordKind::End)
+            decodeEnd(in, changes);
+        else
+            changes.push_back(decodedBegin(in));
+        if (in.status() != QDataStream::Ok)
+            return tl::unexpected(Error{ErrorCode::Damaged, {}, QStringLiteral("the spool makes no sense")});
+    }
+    return changes;
+}
+
+} // namespace ravlin::history
