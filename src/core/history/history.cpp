@@ -284,10 +284,13 @@ std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeReco
     shown.path = record.path;
     shown.newPath = record.newPath;
     shown.values = record.values;
+    // Old or new after a kill, so there is nothing to finish, and nobody wants it taken back.
+    const bool isNeedless =
+        !m_isRecording && record.kind == storage::ChangeKind::Content && record.way == storage::ContentWay::OneStep;
     const bool isSpooled =
         record.way != storage::ContentWay::Patches && !m_nextIsDurable && lostBytes(record) <= LargestSpooled;
     std::optional<Ticket> ticket;
-    if (!m_summary.problem && startRun())
+    if (!isNeedless && !m_summary.problem && startRun())
         ticket = isSpooled ? beginSpooled(record, reverted) : beginStored(record, reverted);
     if (!ticket) {
         // Without a record it still belongs to what the user is told.

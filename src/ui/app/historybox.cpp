@@ -22,7 +22,6 @@ HistoryBox::HistoryBox(const Captions &captions, history::History &history, QWid
     setObjectName(QStringLiteral("history"));
     m_days->setRange(1, FurtherOptions::MostHistoryDays);
     m_megabytes->setRange(1, FurtherOptions::MostHistoryMegabytes);
-    m_megabytes->setSuffix(QStringLiteral(" MiB"));
     m_daysLabel->setBuddy(m_days);
     m_megabytesLabel->setBuddy(m_megabytes);
     guardAgainstWheel(m_days);
@@ -60,6 +59,8 @@ void HistoryBox::applyCaptions()
     m_days->setToolTip(m_captions.text(Text::TipHistoryDays));
     m_megabytesLabel->setText(m_captions.text(Text::LabelHistoryMegabytes));
     m_megabytes->setToolTip(m_captions.text(Text::TipHistoryMegabytes));
+    constexpr qint64 Megabyte = 1024LL * 1024;
+    m_megabytes->setSuffix(m_captions.locale().formattedDataSize(Megabyte, 0).sliced(1)); // the unit's name
     m_days->setAccessibleName(m_daysLabel->text());
     m_megabytes->setAccessibleName(m_megabytesLabel->text());
     m_forget->setText(m_captions.text(Text::ForgetAll));

@@ -237,7 +237,7 @@ private:
     {
         static const QRegularExpression shortcut(u" \\((Ctrl|Control|Shift|May|Maj|Alt|F\\d|Del|Ins|Sup)[^)]*\\)$"_s);
         static const QRegularExpression libraries(u"\u00a0?: Qt .*$"_s);
-        static const QRegularExpression number(u"^[\\d ./]*$"_s);
+        static const QRegularExpression number(u"^[\\d ./]*(\\d (MiB|Mio))?$"_s);
         for (QString line : shown.split(u'\n')) {
             line.remove(shortcut).remove(libraries);
             if (!number.match(line).hasMatch() && !fixed.contains(line) && !spoken.has(line))

@@ -398,7 +398,7 @@ private Q_SLOTS:
         press("eliminav2");
         QCOMPARE(m_owner.askedFurther,
             u"1 file; pictures, lyrics and ratings in it go too\nto be able to take this change back, about 3 MiB have "
-            u"to be recorded; the options allow 3 MiB. go on?\nall older changes are forgotten then"_s);
+            u"to be recorded; the options allow 3 MiB\nall older changes are forgotten then"_s);
         m_state.options.historyMegabytes = 4;
         press("eliminav2");
         QCOMPARE(m_owner.askedFurther, u"1 file; pictures, lyrics and ratings in it go too"_s);
