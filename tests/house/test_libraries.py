@@ -38,6 +38,7 @@ def linked():
 def named():
     """What the about box names: a name and a licence in brackets each, here and on Windows."""
     source = (ROOT / "src/ui/app/frmabout.cpp").read_text()
+    source = re.sub(r'"\s*\n\s*"', "", source)  # one literal on several lines
     text = re.search(r'QStringLiteral\("(Qt .*?)" RAVLIN_RUNTIME\)', source).group(1)
     build = (ROOT / "src/CMakeLists.txt").read_text()
     everywhere, windows = (re.search(pattern, build).group(1) for pattern in (

@@ -567,9 +567,9 @@ constexpr std::array<Row, TextCount> Rows{{
     {Text::HistorySize, {u"it takes %1 now", u"ocupa %1 ahora", u"il occupe %1 maintenant"}},
     {Text::ForgetAll, {u"for&get all", u"olvi&dar todo", u"tout ou&blier"}},
     {Text::AskForgetAll,
-        {u"forget all recorded changes? none of them can be taken back then.",
-            u"¿olvidar todos los cambios registrados? después no se podrá deshacer ninguno.",
-            u"oublier toutes les modifications enregistrées\u00a0? aucune ne pourra plus être annulée."}},
+        {u"forget all recorded changes? none of them can be taken back then",
+            u"¿olvidar todos los cambios registrados? después no se podrá deshacer ninguno",
+            u"oublier toutes les modifications enregistrées\u00a0? aucune ne pourra plus être annulée"}},
     // %1: what the record of a change takes, %2: what the options allow, each a size with its unit
     {Text::AskHistoryLimit,
         {u"to be able to take this change back, about %1 have to be recorded; the options allow %2",

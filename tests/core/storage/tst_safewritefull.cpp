@@ -98,7 +98,7 @@ void TestSafeWriteFull::sizeLimitLeavesOldFile()
             const rlimit sizes{limit, limit};
             ::setrlimit(RLIMIT_FSIZE, &sizes);
             const auto result = rewrite(path, {Segment::fresh(sample(30'000, 2))});
-            return !result && result.error().code == ErrorCode::NoSpace;
+            return !result && result.error().code == ErrorCode::FileSizeLimit;
         });
         if (!isClean)
             break;

@@ -77,8 +77,8 @@ private Q_SLOTS:
         write(id3v2(4, frame(4, "TIT2", QByteArray("\3one\0two", 8)), {.padding = 40}) + audio());
         const QString text = QStringLiteral("one / ");
         QVERIFY(saveTitle(text).value() != WriteOutcome::Unchanged);
-        QCOMPARE(title(), QStringLiteral("one"));
-        QCOMPARE(saveTitle(QStringLiteral("one")).value(), WriteOutcome::Unchanged);
+        QCOMPARE(title(), text); // as one value, for two would read as "one"
+        QCOMPARE(saveTitle(text).value(), WriteOutcome::Unchanged);
     }
 
     // The stated padding once excluded the tail if the tag had to grow, and included it if it was written in place.
