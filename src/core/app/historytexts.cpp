@@ -14,7 +14,7 @@ namespace {
 struct FieldCaption
 {
     QStringView name;
-    Caption caption;
+    Caption caption{};
 };
 
 constexpr std::array FieldCaptions{FieldCaption{u"title", Caption::Title}, FieldCaption{u"artist", Caption::Artist},

@@ -31,7 +31,7 @@ QString counted(const Captions &captions, Plural plural, qsizetype count)
 struct FieldName
 {
     QStringView name;
-    Text withArticle;
+    Text withArticle{};
 };
 
 constexpr std::array FieldNames{

@@ -24,7 +24,7 @@ constexpr QStringView HistoryMegabytesKey = u"historia megas";
 struct ProtectionKey
 {
     QStringView key;
-    bool FurtherOptions::*option;
+    bool FurtherOptions::*option = nullptr;
 };
 constexpr std::array<ProtectionKey, 4> ProtectionKeys{{{u"cuida campos", &FurtherOptions::onlyEditedFields},
     {u"cuida seleccion", &FurtherOptions::keepSelection}, {u"cuida subcarpetas", &FurtherOptions::keepSubfolders},

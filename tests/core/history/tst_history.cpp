@@ -236,7 +236,7 @@ private Q_SLOTS:
         const QString twice = make(u"a.mp3"_s);
         const QString open1 = make(u"b.mp3"_s);
         const QString notMade = make(u"c.mp3"_s);
-        const QByteArray before = readFile(twice);
+        const QByteArray before = contentOf(twice);
         const auto killed = open();
         killed->beginEntry(Kind::Multi, m_folder->path());
         changed(*killed, twice, "11111", {{u"title"_s, u"x"_s, u"y"_s}});
@@ -268,8 +268,8 @@ private Q_SLOTS:
         for (const StoredChange &change : *changes)
             QVERIFY(revertContent(next, native(), change, change.record.path, false));
         QCOMPARE(next.endReverting(true).doneCount, 3);
-        QCOMPARE(readFile(twice), before);
-        QCOMPARE(readFile(open1), before);
+        QCOMPARE(contentOf(twice), before);
+        QCOMPARE(contentOf(open1), before);
         QVERIFY(next.recover().completed.isEmpty());
         QCOMPARE(next.entries()->size(), std::size_t(1));
     }

@@ -34,7 +34,7 @@ struct TagRecord
 /// A field that people edit, and its name where it is not translated.
 struct TagField
 {
-    QString TagRecord::*member;
+    QString TagRecord::*member = nullptr;
     QStringView name;
 };
 
