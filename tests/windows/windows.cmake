@@ -70,6 +70,7 @@ set(RAVLIN_LEFT_OUT_tst_singlefilepagelook nothingIsCutInAnyLanguage aLongFileNa
 set(RAVLIN_LEFT_OUT_tst_layout aWindowOfOrdinaryWidthScrollsNoPage theButtonThatStartsTheWorkStaysInItsPlace
     theFootHoldsItsHintBesideOrAboveTheButtons)
 set(RAVLIN_LEFT_OUT_tst_opciones itFitsTheScreenInAnyLetters)
+set(RAVLIN_LEFT_OUT_tst_historial itFitsASmallScreen)
 set(RAVLIN_LEFT_OUT_tst_principallook theTabKeyGoesAsTheEyeDoes)
 
 # The prefix is created first and its server kept running: starting both takes longer than most tests.

@@ -231,11 +231,19 @@ Result<Finding> finishPlacing(platform::FileSystem &fileSystem, const PendingCha
 }
 
 /// Removes the files of programs that ended before they had recorded anything.
-void removeUnrecorded(platform::FileSystem &fileSystem, const QString &folder, const std::vector<QString> &runs)
+void removeUnrecorded(platform::FileSystem &fileSystem, const QString &path, Store &store)
 {
-    for (const QString &name : fileSystem.names(folder).value_or(std::vector<QString>())) {
-        if (storage::isTemporaryName(name) && std::ranges::find(runs, name) == runs.end())
-            std::ignore = storage::removeTemporary(fileSystem, folder, name);
+    const auto folder = fileSystem.openFolder(path);
+    const auto names = folder ? (*folder)->names() : tl::unexpected(folder.error());
+    for (const QString &name : names.value_or(std::vector<QString>())) {
+        if (!storage::isTemporaryName(name))
+            continue;
+        const auto file = (*folder)->openFile(name, platform::OpenMode::Read);
+        const bool hasEnded = file && (*file)->isPrivate().value_or(false) && (*file)->tryLock().value_or(false);
+        // Asked only now: a program that has ended records nothing more.
+        const auto runs = hasEnded ? store.runs() : tl::unexpected(Error());
+        if (runs && std::ranges::find(*runs, name) == runs->end())
+            std::ignore = (*folder)->remove(name);
     }
 }
 
@@ -343,11 +351,11 @@ Recovery History::recover()
     Store *const open = store(false);
     if (open == nullptr)
         return recovery;
+    if (!m_run)
+        removeUnrecorded(m_fileSystem, platform::folderOf(m_path), *open);
     const auto runs = open->runs();
     if (!runs && runs.error().code == ErrorCode::Damaged)
         std::ignore = setAside();
-    if (runs && !m_run)
-        removeUnrecorded(m_fileSystem, platform::folderOf(m_path), *runs);
     for (const QString &run : runs.value_or(std::vector<QString>())) {
         if (run != m_runName && m_store)
             recover(*m_store, run, recovery);
