@@ -190,7 +190,7 @@ std::vector<storage::ValueChange> decodeValues(const QString &text)
 {
     std::vector<storage::ValueChange> values;
     const QJsonArray all = QJsonDocument::fromJson(text.toUtf8()).array();
-    for (const QJsonValue &one : all) {
+    for (const QJsonValue one : all) {
         const QJsonArray parts = one.toArray();
         if (parts.size() == 3)
             values.push_back({parts[0].toString(), parts[1].toString(), parts[2].toString()});

@@ -159,7 +159,7 @@ public:
     /// One query if there is nothing.
     Recovery recover();
 
-    Result<std::vector<Entry>> entries(const Query &query = {});
+    Result<std::vector<Entry>> entries(const Query &wanted = {});
     Result<std::optional<Entry>> entry(qint64 id);
     /// The files of an entry, failed ones too, in the order in which they were taken.
     Result<std::vector<FileRecord>> files(qint64 entry);

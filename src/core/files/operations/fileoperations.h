@@ -91,7 +91,7 @@ private:
     int remove(const FileRequest &request);
     int rename(const FileRequest &request);
     using TakeBack = std::function<Result<UndoReport>(const Watch &)>;
-    int takeBack(const TakeBack &work, UndoReport *report);
+    int takeBack(const TakeBack &work, UndoReport *told);
     QString folderOfEntry(const QStringList &paths);
     int finish(const OperationReport &report);
 

@@ -8,6 +8,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <ranges>
 #include <tuple>
 
 namespace ravlin {
@@ -103,9 +104,9 @@ private:
     {
         RevertingJournal journal(m_history);
         std::vector<RenameDone> renames;
-        for (auto move = moves.rbegin(); move != moves.rend(); ++move) {
-            const RenameDone done{formerPath(m_history, *move), presentPath(m_history, *move)};
-            journal.add(storage::recordedPath(m_fileSystem, done.to), move->record.id);
+        for (const StoredChange &move : std::views::reverse(moves)) {
+            const RenameDone done{formerPath(m_history, move), presentPath(m_history, move)};
+            journal.add(storage::recordedPath(m_fileSystem, done.to), move.record.id);
             renames.push_back(done);
         }
         const RenamingOutcome outcome = undoRenaming(m_fileSystem, renames, {}, m_watch, &journal);
