@@ -398,6 +398,7 @@ Summary History::close()
     m_isOpen = false;
     m_hasUnfinished = m_hasUnfinished || !m_begun.empty();
     m_begun.clear();
+    m_queue.clear(); // what the database did not take; it must not get into the next entry
     m_folders.clear();
     m_toRevert.clear();
     m_moves.reset();

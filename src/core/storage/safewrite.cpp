@@ -329,7 +329,7 @@ private:
     }
 
     /// Last of all, so that nobody could open the new file as long as it was not whole.
-    Result<void> givePermissions(platform::File &file)
+    Result<void> givePermissions(platform::File &file) const
     {
         return file.takePermissions(*m_original.file).and_then([&]() -> Result<void> {
             return m_original.info.isReadOnly() ? file.setPermissions(m_original.info.permissions) : Result<void>();
