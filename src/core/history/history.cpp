@@ -172,14 +172,13 @@ Result<void> History::flush(Store &store, std::map<Ticket, qint64> &stored)
             continue;
         const auto entry = spooled.time == 0 ? Result<qint64>(0) : currentEntry(store);
         const auto id = entry.and_then([&](qint64 of) {
-            return store.addChange(of, spooled.change, spooled.digest, spooled.reverted, m_runName);
+            return store.addChange(of, spooled.change, spooled.digest, spooled.reverted, m_runName,
+                spooled.done ? &*spooled.done : nullptr);
         });
         if (!id)
             return tl::unexpected(id.error());
         if (!spooled.isEnded)
             stored.emplace(-spooled.number, *id);
-        else if (auto ended = store.end({*id, spooled.done}); !ended)
-            return ended;
     }
     if (!m_queue.empty()) {
         if (auto taken = store.setTaken(m_runName, m_lastNumber); !taken)

@@ -284,13 +284,10 @@ void History::takeSpool(const QString &run, File &file)
                     return tl::unexpected(added.error());
                 entry = made[one.time] = *added;
             }
-            const auto added = open.addChange(entry, one.change, one.digest, one.reverted, run);
+            const auto added =
+                open.addChange(entry, one.change, one.digest, one.reverted, run, one.done ? &*one.done : nullptr);
             if (!added)
                 return tl::unexpected(added.error());
-            if (!one.isEnded)
-                continue;
-            if (auto ended = open.end({*added, one.done}); !ended)
-                return ended;
         }
         return open.setTaken(run, spooled->back().number);
     });

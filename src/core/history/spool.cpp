@@ -9,12 +9,14 @@
 #include <QIODevice>
 #include <QtEndian>
 
+#include <zlib.h>
+
 namespace ravlin::history {
 namespace {
 
 constexpr qint64 LongestSpool = 256LL * 1024 * 1024; ///< far beyond what is spooled
 constexpr qsizetype LengthBytes = 4;
-constexpr qsizetype DigestBytes = 8;
+constexpr qsizetype SumBytes = 4;
 
 enum class RecordKind : quint8
 {
@@ -44,12 +46,20 @@ QString readPath(QDataStream &in)
     return platform::decodePath(bytes);
 }
 
-/// With its length before it and the beginning of its digest behind it.
+QByteArray checkSum(const QByteArray &record)
+{
+    const auto sum = ::crc32(0, reinterpret_cast<const Bytef *>(record.constData()), static_cast<uInt>(record.size()));
+    QByteArray bytes(SumBytes, '\0');
+    qToBigEndian(static_cast<quint32>(sum), bytes.data());
+    return bytes;
+}
+
+/// With its length before it and a check sum behind it.
 QByteArray framed(const QByteArray &record)
 {
     QByteArray bytes(LengthBytes, '\0');
     qToBigEndian(static_cast<quint32>(record.size()), bytes.data());
-    return bytes + record + digestOf(record).left(DigestBytes);
+    return bytes + record + checkSum(record);
 }
 
 QByteArray encodedBegin(const SpooledChange &spooled)
@@ -170,14 +180,14 @@ Result<std::vector<SpooledChange>> Spool::read(platform::File &file)
     if (!bytes)
         return tl::unexpected(bytes.error());
     std::vector<SpooledChange> changes;
-    for (qsizetype at = 0; at + LengthBytes + DigestBytes <= bytes->size();) {
+    for (qsizetype at = 0; at + LengthBytes + SumBytes <= bytes->size();) {
         const auto length = static_cast<qsizetype>(qFromBigEndian<quint32>(bytes->constData() + at));
-        if (length > bytes->size() - at - LengthBytes - DigestBytes)
+        if (length > bytes->size() - at - LengthBytes - SumBytes)
             break;
         const QByteArray record = bytes->mid(at + LengthBytes, length);
-        if (digestOf(record).left(DigestBytes) != bytes->mid(at + LengthBytes + length, DigestBytes))
+        if (checkSum(record) != bytes->mid(at + LengthBytes + length, SumBytes))
             break;
-        at += LengthBytes + length + DigestBytes;
+        at += LengthBytes + length + SumBytes;
         QDataStream in(record);
         in.setVersion(QDataStream::Qt_6_0);
         quint8 kind = 0;

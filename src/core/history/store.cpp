@@ -124,25 +124,36 @@ Result<void> Store::addPieces(qint64 change)
     return {};
 }
 
-Result<qint64> Store::addChange(
-    qint64 entry, const storage::ChangeRecord &change, const QByteArray &digest, qint64 reverts, const QString &run)
+void Store::bindDone(Statement &statement, int first, const storage::ChangeDone &done)
 {
+    statement.bind(first, done.after.size).bind(first + 1, done.after.modified).bind(first + 2, done.after.changed);
+    statement.bind(first + 3, static_cast<qint64>(done.after.inode)).bind(first + 4, done.replaced ? 1 : 0);
+    statement.bind(first + 5, encodeTrashed(done.trashed));
+}
+
+Result<qint64> Store::addChange(qint64 entry, const storage::ChangeRecord &change, const QByteArray &digest,
+    qint64 reverts, const QString &run, const storage::ChangeDone *done)
+{
+    // Taking something back changes other rows, too, when it ends.
+    const bool isEndedLater = done != nullptr && reverts != 0;
+    const bool isDone = done != nullptr && !isEndedLater;
     m_pieces.clear();
     const auto inverse = encodeSegments(change.inverse, [this](const QByteArray &piece) { return keepPiece(piece); });
     if (!inverse)
         return tl::unexpected(inverse.error());
-    auto cachedStatement = cached(m_addChange, "INSERT INTO change(entry, run, kind, state, path, newPath, isFolder, "
-                                               "beforeSize, beforeModified, volume, inode, "
-                                               "born, way, newSize, inverse, digest, written, vals, aside, reverts) "
-                                               "VALUES(?,?,?,0,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
+    auto cachedStatement = cached(m_addChange,
+        "INSERT INTO change(entry, run, kind, path, newPath, isFolder, beforeSize, beforeModified, volume, inode, "
+        "born, "
+        "way, newSize, inverse, digest, written, vals, aside, reverts, state, afterSize, afterModified, afterChanged, "
+        "afterInode, replaced, trashed) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
     if (!cachedStatement)
         return tl::unexpected(cachedStatement.error());
     Statement &statement = **cachedStatement;
     const bool isContent = change.kind == storage::ChangeKind::Content;
+    const bool isPatched = change.way == storage::ContentWay::Patches;
     bindUnlessZero(statement, 1, entry);
-    statement.bind(2, run)
-        .bind(3, static_cast<qint64>(change.kind))
-        .bind(4, change.path.isEmpty() ? QStringLiteral("") : change.path);
+    statement.bind(2, isDone ? QString() : run).bind(3, static_cast<qint64>(change.kind));
+    statement.bind(4, change.path.isEmpty() ? QStringLiteral("") : change.path);
     statement.bind(5, change.newPath.isEmpty() ? QString() : change.newPath).bind(6, change.isFolder ? 1 : 0);
     statement.bind(7, change.before.size).bind(8, change.before.modified);
     statement.bind(9, static_cast<qint64>(change.identity.volume));
@@ -150,13 +161,25 @@ Result<qint64> Store::addChange(
     statement.bind(12, static_cast<qint64>(change.way)).bind(13, change.newSize);
     statement.bind(14, isContent || !inverse->isEmpty() ? *inverse : QByteArray());
     statement.bind(15, isContent ? digest : QByteArray());
-    statement.bind(16, change.way == storage::ContentWay::Patches ? change.written : QByteArray());
-    statement.bind(17, encodeValues(change.values)).bind(18, change.aside.isEmpty() ? QString() : change.aside);
+    statement.bind(16, isPatched && !isDone ? change.written : QByteArray());
+    statement.bind(17, encodeValues(change.values));
+    statement.bind(18, change.aside.isEmpty() || isDone ? QString() : change.aside);
     bindUnlessZero(statement, 19, reverts);
+    statement.bind(20, static_cast<qint64>(isDone ? FileState::Done : FileState::Pending));
+    if (isDone) {
+        bindDone(statement, 21, *done);
+    } else {
+        for (int column = 21; column <= 26; ++column)
+            statement.bindNull(column);
+    }
     if (auto added = statement.run(); !added)
         return tl::unexpected(added.error());
     const qint64 id = m_database.lastId();
-    return addPieces(id).map([&] { return id; });
+    return addPieces(id)
+        .and_then([&] {
+            return isEndedLater ? end({id, *done}) : Result<void>();
+        })
+        .map([&] { return id; });
 }
 
 Result<void> Store::addFailure(qint64 entry, const QString &path, const Error &error)
@@ -182,9 +205,8 @@ Result<void> Store::end(const Ending &ending)
         return tl::unexpected(statement.error());
     const storage::ChangeDone &done = *ending.done;
     const auto bindTo = [&](qint64 change) {
-        (*statement)->bind(1, change).bind(2, done.after.size).bind(3, done.after.modified);
-        (*statement)->bind(4, done.after.changed).bind(5, static_cast<qint64>(done.after.inode));
-        (*statement)->bind(6, done.replaced ? 1 : 0).bind(7, encodeTrashed(done.trashed));
+        (*statement)->bind(1, change);
+        bindDone(**statement, 2, done);
     };
     bindTo(ending.change);
     const auto found = (*statement)->step();

@@ -55,9 +55,10 @@ public:
 
     /// reverts: the entry that the new one takes back or repeats; 0 for none.
     Result<qint64> addEntry(qint64 time, Kind kind, const QString &folder, qint64 reverts);
-    /// digest: of the bytes written. reverts: the change that it takes back; 0 for none. run: see runs().
+    /// digest: of the bytes written. reverts: the change that it takes back; 0 for none. run: see runs(). done: what
+    /// became of it; null if it is not made yet.
     Result<qint64> addChange(qint64 entry, const storage::ChangeRecord &change, const QByteArray &digest,
-        qint64 reverts, const QString &run);
+        qint64 reverts, const QString &run, const storage::ChangeDone *done = nullptr);
     Result<void> addFailure(qint64 entry, const QString &path, const Error &error);
     Result<void> end(const Ending &ending);
     Result<qint64> addTemporary(const QString &folder, const QString &name, const QString &run);
@@ -106,6 +107,8 @@ private:
     explicit Store(Database database) : m_database(std::move(database)) {}
 
     Result<void> makeTables();
+    /// Binds six columns.
+    static void bindDone(Statement &statement, int first, const storage::ChangeDone &done);
     /// A statement that is prepared once.
     Result<Statement *> cached(std::optional<Statement> &statement, const char *sql);
     Result<QByteArray> keepPiece(const QByteArray &piece);
