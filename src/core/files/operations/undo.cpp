@@ -8,7 +8,6 @@
 #include <QSet>
 
 #include <algorithm>
-#include <ranges>
 #include <tuple>
 
 namespace ravlin {
@@ -104,7 +103,8 @@ private:
     {
         RevertingJournal journal(m_history);
         std::vector<RenameDone> renames;
-        for (const StoredChange &move : std::views::reverse(moves)) {
+        const std::vector<StoredChange> inOrder(moves.rbegin(), moves.rend());
+        for (const StoredChange &move : inOrder) {
             const RenameDone done{formerPath(m_history, move), presentPath(m_history, move)};
             journal.add(storage::recordedPath(m_fileSystem, done.to), move.record.id);
             renames.push_back(done);
