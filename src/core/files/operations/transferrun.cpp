@@ -226,12 +226,14 @@ Result<Replaced> Runner::rename(const TransferItem &item)
     const auto folder = target.folder->info();
     if (folder && folder->device != item.node.info.device)
         return tl::unexpected(Error{ErrorCode::Unsupported, item.source, QStringLiteral("another drive")});
-    // Two names of one file, where the system's rename does nothing.
-    if (const auto present = target.folder->node(target.name); present && present->isSameAs(item.node))
-        return source.folder->remove(source.name).map(nothing);
+    const auto present = target.folder->node(target.name);
+    const bool isSameFile = present && present->isSameAs(item.node);
     return putInPlace(target, true, [&](storage::Placing placing) {
-        return placing == storage::Placing::New ? source.folder->renameNew(source.name, *target.folder, target.name)
-                                                : source.folder->replace(source.name, *target.folder, target.name);
+        if (placing == storage::Placing::New)
+            return source.folder->renameNew(source.name, *target.folder, target.name);
+        // Of two names of one file the system's rename would leave both.
+        return isSameFile ? source.folder->remove(source.name)
+                          : source.folder->replace(source.name, *target.folder, target.name);
     });
 }
 
