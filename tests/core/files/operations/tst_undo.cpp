@@ -10,6 +10,7 @@
 #include "core/storage/recorder.h"
 
 #include "support/filetree.h"
+#include "support/links.h"
 #include "support/trash.h"
 
 #include <QDir>
@@ -31,6 +32,7 @@ private Q_SLOTS:
     void aMoveWhoseOldNameIsTaken();
     void whatWasReplacedComesBack_data();
     void whatWasReplacedComesBack();
+    void anotherNameOfTheSameFileComesBack();
     void whatWasReplacedHasLeftTheTrash();
     void aMoveThatReplacedForGood();
     void aMergedMove();
@@ -202,6 +204,21 @@ void TestUndo::whatWasReplacedComesBack()
     QVERIFY(undone.failures.empty() && undone.lost.isEmpty());
     QCOMPARE(undone.undone.size(), 2);
     QCOMPARE(state(), before);
+}
+
+void TestUndo::anotherNameOfTheSameFileComesBack()
+{
+    if (!givesBackFromTrash())
+        QSKIP("the shell does not tell where in the trash a file is");
+    writeFile(in(u"a.mp3"_s), "one file");
+    QDir().mkpath(in(u"to"_s));
+    if (!hardLink(in(u"a.mp3"_s), in(u"to/a.mp3"_s)))
+        QSKIP("no hard links here");
+    transfer(TransferKind::Move, {in(u"a.mp3"_s)}, in(u"to"_s), ClashAnswer::Replace);
+    QVERIFY(!QFile::exists(in(u"a.mp3"_s)));
+    QVERIFY(undo().failures.empty());
+    QCOMPARE(contentOf(in(u"a.mp3"_s)), QByteArray("one file"));
+    QCOMPARE(contentOf(in(u"to/a.mp3"_s)), QByteArray("one file"));
 }
 
 void TestUndo::whatWasReplacedHasLeftTheTrash()
