@@ -60,11 +60,12 @@ Result<void> Reverting::take(const Step &step)
     case ChangeKind::Copy:
         return m_of.isMoving && !m_of.isRedo ? endHalfMove(step) : removeMade(step);
     case ChangeKind::Create:
-        return step.change.isFolder && !m_of.isRedo ? removeEmptyFolder(step) : removeMade(step);
+        return step.change.isFolder && (!m_of.isRedo || m_of.isMoving) ? removeEmptyFolder(step) : removeMade(step);
     case ChangeKind::Trash:
         return fromTrash(step);
     case ChangeKind::Delete:
-        return m_of.isRedo ? makeFolderAgain(step) : refusal(step.former, QStringLiteral("it was deleted for good"));
+        return wasEmptyFolder(step.change) ? makeFolderAgain(step)
+                                           : refusal(step.former, QStringLiteral("it was deleted for good"));
     }
     return refusal(step.present, QStringLiteral("of a newer version"));
 }
@@ -95,7 +96,8 @@ Result<QString> Reverting::check(const StoredChange &change, const QString &path
             possible = taken(step.former);
         break;
     case ChangeKind::Delete:
-        possible = refusal(step.former, QStringLiteral("it was deleted for good"));
+        if (!wasEmptyFolder(change))
+            possible = refusal(step.former, QStringLiteral("it was deleted for good"));
         break;
     }
     return possible.map([&] { return step.former; });
@@ -199,10 +201,16 @@ Result<void> Reverting::removeEmptyFolder(const Step &step)
     return removed;
 }
 
+/// One that a move into another folder of its name, or a taking back, has removed.
+bool Reverting::wasEmptyFolder(const StoredChange &change) const
+{
+    return change.isFolder && (m_of.isRedo || m_of.isMoving);
+}
+
 Result<void> Reverting::makeFolderAgain(const Step &step)
 {
-    if (!step.change.isFolder)
-        return refusal(step.former, QStringLiteral("it was deleted for good"));
+    if (const auto above = makeFolder(platform::folderOf(step.former)); !above)
+        return above;
     RevertingJournal journal(m_history, step.change.record.id);
     storage::Recorder recorder(m_fileSystem, &journal);
     const auto ticket = recorder.beginCreate(step.former, true);

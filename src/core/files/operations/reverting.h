@@ -88,6 +88,7 @@ private:
     Result<void> intoTrash(const Step &step);
     Result<void> fromTrash(const Step &step);
     Result<void> restore(platform::TrashedItem item, const QString &path, qint64 change);
+    bool wasEmptyFolder(const history::StoredChange &change) const;
     Result<void> makeFolderAgain(const Step &step);
     Result<void> endHalfMove(const Step &step);
     void bringBackReplaced(const Step &step);

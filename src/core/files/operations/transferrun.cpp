@@ -209,8 +209,17 @@ void Runner::merge(const TransferItem &item)
     // Fails unless empty: the rest was skipped, has failed or was added since.
     if (!moves())
         return;
-    if (const auto source = m_sources.placeAt(item.source))
-        static_cast<void>(source->folder->removeFolder(source->name));
+    const auto source = m_sources.placeAt(item.source);
+    if (!source)
+        return;
+    // Taking back what was in it makes the folder again, but nothing does so for an empty one.
+    storage::Recorder::Ticket ticket;
+    if (item.children.empty())
+        ticket = m_recorder.begin(storage::ChangeKind::Delete, item.source);
+    if (const auto removed = source->folder->removeFolder(source->name))
+        m_recorder.done(ticket);
+    else
+        m_recorder.failed(ticket, removed.error());
 }
 
 Result<Replaced> Runner::rename(const TransferItem &item)

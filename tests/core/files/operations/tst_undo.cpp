@@ -36,6 +36,7 @@ private Q_SLOTS:
     void whatWasReplacedHasLeftTheTrash();
     void aMoveThatReplacedForGood();
     void aMergedMove();
+    void aMergedMoveOfAnEmptyFolder();
     void aCopyGoesIntoTheTrash();
     void aCopyThatWasEditedStays();
     void aCopyThatReplacedForGoodStays();
@@ -261,6 +262,20 @@ void TestUndo::aMergedMove()
     QVERIFY(!platform::isTaken(in(u"cd"_s)));
     QVERIFY(undo().failures.empty());
     QCOMPARE(snapshotOf(m_folder->path()), before);
+}
+
+void TestUndo::aMergedMoveOfAnEmptyFolder()
+{
+    QDir().mkpath(in(u"cd/sub"_s));
+    QDir().mkpath(in(u"to/cd/sub"_s));
+    const auto isThere = [this] { return platform::isTaken(in(u"cd/sub"_s)); };
+    transfer(TransferKind::Move, {in(u"cd"_s)}, in(u"to"_s), ClashAnswer::Replace);
+    QVERIFY(!platform::isTaken(in(u"cd"_s)));
+    QVERIFY(undo({.isDryRun = true}).failures.empty() && !isThere());
+    QVERIFY(undo().failures.empty() && isThere());
+    QVERIFY(redo().failures.empty() && !isThere());
+    QVERIFY(undo().failures.empty() && isThere());
+    QVERIFY(platform::isTaken(in(u"to/cd/sub"_s)));
 }
 
 void TestUndo::aCopyGoesIntoTheTrash()
