@@ -79,7 +79,13 @@ Statement &Statement::bind(int index, const QString &text)
 {
     if (text.isNull())
         return bindNull(index);
-    const QByteArray utf8 = platform::encodePath(text); // keeps what is no Unicode
+    return bindText(index, platform::encodePath(text)); // keeps what is no Unicode
+}
+
+Statement &Statement::bindText(int index, const QByteArray &utf8)
+{
+    if (utf8.isNull())
+        return bindNull(index);
     const int code = sqlite3_bind_text64(m_statement.get(), index, utf8.constData(),
         static_cast<sqlite3_uint64>(utf8.size()), SQLITE_TRANSIENT, SQLITE_UTF8);
     m_bindCode = m_bindCode == SQLITE_OK ? code : m_bindCode;

@@ -24,6 +24,7 @@ public:
     /// A null text or array is NULL.
     Statement &bind(int index, const QString &text);
     Statement &bind(int index, const QByteArray &bytes);
+    Statement &bindText(int index, const QByteArray &utf8);
     Statement &bindNull(int index);
 
     /// Goes to the next row: false when there is none, and the statement can then be bound and stepped anew.

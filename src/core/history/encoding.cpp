@@ -5,7 +5,6 @@
 
 #include <QCryptographicHash>
 #include <QDataStream>
-#include <QIODevice>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QtEndian>
@@ -22,6 +21,7 @@ constexpr qsizetype LongestPiece = 64 * 1024;
 constexpr quint64 CutMask = 0x1FFF'0000'0000'0000; ///< thirteen bits: a piece of 8 KB on average
 constexpr qsizetype LongestInline = 8 * 1024;      ///< bytes of a segment that are not worth a piece
 constexpr qsizetype WorthCompressing = 256;
+constexpr qsizetype UsualValues = 256; ///< characters
 
 enum class SegmentKind : quint8
 {
@@ -66,7 +66,7 @@ Error damaged()
     return {ErrorCode::Damaged, {}, QStringLiteral("a change in the history makes no sense")};
 }
 
-Result<void> encodeFresh(QDataStream &out, const QByteArray &bytes, const PieceKeeper &keep)
+Result<void> encodeFresh(StreamBytes &out, const QByteArray &bytes, const PieceKeeper &keep)
 {
     if (bytes.size() > LongestInline) {
         const std::vector<QByteArray> pieces = piecesOf(bytes);
@@ -162,9 +162,7 @@ std::vector<QByteArray> piecesOf(const QByteArray &bytes)
 
 Result<QByteArray> encodeSegments(const std::vector<Segment> &segments, const PieceKeeper &keep)
 {
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setVersion(QDataStream::Qt_6_0);
+    StreamBytes out;
     for (const Segment &segment : segments) {
         if (segment.isKept()) {
             out << static_cast<quint8>(SegmentKind::Kept) << segment.oldOffset << segment.length;
@@ -172,7 +170,7 @@ Result<QByteArray> encodeSegments(const std::vector<Segment> &segments, const Pi
             return tl::unexpected(encoded.error());
         }
     }
-    return bytes;
+    return out.bytes();
 }
 
 Result<std::vector<Segment>> decodeSegments(const QByteArray &bytes, const PieceFinder &find)
@@ -191,10 +189,11 @@ Result<std::vector<Segment>> decodeSegments(const QByteArray &bytes, const Piece
     return segments;
 }
 
-QString encodeValues(const std::vector<storage::ValueChange> &values)
+QByteArray encodeValues(const std::vector<storage::ValueChange> &values)
 {
     // By hand, since this is done for each file and Qt's JSON takes longer than the rest of recording it.
     QString text;
+    text.reserve(UsualValues);
     for (const storage::ValueChange &value : values) {
         text += text.isEmpty() ? u"[[\"" : u",[\"";
         appendEscaped(text, value.name);
@@ -204,13 +203,13 @@ QString encodeValues(const std::vector<storage::ValueChange> &values)
         appendEscaped(text, value.after);
         text += u"\"]";
     }
-    return text.isEmpty() ? text : text + u']';
+    return text.isEmpty() ? QByteArray() : (text + u']').toUtf8();
 }
 
-std::vector<storage::ValueChange> decodeValues(const QString &text)
+std::vector<storage::ValueChange> decodeValues(const QByteArray &text)
 {
     std::vector<storage::ValueChange> values;
-    const QJsonArray all = QJsonDocument::fromJson(text.toUtf8()).array();
+    const QJsonArray all = QJsonDocument::fromJson(text).array();
     for (const QJsonValue one : all) {
         const QJsonArray parts = one.toArray();
         if (parts.size() == 3)
@@ -230,11 +229,9 @@ QByteArray encodeTrashed(const std::optional<platform::TrashedItem> &item)
 {
     if (!item)
         return {};
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setVersion(QDataStream::Qt_6_0);
+    StreamBytes out;
     out << platform::encodePath(item->original) << platform::encodePath(item->file) << platform::encodePath(item->info);
-    return bytes;
+    return out.bytes();
 }
 
 std::optional<platform::TrashedItem> decodeTrashed(const QByteArray &bytes)

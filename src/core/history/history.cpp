@@ -172,7 +172,7 @@ Result<void> History::flush(Store &store, std::map<Ticket, qint64> &stored)
             continue;
         const auto entry = spooled.time == 0 ? Result<qint64>(0) : currentEntry(store);
         const auto id = entry.and_then([&](qint64 of) {
-            return store.addChange(of, spooled.change, spooled.digest, spooled.reverted, m_runName,
+            return store.addChange(of, spooled.change, spooled.encoded, spooled.reverted, m_runName,
                 spooled.done ? &*spooled.done : nullptr);
         });
         if (!id)
@@ -290,7 +290,7 @@ std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeReco
         record.way != storage::ContentWay::Patches && !m_nextIsDurable && lostBytes(record) <= LargestSpooled;
     std::optional<Ticket> ticket;
     if (!isNeedless && !m_summary.problem && startRun())
-        ticket = isSpooled ? beginSpooled(record, reverted) : beginStored(record, reverted);
+        ticket = isSpooled ? beginSpooled(std::move(record), reverted) : beginStored(record, reverted);
     if (!ticket) {
         // Without a record it still belongs to what the user is told.
         ++m_summary.doneCount;
@@ -304,7 +304,7 @@ std::optional<storage::Journal::Ticket> History::begin(const storage::ChangeReco
     return ticket;
 }
 
-std::optional<storage::Journal::Ticket> History::beginSpooled(const storage::ChangeRecord &record, qint64 reverted)
+std::optional<storage::Journal::Ticket> History::beginSpooled(storage::ChangeRecord &&record, qint64 reverted)
 {
     if (m_queue.size() >= MostSpooled && !change([](Store &) { return Result<void>(); }))
         return std::nullopt;
@@ -316,9 +316,10 @@ std::optional<storage::Journal::Ticket> History::beginSpooled(const storage::Cha
     spooled.folder = m_summary.entry.folder;
     spooled.reverts = m_reverts;
     spooled.reverted = reverted;
-    spooled.change = record;
+    spooled.encoded = EncodedParts(record);
+    spooled.change = std::move(record);
     spooled.change.written.clear();
-    spooled.digest = digestOf(record.written);
+    spooled.change.values.clear();
     if (const auto appended = m_spool->append(spooled); !appended) {
         fail(appended.error());
         return std::nullopt;
@@ -335,9 +336,8 @@ std::optional<storage::Journal::Ticket> History::beginStored(const storage::Chan
     qint64 row = 0;
     const auto added = change([&](Store &store) {
         return currentEntry(store)
-            .and_then([&](qint64 entry) {
-                return store.addChange(entry, record, digestOf(record.written), reverted, m_runName);
-            })
+            .and_then(
+                [&](qint64 entry) { return store.addChange(entry, record, EncodedParts(record), reverted, m_runName); })
             .map([&](qint64 id) { row = id; });
     });
     if (isDurable && m_store)

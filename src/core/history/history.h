@@ -203,7 +203,7 @@ private:
     Result<qint64> currentEntry(Store &store);
     bool startRun();
     /// Record a change in the spool or at once in the database.
-    std::optional<Ticket> beginSpooled(const storage::ChangeRecord &record, qint64 reverted);
+    std::optional<Ticket> beginSpooled(storage::ChangeRecord &&record, qint64 reverted);
     std::optional<Ticket> beginStored(const storage::ChangeRecord &record, qint64 reverted);
     void takeSpool(const QString &run, platform::File &file);
     QString wholePath(const QString &path);

@@ -285,7 +285,7 @@ void History::takeSpool(const QString &run, File &file)
                 entry = made[one.time] = *added;
             }
             const auto added =
-                open.addChange(entry, one.change, one.digest, one.reverted, run, one.done ? &*one.done : nullptr);
+                open.addChange(entry, one.change, one.encoded, one.reverted, run, one.done ? &*one.done : nullptr);
             if (!added)
                 return tl::unexpected(added.error());
         }

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/history/spool.h"
 
-#include "core/history/encoding.h"
 #include "core/platform/fileio.h"
 #include "core/platform/path.h"
 
 #include <QDataStream>
-#include <QIODevice>
 #include <QtEndian>
 
 #include <zlib.h>
@@ -24,21 +22,6 @@ enum class RecordKind : quint8
     End
 };
 
-QDataStream &operator<<(QDataStream &out, const storage::Segment &segment)
-{
-    return out << segment.oldOffset << segment.length << segment.bytes;
-}
-
-QDataStream &operator>>(QDataStream &in, storage::Segment &segment)
-{
-    return in >> segment.oldOffset >> segment.length >> segment.bytes;
-}
-
-void writePath(QDataStream &out, const QString &path)
-{
-    out << platform::encodePath(path);
-}
-
 QString readPath(QDataStream &in)
 {
     QByteArray bytes;
@@ -46,40 +29,36 @@ QString readPath(QDataStream &in)
     return platform::decodePath(bytes);
 }
 
-QByteArray checkSum(const QByteArray &record)
+quint32 checkSum(QByteArrayView record)
 {
-    const auto sum = ::crc32(0, reinterpret_cast<const Bytef *>(record.constData()), static_cast<uInt>(record.size()));
-    QByteArray bytes(SumBytes, '\0');
-    qToBigEndian(static_cast<quint32>(sum), bytes.data());
-    return bytes;
+    const auto sum = ::crc32(0, reinterpret_cast<const Bytef *>(record.data()), static_cast<uInt>(record.size()));
+    return static_cast<quint32>(sum);
 }
 
 /// With its length before it and a check sum behind it.
 QByteArray framed(const QByteArray &record)
 {
-    QByteArray bytes(LengthBytes, '\0');
-    qToBigEndian(static_cast<quint32>(record.size()), bytes.data());
-    return bytes + record + checkSum(record);
+    StreamBytes out;
+    out << record << checkSum(record);
+    return out.bytes();
 }
 
 QByteArray encodedBegin(const SpooledChange &spooled)
 {
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setVersion(QDataStream::Qt_6_0);
+    StreamBytes out;
     const storage::ChangeRecord &change = spooled.change;
     out << static_cast<quint8>(RecordKind::Begin) << spooled.number << spooled.entry << spooled.time
         << static_cast<qint32>(spooled.kind);
-    writePath(out, spooled.folder);
-    out << spooled.reverts << spooled.reverted << static_cast<qint32>(change.kind);
-    for (const QString &path : {change.path, change.newPath, change.aside})
-        writePath(out, path);
+    out << platform::encodePath(spooled.folder) << spooled.reverts << spooled.reverted
+        << static_cast<qint32>(change.kind);
+    for (const QString *path : {&change.path, &change.newPath, &change.aside})
+        out << platform::encodePath(*path);
     out << change.isFolder << change.before.size << change.before.modified << change.identity.volume
         << change.identity.inode << change.identity.born << static_cast<qint32>(change.way) << change.newSize
-        << spooled.digest << encodeValues(change.values) << static_cast<qint32>(change.inverse.size());
+        << spooled.encoded.digest << spooled.encoded.values << static_cast<qint32>(change.inverse.size());
     for (const storage::Segment &segment : change.inverse)
-        out << segment;
-    return bytes;
+        out << segment.oldOffset << segment.length << segment.bytes;
+    return out.bytes();
 }
 
 template <typename Enum>
@@ -104,29 +83,25 @@ SpooledChange decodedBegin(QDataStream &in)
     in >> change.isFolder >> change.before.size >> change.before.modified >> change.identity.volume >>
         change.identity.inode >> change.identity.born;
     change.way = readEnum<storage::ContentWay>(in);
-    QString values;
     qint32 segments = 0;
-    in >> change.newSize >> spooled.digest >> values >> segments;
-    change.values = decodeValues(values);
+    in >> change.newSize >> spooled.encoded.digest >> spooled.encoded.values >> segments;
     for (qint32 i = 0; i < segments && in.status() == QDataStream::Ok; ++i) {
-        change.inverse.emplace_back();
-        in >> change.inverse.back();
+        storage::Segment &segment = change.inverse.emplace_back();
+        in >> segment.oldOffset >> segment.length >> segment.bytes;
     }
     return spooled;
 }
 
 QByteArray encodedEnd(const SpooledChange &spooled)
 {
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setVersion(QDataStream::Qt_6_0);
+    StreamBytes out;
     out << static_cast<quint8>(RecordKind::End) << spooled.number << spooled.done.has_value();
     if (spooled.done) {
         const platform::FileInfo &after = spooled.done->after;
         out << after.size << after.modified << after.changed << after.inode << spooled.done->replaced
             << encodeTrashed(spooled.done->trashed);
     }
-    return bytes;
+    return out.bytes();
 }
 
 void decodeEnd(QDataStream &in, std::vector<SpooledChange> &changes)
@@ -185,7 +160,7 @@ Result<std::vector<SpooledChange>> Spool::read(platform::File &file)
         if (length > bytes->size() - at - LengthBytes - SumBytes)
             break;
         const QByteArray record = bytes->mid(at + LengthBytes, length);
-        if (checkSum(record) != bytes->mid(at + LengthBytes + length, SumBytes))
+        if (checkSum(record) != qFromBigEndian<quint32>(bytes->constData() + at + LengthBytes + length))
             break;
         at += LengthBytes + length + SumBytes;
         QDataStream in(record);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/history/encoding.h"
 #include "core/history/history.h"
 
 #include <QByteArray>
@@ -20,10 +21,10 @@ struct SpooledChange
     qint64 time = 0;
     Kind kind = Kind::Single;
     QString folder;
-    qint64 reverts = 0;  ///< the entry that the entry takes back
-    qint64 reverted = 0; ///< the change that is taken back
-    storage::ChangeRecord change;
-    QByteArray digest; ///< of the bytes written, which are not in change
+    qint64 reverts = 0;           ///< the entry that the entry takes back
+    qint64 reverted = 0;          ///< the change that is taken back
+    storage::ChangeRecord change; ///< without what is encoded
+    EncodedParts encoded;
 
     // What became of it.
     bool isEnded = false;

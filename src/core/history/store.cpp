@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/history/store.h"
 
-#include "core/history/encoding.h"
 #include "core/platform/nodes.h"
 #include "core/platform/path.h"
 
@@ -131,7 +130,7 @@ void Store::bindDone(Statement &statement, int first, const storage::ChangeDone 
     statement.bind(first + 5, encodeTrashed(done.trashed));
 }
 
-Result<qint64> Store::addChange(qint64 entry, const storage::ChangeRecord &change, const QByteArray &digest,
+Result<qint64> Store::addChange(qint64 entry, const storage::ChangeRecord &change, const EncodedParts &encoded,
     qint64 reverts, const QString &run, const storage::ChangeDone *done)
 {
     // Taking something back changes other rows, too, when it ends.
@@ -160,9 +159,9 @@ Result<qint64> Store::addChange(qint64 entry, const storage::ChangeRecord &chang
     statement.bind(10, static_cast<qint64>(change.identity.inode)).bind(11, change.identity.born);
     statement.bind(12, static_cast<qint64>(change.way)).bind(13, change.newSize);
     statement.bind(14, isContent || !inverse->isEmpty() ? *inverse : QByteArray());
-    statement.bind(15, isContent ? digest : QByteArray());
+    statement.bind(15, isContent ? encoded.digest : QByteArray());
     statement.bind(16, isPatched && !isDone ? change.written : QByteArray());
-    statement.bind(17, encodeValues(change.values));
+    statement.bindText(17, encoded.values);
     statement.bind(18, change.aside.isEmpty() || isDone ? QString() : change.aside);
     bindUnlessZero(statement, 19, reverts);
     statement.bind(20, static_cast<qint64>(isDone ? FileState::Done : FileState::Pending));

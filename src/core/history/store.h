@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/history/database.h"
+#include "core/history/encoding.h"
 #include "core/history/history.h"
 
 #include <optional>
@@ -55,9 +56,9 @@ public:
 
     /// reverts: the entry that the new one takes back or repeats; 0 for none.
     Result<qint64> addEntry(qint64 time, Kind kind, const QString &folder, qint64 reverts);
-    /// digest: of the bytes written. reverts: the change that it takes back; 0 for none. run: see runs(). done: what
-    /// became of it; null if it is not made yet.
-    Result<qint64> addChange(qint64 entry, const storage::ChangeRecord &change, const QByteArray &digest,
+    /// encoded: parts of the change, which need not be in it any more. reverts: the change that it takes back; 0 for
+    /// none. run: see runs(). done: what became of it; null if it is not made yet.
+    Result<qint64> addChange(qint64 entry, const storage::ChangeRecord &change, const EncodedParts &encoded,
         qint64 reverts, const QString &run, const storage::ChangeDone *done = nullptr);
     Result<void> addFailure(qint64 entry, const QString &path, const Error &error);
     Result<void> end(const Ending &ending);

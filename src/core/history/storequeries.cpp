@@ -43,7 +43,7 @@ FileRecord recordFrom(const Statement &row)
     record.state = static_cast<FileState>(row.integer(2));
     record.path = row.text(3);
     record.newPath = row.text(4);
-    record.values = decodeValues(row.text(13));
+    record.values = decodeValues(row.bytes(13));
     if (!row.isNull(20))
         record.error = Error{static_cast<ErrorCode>(row.integer(20)), record.path, row.text(21)};
     return record;

@@ -15,6 +15,22 @@ Result<qint64> MemorySource::readAt(std::span<char> buffer, qint64 offset)
     return count;
 }
 
+Result<qint64> FileSourceWithStart::readAt(std::span<char> buffer, qint64 offset)
+{
+    const qint64 kept = std::min(m_size, StartSize);
+    if (offset < 0 || offset + std::ssize(buffer) > kept)
+        return m_file.readAt(buffer, offset);
+    if (m_start.isEmpty()) {
+        QByteArray start(kept, Qt::Uninitialized);
+        const auto got = m_file.readAt({start.data(), size_t(kept)}, 0);
+        if (!got || *got < kept) // the file has become shorter
+            return m_file.readAt(buffer, offset);
+        m_start = std::move(start);
+    }
+    std::memcpy(buffer.data(), m_start.constData() + offset, buffer.size());
+    return std::ssize(buffer);
+}
+
 ByteWindow::ByteWindow(ByteSource &source, std::span<char> buffer)
     : m_source(&source), m_buffer(buffer), m_bytes(reinterpret_cast<const uchar *>(buffer.data())), m_end(source.size())
 {

@@ -3,6 +3,7 @@
 
 #include "core/platform/filesystem.h"
 
+#include <QByteArray>
 #include <QByteArrayView>
 
 #include <optional>
@@ -45,6 +46,22 @@ public:
 private:
     File &m_file;
     qint64 m_size;
+};
+
+/// The same for parsers that go over the start of a file several times: that is read once and kept.
+class FileSourceWithStart final : public ByteSource
+{
+public:
+    FileSourceWithStart(File &file, qint64 size) : m_file(file), m_size(size) {}
+    qint64 size() const override { return m_size; }
+    Result<qint64> readAt(std::span<char> buffer, qint64 offset) override;
+
+private:
+    static constexpr qint64 StartSize = 8192;
+
+    File &m_file;
+    const qint64 m_size;
+    QByteArray m_start; ///< empty: not read yet
 };
 
 /// A block of a source in memory, moved as bytes are requested. Each move fills the whole buffer, or what the source

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace ravlin::id3 {
 
@@ -86,6 +87,13 @@ qint64 grownRegionSize(qint64 contentSize, qint64 oldRegionSize)
     return phase + blocks * BlockSize;
 }
 
+/// The usual padding; the library's search goes byte by byte.
+bool isAllZero(std::string_view block)
+{
+    return !block.empty() && block.front() == '\0' &&
+           std::memcmp(block.data(), block.data() + 1, block.size() - 1) == 0;
+}
+
 /// The first byte that is not zero in [offset, end). Returns end if there is none, -1 if reading fails (see
 /// ByteWindow::error).
 qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
@@ -95,9 +103,8 @@ qint64 firstNonZero(ByteWindow &bytes, qint64 offset, qint64 end)
         const std::string_view block = bytes.exactly(offset, size);
         if (block.empty())
             return -1;
-        const size_t found = block.find_first_not_of('\0');
-        if (found != std::string_view::npos)
-            return offset + static_cast<qint64>(found);
+        if (!isAllZero(block))
+            return offset + static_cast<qint64>(block.find_first_not_of('\0'));
         offset += size;
     }
     return end;

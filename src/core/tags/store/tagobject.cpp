@@ -28,16 +28,16 @@ class Source
     Q_DISABLE_COPY_MOVE(Source)
 
 public:
-    Source(platform::File &file, qint64 size, const std::optional<std::vector<Segment>> &composed) : m_file(file, size)
+    Source(platform::ByteSource &file, const std::optional<std::vector<Segment>> &composed) : m_file(file)
     {
         if (composed)
             m_composed.emplace(m_file, *composed);
     }
     ~Source() = default;
-    platform::ByteSource &get() { return m_composed ? static_cast<platform::ByteSource &>(*m_composed) : m_file; }
+    platform::ByteSource &get() { return m_composed ? *m_composed : m_file; }
 
 private:
-    platform::FileSource m_file;
+    platform::ByteSource &m_file;
     std::optional<id3::ComposedContent> m_composed;
 };
 
@@ -115,8 +115,8 @@ Result<void> TagObject::read()
         return tl::unexpected(info.error());
     m_file = std::move(*file);
     m_info = *info;
-    platform::FileSource content(*m_file, m_info.size);
-    if (Result<void> parsed = parse(content); !parsed) {
+    m_source.emplace(*m_file, m_info.size);
+    if (Result<void> parsed = parse(*m_source); !parsed) {
         forget();
         return tl::unexpected(withPath(parsed.error(), m_path));
     }
@@ -132,6 +132,8 @@ void TagObject::Close()
 
 void TagObject::forget()
 {
+    m_source.reset();
+    m_isMp3Content = false;
     m_file.reset();
     m_info = {};
     m_v2.reset();
@@ -291,7 +293,7 @@ Result<void> TagObject::compose(Step step, Others others, int newVersion)
 {
     if (const Result<void> allowed = m_composed ? Result<void>() : checkWritable(); !allowed)
         return allowed;
-    Source content(*m_file, m_info.size, m_composed);
+    Source content(*m_source, m_composed);
     NewContent changed = composed(step, others, newVersion, content.get());
     if (!changed)
         return tl::unexpected(withPath(causeOf(changed.error()), m_path));
@@ -305,7 +307,7 @@ Result<void> TagObject::readComposed()
     m_edits.clear();
     if (!m_composed)
         return {};
-    Source content(*m_file, m_info.size, m_composed);
+    Source content(*m_source, m_composed);
     Result<void> parsed = parse(content.get());
     if (!parsed)
         return tl::unexpected(withPath(parsed.error(), m_path));
@@ -349,9 +351,9 @@ Result<void> TagObject::checkWritable()
         allowed = tl::unexpected(*m_unsettled);
     if (allowed && isV2Cut()) // fields may be missing; the user has not seen what would be lost
         allowed = tl::unexpected(Error{ErrorCode::TagTooLarge, {}, {}});
-    if (allowed && m_content == Content::Checked) {
-        platform::FileSource source(*m_file, m_info.size);
-        allowed = checkMp3Content(source);
+    if (allowed && m_content == Content::Checked && !m_isMp3Content) {
+        allowed = checkMp3Content(*m_source);
+        m_isMp3Content = allowed.has_value();
     }
     return allowed ? allowed : tl::unexpected(withPath(allowed.error(), m_held->place().path()));
 }
@@ -361,16 +363,20 @@ Result<WriteOutcome> TagObject::write(const WriteOptions &options)
     if (!m_composed)
         return WriteOutcome::Unchanged;
     const std::vector<Segment> content = std::move(*std::exchange(m_composed, std::nullopt));
+    m_source.reset();
     m_file.reset(); // some file systems of Windows don't replace an open file
     Result<WriteOutcome> outcome = storage::rewriteFile(m_fileSystem, *m_held, m_info, content, options);
     if (outcome && *outcome != WriteOutcome::Unchanged) {
         forget(); // what was parsed is no longer what the file holds
         return outcome;
     }
-    if (auto reopened = open())
+    m_isMp3Content = false;
+    if (auto reopened = open()) {
         m_file = std::move(*reopened);
-    else
+        m_source.emplace(*m_file, m_info.size);
+    } else {
         Close();
+    }
     return outcome;
 }
 

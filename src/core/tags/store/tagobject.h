@@ -137,6 +137,8 @@ private:
     QString m_path;
     Result<storage::HeldFile> m_held = tl::unexpected(Error());
     std::unique_ptr<platform::File> m_file;
+    std::optional<platform::FileSourceWithStart> m_source; ///< of m_file, as it was when it was parsed
+    bool m_isMp3Content = false;                           ///< known once it was looked at
     platform::FileInfo m_info;
     std::optional<Error> m_unsettled; ///< why nothing may be written
     std::optional<id3::Tag> m_v2;
