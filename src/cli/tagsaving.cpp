@@ -3,6 +3,7 @@
 
 #include "core/app/idiomas.h"
 #include "core/app/settings.h"
+#include "core/platform/nodes.h"
 #include "core/platform/path.h"
 #include "core/storage/safewrite.h"
 #include "core/tags/store/saveoutlook.h"
@@ -94,10 +95,18 @@ void warnOfOutlook(const QString &path, const TagRecord &record, int mode, const
 
 void FolderCleaner::cleanFolderOf(const QString &path)
 {
+    // Most files are no links. To see that takes less time than to resolve a path.
+    const QString named = platform::folderPrefix(path);
+    const auto node = platform::nodeAt(path);
+    const bool isLink = !node || node->kind == platform::NodeKind::Link;
+    if (!isLink && m_named.contains(named))
+        return;
     const Result<QString> canonical = m_fileSystem.canonicalPath(path);
     if (!canonical)
         return; // the operation on the file reports it
     const QString folder = platform::folderOf(*canonical);
+    if (!isLink)
+        m_named.insert(named);
     if (m_done.contains(folder))
         return;
     m_done.insert(folder);

@@ -65,6 +65,7 @@ public:
 
 private:
     platform::FileSystem &m_fileSystem;
+    QSet<QString> m_named; ///< folders as the paths name them
     QSet<QString> m_done;
 };
 
