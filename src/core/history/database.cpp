@@ -166,7 +166,7 @@ Result<Database> Database::open(const QString &path, Journal journal)
         return tl::unexpected(real.error());
     sqlite3 *connection = nullptr;
     const int code = sqlite3_open_v2(platform::encodePath(*real).constData(), &connection,
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_FULLMUTEX, nullptr);
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX, nullptr);
     Database database(connection);
     if (code != SQLITE_OK)
         return failure(connection, code);
