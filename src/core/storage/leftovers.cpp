@@ -2,6 +2,8 @@
 #include "core/storage/leftovers.h"
 
 #include "core/platform/fileio.h"
+#include "core/platform/nodes.h"
+#include "core/platform/path.h"
 #include "core/storage/redofile.h"
 #include "core/storage/safewrite.h"
 
@@ -268,6 +270,54 @@ Result<int> cleanLeftovers(platform::FileSystem &fileSystem, const QString &path
         }
     }
     return gone;
+}
+
+Result<bool> recoverFile(platform::FileSystem &fileSystem, const platform::Place &place, const platform::FileInfo &info)
+{
+    const QString redo = redoName(info.inode);
+    if (!info.isFile || !place.folder->node(redo))
+        return false;
+    const auto finished = finishRedo(fileSystem, *place.folder, redo, place.name);
+    if (!finished)
+        return tl::unexpected(finished.error());
+    if (*finished == RedoState::Kept)
+        return tl::unexpected(
+            Error{ErrorCode::Interrupted, place.path(), QStringLiteral("%1 holds its former contents").arg(redo)});
+    return *finished == RedoState::Gone;
+}
+
+Result<bool> recoverFile(platform::FileSystem &fileSystem, const QString &path)
+{
+    const auto place = fileSystem.follow(path);
+    if (!place)
+        return tl::unexpected(place.error());
+    const auto node = place->folder->node(place->name);
+    if (!node)
+        return tl::unexpected(node.error());
+    return recoverFile(fileSystem, *place, node->info);
+}
+
+Result<bool> recoverNamed(platform::FileSystem &fileSystem, const QString &path)
+{
+    const auto node = platform::nodeAt(path);
+    const bool isFile = node && node->kind == platform::NodeKind::File;
+    if (!isFile || !platform::nodeAt(platform::folderPrefix(path) + redoName(node->info.inode)))
+        return false;
+    return platform::placeAt(fileSystem, path).and_then([&](const platform::Place &place) {
+        return recoverFile(fileSystem, place, node->info);
+    });
+}
+
+bool recoverFolder(platform::FileSystem &fileSystem, const QString &path, const std::vector<QString> &names)
+{
+    bool any = false;
+    for (const QString &name : names) {
+        if (isRedoName(name)) {
+            const auto finished = finishRedo(fileSystem, path, name);
+            any = any || (finished && *finished == RedoState::Gone);
+        }
+    }
+    return any;
 }
 
 } // namespace ravlin::storage
