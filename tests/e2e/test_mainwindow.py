@@ -4,11 +4,14 @@
 
 import os
 import subprocess
+import time
 import unittest
 
 from collection import Song, has_whole_audio, make_file, read_v1, read_v2
 from harness import EndToEndTest
 from program import PROGRAM
+
+CLI = PROGRAM + "-cli"
 
 NIEBLA = Song("Niebla", "Ana Cívica", "Mareas", "1998", "1", "Folk", "muelle")
 AMBAR = Song("El Pañuelo de Ámbar", "Ana Cívica", "Mareas", "1998", "2", "Folk", "")
@@ -254,6 +257,30 @@ class Slips(EndToEndTest):
             self.desktop.key("ctrl+z")
             program.wait(lambda: self.changed() == [], "the first save taken back")
             self.close()
+
+
+class TwoPrograms(EndToEndTest):
+    """The window and the command line save the same file at the same time. RAVLIN_ROUNDS says how often."""
+
+    ROUNDS = int(os.environ.get("RAVLIN_ROUNDS", "3"))
+
+    def test_nothing_that_either_has_saved_is_lost(self):
+        self.settings(**{"cuida campos": "si", "cuida seleccion": "si"})
+        song = make_file(self.music / "song.mp3", Song("Song", "Ana", "Mareas", "1998", "1", "Blues"))
+        program = self.start(self.music)
+        program.wait_for_rows([song.name])
+        program.click_row(0)
+        for number in range(self.ROUNDS):
+            title, artist = f"Title {number}", f"Artist {number}"
+            program.fill("title", title)
+            # Of growing and shrinking lengths, so that each way of writing is met.
+            comment = str(number) + "x" * (number * 37 % 3000)
+            time.sleep(number % 10 / 200)
+            other = subprocess.Popen([CLI, "tag", "--only-edited", "--artist", artist, "--comment", comment, song],
+                                     env=self.desktop.environment)
+            program.press("save id3", lambda: program.row(0)[2] == title, "the title saved")
+            self.assertEqual(other.wait(timeout=60), 0)
+            self.assertEqual(read_v2(song), Song(title, artist, "Mareas", "1998", "1", "Blues", comment))
 
 
 if __name__ == "__main__":
