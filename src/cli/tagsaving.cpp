@@ -95,7 +95,7 @@ void warnOfOutlook(const QString &path, const TagRecord &record, int mode, const
 
 void FolderCleaner::cleanFolderOf(const QString &path)
 {
-    // Most files are no links. To see that takes less time than to resolve a path.
+    // A file that is no link is in the folder that its path names. Resolving each path takes longer than looking.
     const QString named = platform::folderPrefix(path);
     const auto node = platform::nodeAt(path);
     const bool isLink = !node || node->kind == platform::NodeKind::Link;

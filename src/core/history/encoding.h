@@ -25,8 +25,8 @@ using PieceKeeper = std::function<Result<QByteArray>(const QByteArray &piece)>;
 /// Returns the piece of that key.
 using PieceFinder = std::function<Result<QByteArray>(const QByteArray &key)>;
 
-/// What QDataStream would write, and reads, in its version Qt_6_0. Its buffer takes longer than all else that is done
-/// to record a change.
+/// Writes what QDataStream reads in its version Qt_6_0. Recording a change takes half as many instructions in the spool
+/// as with QDataStream.
 class StreamBytes
 {
 public:
